@@ -1,0 +1,25 @@
+# stream_add_test(NAME label... SOURCES file... [LIBRARIES target...])
+#
+# A GoogleTest program linked with all of the component. Each of its cases is a CTest test of its own,
+# and so a process of its own: much of the component's state is process-wide. The program lies in a
+# directory of its own, since cache files are made beside the executable; cases of one program never
+# run side by side for the same reason.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+function(stream_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;TIMEOUT" "SOURCES;LIBRARIES")
+  if(NOT arg_TIMEOUT)
+    set(arg_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:stream_core>)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE
+    CURL::libcurl Threads::Threads stream_options GTest::gmock GTest::gtest_main ${arg_LIBRARIES})
+  set_target_properties(${name} PROPERTIES
+    RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
+  gtest_discover_tests(${name}
+    DISCOVERY_MODE PRE_TEST
+    WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
+    PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT} RESOURCE_LOCK ${name})
+endfunction()

@@ -1,0 +1,71 @@
+// CByteBuffer: the growable staging buffer between a transfer's write callback, which appends, and a
+// parse thread, which consumes from the front.
+//
+// It has no lock: whoever shares one guards it with a mutex of its own. It owns its array.
+//
+// The buffer behaves as one array with a read and a write position that is compacted or grown at
+// every Reserve, and its members have exactly the values of such a buffer. The bytes themselves are
+// moved far more rarely: `data` is a window into a larger block, compaction moves the window instead
+// of the bytes, and growth widens it. So appending costs a constant per byte, whatever the backlog.
+#ifndef COMMON_BYTE_BUFFER_H_
+#define COMMON_BYTE_BUFFER_H_
+
+#include <cstdint>
+#include <memory>
+
+// Status codes of the buffer's operations (the values of the Windows HRESULTs of these meanings).
+inline constexpr std::uint32_t kBufferOk = 0;
+inline constexpr std::uint32_t kBufferOutOfMemory = 0x8007000E;
+inline constexpr std::uint32_t kBufferImpossible = 0x8000FFFF;  // an overflow or a move past the end
+
+class CByteBuffer {
+ public:
+  CByteBuffer() = default;
+  CByteBuffer(const CByteBuffer&) = delete;
+  CByteBuffer& operator=(const CByteBuffer&) = delete;
+
+  // Gives a fresh buffer its first 4096 bytes; does nothing on one that has an array.
+  std::uint32_t Initialize();
+
+  // Makes room for `n` more bytes at WritePtr(). Pointers taken before are invalid afterwards.
+  std::uint32_t Reserve(std::uint32_t n);
+
+  // Commits `n` bytes that were written at WritePtr().
+  std::uint32_t MoveEnd(std::uint32_t n);
+
+  // Consumes `n` bytes from the front.
+  std::uint32_t MoveStart(std::uint32_t n);
+
+  // Reserve, copy and MoveEnd in one step. On failure nothing is appended.
+  std::uint32_t Append(const void* bytes, std::uint32_t n);
+
+  // Forgets the contents and keeps the array.
+  void Reset();
+
+  std::uint32_t Size() const { return writePos - readPos; }  // unread bytes
+  std::uint8_t* ReadPtr() const { return data + readPos; }
+  std::uint8_t* ContinuePtr() const { return data + readPos + pendingShift; }
+  std::uint8_t* WritePtr() const { return data + writePos; }
+
+  std::uint32_t Capacity() const { return capacity; }
+  std::uint32_t PendingShift() const { return pendingShift; }
+  std::uint32_t ReadPos() const { return readPos; }
+  std::uint32_t WritePos() const { return writePos; }
+
+ private:
+  bool FitsInBlock(std::uint64_t window_start, std::uint32_t window_size) const;
+  void PlaceUnreadAt(std::uint8_t* target, std::uint32_t new_capacity);
+  bool Reallocate(std::uint32_t new_capacity);
+
+  // readPos <= writePos <= capacity; the window [data, data + capacity) lies within the block.
+  std::uint8_t* data = nullptr;
+  std::uint32_t capacity = 0;
+  std::uint32_t pendingShift = 0;
+  std::uint32_t readPos = 0;
+  std::uint32_t writePos = 0;
+
+  std::unique_ptr<std::uint8_t[]> block_;
+  std::uint64_t block_size_ = 0;
+};
+
+#endif  // COMMON_BYTE_BUFFER_H_

@@ -1,0 +1,11 @@
+// The component's log: plain lines on standard output, no file and no levels. Safe from any thread;
+// a line is written as a whole.
+#ifndef COMMON_CONSOLE_H_
+#define COMMON_CONSOLE_H_
+
+#include <string_view>
+
+// Writes `line` and a line break, and flushes, so that a reader sees it at once.
+void ConsoleLine(std::string_view line);
+
+#endif  // COMMON_CONSOLE_H_

@@ -1,0 +1,33 @@
+#include "common/copy_buffer.h"
+
+#include <cstring>
+#include <limits>
+#include <new>
+#include <utility>
+
+bool CopyBuffer::Append(const std::uint8_t* bytes, std::uint32_t n) {
+  constexpr auto kMax = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+  if (n == 0) return true;
+  if (n > kMax - static_cast<std::uint32_t>(length_)) return false;
+  const std::int32_t needed = length_ + static_cast<std::int32_t>(n);
+  if (needed > capacity_ && !Grow(needed)) return false;
+  std::memcpy(block_.get() + length_, bytes, n);
+  length_ = needed;
+  return true;
+}
+
+void CopyBuffer::Release() {
+  block_.reset();
+  length_ = 0;
+  capacity_ = 0;
+}
+
+bool CopyBuffer::Grow(std::int32_t capacity) {
+  std::unique_ptr<std::uint8_t[]> block(new (std::nothrow)
+                                            std::uint8_t[static_cast<std::size_t>(capacity)]);
+  if (block == nullptr) return false;
+  if (length_ != 0) std::memcpy(block.get(), block_.get(), static_cast<std::size_t>(length_));
+  block_ = std::move(block);
+  capacity_ = capacity;
+  return true;
+}

@@ -1,0 +1,29 @@
+#include "common/frame_delivery.h"
+
+#include "common/console.h"
+#include "common/platform.h"
+
+namespace {
+
+using PopFunction = FrameNodePtr (*)();
+using HandOver = void (PlayerPort::*)(const FrameRecord&) const;
+
+void Deliver(const DeliveryLoop& loop, PopFunction pop, HandOver hand_over) {
+  while (loop.running.load()) {
+    if (const FrameNodePtr node = pop()) {
+      if (!loop.wanted || loop.wanted(*node)) (loop.player.*hand_over)(*node);
+    }
+    platform::SleepMilliseconds(1);  // whether or not a frame came
+  }
+  ConsoleLine(loop.stop_line);
+}
+
+}  // namespace
+
+void DeliverVideoFrames(const DeliveryLoop& loop) {
+  Deliver(loop, PopVideoFrame, &PlayerPort::VideoFrame);
+}
+
+void DeliverAudioFrames(const DeliveryLoop& loop) {
+  Deliver(loop, PopAudioFrame, &PlayerPort::AudioFrame);
+}

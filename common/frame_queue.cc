@@ -1,0 +1,96 @@
+#include "common/frame_queue.h"
+
+#include <atomic>
+#include <cstddef>
+#include <cstring>
+#include <new>
+
+std::mutex g_frameQueueMutex;
+FrameQueue* g_videoQueue = nullptr;
+FrameQueue* g_audioQueue = nullptr;
+
+namespace {
+
+std::atomic<std::uint64_t> g_generation{0};
+
+FrameNodePtr PopGlobal(FrameQueue* const& queue) {
+  const std::lock_guard lock(g_frameQueueMutex);
+  return FrameNodePtr(PopFrame(queue));
+}
+
+void ReplaceQueue(FrameQueue*& queue) {
+  while (const FrameNodePtr node{PopFrame(queue)}) {
+  }
+  delete queue;
+  queue = new FrameQueue;
+}
+
+}  // namespace
+
+void FrameNodeDeleter::operator()(FrameNode* node) const {
+  ReleasePayload(*node);
+  delete node;
+}
+
+int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
+                    const std::uint8_t* payload, std::int32_t size, bool is_video, bool intact) {
+  if (size < 0) return -1;
+  auto* copy = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(size)];
+  if (copy == nullptr) return -1;
+  if (size > 0) std::memcpy(copy, payload, static_cast<std::size_t>(size));
+  frame.pts = pts;
+  frame.dts = dts;
+  frame.data = copy;
+  frame.size = size;
+  frame.isVideo = is_video ? 1 : 0;
+  frame.intact = intact ? 1 : 0;
+  return 0;
+}
+
+void ReleasePayload(FrameRecord& frame) {
+  delete[] frame.data;
+  frame.data = nullptr;
+}
+
+int PushFrame(const FrameRecord& frame, FrameQueue* queue) {
+  if (queue == nullptr) return -1;
+  auto* node = new (std::nothrow) FrameNode{frame, nullptr};
+  if (node == nullptr) return -1;
+  if (queue->tail == nullptr || queue->head == nullptr) {
+    queue->head = node;
+  } else {
+    queue->tail->next = node;
+  }
+  queue->tail = node;
+  queue->count += 1;
+  queue->pushed += 1;
+  queue->totalBytes += static_cast<std::uint32_t>(node->size);
+  return 0;
+}
+
+FrameNode* PopFrame(FrameQueue* queue) {
+  if (queue == nullptr || queue->head == nullptr) return nullptr;
+  FrameNode* node = queue->head;
+  queue->head = node->next;
+  if (queue->head == nullptr) queue->tail = nullptr;
+  queue->count -= 1;
+  queue->totalBytes -= static_cast<std::uint32_t>(node->size);
+  return node;
+}
+
+FrameQueue* EnsureQueue(FrameQueue*& queue) {
+  if (queue == nullptr) queue = new FrameQueue;
+  return queue;
+}
+
+FrameNodePtr PopVideoFrame() { return PopGlobal(g_videoQueue); }
+FrameNodePtr PopAudioFrame() { return PopGlobal(g_audioQueue); }
+
+void ResetFrameQueues() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  ReplaceQueue(g_audioQueue);
+  ReplaceQueue(g_videoQueue);
+  g_generation.fetch_add(1, std::memory_order_release);
+}
+
+std::uint64_t FrameQueueGeneration() { return g_generation.load(std::memory_order_acquire); }

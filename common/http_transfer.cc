@@ -1,0 +1,64 @@
+#include "common/http_transfer.h"
+
+#include <cstring>
+
+#include "common/console.h"
+#include "common/format_text.h"
+#include "common/user_agent.h"
+
+namespace {
+
+constexpr long kConnectTimeoutSeconds = 3;
+
+// libcurl calls this about once a second, or more often, whatever the server does.
+int EndWhenStopped(void* running, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+  return static_cast<const std::atomic<bool>*>(running)->load() ? 0 : 1;
+}
+
+// A stop must not wait for a name server either: libcurl leaves a look-up that still runs behind.
+void DoNotWaitForNameServers(CURL* handle) { curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); }
+
+}  // namespace
+
+CurlHandle MakeCurlHandle() {
+  static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
+  return CurlHandle(initialised == CURLE_OK ? curl_easy_init() : nullptr);
+}
+
+void SetUpTransfer(CURL* handle, const Transfer& transfer) {
+  curl_easy_reset(handle);
+  curl_easy_setopt(handle, CURLOPT_URL, transfer.url.c_str());
+  curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
+  curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, kConnectTimeoutSeconds);
+  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);  // transfers run on worker threads
+  curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, transfer.on_bytes);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, nullptr);
+  curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndWhenStopped);
+  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &transfer.running);
+  DoNotWaitForNameServers(handle);
+}
+
+std::string RangeFrom(std::uint64_t offset) {
+  return FormatText("%ld-", static_cast<long>(static_cast<std::int32_t>(offset)));
+}
+
+void Download(const Transfer& transfer, std::uint64_t offset) {
+  const CurlHandle handle = MakeCurlHandle();
+  if (handle == nullptr) return;
+  SetUpTransfer(handle.get(), transfer);
+  curl_easy_setopt(handle.get(), CURLOPT_RANGE, RangeFrom(offset).c_str());
+  SetUserAgent(handle.get(), transfer.url);
+  const CURLcode result = curl_easy_perform(handle.get());
+  if (result == CURLE_OK) ConsoleLine("[DOWNLOAD]: " + transfer.url);
+  if (result == CURLE_ABORTED_BY_CALLBACK) {
+    char nothing = '\0';
+    transfer.on_bytes(&nothing, 1, 0, nullptr);
+  }
+}
+
+bool IsHtmlPage(const char* bytes, std::size_t size) {
+  static constexpr char kTag[] = "<html>";
+  constexpr std::size_t kLength = sizeof(kTag) - 1;
+  return size >= kLength && std::memcmp(bytes, kTag, kLength) == 0;
+}

@@ -1,0 +1,52 @@
+// One blocking libcurl transfer on the calling thread, set up the way all pipelines share.
+//
+// The write callback gets each piece of the body as it arrives: it may be one byte, it may be
+// thousands. It returns how many it took; anything but all of them ends the transfer, which is how an
+// error page is refused. A transfer also ends, within about a second, when its run flag is cleared,
+// even while the server sends nothing.
+//
+// Certificates and host names are verified as libcurl does by default. Redirects are followed.
+#ifndef COMMON_HTTP_TRANSFER_H_
+#define COMMON_HTTP_TRANSFER_H_
+
+#include <curl/curl.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+struct CurlHandleDeleter {
+  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+using CurlHandle = std::unique_ptr<CURL, CurlHandleDeleter>;
+
+// A new easy handle, or null. The first call also initialises libcurl for the process.
+CurlHandle MakeCurlHandle();
+
+struct Transfer {
+  std::string url;
+  curl_write_callback on_bytes;      // called on the thread that performs the transfer
+  const std::atomic<bool>& running;  // outlives the transfer
+};
+
+// Resets `handle` and sets all that every request shares, but no range and no user agent.
+void SetUpTransfer(CURL* handle, const Transfer& transfer);
+
+// The open-ended range "N-" that asks for everything from `offset`. The offset is written as a 32-bit
+// signed number on purpose: resuming past 2 GiB is not supported.
+std::string RangeFrom(std::uint64_t offset);
+
+// Fetches everything from `offset` with a handle of its own and logs "[DOWNLOAD]: " and the address
+// on success.
+//
+// A transfer that ended because the run flag was cleared, with no callback there to notice, is told
+// to the callback as an empty piece: every stop reaches it once.
+void Download(const Transfer& transfer, std::uint64_t offset);
+
+// True when a piece of a body is the start of an HTML page, which servers send instead of a stream
+// when something is wrong: it is longer than five bytes and begins with "<html>".
+bool IsHtmlPage(const char* bytes, std::size_t size);
+
+#endif  // COMMON_HTTP_TRANSFER_H_

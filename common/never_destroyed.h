@@ -1,0 +1,22 @@
+// A process-wide object that is never destroyed: worker threads that outlive main, in a host that
+// exits without stopping, may still use it.
+#ifndef COMMON_NEVER_DESTROYED_H_
+#define COMMON_NEVER_DESTROYED_H_
+
+#include <new>
+
+template <typename Object>
+class NeverDestroyed {
+ public:
+  NeverDestroyed() { new (storage_) Object(); }
+  NeverDestroyed(const NeverDestroyed&) = delete;
+  NeverDestroyed& operator=(const NeverDestroyed&) = delete;
+
+  Object& operator*() { return *std::launder(reinterpret_cast<Object*>(storage_)); }
+  Object* operator->() { return &**this; }
+
+ private:
+  alignas(Object) unsigned char storage_[sizeof(Object)];
+};
+
+#endif  // COMMON_NEVER_DESTROYED_H_

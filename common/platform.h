@@ -1,0 +1,40 @@
+// The one place where the operating system is met. platform_windows.cc or platform_posix.cc answers;
+// no other file of the project asks which system it is built for.
+//
+// Narrow paths are in the system code page, which is what the C runtime opens files by. Wide paths
+// are UTF-16 on Windows. POSIX has no second form of a path, so there a wide path holds one byte of
+// the narrow one in each character and loses nothing.
+#ifndef COMMON_PLATFORM_H_
+#define COMMON_PLATFORM_H_
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+
+namespace platform {
+
+// Room for the name of the executable, the terminating zero included. Longer names are cut.
+inline constexpr std::size_t kModuleNameSize = 1024;
+
+// File name of the process's executable (not of this library), at most kModuleNameSize - 1
+// characters; empty when the system does not tell.
+std::string ModuleFileName();
+std::wstring ModuleFileNameWide();
+
+// Makes one directory. False when it could not be made, also because it exists.
+bool MakeDirectory(const std::wstring& path);
+
+// Converts 8-bit text from the system code page to UTF-8. POSIX has no code page of its own: there
+// the text comes back as it is.
+std::string CodePageToUtf8(const std::string& text);
+
+// Opens a file by a narrow path with a mode of fopen. Null when it cannot be opened; the caller
+// closes it.
+std::FILE* OpenFile(const std::string& path, const char* mode);
+
+// Sleeps for about that long, whatever the resolution of the system's timer is.
+void SleepMilliseconds(unsigned milliseconds);
+
+}  // namespace platform
+
+#endif  // COMMON_PLATFORM_H_

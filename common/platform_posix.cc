@@ -1,0 +1,55 @@
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <ctime>
+
+#include "common/platform.h"
+
+namespace platform {
+namespace {
+
+// One byte a character, both ways (platform.h says why).
+std::wstring Widen(const std::string& text) {
+  std::wstring wide(text.size(), L'\0');
+  std::transform(text.begin(), text.end(), wide.begin(),
+                 [](char c) { return static_cast<wchar_t>(static_cast<unsigned char>(c)); });
+  return wide;
+}
+
+std::string Narrow(const std::wstring& wide) {
+  std::string text(wide.size(), '\0');
+  std::transform(wide.begin(), wide.end(), text.begin(),
+                 [](wchar_t c) { return static_cast<char>(static_cast<unsigned char>(c)); });
+  return text;
+}
+
+}  // namespace
+
+std::string ModuleFileName() {
+  std::array<char, kModuleNameSize> name{};
+  const ssize_t length = readlink("/proc/self/exe", name.data(), name.size() - 1);
+  return length > 0 ? std::string(name.data(), static_cast<std::size_t>(length)) : std::string();
+}
+
+std::wstring ModuleFileNameWide() { return Widen(ModuleFileName()); }
+
+bool MakeDirectory(const std::wstring& path) { return mkdir(Narrow(path).c_str(), 0777) == 0; }
+
+std::string CodePageToUtf8(const std::string& text) { return text; }
+
+std::FILE* OpenFile(const std::string& path, const char* mode) {
+  return std::fopen(path.c_str(), mode);
+}
+
+void SleepMilliseconds(unsigned milliseconds) {
+  timespec left{};
+  left.tv_sec = static_cast<time_t>(milliseconds / 1000);
+  left.tv_nsec = static_cast<long>(milliseconds % 1000) * 1'000'000;
+  while (nanosleep(&left, &left) != 0 && errno == EINTR) {
+  }
+}
+
+}  // namespace platform

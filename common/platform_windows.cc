@@ -1,0 +1,84 @@
+#define WIN32_LEAN_AND_MEAN
+#define NOMINMAX
+#include <windows.h>
+
+#include <array>
+
+#include "common/platform.h"
+
+#ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION  // older headers lack it; Windows 10 1803 and later know it
+#define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
+#endif
+
+namespace platform {
+namespace {
+
+// A timer that is exact to about half a millisecond even where Sleep(1) would last 15. One a thread,
+// since a waitable timer has one due time.
+class PreciseTimer {
+ public:
+  PreciseTimer()
+      : timer_(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
+                                      TIMER_ALL_ACCESS)) {}
+  ~PreciseTimer() {
+    if (timer_ != nullptr) CloseHandle(timer_);
+  }
+  PreciseTimer(const PreciseTimer&) = delete;
+  PreciseTimer& operator=(const PreciseTimer&) = delete;
+
+  bool Wait(unsigned milliseconds) const {
+    LARGE_INTEGER due;
+    due.QuadPart = -10'000LL * milliseconds;  // relative, in units of 100 ns
+    return timer_ != nullptr && SetWaitableTimer(timer_, &due, 0, nullptr, nullptr, FALSE) != 0 &&
+           WaitForSingleObject(timer_, INFINITE) == WAIT_OBJECT_0;
+  }
+
+ private:
+  HANDLE timer_;
+};
+
+}  // namespace
+
+std::string ModuleFileName() {
+  std::array<char, kModuleNameSize> name{};
+  GetModuleFileNameA(nullptr, name.data(), static_cast<DWORD>(name.size()));
+  name.back() = '\0';
+  return name.data();
+}
+
+std::wstring ModuleFileNameWide() {
+  std::array<wchar_t, kModuleNameSize> name{};
+  GetModuleFileNameW(nullptr, name.data(), static_cast<DWORD>(name.size()));
+  name.back() = L'\0';
+  return {name.data(), static_cast<std::size_t>(lstrlenW(name.data()))};
+}
+
+bool MakeDirectory(const std::wstring& path) {
+  return CreateDirectoryW(path.c_str(), nullptr) != 0;
+}
+
+std::string CodePageToUtf8(const std::string& text) {
+  const int wide_length = MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, nullptr, 0);
+  if (wide_length <= 0) return {};
+  std::wstring wide(static_cast<std::size_t>(wide_length) + 1, L'\0');
+  MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, wide.data(), wide_length);
+
+  const int length = WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
+  if (length <= 0) return {};
+  std::string utf8(static_cast<std::size_t>(length) + 1, '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), -1, utf8.data(), length, nullptr, nullptr);
+  utf8.resize(static_cast<std::size_t>(length) - 1);  // without the terminating zero
+  return utf8;
+}
+
+std::FILE* OpenFile(const std::string& path, const char* mode) {
+  std::FILE* file = nullptr;
+  return fopen_s(&file, path.c_str(), mode) == 0 ? file : nullptr;
+}
+
+void SleepMilliseconds(unsigned milliseconds) {
+  thread_local const PreciseTimer timer;
+  if (!timer.Wait(milliseconds)) Sleep(milliseconds);
+}
+
+}  // namespace platform

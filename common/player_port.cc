@@ -1,0 +1,44 @@
+#include "common/player_port.h"
+
+#include <utility>
+
+#include "public/stream_player.h"
+
+namespace {
+
+constexpr std::uint64_t kTicksPerSecond = 90000;
+
+// The padding and the reserved word stay as they are on purpose.
+MediaFrame MakeMediaFrame(const FrameRecord& frame) {
+  MediaFrame media;
+  media.pts = frame.pts;
+  media.dts = frame.dts;
+  media.playTime = frame.playTime;
+  media.size = frame.size;
+  media.data = frame.data;
+  return media;
+}
+
+}  // namespace
+
+float WholeSeconds(std::uint64_t play_time) {
+  return static_cast<float>(play_time / kTicksPerSecond);
+}
+
+void PlayerPort::Message(std::string line) const {
+  if (player_ != nullptr) player_->OnMessage(std::move(line));
+}
+
+void PlayerPort::Duration(float seconds) const {
+  if (player_ != nullptr) player_->OnDuration(seconds);
+}
+
+void PlayerPort::VideoFrame(const FrameRecord& frame) const {
+  if (player_ != nullptr) player_->OnVideoFrame(MakeMediaFrame(frame));
+}
+
+void PlayerPort::AudioFrame(const FrameRecord& frame) const {
+  if (player_ == nullptr) return;
+  player_->OnAudioClock(WholeSeconds(frame.playTime));
+  player_->OnAudioFrame(MakeMediaFrame(frame));
+}

@@ -1,0 +1,38 @@
+// PlayerPort: the host's player as the pipelines see it. It does nothing where there is no player, so
+// that a pipeline reports and delivers without asking, and it is the one place below the facade that
+// knows the player interface.
+//
+// It borrows the player and may be copied freely. Its calls go straight to the host's code on the
+// calling thread: never make one with a lock held.
+#ifndef COMMON_PLAYER_PORT_H_
+#define COMMON_PLAYER_PORT_H_
+
+#include <cstdint>
+#include <string>
+
+#include "common/frame_queue.h"
+
+class CStreamPlayerImp;
+
+// The play time in whole seconds: the fraction is dropped on purpose, for the audio clock and for
+// comparisons with the start position alike.
+float WholeSeconds(std::uint64_t play_time);
+
+class PlayerPort {
+ public:
+  PlayerPort() = default;
+  explicit PlayerPort(CStreamPlayerImp* player) : player_(player) {}
+
+  explicit operator bool() const { return player_ != nullptr; }
+
+  void Message(std::string line) const;
+  void Duration(float seconds) const;
+
+  void VideoFrame(const FrameRecord& frame) const;
+  void AudioFrame(const FrameRecord& frame) const;  // the audio clock first, then the frame
+
+ private:
+  CStreamPlayerImp* player_ = nullptr;
+};
+
+#endif  // COMMON_PLAYER_PORT_H_

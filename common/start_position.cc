@@ -1,0 +1,19 @@
+#include "common/start_position.h"
+
+#include <limits>
+
+#include "common/format_text.h"
+
+int PositionMilliseconds(float seconds) {
+  const float milliseconds = seconds * 1000.0F;
+  constexpr float kLimit = 2147483648.0F;  // 2^31: the first value on either side that is too far
+  if (!(milliseconds > -kLimit && milliseconds < kLimit)) return std::numeric_limits<int>::min();
+  return static_cast<int>(milliseconds);
+}
+
+std::string StartPositionLine(const char* format, float seconds, std::clock_t elapsed) {
+  const int ms = PositionMilliseconds(seconds);
+  return FormatText("PLAY %s StartPostion:%02d:%02d:%02d.%03d Q:%fs", format,
+                    ms / 1000 / 60 / 60 % 60, ms / 1000 / 60 % 60, ms / 1000 % 60, ms % 1000,
+                    static_cast<double>(elapsed) / 1000.0);
+}

@@ -1,0 +1,24 @@
+// The steps by which every pipeline stops, in one place.
+#ifndef COMMON_STOP_PROTOCOL_H_
+#define COMMON_STOP_PROTOCOL_H_
+
+#include <atomic>
+#include <functional>
+#include <string>
+
+#include "common/thread_pool.h"
+
+struct StoppingPipeline {
+  std::string name;                // as the console lines spell it: "ts", "flv", ...
+  std::atomic<bool>& running;      // the run flag that all tasks look at
+  std::atomic<bool>& downloading;  // cleared with it
+  CThreadPool& pool;
+  std::function<void()> wake = {};  // wakes tasks that wait for data; may be empty
+};
+
+// Ends a pipeline: clears its flags, wakes and joins its tasks, and releases what the two frame
+// queues still hold. Blocks until no task runs. Returns false, having done nothing, when the pipeline
+// was not running. Not to be called from one of the pipeline's own tasks.
+bool StopPipeline(const StoppingPipeline& pipeline);
+
+#endif  // COMMON_STOP_PROTOCOL_H_

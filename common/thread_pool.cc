@@ -1,0 +1,48 @@
+#include "common/thread_pool.h"
+
+#include <utility>
+
+CThreadPool::CThreadPool(std::uint32_t thread_count) : threadCount(thread_count) { Start(); }
+
+CThreadPool::~CThreadPool() { Stop(); }
+
+void CThreadPool::Start() {
+  const std::lock_guard lock(mutex);
+  if (running) return;
+  running = true;
+  threads.reserve(threadCount);
+  for (std::uint32_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+}
+
+void CThreadPool::AddTask(Task task) {
+  {
+    const std::lock_guard lock(mutex);
+    tasks.push_back(std::move(task));
+  }
+  wakeup.notify_one();
+}
+
+void CThreadPool::Stop() {
+  std::vector<std::thread> stopping;
+  {
+    const std::lock_guard lock(mutex);
+    running = false;
+    stopping.swap(threads);
+  }
+  wakeup.notify_all();
+  for (std::thread& thread : stopping) thread.join();
+}
+
+void CThreadPool::Work() {
+  while (const Task task = TakeTask()) task();
+}
+
+// The next task, or an empty one when the pool stops.
+CThreadPool::Task CThreadPool::TakeTask() {
+  std::unique_lock lock(mutex);
+  wakeup.wait(lock, [this] { return !tasks.empty() || !running; });
+  if (!running) return {};
+  Task task = std::move(tasks.front());
+  tasks.pop_front();
+  return task;
+}

@@ -1,0 +1,109 @@
+#include "public/stream_downloader.h"
+
+#include <array>
+#include <cstring>
+#include <new>
+#include <type_traits>
+
+#include "common/address.h"
+#include "common/player_port.h"
+#include "ts/ts_downloader.h"
+
+static_assert(sizeof(CStreamDownloader) == 6 * sizeof(void*), "six pointers, a binary contract");
+
+namespace {
+
+enum class Format { kHls, kTs, kFlv, kMp4 };
+
+struct FormatRow {
+  const char* marker;  // found anywhere in the cleaned address
+  const char* status;
+  Format format;
+};
+
+// In the order in which they are tried; the last one takes whatever is left.
+constexpr std::array kFormats = {
+    FormatRow{"m3u8", "PLAY M3U8:", Format::kHls},
+    FormatRow{".ts", "PLAY TS:", Format::kTs},
+    FormatRow{".flv", "PLAY FLV:", Format::kFlv},
+    FormatRow{"", "PLAY MP4:", Format::kMp4},
+};
+
+bool Contains(const std::string& text, const char* part) {
+  return text.find(part) != std::string::npos;
+}
+
+bool IsAccepted(const std::string& url) { return Contains(url, "http") || IsFileUrl(url); }
+
+const FormatRow& FormatOf(const std::string& url) {
+  for (const FormatRow& row : kFormats) {
+    if (Contains(url, row.marker)) return row;
+  }
+  return kFormats.back();
+}
+
+void ZeroFill(void* object, std::size_t size) { std::memset(object, 0, size); }
+
+// Pipelines are zero-filled before they are constructed.
+template <typename Pipeline>
+Pipeline* MakePipeline(CStreamPlayerImp* player) {
+  void* memory = ::operator new(sizeof(Pipeline));
+  ZeroFill(memory, sizeof(Pipeline));
+  return new (memory) Pipeline(player);
+}
+
+template <typename Pipeline>
+void Play(Pipeline*& pipeline, CStreamPlayerImp* player, const std::string& url) {
+  if (pipeline == nullptr) pipeline = MakePipeline<Pipeline>(player);
+  pipeline->BeginDownload(url);
+}
+
+}  // namespace
+
+CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
+    : player_(player), hls_(nullptr), reserved_(nullptr), mp4_(nullptr), flv_(nullptr),
+      ts_(nullptr) {}
+
+CStreamDownloader::~CStreamDownloader() {
+  EndDownload();
+  // The MP4, FLV and TS pipelines are stopped and then only forgotten: kept on purpose.
+  hls_ = nullptr;
+  reserved_ = nullptr;
+  mp4_ = nullptr;
+  flv_ = nullptr;
+  ts_ = nullptr;
+}
+
+CStreamDownloader& CStreamDownloader::operator=(const CStreamDownloader& other) = default;
+
+bool CStreamDownloader::BeginDownload(std::string url) {
+  if (url.empty()) return false;
+  const PlayerPort player(player_);
+  const std::string clean = CleanUrl(url);
+  if (!IsAccepted(clean)) {
+    player.Message("PLAY UNKOWN:" + url);  // spelt so on purpose
+    return false;
+  }
+  const FormatRow& row = FormatOf(clean);
+  player.Message(row.status + url);  // the address as it was given
+  switch (row.format) {
+    case Format::kTs:
+      Play(ts_, player_, clean);
+      break;
+    case Format::kHls:
+    case Format::kFlv:
+    case Format::kMp4:
+      break;  // not played by this version
+  }
+  return true;
+}
+
+bool CStreamDownloader::EndDownload() { return ts_ != nullptr && ts_->EndDownload(); }
+
+bool CStreamDownloader::SetStartPostion(float seconds) {
+  return ts_ != nullptr && ts_->SetStartPostion(seconds);
+}
+
+#if !defined(_MSC_VER)
+void CStreamDownloader::__autoclassinit2(std::size_t size) { ZeroFill(this, size); }
+#endif

@@ -1,0 +1,134 @@
+// A player that keeps everything it is given and judges while it records: a frame after the stop or an
+// audio frame without its clock fails the test at once. Safe from any thread.
+#ifndef TESTS_SUPPORT_RECORDING_PLAYER_H_
+#define TESTS_SUPPORT_RECORDING_PLAYER_H_
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "public/stream_player.h"
+
+struct RecordedFrame {
+  std::uint64_t pts;
+  std::uint64_t dts;
+  std::uint64_t play_time;
+  std::vector<std::uint8_t> payload;
+};
+
+class RecordingPlayer : public CStreamPlayerImp {
+ public:
+  struct Record {
+    std::vector<RecordedFrame> video;
+    std::vector<RecordedFrame> audio;
+    std::vector<float> clocks;
+    std::vector<float> durations;
+    std::vector<float> buffered_times;
+    std::vector<std::string> messages;
+    std::vector<std::string> results;
+
+    bool HasMessage(const std::string& line) const {
+      for (const std::string& message : messages) {
+        if (message == line) return true;
+      }
+      return false;
+    }
+    // Messages that begin with `prefix`.
+    std::vector<std::string> MessagesWith(const std::string& prefix) const {
+      std::vector<std::string> found;
+      for (const std::string& message : messages) {
+        if (message.starts_with(prefix)) found.push_back(message);
+      }
+      return found;
+    }
+  };
+
+  void OnDuration(float seconds) override {
+    Note([&](Record& record) { record.durations.push_back(seconds); });
+  }
+  void OnBufferedTime(float seconds) override {
+    Note([&](Record& record) { record.buffered_times.push_back(seconds); });
+  }
+  void OnAudioClock(float seconds) override {
+    Note([&](Record& record) {
+      EXPECT_FALSE(pending_clock_.has_value()) << "two audio clocks without a frame between them";
+      pending_clock_ = seconds;
+      record.clocks.push_back(seconds);
+    });
+  }
+  void OnAudioFrame(MediaFrame frame) override {
+    Note([&](Record& record) {
+      EXPECT_TRUE(pending_clock_.has_value()) << "an audio frame without its clock";
+      if (pending_clock_) EXPECT_EQ(*pending_clock_, static_cast<float>(frame.playTime / 90000));
+      pending_clock_.reset();
+      record.audio.push_back(Copy(frame));
+    });
+  }
+  void OnVideoFrame(MediaFrame frame) override {
+    Note([&](Record& record) { record.video.push_back(Copy(frame)); });
+  }
+  void OnMessage(std::string line) override {
+    Note([&](Record& record) { record.messages.push_back(std::move(line)); });
+  }
+  void OnPlayResult(std::string line) override {
+    Note([&](Record& record) { record.results.push_back(std::move(line)); });
+  }
+
+  // From now on every call is a failure, until Reopen.
+  void Close() {
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+  }
+  void Reopen() {
+    const std::lock_guard lock(mutex_);
+    closed_ = false;
+  }
+
+  Record Snapshot() const {
+    const std::lock_guard lock(mutex_);
+    return record_;
+  }
+
+  void Forget() {
+    const std::lock_guard lock(mutex_);
+    record_ = Record();
+  }
+
+  // Waits until `met` holds for what was recorded. False when it did not within the time limit.
+  bool WaitFor(const std::function<bool(const Record&)>& met,
+               std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, limit, [&] { return met(record_); });
+  }
+
+ private:
+  static RecordedFrame Copy(const MediaFrame& frame) {
+    return {frame.pts, frame.dts, frame.playTime, {frame.data, frame.data + frame.size}};
+  }
+
+  template <typename Change>
+  void Note(Change change) {
+    {
+      const std::lock_guard lock(mutex_);
+      EXPECT_FALSE(closed_) << "the player was called after the stop";
+      change(record_);
+    }
+    changed_.notify_all();
+  }
+
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  Record record_;
+  std::optional<float> pending_clock_;
+  bool closed_ = false;
+};
+
+#endif  // TESTS_SUPPORT_RECORDING_PLAYER_H_

@@ -1,0 +1,45 @@
+#include "ts/play_times.h"
+
+namespace {
+
+// Ticks are counted modulo 2^64, so a sum that rounds up to 2^64 is 0.
+std::uint64_t ToTicks(float value) {
+  constexpr float kWrap = 18446744073709551616.0F;  // 2^64
+  return value >= 0.0F && value < kWrap ? static_cast<std::uint64_t>(value) : 0;
+}
+
+}  // namespace
+
+std::uint64_t PlayTimeSpreader::InitialPlayTime(std::uint64_t pts) const {
+  if (base_ == 0) return 0;
+  return pts >= base_ ? pts - base_ : base_ - pts;
+}
+
+void PlayTimeSpreader::FramePushed(const FrameQueue& queue) {
+  const std::uint64_t pts = queue.tail->pts;
+  if (anchor_ && pts <= anchor_->pts) return;  // out of order: never an anchor
+  if (anchor_) Assign(queue, Step(queue.pushed - anchor_->place + 1));
+  prev_anchor_ = anchor_;
+  anchor_ = Anchor{pts, queue.pushed, queue.tail};
+  if (!prev_anchor_ || base_ == 0) base_ = pts;
+}
+
+// Integer division first, then the conversion: kept on purpose.
+float PlayTimeSpreader::Step(std::uint64_t node_count) const {
+  const std::uint64_t from = prev_anchor_ ? prev_anchor_->pts : base_;
+  return static_cast<float>((anchor_->pts - from) / node_count);
+}
+
+// Walks from the anchor to the last node but one. The sum runs over the nodes that are gone as well,
+// since each step is rounded to single precision on its way.
+void PlayTimeSpreader::Assign(const FrameQueue& queue, float step) const {
+  const std::uint64_t first = queue.FirstPlace();
+  FrameNode* node = anchor_->place >= first ? anchor_->node : queue.head;
+  std::uint64_t t = prev_anchor_ ? prev_anchor_->pts - base_ : 0;
+  for (std::uint64_t place = anchor_->place; place < queue.pushed; ++place) {
+    t = ToTicks(static_cast<float>(t) + step);
+    if (place < first) continue;
+    node->playTime = t;
+    node = node->next;
+  }
+}

@@ -1,0 +1,67 @@
+#include "ts/ts_download.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+#include "common/address.h"
+#include "common/http_transfer.h"
+#include "common/platform.h"
+#include "ts/ts_state.h"
+
+namespace {
+
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// The bytes as text, up to their first zero.
+std::string TextOf(const char* bytes, std::size_t size) {
+  return {bytes, strnlen(bytes, size)};
+}
+
+void ReportRefused(const char* data, std::size_t size) {
+  TsPlayer().Message("PLAY TS NO:" + TsUrl() + ":" + TextOf(data, size));
+}
+
+// Reads to the end of the file, no faster than 10240 bytes in 10 ms on purpose. What the callback
+// returns does not end the reading, but a stop does, after the callback was told of it once.
+void ReadLocalFile(const std::string& path) {
+  constexpr std::size_t kPieceSize = 10240;
+  constexpr unsigned kPauseMilliseconds = 10;
+  const std::unique_ptr<std::FILE, FileCloser> file(platform::OpenFile(path, "rb+"));
+  if (file == nullptr) return;
+  // The offset is taken as a 32-bit number on purpose.
+  std::fseek(file.get(), static_cast<std::int32_t>(g_tsDownloaded.load()), SEEK_SET);
+
+  std::array<char, kPieceSize> piece;
+  while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0) {
+    const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
+    const std::size_t taken = TakeTsBytes(piece.data(), 1, length, nullptr);
+    if (taken == 0 && !g_tsRunning.load()) return;
+    platform::SleepMilliseconds(kPauseMilliseconds);
+  }
+}
+
+}  // namespace
+
+std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  const auto length = static_cast<std::uint32_t>(size * count);
+  if (!g_tsRunning.load() || IsHtmlPage(data, length)) {
+    ReportRefused(data, length);
+    return 0;
+  }
+  if (g_tsDownloaded.fetch_add(length) == 0) TsPlayer().Message("PLAY TS OK:" + TsUrl());
+  const std::lock_guard lock(g_tsStreamLock);
+  return g_tsStreamBuffer->Append(data, length) == kBufferOk ? length : 0;
+}
+
+void DownloadTs(const std::string& url) {
+  if (IsFileUrl(url)) {
+    ReadLocalFile(FileUrlPath(url));
+  } else {
+    Download({url, TakeTsBytes, g_tsRunning}, g_tsDownloaded.load());
+  }
+}

@@ -1,0 +1,99 @@
+#include "ts/ts_downloader.h"
+
+#include <ctime>
+#include <mutex>
+
+#include "common/console.h"
+#include "common/frame_delivery.h"
+#include "common/frame_queue.h"
+#include "common/start_position.h"
+#include "common/stop_protocol.h"
+#include "common/temp_files.h"
+#include "ts/ts_demux.h"
+#include "ts/ts_download.h"
+#include "ts/ts_parse.h"
+#include "ts/ts_state.h"
+
+namespace {
+
+void ReleaseScratch() {
+  const TsDemuxLock lock;
+  for (CopyBuffer& buffer : *g_tsScratch) buffer.Release();
+}
+
+void ResetStreamBuffer() {
+  const std::lock_guard lock(g_tsStreamLock);
+  g_tsStreamBuffer->Initialize();
+  g_tsStreamBuffer->Reset();
+}
+
+}  // namespace
+
+CTsDownloader::CTsDownloader(CStreamPlayerImp* player) : CThreadPool(kPipelineWorkers) {
+  {
+    const std::lock_guard lock(g_tsStateLock);
+    g_tsPlayer = PlayerPort(player);
+  }
+  ResetStreamBuffer();
+  ReleaseScratch();
+}
+
+CTsDownloader::~CTsDownloader() {
+  EndDownload();
+  ReleaseScratch();
+}
+
+bool CTsDownloader::BeginDownload(const std::string& url) {
+  downloading = true;
+  g_tsRunning = true;
+  Start();
+  ResetFrameQueues();
+  ResetStreamBuffer();
+  UseUrl(url);
+  AddTask([this, url] { RunDownload(url); });
+  AddTask([] { ParseTs(); });
+  const auto wanted = [this](const FrameRecord& frame) { return IsWanted(frame); };
+  const PlayerPort player = TsPlayer();
+  AddTask([=] { DeliverVideoFrames({g_tsRunning, player, wanted, "ts video thread stop."}); });
+  AddTask([=] { DeliverAudioFrames({g_tsRunning, player, wanted, "ts audio thread stop."}); });
+  return true;
+}
+
+bool CTsDownloader::EndDownload() {
+  startSeconds = 0;
+  return StopPipeline({"ts", g_tsRunning, downloading, *this});
+}
+
+bool CTsDownloader::SetStartPostion(float seconds) {
+  startSeconds = seconds;
+  // The time told is that of this one assignment: kept on purpose.
+  const std::clock_t before = std::clock();
+  g_tsDownloaded = 0;
+  const std::clock_t elapsed = std::clock() - before;
+  TsPlayer().Message(StartPositionLine("TS", seconds, elapsed));
+  return true;
+}
+
+// Another address starts from nothing, with an empty cache file; the same one keeps what it has.
+void CTsDownloader::UseUrl(const std::string& url) {
+  if (url == TsUrl()) {
+    TsPlayer().Message("PLAY TS RE:" + url);
+    return;
+  }
+  const std::string path = CreateCacheFile("mebo.ts");  // nothing is ever written to it
+  const std::lock_guard lock(g_tsStateLock);
+  *g_tsUrl = url;
+  g_tsDownloaded = 0;
+  *g_tsTempPath = path;
+}
+
+// Compares whole seconds: a frame at 9.9 s lies before a start position of 10.
+bool CTsDownloader::IsWanted(const FrameRecord& frame) const {
+  return !(startSeconds.load() > WholeSeconds(frame.playTime));
+}
+
+void CTsDownloader::RunDownload(const std::string& url) {
+  DownloadTs(url);
+  ConsoleLine("ts Download thread stop.");
+  downloading = false;
+}

@@ -1,0 +1,44 @@
+// The TS pipeline: plays a plain MPEG transport stream over HTTP, HTTPS or from a local file while it
+// downloads. Four tasks run on its pool: download, parse, video delivery, audio delivery.
+//
+// The facade makes one, on the first ".ts" address, and forwards its own operations to it. Most of
+// the state is process-wide (ts_state.h): one TS pipeline plays at a time. The player is borrowed.
+//
+// Threads: call the members from one thread at a time, never from inside a call to the player.
+#ifndef TS_TS_DOWNLOADER_H_
+#define TS_TS_DOWNLOADER_H_
+
+#include <atomic>
+#include <string>
+
+#include "common/player_port.h"
+#include "common/thread_pool.h"
+
+class CTsDownloader : private CThreadPool {
+ public:
+  explicit CTsDownloader(CStreamPlayerImp* player);
+  ~CTsDownloader();
+
+  // Starts to play `url`, already cleaned. The address that played last resumes where its download
+  // got to; another one starts from its beginning. Always true. A second start without a stop adds
+  // four tasks beside those that run.
+  bool BeginDownload(const std::string& url);
+
+  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position goes
+  // back to 0 in any case.
+  bool EndDownload();
+
+  // Sets the position below which frames are dropped, and makes the next start fetch the stream from
+  // its beginning. Nothing is restarted by it. Always true.
+  bool SetStartPostion(float seconds);
+
+ private:
+  void UseUrl(const std::string& url);
+  bool IsWanted(const FrameRecord& frame) const;
+  void RunDownload(const std::string& url);
+
+  std::atomic<float> startSeconds{0};
+  std::atomic<bool> downloading{true};
+};
+
+#endif  // TS_TS_DOWNLOADER_H_

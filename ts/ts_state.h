@@ -1,0 +1,42 @@
+// What the TS pipeline keeps for the whole process: one stream at a time, whichever CTsDownloader
+// plays it. The facade only forgets its TS pipeline when it is destroyed (kept on purpose), so this
+// state outlives every pipeline object; it is set up afresh at each start instead.
+#ifndef TS_TS_STATE_H_
+#define TS_TS_STATE_H_
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+#include "common/byte_buffer.h"
+#include "common/copy_buffer.h"
+#include "common/never_destroyed.h"
+#include "common/player_port.h"
+
+// The run flag: the loops of all four tasks run while it is set.
+extern std::atomic<bool> g_tsRunning;
+
+// Bytes received for the current address: also the offset at which the next start resumes.
+extern std::atomic<std::uint64_t> g_tsDownloaded;
+
+extern std::mutex g_tsStateLock;
+extern PlayerPort g_tsPlayer;                      // guarded by g_tsStateLock
+extern NeverDestroyed<std::string> g_tsUrl;        // guarded by g_tsStateLock
+extern NeverDestroyed<std::string> g_tsTempPath;   // guarded by g_tsStateLock
+
+// Bytes received and not parsed yet.
+extern std::mutex g_tsStreamLock;
+extern NeverDestroyed<CByteBuffer> g_tsStreamBuffer;  // guarded by g_tsStreamLock
+
+// Copy buffers, of which only the one below is used; guarded by TsDemuxLock.
+extern NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
+inline constexpr std::size_t kParseScratch = 1;
+
+// Copies taken under the lock.
+PlayerPort TsPlayer();
+std::string TsUrl();
+
+#endif  // TS_TS_STATE_H_

@@ -1,12 +1,13 @@
-// CByteBuffer: the growable staging buffer between a transfer's write callback, which appends, and a
-// parse thread, which consumes from the front.
+// CByteBuffer: the growable staging buffer between a transfer's write callback, which appends, and
+// a parse thread, which consumes from the front.
 //
 // It has no lock: whoever shares one guards it with a mutex of its own. It owns its array.
 //
 // The buffer behaves as one array with a read and a write position that is compacted or grown at
 // every Reserve, and its members have exactly the values of such a buffer. The bytes themselves are
-// moved far more rarely: `data` is a window into a larger block, compaction moves the window instead
-// of the bytes, and growth widens it. So appending costs a constant per byte, whatever the backlog.
+// moved far more rarely: `data` is a window into a larger block, compaction moves the window
+// instead of the bytes, and growth widens it. So appending costs a constant per byte, whatever the
+// backlog.
 #ifndef COMMON_BYTE_BUFFER_H_
 #define COMMON_BYTE_BUFFER_H_
 
@@ -16,7 +17,8 @@
 // Status codes of the buffer's operations (the values of the Windows HRESULTs of these meanings).
 inline constexpr std::uint32_t kBufferOk = 0;
 inline constexpr std::uint32_t kBufferOutOfMemory = 0x8007000E;
-inline constexpr std::uint32_t kBufferImpossible = 0x8000FFFF;  // an overflow or a move past the end
+inline constexpr std::uint32_t kBufferImpossible =
+    0x8000FFFF;  // an overflow or a move past the end
 
 class CByteBuffer {
  public:

@@ -8,8 +8,8 @@
 
 class CopyBuffer {
  public:
-  // Appends `n` bytes. False, and nothing appended, when memory runs out or the length would not fit
-  // in 31 bits.
+  // Appends `n` bytes. False, and nothing appended, when memory runs out or the length would not
+  // fit in 31 bits.
   bool Append(const std::uint8_t* bytes, std::uint32_t n);
 
   void Reset() { length_ = 0; }  // keeps the block

@@ -9,6 +9,7 @@
 #if defined(__GNUC__)
 __attribute__((format(printf, 1, 2)))
 #endif
-std::string FormatText(const char* format, ...);
+std::string
+FormatText(const char* format, ...);
 
 #endif  // COMMON_FORMAT_TEXT_H_

@@ -1,6 +1,6 @@
-// The two process-wide frame queues between the parse side of a pipeline, which pushes access units,
-// and its two delivery threads, which hand them to the player. Every pipeline uses the same two; one
-// pipeline plays at a time.
+// The two process-wide frame queues between the parse side of a pipeline, which pushes access
+// units, and its two delivery threads, which hand them to the player. Every pipeline uses the same
+// two; one pipeline plays at a time.
 //
 // Ownership: a node belongs to its queue until it is popped, then to whoever popped it. Its payload
 // goes with it.
@@ -47,15 +47,15 @@ struct FrameNodeDeleter {
 };
 using FrameNodePtr = std::unique_ptr<FrameNode, FrameNodeDeleter>;
 
-// Fills `frame` with a copy of the payload; its playTime is left for the caller to set. Returns 0, or
-// -1 when there is no memory or the size is negative. The copy is the caller's until PushFrame takes
-// it; ReleasePayload gives back one that was not pushed.
+// Fills `frame` with a copy of the payload; its playTime is left for the caller to set. Returns 0,
+// or -1 when there is no memory or the size is negative. The copy is the caller's until PushFrame
+// takes it; ReleasePayload gives back one that was not pushed.
 int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
                     const std::uint8_t* payload, std::int32_t size, bool is_video, bool intact);
 void ReleasePayload(FrameRecord& frame);
 
-// Appends a node with the frame's fields, its payload now the node's. Returns 0, or -1 when there is
-// no queue or no memory; the payload then stays the caller's.
+// Appends a node with the frame's fields, its payload now the node's. Returns 0, or -1 when there
+// is no queue or no memory; the payload then stays the caller's.
 int PushFrame(const FrameRecord& frame, FrameQueue* queue);
 
 // Takes the oldest node; null when there is none or no queue.
@@ -77,7 +77,8 @@ FrameNodePtr PopAudioFrame();
 void ResetFrameQueues();
 
 // Counts the calls of ResetFrameQueues. A producer that keeps state a stream (the transport stream
-// demultiplexer) compares it with the generation it has seen, and starts afresh when it has changed.
+// demultiplexer) compares it with the generation it has seen, and starts afresh when it has
+// changed.
 std::uint64_t FrameQueueGeneration();
 
 #endif  // COMMON_FRAME_QUEUE_H_

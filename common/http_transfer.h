@@ -1,9 +1,9 @@
 // One blocking libcurl transfer on the calling thread, set up the way all pipelines share.
 //
 // The write callback gets each piece of the body as it arrives: it may be one byte, it may be
-// thousands. It returns how many it took; anything but all of them ends the transfer, which is how an
-// error page is refused. A transfer also ends, within about a second, when its run flag is cleared,
-// even while the server sends nothing.
+// thousands. It returns how many it took; anything but all of them ends the transfer, which is how
+// an error page is refused. A transfer also ends, within about a second, when its run flag is
+// cleared, even while the server sends nothing.
 //
 // Certificates and host names are verified as libcurl does by default. Redirects are followed.
 #ifndef COMMON_HTTP_TRANSFER_H_
@@ -34,8 +34,8 @@ struct Transfer {
 // Resets `handle` and sets all that every request shares, but no range and no user agent.
 void SetUpTransfer(CURL* handle, const Transfer& transfer);
 
-// The open-ended range "N-" that asks for everything from `offset`. The offset is written as a 32-bit
-// signed number on purpose: resuming past 2 GiB is not supported.
+// The open-ended range "N-" that asks for everything from `offset`. The offset is written as a
+// 32-bit signed number on purpose: resuming past 2 GiB is not supported.
 std::string RangeFrom(std::uint64_t offset);
 
 // Fetches everything from `offset` with a handle of its own and logs "[DOWNLOAD]: " and the address

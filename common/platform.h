@@ -1,5 +1,5 @@
-// The one place where the operating system is met. platform_windows.cc or platform_posix.cc answers;
-// no other file of the project asks which system it is built for.
+// The one place where the operating system is met. platform_windows.cc or platform_posix.cc
+// answers; no other file of the project asks which system it is built for.
 //
 // Narrow paths are in the system code page, which is what the C runtime opens files by. Wide paths
 // are UTF-16 on Windows. POSIX has no second form of a path, so there a wide path holds one byte of

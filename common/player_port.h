@@ -1,6 +1,6 @@
-// PlayerPort: the host's player as the pipelines see it. It does nothing where there is no player, so
-// that a pipeline reports and delivers without asking, and it is the one place below the facade that
-// knows the player interface.
+// PlayerPort: the host's player as the pipelines see it. It does nothing where there is no player,
+// so that a pipeline reports and delivers without asking, and it is the one place below the facade
+// that knows the player interface.
 //
 // It borrows the player and may be copied freely. Its calls go straight to the host's code on the
 // calling thread: never make one with a lock held.

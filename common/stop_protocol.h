@@ -17,8 +17,8 @@ struct StoppingPipeline {
 };
 
 // Ends a pipeline: clears its flags, wakes and joins its tasks, and releases what the two frame
-// queues still hold. Blocks until no task runs. Returns false, having done nothing, when the pipeline
-// was not running. Not to be called from one of the pipeline's own tasks.
+// queues still hold. Blocks until no task runs. Returns false, having done nothing, when the
+// pipeline was not running. Not to be called from one of the pipeline's own tasks.
 bool StopPipeline(const StoppingPipeline& pipeline);
 
 #endif  // COMMON_STOP_PROTOCOL_H_

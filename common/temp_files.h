@@ -9,8 +9,8 @@
 
 #include <string>
 
-// Directory of the executable and "tmp/", in the system code page: file names are appended to it. The
-// forward slash is kept on purpose, whatever the platform's separator is.
+// Directory of the executable and "tmp/", in the system code page: file names are appended to it.
+// The forward slash is kept on purpose, whatever the platform's separator is.
 std::string GetTempDirA();
 
 // Directory of the executable and "tmp", with no separator behind it: the form that makes it.

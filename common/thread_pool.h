@@ -1,9 +1,9 @@
 // CThreadPool: a fixed number of worker threads that take tasks from one queue in arrival order.
 // Every pipeline owns one and runs its long-lived loops on it.
 //
-// Threads: every member may be called from any thread, but Stop and the destructor not from a task of
-// the same pool, since they wait for it. A task must look at its pipeline's run flag and come back
-// soon after it was cleared; it must not throw.
+// Threads: every member may be called from any thread, but Stop and the destructor not from a task
+// of the same pool, since they wait for it. A task must look at its pipeline's run flag and come
+// back soon after it was cleared; it must not throw.
 #ifndef COMMON_THREAD_POOL_H_
 #define COMMON_THREAD_POOL_H_
 

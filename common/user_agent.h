@@ -6,8 +6,8 @@
 
 #include <string>
 
-// The user agent for an address, or null for libcurl's default. "&pt=android&" wins over "&pt=ios&";
-// a marker at the very start does not count.
+// The user agent for an address, or null for libcurl's default. "&pt=android&" wins over
+// "&pt=ios&"; a marker at the very start does not count.
 const char* UserAgentFor(const std::string& url);
 
 // Sets it on a handle; true if there was one to set.

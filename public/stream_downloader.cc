@@ -61,7 +61,11 @@ void Play(Pipeline*& pipeline, CStreamPlayerImp* player, const std::string& url)
 }  // namespace
 
 CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
-    : player_(player), hls_(nullptr), reserved_(nullptr), mp4_(nullptr), flv_(nullptr),
+    : player_(player),
+      hls_(nullptr),
+      reserved_(nullptr),
+      mp4_(nullptr),
+      flv_(nullptr),
       ts_(nullptr) {}
 
 CStreamDownloader::~CStreamDownloader() {

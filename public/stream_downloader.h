@@ -1,15 +1,15 @@
 // The facade: the only class that the library exports and the only one that a host calls.
 //
-// A host makes a CStreamDownloader with its player, hands it an address with BeginDownload, and gets
-// frames, status lines, durations and an audio clock through the player (stream_player.h) until it
-// calls EndDownload. This header compiles alone, as C++11 or later.
+// A host makes a CStreamDownloader with its player, hands it an address with BeginDownload, and
+// gets frames, status lines, durations and an audio clock through the player (stream_player.h)
+// until it calls EndDownload. This header compiles alone, as C++11 or later.
 //
-// Ownership. The facade borrows the player and owns its pipelines. One facade at a time should play:
-// the frame queues and the demultiplexer below it are shared by the whole process. Stop (EndDownload)
-// before another address of another kind is started.
+// Ownership. The facade borrows the player and owns its pipelines. One facade at a time should
+// play: the frame queues and the demultiplexer below it are shared by the whole process. Stop
+// (EndDownload) before another address of another kind is started.
 //
-// Threads. Call the members from one thread at a time. No member may be called from inside a call to
-// the player: EndDownload waits for the threads that make those calls. Members do not throw.
+// Threads. Call the members from one thread at a time. No member may be called from inside a call
+// to the player: EndDownload waits for the threads that make those calls. Members do not throw.
 #ifndef STREAM_DOWNLOADER_STREAM_DOWNLOADER_H_
 #define STREAM_DOWNLOADER_STREAM_DOWNLOADER_H_
 
@@ -38,13 +38,15 @@ class STREAM_DOWNLOADER_API CStreamDownloader {
 
   CStreamDownloader(const CStreamDownloader&) = delete;
 
-  // Makes this facade share the other's player and pipelines (a shallow copy; what it held before is
-  // let go of, not stopped). Of facades that share an HLS pipeline only one may be destroyed.
+  // Makes this facade share the other's player and pipelines (a shallow copy; what it held before
+  // is let go of, not stopped). Of facades that share an HLS pipeline only one may be destroyed.
   CStreamDownloader& operator=(const CStreamDownloader& other);
 
-  // Starts to play `url` ("http", "https" or "file://") and returns without waiting for the network.
-  // The address alone decides the format: "m3u8" anywhere in it is HLS, else ".ts" MPEG-TS, else
-  // ".flv" FLV, else MP4. The choice is told as "PLAY M3U8:", "PLAY TS:", "PLAY FLV:" or "PLAY MP4:".
+  // Starts to play `url` ("http", "https" or "file://") and returns without waiting for the
+  // network. The address alone decides the format: "m3u8" anywhere in it is HLS, else ".ts"
+  // MPEG-TS, else
+  // ".flv" FLV, else MP4. The choice is told as "PLAY M3U8:", "PLAY TS:", "PLAY FLV:" or "PLAY
+  // MP4:".
   //
   // Returns false for an empty address (in silence) and for one of another scheme ("PLAY UNKOWN:").
   // true does not mean that the stream can be had: failures come later as status lines.
@@ -56,8 +58,8 @@ class STREAM_DOWNLOADER_API CStreamDownloader {
   // cached state. Returns false when nothing was playing.
   bool EndDownload();
 
-  // Sets where the next BeginDownload starts, in seconds from the beginning of the stream. It goes to
-  // the pipelines that exist, so something must have been started before; returns false if not.
+  // Sets where the next BeginDownload starts, in seconds from the beginning of the stream. It goes
+  // to the pipelines that exist, so something must have been started before; returns false if not.
   // EndDownload sets the position back to 0: the order of a seek is EndDownload, SetStartPostion,
   // BeginDownload. The name is spelt this way on purpose.
   bool SetStartPostion(float seconds);

@@ -1,17 +1,19 @@
 // The player interface: everything the component hands to its host.
 //
-// The host implements CStreamPlayerImp and gives a pointer to it to CStreamDownloader. The component
-// borrows that pointer: it never deletes it, and the player must outlive every facade that holds it.
-// The pointer may be null; then every call below is left out and frames are released unseen.
+// The host implements CStreamPlayerImp and gives a pointer to it to CStreamDownloader. The
+// component borrows that pointer: it never deletes it, and the player must outlive every facade
+// that holds it. The pointer may be null; then every call below is left out and frames are released
+// unseen.
 //
 // This header is a binary contract between two separately built programs: the order of the virtual
 // operations and the layout of MediaFrame never change. It compiles alone, as C++11 or later.
 //
 // Threads. The component calls the player from several of its threads at once: status lines and
-// durations from the caller of the facade and from download and parse threads, video frames from one
-// thread, audio clocks and audio frames from another. It holds no lock of its own meanwhile, so a
-// call that blocks stalls the calling thread only (and an EndDownload that waits for it). The player
-// must be safe to call concurrently, must not throw, and must not call the facade from inside a call.
+// durations from the caller of the facade and from download and parse threads, video frames from
+// one thread, audio clocks and audio frames from another. It holds no lock of its own meanwhile, so
+// a call that blocks stalls the calling thread only (and an EndDownload that waits for it). The
+// player must be safe to call concurrently, must not throw, and must not call the facade from
+// inside a call.
 //
 // Units. Timestamps are unsigned 64-bit counts of the 90 kHz system clock of ISO/IEC 13818-1
 // (seconds = ticks / 90000). Durations, positions and clocks are 32-bit floats in seconds.
@@ -30,8 +32,8 @@ struct MediaFrame {
   std::int32_t size;       // payload length in bytes
   // Four bytes of padding that are never written.
 
-  // First byte of the payload: H.264 or H.265 in Annex B form, or AAC in ADTS form. It belongs to the
-  // component and is valid only until the call returns; copy what must last.
+  // First byte of the payload: H.264 or H.265 in Annex B form, or AAC in ADTS form. It belongs to
+  // the component and is valid only until the call returns; copy what must last.
   const std::uint8_t* data;
 
   std::uint64_t reserved;  // never written by the component; do not read it

@@ -1,0 +1,215 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "common/platform.h"
+#include "common/temp_files.h"
+#include "tests/support/ts_play.h"
+#include "ts/ts_downloader.h"
+#include "ts/ts_state.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::StartsWith;
+using ts_test::Bytes;
+using ts_test::MakeStream;
+
+class TsPipelineTest : public TsPlay {
+ protected:
+  std::string WriteFile(const Bytes& bytes) {
+    const std::string path = (std::filesystem::current_path() / "stream.ts").string();
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    return path;
+  }
+};
+
+// Frames as a dump tells them, without anything that depends on when they came.
+std::vector<std::string> Dump(const RecordingPlayer::Record& record) {
+  std::vector<std::string> lines;
+  for (const auto* frames : {&record.video, &record.audio}) {
+    for (const RecordedFrame& frame : *frames) {
+      lines.push_back(std::to_string(frame.pts) + " " + std::to_string(frame.dts) + " " +
+                      std::string(frame.payload.begin(), frame.payload.end()));
+    }
+  }
+  return lines;
+}
+
+TEST_F(TsPipelineTest, EveryFrameButTheLastOfEachKindReachesThePlayer) {
+  server_.Serve(MakeStream(50));
+  ASSERT_TRUE(downloader_.BeginDownload(server_.Url("/plain/a.ts")));
+  EXPECT_TRUE(WaitForVideo(49) && WaitForAudio(49));
+  EXPECT_TRUE(Stop());
+  const Record record = player_.Snapshot();
+  ASSERT_EQ(record.video.size(), 49U);
+  ASSERT_EQ(record.audio.size(), 49U);
+  for (std::size_t i = 0; i < 49; ++i) {
+    EXPECT_EQ(record.video[i].pts, 90'000U + i * 3600);
+    EXPECT_EQ(record.video[i].payload, Bytes(300, static_cast<std::uint8_t>(i)));
+    EXPECT_EQ(record.audio[i].payload, Bytes(60, static_cast<std::uint8_t>(i)));
+  }
+}
+
+TEST_F(TsPipelineTest, StatusLinesComeInOrderAndNoResultOrBufferedTime) {
+  server_.Serve(MakeStream(10));
+  const std::string url = server_.Url("/plain/a.ts");
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitForVideo(9));
+  Stop();
+  const Record record = player_.Snapshot();
+  EXPECT_THAT(record.messages, ElementsAre("PLAY TS:" + url, "PLAY TS OK:" + url));
+  EXPECT_TRUE(record.results.empty());
+  EXPECT_TRUE(record.buffered_times.empty());
+}
+
+TEST_F(TsPipelineTest, LineBreakBehindTheAddressIsToldButNotRequested) {
+  server_.Serve(MakeStream(5));
+  const std::string url = server_.Url("/plain/a.ts");
+  downloader_.BeginDownload(url + "\r\n");
+  EXPECT_TRUE(WaitForMessage("PLAY TS OK:" + url));
+  Stop();
+  EXPECT_TRUE(player_.Snapshot().HasMessage("PLAY TS:" + url + "\r\n"));
+  EXPECT_EQ(server_.Requests().front().path, "/plain/a.ts");
+}
+
+TEST_F(TsPipelineTest, PiecesOfAnySizeGiveTheSameFrames) {
+  server_.Serve(MakeStream(40));
+  std::vector<std::vector<std::string>> dumps;
+  for (const std::string piece : {"1", "17", "187", "188", "4096", "1000000"}) {
+    // A pipeline that plays another stream begins with what its predecessor left in the assemblers,
+    // so each address is played once to leave the same behind.
+    player_.Reopen();
+    player_.Forget();
+    downloader_.BeginDownload(server_.Url("/pieces/" + piece + "/a.ts"));
+    const std::size_t expected = dumps.empty() ? 39 : 40;
+    ASSERT_TRUE(WaitForVideo(expected) && WaitForAudio(expected)) << "pieces of " << piece;
+    Stop();
+    Record record = player_.Snapshot();
+    if (!dumps.empty()) {  // the frame left behind by the one before
+      record.video.erase(record.video.begin());
+      record.audio.erase(record.audio.begin());
+    }
+    dumps.push_back(Dump(record));
+  }
+  for (const auto& dump : dumps) EXPECT_EQ(dump, dumps.front());
+}
+
+TEST_F(TsPipelineTest, DurationIsTheSpanFromTheFirstFrameAndGrows) {
+  server_.Serve(MakeStream(60));
+  downloader_.BeginDownload(server_.Url("/gated/a.ts"));
+  ASSERT_TRUE(WaitForVideo(28));
+  const std::size_t reports = player_.Snapshot().durations.size();
+  server_.Release();
+  EXPECT_TRUE(player_.WaitFor(
+      [reports](const Record& record) { return record.durations.size() > reports; }));
+  EXPECT_TRUE(WaitForVideo(59));
+  Stop();
+  const auto durations = player_.Snapshot().durations;
+  EXPECT_TRUE(std::is_sorted(durations.begin(), durations.end()));
+  EXPECT_GT(durations.back(), 0.0F);
+  EXPECT_LE(durations.back(), 58 * 0.04F + 0.001F);
+}
+
+TEST_F(TsPipelineTest, LocalFilePlays) {
+  const std::string url = "file://" + WriteFile(MakeStream(30));
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitForVideo(29) && WaitForAudio(29));
+  Stop();
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY TS:" + url, "PLAY TS OK:" + url));
+}
+
+TEST_F(TsPipelineTest, LocalFileThatIsNotThereOnlyEndsTheDownload) {
+  const std::string url = "file:///no/such/file.ts";
+  testing::internal::CaptureStdout();
+  downloader_.BeginDownload(url);
+  Stop();
+  EXPECT_THAT(testing::internal::GetCapturedStdout(),
+              testing::HasSubstr("ts Download thread stop.\n"));
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY TS:" + url));
+}
+
+TEST_F(TsPipelineTest, EmptyLocalFileIsOkAndHasNoFrames) {
+  const std::string url = "file://" + WriteFile({});
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitForMessage("PLAY TS OK:" + url));
+  Stop();
+  EXPECT_TRUE(player_.Snapshot().video.empty());
+}
+
+TEST_F(TsPipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
+  server_.Serve(MakeStream(30));
+  CStreamDownloader silent(nullptr);
+  EXPECT_TRUE(silent.BeginDownload(server_.Url("/plain/a.ts")));
+  const auto all_taken = [] {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->pushed == 29 && g_videoQueue->count == 0 && g_audioQueue->count == 0;
+  };
+  while (!all_taken()) std::this_thread::yield();
+  EXPECT_TRUE(silent.EndDownload());
+}
+
+TEST_F(TsPipelineTest, UserAgentFollowsTheMarkerInTheAddress) {
+  server_.Serve(MakeStream(3));
+  for (const char* query : {"?x&pt=ios&", "?x&pt=android&pt=ios&", ""}) {
+    player_.Reopen();
+    downloader_.BeginDownload(server_.Url("/plain/a.ts") + query);
+    ASSERT_TRUE(WaitForMessage("PLAY TS OK:" + server_.Url("/plain/a.ts") + query));
+    Stop();
+  }
+  const auto requests = server_.Requests();
+  ASSERT_EQ(requests.size(), 3U);
+  EXPECT_THAT(requests[0].user_agent, StartsWith("Mozilla/5.0 (iPhone;"));
+  EXPECT_THAT(requests[1].user_agent, StartsWith("Mozilla/5.0 (Linux; U; Android 4.0.3;"));
+  EXPECT_FALSE(requests[2].has_user_agent);
+}
+
+TEST_F(TsPipelineTest, FirstRequestAsksForEverythingFromZero) {
+  server_.Serve(MakeStream(3));
+  downloader_.BeginDownload(server_.Url("/plain/a.ts"));
+  EXPECT_TRUE(server_.WaitForRequests(1));
+  Stop();
+  EXPECT_EQ(server_.Requests().front().range, "bytes=0-");
+}
+
+TEST_F(TsPipelineTest, ConsoleTellsTheDownloadAndTheStop) {
+  server_.Serve(MakeStream(3));
+  const std::string url = server_.Url("/plain/a.ts");
+  testing::internal::CaptureStdout();
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitForVideo(2));
+  Stop();
+  const std::string console = testing::internal::GetCapturedStdout();
+  for (const char* line : {"ts Download thread stop.\n", "ts EndDownload...\n",
+                           "ts video thread stop.\n", "ts audio thread stop.\n"}) {
+    EXPECT_THAT(console, testing::HasSubstr(line));
+  }
+  EXPECT_THAT(console, testing::EndsWith("ts video clear.\nts audio clear.\n"));
+}
+
+TEST_F(TsPipelineTest, CacheFileIsKeptForTheSameAddressAndEmptiedForAnother) {
+  const std::string path = GetTempDirA() + "mebo.ts";
+  const auto write = [&path] { std::ofstream(path) << "kept"; };
+  downloader_.BeginDownload("file:///no/such/one.ts");
+  downloader_.EndDownload();
+  ASSERT_TRUE(std::filesystem::exists(path));
+  EXPECT_EQ(std::filesystem::file_size(path), 0U);
+  write();
+  downloader_.BeginDownload("file:///no/such/one.ts");
+  downloader_.EndDownload();
+  EXPECT_EQ(std::filesystem::file_size(path), 4U);
+  downloader_.BeginDownload("file:///no/such/other.ts");
+  downloader_.EndDownload();
+  EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,195 @@
+#include "common/byte_buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <random>
+#include <vector>
+
+namespace {
+
+constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
+
+// Appends `n` zeros.
+void Fill(CByteBuffer& buffer, std::uint32_t n) {
+  const std::vector<std::uint8_t> bytes(n);
+  ASSERT_EQ(buffer.Append(bytes.data(), n), kBufferOk);
+}
+
+// A buffer of 4096 bytes whose last 100 written bytes, or fewer, are unread at `read_pos`.
+void FillAndConsume(CByteBuffer& buffer, std::uint32_t read_pos, std::uint32_t unread) {
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  ASSERT_EQ(buffer.Reserve(4096), kBufferOk);
+  std::memset(buffer.WritePtr(), 0x5A, 4096);
+  ASSERT_EQ(buffer.MoveEnd(read_pos + unread), kBufferOk);
+  ASSERT_EQ(buffer.MoveStart(read_pos), kBufferOk);
+  ASSERT_EQ(buffer.Capacity(), 4096U);
+}
+
+TEST(ByteBufferTest, NewBufferHasNothing) {
+  const CByteBuffer buffer;
+  EXPECT_EQ(buffer.Capacity(), 0U);
+  EXPECT_EQ(buffer.Size(), 0U);
+  EXPECT_EQ(buffer.ReadPtr(), nullptr);
+}
+
+TEST(ByteBufferTest, InitializeGivesAnEmptyArrayOf4096Bytes) {
+  CByteBuffer buffer;
+  EXPECT_EQ(buffer.Initialize(), kBufferOk);
+  EXPECT_EQ(buffer.Capacity(), 4096U);
+  EXPECT_EQ(buffer.Size(), 0U);
+}
+
+TEST(ByteBufferTest, SecondInitializeChangesNothing) {
+  CByteBuffer buffer;
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  Fill(buffer, 5000);
+  const std::uint32_t capacity = buffer.Capacity();
+  EXPECT_EQ(buffer.Initialize(), kBufferOk);
+  EXPECT_EQ(buffer.Capacity(), capacity);
+  EXPECT_EQ(buffer.Size(), 5000U);
+}
+
+TEST(ByteBufferTest, ReserveThatFitsCompacts) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 3996, 100);
+  EXPECT_EQ(buffer.Reserve(3000), kBufferOk);
+  EXPECT_EQ(buffer.ReadPos(), 0U);
+  EXPECT_EQ(buffer.WritePos(), 100U);
+  EXPECT_EQ(buffer.Capacity(), 4096U);
+  EXPECT_EQ(buffer.PendingShift(), 100U);
+  EXPECT_EQ(*buffer.ReadPtr(), 0x5A);
+}
+
+TEST(ByteBufferTest, ReserveThatJustFitsCompactsWithoutGrowth) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 3996, 100);
+  EXPECT_EQ(buffer.Reserve(3996), kBufferOk);
+  EXPECT_EQ(buffer.Capacity(), 4096U);
+}
+
+TEST(ByteBufferTest, ReserveThatDoesNotFitGrowsByWhatIsNeededAnd4096) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 0, 100);
+  EXPECT_EQ(buffer.Reserve(4000), kBufferOk);
+  EXPECT_EQ(buffer.Capacity(), 8196U);
+  EXPECT_EQ(buffer.ReadPos(), 0U);
+  EXPECT_EQ(buffer.WritePos(), 100U);
+  EXPECT_EQ(buffer.PendingShift(), 100U);
+}
+
+TEST(ByteBufferTest, ContinuePtrRunsAheadOnlyBetweenReserveAndMoveEnd) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 0, 100);
+  ASSERT_EQ(buffer.Reserve(10), kBufferOk);
+  EXPECT_EQ(buffer.ContinuePtr(), buffer.ReadPtr() + 100);
+  ASSERT_EQ(buffer.MoveEnd(10), kBufferOk);
+  EXPECT_EQ(buffer.ContinuePtr(), buffer.ReadPtr());
+}
+
+TEST(ByteBufferTest, MoveStartPastTheWritePositionIsRefused) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 0, 100);
+  EXPECT_EQ(buffer.MoveStart(101), kBufferImpossible);
+  EXPECT_EQ(buffer.MoveStart(kMax), kBufferImpossible);
+  EXPECT_EQ(buffer.ReadPos(), 0U);
+  EXPECT_EQ(buffer.MoveStart(100), kBufferOk);
+}
+
+TEST(ByteBufferTest, MoveEndPastTheCapacityIsRefused) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 0, 100);
+  EXPECT_EQ(buffer.MoveEnd(3997), kBufferImpossible);
+  EXPECT_EQ(buffer.MoveEnd(kMax), kBufferImpossible);
+  EXPECT_EQ(buffer.WritePos(), 100U);
+  EXPECT_EQ(buffer.MoveEnd(3996), kBufferOk);
+}
+
+TEST(ByteBufferTest, ZeroBytesChangeNothing) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 50, 100);
+  EXPECT_EQ(buffer.Reserve(0), kBufferOk);
+  EXPECT_EQ(buffer.MoveEnd(0), kBufferOk);
+  EXPECT_EQ(buffer.MoveStart(0), kBufferOk);
+  EXPECT_EQ(buffer.ReadPos(), 50U);
+  EXPECT_EQ(buffer.WritePos(), 150U);
+  EXPECT_EQ(buffer.PendingShift(), 0U);
+}
+
+TEST(ByteBufferTest, ReserveThatOverflowsIsRefusedAndChangesNothing) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 50, 100);
+  EXPECT_EQ(buffer.Reserve(kMax), kBufferImpossible);
+  EXPECT_EQ(buffer.Reserve(kMax - 4095), kBufferImpossible);
+  EXPECT_EQ(buffer.ReadPos(), 50U);
+  EXPECT_EQ(buffer.Capacity(), 4096U);
+}
+
+TEST(ByteBufferTest, GrowthThatOverflowsByItsSlackAloneIsRefused) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 0, 4000);
+  EXPECT_EQ(buffer.Reserve(kMax - 4096), kBufferImpossible);  // the sum fits only without the slack
+  EXPECT_EQ(buffer.Capacity(), 4096U);
+  EXPECT_EQ(buffer.Size(), 4000U);
+}
+
+TEST(ByteBufferTest, ResetForgetsTheContentsAndKeepsTheArray) {
+  CByteBuffer buffer;
+  FillAndConsume(buffer, 50, 100);
+  ASSERT_EQ(buffer.Reserve(10), kBufferOk);
+  buffer.Reset();
+  EXPECT_EQ(buffer.Size(), 0U);
+  EXPECT_EQ(buffer.ReadPos(), 0U);
+  EXPECT_EQ(buffer.PendingShift(), 0U);
+  EXPECT_EQ(buffer.Capacity(), 4096U);
+}
+
+// The plain design that the buffer's members follow: one array, compacted at every Reserve.
+struct PlainBuffer {
+  std::vector<std::uint8_t> unread;
+  std::uint32_t capacity = 4096;
+  std::uint32_t read_pos = 0;
+  std::uint32_t pending_shift = 0;
+
+  void Reserve(std::uint32_t n) {
+    if (n == 0) return;
+    const auto size = static_cast<std::uint32_t>(unread.size());
+    if (n > capacity - size) capacity = n + size + 4096;
+    read_pos = 0;
+    pending_shift = size;
+  }
+};
+
+TEST(ByteBufferTest, RandomUseGivesTheBytesAndMembersOfThePlainDesign) {
+  std::mt19937 random(20261121);  // NOLINT: the same run every time
+  CByteBuffer buffer;
+  PlainBuffer plain;
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  for (int step = 0; step < 20000; ++step) {
+    const auto n = static_cast<std::uint32_t>(random() % (step % 100 == 0 ? 60000 : 700));
+    if (random() % 2 == 0) {
+      std::vector<std::uint8_t> bytes(n);
+      for (std::uint8_t& byte : bytes) byte = static_cast<std::uint8_t>(random());
+      ASSERT_EQ(buffer.Append(bytes.data(), n), kBufferOk);
+      plain.Reserve(n);
+      plain.unread.insert(plain.unread.end(), bytes.begin(), bytes.end());
+      if (n != 0) plain.pending_shift = 0;
+    } else {
+      const std::uint32_t taken = std::min<std::uint32_t>(n, buffer.Size());
+      ASSERT_EQ(buffer.MoveStart(taken), kBufferOk);
+      plain.unread.erase(plain.unread.begin(), plain.unread.begin() + taken);
+      plain.read_pos += taken;
+    }
+    ASSERT_EQ(buffer.Capacity(), plain.capacity);
+    ASSERT_EQ(buffer.ReadPos(), plain.read_pos);
+    ASSERT_EQ(buffer.PendingShift(), plain.pending_shift);
+    ASSERT_EQ(buffer.Size(), plain.unread.size());
+    ASSERT_TRUE(plain.unread.empty() ||
+                std::memcmp(buffer.ReadPtr(), plain.unread.data(), plain.unread.size()) == 0);
+  }
+}
+
+}  // namespace

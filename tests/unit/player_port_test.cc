@@ -1,0 +1,57 @@
+#include "common/player_port.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/recording_player.h"
+
+namespace {
+
+TEST(WholeSecondsTest, FractionOfASecondIsDropped) {
+  EXPECT_EQ(WholeSeconds(89'999), 0.0F);
+  EXPECT_EQ(WholeSeconds(90'000), 1.0F);
+  EXPECT_EQ(WholeSeconds(891'000), 9.0F);  // 9.9 s
+}
+
+FrameRecord ThreeByteFrame(std::uint8_t* payload) {
+  FrameRecord frame;
+  frame.pts = 180'000;
+  frame.dts = 170'000;
+  frame.playTime = 179'999;
+  frame.data = payload;
+  frame.size = 3;
+  return frame;
+}
+
+TEST(PlayerPortTest, VideoFrameArrivesWithItsTimesAndPayload) {
+  RecordingPlayer player;
+  std::uint8_t payload[] = {1, 2, 3};
+  PlayerPort(&player).VideoFrame(ThreeByteFrame(payload));
+  const auto record = player.Snapshot();
+  ASSERT_EQ(record.video.size(), 1U);
+  EXPECT_EQ(record.video[0].pts, 180'000U);
+  EXPECT_EQ(record.video[0].dts, 170'000U);
+  EXPECT_EQ(record.video[0].play_time, 179'999U);
+  EXPECT_EQ(record.video[0].payload, (std::vector<std::uint8_t>{1, 2, 3}));
+  EXPECT_TRUE(record.clocks.empty());
+}
+
+TEST(PlayerPortTest, AudioFrameIsPrecededByItsClock) {
+  RecordingPlayer player;  // fails by itself on a frame before its clock
+  std::uint8_t payload[] = {1, 2, 3};
+  PlayerPort(&player).AudioFrame(ThreeByteFrame(payload));
+  const auto record = player.Snapshot();
+  EXPECT_EQ(record.clocks, std::vector<float>{1.0F});
+  EXPECT_EQ(record.audio.size(), 1U);
+}
+
+TEST(PlayerPortTest, WithoutAPlayerNothingIsCalled) {
+  const PlayerPort nobody(nullptr);
+  std::uint8_t payload[] = {1, 2, 3};
+  nobody.Message("PLAY TS:");
+  nobody.Duration(1);
+  nobody.VideoFrame(ThreeByteFrame(payload));
+  nobody.AudioFrame(ThreeByteFrame(payload));
+  EXPECT_FALSE(static_cast<bool>(nobody));
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+#include "common/start_position.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+
+#include "common/format_text.h"
+
+namespace {
+
+TEST(StartPositionTest, HoursMinutesSecondsAndMillisecondsArePadded) {
+  EXPECT_EQ(StartPositionLine("TS", 3725.5F, 0), "PLAY TS StartPostion:01:02:05.500 Q:0.000000s");
+}
+
+TEST(StartPositionTest, HoursWrapAtSixty) {
+  EXPECT_EQ(StartPositionLine("FLV", 216'000.0F, 0),
+            "PLAY FLV StartPostion:00:00:00.000 Q:0.000000s");
+}
+
+TEST(StartPositionTest, ElapsedTicksAreDividedByAThousand) {
+  EXPECT_EQ(StartPositionLine("MP4", 1.0F, 250), "PLAY MP4 StartPostion:00:00:01.000 Q:0.250000s");
+}
+
+TEST(StartPositionTest, PositionsThatDoNotFitIn32BitsGiveTheSmallestNumber) {
+  constexpr int kMin = std::numeric_limits<int>::min();
+  EXPECT_EQ(PositionMilliseconds(3'000'000.0F), kMin);
+  EXPECT_EQ(PositionMilliseconds(-3'000'000.0F), kMin);
+  EXPECT_EQ(PositionMilliseconds(std::numeric_limits<float>::infinity()), kMin);
+  EXPECT_EQ(PositionMilliseconds(std::numeric_limits<float>::quiet_NaN()), kMin);
+}
+
+TEST(FormatTextTest, TextOfMoreThan1024CharactersIsEmpty) {
+  const std::string longest(1024, 'x');
+  EXPECT_EQ(FormatText("%s", longest.c_str()), longest);
+  EXPECT_EQ(FormatText("%sy", longest.c_str()), "");
+}
+
+}  // namespace

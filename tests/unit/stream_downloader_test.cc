@@ -1,0 +1,144 @@
+#include "public/stream_downloader.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+
+#include "tests/support/recording_player.h"
+
+namespace {
+
+class StreamDownloaderTest : public testing::Test {
+ protected:
+  // What BeginDownload told the player at once, about an address that no pipeline plays or that
+  // names a file that is not there.
+  std::string FirstLine(const std::string& url) {
+    player_.Forget();
+    downloader_.BeginDownload(url);
+    downloader_.EndDownload();
+    const auto messages = player_.Snapshot().messages;
+    return messages.empty() ? "" : messages.front();
+  }
+
+  RecordingPlayer player_;
+  CStreamDownloader downloader_{&player_};
+};
+
+TEST_F(StreamDownloaderTest, EmptyAddressIsRefusedInSilence) {
+  EXPECT_FALSE(downloader_.BeginDownload(""));
+  EXPECT_TRUE(player_.Snapshot().messages.empty());
+}
+
+TEST_F(StreamDownloaderTest, LineBreakBehindAnFlvAddressIsCleanedButToldAsReceived) {
+  EXPECT_TRUE(downloader_.BeginDownload("http://127.0.0.1/a.flv\r\n"));
+  EXPECT_EQ(player_.Snapshot().messages,
+            std::vector<std::string>{"PLAY FLV:http://127.0.0.1/a.flv\r\n"});
+}
+
+TEST_F(StreamDownloaderTest, LineBreakIsCutBeforeTheFormatIsChosen) {
+  EXPECT_EQ(FirstLine("http://127.0.0.1/a\r\n.flv"), "PLAY MP4:http://127.0.0.1/a\r\n.flv");
+}
+
+TEST_F(StreamDownloaderTest, RtmpAddressIsRefused) {
+  EXPECT_FALSE(downloader_.BeginDownload("rtmp://host/a.flv"));
+  EXPECT_EQ(player_.Snapshot().messages, std::vector<std::string>{"PLAY UNKOWN:rtmp://host/a.flv"});
+}
+
+TEST_F(StreamDownloaderTest, RtmpAddressWithHttpInItsQueryGoesToMp4) {
+  EXPECT_TRUE(downloader_.BeginDownload("rtmp://host/a?from=http"));
+  EXPECT_EQ(player_.Snapshot().messages,
+            std::vector<std::string>{"PLAY MP4:rtmp://host/a?from=http"});
+}
+
+TEST_F(StreamDownloaderTest, RtmpAddressWithHttpAndAMarkerGoesToThatFormat) {
+  EXPECT_EQ(FirstLine("rtmp://host/a.flv?from=http"), "PLAY FLV:rtmp://host/a.flv?from=http");
+}
+
+TEST_F(StreamDownloaderTest, CapitalsAreRefused) {
+  EXPECT_FALSE(downloader_.BeginDownload("HTTP://HOST/A.TS"));
+  EXPECT_EQ(FirstLine("HTTP://HOST/A.TS"), "PLAY UNKOWN:HTTP://HOST/A.TS");
+}
+
+TEST_F(StreamDownloaderTest, ExtensionInCapitalsIsNoMarker) {
+  EXPECT_EQ(FirstLine("http://127.0.0.1/A.TS"), "PLAY MP4:http://127.0.0.1/A.TS");
+}
+
+TEST_F(StreamDownloaderTest, FileAddressThatEndsInFlvGoesToFlv) {
+  EXPECT_EQ(FirstLine("file:///no/such.flv"), "PLAY FLV:file:///no/such.flv");
+}
+
+TEST_F(StreamDownloaderTest, FileSchemeAnywhereButAtTheStartIsRefused) {
+  EXPECT_EQ(FirstLine("x file:///no/such.flv"), "PLAY UNKOWN:x file:///no/such.flv");
+}
+
+TEST_F(StreamDownloaderTest, M3u8WinsOverTsInTheQuery) {
+  EXPECT_EQ(FirstLine("http://127.0.0.1/list.m3u8?next=a.ts"),
+            "PLAY M3U8:http://127.0.0.1/list.m3u8?next=a.ts");
+}
+
+TEST_F(StreamDownloaderTest, TsWinsOverFlv) {
+  EXPECT_EQ(FirstLine("file:///no/such.flv.ts"), "PLAY TS:file:///no/such.flv.ts");
+}
+
+TEST_F(StreamDownloaderTest, TsMarkerCountsAnywhere) {
+  EXPECT_EQ(FirstLine("file:///no/such.tsx"), "PLAY TS:file:///no/such.tsx");
+}
+
+TEST_F(StreamDownloaderTest, AddressThatStartsWithAControlByteIsRefused) {
+  EXPECT_EQ(FirstLine("\nhttp://127.0.0.1/a.ts"), "PLAY UNKOWN:\nhttp://127.0.0.1/a.ts");
+}
+
+TEST_F(StreamDownloaderTest, HighByteWithoutAPartnerEndsTheAddressBeforeItsMarker) {
+  EXPECT_EQ(FirstLine("http://127.0.0.1/\xE4\xB8\xAD.flv"),
+            "PLAY MP4:http://127.0.0.1/\xE4\xB8\xAD.flv");
+}
+
+TEST_F(StreamDownloaderTest, WithoutAPipelineEndAndPositionReturnFalse) {
+  EXPECT_FALSE(downloader_.EndDownload());
+  EXPECT_FALSE(downloader_.SetStartPostion(10));
+  EXPECT_TRUE(player_.Snapshot().messages.empty());
+}
+
+TEST_F(StreamDownloaderTest, PipelineOnceMadeTakesPositionsAlsoWhileStopped) {
+  FirstLine("file:///no/such.ts");
+  EXPECT_FALSE(downloader_.EndDownload());
+  EXPECT_TRUE(downloader_.SetStartPostion(3725.5F));
+  EXPECT_EQ(player_.Snapshot().messages.back().substr(0, 36),
+            "PLAY TS StartPostion:01:02:05.500 Q:");
+}
+
+TEST_F(StreamDownloaderTest, WithoutAPlayerEverythingIsSilent) {
+  CStreamDownloader silent(nullptr);
+  EXPECT_FALSE(silent.BeginDownload("rtmp://host/a"));
+  EXPECT_TRUE(silent.BeginDownload("file:///no/such.ts"));
+  EXPECT_TRUE(silent.EndDownload());
+}
+
+TEST_F(StreamDownloaderTest, AssignmentSharesPlayerAndPipelines) {
+  FirstLine("file:///no/such.ts");
+  CStreamDownloader other(nullptr);
+  EXPECT_EQ(&(other = downloader_), &other);
+  EXPECT_EQ(std::memcmp(&other, &downloader_, sizeof(other)), 0);
+  EXPECT_TRUE(other.SetStartPostion(1));
+}
+
+TEST(StreamDownloaderLayoutTest, SixPointersThePlayerFirst) {
+  RecordingPlayer player;
+  const CStreamDownloader downloader(&player);
+  std::array<void*, 6> fields{};
+  std::memcpy(fields.data(), &downloader, sizeof(fields));
+  EXPECT_EQ(fields[0], static_cast<CStreamPlayerImp*>(&player));
+  for (std::size_t i = 1; i < fields.size(); ++i) EXPECT_EQ(fields[i], nullptr);
+}
+
+TEST(StreamDownloaderLayoutTest, AutoClassInitZeroFillsTheGivenBytes) {
+  RecordingPlayer player;
+  CStreamDownloader downloader(&player);
+  downloader.__autoclassinit2(sizeof(void*));
+  std::array<void*, 6> fields{};
+  std::memcpy(fields.data(), &downloader, sizeof(fields));
+  EXPECT_EQ(fields[0], nullptr);
+}
+
+}  // namespace

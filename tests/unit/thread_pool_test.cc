@@ -1,0 +1,152 @@
+#include "common/thread_pool.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace {
+
+// Counts tasks that are inside, and lets them out together.
+class Gate {
+ public:
+  void Enter() {
+    std::unique_lock lock(mutex_);
+    ++inside_;
+    changed_.notify_all();
+    changed_.wait(lock, [this] { return open_; });
+  }
+  void Open() {
+    const std::lock_guard lock(mutex_);
+    open_ = true;
+    changed_.notify_all();
+  }
+  bool WaitForInside(int count) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, std::chrono::seconds(20), [&] { return inside_ == count; });
+  }
+  int Inside() {
+    const std::lock_guard lock(mutex_);
+    return inside_;
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  int inside_ = 0;
+  bool open_ = false;
+};
+
+TEST(ThreadPoolTest, NewPoolRunsTasksAtOnce) {
+  Gate gate;
+  CThreadPool pool(2);
+  pool.AddTask([&] { gate.Enter(); });
+  EXPECT_TRUE(gate.WaitForInside(1));
+  gate.Open();
+}
+
+TEST(ThreadPoolTest, StartOnARunningPoolStartsNoExtraThreads) {
+  Gate gate;
+  CThreadPool pool(2);
+  pool.Start();
+  std::atomic<int> done{0};
+  for (int i = 0; i < 3; ++i) {
+    pool.AddTask([&] {
+      gate.Enter();
+      ++done;
+    });
+  }
+  EXPECT_TRUE(gate.WaitForInside(2));
+  // With extra threads the third would come in too; give it a chance to.
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(gate.Inside(), 2);
+  gate.Open();
+  while (done < 3) std::this_thread::yield();
+}
+
+TEST(ThreadPoolTest, TaskAddedWhileStoppedRunsAfterTheNextStart) {
+  Gate gate;
+  CThreadPool pool(2);
+  pool.Stop();
+  pool.AddTask([&] { gate.Enter(); });
+  EXPECT_EQ(gate.Inside(), 0);
+  pool.Start();
+  EXPECT_TRUE(gate.WaitForInside(1));
+  gate.Open();
+}
+
+TEST(ThreadPoolTest, StopWithIdleWorkersReturns) {
+  CThreadPool pool(8);
+  pool.Stop();
+  pool.Stop();  // a second stop finds nothing to do
+  SUCCEED() << "would hang otherwise";
+}
+
+TEST(ThreadPoolTest, StopReturnsOnlyAfterTheRunningTask) {
+  Gate gate;
+  CThreadPool pool(2);
+  std::atomic<bool> finished{false};
+  pool.AddTask([&] {
+    gate.Enter();
+    std::this_thread::sleep_for(std::chrono::milliseconds(30));
+    finished = true;
+  });
+  ASSERT_TRUE(gate.WaitForInside(1));
+  gate.Open();
+  pool.Stop();
+  EXPECT_TRUE(finished);
+}
+
+TEST(ThreadPoolTest, FiveLongTasksOnEightThreadsRunAtOnce) {
+  Gate gate;
+  CThreadPool pool(8);
+  for (int i = 0; i < 5; ++i) pool.AddTask([&] { gate.Enter(); });
+  EXPECT_TRUE(gate.WaitForInside(5));
+  gate.Open();
+}
+
+TEST(ThreadPoolTest, NinthLongTaskWaitsUntilOneEnds) {
+  Gate first;
+  Gate rest;
+  CThreadPool pool(8);
+  pool.AddTask([&] { first.Enter(); });
+  for (int i = 0; i < 8; ++i) pool.AddTask([&] { rest.Enter(); });
+  ASSERT_TRUE(first.WaitForInside(1));
+  ASSERT_TRUE(rest.WaitForInside(7));
+  first.Open();
+  EXPECT_TRUE(rest.WaitForInside(8));
+  rest.Open();
+}
+
+TEST(ThreadPoolTest, TasksStartInTheOrderOfArrival) {
+  CThreadPool pool(1);
+  std::mutex mutex;
+  std::string order;
+  Gate gate;
+  for (const char letter : {'a', 'b', 'c'}) {
+    pool.AddTask([&, letter] {
+      const std::lock_guard lock(mutex);
+      order += letter;
+    });
+  }
+  pool.AddTask([&] { gate.Enter(); });
+  ASSERT_TRUE(gate.WaitForInside(1));
+  EXPECT_EQ(order, "abc");
+  gate.Open();
+}
+
+TEST(ThreadPoolTest, StopsFromSeveralThreadsAtOnceAllReturn) {
+  for (int round = 0; round < 20; ++round) {
+    CThreadPool pool(4);
+    std::thread other([&] { pool.Stop(); });
+    pool.Stop();
+    other.join();
+    pool.Start();
+  }
+  SUCCEED() << "would hang or end the process otherwise";
+}
+
+}  // namespace

@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr std::uint32_t kSlack = 4096;  // room beyond what is needed, at the start and at each growth
+constexpr std::uint32_t kSlack =
+    4096;  // room beyond what is needed, at the start and at each growth
 constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
 
 std::unique_ptr<std::uint8_t[]> Allocate(std::uint64_t size) {

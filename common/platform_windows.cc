@@ -6,15 +6,16 @@
 
 #include "common/platform.h"
 
-#ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION  // older headers lack it; Windows 10 1803 and later know it
+#ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION  // older headers lack it; Windows 10 1803 and later
+                                               // know it
 #define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
 #endif
 
 namespace platform {
 namespace {
 
-// A timer that is exact to about half a millisecond even where Sleep(1) would last 15. One a thread,
-// since a waitable timer has one due time.
+// A timer that is exact to about half a millisecond even where Sleep(1) would last 15. One a
+// thread, since a waitable timer has one due time.
 class PreciseTimer {
  public:
   PreciseTimer()
@@ -63,7 +64,8 @@ std::string CodePageToUtf8(const std::string& text) {
   std::wstring wide(static_cast<std::size_t>(wide_length) + 1, L'\0');
   MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, wide.data(), wide_length);
 
-  const int length = WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
+  const int length =
+      WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
   if (length <= 0) return {};
   std::string utf8(static_cast<std::size_t>(length) + 1, '\0');
   WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), -1, utf8.data(), length, nullptr, nullptr);

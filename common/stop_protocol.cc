@@ -17,6 +17,7 @@ bool StopPipeline(const StoppingPipeline& pipeline) {
   ConsoleLine(pipeline.name + " EndDownload...");
   pipeline.running.store(false);
   pipeline.downloading.store(false);
+  pipeline.gate.Close();
   if (pipeline.wake) pipeline.wake();
   pipeline.pool.Stop();
   Drain(PopVideoFrame);

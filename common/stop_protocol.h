@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 
+#include "common/task_gate.h"
 #include "common/thread_pool.h"
 
 struct StoppingPipeline {
@@ -13,6 +14,7 @@ struct StoppingPipeline {
   std::atomic<bool>& running;      // the run flag that all tasks look at
   std::atomic<bool>& downloading;  // cleared with it
   CThreadPool& pool;
+  TaskGate& gate;                   // through which the pool's tasks were admitted
   std::function<void()> wake = {};  // wakes tasks that wait for data; may be empty
 };
 

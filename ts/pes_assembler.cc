@@ -3,6 +3,14 @@
 #include <algorithm>
 #include <cstring>
 
+namespace {
+
+// What a packet without an adaptation field carries. Nearly all packets do, and a copy whose size
+// the compiler knows is several times faster than one whose size it does not.
+constexpr std::uint32_t kFullPayload = 184;
+
+}  // namespace
+
 void pes_assembler::Begin(std::uint64_t new_pts, std::uint64_t new_dts, const std::uint8_t* bytes,
                           std::uint32_t size) {
   pts = new_pts;
@@ -14,7 +22,13 @@ void pes_assembler::Begin(std::uint64_t new_pts, std::uint64_t new_dts, const st
 }
 
 void pes_assembler::Append(const std::uint8_t* bytes, std::uint32_t size) {
-  const std::uint32_t taken = std::min(size, kMaxPesPayload - length);
+  const std::uint32_t room = kMaxPesPayload - length;
+  if (size == kFullPayload && room >= kFullPayload) {
+    std::memcpy(buffer.data() + length, bytes, kFullPayload);
+    length += kFullPayload;
+    return;
+  }
+  const std::uint32_t taken = std::min(size, room);
   std::memcpy(buffer.data() + length, bytes, taken);
   length += taken;
   if (taken < size) intact = 0;
@@ -27,8 +41,8 @@ void pes_assembler::CheckContinuity(std::int32_t continuity_counter) {
 }
 
 std::uint64_t get_pes_timestamp(const std::array<std::uint8_t, 5>& field) {
-  const std::uint64_t high = (field[0] >> 1U) & 7U;
-  const std::uint64_t middle = field[1] << 7U | field[2] >> 1U;
-  const std::uint64_t low = field[3] << 7U | field[4] >> 1U;
-  return high << 30 | middle << 15 | low;
+  const std::uint32_t high = (std::uint32_t{field[0]} >> 1) & 7;
+  const std::uint32_t middle = std::uint32_t{field[1]} << 7 | std::uint32_t{field[2]} >> 1;
+  const std::uint32_t low = std::uint32_t{field[3]} << 7 | std::uint32_t{field[4]} >> 1;
+  return std::uint64_t{high} << 30 | std::uint64_t{middle} << 15 | low;
 }

@@ -11,7 +11,7 @@ inline constexpr std::uint32_t kMaxPesPayload = 1'048'576;
 using PesBuffer = std::array<std::uint8_t, kMaxPesPayload>;
 
 struct pes_assembler {
-  PesBuffer& buffer;         // borrowed: static storage
+  PesBuffer& buffer;          // borrowed: static storage
   std::uint32_t length = 0;   // bytes of the PES packet in progress
   std::uint64_t pts = 0;      // 90 kHz, of the PES packet in progress
   std::uint64_t dts = 0;      // likewise

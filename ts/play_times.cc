@@ -30,8 +30,8 @@ float PlayTimeSpreader::Step(std::uint64_t node_count) const {
   return static_cast<float>((anchor_->pts - from) / node_count);
 }
 
-// Walks from the anchor to the last node but one. The sum runs over the nodes that are gone as well,
-// since each step is rounded to single precision on its way.
+// Walks from the anchor to the last node but one. The sum runs over the nodes that are gone as
+// well, since each step is rounded to single precision on its way.
 void PlayTimeSpreader::Assign(const FrameQueue& queue, float step) const {
   const std::uint64_t first = queue.FirstPlace();
   FrameNode* node = anchor_->place >= first ? anchor_->node : queue.head;

@@ -1,6 +1,6 @@
 // Spreads play times evenly over queued frames. Only some frames carry a larger PTS than all before
-// them (with B-frames, not every one does); those become anchors, and the frames between two anchors
-// get play times in equal steps.
+// them (with B-frames, not every one does); those become anchors, and the frames between two
+// anchors get play times in equal steps.
 #ifndef TS_PLAY_TIMES_H_
 #define TS_PLAY_TIMES_H_
 
@@ -11,9 +11,9 @@
 
 // The state for one queue since its last reset. Use it with g_frameQueueMutex held.
 //
-// A delivery thread may have taken and released the node of an anchor already, so an anchor is known by
-// its place in the order of pushes, and its node is looked at only while that place is still queued.
-// The nodes still queued get the values they would get if none had been taken.
+// A delivery thread may have taken and released the node of an anchor already, so an anchor is
+// known by its place in the order of pushes, and its node is looked at only while that place is
+// still queued. The nodes still queued get the values they would get if none had been taken.
 class PlayTimeSpreader {
  public:
   // The play time that a frame starts with: its distance from the base, 0 while there is no base.

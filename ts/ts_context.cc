@@ -19,7 +19,8 @@ void SetProgramCount(ts_context& context, std::int32_t count) {
   context.program_count = count;
 }
 
-// A program whose PMT has moved is taken over whole, which forgets its streams until that PMT comes.
+// A program whose PMT has moved is taken over whole, which forgets its streams until that PMT
+// comes.
 void UpdatePrograms(const std::uint8_t* packet, ts_context& context) {
   ts_program_table listed{};
   const std::int32_t count = parse_pat(packet, listed.data());
@@ -30,7 +31,8 @@ void UpdatePrograms(const std::uint8_t* packet, ts_context& context) {
   }
 }
 
-// A program whose video has moved is taken over whole; other changes of its streams are passed over.
+// A program whose video has moved is taken over whole; other changes of its streams are passed
+// over.
 void UpdateStreams(const std::uint8_t* packet, std::uint16_t pid, ts_context& context) {
   ts_program_table listed{};
   for (std::size_t i = 0; i < static_cast<std::size_t>(context.program_count); ++i) {
@@ -67,8 +69,8 @@ std::optional<std::size_t> ProbePacket(ts_context& context, const std::uint8_t* 
 
 }  // namespace
 
-std::int32_t ts_probe(ts_context& context, ts_context::Handler handler,
-                      const std::uint8_t* packets, std::int32_t count) {
+std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const std::uint8_t* packets,
+                      std::int32_t count) {
   if (count > 0 && !TsPacket(packets).HasSyncByte()) {
     std::printf("The packet isn't TS packet\n");
     return 0;

@@ -3,6 +3,7 @@
 #ifndef TS_TS_CONTEXT_H_
 #define TS_TS_CONTEXT_H_
 
+#include <cstddef>
 #include <cstdint>
 
 #include "ts/ts_program.h"
@@ -21,15 +22,24 @@ struct ts_context {
   // The PID demultiplexed as audio: always the first audio stream of the first program, whichever
   // program the video came from (kept on purpose). 0 while that program has no audio stream.
   std::uint16_t AudioPid() const { return programs[0].audio_pid[0]; }
+
+  // True when packets with this PID carry the PAT or the PMT of a program.
+  bool TellsPrograms(std::uint16_t pid) const {
+    if (pid == 0) return true;
+    for (std::size_t i = 0; i < static_cast<std::size_t>(program_count); ++i) {
+      if (programs[i].pmt_pid == pid) return true;
+    }
+    return false;
+  }
 };
 
-// Looks for a program that can be played in `count` packets and gives the context `handler` once one
-// is found.
-std::int32_t ts_probe(ts_context& context, ts_context::Handler handler,
-                      const std::uint8_t* packets, std::int32_t count);
+// Looks for a program that can be played in `count` packets and gives the context `handler` once
+// one is found.
+std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const std::uint8_t* packets,
+                      std::int32_t count);
 
-// Keeps the context current from a PAT or PMT packet; other packets change nothing. The first packet
-// is looked at, if `length` is that of at most seven.
+// Keeps the context current from a PAT or PMT packet; other packets change nothing. The first
+// packet is looked at, if `length` is that of at most seven.
 void get_pmt_info(const std::uint8_t* packet, std::int32_t length, ts_context& context);
 
 #endif  // TS_TS_CONTEXT_H_

@@ -67,8 +67,8 @@ void EmitFrame(ElementaryStream& stream) {
   }
 }
 
-// The timestamp field at `offset`. Whether the PES header says that it has one is not looked at, so a
-// packet without a DTS yields one made of the bytes behind its PTS: kept on purpose.
+// The timestamp field at `offset`. Whether the PES header says that it has one is not looked at, so
+// a packet without a DTS yields one made of the bytes behind its PTS: kept on purpose.
 std::uint64_t TimestampAt(TsPacket packet, unsigned offset) {
   return get_pes_timestamp({packet.At(offset), packet.At(offset + 1), packet.At(offset + 2),
                             packet.At(offset + 3), packet.At(offset + 4)});
@@ -113,8 +113,11 @@ ElementaryStream* StreamOf(const ts_context& context, std::uint16_t pid) {
 }
 
 void ParsePacket(ts_context& context, TsPacket packet) {
-  get_pmt_info(packet.Bytes(), static_cast<std::int32_t>(kTsPacketSize), context);
-  ElementaryStream* stream = StreamOf(context, packet.Pid());
+  const std::uint16_t pid = packet.Pid();
+  if (context.TellsPrograms(pid)) {
+    get_pmt_info(packet.Bytes(), static_cast<std::int32_t>(kTsPacketSize), context);
+  }
+  ElementaryStream* stream = StreamOf(context, pid);
   if (stream == nullptr) return;
   ++context.av_packet_count;
 

@@ -1,14 +1,16 @@
 // The transport stream demultiplexer: 188-byte packets in, whole elementary-stream frames out into
 // the global frame queues. The payload of one PES packet, as carried, becomes one frame: an Annex B
-// byte stream for H.264 and H.265, ADTS frames for AAC. A frame is emitted when the next PES packet on
-// its PID begins, so the last one of a stream stays behind.
+// byte stream for H.264 and H.265, ADTS frames for AAC. A frame is emitted when the next PES packet
+// on its PID begins, so the last one of a stream stays behind.
 //
-// There is one demultiplexer in the process. What it has learnt about programs and PIDs lives on from
-// one stream to the next until new PAT and PMT packets replace it (kept on purpose); the state of the
-// elementary streams starts afresh after each ResetFrameQueues, but for bytes that still wait in an
-// assembler: those come out as a frame when the next PES packet begins (kept on purpose).
+// There is one demultiplexer in the process. What it has learnt about programs and PIDs lives on
+// from one stream to the next until new PAT and PMT packets replace it (kept on purpose); the state
+// of the elementary streams starts afresh after each ResetFrameQueues, but for bytes that still
+// wait in an assembler: those come out as a frame when the next PES packet begins (kept on
+// purpose).
 //
-// Threads: one thread at a time, with TsDemuxLock held from one feed to the last that belongs with it.
+// Threads: one thread at a time, with TsDemuxLock held from one feed to the last that belongs with
+// it.
 //
 // What is wrong with a stream is printed to standard output and survived.
 #ifndef TS_TS_DEMUX_H_
@@ -32,7 +34,8 @@ class TsDemuxLock {
 // Returns 0.
 std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length);
 
-// The handler of playable streams: demultiplexes `count` packets by what `context` knows. Returns 0.
+// The handler of playable streams: demultiplexes `count` packets by what `context` knows. Returns
+// 0.
 std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets, std::int32_t count);
 
 // Forgets everything, as if the process had just started. For tests, fuzzers and benchmarks.

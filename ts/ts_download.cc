@@ -18,9 +18,7 @@ struct FileCloser {
 };
 
 // The bytes as text, up to their first zero.
-std::string TextOf(const char* bytes, std::size_t size) {
-  return {bytes, strnlen(bytes, size)};
-}
+std::string TextOf(const char* bytes, std::size_t size) { return {bytes, strnlen(bytes, size)}; }
 
 void ReportRefused(const char* data, std::size_t size) {
   TsPlayer().Message("PLAY TS NO:" + TsUrl() + ":" + TextOf(data, size));

@@ -8,8 +8,8 @@
 // Fetches `url` from the offset g_tsDownloaded to its end, or until g_tsRunning is cleared. Blocks.
 void DownloadTs(const std::string& url);
 
-// The write callback: takes the bytes and returns how many it took, 0 to end the transfer. Called by
-// libcurl, and for local files by the reader, on the download thread. `user` is not used.
+// The write callback: takes the bytes and returns how many it took, 0 to end the transfer. Called
+// by libcurl, and for local files by the reader, on the download thread. `user` is not used.
 std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* user);
 
 #endif  // TS_TS_DOWNLOAD_H_

@@ -40,6 +40,7 @@ CTsDownloader::CTsDownloader(CStreamPlayerImp* player) : CThreadPool(kPipelineWo
 
 CTsDownloader::~CTsDownloader() {
   EndDownload();
+  Stop();  // no task may outlive the members
   ReleaseScratch();
 }
 
@@ -50,18 +51,18 @@ bool CTsDownloader::BeginDownload(const std::string& url) {
   ResetFrameQueues();
   ResetStreamBuffer();
   UseUrl(url);
-  AddTask([this, url] { RunDownload(url); });
-  AddTask([] { ParseTs(); });
+  AddGated([this, url] { RunDownload(url); });
+  AddGated([] { ParseTs(); });
   const auto wanted = [this](const FrameRecord& frame) { return IsWanted(frame); };
   const PlayerPort player = TsPlayer();
-  AddTask([=] { DeliverVideoFrames({g_tsRunning, player, wanted, "ts video thread stop."}); });
-  AddTask([=] { DeliverAudioFrames({g_tsRunning, player, wanted, "ts audio thread stop."}); });
+  AddGated([=] { DeliverVideoFrames({g_tsRunning, player, wanted, "ts video thread stop."}); });
+  AddGated([=] { DeliverAudioFrames({g_tsRunning, player, wanted, "ts audio thread stop."}); });
   return true;
 }
 
 bool CTsDownloader::EndDownload() {
   startSeconds = 0;
-  return StopPipeline({"ts", g_tsRunning, downloading, *this});
+  return StopPipeline({"ts", g_tsRunning, downloading, *this, gate_});
 }
 
 bool CTsDownloader::SetStartPostion(float seconds) {

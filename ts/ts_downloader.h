@@ -1,5 +1,5 @@
-// The TS pipeline: plays a plain MPEG transport stream over HTTP, HTTPS or from a local file while it
-// downloads. Four tasks run on its pool: download, parse, video delivery, audio delivery.
+// The TS pipeline: plays a plain MPEG transport stream over HTTP, HTTPS or from a local file while
+// it downloads. Four tasks run on its pool: download, parse, video delivery, audio delivery.
 //
 // The facade makes one, on the first ".ts" address, and forwards its own operations to it. Most of
 // the state is process-wide (ts_state.h): one TS pipeline plays at a time. The player is borrowed.
@@ -10,8 +10,10 @@
 
 #include <atomic>
 #include <string>
+#include <utility>
 
 #include "common/player_port.h"
+#include "common/task_gate.h"
 #include "common/thread_pool.h"
 
 class CTsDownloader : private CThreadPool {
@@ -24,19 +26,21 @@ class CTsDownloader : private CThreadPool {
   // four tasks beside those that run.
   bool BeginDownload(const std::string& url);
 
-  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position goes
-  // back to 0 in any case.
+  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position
+  // goes back to 0 in any case.
   bool EndDownload();
 
-  // Sets the position below which frames are dropped, and makes the next start fetch the stream from
-  // its beginning. Nothing is restarted by it. Always true.
+  // Sets the position below which frames are dropped, and makes the next start fetch the stream
+  // from its beginning. Nothing is restarted by it. Always true.
   bool SetStartPostion(float seconds);
 
  private:
   void UseUrl(const std::string& url);
   bool IsWanted(const FrameRecord& frame) const;
   void RunDownload(const std::string& url);
+  void AddGated(Task task) { AddTask(gate_.Admit(std::move(task))); }
 
+  TaskGate gate_;
   std::atomic<float> startSeconds{0};
   std::atomic<bool> downloading{true};
 };

@@ -8,8 +8,9 @@
 inline constexpr std::size_t kTsPacketSize = 188;
 inline constexpr std::uint8_t kTsSyncByte = 0x47;
 
-// A view of one packet; it does not own the bytes. The fields are read where they are asked for, and
-// a field that lies, wholly or in part, past the end of the packet reads as if zeros followed it.
+// A view of one packet; it does not own the bytes. The fields are read where they are asked for,
+// and a field that lies, wholly or in part, past the end of the packet reads as if zeros followed
+// it.
 class TsPacket {
  public:
   // `bytes` points to at least kTsPacketSize bytes, or is null for no packet at all.

@@ -25,8 +25,8 @@ bool TakeBatch(CopyBuffer& batch) {
   return true;
 }
 
-// Takes a batch and feeds it, one packet a call. The lock spans both, so that batches are fed in the
-// order in which they arrived, even when two parse tasks run.
+// Takes a batch and feeds it, one packet a call. The lock spans both, so that batches are fed in
+// the order in which they arrived, even when two parse tasks run.
 bool FeedBatch() {
   const TsDemuxLock lock;
   CopyBuffer& batch = (*g_tsScratch)[kParseScratch];

@@ -6,15 +6,15 @@
 
 #include "common/frame_queue.h"
 
-// Parses what is staged, as it comes, until g_tsRunning is cleared, and reports the growing duration.
-// Blocks. The stream is taken to be aligned to packets from its first byte.
+// Parses what is staged, as it comes, until g_tsRunning is cleared, and reports the growing
+// duration. Blocks. The stream is taken to be aligned to packets from its first byte.
 void ParseTs();
 
 // Works out the duration report from the ends of the video queue.
 class TsDurationReport {
  public:
-  // The span of video demultiplexed so far, in seconds, when it has grown since the last call; else a
-  // negative number. `queue` may be null. With g_frameQueueMutex held.
+  // The span of video demultiplexed so far, in seconds, when it has grown since the last call; else
+  // a negative number. `queue` may be null. With g_frameQueueMutex held.
   float Update(const FrameQueue* queue);
 
  private:

@@ -11,7 +11,8 @@ namespace {
 
 constexpr unsigned kCrcSize = 4;
 
-// Where the section of a packet begins: behind the header, the adaptation field and the pointer field.
+// Where the section of a packet begins: behind the header, the adaptation field and the pointer
+// field.
 unsigned SectionStart(TsPacket packet) {
   switch (packet.AdaptationFieldControl()) {
     case 1:
@@ -25,8 +26,8 @@ unsigned SectionStart(TsPacket packet) {
   }
 }
 
-// The checksum of the section at `start`, over everything before the stored one. The caller has made
-// sure that this lies within the packet.
+// The checksum of the section at `start`, over everything before the stored one. The caller has
+// made sure that this lies within the packet.
 std::uint32_t SectionCrc(TsPacket packet, unsigned start, unsigned section_length) {
   return ts_crc32(packet.Bytes() + start, static_cast<std::uint16_t>(section_length - 1));
 }

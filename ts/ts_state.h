@@ -23,9 +23,9 @@ extern std::atomic<bool> g_tsRunning;
 extern std::atomic<std::uint64_t> g_tsDownloaded;
 
 extern std::mutex g_tsStateLock;
-extern PlayerPort g_tsPlayer;                      // guarded by g_tsStateLock
-extern NeverDestroyed<std::string> g_tsUrl;        // guarded by g_tsStateLock
-extern NeverDestroyed<std::string> g_tsTempPath;   // guarded by g_tsStateLock
+extern PlayerPort g_tsPlayer;                     // guarded by g_tsStateLock
+extern NeverDestroyed<std::string> g_tsUrl;       // guarded by g_tsStateLock
+extern NeverDestroyed<std::string> g_tsTempPath;  // guarded by g_tsStateLock
 
 // Bytes received and not parsed yet.
 extern std::mutex g_tsStreamLock;

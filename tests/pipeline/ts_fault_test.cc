@@ -57,6 +57,13 @@ TEST_F(TsFaultTest, EmptyBodyGivesNoFrameAndNoOutcome) {
   EXPECT_TRUE(player_.Snapshot().messages.empty());
 }
 
+TEST_F(TsFaultTest, LocalFileThatIsNotThereIsReportedToNobody) {
+  testing::internal::CaptureStdout();
+  DownloadToItsEnd("file:///no/such/file.ts");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_TRUE(player_.Snapshot().messages.empty());
+}
+
 TEST_F(TsFaultTest, CutOffBodyPlaysAsFarAsItCame) {
   const Bytes stream = MakeStream(40);
   server_.Serve(stream);

@@ -128,16 +128,6 @@ TEST_F(TsPipelineTest, LocalFilePlays) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY TS:" + url, "PLAY TS OK:" + url));
 }
 
-TEST_F(TsPipelineTest, LocalFileThatIsNotThereOnlyEndsTheDownload) {
-  const std::string url = "file:///no/such/file.ts";
-  testing::internal::CaptureStdout();
-  downloader_.BeginDownload(url);
-  Stop();
-  EXPECT_THAT(testing::internal::GetCapturedStdout(),
-              testing::HasSubstr("ts Download thread stop.\n"));
-  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY TS:" + url));
-}
-
 TEST_F(TsPipelineTest, EmptyLocalFileIsOkAndHasNoFrames) {
   const std::string url = "file://" + WriteFile({});
   downloader_.BeginDownload(url);

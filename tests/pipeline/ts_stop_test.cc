@@ -121,6 +121,21 @@ TEST_F(TsStopTest, HundredStopsAtRandomTimesFromAnotherThread) {
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS:").size(), 100U);
 }
 
+TEST_F(TsStopTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
+  server_.Serve(MakeStream(20));
+  for (int i = 0; i < 20; ++i) {
+    downloader_.BeginDownload(server_.Url("/plain/other.ts"));
+    downloader_.EndDownload();
+  }
+  player_.Forget();
+  const std::size_t requests = server_.Requests().size();
+  downloader_.BeginDownload(server_.Url("/plain/a.ts"));
+  EXPECT_TRUE(WaitForVideo(19));
+  Stop();
+  EXPECT_EQ(server_.Requests().size(), requests + 1);
+  EXPECT_LE(player_.Snapshot().video.size(), 20U);  // at most one was left behind in the assembler
+}
+
 TEST_F(TsStopTest, StopWhileAPlayerBlocksReturnsOnceTheCallReturns) {
   std::mutex mutex;
   std::condition_variable changed;

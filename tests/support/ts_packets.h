@@ -109,9 +109,9 @@ inline Packet MakePmt(const std::vector<PmtEntry>& streams = {{0x1B, kVideoPid},
 }
 
 inline Bytes TimestampField(std::uint8_t prefix, std::uint64_t ticks) {
-  return {static_cast<std::uint8_t>(prefix << 4 | ((ticks >> 30 & 7) << 1) | 1), Low(ticks >> 22),
-          static_cast<std::uint8_t>((ticks >> 15 & 0x7F) << 1 | 1), Low(ticks >> 7),
-          static_cast<std::uint8_t>((ticks & 0x7F) << 1 | 1)};
+  return {static_cast<std::uint8_t>(std::uint64_t{prefix} << 4 | (ticks >> 30 & 7) << 1 | 1),
+          Low(ticks >> 22), static_cast<std::uint8_t>((ticks >> 15 & 0x7F) << 1 | 1),
+          Low(ticks >> 7), static_cast<std::uint8_t>((ticks & 0x7F) << 1 | 1)};
 }
 
 // A PES packet with a PTS, a DTS if one is given, and this payload.

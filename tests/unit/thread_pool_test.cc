@@ -6,7 +6,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <string>
 #include <thread>
+
+#include "common/task_gate.h"
 
 namespace {
 
@@ -147,6 +150,17 @@ TEST(ThreadPoolTest, StopsFromSeveralThreadsAtOnceAllReturn) {
     pool.Start();
   }
   SUCCEED() << "would hang or end the process otherwise";
+}
+
+TEST(TaskGateTest, TaskAdmittedBeforeTheGateClosedDoesNothing) {
+  TaskGate gate;
+  int runs = 0;
+  const CThreadPool::Task stale = gate.Admit([&] { ++runs; });
+  gate.Close();
+  const CThreadPool::Task fresh = gate.Admit([&] { runs += 10; });
+  stale();
+  fresh();
+  EXPECT_EQ(runs, 10);
 }
 
 }  // namespace

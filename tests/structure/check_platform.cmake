@@ -1,0 +1,28 @@
+# Refuses a source that asks which operating system it is built for: only the platform sources meet it.
+#
+#   cmake -DSOURCE_DIR=... -P check_platform.cmake
+cmake_minimum_required(VERSION 3.25)
+
+set(checked 0)
+set(failures "")
+foreach(folder public common hls ts flv mp4 host tests bench fuzz)
+  file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
+    ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc)
+  foreach(source ${sources})
+    math(EXPR checked "${checked} + 1")
+    file(STRINGS ${SOURCE_DIR}/${source} lines
+      REGEX "^[ \t]*#.*(_WIN32|_WIN64|__MINGW|__linux|__unix|__APPLE__)")
+    if(lines)
+      list(APPEND failures "${source}: ${lines}")
+    endif()
+  endforeach()
+endforeach()
+
+if(checked EQUAL 0)
+  message(FATAL_ERROR "no source was found below '${SOURCE_DIR}'")
+endif()
+if(failures)
+  list(JOIN failures "\n  " text)
+  message(FATAL_ERROR "sources that ask for the operating system:\n  ${text}")
+endif()
+message(STATUS "${checked} sources leave the operating system to common/platform.h")

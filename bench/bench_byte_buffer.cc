@@ -1,0 +1,56 @@
+// CByteBuffer while a reader falls behind: what a byte costs must not depend on the backlog.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <string>
+#include <vector>
+
+#include "bench/bench_report.h"
+#include "common/byte_buffer.h"
+
+namespace {
+
+constexpr std::uint32_t kMegabyte = 1'000'000;
+constexpr std::uint32_t kPiece = 16384;  // what libcurl hands to a write callback at most
+constexpr std::uint32_t kRead = 188;     // the reader takes this much after each piece
+
+std::string Name(unsigned megabytes) { return "append_" + std::to_string(megabytes) + "_MB"; }
+
+// A fresh buffer takes `total` bytes in pieces; all but what the reader takes is the backlog.
+void BenchAppend(benchmark::State& state, std::uint32_t total) {
+  const std::vector<std::uint8_t> piece(kPiece, 0x47);
+  while (state.KeepRunning()) {
+    CByteBuffer buffer;
+    std::uint32_t status = buffer.Initialize();
+    for (std::uint32_t done = 0; done < total && status == kBufferOk; done += kPiece) {
+      status = buffer.Append(piece.data(), kPiece);
+      benchmark::DoNotOptimize(*buffer.ReadPtr());
+      buffer.MoveStart(kRead);
+    }
+    if (status != kBufferOk) state.SkipWithError("the buffer refused a piece");
+  }
+  state.SetBytesProcessed(state.iterations() * std::int64_t{total});
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Every array comes fresh from the system and goes back to it, the small ones too. Else those
+  // below some tens of megabytes lie in memory that an earlier round has used, only the others pay
+  // for its first touch, and that hides what the buffer does.
+  constexpr int kMmapThreshold = 65536;
+  mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
+  constexpr unsigned kBacklogs[] = {1, 10, 50, 200};
+  std::vector<BenchRatio> ratios;
+  for (const unsigned megabytes : kBacklogs) {
+    benchmark::RegisterBenchmark(
+        Name(megabytes).c_str(),
+        [megabytes](benchmark::State& state) { BenchAppend(state, megabytes * kMegabyte); })
+        ->UseRealTime()
+        ->Unit(benchmark::kMillisecond);
+    const std::string title = "cost of a byte, " + std::to_string(megabytes) + " MB to 10 MB";
+    if (megabytes != 10) ratios.push_back({title, Name(10), Name(megabytes)});
+  }
+  benchmark::AddCustomContext("input", "pieces of 16384 bytes appended, 188 bytes read after each");
+  return RunBenchmarks(argc, argv, ratios);
+}

@@ -1,0 +1,104 @@
+// ts_demux_feed beside libavformat's demultiplexer on the same bytes in the same process.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <span>
+
+#include "bench/bench_report.h"
+#include "bench/demux_totals.h"
+#include "bench/libavformat_demux.h"
+#include "bench/ts_sample.h"
+#include "common/frame_queue.h"
+#include "ts/ts_demux.h"
+#include "ts/ts_packet.h"
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr char kOurs[] = "ts_demux_feed";
+constexpr char kNoParse[] = "libavformat_noparse";
+constexpr char kParse[] = "libavformat_parse";
+
+// The consumer looks whether a frame is there and takes it only then. Nothing else runs, so the
+// look needs no lock here.
+void TakeFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& totals) {
+  while (queue != nullptr && queue->count != 0) {
+    const FrameNodePtr frame = pop();
+    totals.frames += 1;
+    totals.bytes += static_cast<std::uint64_t>(frame->size);
+  }
+}
+
+// As the TS pipeline feeds it: batches of what one write callback brings, one packet a call.
+DemuxTotals DemuxWithFeed(Bytes stream) {
+  constexpr std::size_t kBatch = 16384 / kTsPacketSize * kTsPacketSize;
+  ts_demux_forget();
+  ResetFrameQueues();
+  DemuxTotals totals;
+  for (std::size_t batch = 0; batch < stream.size(); batch += kBatch) {
+    const TsDemuxLock lock;
+    const std::size_t end = std::min(stream.size(), batch + kBatch);
+    for (std::size_t packet = batch; packet + kTsPacketSize <= end; packet += kTsPacketSize) {
+      ts_demux_feed(stream.data() + packet, static_cast<std::int32_t>(kTsPacketSize));
+      TakeFrames(g_videoQueue, PopVideoFrame, totals);
+      TakeFrames(g_audioQueue, PopAudioFrame, totals);
+    }
+  }
+  return totals;
+}
+
+void Report(benchmark::State& state, Bytes stream, const DemuxTotals& totals) {
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(stream.size()));
+  state.counters["frames"] = static_cast<double>(totals.frames);
+}
+
+void BenchFeed(benchmark::State& state, Bytes stream) {
+  DemuxTotals totals;
+  while (state.KeepRunning()) totals = DemuxWithFeed(stream);
+  Report(state, stream, totals);
+}
+
+void BenchLibavformat(benchmark::State& state, Bytes stream, bool parse) {
+  DemuxTotals totals;
+  while (state.KeepRunning()) totals = DemuxWithLibavformat(stream, parse).value_or(DemuxTotals());
+  Report(state, stream, totals);
+}
+
+// libavformat also gives the last PES packet of each of the two streams, and nothing else may
+// differ.
+bool SameFrames(Bytes stream) {
+  const DemuxTotals ours = DemuxWithFeed(stream);
+  const DemuxTotals theirs = DemuxWithLibavformat(stream, false).value_or(DemuxTotals());
+  if (ours.frames != 0 && ours.frames + 2 == theirs.frames && ours.bytes <= theirs.bytes)
+    return true;
+  std::fprintf(stderr, "not the same frames: %llu (%llu bytes) and %llu (%llu bytes)\n",
+               static_cast<unsigned long long>(ours.frames),
+               static_cast<unsigned long long>(ours.bytes),
+               static_cast<unsigned long long>(theirs.frames),
+               static_cast<unsigned long long>(theirs.bytes));
+  return false;
+}
+
+void Register(Bytes stream) {
+  const auto add = [](const char* name, auto function) {
+    benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond);
+  };
+  add(kOurs, [stream](benchmark::State& state) { BenchFeed(state, stream); });
+  add(kNoParse, [stream](benchmark::State& state) { BenchLibavformat(state, stream, false); });
+  add(kParse, [stream](benchmark::State& state) { BenchLibavformat(state, stream, true); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const auto sample = LoadTsSample();
+  if (!sample || !SameFrames(sample->bytes)) return 1;
+  benchmark::AddCustomContext("input", sample->description);
+  benchmark::AddCustomContext("libavformat", LibavformatVersion());
+  Register(sample->bytes);
+  return RunBenchmarks(argc, argv,
+                       {{"ts_demux_feed to libavformat without parsing", kOurs, kNoParse},
+                        {"ts_demux_feed to libavformat with parsing", kOurs, kParse}});
+}

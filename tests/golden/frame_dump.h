@@ -1,0 +1,30 @@
+// What came out of the demultiplexer, as values and as text.
+#ifndef TESTS_GOLDEN_FRAME_DUMP_H_
+#define TESTS_GOLDEN_FRAME_DUMP_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct DumpedFrame {
+  std::uint64_t pts;
+  std::uint64_t dts;
+  std::uint64_t play;
+  bool is_video;
+  bool intact;
+  std::vector<std::uint8_t> payload;
+};
+
+// All frames of a run, in the order of their queues.
+struct FrameDump {
+  std::vector<DumpedFrame> video;
+  std::vector<DumpedFrame> audio;
+};
+
+// Empties the global queues.
+FrameDump TakeQueuedFrames();
+
+// A line a frame, video first: "video 3: pts=140400 dts=136800 play=14400 size=856 crc=1c291ca3".
+std::string DumpText(const FrameDump& dump);
+
+#endif  // TESTS_GOLDEN_FRAME_DUMP_H_

@@ -1,0 +1,30 @@
+// The transport streams of the golden tests: made by ffmpeg at test time from fixed parameters.
+#ifndef TESTS_GOLDEN_MEDIA_SAMPLES_H_
+#define TESTS_GOLDEN_MEDIA_SAMPLES_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+struct MediaSample {
+  std::string name;         // as a test case carries it
+  std::string arguments;    // ffmpeg's, from the inputs to the codecs
+  std::uint16_t video_pid;  // the stream that is to come out as video; all have B-frames
+  std::uint16_t audio_pid;  // likewise audio; 0 for none
+};
+
+// How a test case names its sample.
+void PrintTo(const MediaSample& sample, std::ostream* out);
+
+std::vector<MediaSample> MediaSamples();
+
+// One of them. The streams of the first program have the PIDs 0x100 (video) and 0x101 (audio),
+// those of the second 0x102 and 0x103.
+MediaSample TwoProgramsSample();
+
+// Makes the sample's file. Throws std::runtime_error if ffmpeg fails.
+void MakeSample(const MediaSample& sample, const std::filesystem::path& file);
+
+#endif  // TESTS_GOLDEN_MEDIA_SAMPLES_H_

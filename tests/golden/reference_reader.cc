@@ -1,0 +1,41 @@
+#include "tests/golden/reference_reader.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Without the parsers of the codecs, which would cut PES packets into access units.
+std::vector<ReferencePacket> ReadPackets(const fs::path& file, const std::string& pid,
+                                         const ScratchDirectory& scratch) {
+  const fs::path json_file = scratch.File("packets_" + pid + ".json");
+  RunTool("ffprobe -v error -fflags +noparse -select_streams i:" + pid +
+              " -show_packets -show_entries packet=pts,dts,size -of json " + Quoted(file),
+          json_file);
+  const std::vector<std::uint8_t> text = ReadWholeFile(json_file);
+  const nlohmann::json document = nlohmann::json::parse(text.begin(), text.end());
+  std::vector<ReferencePacket> packets;
+  for (const nlohmann::json& packet : document.at("packets")) {
+    packets.push_back({packet.at("pts").get<std::uint64_t>(), packet.at("dts").get<std::uint64_t>(),
+                       std::stoul(packet.at("size").get<std::string>())});
+  }
+  return packets;
+}
+
+std::vector<std::uint8_t> ReadElementaryStream(const fs::path& file, const std::string& pid,
+                                               const ScratchDirectory& scratch) {
+  const fs::path es_file = scratch.File("stream_" + pid + ".es");
+  RunTool("ffmpeg -v error -i " + Quoted(file) + " -map 0:i:" + pid + " -c copy -f data -",
+          es_file);
+  return ReadWholeFile(es_file);
+}
+
+}  // namespace
+
+ReferenceStream ReadReference(const fs::path& file, std::uint16_t pid,
+                              const ScratchDirectory& scratch) {
+  const std::string number = std::to_string(pid);
+  return {ReadPackets(file, number, scratch), ReadElementaryStream(file, number, scratch)};
+}

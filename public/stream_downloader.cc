@@ -80,7 +80,9 @@ CStreamDownloader::~CStreamDownloader() {
 
 CStreamDownloader& CStreamDownloader::operator=(const CStreamDownloader& other) = default;
 
-bool CStreamDownloader::BeginDownload(std::string url) {
+// The address comes by value: part of the binary interface.
+bool CStreamDownloader::BeginDownload(
+    std::string url) {  // NOLINT(performance-unnecessary-value-param)
   if (url.empty()) return false;
   const PlayerPort player(player_);
   const std::string clean = CleanUrl(url);

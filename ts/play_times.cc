@@ -27,7 +27,8 @@ void PlayTimeSpreader::FramePushed(const FrameQueue& queue) {
 // Integer division first, then the conversion: kept on purpose.
 float PlayTimeSpreader::Step(std::uint64_t node_count) const {
   const std::uint64_t from = prev_anchor_ ? prev_anchor_->pts : base_;
-  return static_cast<float>((anchor_->pts - from) / node_count);
+  const std::uint64_t whole_step = (anchor_->pts - from) / node_count;
+  return static_cast<float>(whole_step);
 }
 
 // Walks from the anchor to the last node but one. The sum runs over the nodes that are gone as

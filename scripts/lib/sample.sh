@@ -1,0 +1,60 @@
+# shellcheck shell=bash
+# A sample made by ffmpeg and a web server that serves it on the loopback. Needs log.sh.
+
+# make_ts_sample FILE - about twelve seconds of H.264 with B-frames and AAC in MPEG-TS.
+make_ts_sample() {
+  local seconds=12
+  ffmpeg -nostdin -v error -y \
+    -f lavfi -i "testsrc2=size=640x360:rate=25:duration=$seconds" \
+    -f lavfi -i "sine=frequency=440:sample_rate=44100:duration=$seconds" \
+    -c:v libx264 -preset veryfast -bf 2 -g 50 -pix_fmt yuv420p -c:a aac -b:a 128k \
+    -f mpegts "$1" </dev/null
+}
+
+# write_nginx_config DIR PORT - everything that nginx reads or writes lies in DIR. It sends a sample
+# in a few seconds, not at once, so that there is progress to be seen.
+write_nginx_config() {
+  local user_line=""
+  [[ $(id -u) -eq 0 ]] && user_line="user root;"  # DIR is closed to everybody else
+  cat >"$1/nginx.conf" <<CONFIG
+$user_line
+worker_processes 1;
+pid nginx.pid;
+error_log error.log;
+events {}
+http {
+  access_log off;
+  client_body_temp_path temp_body;
+  proxy_temp_path temp_proxy;
+  fastcgi_temp_path temp_fastcgi;
+  uwsgi_temp_path temp_uwsgi;
+  scgi_temp_path temp_scgi;
+  server {
+    listen 127.0.0.1:$2;
+    root www;
+    limit_rate 300k;
+  }
+}
+CONFIG
+}
+
+port_answers() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
+
+# start_nginx DIR - serves DIR/www and sets NGINX_PORT. nginx goes to the background only when it
+# listens, and fails when another program got the port first; then the next port is tried.
+start_nginx() {
+  local dir=$1 try
+  for ((try = 0; try < 20; ++try)); do
+    NGINX_PORT=$((20000 + RANDOM % 12000))
+    port_answers "$NGINX_PORT" && continue
+    write_nginx_config "$dir" "$NGINX_PORT"
+    nginx -p "$dir" -e error.log -c nginx.conf 2>"$dir/start.log" </dev/null && return
+  done
+  die "nginx does not start: $(tail -n 1 "$dir/start.log")"
+}
+
+stop_nginx() {
+  local pid_file=$1/nginx.pid
+  [[ -s $pid_file ]] && kill "$(<"$pid_file")" 2>/dev/null
+  return 0
+}

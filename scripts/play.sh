@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Sets up, builds and plays: without an argument a sample that it makes and serves itself.
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+readonly ROOT
+readonly BUILD=$ROOT/build/play
+PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
+
+# shellcheck source=scripts/lib/log.sh
+source "$ROOT/scripts/lib/log.sh"
+# shellcheck source=scripts/lib/packages.sh
+source "$ROOT/scripts/lib/packages.sh"
+# shellcheck source=scripts/lib/sample.sh
+source "$ROOT/scripts/lib/sample.sh"
+
+usage() {
+  cat <<'USAGE'
+scripts/play.sh                          makes a sample, serves it and plays it
+scripts/play.sh --sample ts [options]    the same, with options of the player
+scripts/play.sh ADDRESS [options]        plays an http, https or file:// address
+
+scripts/play.sh ADDRESS --help tells the options.
+USAGE
+}
+
+build_host() {
+  note "building the console host in build/play"
+  # Only what is needed to play; the libraries of the tests and benchmarks may be missing.
+  (cd "$ROOT" && cmake --preset release -B "$BUILD" \
+    -DSTREAM_BUILD_TESTS=OFF -DSTREAM_BUILD_BENCH=OFF --log-level=WARNING) ||
+    die "the configuration failed"
+  cmake --build "$BUILD" --target stream_host || die "the build failed"
+}
+
+play() {
+  note "playing: stream_host $*"
+  "$BUILD/bin/stream_host" "$@"
+}
+
+remove_sample() {
+  stop_nginx "$SAMPLE_DIR"
+  rm -rf "$SAMPLE_DIR"
+}
+
+play_ts_sample() {
+  SAMPLE_DIR=$(mktemp -d)
+  trap remove_sample EXIT
+  mkdir "$SAMPLE_DIR/www"
+  note "making a sample: 12 seconds of H.264 and AAC in MPEG-TS"
+  make_ts_sample "$SAMPLE_DIR/www/sample.ts" || die "ffmpeg could not make the sample"
+  start_nginx "$SAMPLE_DIR"
+  note "nginx serves it on port $NGINX_PORT"
+  # A proxy has no way to this machine's loopback.
+  unset http_proxy https_proxy all_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY
+  play "http://127.0.0.1:$NGINX_PORT/sample.ts" "$@"
+}
+
+main() {
+  local sample=""
+  case ${1-} in
+    -h | --help) usage && return ;;
+    "") sample=ts ;;
+    --sample) sample=${2:-none} && shift "$(($# < 2 ? $# : 2))" ;;
+  esac
+  [[ -z $sample || $sample == ts ]] || die "no such sample: $sample (there is: ts)"
+  if [[ -n $sample ]]; then
+    ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}"
+    build_host
+    play_ts_sample "$@"
+  else
+    ensure_packages "${BUILD_PACKAGES[@]}"
+    build_host
+    play "$@"
+  fi
+}
+
+main "$@"

@@ -1,0 +1,1 @@
+"""What the end-to-end tests share: samples, servers, the console host and an independent reader."""

@@ -1,0 +1,126 @@
+"""Runs of the console host, and what they left behind."""
+
+import csv
+import dataclasses
+import json
+import os
+import pathlib
+import shlex
+import signal
+import subprocess
+import zlib
+
+from support.waiting import wait_until
+
+_PROXIES = ("http_proxy", "https_proxy", "all_proxy", "no_proxy")
+_LIMIT_SECONDS = 90
+
+
+@dataclasses.dataclass(frozen=True)
+class Frame:
+    kind: str
+    pts: int
+    dts: int
+    play: int
+    size: int
+    crc32: int
+
+
+@dataclasses.dataclass(frozen=True)
+class Event:
+    name: str
+    value: str
+
+
+class HostRun:
+    """A run that has ended."""
+
+    def __init__(self, exit_code, output, dump):
+        self.exit_code = exit_code
+        self.output = output
+        self.dump = dump
+        self.summary = _last_line_as_json(exit_code, output)
+        self.frames = [_frame(row) for row in _rows(dump / "frames.csv")]
+        self.events = [Event(row["event"], row["value"]) for row in _rows(dump / "events.csv")]
+
+    def frames_of(self, kind):
+        return [frame for frame in self.frames if frame.kind == kind]
+
+    def elementary_stream(self, kind):
+        return (self.dump / f"{kind}.es").read_bytes()
+
+    def messages(self):
+        return [event.value for event in self.events if event.name == "message"]
+
+    def payloads_that_differ_from_their_crc(self):
+        """Places of the frames whose bytes in the dump are not those that frames.csv tells of."""
+        wrong = []
+        for kind in ("video", "audio"):
+            stream = self.elementary_stream(kind)
+            begin = 0
+            for place, frame in enumerate(self.frames_of(kind)):
+                if zlib.crc32(stream[begin : begin + frame.size]) != frame.crc32:
+                    wrong.append((kind, place))
+                begin += frame.size
+            if begin != len(stream):
+                wrong.append((kind, "rest"))
+        return wrong
+
+
+def _last_line_as_json(exit_code, output):
+    try:
+        return json.loads(output.splitlines()[-1])
+    except (IndexError, ValueError):
+        message = f"exit code {exit_code} and no summary at the end of:\n{output}"
+        raise AssertionError(message) from None
+
+
+def _rows(path):
+    with path.open(newline="", errors="surrogateescape") as file:
+        return list(csv.DictReader(file))
+
+
+def _frame(row):
+    numbers = [int(row[name]) for name in ("pts", "dts", "play", "size")]
+    return Frame(row["kind"], *numbers, int(row["crc32"], 16))
+
+
+def _environment():
+    """Without proxies, which have no way to this machine's loopback."""
+    return {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
+
+
+def _command(address, dump, options):
+    host = shlex.split(os.environ["STREAM_HOST"])
+    return [*host, address, "--dump", str(dump), "--json", *options]
+
+
+def run_host(address, directory, *options, prefix=(), idle_exit=2):
+    """Plays to the end of the stream; the dump goes to a new directory in `directory`."""
+    dump = pathlib.Path(directory) / "dump"
+    dump.mkdir()
+    command = [*prefix, *_command(address, dump, ["--idle-exit", str(idle_exit), *options])]
+    ended = subprocess.run(
+        command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        env=_environment(), timeout=_LIMIT_SECONDS, text=True, errors="surrogateescape")
+    return HostRun(ended.returncode, ended.stdout, dump)
+
+
+def run_host_until_interrupted(address, directory, is_time):
+    """Plays until is_time(dump directory) is true, then does what Ctrl-C does."""
+    dump = pathlib.Path(directory) / "dump"
+    dump.mkdir()
+    command = _command(address, dump, ["--idle-exit", "60"])
+    with (pathlib.Path(directory) / "output").open("w+", errors="surrogateescape") as output:
+        host = subprocess.Popen(
+            command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
+            env=_environment())
+        try:
+            wait_until(lambda: is_time(dump), "it plays")
+            host.send_signal(signal.SIGINT)
+            exit_code = host.wait(timeout=_LIMIT_SECONDS)
+        finally:
+            host.kill()
+            host.wait()
+        output.seek(0)
+        return HostRun(exit_code, output.read(), dump)

@@ -1,0 +1,34 @@
+"""What ffmpeg and ffprobe, as independent readers, find in a sample."""
+
+import dataclasses
+import json
+import subprocess
+
+_STREAMS = {"video": ("v:0", "h264"), "audio": ("a:0", "adts")}
+
+
+@dataclasses.dataclass(frozen=True)
+class PesPacket:
+    pts: int
+    dts: int  # equal to pts where the packet carries none
+    size: int
+
+
+def elementary_stream(path, kind):
+    """The bytes of the first stream of a kind."""
+    stream, form = _STREAMS[kind]
+    command = ["ffmpeg", "-nostdin", "-v", "error", "-i", str(path)]
+    command += ["-map", f"0:{stream}", "-c", "copy", "-f", form, "-"]
+    return subprocess.run(command, check=True, capture_output=True, timeout=60).stdout
+
+
+def pes_packets(path, kind):
+    """The PES packets of the first stream of a kind, as they are carried: neither cut into access
+    units nor given timestamps that they do not have."""
+    command = ["ffprobe", "-v", "error", "-fflags", "+noparse+nofillin"]
+    command += ["-select_streams", _STREAMS[kind][0], "-show_packets", "-of", "json", str(path)]
+    output = subprocess.run(command, check=True, capture_output=True, timeout=60).stdout
+    return [
+        PesPacket(packet["pts"], packet.get("dts", packet["pts"]), int(packet["size"]))
+        for packet in json.loads(output)["packets"]
+    ]

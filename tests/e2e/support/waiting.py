@@ -1,0 +1,15 @@
+"""Waiting for a condition, with a limit."""
+
+import time
+
+
+def wait_until(condition, what, limit_seconds=30):
+    """Returns the first true value of condition()."""
+    deadline = time.monotonic() + limit_seconds
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() > deadline:
+            raise TimeoutError(f"waited {limit_seconds} s in vain: {what}")
+        time.sleep(0.02)

@@ -1,0 +1,115 @@
+#include "host_player.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "text.h"
+
+namespace host {
+
+void HostPlayer::OnDuration(float seconds) {
+  TakeNumber("duration", &PlayTotals::duration, seconds);
+}
+
+void HostPlayer::OnBufferedTime(float seconds) {
+  TakeNumber("buffered", &PlayTotals::buffered_time, seconds);
+}
+
+void HostPlayer::OnAudioClock(float seconds) {
+  TakeNumber("clock", &PlayTotals::audio_clock, seconds);
+}
+
+void HostPlayer::OnAudioFrame(MediaFrame frame) { TakeFrame(FrameKind::kAudio, audio_, frame); }
+
+void HostPlayer::OnVideoFrame(MediaFrame frame) { TakeFrame(FrameKind::kVideo, video_, frame); }
+
+void HostPlayer::OnMessage(std::string line) {
+  TakeText("message", &RunRecord::messages, std::move(line));
+}
+
+void HostPlayer::OnPlayResult(std::string line) {
+  TakeText("result", &RunRecord::results, std::move(line));
+}
+
+void HostPlayer::OpenRun() {
+  frames_seen_ = 0;
+  for (Kind* kind : {&video_, &audio_}) {
+    const std::lock_guard lock(kind->mutex);
+    kind->totals = {};
+    kind->first_frame_ms.reset();
+  }
+  const std::lock_guard lock(mutex_);
+  events_ = {};
+}
+
+RunRecord HostPlayer::Record() const {
+  RunRecord record;
+  {
+    const std::lock_guard lock(mutex_);
+    record = events_;
+  }
+  for (const Kind* kind : {&video_, &audio_}) {
+    const std::lock_guard lock(kind->mutex);
+    if (!kind->first_frame_ms) continue;
+    record.first_frame_ms =
+        std::min(record.first_frame_ms.value_or(*kind->first_frame_ms), *kind->first_frame_ms);
+  }
+  record.totals = Totals();
+  return record;
+}
+
+PlayTotals HostPlayer::Totals() const {
+  PlayTotals totals;
+  {
+    const std::lock_guard lock(mutex_);
+    totals = events_.totals;
+  }
+  {
+    const std::lock_guard lock(video_.mutex);
+    totals.video = video_.totals;
+  }
+  const std::lock_guard lock(audio_.mutex);
+  totals.audio = audio_.totals;
+  return totals;
+}
+
+double HostPlayer::Arrival() {
+  const double now = clock_.NowMs();
+  last_arrival_ms_ = now;
+  return now;
+}
+
+void HostPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame) {
+  const double now = Arrival();
+  ++frames_seen_;
+  if (!recording_.load()) return;
+  {
+    const std::lock_guard lock(state.mutex);
+    state.totals.Add(frame);
+    if (!state.first_frame_ms) state.first_frame_ms = now;
+  }
+  if (dump_ != nullptr) dump_->WriteFrame(kind, frame, now);
+}
+
+void HostPlayer::TakeNumber(const char* event, std::optional<float> PlayTotals::*newest,
+                            float seconds) {
+  const double now = Arrival();
+  if (!recording_.load()) return;
+  {
+    const std::lock_guard lock(mutex_);
+    events_.totals.*newest = seconds;
+  }
+  if (dump_ != nullptr) dump_->WriteEvent(now, event, ExactText(seconds));
+}
+
+void HostPlayer::TakeText(const char* event, std::vector<std::string> RunRecord::*texts,
+                          std::string&& line) {
+  const double now = Arrival();
+  screen_.Status(now, PrintableText(line));
+  if (dump_ != nullptr && recording_.load()) dump_->WriteEvent(now, event, line);
+  const std::lock_guard lock(mutex_);
+  (events_.*texts).push_back(std::move(line));
+}
+
+}  // namespace host

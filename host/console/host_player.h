@@ -1,0 +1,82 @@
+// The host's player: counts, prints and dumps what the library hands over, in the call and without
+// keeping anything of the frame.
+//
+// The library's threads call it concurrently. Video and audio are counted behind locks of their
+// own, texts behind a third; none is held while a file or the screen is written. What the runner
+// reads in its loop are atomics.
+//
+// A run is opened before anything is started and closed after EndDownload has returned, when no
+// thread of the library calls any more. The screen and the dump are borrowed; the dump may be null.
+#ifndef HOST_CONSOLE_HOST_PLAYER_H_
+#define HOST_CONSOLE_HOST_PLAYER_H_
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "clock.h"
+#include "dump.h"
+#include "screen.h"
+#include "stream_player.h"
+#include "totals.h"
+
+namespace host {
+
+class HostPlayer final : public CStreamPlayerImp {
+ public:
+  HostPlayer(const Clock& clock, Screen& screen, Dump* dump)
+      : clock_(clock), screen_(screen), dump_(dump) {}
+
+  void OnDuration(float seconds) override;
+  void OnBufferedTime(float seconds) override;
+  void OnAudioClock(float seconds) override;
+  void OnAudioFrame(MediaFrame frame) override;
+  void OnVideoFrame(MediaFrame frame) override;
+  void OnMessage(std::string line) override;
+  void OnPlayResult(std::string line) override;
+
+  // Forgets the run before.
+  void OpenRun();
+
+  // Whether frames and numbers are counted and dumped. What comes before the seek of --start is
+  // not, only its texts are kept for the summary. Changed while nothing is being downloaded.
+  void SetRecording(bool recording) { recording_ = recording; }
+
+  // What was recorded since OpenRun.
+  RunRecord Record() const;
+  PlayTotals Totals() const;
+
+  // Frames since OpenRun, recorded or not.
+  std::uint64_t FramesSeen() const { return frames_seen_.load(); }
+  // When anything came last, by the clock; 0 when nothing ever came.
+  double LastArrivalMs() const { return last_arrival_ms_.load(); }
+
+ private:
+  struct Kind {
+    mutable std::mutex mutex;
+    KindTotals totals;                     // guarded by mutex
+    std::optional<double> first_frame_ms;  // guarded by mutex
+  };
+
+  double Arrival();
+  void TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame);
+  void TakeNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);
+  void TakeText(const char* event, std::vector<std::string> RunRecord::*texts, std::string&& line);
+
+  const Clock& clock_;
+  Screen& screen_;
+  Dump* const dump_;
+  std::atomic<bool> recording_{true};
+  std::atomic<std::uint64_t> frames_seen_{0};
+  std::atomic<double> last_arrival_ms_{0};
+  Kind video_;
+  Kind audio_;
+  mutable std::mutex mutex_;
+  RunRecord events_;  // numbers and texts; guarded by mutex_
+};
+
+}  // namespace host
+
+#endif  // HOST_CONSOLE_HOST_PLAYER_H_

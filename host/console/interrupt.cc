@@ -1,0 +1,24 @@
+#include "interrupt.h"
+
+#include <atomic>
+#include <csignal>
+
+namespace host {
+namespace {
+
+// The handler may run on a thread of the library.
+std::atomic<bool> g_interrupted{false};
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not take a lock");
+
+extern "C" void NoteInterrupt(int /*signal*/) { g_interrupted = true; }
+
+}  // namespace
+
+void NoteInterrupts() {
+  std::signal(SIGINT, NoteInterrupt);
+  std::signal(SIGTERM, NoteInterrupt);
+}
+
+bool Interrupted() { return g_interrupted.load(); }
+
+}  // namespace host

@@ -1,0 +1,39 @@
+// The command line of stream_host.
+#ifndef HOST_CONSOLE_OPTIONS_H_
+#define HOST_CONSOLE_OPTIONS_H_
+
+#include <optional>
+#include <string>
+
+namespace host {
+
+enum ExitStatus : int {
+  kExitFrames = 0,    // at least one frame came
+  kExitNoFrames = 1,  // none did
+  kExitUsage = 2,     // wrong usage, a dump directory that cannot be written included
+};
+
+struct Options {
+  std::string address;
+  std::optional<double> start_seconds;
+  std::string dump_directory;  // empty: no dump
+  double idle_exit_seconds = 3;
+  std::optional<double> stop_after_seconds;
+  int repeat = 0;  // runs after the first one
+  bool json = false;
+  bool quiet = false;
+};
+
+// Either options, or a text to print and a status to exit with: the help (0), or one line that says
+// what is wrong (kExitUsage). The text ends without a line break.
+struct ParsedCommandLine {
+  std::optional<Options> options;
+  std::string text;
+  int exit_status = 0;
+};
+
+ParsedCommandLine ParseCommandLine(int argc, const char* const* argv);
+
+}  // namespace host
+
+#endif  // HOST_CONSOLE_OPTIONS_H_

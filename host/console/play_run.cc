@@ -1,0 +1,106 @@
+#include "play_run.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "progress.h"
+#include "text.h"
+
+namespace host {
+namespace {
+
+constexpr double kMsPerSecond = 1000;
+
+EndRule RuleOf(const Options& options) {
+  EndRule rule{options.idle_exit_seconds * kMsPerSecond, std::nullopt};
+  if (options.stop_after_seconds) rule.stop_after_ms = *options.stop_after_seconds * kMsPerSecond;
+  return rule;
+}
+
+}  // namespace
+
+PlayRunner::PlayRunner(const Options& options, const Surroundings& around)
+    : options_(options), rule_(RuleOf(options)), around_(around) {}
+
+std::vector<RunReport> PlayRunner::PlayAll() {
+  std::vector<RunReport> reports;
+  for (int run = 0; run <= options_.repeat; ++run) {
+    if (run > 0) around_.screen.Status(around_.clock.NowMs(), "repeat " + std::to_string(run));
+    reports.push_back(PlayOnce());
+    if (reports.back().reason == EndReason::kInterrupted) break;
+  }
+  return reports;
+}
+
+RunReport PlayRunner::PlayOnce() {
+  around_.player.OpenRun();
+  stop_ms_.clear();
+  run_began_ms_ = around_.clock.NowMs();
+
+  std::optional<EndReason> reason;
+  if (options_.start_seconds && !has_pipeline_) reason = PlayToFirstFrame();
+  if (!reason) reason = PlayToEnd();
+
+  RunReport report;
+  report.record = around_.player.Record();
+  report.reason = *reason;
+  report.elapsed_ms = around_.clock.NowMs() - run_began_ms_;
+  if (report.record.first_frame_ms) {
+    report.time_to_first_frame_ms = *report.record.first_frame_ms - download_began_ms_;
+  }
+  report.stop_ms = stop_ms_;
+  return report;
+}
+
+std::optional<EndReason> PlayRunner::PlayToFirstFrame() {
+  around_.player.SetRecording(false);
+  std::optional<EndReason> reason = EndReason::kRefused;
+  if (Begin()) reason = WaitUntil([this] { return around_.player.FramesSeen() > 0; });
+  End();
+  around_.player.SetRecording(true);
+  has_pipeline_ = !reason;
+  return reason;
+}
+
+EndReason PlayRunner::PlayToEnd() {
+  if (options_.start_seconds) SetStart();
+  std::optional<EndReason> reason = EndReason::kRefused;
+  if (Begin()) reason = WaitUntil([] { return false; });
+  End();
+  return *reason;
+}
+
+bool PlayRunner::Begin() {
+  download_began_ms_ = around_.clock.NowMs();
+  return around_.downloader.Begin(options_.address);
+}
+
+void PlayRunner::End() {
+  const double before = around_.clock.NowMs();
+  around_.downloader.End();
+  const double after = around_.clock.NowMs();
+  stop_ms_.push_back(after - before);
+  around_.screen.Status(after, "EndDownload took " + FixedText(stop_ms_.back(), 1) + " ms");
+}
+
+void PlayRunner::SetStart() {
+  const auto seconds = static_cast<float>(*options_.start_seconds);
+  if (!around_.downloader.SetStart(seconds)) {
+    around_.screen.Status(around_.clock.NowMs(), "the start position was refused");
+  }
+}
+
+std::optional<EndReason> PlayRunner::WaitUntil(const std::function<bool()>& met) {
+  ProgressLine progress(around_.screen);
+  while (!met()) {
+    const double now = around_.clock.NowMs();
+    const double last = std::max(around_.player.LastArrivalMs(), download_began_ms_);
+    const auto reason = ReasonToEnd(rule_, {now, run_began_ms_, last, around_.interrupted()});
+    if (reason) return reason;
+    if (progress.IsDue(now)) progress.Draw(now, around_.player.Totals());
+    around_.clock.Pause();
+  }
+  return std::nullopt;
+}
+
+}  // namespace host

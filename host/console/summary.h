@@ -1,0 +1,40 @@
+// What stream_host tells at its end: the runs, their sum, and the exit status with its reason.
+#ifndef HOST_CONSOLE_SUMMARY_H_
+#define HOST_CONSOLE_SUMMARY_H_
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "options.h"
+#include "play_run.h"
+
+namespace host {
+
+struct Summary {
+  Options options;
+  std::vector<RunReport> runs;  // at least one
+  double elapsed_ms = 0;
+  std::optional<bool> dump_complete;  // nothing without a dump
+};
+
+PlayTotals SumOf(const std::vector<RunReport>& runs);
+
+// Of the first run that had a frame.
+std::optional<double> TimeToFirstFrame(const std::vector<RunReport>& runs);
+
+ExitStatus ExitStatusOf(const Summary& summary);
+
+// One line: the exit status and why it is that.
+std::string ExitLine(const Summary& summary);
+
+// The lines of the summary, without the exit line.
+std::vector<std::string> SummaryLines(const Summary& summary);
+
+// The summary as one JSON object on one line of ASCII. Bytes of a text that are not UTF-8 become
+// replacement characters.
+std::string SummaryJson(const Summary& summary);
+
+}  // namespace host
+
+#endif  // HOST_CONSOLE_SUMMARY_H_

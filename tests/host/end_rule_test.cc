@@ -1,0 +1,45 @@
+#include "host/console/end_rule.h"
+
+#include <gtest/gtest.h>
+
+namespace host {
+namespace {
+
+constexpr EndRule kIdleOnly{3000, std::nullopt};
+constexpr EndRule kBoth{3000, 5000};
+
+TEST(EndRuleTest, RunGoesOnWhileSomethingComes) {
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {100'000, 0, 97'001, false}), std::nullopt);
+}
+
+TEST(EndRuleTest, SilenceOfTheIdleTimeEndsTheRun) {
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {100'000, 0, 97'000, false}), EndReason::kIdle);
+}
+
+TEST(EndRuleTest, ArrivalAfterTheLookIsNotSilence) {
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {1000, 0, 1001, false}), std::nullopt);
+}
+
+TEST(EndRuleTest, TimeOfTheRunEndsItWhileFramesCome) {
+  EXPECT_EQ(ReasonToEnd(kBoth, {5999, 1000, 5999, false}), std::nullopt);
+  EXPECT_EQ(ReasonToEnd(kBoth, {6000, 1000, 6000, false}), EndReason::kStopAfter);
+}
+
+TEST(EndRuleTest, StopAfterZeroEndsAtOnce) {
+  EXPECT_EQ(ReasonToEnd({3000, 0.0}, {10, 10, 10, false}), EndReason::kStopAfter);
+}
+
+TEST(EndRuleTest, InterruptionComesFirst) {
+  EXPECT_EQ(ReasonToEnd(kBoth, {6000, 1000, 1000, true}), EndReason::kInterrupted);
+  EXPECT_EQ(ReasonToEnd(kBoth, {1000, 1000, 1000, true}), EndReason::kInterrupted);
+}
+
+TEST(EndRuleTest, ReasonsHaveTheNamesOfTheSummary) {
+  EXPECT_STREQ(NameOf(EndReason::kIdle), "idle");
+  EXPECT_STREQ(NameOf(EndReason::kStopAfter), "stop-after");
+  EXPECT_STREQ(NameOf(EndReason::kInterrupted), "interrupted");
+  EXPECT_STREQ(NameOf(EndReason::kRefused), "refused");
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,23 @@
+#include "host/console/interrupt.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+
+namespace host {
+namespace {
+
+class InterruptTest : public testing::TestWithParam<int> {};
+
+TEST_P(InterruptTest, SignalIsNotedAndSurvived) {
+  NoteInterrupts();
+  ASSERT_FALSE(Interrupted());
+  ASSERT_EQ(std::raise(GetParam()), 0);
+  EXPECT_TRUE(Interrupted());
+}
+
+// The note is never taken back, so each case needs the process of its own that CTest gives it.
+INSTANTIATE_TEST_SUITE_P(Signals, InterruptTest, testing::Values(SIGINT, SIGTERM));
+
+}  // namespace
+}  // namespace host

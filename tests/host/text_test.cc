@@ -1,0 +1,42 @@
+#include "host/console/text.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <limits>
+
+namespace host {
+namespace {
+
+TEST(TextTest, FixedTextRoundsToTheDigitsAskedFor) {
+  EXPECT_EQ(FixedText(12.3456, 3), "12.346");
+  EXPECT_EQ(FixedText(-0.5, 1), "-0.5");
+  EXPECT_EQ(FixedText(1e9, 0), "1000000000");
+}
+
+TEST(TextTest, FixedTextOfTheLargestNumberIsWhole) {
+  EXPECT_EQ(FixedText(std::numeric_limits<double>::max(), 3).size(), 309U + 4);
+}
+
+TEST(TextTest, ExactTextReadsBackAsTheSameFloat) {
+  for (const float value : {10.033333F, 0.84F, 123456.789F, 1e-7F, 3e9F}) {
+    EXPECT_EQ(std::strtof(ExactText(value).c_str(), nullptr), value);
+    EXPECT_EQ(ExactText(value).find('e'), std::string::npos) << ExactText(value);
+  }
+}
+
+TEST(TextTest, HexTextHasEightDigits) {
+  EXPECT_EQ(HexText(0), "00000000");
+  EXPECT_EQ(HexText(0xAB12), "0000ab12");
+  EXPECT_EQ(HexText(0xFFFFFFFF), "ffffffff");
+}
+
+TEST(TextTest, ControlBytesBecomeVisible) {
+  EXPECT_EQ(PrintableText("a\r\n\tb\x1b[2J\x7f"), "a\\r\\n\\tb\\x1b[2J\\x7f");
+  EXPECT_EQ(PrintableText(std::string("\0", 1)), "\\x00");
+}
+
+TEST(TextTest, HighBytesAreLeftAlone) { EXPECT_EQ(PrintableText("\xc3\xa9\xff"), "\xc3\xa9\xff"); }
+
+}  // namespace
+}  // namespace host

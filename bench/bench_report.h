@@ -1,8 +1,9 @@
 // Runs the registered benchmarks of a program and prints, below what Google Benchmark prints, one
 // median a benchmark and what the medians are to each other.
 //
-// The machine is taken to be noisy: rates are by processor time, each benchmark runs in several
-// rounds, and the rounds of all of them are interleaved, so that a slow minute falls on all alike.
+// The machine is taken to be noisy: rates are by processor time unless a benchmark says otherwise,
+// each benchmark runs in several rounds, and the rounds of all of them are interleaved, so that a
+// slow minute falls on all alike.
 #ifndef BENCH_BENCH_REPORT_H_
 #define BENCH_BENCH_REPORT_H_
 

@@ -1,4 +1,4 @@
-// Cleaning of media addresses. A pure function, used by the facade and by the HLS playlist retry.
+// Media addresses as text: cleaning them, and telling local files. Pure functions.
 #ifndef COMMON_ADDRESS_H_
 #define COMMON_ADDRESS_H_
 

@@ -21,8 +21,11 @@ FrameNodePtr PopGlobal(FrameQueue* const& queue) {
 void ReplaceQueue(FrameQueue*& queue) {
   while (const FrameNodePtr node{PopFrame(queue)}) {
   }
-  delete queue;
-  queue = new FrameQueue;
+  if (queue != nullptr) {
+    *queue = FrameQueue();
+  } else {
+    queue = new (std::nothrow) FrameQueue;
+  }
 }
 
 }  // namespace
@@ -79,7 +82,7 @@ FrameNode* PopFrame(FrameQueue* queue) {
 }
 
 FrameQueue* EnsureQueue(FrameQueue*& queue) {
-  if (queue == nullptr) queue = new FrameQueue;
+  if (queue == nullptr) queue = new (std::nothrow) FrameQueue;
   return queue;
 }
 

@@ -15,7 +15,7 @@
 #include <memory>
 #include <mutex>
 
-// One access unit.
+// One frame: an access unit, or for a transport stream the payload of one PES packet.
 struct FrameRecord {
   std::uint64_t pts = 0;         // presentation timestamp, 90 kHz
   std::uint64_t dts = 0;         // decode timestamp, 90 kHz
@@ -65,19 +65,20 @@ extern std::mutex g_frameQueueMutex;
 extern FrameQueue* g_videoQueue;  // guarded by g_frameQueueMutex; null until first used
 extern FrameQueue* g_audioQueue;  // guarded by g_frameQueueMutex; null until first used
 
-// Returns `queue`, made first if it is null. With g_frameQueueMutex held.
+// Returns `queue`, made first if it is null; null when there is no memory for it. With
+// g_frameQueueMutex held.
 FrameQueue* EnsureQueue(FrameQueue*& queue);
 
 // Takes the oldest frame of a global queue; empty when there is none.
 FrameNodePtr PopVideoFrame();
 FrameNodePtr PopAudioFrame();
 
-// Replaces both global queues by empty ones, releasing the old ones with what they hold, and begins
-// a new generation. Called by every pipeline each time it starts.
+// Makes both global queues new and empty, releasing what they hold, and begins a new generation.
+// Called by every pipeline each time it starts.
 void ResetFrameQueues();
 
-// Counts the calls of ResetFrameQueues. A producer that keeps state a stream (the transport stream
-// demultiplexer) compares it with the generation it has seen, and starts afresh when it has
+// Counts the calls of ResetFrameQueues. A producer that keeps state per stream (the transport
+// stream demultiplexer) compares it with the generation it has seen, and starts afresh when it has
 // changed.
 std::uint64_t FrameQueueGeneration();
 

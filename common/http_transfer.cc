@@ -60,5 +60,5 @@ void Download(const Transfer& transfer, std::uint64_t offset) {
 bool IsHtmlPage(const char* bytes, std::size_t size) {
   static constexpr char kTag[] = "<html>";
   constexpr std::size_t kLength = sizeof(kTag) - 1;
-  return size >= kLength && std::memcmp(bytes, kTag, kLength) == 0;
+  return bytes != nullptr && size >= kLength && std::memcmp(bytes, kTag, kLength) == 0;
 }

@@ -31,6 +31,17 @@ struct Transfer {
   const std::atomic<bool>& running;  // outlives the transfer
 };
 
+// Makes a write callback of a function that may throw, when memory runs out say: nothing is thrown
+// through libcurl, the transfer ends instead.
+template <std::size_t (*kTake)(char*, std::size_t, std::size_t, void*)>
+std::size_t GuardedCallback(char* bytes, std::size_t size, std::size_t count, void* user) noexcept {
+  try {
+    return kTake(bytes, size, count, user);
+  } catch (...) {
+    return 0;
+  }
+}
+
 // Resets `handle` and sets all that every request shares, but no range and no user agent.
 void SetUpTransfer(CURL* handle, const Transfer& transfer);
 

@@ -3,12 +3,17 @@
 #include <limits>
 
 #include "common/format_text.h"
+#include "common/player_port.h"
 
 int PositionMilliseconds(float seconds) {
   const float milliseconds = seconds * 1000.0F;
   constexpr float kLimit = 2147483648.0F;  // 2^31: the first value on either side that is too far
   if (!(milliseconds > -kLimit && milliseconds < kLimit)) return std::numeric_limits<int>::min();
   return static_cast<int>(milliseconds);
+}
+
+bool LiesBefore(float start_seconds, std::uint64_t play_time) {
+  return start_seconds > WholeSeconds(play_time);
 }
 
 std::string StartPositionLine(const char* format, float seconds, std::clock_t elapsed) {

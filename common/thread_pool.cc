@@ -7,11 +7,17 @@ CThreadPool::CThreadPool(std::uint32_t thread_count) : threadCount(thread_count)
 CThreadPool::~CThreadPool() { Stop(); }
 
 void CThreadPool::Start() {
-  const std::lock_guard lock(mutex);
+  std::unique_lock lock(mutex);
   if (running) return;
   running = true;
-  threads.reserve(threadCount);
-  for (std::uint32_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+  try {
+    threads.reserve(threadCount);
+    for (std::uint32_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+  } catch (...) {  // the system gives no more threads: end those that run
+    lock.unlock();
+    Stop();
+    throw;
+  }
 }
 
 void CThreadPool::AddTask(Task task) {

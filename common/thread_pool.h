@@ -1,9 +1,8 @@
 // CThreadPool: a fixed number of worker threads that take tasks from one queue in arrival order.
 // Every pipeline owns one and runs its long-lived loops on it.
-//
-// Threads: every member may be called from any thread, but Stop and the destructor not from a task
-// of the same pool, since they wait for it. A task must look at its pipeline's run flag and come
-// back soon after it was cleared; it must not throw.
+// Threads: tasks may be added from any thread. Start, Stop and the destructor are called from one
+// thread at a time, and not from a task of the same pool, since Stop waits for it. A task must look
+// at its pipeline's run flag and come back soon after it was cleared; it must not throw.
 #ifndef COMMON_THREAD_POOL_H_
 #define COMMON_THREAD_POOL_H_
 
@@ -28,7 +27,8 @@ class CThreadPool {
   CThreadPool(const CThreadPool&) = delete;
   CThreadPool& operator=(const CThreadPool&) = delete;
 
-  // Starts the workers again after Stop; does nothing while they run.
+  // Starts the workers again after Stop; does nothing while they run. Throws std::system_error,
+  // with the pool stopped, when the system gives no thread.
   void Start();
 
   // Appends a task. On a stopped pool it stays queued and runs after the next Start.

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <type_traits>
 
@@ -47,9 +48,12 @@ void ZeroFill(void* object, std::size_t size) { std::memset(object, 0, size); }
 // Pipelines are zero-filled before they are constructed.
 template <typename Pipeline>
 Pipeline* MakePipeline(CStreamPlayerImp* player) {
-  void* memory = ::operator new(sizeof(Pipeline));
-  ZeroFill(memory, sizeof(Pipeline));
-  return new (memory) Pipeline(player);
+  const auto release = [](void* memory) { ::operator delete(memory); };
+  std::unique_ptr<void, decltype(release)> memory(::operator new(sizeof(Pipeline)), release);
+  ZeroFill(memory.get(), sizeof(Pipeline));
+  auto* pipeline = new (memory.get()) Pipeline(player);
+  (void)memory.release();
+  return pipeline;
 }
 
 template <typename Pipeline>

@@ -9,7 +9,8 @@
 // (EndDownload) before another address of another kind is started.
 //
 // Threads. Call the members from one thread at a time. No member may be called from inside a call
-// to the player: EndDownload waits for the threads that make those calls. Members do not throw.
+// to the player: EndDownload waits for the threads that make those calls. Members throw nothing of
+// their own, only what the standard library throws when memory or threads run out.
 #ifndef STREAM_DOWNLOADER_STREAM_DOWNLOADER_H_
 #define STREAM_DOWNLOADER_STREAM_DOWNLOADER_H_
 
@@ -43,10 +44,9 @@ class STREAM_DOWNLOADER_API CStreamDownloader {
   CStreamDownloader& operator=(const CStreamDownloader& other);
 
   // Starts to play `url` ("http", "https" or "file://") and returns without waiting for the
-  // network. The address alone decides the format: "m3u8" anywhere in it is HLS, else ".ts"
-  // MPEG-TS, else
-  // ".flv" FLV, else MP4. The choice is told as "PLAY M3U8:", "PLAY TS:", "PLAY FLV:" or "PLAY
-  // MP4:".
+  // network. The address alone decides the format: "m3u8" anywhere in it is HLS, else ".ts" is
+  // MPEG-TS, else ".flv" is FLV, else it is MP4. The choice is told as "PLAY M3U8:", "PLAY TS:",
+  // "PLAY FLV:" or "PLAY MP4:".
   //
   // Returns false for an empty address (in silence) and for one of another scheme ("PLAY UNKOWN:").
   // true does not mean that the stream can be had: failures come later as status lines.
@@ -61,7 +61,8 @@ class STREAM_DOWNLOADER_API CStreamDownloader {
   // Sets where the next BeginDownload starts, in seconds from the beginning of the stream. It goes
   // to the pipelines that exist, so something must have been started before; returns false if not.
   // EndDownload sets the position back to 0: the order of a seek is EndDownload, SetStartPostion,
-  // BeginDownload. The name is spelt this way on purpose.
+  // BeginDownload. Given while something plays, it makes what plays drop frames that lie before it.
+  // The name is spelt this way on purpose.
   bool SetStartPostion(float seconds);
 
 #if !defined(_MSC_VER)  // that compiler makes this member by itself

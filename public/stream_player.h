@@ -32,8 +32,10 @@ struct MediaFrame {
   std::int32_t size;       // payload length in bytes
   // Four bytes of padding that are never written.
 
-  // First byte of the payload: H.264 or H.265 in Annex B form, or AAC in ADTS form. It belongs to
-  // the component and is valid only until the call returns; copy what must last.
+  // First byte of the payload: H.264 or H.265 in Annex B form, or AAC in ADTS form. A transport
+  // stream gives the payload of one PES packet as it was carried, so there a frame may hold several
+  // ADTS frames, or another codec that the stream names (MPEG-2 video, MPEG audio, LATM). The
+  // payload belongs to the component and is valid only until the call returns; copy what must last.
   const std::uint8_t* data;
 
   std::uint64_t reserved;  // never written by the component; do not read it

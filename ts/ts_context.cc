@@ -71,7 +71,7 @@ std::optional<std::size_t> ProbePacket(ts_context& context, const std::uint8_t* 
 
 std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const std::uint8_t* packets,
                       std::int32_t count) {
-  if (count > 0 && !TsPacket(packets).HasSyncByte()) {
+  if (!TsPacket(packets).HasSyncByte()) {
     std::printf("The packet isn't TS packet\n");
     return 0;
   }

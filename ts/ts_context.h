@@ -34,7 +34,7 @@ struct ts_context {
 };
 
 // Looks for a program that can be played in `count` packets and gives the context `handler` once
-// one is found.
+// one is found. There is at least one byte at `packets`, also where no packet is whole.
 std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const std::uint8_t* packets,
                       std::int32_t count);
 

@@ -22,7 +22,7 @@ struct ElementaryStream {
 
 std::mutex g_demuxMutex;
 
-// All guarded by g_demuxMutex; the spreaders by g_frameQueueMutex as well.
+// All guarded by g_demuxMutex.
 ts_context g_context;
 PesBuffer g_videoBuffer;
 PesBuffer g_audioBuffer;
@@ -160,8 +160,8 @@ std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets,
 }
 
 std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length) {
+  if (length <= 0) return 0;
   const std::int32_t count = length / static_cast<std::int32_t>(kTsPacketSize);
-  if (count <= 0) return 0;
   if (data == nullptr) return ts_parse_packets(&g_context, data, count);
   FollowQueueResets();
   if (g_context.handler == nullptr) ts_probe(g_context, ts_parse_packets, data, count);

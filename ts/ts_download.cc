@@ -18,7 +18,9 @@ struct FileCloser {
 };
 
 // The bytes as text, up to their first zero.
-std::string TextOf(const char* bytes, std::size_t size) { return {bytes, strnlen(bytes, size)}; }
+std::string TextOf(const char* bytes, std::size_t size) {
+  return bytes == nullptr ? std::string() : std::string(bytes, strnlen(bytes, size));
+}
 
 void ReportRefused(const char* data, std::size_t size) {
   TsPlayer().Message("PLAY TS NO:" + TsUrl() + ":" + TextOf(data, size));
@@ -51,15 +53,17 @@ std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /
     ReportRefused(data, length);
     return 0;
   }
-  if (g_tsDownloaded.fetch_add(length) == 0) TsPlayer().Message("PLAY TS OK:" + TsUrl());
+  if (g_tsDownloaded.load() == 0) TsPlayer().Message("PLAY TS OK:" + TsUrl());
   const std::lock_guard lock(g_tsStreamLock);
-  return g_tsStreamBuffer->Append(data, length) == kBufferOk ? length : 0;
+  if (data != nullptr && g_tsStreamBuffer->Append(data, length) != kBufferOk) return 0;
+  g_tsDownloaded += length;
+  return length;
 }
 
 void DownloadTs(const std::string& url) {
   if (IsFileUrl(url)) {
     ReadLocalFile(FileUrlPath(url));
   } else {
-    Download({url, TakeTsBytes, g_tsRunning}, g_tsDownloaded.load());
+    Download({url, GuardedCallback<TakeTsBytes>, g_tsRunning}, g_tsDownloaded.load());
   }
 }

@@ -81,16 +81,18 @@ void CTsDownloader::UseUrl(const std::string& url) {
     TsPlayer().Message("PLAY TS RE:" + url);
     return;
   }
+  {
+    const std::lock_guard lock(g_tsStateLock);
+    *g_tsUrl = url;
+    g_tsDownloaded = 0;
+  }
   const std::string path = CreateCacheFile("mebo.ts");  // nothing is ever written to it
   const std::lock_guard lock(g_tsStateLock);
-  *g_tsUrl = url;
-  g_tsDownloaded = 0;
   *g_tsTempPath = path;
 }
 
-// Compares whole seconds: a frame at 9.9 s lies before a start position of 10.
 bool CTsDownloader::IsWanted(const FrameRecord& frame) const {
-  return !(startSeconds.load() > WholeSeconds(frame.playTime));
+  return !LiesBefore(startSeconds.load(), frame.playTime);
 }
 
 void CTsDownloader::RunDownload(const std::string& url) {

@@ -26,13 +26,15 @@ bool TakeBatch(CopyBuffer& batch) {
 }
 
 // Takes a batch and feeds it, one packet a call. The lock spans both, so that batches are fed in
-// the order in which they arrived, even when two parse tasks run.
+// the order in which they arrived, even when two parse tasks run. A stop ends the batch: what is
+// left of it would only be dropped, and a stream of garbage prints a line for each packet.
 bool FeedBatch() {
   const TsDemuxLock lock;
   CopyBuffer& batch = (*g_tsScratch)[kParseScratch];
   if (!TakeBatch(batch)) return false;
   const std::uint8_t* const end = batch.Data() + batch.Length();
-  for (const std::uint8_t* packet = batch.Data(); packet < end; packet += kPacketSize) {
+  const std::uint8_t* packet = batch.Data();
+  for (; packet < end && g_tsRunning.load(); packet += kPacketSize) {
     ts_demux_feed(packet, static_cast<std::int32_t>(kPacketSize));
   }
   return true;

@@ -20,7 +20,8 @@ unsigned SectionStart(TsPacket packet) {
     case 3:
       return 6 + packet.AdaptationFieldLength();
     default:
-      // No payload. The parse goes on at byte 1, which no checksum survives: kept on purpose.
+      // No payload. The parse goes on at byte 1, which hardly any checksum survives: kept on
+      // purpose.
       std::printf("ts_hd->header.adaptation_field_ctrl:0x%x\n", packet.AdaptationFieldControl());
       return 1;
   }

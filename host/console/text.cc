@@ -28,6 +28,20 @@ std::string EscapeOf(unsigned char control) {
   }
 }
 
+// Length of the printable UTF-8 character that `bytes` begin with; 0 when they begin with none.
+std::size_t CharacterLength(std::string_view bytes) {
+  const auto first = static_cast<unsigned char>(bytes.front());
+  if (first < 0x20 || first == 0x7f) return 0;
+  if (first < 0x80) return 1;
+  if (first < 0xc2 || first > 0xf4) return 0;
+  const std::size_t length = first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
+  if (bytes.size() < length) return 0;
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((static_cast<unsigned char>(bytes[i]) & 0xc0) != 0x80) return 0;
+  }
+  return length;
+}
+
 }  // namespace
 
 std::string FixedText(double value, int digits) {
@@ -51,16 +65,20 @@ std::string HexText(std::uint32_t value) {
 }
 
 std::string PrintableText(std::string_view bytes) {
+  constexpr std::size_t kLongest = 400;
   std::string text;
-  text.reserve(bytes.size());
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (byte < 0x20 || byte == 0x7f) {
-      text += EscapeOf(byte);
+  std::size_t at = 0;
+  while (at < bytes.size() && at < kLongest) {
+    const std::size_t length = CharacterLength(bytes.substr(at));
+    if (length == 0) {
+      text += EscapeOf(static_cast<unsigned char>(bytes[at]));
+      at += 1;
     } else {
-      text += c;
+      text += bytes.substr(at, length);
+      at += length;
     }
   }
+  if (at < bytes.size()) text += "... (" + std::to_string(bytes.size()) + " bytes)";
   return text;
 }
 

@@ -36,7 +36,16 @@ TEST(TextTest, ControlBytesBecomeVisible) {
   EXPECT_EQ(PrintableText(std::string("\0", 1)), "\\x00");
 }
 
-TEST(TextTest, HighBytesAreLeftAlone) { EXPECT_EQ(PrintableText("\xc3\xa9\xff"), "\xc3\xa9\xff"); }
+TEST(TextTest, Utf8IsLeftAloneAndOtherHighBytesBecomeVisible) {
+  EXPECT_EQ(PrintableText("\xc3\xa9 \xe4\xb8\xad \xf0\x9f\x8e\xac"),
+            "\xc3\xa9 \xe4\xb8\xad \xf0\x9f\x8e\xac");
+  EXPECT_EQ(PrintableText("\xff\xc3(\xe4\xb8"), "\\xff\\xc3(\\xe4\\xb8");
+}
+
+TEST(TextTest, LongTextIsCutAndCounted) {
+  const std::string text = PrintableText(std::string(16384, 'x'));
+  EXPECT_EQ(text, std::string(400, 'x') + "... (16384 bytes)");
+}
 
 }  // namespace
 }  // namespace host

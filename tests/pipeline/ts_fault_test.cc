@@ -27,6 +27,23 @@ class TsFaultTest : public TsPlay {
   }
 };
 
+TEST_F(TsFaultTest, TransferThatSucceedsIsLogged) {
+  server_.Serve(MakeStream(3));
+  const std::string url = server_.Url("/plain/a.ts");
+  testing::internal::CaptureStdout();
+  DownloadToItsEnd(url);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "[DOWNLOAD]: " + url + "\n");
+}
+
+TEST_F(TsFaultTest, LongHtmlPageIsCutAtItsFirstPieceAndNotLogged) {
+  server_.Serve("<html>" + std::string(5'000'000, '.'));
+  testing::internal::CaptureStdout();
+  DownloadToItsEnd(server_.Url("/plain/a.ts"));
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS NO:").size(), 1U);
+  EXPECT_EQ(g_tsDownloaded.load(), 0U);
+}
+
 TEST_F(TsFaultTest, HtmlPageEndsTheTransferWithNothingStaged) {
   const std::string page = "<html><body>404</body></html>";
   server_.Serve(page);
@@ -93,19 +110,26 @@ TEST_F(TsFaultTest, RefusedConnectionIsReportedToNobody) {
   EXPECT_TRUE(player_.Snapshot().messages.empty());
 }
 
-TEST_F(TsFaultTest, GarbageIsSurvived) {
+TEST_F(TsFaultTest, GarbageBetweenGoodStreamsIsSurvived) {
   std::mt19937 random(3);  // NOLINT: the same run every time
-  Bytes garbage(200'000);
+  Bytes garbage(1'000 * 188);
   for (std::uint8_t& byte : garbage) byte = static_cast<std::uint8_t>(random());
   for (std::size_t at = 0; at < garbage.size(); at += 188) {
     if (random() % 2 == 0) garbage[at] = 0x47;
+    if (random() % 4 == 0) {  // on one of the PIDs that are followed
+      garbage[at + 1] = static_cast<std::uint8_t>((garbage[at + 1] & 0x40) | 1);
+      garbage[at + 2] = static_cast<std::uint8_t>(random() % 3);
+    }
   }
-  server_.Serve(garbage);
-  const std::string url = server_.Url("/plain/a.ts");
-  testing::internal::CaptureStdout();
-  downloader_.BeginDownload(url);
-  EXPECT_TRUE(WaitForMessage("PLAY TS OK:" + url));
-  while (g_tsDownloaded.load() < garbage.size()) std::this_thread::yield();
+  Bytes stream = MakeStream(5);
+  ts_test::Append(stream, garbage);
+  ts_test::Append(stream, MakeStream(5, 5'000'000));
+  server_.Serve(stream);
+  testing::internal::CaptureStdout();  // a line for each bad packet
+  downloader_.BeginDownload(server_.Url("/plain/a.ts"));
+  EXPECT_TRUE(player_.WaitFor([](const Record& record) {
+    return !record.video.empty() && record.video.back().pts == 5'000'000 + 3 * 3600;
+  }));
   Stop();
   testing::internal::GetCapturedStdout();
 }
@@ -126,7 +150,7 @@ TEST_F(TsFaultTest, SpoiledPacketsInAGoodStreamLoseOnlyThemselves) {
   stream[at] = 0;
   server_.Serve(stream);
   downloader_.BeginDownload(server_.Url("/plain/a.ts"));
-  EXPECT_TRUE(WaitForVideo(29));
+  ASSERT_TRUE(WaitForVideo(29));
   Stop();
   const Record record = player_.Snapshot();
   EXPECT_LT(record.video[10].payload.size(), 300U);

@@ -27,7 +27,7 @@ TEST_F(TsRestartTest, SameAddressResumesAtTheReceivedCount) {
   player_.Reopen();
   downloader_.BeginDownload(url);
   EXPECT_TRUE(WaitForMessage("PLAY TS RE:" + url));
-  EXPECT_TRUE(server_.WaitForRequests(2));
+  ASSERT_TRUE(server_.WaitForRequests(2));
   Stop();
   EXPECT_EQ(server_.Requests()[1].range, "bytes=" + received + "-");
   const auto ok = player_.Snapshot().MessagesWith("PLAY TS OK:");
@@ -80,17 +80,40 @@ TEST_F(TsRestartTest, StopForgetsTheStartPosition) {
   Stop();
 }
 
-TEST_F(TsRestartTest, SecondStartWithoutAStopKeepsPlaying) {
+TEST_F(TsRestartTest, SecondStartWithoutAStopAddsItsTasksBesideTheFirst) {
   server_.Serve(MakeStream(20));
   const std::string url = server_.Url("/endless/a.ts");
   downloader_.BeginDownload(url);
   ASSERT_TRUE(WaitForVideo(5));
   downloader_.BeginDownload(url);
-  EXPECT_TRUE(server_.WaitForRequests(2));
-  const std::size_t before = player_.Snapshot().video.size();
-  EXPECT_TRUE(WaitForVideo(before + 5));
+  EXPECT_TRUE(server_.WaitForRequests(2)) << "the second download runs beside the first";
+  EXPECT_TRUE(WaitForMessage("PLAY TS RE:" + url));
+  EXPECT_TRUE(Stop());
+}
+
+TEST_F(TsRestartTest, OtherAddressWithoutAStopPlaysBesideAStalledOne) {
+  server_.Serve(MakeStream(20));
+  downloader_.BeginDownload(server_.Url("/stall/a.ts"));
+  ASSERT_TRUE(WaitForVideo(5));
+  downloader_.BeginDownload(server_.Url("/plain/b.ts"));
+  const std::uint64_t last_pts = 90'000 + 18 * 3600;
+  EXPECT_TRUE(player_.WaitFor([last_pts](const Record& record) {
+    return !record.video.empty() && record.video.back().pts == last_pts;
+  }));
+  EXPECT_TRUE(Stop());
+}
+
+TEST_F(TsRestartTest, ThirdStartWithoutAStopWaitsForWorkersAndIsForgottenByTheStop) {
+  server_.Serve(MakeStream(20));
+  const std::string url = server_.Url("/endless/a.ts");
+  for (int i = 0; i < 3; ++i) downloader_.BeginDownload(url);
+  ASSERT_TRUE(server_.WaitForRequests(2));
+  EXPECT_TRUE(Stop());
+  player_.Reopen();
+  downloader_.BeginDownload(server_.Url("/plain/b.ts"));
+  EXPECT_TRUE(WaitForVideo(19));
   Stop();
-  EXPECT_THAT(player_.Snapshot().messages, Contains("PLAY TS RE:" + url));
+  EXPECT_EQ(server_.CountRequests("/endless/a.ts"), 2U);
 }
 
 TEST_F(TsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {

@@ -101,6 +101,13 @@ class TestServer {
     return requests_;
   }
 
+  std::size_t CountRequests(const std::string& path) const {
+    const std::lock_guard lock(mutex_);
+    return static_cast<std::size_t>(
+        std::count_if(requests_.begin(), requests_.end(),
+                      [&path](const Request& request) { return request.path == path; }));
+  }
+
   bool WaitForRequests(std::size_t count) {
     std::unique_lock lock(mutex_);
     return changed_.wait_for(lock, std::chrono::seconds(20),

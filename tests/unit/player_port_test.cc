@@ -44,6 +44,16 @@ TEST(PlayerPortTest, AudioFrameIsPrecededByItsClock) {
   EXPECT_EQ(record.audio.size(), 1U);
 }
 
+TEST(PlayerPortTest, AudioClockDropsTheFractionOfASecond) {
+  RecordingPlayer player;
+  FrameRecord frame;
+  for (const std::uint64_t play_time : {89'999U, 90'000U}) {
+    frame.playTime = play_time;
+    PlayerPort(&player).AudioFrame(frame);
+  }
+  EXPECT_EQ(player.Snapshot().clocks, (std::vector<float>{0.0F, 1.0F}));
+}
+
 TEST(PlayerPortTest, WithoutAPlayerNothingIsCalled) {
   const PlayerPort nobody(nullptr);
   std::uint8_t payload[] = {1, 2, 3};

@@ -30,6 +30,12 @@ TEST(StartPositionTest, PositionsThatDoNotFitIn32BitsGiveTheSmallestNumber) {
   EXPECT_EQ(PositionMilliseconds(std::numeric_limits<float>::quiet_NaN()), kMin);
 }
 
+TEST(StartPositionTest, FrameAtNinePointNineSecondsLiesBeforeTenAndNotBeforeNine) {
+  EXPECT_TRUE(LiesBefore(10.0F, 891'000));
+  EXPECT_FALSE(LiesBefore(9.0F, 891'000));
+  EXPECT_FALSE(LiesBefore(0.0F, 0));
+}
+
 TEST(FormatTextTest, TextOfMoreThan1024CharactersIsEmpty) {
   const std::string longest(1024, 'x');
   EXPECT_EQ(FormatText("%s", longest.c_str()), longest);

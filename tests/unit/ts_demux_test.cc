@@ -261,12 +261,22 @@ TEST_F(TsDemuxTest, TailShorterThanAPacketIsIgnored) {
 }
 
 TEST_F(TsDemuxTest, MissingBufferIsSaid) {
+  const TsDemuxLock lock;
   EXPECT_EQ(Printed([] { ts_demux_feed(nullptr, 188); }), "parameter error\n");
   EXPECT_EQ(Printed([] { ts_parse_packets(nullptr, MakePat().data(), 1); }), "parameter error\n");
 }
 
+TEST_F(TsDemuxTest, ShortBufferThatIsNoPacketIsSaidWhileNoProgramIsKnown) {
+  const TsDemuxLock lock;
+  const std::uint8_t byte = 0;
+  EXPECT_EQ(Printed([&] { ts_demux_feed(&byte, 1); }), "The packet isn't TS packet\n");
+  EXPECT_EQ(Printed([&] { ts_demux_feed(&byte, 0); }), "");
+}
+
 TEST_F(TsDemuxTest, HtmlPageIsSurvived) {
-  const std::string page(1880, '<');
+  std::string page = "<html><body>gone</body></html>";
+  page.resize(1880, ' ');
+  const TsDemuxLock lock;
   EXPECT_EQ(
       Printed([&] { ts_demux_feed(reinterpret_cast<const std::uint8_t*>(page.data()), 1880); }),
       "The packet isn't TS packet\n");

@@ -1,0 +1,31 @@
+"""A server whose port takes no more connections."""
+
+import socket
+
+from support.case import EndToEndCase
+
+
+class ConnectTest(EndToEndCase):
+    def test_stop_does_not_wait_for_a_connection_that_is_never_made(self):
+        with socket.create_server(("127.0.0.1", 0), backlog=1) as server:
+            port = server.getsockname()[1]
+            waiting = []
+            try:
+                self.fill(port, waiting)
+                run = self.play(f"http://127.0.0.1:{port}/sample.ts", idle_exit=1)
+            finally:
+                for client in waiting:
+                    client.close()
+        self.assert_no_frame(run)
+
+    def fill(self, port, waiting):
+        """Connects until the queue of the server, which accepts nobody, is full."""
+        for _ in range(16):
+            client = socket.socket()
+            client.settimeout(0.5)
+            waiting.append(client)
+            try:
+                client.connect(("127.0.0.1", port))
+            except TimeoutError:
+                return
+        self.fail("the queue of the server never filled")

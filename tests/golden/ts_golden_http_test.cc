@@ -1,0 +1,68 @@
+// Real transport streams over HTTP, in pieces of any size: what reaches the player is what the
+// demultiplexer gives for the same bytes from memory. Play times are left out: a frame may be
+// handed over before the frames that settle its own have come.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "tests/golden/frame_dump.h"
+#include "tests/golden/media_samples.h"
+#include "tests/golden/media_tools.h"
+#include "tests/support/ts_play.h"
+#include "ts/ts_demux.h"
+
+namespace {
+
+DumpedFrame WithoutPlayTime(const RecordedFrame& frame, bool is_video) {
+  return {frame.pts, frame.dts, 0, is_video, true, frame.payload};
+}
+
+FrameDump DumpOf(const RecordingPlayer::Record& record) {
+  FrameDump dump;
+  for (const RecordedFrame& frame : record.video) {
+    dump.video.push_back(WithoutPlayTime(frame, true));
+  }
+  for (const RecordedFrame& frame : record.audio) {
+    dump.audio.push_back(WithoutPlayTime(frame, false));
+  }
+  return dump;
+}
+
+FrameDump DemultiplexFromMemory(const std::vector<std::uint8_t>& stream) {
+  const TsDemuxLock lock;
+  ts_demux_forget();
+  ResetFrameQueues();
+  ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
+  FrameDump dump = TakeQueuedFrames();
+  for (auto* frames : {&dump.video, &dump.audio}) {
+    for (DumpedFrame& frame : *frames) frame.play = 0;
+  }
+  ts_demux_forget();
+  return dump;
+}
+
+class TsGoldenHttpTest : public TsPlay, public testing::WithParamInterface<std::string> {};
+
+TEST_P(TsGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
+  const ScratchDirectory scratch;
+  const std::filesystem::path file = scratch.File("sample.ts");
+  MakeSample(MediaSamples().front(), file);
+  const std::vector<std::uint8_t> stream = ReadWholeFile(file);
+  const FrameDump expected = DemultiplexFromMemory(stream);
+  ASSERT_FALSE(expected.video.empty());
+
+  server_.Serve(stream);
+  downloader_.BeginDownload(server_.Url("/pieces/" + GetParam() + "/sample.ts"));
+  EXPECT_TRUE(WaitForVideo(expected.video.size()) && WaitForAudio(expected.audio.size()));
+  Stop();
+  EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(PieceSizes, TsGoldenHttpTest,
+                         testing::Values("17", "187", "188", "4096", "100000000"),
+                         [](const auto& suite) { return "Of" + suite.param + "Bytes"; });
+
+}  // namespace

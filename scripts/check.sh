@@ -3,8 +3,10 @@
 # release build with the benchmarks, and half a minute of each fuzzer. Ends with the summary; the last
 # line counts the tests. All steps that can run do run, also after one that failed.
 #
-#   scripts/check.sh          everything
-#   scripts/check.sh --fast   format, build and tests of the preset dev only
+#   scripts/check.sh             everything for Linux
+#   scripts/check.sh --fast      format, build and tests of the preset dev only
+#   scripts/check.sh --windows   the Windows library, built by the cross compiler, tested under wine
+#   scripts/check.sh --all       everything for Linux and for Windows
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -110,13 +112,31 @@ check_all() {
   fuzz_each
 }
 
+# The Windows library, its host and the tests, built by the cross compiler and run under wine.
+check_windows() {
+  run_step windows-tools scripts/windows/prepare.sh
+  if ! step_passed; then
+    skip_step build-windows "the tools for Windows are not ready"
+    return
+  fi
+  build_and_test windows
+  scripts/windows/stop_wine.sh
+}
+
+check_both() {
+  check_all
+  check_windows
+}
+
 main() {
   cd "$ROOT"
   local checks=check_all
   case ${1-} in
     "") ;;
     --fast) checks=check_fast ;;
-    *) die "unknown option: $1 (there is: --fast)" ;;
+    --windows) checks=check_windows ;;
+    --all) checks=check_both ;;
+    *) die "unknown option: $1 (there are: --fast, --windows, --all)" ;;
   esac
   ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}" "${TEST_PACKAGES[@]}" \
     "${CHECK_PACKAGES[@]}"

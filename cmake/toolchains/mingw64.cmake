@@ -1,0 +1,36 @@
+# 64-bit Windows by Debian's cross compiler, with the threads of POSIX that std::thread needs there.
+# scripts/windows/prepare.sh makes the libraries first; what is built runs under wine.
+set(CMAKE_SYSTEM_NAME Windows)
+set(CMAKE_SYSTEM_PROCESSOR x86_64)
+
+set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
+set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
+set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
+
+get_filename_component(stream_root ${CMAKE_CURRENT_LIST_DIR} DIRECTORY)
+get_filename_component(stream_root ${stream_root} DIRECTORY)
+
+set(stream_deps ${stream_root}/build/deps/windows)
+set(CMAKE_FIND_ROOT_PATH
+  /usr/x86_64-w64-mingw32 ${stream_deps}/cpp-httplib ${stream_deps}/curl ${stream_deps}/googletest
+  ${stream_deps}/headers)
+set(ENV{PKG_CONFIG_LIBDIR} ${stream_deps}/cpp-httplib/lib/pkgconfig)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+# The import library of a DLL would be taken first otherwise.
+set(ZLIB_USE_STATIC_LIBS ON)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR ${stream_root}/scripts/windows/run_in_wine.sh)
+
+# Where GCC 12 optimises for this target it takes code of CLI11 for a null dereference. The native
+# builds refuse such code; here it is only told.
+set(CMAKE_CXX_FLAGS_INIT "-Wno-error=null-dereference")
+
+# The compiler's run-time libraries go inside: Windows does not have them. The same sources give the
+# same bytes, without the time and without an address that depends on the output's path.
+set(stream_link_flags "-static -Wl,--no-insert-timestamp -Wl,--disable-auto-image-base")
+set(CMAKE_EXE_LINKER_FLAGS_INIT "${stream_link_flags}")
+set(CMAKE_SHARED_LINKER_FLAGS_INIT "${stream_link_flags}")
+set(CMAKE_MODULE_LINKER_FLAGS_INIT "${stream_link_flags}")

@@ -1,0 +1,30 @@
+# shellcheck shell=bash
+# Sources of Debian packages, without a change to the machine's own apt set-up. Needs log.sh.
+
+# The machine's own Debian repositories, as lines for sources.
+source_lines() {
+  # shellcheck disable=SC2016  # apt fills these in
+  apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
+    'Created-By: Packages' 'Origin: Debian' 'Component: main' | sort -u |
+    sed 's|^|deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] |'
+}
+
+# private_apt DIR WORD... - apt-get with all that it reads and writes in DIR.
+private_apt() {
+  local dir=$1
+  shift
+  apt-get -q -o Dir::Etc::sourcelist="$dir/sources.list" -o Dir::Etc::sourceparts=/dev/null \
+    -o Dir::State::lists="$dir/lists" -o Dir::Cache="$dir/cache" -o APT::Sandbox::User=root "$@"
+}
+
+# fetch_debian_source PACKAGE DIR - unpacks the newest source with Debian's patches into DIR/source.
+fetch_debian_source() {
+  local package=$1 dir=$2
+  mkdir -p "$dir/lists/partial" "$dir/cache/archives/partial" "$dir/unpack"
+  source_lines >"$dir/sources.list"
+  [[ -s $dir/sources.list ]] || die "apt knows no Debian repository to take the source of $package from"
+  private_apt "$dir" update || die "the lists of Debian's sources cannot be had"
+  (cd "$dir/unpack" && private_apt "$dir" source "$package") ||
+    die "the source of $package cannot be had"
+  mv "$dir"/unpack/"$package"-*/ "$dir/source"
+}

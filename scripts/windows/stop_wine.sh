@@ -1,0 +1,13 @@
+#!/usr/bin/env bash
+# Ends wine's server and all that runs under it; it would end by itself ten minutes after the last
+# program.
+set -euo pipefail
+
+HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
+readonly HERE
+# shellcheck source=scripts/windows/settings.sh
+source "$HERE/settings.sh"
+
+set_wine_environment
+[[ ! -d $WINEPREFIX ]] && exit
+"$WINESERVER" -k -w 2>/dev/null || true  # none runs: nothing to end

@@ -1,0 +1,22 @@
+# The files of a package, of which none may be missing. LIBDIR and SUFFIX come from the test.
+function(expect_files prefix)
+  set(files
+    bin/stream_host${SUFFIX} include/stream_downloader.h include/stream_player.h
+    ${LIBDIR}/cmake/stream_downloader/stream_downloader-config.cmake
+    ${LIBDIR}/cmake/stream_downloader/stream_downloader-config-version.cmake
+    share/licenses/stream_downloader/CLI11.txt share/licenses/stream_downloader/nlohmann-json.txt)
+  if(SUFFIX STREQUAL ".exe")
+    list(APPEND files
+      bin/stream_downloader.dll ${LIBDIR}/libstream_downloader.dll.a
+      share/licenses/stream_downloader/curl.txt share/licenses/stream_downloader/zlib.txt
+      share/licenses/stream_downloader/gcc-runtime.txt
+      share/licenses/stream_downloader/mingw-w64-runtime.txt)
+  else()
+    list(APPEND files ${LIBDIR}/libstream_downloader.so ${LIBDIR}/pkgconfig/stream_downloader.pc)
+  endif()
+  foreach(file IN LISTS files)
+    if(NOT EXISTS ${prefix}/${file})
+      message(FATAL_ERROR "the package lacks ${file}")
+    endif()
+  endforeach()
+endfunction()

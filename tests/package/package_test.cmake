@@ -1,0 +1,55 @@
+# Installs or unpacks the package into WORK/package, builds the consumer against it in a folder of its
+# own, and plays a file with it.
+cmake_minimum_required(VERSION 3.25)
+include(${CMAKE_CURRENT_LIST_DIR}/expected_files.cmake)
+
+file(REMOVE_RECURSE ${WORK})
+file(MAKE_DIRECTORY ${WORK})
+set(prefix ${WORK}/package)
+
+function(run)
+  execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${WORK} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+function(unpack_archive)
+  run(${CMAKE_CPACK_COMMAND} --config ${BUILD}/CPackConfig.cmake -B ${WORK}/packed)
+  file(GLOB archives ${WORK}/packed/stream_downloader-*.zip
+    ${WORK}/packed/stream_downloader-*.tar.gz)
+  list(LENGTH archives count)
+  if(NOT count EQUAL 1)
+    message(FATAL_ERROR "one archive was expected, not: ${archives}")
+  endif()
+  file(ARCHIVE_EXTRACT INPUT ${archives} DESTINATION ${WORK}/unpacked)
+  file(GLOB top ${WORK}/unpacked/*)  # one folder, named for the version
+  file(RENAME ${top} ${prefix})
+endfunction()
+
+if(FROM STREQUAL "install")
+  run(${CMAKE_COMMAND} --install ${BUILD} --prefix ${prefix})
+else()
+  unpack_archive()
+endif()
+expect_files(${prefix})
+
+set(found -Dstream_downloader_DIR=${prefix}/${LIBDIR}/cmake/stream_downloader)
+if(PKG_CONFIG)
+  set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBDIR}/pkgconfig)
+  set(found -DCONSUMER_USES_PKG_CONFIG=ON)
+endif()
+if(TOOLCHAIN)
+  list(APPEND found -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
+else()
+  list(APPEND found -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
+endif()
+# Copied first: nothing of the tree may be in reach.
+file(COPY ${CMAKE_CURRENT_LIST_DIR}/consumer DESTINATION ${WORK})
+run(${CMAKE_COMMAND} -S consumer -B build -G ${GENERATOR} -DCMAKE_BUILD_TYPE=Release ${found})
+run(${CMAKE_COMMAND} --build build)
+
+run(${EMULATOR} ${MAKE_SAMPLE} sample.ts)
+set(address file://${WORK}/sample.ts)
+if(EMULATOR)
+  string(REPLACE "/" "\\" address ${WORK}/sample.ts)
+  set(address "file://Z:${address}")  # where wine shows the root
+endif()
+run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})

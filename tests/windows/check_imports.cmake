@@ -1,0 +1,15 @@
+# The DLL needs no other DLL than those that every Windows 10 has.
+cmake_minimum_required(VERSION 3.25)
+
+set(allowed ADVAPI32.dll bcrypt.dll CRYPT32.dll KERNEL32.dll msvcrt.dll WS2_32.dll)
+
+execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")
+list(TRANSFORM imports REPLACE "DLL Name: " "")
+if(NOT "KERNEL32.dll" IN_LIST imports)
+  message(FATAL_ERROR "the import table cannot be read; what was found: ${imports}")
+endif()
+list(REMOVE_ITEM imports ${allowed})
+if(imports)
+  message(FATAL_ERROR "the library needs DLLs that Windows may not have: ${imports}")
+endif()

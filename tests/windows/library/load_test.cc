@@ -1,0 +1,55 @@
+// The library's life in a process that loads and frees it again and again.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <array>
+#include <cstddef>
+#include <string>
+
+#include "tests/support/recording_player.h"
+#include "tests/support/ts_packets.h"
+#include "tests/windows/library/loaded_library.h"
+#include "tests/windows/library/one_stream_server.h"
+#include "tests/windows/library/process_counts.h"
+
+namespace {
+
+constexpr std::size_t kFrames = 40;
+
+void LoadPlayAndFree(const std::string& address) {
+  const LoadedLibrary library;
+  RecordingPlayer player;
+  alignas(std::max_align_t) std::array<unsigned char, 6 * sizeof(void*)> facade;
+  library.construct(facade.data(), &player);
+  EXPECT_TRUE(library.begin_download(facade.data(), address));
+  EXPECT_TRUE(
+      player.WaitFor([](const auto& record) { return record.video.size() >= kFrames - 1; }));
+  EXPECT_TRUE(library.end_download(facade.data()));
+  library.destroy(facade.data());
+}
+
+TEST(WindowsLoadTest, HundredLoadsAndPlaysLeaveNoThreadAndNoGrowingMemory) {
+  constexpr int kRounds = 100;
+  // The system may keep a few threads of its own in a process for a while.
+  constexpr std::size_t kSystemThreads = 4;
+  constexpr std::size_t kStackSize = 1 << 20;
+  // A facade forgets its pipeline on purpose; nothing else may stay.
+  constexpr std::size_t kRoomForARound = 4096;
+  const OneStreamServer server(ts_test::MakeStream(static_cast<int>(kFrames)));
+  for (int i = 0; i < 5; ++i) LoadPlayAndFree(server.Url());  // what is made once is made now
+
+  const std::size_t threads = ThreadCount();
+  const std::size_t bytes = PrivateBytes();
+  ASSERT_GT(bytes, 0U);
+  for (int i = 0; i < kRounds && !HasFailure(); ++i) LoadPlayAndFree(server.Url());
+  EXPECT_LE(ThreadCount(), threads + kSystemThreads);
+  EXPECT_LE(PrivateBytes(), bytes + kRounds * kRoomForARound + kSystemThreads * kStackSize);
+}
+
+// A look-up that libcurl left behind at a stop may still run in its code.
+TEST(WindowsLoadTest, LibraryStaysWhenItIsFreed) {
+  { const LoadedLibrary library; }
+  EXPECT_NE(GetModuleHandleW(L"stream_downloader.dll"), nullptr);
+}
+
+}  // namespace

@@ -1,0 +1,10 @@
+// What this process holds at the moment, as Windows counts it.
+#ifndef TESTS_WINDOWS_LIBRARY_PROCESS_COUNTS_H_
+#define TESTS_WINDOWS_LIBRARY_PROCESS_COUNTS_H_
+
+#include <cstddef>
+
+std::size_t ThreadCount();
+std::size_t PrivateBytes();
+
+#endif  // TESTS_WINDOWS_LIBRARY_PROCESS_COUNTS_H_

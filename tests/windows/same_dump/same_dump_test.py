@@ -1,0 +1,57 @@
+"""The Windows host under wine and the native host play the same stream, frame for frame."""
+
+import os
+import pathlib
+import shutil
+import tempfile
+import unittest
+
+from support import host
+from support.case import EndToEndCase
+
+
+def _comparable(frames):
+    """All but the play time: it spreads over the frames that wait in the queue at a moment, so it
+    differs between two runs of one host too."""
+    return [(frame.pts, frame.dts, frame.size, frame.crc32) for frame in frames]
+
+
+class SameDumpTest(EndToEndCase):
+    def test_http(self):
+        sample = self.make_sample()
+        address = self.serve().url(sample.name)
+        self.assert_same(self.play_on("NATIVE_HOST", address), self.play_on("WINDOWS_HOST", address))
+
+    def test_local_file(self):
+        sample = self.make_sample()
+        drive = pathlib.Path(os.environ["WINDOWS_DRIVE"])
+        folder = pathlib.Path(tempfile.mkdtemp(prefix="same dump ", dir=drive))
+        self.addCleanup(shutil.rmtree, folder)
+        shutil.copy(sample, folder)
+        windows_address = f"file://C:\\{folder.name}\\{sample.name}"
+        self.assert_same(
+            self.play_on("NATIVE_HOST", f"file://{sample}"),
+            self.play_on("WINDOWS_HOST", windows_address))
+
+    def play_on(self, name, address):
+        directory = self.directory / name
+        directory.mkdir()
+        os.environ["STREAM_HOST"] = os.environ[name]
+        run = host.run_host(address, directory)
+        self.assert_stopped_in_time(run)
+        self.assertEqual(run.exit_code, 0, run.output)
+        self.assertIn(f"PLAY TS OK:{address}", run.messages())
+        return run
+
+    def assert_same(self, native, windows):
+        for kind in ("video", "audio"):
+            with self.subTest(kind):
+                frames = _comparable(native.frames_of(kind))
+                self.assertGreater(len(frames), 10)
+                self.assertEqual(_comparable(windows.frames_of(kind)), frames)
+                self.assertEqual(
+                    windows.elementary_stream(kind), native.elementary_stream(kind))
+
+
+if __name__ == "__main__":
+    unittest.main()

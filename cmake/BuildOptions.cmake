@@ -21,6 +21,10 @@ elseif(NOT MSVC)
   target_compile_options(stream_options INTERFACE -Werror)
 endif()
 
+if(WIN32)  # libcurl's header brings the system's along
+  target_compile_definitions(stream_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
+endif()
+
 # How a class is marked as exported when the library itself is compiled.
 if(WIN32)
   set(STREAM_EXPORT_ATTRIBUTE "__declspec(dllexport)")

@@ -15,11 +15,12 @@ function(stream_add_test name)
   add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:stream_core>)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE
-    CURL::libcurl Threads::Threads stream_options GTest::gmock GTest::gtest_main ${arg_LIBRARIES})
+    CURL::libcurl Threads::Threads stream_options $<$<BOOL:${WIN32}>:winmm> GTest::gmock GTest::gtest_main ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
   gtest_discover_tests(${name}
     DISCOVERY_MODE PRE_TEST
+    DISCOVERY_TIMEOUT 120
     WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name}
     PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT} RESOURCE_LOCK ${name})
 endfunction()

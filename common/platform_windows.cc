@@ -1,6 +1,6 @@
-#define WIN32_LEAN_AND_MEAN
-#define NOMINMAX
 #include <windows.h>
+// Behind windows.h, which it needs.
+#include <timeapi.h>
 
 #include <array>
 
@@ -30,9 +30,16 @@ class PreciseTimer {
  public:
   PreciseTimer()
       : timer_(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
-                                      TIMER_ALL_ACCESS)) {}
+                                      TIMER_ALL_ACCESS)) {
+    if (timer_ == nullptr)
+      timeBeginPeriod(kTickMilliseconds);  // then a plain Sleep is exact enough
+  }
   ~PreciseTimer() {
-    if (timer_ != nullptr) CloseHandle(timer_);
+    if (timer_ == nullptr) {
+      timeEndPeriod(kTickMilliseconds);
+    } else {
+      CloseHandle(timer_);
+    }
   }
   PreciseTimer(const PreciseTimer&) = delete;
   PreciseTimer& operator=(const PreciseTimer&) = delete;
@@ -45,6 +52,8 @@ class PreciseTimer {
   }
 
  private:
+  static constexpr UINT kTickMilliseconds = 1;
+
   HANDLE timer_;
 };
 

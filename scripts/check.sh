@@ -20,6 +20,8 @@ PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks the
 source "$ROOT/scripts/lib/log.sh"
 # shellcheck source=scripts/lib/packages.sh
 source "$ROOT/scripts/lib/packages.sh"
+# shellcheck source=scripts/windows/packages.sh
+source "$ROOT/scripts/windows/packages.sh"
 # shellcheck source=scripts/lib/steps.sh
 source "$ROOT/scripts/lib/steps.sh"
 # shellcheck source=scripts/lib/sanitizers.sh
@@ -130,16 +132,16 @@ check_both() {
 
 main() {
   cd "$ROOT"
-  local checks=check_all
+  local checks=check_all packages=()
   case ${1-} in
     "") ;;
     --fast) checks=check_fast ;;
-    --windows) checks=check_windows ;;
-    --all) checks=check_both ;;
+    --windows) checks=check_windows packages=("${WINDOWS_PACKAGES[@]}") ;;
+    --all) checks=check_both packages=("${WINDOWS_PACKAGES[@]}") ;;
     *) die "unknown option: $1 (there are: --fast, --windows, --all)" ;;
   esac
   ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}" "${TEST_PACKAGES[@]}" \
-    "${CHECK_PACKAGES[@]}"
+    "${CHECK_PACKAGES[@]}" "${packages[@]}"
   begin_steps "$ROOT/build/check"
   "$checks"
   end_steps

@@ -10,7 +10,11 @@ namespace {
 std::atomic<bool> g_interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not take a lock");
 
-extern "C" void NoteInterrupt(int /*signal*/) { g_interrupted = true; }
+// Some systems forget the handler when they call it; a second interruption must find it as well.
+extern "C" void NoteInterrupt(int signal) {
+  std::signal(signal, NoteInterrupt);
+  g_interrupted = true;
+}
 
 }  // namespace
 

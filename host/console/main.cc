@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "argument_path.h"
 #include "clock.h"
 #include "downloader.h"
 #include "dump.h"
@@ -64,7 +65,7 @@ int Run(const host::Options& options) {
   std::unique_ptr<host::Dump> dump;
   if (!options.dump_directory.empty()) {
     std::string error;
-    dump = host::Dump::Open(options.dump_directory, error);
+    dump = host::Dump::Open(host::PathOfArgument(options.dump_directory), error);
     if (dump == nullptr) {
       PrintLine(stderr, "stream_host: --dump: " + error);
       return host::kExitUsage;

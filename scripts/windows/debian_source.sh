@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# Sources of Debian packages, without a change to the machine's own apt set-up. Needs log.sh.
+# Sources of Debian packages, without a change to the machine's own apt set-up. Needs log.sh and packages.sh.
 
 # The machine's own Debian repositories, as lines for sources.
 source_lines() {
   # shellcheck disable=SC2016  # apt fills these in
   apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' \
-    'Created-By: Packages' 'Origin: Debian' 'Component: main' | sort -u |
+    'Created-By: Packages' 'Origin: Debian' 'Component: main' | grep -v backports | sort -u |
     sed 's|^|deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] |'
 }
 
@@ -22,6 +22,10 @@ fetch_debian_source() {
   local package=$1 dir=$2
   mkdir -p "$dir/lists/partial" "$dir/cache/archives/partial" "$dir/unpack"
   source_lines >"$dir/sources.list"
+  if [[ ! -s $dir/sources.list ]]; then  # apt has read no lists yet, as in a fresh container
+    as_root apt-get update -q || die "apt-get update failed"
+    source_lines >"$dir/sources.list"
+  fi
   [[ -s $dir/sources.list ]] || die "apt knows no Debian repository to take the source of $package from"
   private_apt "$dir" update || die "the lists of Debian's sources cannot be had"
   (cd "$dir/unpack" && private_apt "$dir" source "$package") ||

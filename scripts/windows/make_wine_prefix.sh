@@ -17,6 +17,7 @@ main() {
   set_wine_environment
   [[ -f $WINEPREFIX/made ]] && return
   note "setting up wine in ${WINEPREFIX#"$WINDOWS_ROOT"/}"
+  quietly "$WINESERVER" -k -w || true  # one that an earlier try left behind
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX"
   quietly "$WINESERVER" -p600 || die "wine's server does not start"

@@ -41,10 +41,15 @@ if(TOOLCHAIN)
 else()
   list(APPEND found -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 endif()
-# Copied first: nothing of the tree may be in reach.
-file(COPY ${CMAKE_CURRENT_LIST_DIR}/consumer DESTINATION ${WORK})
-run(${CMAKE_COMMAND} -S consumer -B build -G ${GENERATOR} -DCMAKE_BUILD_TYPE=Release ${found})
-run(${CMAKE_COMMAND} --build build)
+# build_apart(FOLDER BUILD) - a copy of the folder: nothing of the tree may be in reach.
+function(build_apart folder build)
+  file(COPY ${folder}/ DESTINATION ${WORK}/sources-${build})
+  run(${CMAKE_COMMAND} -S sources-${build} -B ${build} -G ${GENERATOR}
+    -DCMAKE_BUILD_TYPE=Release ${found})
+  run(${CMAKE_COMMAND} --build ${build})
+endfunction()
+
+build_apart(${CMAKE_CURRENT_LIST_DIR}/consumer build)
 
 run(${EMULATOR} ${MAKE_SAMPLE} sample.ts)
 set(address file://${WORK}/sample.ts)
@@ -53,3 +58,13 @@ if(EMULATOR)
   set(address "file://Z:${address}")  # where wine shows the root
 endif()
 run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})
+
+# The packaged host finds its library, and a host built apart plays too.
+run(${EMULATOR} ${prefix}/bin/stream_host${SUFFIX} ${address} --idle-exit 1)
+if(HOST_SOURCES)
+  build_apart(${HOST_SOURCES} host)
+  if(SUFFIX STREQUAL ".exe")
+    file(COPY ${prefix}/bin/stream_downloader.dll DESTINATION ${WORK}/host)
+  endif()
+  run(${EMULATOR} ${WORK}/host/stream_host${SUFFIX} ${address} --idle-exit 1)
+endif()

@@ -1,0 +1,13 @@
+#include "host/console/argument_path.h"
+
+#include <gtest/gtest.h>
+
+namespace host {
+namespace {
+
+TEST(ArgumentPathTest, AsciiArgumentIsThePathItSpells) {
+  EXPECT_EQ(PathOfArgument("dumps/of today"), std::filesystem::path("dumps") / "of today");
+}
+
+}  // namespace
+}  // namespace host

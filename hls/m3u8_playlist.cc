@@ -1,0 +1,129 @@
+#include "hls/m3u8_playlist.h"
+
+#include "hls/m3u8_attributes.h"
+#include "hls/m3u8_scan.h"
+#include "hls/m3u8_text.h"
+#include "hls/m3u8_uri.h"
+
+namespace {
+
+// What the lines of one text share.
+struct Pass {
+  M3u8Header& header;
+  std::string_view base_url;
+  std::int64_t& media_sequence;
+  M3u8Table& entries;
+  M3u8Entry working{};  // copied into the table at each address
+  float duration = 0;   // announced for the next address
+  std::int32_t segment_index = 0;
+};
+
+void OnSegmentInfo(Pass& pass, std::string_view value) {
+  // Without a number the duration before stays, and counts again (kept on purpose).
+  ScanFloat(value, pass.duration);
+  pass.header.totalDuration += pass.duration;
+}
+
+// "%dx%d": the first number counts also where the second is missing.
+void ScanResolution(std::string_view value, M3u8Entry& entry) {
+  if (!ScanInt32(value, entry.width) || !value.starts_with('x')) return;
+  value.remove_prefix(1);
+  ScanInt32(value, entry.height);
+}
+
+void OnVariantInfo(Pass& pass, std::string_view value) {
+  pass.header.streamInfPending = true;
+  const M3u8Attributes attributes = ParseAttributeList(value, ",", "=");
+  pass.working.programId = ToInt32(AttributeValue(attributes, "PROGRAM-ID"));
+  pass.working.bandwidth = ToInt32(AttributeValue(attributes, "BANDWIDTH"));
+  ScanResolution(AttributeValue(attributes, "RESOLUTION"), pass.working);
+}
+
+void OnHeader(Pass& pass, std::string_view /*value*/) { pass.header.hasHeader = true; }
+
+// ":YES" counts anywhere in the line (kept on purpose), and the tag ends with a colon.
+void OnAllowCache(Pass& pass, std::string_view value) {
+  pass.header.allowCache = value.starts_with("YES") || value.find(":YES") != std::string_view::npos;
+}
+
+void OnVersion(Pass& pass, std::string_view value) { ScanInt32(value, pass.header.version); }
+
+void OnTargetDuration(Pass& pass, std::string_view value) {
+  ScanInt32(value, pass.header.targetDuration);
+}
+
+void OnMediaSequence(Pass& pass, std::string_view value) { ScanInt64(value, pass.media_sequence); }
+
+void OnEndList(Pass& pass, std::string_view /*value*/) { pass.header.isLive = false; }
+
+struct Tag {
+  std::string_view name;
+  bool is_whole_line;
+  void (*handle)(Pass& pass, std::string_view value);  // the value is what follows the name
+
+  bool Fits(std::string_view line) const {
+    return is_whole_line ? line == name : line.starts_with(name);
+  }
+};
+
+// The first that fits a line gets it.
+constexpr Tag kTags[] = {
+    Tag{"#EXTINF:", false, OnSegmentInfo},
+    Tag{"#EXT-X-STREAM-INF:", false, OnVariantInfo},
+    Tag{"#EXTM3U", true, OnHeader},
+    Tag{"#EXT-X-ALLOW-CACHE:", false, OnAllowCache},
+    Tag{"#EXT-X-VERSION:", false, OnVersion},
+    Tag{"#EXT-X-TARGETDURATION:", false, OnTargetDuration},
+    Tag{"#EXT-X-MEDIA-SEQUENCE:", false, OnMediaSequence},
+    Tag{"#EXT-X-ENDLIST", false, OnEndList},
+};
+
+void OnTagLine(Pass& pass, std::string_view line) {
+  pass.header.streamInfPending = false;
+  for (const Tag& tag : kTags) {
+    if (!tag.Fits(line)) continue;
+    tag.handle(pass, line.substr(tag.name.size()));
+    return;
+  }
+}
+
+// A line that nothing has announced is no address, and so a segment of duration 0 is dropped on
+// purpose.
+bool IsAddress(const Pass& pass, std::string_view line) {
+  const bool announced = pass.header.streamInfPending || pass.duration != 0.0F;
+  return announced && !line.starts_with('#');
+}
+
+// What announces a variant stays in force until the next tag line (kept on purpose), but its
+// further addresses have the same key, so only the first is kept.
+void OnAddress(Pass& pass, std::string_view line) {
+  pass.working.duration = pass.duration;
+  pass.working.uri = ResolveM3u8Uri(pass.base_url, line);
+  const std::int32_t key =
+      pass.header.streamInfPending ? pass.working.bandwidth : pass.segment_index++;
+  pass.entries.try_emplace(pass.entries.end(), key, pass.working);
+  pass.duration = 0;
+}
+
+void OnLine(Pass& pass, std::string_view raw) {
+  constexpr std::size_t kShortest = 2;
+  const std::string_view line = Trimmed(raw, kM3u8Blanks);
+  if (line.size() < kShortest) return;
+  if (IsAddress(pass, line)) {
+    OnAddress(pass, line);
+  } else {
+    OnTagLine(pass, line);
+  }
+}
+
+}  // namespace
+
+bool ParseM3u8(M3u8Header& header, std::string_view baseUrl, std::string_view text,
+               std::int64_t& mediaSequence, M3u8Table& entries) {
+  header.isLive = true;
+  header.totalDuration = 0;
+  header.streamInfPending = false;
+  Pass pass{header, baseUrl, mediaSequence, entries};
+  ForEachPiece(text, "\n", [&pass](std::string_view line) { OnLine(pass, line); });
+  return header.hasHeader;
+}

@@ -1,0 +1,101 @@
+#include "hls/m3u8_scan.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace {
+
+std::string_view WithoutLeadingBlanks(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+  return text;
+}
+
+const char* EndOf(std::string_view text) { return text.data() + text.size(); }
+
+bool StartsWithDigit(std::string_view text) {
+  return !text.empty() && text.front() >= '0' && text.front() <= '9';
+}
+
+template <typename Int>
+bool ScanInteger(std::string_view& text, Int& value) {
+  std::string_view rest = WithoutLeadingBlanks(text);
+  const bool negative = rest.starts_with('-');
+  std::string_view digits = rest;
+  if (negative || rest.starts_with('+')) digits.remove_prefix(1);
+  if (!StartsWithDigit(digits)) return false;
+  if (!negative) rest = digits;  // from_chars knows no plus sign
+  const auto [end, error] = std::from_chars(rest.data(), EndOf(rest), value);
+  if (error == std::errc::result_out_of_range) {
+    value = negative ? std::numeric_limits<Int>::min() : std::numeric_limits<Int>::max();
+  }
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  return true;
+}
+
+// Whether a number without sign that fits no float is too large for it, rather than too small.
+bool IsTooLarge(std::string_view number, std::chars_format format) {
+  const bool hex = format == std::chars_format::hex;
+  const std::size_t exponent_at = std::min(number.find_first_of(hex ? "pP" : "eE"), number.size());
+  const std::string_view mantissa = number.substr(0, exponent_at);
+  const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
+  const std::size_t first_digit = std::min(mantissa.find_first_not_of("0."), mantissa.size());
+  const auto places = static_cast<std::int64_t>(point) - static_cast<std::int64_t>(first_digit);
+  const std::string_view exponent = number.substr(exponent_at);
+  return places * (hex ? 4 : 1) + ToInt32(exponent.substr(exponent.empty() ? 0 : 1)) > 0;
+}
+
+// "inf" with another "i" behind it is no number: "%f" goes on for "infinity" and finds something
+// else.
+bool IsBrokenInfinity(std::string_view number, std::size_t length) {
+  constexpr std::size_t kShort = 3;
+  const auto is_i = [](char c) { return c == 'i' || c == 'I'; };
+  return length == kShort && number.size() > kShort && is_i(number[0]) && is_i(number[kShort]);
+}
+
+// Takes the prefix of a hexadecimal number off `number`.
+bool TakeHexPrefix(std::string_view& number) {
+  if (!number.starts_with("0x") && !number.starts_with("0X")) return false;
+  number.remove_prefix(2);
+  return true;
+}
+
+// Whether from_chars may look at `number`: it would take a second sign, and words after "0x".
+bool MayBeNumber(std::string_view number, bool hex) {
+  constexpr std::string_view kHexStart = ".0123456789abcdefABCDEF";
+  if (number.empty() || number.front() == '-') return false;
+  return !hex || kHexStart.find(number.front()) != std::string_view::npos;
+}
+
+}  // namespace
+
+bool ScanInt32(std::string_view& text, std::int32_t& value) { return ScanInteger(text, value); }
+
+bool ScanInt64(std::string_view& text, std::int64_t& value) { return ScanInteger(text, value); }
+
+bool ScanFloat(std::string_view& text, float& value) {
+  std::string_view number = WithoutLeadingBlanks(text);
+  const bool negative = number.starts_with('-');
+  if (negative || number.starts_with('+')) number.remove_prefix(1);
+  const bool hex = TakeHexPrefix(number);
+  if (!MayBeNumber(number, hex)) return false;
+  const auto format = hex ? std::chars_format::hex : std::chars_format::general;
+  float magnitude = 0;
+  const auto [end, error] = std::from_chars(number.data(), EndOf(number), magnitude, format);
+  const auto length = static_cast<std::size_t>(end - number.data());
+  if (error == std::errc::invalid_argument || IsBrokenInfinity(number, length)) return false;
+  if (error == std::errc::result_out_of_range) {
+    const bool too_large = IsTooLarge(number.substr(0, length), format);
+    magnitude = too_large ? std::numeric_limits<float>::infinity() : 0.0F;
+  }
+  value = negative ? -magnitude : magnitude;
+  text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+  return true;
+}
+
+std::int32_t ToInt32(std::string_view text) {
+  std::int32_t value = 0;
+  ScanInt32(text, value);
+  return value;
+}

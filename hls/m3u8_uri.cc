@@ -1,0 +1,28 @@
+#include "hls/m3u8_uri.h"
+
+namespace {
+
+bool IsAbsolute(std::string_view line) {
+  return line.starts_with("http://") || line.starts_with("https://");
+}
+
+// Scheme and host: what lies before the first slash that can follow a scheme. Without one, all.
+std::string_view HostPart(std::string_view url) {
+  constexpr std::string_view kLongestScheme = "https://";
+  return url.substr(0, url.find('/', kLongestScheme.size()));
+}
+
+// What lies before the last slash, and the slash. A query with a slash in it counts as folder too
+// (kept on purpose).
+std::string_view FolderPart(std::string_view url) { return url.substr(0, url.rfind('/') + 1); }
+
+}  // namespace
+
+std::string ResolveM3u8Uri(std::string_view baseUrl, std::string_view line) {
+  if (IsAbsolute(line)) return std::string(line);
+  const std::string_view front = line.starts_with('/') ? HostPart(baseUrl) : FolderPart(baseUrl);
+  std::string uri;
+  uri.reserve(front.size() + line.size());
+  uri.append(front).append(line);
+  return uri;
+}

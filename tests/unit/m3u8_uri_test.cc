@@ -1,0 +1,57 @@
+#include "hls/m3u8_uri.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr char kBase[] = "https://host:8080/p/q/list.m3u8";
+
+TEST(ResolveM3u8UriTest, AddressWithHttpSchemeStandsAsItIs) {
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "http://other/a.ts"), "http://other/a.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "https://other/a.ts"), "https://other/a.ts");
+}
+
+TEST(ResolveM3u8UriTest, OtherSchemesAreRelative) {
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "file:///a.ts"), "https://host:8080/p/q/file:///a.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "HTTPS://a/b"), "https://host:8080/p/q/HTTPS://a/b");
+}
+
+TEST(ResolveM3u8UriTest, AbsolutePathFollowsTheHost) {
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "/x/seg.ts"), "https://host:8080/x/seg.ts");
+  EXPECT_EQ(ResolveM3u8Uri("http://h/p/list.m3u8", "/x.ts"), "http://h/x.ts");
+}
+
+TEST(ResolveM3u8UriTest, HostThatIsTwoSlashesAwayIsAPath) {
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "//cdn/x.ts"), "https://host:8080//cdn/x.ts");
+}
+
+TEST(ResolveM3u8UriTest, AbsolutePathFollowsAWholeBaseWithoutAPath) {
+  EXPECT_EQ(ResolveM3u8Uri("http://host", "/x.ts"), "http://host/x.ts");
+  EXPECT_EQ(ResolveM3u8Uri("a/b", "/x.ts"), "a/b/x.ts");
+  EXPECT_EQ(ResolveM3u8Uri("", "/x.ts"), "/x.ts");
+}
+
+TEST(ResolveM3u8UriTest, SlashBeforeTheEighthPositionEndsNoHost) {
+  EXPECT_EQ(ResolveM3u8Uri("http:///p/q", "/x.ts"), "http:///p/x.ts");
+  EXPECT_EQ(ResolveM3u8Uri("https:///p/q", "/x.ts"), "https:///x.ts");
+}
+
+TEST(ResolveM3u8UriTest, RelativePathFollowsTheLastSlash) {
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "seg.ts"), "https://host:8080/p/q/seg.ts");
+  EXPECT_EQ(ResolveM3u8Uri("http://host", "seg.ts"), "http://seg.ts");
+}
+
+TEST(ResolveM3u8UriTest, RelativePathStandsAloneWithoutASlash) {
+  EXPECT_EQ(ResolveM3u8Uri("list.m3u8", "seg.ts"), "seg.ts");
+}
+
+TEST(ResolveM3u8UriTest, DotsAreNotCollapsed) {
+  EXPECT_EQ(ResolveM3u8Uri(kBase, "./../a.ts"), "https://host:8080/p/q/./../a.ts");
+}
+
+TEST(ResolveM3u8UriTest, QueryOfTheBaseGoesUnlessItHoldsASlash) {
+  EXPECT_EQ(ResolveM3u8Uri("http://h/p/l.m3u8?t=1", "a.ts"), "http://h/p/a.ts");
+  EXPECT_EQ(ResolveM3u8Uri("http://h/p/l.m3u8?t=1/2", "a.ts"), "http://h/p/l.m3u8?t=1/a.ts");
+}
+
+}  // namespace

@@ -39,7 +39,7 @@ void ReadLocalFile(const std::string& path) {
   std::array<char, kPieceSize> piece;
   while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0) {
     const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
-    const std::size_t taken = TakeTsBytes(piece.data(), 1, length, nullptr);
+    const std::size_t taken = GuardedCallback<TakeTsBytes>(piece.data(), 1, length, nullptr);
     if (taken == 0 && !g_tsRunning.load()) return;
     platform::SleepMilliseconds(kPauseMilliseconds);
   }

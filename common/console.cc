@@ -6,6 +6,10 @@
 void ConsoleLine(std::string_view line) {
   std::string whole(line);
   whole += '\n';
-  std::fwrite(whole.data(), 1, whole.size(), stdout);
+  ConsoleText(whole);
+}
+
+void ConsoleText(std::string_view text) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
   std::fflush(stdout);
 }

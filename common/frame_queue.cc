@@ -18,9 +18,19 @@ FrameNodePtr PopGlobal(FrameQueue* const& queue) {
   return FrameNodePtr(PopFrame(queue));
 }
 
-void ReplaceQueue(FrameQueue*& queue) {
+void Drain(FrameQueue* queue) {
   while (const FrameNodePtr node{PopFrame(queue)}) {
   }
+}
+
+void ReleaseQueue(FrameQueue*& queue) {
+  Drain(queue);
+  delete queue;
+  queue = nullptr;
+}
+
+void ReplaceQueue(FrameQueue*& queue) {
+  Drain(queue);
   if (queue != nullptr) {
     *queue = FrameQueue();
   } else {
@@ -93,6 +103,13 @@ void ResetFrameQueues() {
   const std::lock_guard lock(g_frameQueueMutex);
   ReplaceQueue(g_audioQueue);
   ReplaceQueue(g_videoQueue);
+  g_generation.fetch_add(1, std::memory_order_release);
+}
+
+void ReleaseFrameQueues() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  ReleaseQueue(g_videoQueue);
+  ReleaseQueue(g_audioQueue);
   g_generation.fetch_add(1, std::memory_order_release);
 }
 

@@ -77,9 +77,13 @@ FrameNodePtr PopAudioFrame();
 // Called by every pipeline each time it starts.
 void ResetFrameQueues();
 
-// Counts the calls of ResetFrameQueues. A producer that keeps state per stream (the transport
-// stream demultiplexer) compares it with the generation it has seen, and starts afresh when it has
-// changed.
+// Releases both global queues and whatever they hold; they are null until they are used again.
+// Begins a new generation too.
+void ReleaseFrameQueues();
+
+// Counts the calls of ResetFrameQueues and ReleaseFrameQueues. A producer that keeps state per
+// stream (the transport stream demultiplexer) compares it with the generation it has seen, and
+// starts afresh when it has changed.
 std::uint64_t FrameQueueGeneration();
 
 #endif  // COMMON_FRAME_QUEUE_H_

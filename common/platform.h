@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <ctime>
 #include <string>
 
 namespace platform {
@@ -31,6 +32,9 @@ std::string CodePageToUtf8(const std::string& text);
 // Opens a file by a narrow path with a mode of fopen. Null when it cannot be opened; the caller
 // closes it.
 std::FILE* OpenFile(const std::string& path, const char* mode);
+
+// `time` by the clock on the wall, in the system's time zone.
+std::tm LocalTime(std::time_t time);
 
 // Sleeps for about that long, whatever the resolution of the system's timer is.
 void SleepMilliseconds(unsigned milliseconds);

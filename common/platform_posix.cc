@@ -44,6 +44,12 @@ std::FILE* OpenFile(const std::string& path, const char* mode) {
   return std::fopen(path.c_str(), mode);
 }
 
+std::tm LocalTime(std::time_t time) {
+  std::tm local{};
+  localtime_r(&time, &local);
+  return local;
+}
+
 void SleepMilliseconds(unsigned milliseconds) {
   timespec left{};
   left.tv_sec = static_cast<time_t>(milliseconds / 1000);

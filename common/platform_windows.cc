@@ -97,6 +97,12 @@ std::FILE* OpenFile(const std::string& path, const char* mode) {
   return fopen_s(&file, path.c_str(), mode) == 0 ? file : nullptr;
 }
 
+std::tm LocalTime(std::time_t time) {
+  std::tm local{};
+  localtime_s(&local, &time);
+  return local;
+}
+
 void SleepMilliseconds(unsigned milliseconds) {
   thread_local const PreciseTimer timer;
   if (!timer.Wait(milliseconds)) Sleep(milliseconds);

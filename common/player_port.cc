@@ -30,8 +30,16 @@ void PlayerPort::Message(std::string line) const {
   if (player_ != nullptr) player_->OnMessage(std::move(line));
 }
 
+void PlayerPort::PlayResult(std::string line) const {
+  if (player_ != nullptr) player_->OnPlayResult(std::move(line));
+}
+
 void PlayerPort::Duration(float seconds) const {
   if (player_ != nullptr) player_->OnDuration(seconds);
+}
+
+void PlayerPort::BufferedTime(float seconds) const {
+  if (player_ != nullptr) player_->OnBufferedTime(seconds);
 }
 
 void PlayerPort::VideoFrame(const FrameRecord& frame) const {

@@ -26,7 +26,9 @@ class PlayerPort {
   explicit operator bool() const { return player_ != nullptr; }
 
   void Message(std::string line) const;
+  void PlayResult(std::string line) const;
   void Duration(float seconds) const;
+  void BufferedTime(float seconds) const;
 
   void VideoFrame(const FrameRecord& frame) const;
   void AudioFrame(const FrameRecord& frame) const;  // the audio clock first, then the frame

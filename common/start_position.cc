@@ -16,9 +16,13 @@ bool LiesBefore(float start_seconds, std::uint64_t play_time) {
   return start_seconds > WholeSeconds(play_time);
 }
 
-std::string StartPositionLine(const char* format, float seconds, std::clock_t elapsed) {
+std::string StartPositionLine(const char* format, float seconds) {
   const int ms = PositionMilliseconds(seconds);
-  return FormatText("PLAY %s StartPostion:%02d:%02d:%02d.%03d Q:%fs", format,
-                    ms / 1000 / 60 / 60 % 60, ms / 1000 / 60 % 60, ms / 1000 % 60, ms % 1000,
-                    static_cast<double>(elapsed) / 1000.0);
+  return FormatText("PLAY %s StartPostion:%02d:%02d:%02d.%03d", format, ms / 1000 / 60 / 60 % 60,
+                    ms / 1000 / 60 % 60, ms / 1000 % 60, ms % 1000);
+}
+
+std::string StartPositionLine(const char* format, float seconds, std::clock_t elapsed) {
+  return StartPositionLine(format, seconds) +
+         FormatText(" Q:%fs", static_cast<double>(elapsed) / 1000.0);
 }

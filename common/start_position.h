@@ -11,6 +11,9 @@
 // what accepting the position took, in ticks of clock(); it is divided by 1000 whatever a tick is.
 std::string StartPositionLine(const char* format, float seconds, std::clock_t elapsed);
 
+// The line's beginning, up to the position: all that an HLS pipeline sends.
+std::string StartPositionLine(const char* format, float seconds);
+
 // True when a frame lies before a start position. Whole seconds are compared: a frame at 9.9 s lies
 // before a position of 10, and not before one of 9.
 bool LiesBefore(float start_seconds, std::uint64_t play_time);

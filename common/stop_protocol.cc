@@ -16,9 +16,8 @@ bool StopPipeline(const StoppingPipeline& pipeline) {
   if (!pipeline.running.load()) return false;
   ConsoleLine(pipeline.name + " EndDownload...");
   pipeline.running.store(false);
-  pipeline.downloading.store(false);
   pipeline.gate.Close();
-  if (pipeline.wake) pipeline.wake();
+  pipeline.wake();
   pipeline.pool.Stop();
   Drain(PopVideoFrame);
   ConsoleLine(pipeline.name + " video clear.");

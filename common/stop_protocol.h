@@ -10,15 +10,14 @@
 #include "common/thread_pool.h"
 
 struct StoppingPipeline {
-  std::string name;                // as the console lines spell it: "ts", "flv", ...
-  std::atomic<bool>& running;      // the run flag that all tasks look at
-  std::atomic<bool>& downloading;  // cleared with it
+  std::string name;            // as the console lines spell it: "ts", "flv", ...
+  std::atomic<bool>& running;  // the run flag that all tasks look at
   CThreadPool& pool;
-  TaskGate& gate;                   // through which the pool's tasks were admitted
-  std::function<void()> wake = {};  // wakes tasks that wait for data; may be empty
+  TaskGate& gate;              // through which the pool's tasks were admitted
+  std::function<void()> wake;  // what else tells the tasks: run right after the flag was cleared
 };
 
-// Ends a pipeline: clears its flags, wakes and joins its tasks, and releases what the two frame
+// Ends a pipeline: clears its flag, wakes and joins its tasks, and releases what the two frame
 // queues still hold. Blocks until no task runs. Returns false, having done nothing, when the
 // pipeline was not running. Not to be called from one of the pipeline's own tasks.
 bool StopPipeline(const StoppingPipeline& pipeline);

@@ -8,6 +8,7 @@
 
 #include "common/address.h"
 #include "common/player_port.h"
+#include "hls/m3u8_downloader.h"
 #include "ts/ts_downloader.h"
 
 static_assert(sizeof(CStreamDownloader) == 6 * sizeof(void*), "six pointers, a binary contract");
@@ -62,6 +63,14 @@ void Play(Pipeline*& pipeline, CStreamPlayerImp* player, const std::string& url)
   pipeline->BeginDownload(url);
 }
 
+// Asks every pipeline that there is, in this order and also after one said yes. True when one did.
+template <typename Ask, typename... Pipelines>
+bool AnyOf(const Ask& ask, Pipelines*... pipelines) {
+  bool any = false;
+  ((any = (pipelines != nullptr && ask(*pipelines)) || any), ...);
+  return any;
+}
+
 }  // namespace
 
 CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
@@ -75,6 +84,7 @@ CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
 CStreamDownloader::~CStreamDownloader() {
   EndDownload();
   // The MP4, FLV and TS pipelines are stopped and then only forgotten: kept on purpose.
+  delete hls_;
   hls_ = nullptr;
   reserved_ = nullptr;
   mp4_ = nullptr;
@@ -97,10 +107,12 @@ bool CStreamDownloader::BeginDownload(
   const FormatRow& row = FormatOf(clean);
   player.Message(row.status + url);  // the address as it was given
   switch (row.format) {
+    case Format::kHls:
+      Play(hls_, player_, clean);
+      break;
     case Format::kTs:
       Play(ts_, player_, clean);
       break;
-    case Format::kHls:
     case Format::kFlv:
     case Format::kMp4:
       break;  // not played by this version
@@ -108,10 +120,14 @@ bool CStreamDownloader::BeginDownload(
   return true;
 }
 
-bool CStreamDownloader::EndDownload() { return ts_ != nullptr && ts_->EndDownload(); }
+bool CStreamDownloader::EndDownload() {
+  const auto end = [](auto& pipeline) { return pipeline.EndDownload(); };
+  return AnyOf(end, hls_, ts_);
+}
 
 bool CStreamDownloader::SetStartPostion(float seconds) {
-  return ts_ != nullptr && ts_->SetStartPostion(seconds);
+  const auto set = [seconds](auto& pipeline) { return pipeline.SetStartPostion(seconds); };
+  return AnyOf(set, hls_, ts_);
 }
 
 #if !defined(_MSC_VER)

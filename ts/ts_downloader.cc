@@ -62,7 +62,7 @@ bool CTsDownloader::BeginDownload(const std::string& url) {
 
 bool CTsDownloader::EndDownload() {
   startSeconds = 0;
-  return StopPipeline({"ts", g_tsRunning, downloading, *this, gate_});
+  return StopPipeline({"ts", g_tsRunning, *this, gate_, [this] { downloading = false; }});
 }
 
 bool CTsDownloader::SetStartPostion(float seconds) {

@@ -1,0 +1,47 @@
+#include "hls/hls_delivery.h"
+
+#include <atomic>
+#include <cstdint>
+
+#include "common/frame_delivery.h"
+
+namespace {
+
+// While one is negative, each frame that comes is left out and counted.
+std::atomic<std::int32_t> g_videoSkip{0};
+std::atomic<std::int32_t> g_audioSkip{0};
+
+struct HlsDelivery {
+  void (*deliver)(const DeliveryLoop& loop);
+  std::uint32_t is_video;  // as the frames of its queue say
+  std::atomic<std::int32_t>& skip;
+  const char* stop_line;
+};
+
+void Deliver(HlsPipeline& pipeline, const HlsDelivery& delivery) {
+  const auto wanted = [&pipeline, &delivery](const FrameRecord& frame) {
+    if (frame.isVideo == delivery.is_video && pipeline.listedDuration.load() > 0) {
+      pipeline.listedDuration = 0;
+    }
+    if (delivery.skip.load() >= 0) return true;
+    ++delivery.skip;
+    return false;
+  };
+  delivery.deliver({pipeline.running, pipeline.player, wanted, delivery.stop_line});
+  pipeline.player.Message(delivery.stop_line);
+}
+
+}  // namespace
+
+void DeliverHlsVideo(HlsPipeline& pipeline) {
+  Deliver(pipeline, {DeliverVideoFrames, 1, g_videoSkip, "m3u8 video thread stop."});
+}
+
+void DeliverHlsAudio(HlsPipeline& pipeline) {
+  Deliver(pipeline, {DeliverAudioFrames, 0, g_audioSkip, "m3u8 audio thread stop."});
+}
+
+void SkipFirstVideoFrame() {
+  g_audioSkip = 0;
+  g_videoSkip = -1;
+}

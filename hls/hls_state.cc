@@ -1,0 +1,64 @@
+#include "hls/hls_state.h"
+
+#include "hls/live_window.h"
+#include "hls/segment_queue.h"
+#include "hls/segment_states.h"
+
+std::mutex g_playlistMutex;
+NeverDestroyed<std::string> g_playlistText;
+NeverDestroyed<std::string> g_variantText;
+
+NeverDestroyed<std::mutex> g_segmentQueueMutex;
+NeverDestroyed<std::vector<M3u8Entry>> g_segmentQueue;
+NeverDestroyed<std::condition_variable> g_segmentQueueCond;
+
+std::mutex g_downloadMutex;
+std::array<std::uint8_t, kSegmentBufferSize> g_downloadBuffer;
+std::int32_t g_downloadLength = 0;
+
+std::array<std::uint8_t, kSegmentBufferSize> g_parseBuffer;
+std::atomic<std::int32_t> g_parseLength{0};
+
+namespace {
+
+std::mutex g_activeMutex;
+const HlsPipeline* g_activeM3u8 = nullptr;  // guarded by g_activeMutex
+
+}  // namespace
+
+void SetActiveM3u8(const HlsPipeline* pipeline) {
+  const std::lock_guard lock(g_activeMutex);
+  g_activeM3u8 = pipeline;
+}
+
+void ForgetActiveM3u8(const HlsPipeline* pipeline) {
+  const std::lock_guard lock(g_activeMutex);
+  if (g_activeM3u8 == pipeline) g_activeM3u8 = nullptr;
+}
+
+bool ActiveM3u8Runs() {
+  const std::lock_guard lock(g_activeMutex);
+  return g_activeM3u8 != nullptr && g_activeM3u8->running.load();
+}
+
+void ClearHlsStream() {
+  ClearSegmentQueue();
+  {
+    const std::lock_guard lock(g_playlistMutex);
+    g_playlistText->clear();
+    g_variantText->clear();
+    g_liveWindow.Forget();
+  }
+  g_parseLength = 0;
+  {
+    const std::lock_guard lock(g_downloadMutex);
+    g_downloadLength = 0;
+  }
+  ForgetAllSegments();
+}
+
+void WakeHlsTasks() {
+  // Taken so that no task can be between looking and waiting.
+  { const std::lock_guard lock(*g_segmentQueueMutex); }
+  g_segmentQueueCond->notify_all();
+}

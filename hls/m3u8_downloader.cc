@@ -1,0 +1,75 @@
+#include "hls/m3u8_downloader.h"
+
+#include "common/console.h"
+#include "common/frame_queue.h"
+#include "common/platform.h"
+#include "common/start_position.h"
+#include "common/stop_protocol.h"
+#include "hls/date_text.h"
+#include "hls/hls_delivery.h"
+#include "hls/hls_state.h"
+#include "hls/playlist_thread.h"
+#include "hls/segment_download.h"
+#include "hls/segment_parse.h"
+
+CM3u8Downloader::CM3u8Downloader(CStreamPlayerImp* player)
+    : startTime(std::time(nullptr)), pool(CThreadPool::kPipelineWorkers) {
+  pipeline_.player = PlayerPort(player);
+  pipeline_.variantHandle = MakeCurlHandle();
+  pipeline_.playlistHandle = MakeCurlHandle();
+  pipeline_.segmentHandle = MakeCurlHandle();
+  SetActiveM3u8(&pipeline_);
+}
+
+CM3u8Downloader::~CM3u8Downloader() {
+  EndDownload();
+  pool.Stop();  // no task may outlive the members
+  ForgetActiveM3u8(&pipeline_);
+}
+
+bool CM3u8Downloader::BeginDownload(const std::string& url) {
+  pipeline_.running = true;
+  pipeline_.pendingDuration = 0;
+  pipeline_.position = 0;
+  pipeline_.queuedDuration = 0;
+  pool.Start();
+  StartDownload(url);
+  ResetFrameQueues();
+  AddGated([this, url] { ParseSegmentsThread(pipeline_, url); });
+  AddGated([this] { DeliverHlsVideo(pipeline_); });
+  AddGated([this] { DeliverHlsAudio(pipeline_); });
+  return true;
+}
+
+void CM3u8Downloader::StartDownload(const std::string& url) {
+  startTime = std::time(nullptr);
+  ConsoleLine("StartDownload: " + DateText(platform::LocalTime(startTime)));
+  if (pipeline_.playlistHandle == nullptr) return;
+  AddGated([this, url] { PlaylistThread(pipeline_, url); });
+  if (pipeline_.segmentHandle == nullptr) return;
+  AddGated([this] { DownloadPartsThread(pipeline_); });
+}
+
+bool CM3u8Downloader::EndDownload() {
+  pipeline_.startPosition = 0;
+  if (!pipeline_.running.load()) return false;
+  SkipFirstVideoFrame();
+  const auto wake = [this] {
+    WakeHlsTasks();
+    pipeline_.player.Message("PLAY STOP...");
+  };
+  StopPipeline({"m3u8", pipeline_.running, pool, gate_, wake});
+  ClearHlsStream();
+  ReleaseFrameQueues();
+  const std::time_t now = std::time(nullptr);
+  ConsoleLine("StopDownload: " + DateText(platform::LocalTime(now)) +
+              " Running: " + std::to_string(now - startTime) + kSecondsGb2312);
+  pipeline_.player.Message("PLAY STOP OK");
+  return true;
+}
+
+bool CM3u8Downloader::SetStartPostion(float seconds) {
+  pipeline_.startPosition = seconds;
+  pipeline_.player.Message(StartPositionLine("M3U8", seconds));
+  return true;
+}

@@ -1,0 +1,50 @@
+// The HLS pipeline: plays an HTTP Live Streaming address (RFC 8216) whose segments are MPEG
+// transport streams, on demand or live. Five tasks run on its pool: playlist, segments, parse,
+// video delivery, audio delivery.
+//
+// The facade makes one, on the first "m3u8" address, forwards its own operations to it and destroys
+// it. Most of the state is process-wide (hls_state.h): one HLS pipeline plays at a time. The player
+// is borrowed.
+//
+// Threads: call the members from one thread at a time, never from inside a call to the player.
+#ifndef HLS_M3U8_DOWNLOADER_H_
+#define HLS_M3U8_DOWNLOADER_H_
+
+#include <ctime>
+#include <string>
+#include <utility>
+
+#include "common/task_gate.h"
+#include "common/thread_pool.h"
+#include "hls/hls_pipeline.h"
+
+class CM3u8Downloader {
+ public:
+  explicit CM3u8Downloader(CStreamPlayerImp* player);
+  ~CM3u8Downloader();
+  CM3u8Downloader(const CM3u8Downloader&) = delete;
+  CM3u8Downloader& operator=(const CM3u8Downloader&) = delete;
+
+  // Starts to play `url`, already cleaned, at the start position that was set last. Always true. A
+  // second start without a stop adds five tasks beside those that run.
+  bool BeginDownload(const std::string& url);
+
+  // Stops, joins the tasks and forgets the stream. False when nothing ran; the start position goes
+  // back to 0 in any case.
+  bool EndDownload();
+
+  // Sets the position before which segments are passed over: whole segments, no frames. Always
+  // true.
+  bool SetStartPostion(float seconds);
+
+ private:
+  void StartDownload(const std::string& url);
+  void AddGated(CThreadPool::Task task) { pool.AddTask(gate_.Admit(std::move(task))); }
+
+  HlsPipeline pipeline_;
+  std::time_t startTime;
+  TaskGate gate_;
+  CThreadPool pool;
+};
+
+#endif  // HLS_M3U8_DOWNLOADER_H_

@@ -1,0 +1,52 @@
+#include "hls/playlist_fetch.h"
+
+#include <mutex>
+
+#include "common/user_agent.h"
+#include "hls/hls_state.h"
+
+namespace {
+
+std::size_t Take(std::string& text, const char* data, std::size_t length) {
+  if (!ActiveM3u8Runs() || length > kMaxPlaylistSize - text.size()) return 0;
+  if (length > 0) text.append(data, length);
+  return length;
+}
+
+// What is left of an earlier body must not grow for ever, and must not run into the first line of
+// the next one, which would then never be taken for a playlist.
+void MakeRoomBehind(std::string& leftover) {
+  if (leftover.size() > kMaxPlaylistLeftover) leftover.clear();
+  if (!leftover.empty() && leftover.back() != '\n') leftover += '\n';
+}
+
+bool Perform(CURL* handle, const Transfer& transfer, bool with_user_agent) {
+  if (handle == nullptr || !transfer.running.load()) return false;
+  SetUpTransfer(handle, transfer);
+  if (with_user_agent) SetUserAgent(handle, transfer.url);
+  return curl_easy_perform(handle) == CURLE_OK;
+}
+
+}  // namespace
+
+std::size_t TakePlaylistBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  return Take(*g_playlistText, data, size * count);
+}
+
+std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  return Take(*g_variantText, data, size * count);
+}
+
+bool FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
+  const std::lock_guard lock(g_playlistMutex);
+  MakeRoomBehind(*g_playlistText);
+  return Perform(pipeline.playlistHandle.get(),
+                 {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running},
+                 request.with_user_agent);
+}
+
+bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
+  MakeRoomBehind(*g_variantText);
+  return Perform(pipeline.variantHandle.get(),
+                 {url, GuardedCallback<TakeVariantBytes>, pipeline.running}, true);
+}

@@ -1,0 +1,32 @@
+// The requests for playlists. Bodies go to g_playlistText and g_variantText.
+#ifndef HLS_PLAYLIST_FETCH_H_
+#define HLS_PLAYLIST_FETCH_H_
+
+#include <cstddef>
+#include <string>
+
+#include "hls/hls_pipeline.h"
+
+// A playlist that goes on beyond this ends its transfer.
+inline constexpr std::size_t kMaxPlaylistSize = std::size_t{64} << 20;
+
+// What an earlier download left behind is dropped before the next one when it is longer than this.
+inline constexpr std::size_t kMaxPlaylistLeftover = std::size_t{1} << 20;
+
+struct PlaylistRequest {
+  std::string url;
+  bool with_user_agent;  // whether SetUserAgent is asked for one
+};
+
+// Appends the top-level playlist to g_playlistText. False when the transfer failed, or was not
+// begun since the pipeline had been stopped. Takes g_playlistMutex.
+bool FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
+
+// Appends a variant playlist to g_variantText. With g_playlistMutex held.
+bool FetchVariant(HlsPipeline& pipeline, const std::string& url);
+
+// The write callbacks. With g_playlistMutex held by whoever performs the transfer.
+std::size_t TakePlaylistBytes(char* data, std::size_t size, std::size_t count, void* user);
+std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, void* user);
+
+#endif  // HLS_PLAYLIST_FETCH_H_

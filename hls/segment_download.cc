@@ -1,0 +1,106 @@
+#include "hls/segment_download.h"
+
+#include <cstring>
+#include <mutex>
+#include <vector>
+
+#include "common/console.h"
+#include "common/platform.h"
+#include "common/user_agent.h"
+#include "hls/hls_state.h"
+#include "hls/segment_queue.h"
+#include "hls/segment_states.h"
+
+namespace {
+
+// How much of g_downloadBuffer a download that failed has left in front of this one. Guarded by
+// g_downloadMutex.
+std::int32_t g_leftoverLength = 0;
+
+// Lets go of the leftover, to make room for the segment behind it.
+void DropLeftover() {
+  g_downloadLength -= g_leftoverLength;
+  std::memmove(g_downloadBuffer.data(), g_downloadBuffer.data() + g_leftoverLength,
+               static_cast<std::size_t>(g_downloadLength));
+  g_leftoverLength = 0;
+}
+
+bool Fits(std::size_t length) {
+  return length <= kSegmentBufferSize - static_cast<std::size_t>(g_downloadLength);
+}
+
+// With g_downloadMutex held.
+bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
+  CURL* const handle = pipeline.segmentHandle.get();
+  if (handle == nullptr || !pipeline.running.load()) return false;
+  g_leftoverLength = g_downloadLength;
+  SetUpTransfer(handle, {url, GuardedCallback<TakeSegmentBytes>, pipeline.running});
+  SetUserAgent(handle, url);
+  return curl_easy_perform(handle) == CURLE_OK;
+}
+
+// Waits until the parse thread has taken the segment before. With g_downloadMutex held.
+void HandOver(const HlsPipeline& pipeline) {
+  {
+    std::unique_lock lock(*g_segmentQueueMutex);
+    g_segmentQueueCond->wait(
+        lock, [&pipeline] { return g_parseLength.load() == 0 || !pipeline.running.load(); });
+    if (!pipeline.running.load()) return;
+  }
+  std::memcpy(g_parseBuffer.data(), g_downloadBuffer.data(),
+              static_cast<std::size_t>(g_downloadLength));
+  g_parseLength = g_downloadLength;
+  g_downloadLength = 0;
+}
+
+void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
+  const std::lock_guard lock(g_downloadMutex);
+  if (FetchSegment(pipeline, url)) {
+    SetSegmentState(url, kSegmentDownloaded);
+    HandOver(pipeline);
+  } else {
+    NoteSegmentDone(url);
+  }
+}
+
+void DownloadPart(HlsPipeline& pipeline, const M3u8Entry& segment) {
+  const float position = pipeline.position += segment.duration;
+  if (pipeline.startPosition.load() > position) {
+    NoteSegmentDone(segment.uri);
+    return;
+  }
+  pipeline.pendingDuration += segment.duration;
+  FetchAndHandOver(pipeline, segment.uri);
+  pipeline.player.BufferedTime(position);
+}
+
+}  // namespace
+
+std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  const std::size_t length = size * count;
+  if (!ActiveM3u8Runs()) return 0;
+  if (!Fits(length) && g_leftoverLength > 0) DropLeftover();
+  if (!Fits(length)) {
+    ConsoleLine("A segment is larger than 15728640 bytes and is given up.");
+    g_downloadLength = 0;
+    g_leftoverLength = 0;
+    return 0;
+  }
+  if (length > 0) std::memcpy(g_downloadBuffer.data() + g_downloadLength, data, length);
+  g_downloadLength += static_cast<std::int32_t>(length);
+  return length;
+}
+
+void DownloadPartsThread(HlsPipeline& pipeline) {
+  SegmentHistory history;
+  while (pipeline.running.load()) {
+    const std::vector<M3u8Entry> batch = TakeQueuedSegments(pipeline, history);
+    pipeline.player.Duration(pipeline.queuedDuration.load());
+    for (const M3u8Entry& segment : batch) {
+      if (!pipeline.running.load()) break;
+      DownloadPart(pipeline, segment);
+    }
+    platform::SleepMilliseconds(1);
+  }
+  ConsoleLine("m3u8 DownloadParts thread stop.");
+}

@@ -1,0 +1,88 @@
+#include "hls/segment_parse.h"
+
+#include <cstdio>
+#include <mutex>
+
+#include "common/console.h"
+#include "common/frame_queue.h"
+#include "common/platform.h"
+#include "common/temp_files.h"
+#include "hls/hls_state.h"
+#include "ts/ts_demux.h"
+#include "ts/ts_packet.h"
+#include "ts/ts_stream_type.h"
+
+namespace {
+
+constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
+
+std::uint64_t VideoFramesPushed() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  return g_videoQueue == nullptr ? 0 : g_videoQueue->pushed;
+}
+
+// Feeds the segment that waits, one packet a call; a tail shorter than a packet is dropped. At a
+// stop the rest would only be dropped too. True when a video frame came of it. With the
+// demultiplexer's lock held.
+bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length) {
+  const std::uint64_t before = VideoFramesPushed();
+  const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
+  for (std::size_t i = 0; i < packets && pipeline.running.load(); ++i) {
+    ts_demux_feed(g_parseBuffer.data() + i * kTsPacketSize,
+                  static_cast<std::int32_t>(kTsPacketSize));
+  }
+  return VideoFramesPushed() != before;
+}
+
+// Nothing is said where the file cannot be opened.
+void KeepForInspection(std::int32_t length, const char* mode) {
+  std::FILE* const file = platform::OpenFile(GetTempDirA() + "tmpE.ts", mode);
+  if (file == nullptr) return;
+  std::fwrite(g_parseBuffer.data(), 1, static_cast<std::size_t>(length), file);
+  std::fclose(file);
+}
+
+std::string CodecName(std::uint8_t stream_type) {
+  if (stream_type == kStreamTypeH264) return "H264";
+  if (stream_type == kStreamTypeH265) return "H265";
+  return std::to_string(stream_type);
+}
+
+// What is told of the first segment.
+struct FirstSegment {
+  bool is_next = true;
+  std::string status;
+};
+
+// Parses the segment that waits, if there is one.
+bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
+  {
+    const TsDemuxLock lock;
+    const std::int32_t length = g_parseLength.load();
+    if (length < 1) return false;
+    const bool has_video = FeedSegment(pipeline, length);
+    const bool begins_file = first.is_next && pipeline.player;
+    if (!has_video && begins_file) first.status = "DATAERR ";
+    if (!has_video) KeepForInspection(length, begins_file ? "wb+" : "ab+");
+    if (first.is_next) first.status += CodecName(ts_last_stream_type.load());
+    pipeline.pendingDuration = 0;
+    g_parseLength = 0;
+  }
+  WakeHlsTasks();  // the next segment may come
+  return true;
+}
+
+}  // namespace
+
+void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
+  FirstSegment first;
+  while (pipeline.running.load()) {
+    if (ParseSegment(pipeline, first) && first.is_next) {
+      pipeline.player.Message("PLAY M3U8 " + first.status + ":" + url);
+      first.is_next = false;
+    }
+    platform::SleepMilliseconds(1);
+  }
+  ConsoleLine(kStopLine);
+  pipeline.player.Message(kStopLine);
+}

@@ -1,0 +1,78 @@
+#include "hls/segment_states.h"
+
+#include <map>
+#include <mutex>
+
+#include "common/console.h"
+#include "common/never_destroyed.h"
+
+namespace {
+
+std::mutex g_statesMutex;
+NeverDestroyed<std::map<std::string, std::int32_t>> g_segmentStates;  // guarded by g_statesMutex
+NeverDestroyed<std::set<std::string>> g_doneSegments;                 // guarded by g_statesMutex
+
+std::set<std::string> KeysOf(const M3u8Table& entries) {
+  std::set<std::string> keys;
+  for (const auto& [index, entry] : entries) keys.insert(MakeSegmentKey(entry.uri));
+  return keys;
+}
+
+}  // namespace
+
+std::string MakeSegmentKey(const std::string& uri) {
+  const std::size_t query = uri.find('?');
+  return query == 0 ? uri : uri.substr(0, query);
+}
+
+bool AddSegmentIfNew(const std::string& uri, std::int32_t state) {
+  const std::lock_guard lock(g_statesMutex);
+  return g_segmentStates->emplace(MakeSegmentKey(uri), state).second;
+}
+
+void SetSegmentState(const std::string& uri, std::int32_t state) {
+  const std::lock_guard lock(g_statesMutex);
+  const auto known = g_segmentStates->find(MakeSegmentKey(uri));
+  if (known != g_segmentStates->end()) known->second = state;
+}
+
+void RemoveStaleSegments(const M3u8Table& currentEntries, std::int32_t state) {
+  const std::set<std::string> current = KeysOf(currentEntries);
+  const std::lock_guard lock(g_statesMutex);
+  for (auto known = g_segmentStates->begin(); known != g_segmentStates->end();) {
+    if (known->second == state && !current.contains(known->first)) {
+      ConsoleLine("[REMOVE]: " + known->first);
+      known = g_segmentStates->erase(known);
+    } else {
+      ++known;
+    }
+  }
+}
+
+void NoteSegmentDone(const std::string& uri) {
+  const std::lock_guard lock(g_statesMutex);
+  g_doneSegments->insert(MakeSegmentKey(uri));
+}
+
+void ForgetDoneSegments(const std::set<std::string>& listed_keys) {
+  const std::lock_guard lock(g_statesMutex);
+  std::erase_if(*g_doneSegments, [&listed_keys](const std::string& key) {
+    if (listed_keys.contains(key)) return false;
+    const auto known = g_segmentStates->find(key);
+    if (known != g_segmentStates->end() && known->second == kSegmentQueued) {
+      g_segmentStates->erase(known);
+    }
+    return true;
+  });
+}
+
+void ForgetAllSegments() {
+  const std::lock_guard lock(g_statesMutex);
+  g_segmentStates->clear();
+  g_doneSegments->clear();
+}
+
+std::size_t KnownSegments() {
+  const std::lock_guard lock(g_statesMutex);
+  return g_segmentStates->size();
+}

@@ -47,13 +47,19 @@ void FrameNodeDeleter::operator()(FrameNode* node) const {
 
 int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
                     const std::uint8_t* payload, std::int32_t size, bool is_video, bool intact) {
+  if (AllocateFrameNode(frame, pts, dts, size, is_video, intact) != 0) return -1;
+  if (size > 0) std::memcpy(frame.data, payload, static_cast<std::size_t>(size));
+  return 0;
+}
+
+int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, std::int32_t size,
+                      bool is_video, bool intact) {
   if (size < 0) return -1;
-  auto* copy = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(size)];
-  if (copy == nullptr) return -1;
-  if (size > 0) std::memcpy(copy, payload, static_cast<std::size_t>(size));
+  auto* payload = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(size)];
+  if (payload == nullptr) return -1;
   frame.pts = pts;
   frame.dts = dts;
-  frame.data = copy;
+  frame.data = payload;
   frame.size = size;
   frame.isVideo = is_video ? 1 : 0;
   frame.intact = intact ? 1 : 0;

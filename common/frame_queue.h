@@ -54,6 +54,10 @@ int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
                     const std::uint8_t* payload, std::int32_t size, bool is_video, bool intact);
 void ReleasePayload(FrameRecord& frame);
 
+// The same with the payload left for the caller to fill, who saves a copy by it.
+int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, std::int32_t size,
+                      bool is_video, bool intact);
+
 // Appends a node with the frame's fields, its payload now the node's. Returns 0, or -1 when there
 // is no queue or no memory; the payload then stays the caller's.
 int PushFrame(const FrameRecord& frame, FrameQueue* queue);

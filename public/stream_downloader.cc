@@ -8,6 +8,7 @@
 
 #include "common/address.h"
 #include "common/player_port.h"
+#include "flv/flv_downloader.h"
 #include "hls/m3u8_downloader.h"
 #include "ts/ts_downloader.h"
 
@@ -114,6 +115,8 @@ bool CStreamDownloader::BeginDownload(
       Play(ts_, player_, clean);
       break;
     case Format::kFlv:
+      Play(flv_, player_, clean);
+      break;
     case Format::kMp4:
       break;  // not played by this version
   }
@@ -122,12 +125,12 @@ bool CStreamDownloader::BeginDownload(
 
 bool CStreamDownloader::EndDownload() {
   const auto end = [](auto& pipeline) { return pipeline.EndDownload(); };
-  return AnyOf(end, hls_, ts_);
+  return AnyOf(end, hls_, flv_, ts_);
 }
 
 bool CStreamDownloader::SetStartPostion(float seconds) {
   const auto set = [seconds](auto& pipeline) { return pipeline.SetStartPostion(seconds); };
-  return AnyOf(set, hls_, ts_);
+  return AnyOf(set, hls_, flv_, ts_);
 }
 
 #if !defined(_MSC_VER)

@@ -1,0 +1,53 @@
+// The FLV pipeline: plays an FLV address over HTTP, HTTPS or from a local file while it downloads.
+// Four tasks run on its pool: download, play (the parser), video delivery, audio delivery.
+//
+// The facade makes one, on the first ".flv" address, and forwards its own operations to it. Most of
+// the state is process-wide (flv_state.h): one FLV pipeline plays at a time. The player is
+// borrowed.
+//
+// Threads: call the members from one thread at a time, never from inside a call to the player.
+#ifndef FLV_FLV_DOWNLOADER_H_
+#define FLV_FLV_DOWNLOADER_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <utility>
+
+#include "common/player_port.h"
+#include "common/task_gate.h"
+#include "common/thread_pool.h"
+
+class CFlvDownloader {
+ public:
+  explicit CFlvDownloader(CStreamPlayerImp* player);
+  ~CFlvDownloader();
+  CFlvDownloader(const CFlvDownloader&) = delete;
+  CFlvDownloader& operator=(const CFlvDownloader&) = delete;
+
+  // Starts to play `url`, already cleaned, from its beginning. Always true. A second start without
+  // a stop adds four tasks beside those that run.
+  bool BeginDownload(const std::string& url);
+
+  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position
+  // goes back to 0 in any case.
+  bool EndDownload();
+
+  // Takes a position and tells the player so. Nothing else comes of it: an FLV stream plays from
+  // its beginning, on purpose. Always true.
+  bool SetStartPostion(float seconds);
+
+ private:
+  void UseUrl(const std::string& url);
+  void RunDownload(const std::string& url);
+  void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
+
+  const PlayerPort player_;
+  std::string url_;
+  std::atomic<bool> downloading{true};
+  std::atomic<std::uint16_t> audio_config_{0};
+  TaskGate gate_;
+  CThreadPool pool_;
+};
+
+#endif  // FLV_FLV_DOWNLOADER_H_

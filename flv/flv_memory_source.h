@@ -1,0 +1,33 @@
+// An FLV stream that lies in memory whole: for tests, fuzzers and benchmarks. Borrows the bytes.
+#ifndef FLV_FLV_MEMORY_SOURCE_H_
+#define FLV_FLV_MEMORY_SOURCE_H_
+
+#include <cstring>
+#include <span>
+
+#include "flv/flv_source.h"
+
+class FlvMemorySource final : public FlvSource {
+ public:
+  explicit FlvMemorySource(std::span<const std::uint8_t> bytes) : left_(bytes) {}
+
+  bool Await(std::uint32_t count) override { return count <= left_.size(); }
+
+  bool Read(std::uint8_t* bytes, std::uint32_t count) override {
+    if (!Await(count)) return false;
+    if (count > 0) std::memcpy(bytes, left_.data(), count);
+    left_ = left_.subspan(count);
+    return true;
+  }
+
+  bool Skip(std::uint32_t count) override {
+    if (!Await(count)) return false;
+    left_ = left_.subspan(count);
+    return true;
+  }
+
+ private:
+  std::span<const std::uint8_t> left_;
+};
+
+#endif  // FLV_FLV_MEMORY_SOURCE_H_

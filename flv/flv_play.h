@@ -1,0 +1,22 @@
+// The play task of the FLV pipeline: parses what is staged into the frame queues.
+#ifndef FLV_FLV_PLAY_H_
+#define FLV_FLV_PLAY_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "common/player_port.h"
+
+struct FlvPlay {
+  std::string url;
+  PlayerPort player;
+  const std::atomic<bool>& downloading;      // cleared when no more bytes will be staged
+  std::atomic<std::uint16_t>& audio_config;  // flv_tag_parser.h
+};
+
+// Waits until there is enough to begin with, then parses to the end of the stream or until
+// g_flvRunning is cleared, and tells the player whether it is one. Blocks.
+void PlayFlv(const FlvPlay& play);
+
+#endif  // FLV_FLV_PLAY_H_

@@ -1,0 +1,166 @@
+#include "flv/flv_tag_parser.h"
+
+#include <algorithm>
+#include <array>
+#include <mutex>
+#include <span>
+
+#include "common/adts.h"
+#include "common/console.h"
+#include "common/format_text.h"
+
+namespace {
+
+constexpr std::uint8_t kAudioTag = 8;
+constexpr std::uint8_t kVideoTag = 9;
+constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
+
+// printf-style, with the line break in the format.
+void ConsoleNumber(const char* format, std::int32_t number) {
+  ConsoleText(FormatText(format, number));  // NOLINT(clang-diagnostic-format-nonliteral)
+}
+
+// Reads `size` bytes of the stream into a new frame, behind `prefix`, and queues it. False when the
+// bytes will not come, and nothing is queued then. Without memory for it the frame is dropped and
+// the stream goes on.
+bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uint32_t size,
+               std::uint32_t timestamp, FrameQueue*& queue) {
+  constexpr std::uint64_t kTicksPerMillisecond = 90;
+  if (size > FlvTagParser::kMaxTagSize || !reader.Await(size)) return false;
+  const std::uint64_t ticks = timestamp * kTicksPerMillisecond;
+  FrameRecord frame;
+  // Audio frames are marked as video too: kept on purpose.
+  if (AllocateFrameNode(frame, ticks, ticks, static_cast<std::int32_t>(prefix.size() + size), true,
+                        true) != 0) {
+    return reader.Skip(static_cast<std::int32_t>(size));
+  }
+  frame.playTime = ticks;
+  std::uint8_t* const body = std::copy(prefix.begin(), prefix.end(), frame.data);
+  if (!reader.ReadBytes(body, size)) {
+    ReleasePayload(frame);
+    return false;
+  }
+  const std::lock_guard lock(g_frameQueueMutex);
+  if (PushFrame(frame, EnsureQueue(queue)) != 0) ReleasePayload(frame);
+  return true;
+}
+
+}  // namespace
+
+bool FlvTagParser::ReadHeader() {
+  constexpr std::uint32_t kSignature = 0x464C56;
+  constexpr std::uint32_t kLowerCaseSignature = 0x666C76;  // taken on purpose
+  constexpr std::uint32_t kHeaderSize = 9;
+  std::uint32_t signature = 0;
+  if (!reader_.Read24(signature)) return false;
+  if (signature != kSignature && signature != kLowerCaseSignature) {
+    ConsoleText("not flv file\n");
+    return false;
+  }
+  std::uint32_t data_offset = 0;
+  if (!reader_.Skip(2) || !reader_.Read32(data_offset)) return false;
+  ConsoleNumber("headlength:%d\n", static_cast<std::int32_t>(data_offset));
+  // A header that goes on beyond the stream is a header all the same: there are just no tags.
+  reader_.Skip(static_cast<std::int32_t>(data_offset - kHeaderSize));
+  return true;
+}
+
+bool FlvTagParser::ReadTag() {
+  TagHeader tag;
+  std::uint32_t body_position = 0;
+  if (!ReadTagHeader(tag, body_position) || !ReadBody(tag)) return false;
+  const std::uint32_t consumed = reader_.Position() - body_position;
+  const auto remaining = static_cast<std::int32_t>(tag.data_size - consumed);
+  return remaining >= 0 && reader_.Skip(remaining);
+}
+
+bool FlvTagParser::ReadTagHeader(TagHeader& tag, std::uint32_t& body_position) {
+  constexpr std::int32_t kPreviousTagSizeBytes = 4;
+  constexpr std::int32_t kStreamIdBytes = 3;
+  if (!reader_.Skip(kPreviousTagSizeBytes) || !reader_.Read8(tag.type) ||
+      !reader_.Read24(tag.data_size) || !reader_.ReadTimestamp(tag.timestamp) ||
+      !reader_.Skip(kStreamIdBytes)) {
+    return false;
+  }
+  body_position = reader_.Position();
+  return reader_.Read8(tag.first_byte);
+}
+
+bool FlvTagParser::ReadBody(const TagHeader& tag) {
+  if (tag.type == kVideoTag) return ReadVideo(tag);
+  if (tag.type == kAudioTag) return ReadAudio(tag);
+  return true;
+}
+
+// Every video tag is taken for AVC, whatever its codec field says: kept on purpose.
+bool FlvTagParser::ReadVideo(const TagHeader& tag) {
+  constexpr std::int32_t kCompositionTimeBytes = 3;
+  std::uint8_t packet_type = 0;
+  if (!reader_.Read8(packet_type) || !reader_.Skip(kCompositionTimeBytes)) return false;
+  return packet_type == 0 ? ReadParameterSets(tag) : ReadNalUnits(tag);
+}
+
+// The length in front of each NAL unit is taken to have four bytes: kept on purpose.
+bool FlvTagParser::ReadNalUnits(const TagHeader& tag) {
+  constexpr std::uint64_t kVideoHeaderBytes = 5;
+  constexpr std::uint64_t kLengthBytes = 4;
+  for (std::uint64_t offset = kVideoHeaderBytes; offset < tag.data_size;) {
+    std::uint32_t size = 0;
+    if (!reader_.Read32(size) || !EmitNalUnit(tag, size)) return false;
+    offset += size + kLengthBytes;
+  }
+  return true;
+}
+
+// An AVCDecoderConfigurationRecord (ISO/IEC 14496-15, 5.2.4.1). Of the parameter sets only the
+// first of either kind is read, and their counts are not looked at: kept on purpose.
+bool FlvTagParser::ReadParameterSets(const TagHeader& tag) {
+  constexpr std::int32_t kBytesBeforeSps = 6;
+  std::uint8_t pps_count = 0;
+  return reader_.Skip(kBytesBeforeSps) && ReadParameterSet(tag, "sssize:%d\n") &&
+         reader_.Read8(pps_count) && ReadParameterSet(tag, "ppsize:%d\n");
+}
+
+bool FlvTagParser::ReadParameterSet(const TagHeader& tag, const char* message) {
+  std::uint16_t size = 0;
+  if (!reader_.Read16(size)) return false;
+  ConsoleNumber(message, size);
+  return EmitNalUnit(tag, size);
+}
+
+bool FlvTagParser::ReadAudio(const TagHeader& tag) {
+  constexpr std::uint8_t kSoundFormatMask = 0xF0;
+  constexpr std::uint8_t kSoundFormatAac = 0xA0;
+  const bool is_aac = (tag.first_byte & kSoundFormatMask) == kSoundFormatAac;
+  return is_aac ? ReadAac(tag) : ReadOtherAudio(tag);
+}
+
+bool FlvTagParser::ReadAac(const TagHeader& tag) {
+  constexpr std::uint32_t kAacHeaderBytes = 2;
+  constexpr std::uint8_t kSequenceHeader = 0;
+  constexpr std::uint8_t kRawFrame = 1;
+  std::uint8_t packet_type = 0;
+  if (!reader_.Read8(packet_type)) return false;
+  if (packet_type == kSequenceHeader) {
+    std::uint16_t config = 0;
+    if (!reader_.Read16(config)) return false;
+    audio_config_ = config;
+  }
+  if (packet_type != kRawFrame) return true;
+  return tag.data_size >= kAacHeaderBytes && EmitAudio(tag, tag.data_size - kAacHeaderBytes);
+}
+
+// Audio of another codec gets an ADTS header as well: kept on purpose.
+bool FlvTagParser::ReadOtherAudio(const TagHeader& tag) {
+  ConsoleNumber("write autio data:%d\n", static_cast<std::int32_t>(tag.data_size) - 1);
+  return tag.data_size >= 1 && EmitAudio(tag, tag.data_size - 1);
+}
+
+bool FlvTagParser::EmitNalUnit(const TagHeader& tag, std::uint32_t size) {
+  return EmitFrame(reader_, kStartCode, size, tag.timestamp, g_videoQueue);
+}
+
+bool FlvTagParser::EmitAudio(const TagHeader& tag, std::uint32_t size) {
+  const AdtsHeader header = MakeAdtsHeader(FieldsOfAudioSpecificConfig(audio_config_.load()), size);
+  return EmitFrame(reader_, header, size, tag.timestamp, g_audioQueue);
+}

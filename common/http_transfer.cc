@@ -39,6 +39,12 @@ void SetUpTransfer(CURL* handle, const Transfer& transfer) {
   DoNotWaitForNameServers(handle);
 }
 
+CURLcode PerformTransfer(CURL* handle, const std::string& url) {
+  const CURLcode result = curl_easy_perform(handle);
+  if (result == CURLE_OK) ConsoleLine("[DOWNLOAD]: " + url);
+  return result;
+}
+
 std::string RangeFrom(std::uint64_t offset) {
   return FormatText("%ld-", static_cast<long>(static_cast<std::int32_t>(offset)));
 }
@@ -49,9 +55,7 @@ void Download(const Transfer& transfer, std::uint64_t offset) {
   SetUpTransfer(handle.get(), transfer);
   curl_easy_setopt(handle.get(), CURLOPT_RANGE, RangeFrom(offset).c_str());
   SetUserAgent(handle.get(), transfer.url);
-  const CURLcode result = curl_easy_perform(handle.get());
-  if (result == CURLE_OK) ConsoleLine("[DOWNLOAD]: " + transfer.url);
-  if (result == CURLE_ABORTED_BY_CALLBACK) {
+  if (PerformTransfer(handle.get(), transfer.url) == CURLE_ABORTED_BY_CALLBACK) {
     char nothing = '\0';
     transfer.on_bytes(&nothing, 1, 0, nullptr);
   }

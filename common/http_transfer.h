@@ -45,12 +45,14 @@ std::size_t GuardedCallback(char* bytes, std::size_t size, std::size_t count, vo
 // Resets `handle` and sets all that every request shares, but no range and no user agent.
 void SetUpTransfer(CURL* handle, const Transfer& transfer);
 
+// Performs a transfer that was set up, and logs "[DOWNLOAD]: " and the address on success. Blocks.
+CURLcode PerformTransfer(CURL* handle, const std::string& url);
+
 // The open-ended range "N-" that asks for everything from `offset`. The offset is written as a
 // 32-bit signed number on purpose: resuming past 2 GiB is not supported.
 std::string RangeFrom(std::uint64_t offset);
 
-// Fetches everything from `offset` with a handle of its own and logs "[DOWNLOAD]: " and the address
-// on success.
+// Fetches everything from `offset` with a handle of its own.
 //
 // A transfer that ended because the run flag was cleared, with no callback there to notice, is told
 // to the callback as an empty piece: every stop reaches it once.

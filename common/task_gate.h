@@ -7,17 +7,21 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
+#include <string>
 #include <utility>
 
+#include "common/console.h"
 #include "common/thread_pool.h"
 
 // Safe from any thread. It must outlive the pool that runs the tasks.
 class TaskGate {
  public:
-  // A task that runs `task`, or does nothing once Close was called.
+  // A task that runs `task`, or does nothing once Close was called. What `task` throws, when memory
+  // runs out, ends it alone: the pool's tasks must not throw, and the host goes on.
   CThreadPool::Task Admit(CThreadPool::Task task) {
     return [this, task = std::move(task), closings = closings_.load()] {
-      if (closings_.load() == closings) task();
+      if (closings_.load() == closings) RunGuarded(task);
     };
   }
 
@@ -25,6 +29,14 @@ class TaskGate {
   void Close() { ++closings_; }
 
  private:
+  static void RunGuarded(const CThreadPool::Task& task) {
+    try {
+      task();
+    } catch (const std::exception& error) {
+      ConsoleLine(std::string("a task ended: ") + error.what());
+    }
+  }
+
   std::atomic<std::uint64_t> closings_{0};
 };
 

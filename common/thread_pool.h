@@ -18,7 +18,7 @@ class CThreadPool {
  public:
   using Task = std::function<void()>;
 
-  // Every pipeline uses this many workers: four tasks a start, and room for a second start.
+  // Every pipeline uses this many workers, for four or five tasks a start.
   static constexpr std::uint32_t kPipelineWorkers = 8;
 
   // Starts `thread_count` workers at once.

@@ -19,12 +19,12 @@ bool FlvDownloadSource::Await(std::uint32_t count, std::unique_lock<std::mutex>&
 }
 
 bool FlvDownloadSource::Await(std::uint32_t count) {
-  std::unique_lock lock(*g_flvStreamLock);
+  std::unique_lock lock(g_flvStreamLock);
   return Await(count, lock);
 }
 
 bool FlvDownloadSource::Read(std::uint8_t* bytes, std::uint32_t count) {
-  std::unique_lock lock(*g_flvStreamLock);
+  std::unique_lock lock(g_flvStreamLock);
   if (!Await(count, lock)) return false;
   if (count > 0) std::memcpy(bytes, g_flvStreamBuffer->ContinuePtr(), count);
   g_flvStreamBuffer->MoveStart(count);
@@ -32,7 +32,7 @@ bool FlvDownloadSource::Read(std::uint8_t* bytes, std::uint32_t count) {
 }
 
 bool FlvDownloadSource::Skip(std::uint32_t count) {
-  std::unique_lock lock(*g_flvStreamLock);
+  std::unique_lock lock(g_flvStreamLock);
   if (!Await(count, lock)) return false;
   g_flvStreamBuffer->MoveStart(count);
   return true;

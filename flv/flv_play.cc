@@ -20,7 +20,7 @@ struct FileCloser {
 };
 
 void AwaitData(const std::atomic<bool>& downloading) {
-  std::unique_lock lock(*g_flvStreamLock);
+  std::unique_lock lock(g_flvStreamLock);
   g_flvDataReady->wait(lock, [&downloading] {
     return g_flvStreamBuffer->Size() > kFlvReadySize || !downloading.load() || !g_flvRunning.load();
   });

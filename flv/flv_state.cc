@@ -2,7 +2,7 @@
 
 std::atomic<bool> g_flvRunning{false};
 
-NeverDestroyed<std::mutex> g_flvStreamLock;
+std::mutex g_flvStreamLock;
 NeverDestroyed<CByteBuffer> g_flvStreamBuffer;
 NeverDestroyed<std::condition_variable> g_flvDataReady;
 
@@ -13,14 +13,14 @@ std::uint64_t g_flvStaged = 0;  // bytes of the stream staged so far; guarded by
 }  // namespace
 
 void ResetFlvStream() {
-  const std::lock_guard lock(*g_flvStreamLock);
+  const std::lock_guard lock(g_flvStreamLock);
   g_flvStreamBuffer->Initialize();
   g_flvStreamBuffer->Reset();
   g_flvStaged = 0;
 }
 
 bool StageFlvBytes(std::uint64_t offset, const void* bytes, std::uint32_t size) {
-  const std::lock_guard lock(*g_flvStreamLock);
+  const std::lock_guard lock(g_flvStreamLock);
   const std::uint64_t known = g_flvStaged > offset ? g_flvStaged - offset : 0;
   if (known >= size) return true;
   const auto fresh = static_cast<std::uint32_t>(size - known);
@@ -33,12 +33,12 @@ bool StageFlvBytes(std::uint64_t offset, const void* bytes, std::uint32_t size) 
 }
 
 std::uint32_t StagedFlvBytes() {
-  const std::lock_guard lock(*g_flvStreamLock);
+  const std::lock_guard lock(g_flvStreamLock);
   return g_flvStreamBuffer->Size();
 }
 
 void WakeFlvPlayer() {
   // Taken so that the task cannot be between looking and waiting.
-  { const std::lock_guard lock(*g_flvStreamLock); }
+  { const std::lock_guard lock(g_flvStreamLock); }
   g_flvDataReady->notify_all();
 }

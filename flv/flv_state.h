@@ -16,7 +16,7 @@
 extern std::atomic<bool> g_flvRunning;
 
 // Bytes received and not parsed yet. It has no bound: a slow parser lets it grow with the download.
-extern NeverDestroyed<std::mutex> g_flvStreamLock;
+extern std::mutex g_flvStreamLock;
 extern NeverDestroyed<CByteBuffer> g_flvStreamBuffer;  // guarded by g_flvStreamLock
 
 // Notified when enough has been received for the play task to begin, at the end of the download and

@@ -19,12 +19,10 @@ struct HlsPipeline {
   CurlHandle playlistHandle;
   CurlHandle segmentHandle;
 
-  std::atomic<float> startPosition{0};    // segments that end before it are passed over
-  std::atomic<float> listedDuration{0};   // of an on-demand playlist; 0 once a frame is delivered
-  std::atomic<float> queuedDuration{0};   // of all segments that the segment thread has taken
-  std::atomic<float> position{0};         // end of the segment walked last, passed over or not
-  std::atomic<float> pendingDuration{0};  // of segments downloaded and not parsed yet
-  std::atomic<bool> cacheNo{false};       // the playlist asks not to be cached
+  std::atomic<float> startPosition{0};   // segments that end before it are passed over
+  std::atomic<float> listedDuration{0};  // of an on-demand playlist; 0 once a frame is delivered
+  std::atomic<float> queuedDuration{0};  // of all segments that the segment thread has taken
+  std::atomic<float> position{0};        // end of the segment walked last, passed over or not
 };
 
 #endif  // HLS_HLS_PIPELINE_H_

@@ -3,13 +3,14 @@
 #include "hls/live_window.h"
 #include "hls/segment_queue.h"
 #include "hls/segment_states.h"
+#include "ts/ts_demux.h"
 
 std::mutex g_playlistMutex;
 NeverDestroyed<std::string> g_playlistText;
 NeverDestroyed<std::string> g_variantText;
 
-NeverDestroyed<std::mutex> g_segmentQueueMutex;
-NeverDestroyed<std::vector<M3u8Entry>> g_segmentQueue;
+std::mutex g_segmentQueueMutex;
+NeverDestroyed<std::vector<QueuedSegment>> g_segmentQueue;
 NeverDestroyed<std::condition_variable> g_segmentQueueCond;
 
 std::mutex g_downloadMutex;
@@ -45,20 +46,24 @@ void ClearHlsStream() {
   ClearSegmentQueue();
   {
     const std::lock_guard lock(g_playlistMutex);
-    g_playlistText->clear();
-    g_variantText->clear();
-    g_liveWindow.Forget();
+    *g_playlistText = std::string();  // gives its memory back
+    *g_variantText = std::string();
+    g_liveWindow->Forget();
   }
-  g_parseLength = 0;
   {
     const std::lock_guard lock(g_downloadMutex);
     g_downloadLength = 0;
   }
+  {
+    const TsDemuxLock lock;
+    g_parseLength = 0;
+  }
   ForgetAllSegments();
+  WakeHlsTasks();
 }
 
 void WakeHlsTasks() {
   // Taken so that no task can be between looking and waiting.
-  { const std::lock_guard lock(*g_segmentQueueMutex); }
+  { const std::lock_guard lock(g_segmentQueueMutex); }
   g_segmentQueueCond->notify_all();
 }

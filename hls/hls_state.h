@@ -1,7 +1,8 @@
 // What HLS keeps for the whole process: one stream at a time, whichever pipeline plays it.
 //
-// Locks: g_playlistMutex may be held while any other below is taken, and g_downloadMutex while
-// g_segmentQueueMutex is; never the other way round. None is held while the player is called.
+// Locks are taken in this order: g_playlistMutex, g_downloadMutex, TsDemuxLock,
+// g_segmentQueueMutex, then those inside segment_states and hls_state. None is held while the
+// player is called.
 #ifndef HLS_HLS_STATE_H_
 #define HLS_HLS_STATE_H_
 
@@ -25,12 +26,18 @@ extern std::mutex g_playlistMutex;
 extern NeverDestroyed<std::string> g_playlistText;
 extern NeverDestroyed<std::string> g_variantText;
 
-// Segments that wait for the segment thread.
-extern NeverDestroyed<std::mutex> g_segmentQueueMutex;
-extern NeverDestroyed<std::vector<M3u8Entry>> g_segmentQueue;  // guarded by g_segmentQueueMutex
+// A segment that waits for the segment thread.
+struct QueuedSegment {
+  M3u8Entry entry;
+  std::string key;          // by which it is told whether it was taken before
+  std::uint64_t epoch = 0;  // counts how often the media sequence had begun anew
+};
 
-// Notified, once g_segmentQueueMutex was held, when segments were queued, when the parse thread has
-// taken a segment, and at a stop.
+extern std::mutex g_segmentQueueMutex;
+extern NeverDestroyed<std::vector<QueuedSegment>> g_segmentQueue;  // guarded by g_segmentQueueMutex
+
+// Notified, after g_segmentQueueMutex was held, when segments were queued, when the parse thread
+// has taken a segment, and at a stop.
 extern NeverDestroyed<std::condition_variable> g_segmentQueueCond;
 
 // A segment longer than this cannot be played.
@@ -48,8 +55,8 @@ extern std::int32_t g_downloadLength;
 extern std::array<std::uint8_t, kSegmentBufferSize> g_parseBuffer;
 extern std::atomic<std::int32_t> g_parseLength;
 
-// The pipeline made last: the write callbacks look at its run flag, whichever pipeline their
-// transfer belongs to (kept on purpose).
+// The pipeline made or started last: the write callbacks look at its run flag, whichever pipeline
+// their transfer belongs to (kept on purpose).
 void SetActiveM3u8(const HlsPipeline* pipeline);
 void ForgetActiveM3u8(const HlsPipeline* pipeline);  // before it is destroyed
 bool ActiveM3u8Runs();                               // false where there is none

@@ -13,7 +13,7 @@
 #include "hls/segment_parse.h"
 
 CM3u8Downloader::CM3u8Downloader(CStreamPlayerImp* player)
-    : startTime(std::time(nullptr)), pool(CThreadPool::kPipelineWorkers) {
+    : start_time_(std::time(nullptr)), pool_(CThreadPool::kPipelineWorkers) {
   pipeline_.player = PlayerPort(player);
   pipeline_.variantHandle = MakeCurlHandle();
   pipeline_.playlistHandle = MakeCurlHandle();
@@ -23,16 +23,16 @@ CM3u8Downloader::CM3u8Downloader(CStreamPlayerImp* player)
 
 CM3u8Downloader::~CM3u8Downloader() {
   EndDownload();
-  pool.Stop();  // no task may outlive the members
+  pool_.Stop();  // no task may outlive the members
   ForgetActiveM3u8(&pipeline_);
 }
 
 bool CM3u8Downloader::BeginDownload(const std::string& url) {
+  SetActiveM3u8(&pipeline_);
   pipeline_.running = true;
-  pipeline_.pendingDuration = 0;
   pipeline_.position = 0;
   pipeline_.queuedDuration = 0;
-  pool.Start();
+  pool_.Start();
   StartDownload(url);
   ResetFrameQueues();
   AddGated([this, url] { ParseSegmentsThread(pipeline_, url); });
@@ -42,8 +42,8 @@ bool CM3u8Downloader::BeginDownload(const std::string& url) {
 }
 
 void CM3u8Downloader::StartDownload(const std::string& url) {
-  startTime = std::time(nullptr);
-  ConsoleLine("StartDownload: " + DateText(platform::LocalTime(startTime)));
+  start_time_ = std::time(nullptr);
+  ConsoleLine("StartDownload: " + DateText(platform::LocalTime(start_time_)));
   if (pipeline_.playlistHandle == nullptr) return;
   AddGated([this, url] { PlaylistThread(pipeline_, url); });
   if (pipeline_.segmentHandle == nullptr) return;
@@ -53,17 +53,17 @@ void CM3u8Downloader::StartDownload(const std::string& url) {
 bool CM3u8Downloader::EndDownload() {
   pipeline_.startPosition = 0;
   if (!pipeline_.running.load()) return false;
-  SkipFirstVideoFrame();
   const auto wake = [this] {
     WakeHlsTasks();
     pipeline_.player.Message("PLAY STOP...");
   };
-  StopPipeline({"m3u8", pipeline_.running, pool, gate_, wake});
+  StopPipeline({"m3u8", pipeline_.running, pool_, gate_, wake});
+  SkipFirstVideoFrame();  // of the next run, so once no task of this one is left to use it up
   ClearHlsStream();
   ReleaseFrameQueues();
   const std::time_t now = std::time(nullptr);
   ConsoleLine("StopDownload: " + DateText(platform::LocalTime(now)) +
-              " Running: " + std::to_string(now - startTime) + kSecondsGb2312);
+              " Running: " + std::to_string(now - start_time_) + kSecondsGb2312);
   pipeline_.player.Message("PLAY STOP OK");
   return true;
 }

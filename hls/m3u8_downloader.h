@@ -26,7 +26,8 @@ class CM3u8Downloader {
   CM3u8Downloader& operator=(const CM3u8Downloader&) = delete;
 
   // Starts to play `url`, already cleaned, at the start position that was set last. Always true. A
-  // second start without a stop adds five tasks beside those that run.
+  // second start without a stop adds five tasks to those that run; those that find no worker wait
+  // for one.
   bool BeginDownload(const std::string& url);
 
   // Stops, joins the tasks and forgets the stream. False when nothing ran; the start position goes
@@ -39,12 +40,12 @@ class CM3u8Downloader {
 
  private:
   void StartDownload(const std::string& url);
-  void AddGated(CThreadPool::Task task) { pool.AddTask(gate_.Admit(std::move(task))); }
+  void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
 
   HlsPipeline pipeline_;
-  std::time_t startTime;
+  std::time_t start_time_;  // of the run
   TaskGate gate_;
-  CThreadPool pool;
+  CThreadPool pool_;
 };
 
 #endif  // HLS_M3U8_DOWNLOADER_H_

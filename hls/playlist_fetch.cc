@@ -13,18 +13,19 @@ std::size_t Take(std::string& text, const char* data, std::size_t length) {
   return length;
 }
 
-// What is left of an earlier body must not grow for ever, and must not run into the first line of
-// the next one, which would then never be taken for a playlist.
+// What is left of an earlier body must not grow for ever, and a line that it broke off in must not
+// run into the first line of the next one, which would then never be taken for a playlist.
 void MakeRoomBehind(std::string& leftover) {
-  if (leftover.size() > kMaxPlaylistLeftover) leftover.clear();
-  if (!leftover.empty() && leftover.back() != '\n') leftover += '\n';
+  const std::size_t end = leftover.find_last_of('\n');
+  const bool too_long = leftover.size() > kMaxPlaylistLeftover;
+  leftover.resize(end == std::string::npos || too_long ? 0 : end + 1);
 }
 
 bool Perform(CURL* handle, const Transfer& transfer, bool with_user_agent) {
   if (handle == nullptr || !transfer.running.load()) return false;
   SetUpTransfer(handle, transfer);
   if (with_user_agent) SetUserAgent(handle, transfer.url);
-  return curl_easy_perform(handle) == CURLE_OK;
+  return PerformTransfer(handle, transfer.url) == CURLE_OK;
 }
 
 }  // namespace

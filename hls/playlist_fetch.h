@@ -8,7 +8,7 @@
 #include "hls/hls_pipeline.h"
 
 // A playlist that goes on beyond this ends its transfer.
-inline constexpr std::size_t kMaxPlaylistSize = std::size_t{64} << 20;
+inline constexpr std::size_t kMaxPlaylistSize = std::size_t{16} << 20;
 
 // What an earlier download left behind is dropped before the next one when it is longer than this.
 inline constexpr std::size_t kMaxPlaylistLeftover = std::size_t{1} << 20;
@@ -25,7 +25,8 @@ bool FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
 // Appends a variant playlist to g_variantText. With g_playlistMutex held.
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url);
 
-// The write callbacks. With g_playlistMutex held by whoever performs the transfer.
+// The write callbacks. An HTML page is not refused here: it is told as no playlist. With
+// g_playlistMutex held by whoever performs the transfer.
 std::size_t TakePlaylistBytes(char* data, std::size_t size, std::size_t count, void* user);
 std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, void* user);
 

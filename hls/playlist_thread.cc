@@ -69,7 +69,6 @@ void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
   const auto request = FetchFirstPlaylist(pipeline, url);
   if (!request) return;
   const PlaylistTraits traits = TraitsOfPlaylist();
-  pipeline.cacheNo = traits.cache_no;
   pipeline.player.Message(std::string("PLAY ") + Outcome(traits) + url);
   pipeline.player.PlayResult(std::string("PLAY:") + Outcome(traits) + url);
   if (traits.says_failed) return;

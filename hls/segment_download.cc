@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/console.h"
+#include "common/format_text.h"
 #include "common/platform.h"
 #include "common/user_agent.h"
 #include "hls/hls_state.h"
@@ -36,13 +37,13 @@ bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
   g_leftoverLength = g_downloadLength;
   SetUpTransfer(handle, {url, GuardedCallback<TakeSegmentBytes>, pipeline.running});
   SetUserAgent(handle, url);
-  return curl_easy_perform(handle) == CURLE_OK;
+  return PerformTransfer(handle, url) == CURLE_OK;
 }
 
 // Waits until the parse thread has taken the segment before. With g_downloadMutex held.
 void HandOver(const HlsPipeline& pipeline) {
   {
-    std::unique_lock lock(*g_segmentQueueMutex);
+    std::unique_lock lock(g_segmentQueueMutex);
     g_segmentQueueCond->wait(
         lock, [&pipeline] { return g_parseLength.load() == 0 || !pipeline.running.load(); });
     if (!pipeline.running.load()) return;
@@ -69,7 +70,6 @@ void DownloadPart(HlsPipeline& pipeline, const M3u8Entry& segment) {
     NoteSegmentDone(segment.uri);
     return;
   }
-  pipeline.pendingDuration += segment.duration;
   FetchAndHandOver(pipeline, segment.uri);
   pipeline.player.BufferedTime(position);
 }
@@ -81,7 +81,8 @@ std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, vo
   if (!ActiveM3u8Runs()) return 0;
   if (!Fits(length) && g_leftoverLength > 0) DropLeftover();
   if (!Fits(length)) {
-    ConsoleLine("A segment is larger than 15728640 bytes and is given up.");
+    ConsoleLine(FormatText("A segment of more than %d bytes is given up.",
+                           static_cast<int>(kSegmentBufferSize)));
     g_downloadLength = 0;
     g_leftoverLength = 0;
     return 0;

@@ -12,7 +12,8 @@
 // (kept on purpose). Tells the player the duration queued so far and the position reached.
 void DownloadPartsThread(HlsPipeline& pipeline);
 
-// The write callback: appends to g_downloadBuffer. A segment that does not fit is given up whole.
+// The write callback: appends to g_downloadBuffer. A segment that does not fit is given up whole;
+// but what a failed download left in front of it gives way first.
 // With g_downloadMutex held by whoever performs the transfer.
 std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, void* user);
 

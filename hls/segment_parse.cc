@@ -21,17 +21,17 @@ std::uint64_t VideoFramesPushed() {
   return g_videoQueue == nullptr ? 0 : g_videoQueue->pushed;
 }
 
-// Feeds the segment that waits, one packet a call; a tail shorter than a packet is dropped. At a
-// stop the rest would only be dropped too. True when a video frame came of it. With the
-// demultiplexer's lock held.
+// Feeds the segment that waits, one packet a call; a tail shorter than a packet is dropped. False
+// when a stop came in between, since the rest would only be dropped too. With the demultiplexer's
+// lock held.
 bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length) {
-  const std::uint64_t before = VideoFramesPushed();
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
-  for (std::size_t i = 0; i < packets && pipeline.running.load(); ++i) {
+  for (std::size_t i = 0; i < packets; ++i) {
+    if (!pipeline.running.load()) return false;
     ts_demux_feed(g_parseBuffer.data() + i * kTsPacketSize,
                   static_cast<std::int32_t>(kTsPacketSize));
   }
-  return VideoFramesPushed() != before;
+  return true;
 }
 
 // Nothing is said where the file cannot be opened.
@@ -54,18 +54,19 @@ struct FirstSegment {
   std::string status;
 };
 
-// Parses the segment that waits, if there is one.
+// Parses the segment that waits. False when there is none, and at a stop.
 bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
   {
     const TsDemuxLock lock;
     const std::int32_t length = g_parseLength.load();
     if (length < 1) return false;
-    const bool has_video = FeedSegment(pipeline, length);
+    const std::uint64_t before = VideoFramesPushed();
+    if (!FeedSegment(pipeline, length)) return false;
+    const bool has_video = VideoFramesPushed() != before;
     const bool begins_file = first.is_next && pipeline.player;
     if (!has_video && begins_file) first.status = "DATAERR ";
     if (!has_video) KeepForInspection(length, begins_file ? "wb+" : "ab+");
     if (first.is_next) first.status += CodecName(ts_last_stream_type.load());
-    pipeline.pendingDuration = 0;
     g_parseLength = 0;
   }
   WakeHlsTasks();  // the next segment may come

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <mutex>
 #include <set>
 #include <utility>
@@ -18,9 +19,11 @@ namespace {
 // As many segments as the segment thread remembers at least.
 constexpr std::size_t kRememberedSegments = 1000;
 
-// Both guarded by g_segmentQueueMutex.
-std::size_t g_listedSegments = 0;   // how many the live playlist lists
-std::uint64_t g_sequenceEpoch = 0;  // counts the times that its sequence numbers began anew
+// How many segments the live playlist lists. Guarded by g_segmentQueueMutex.
+std::size_t g_listedSegments = 0;
+
+// How often its media sequence began anew. Guarded by g_playlistMutex.
+std::uint64_t g_sequenceEpoch = 0;
 
 bool IsSegment(const M3u8Entry& entry) { return entry.uri.find(".ts") != std::string::npos; }
 
@@ -33,6 +36,11 @@ void ConsoleCount(const char* tag, std::size_t count) {
   ConsoleText(FormatText("%s:%d", tag, static_cast<int>(count)));  // no line break, on purpose
 }
 
+std::size_t RoomInQueue() {
+  const std::lock_guard lock(g_segmentQueueMutex);
+  return kMaxWaitingSegments - std::min(kMaxWaitingSegments, g_segmentQueue->size());
+}
+
 // One playlist text on its way into the queue.
 class PlaylistPass {
  public:
@@ -42,26 +50,38 @@ class PlaylistPass {
 
  private:
   bool ParseTop();
-  bool ParseVariant();
-  void FollowSequence(std::int64_t first, const M3u8Table& entries);
+  bool ParseVariant(const std::string& variant_url);
+  bool FollowSequence(const std::string& source, std::int64_t first, const M3u8Table& entries);
   void QueueVariant(const M3u8Entry& variant);
   bool QueueIfNew(const M3u8Entry& segment);
   void NoteListed() const;
+  bool HandToSegmentThread();
 
   HlsPipeline& pipeline_;
   const std::string& url_;
   M3u8Table top_;
-  M3u8Table variantSegments_;
+  M3u8Table variant_segments_;
+  bool sequence_followed_ = false;
+  bool doubtful_ = false;  // nothing of this pass is to be played
   std::set<std::string> listed_keys_;
-  std::size_t newCount_ = 0;
+  std::vector<QueuedSegment> fresh_;
+  const std::size_t room_ = RoomInQueue();
 };
 
-// The media sequence begins anew: the segments that follow are others, whatever their names are.
-void PlaylistPass::FollowSequence(std::int64_t first, const M3u8Table& entries) {
-  if (!g_liveWindow.BeginsAnew(first, CountSegments(entries))) return;
-  ForgetAllSegments();
-  const std::lock_guard lock(*g_segmentQueueMutex);
-  ++g_sequenceEpoch;
+// Follows the media sequence of the first text in this pass that lists segments. Where it begins
+// anew, the segments are others than before, whatever their names are. False when the text is not
+// to be played yet.
+bool PlaylistPass::FollowSequence(const std::string& source, std::int64_t first,
+                                  const M3u8Table& entries) {
+  const std::size_t count = CountSegments(entries);
+  if (count == 0 || std::exchange(sequence_followed_, true)) return true;
+  const LiveWindow::Verdict verdict = g_liveWindow->Follow(source, first, count);
+  if (verdict == LiveWindow::Verdict::kBeginsAnew) {
+    ForgetAllSegments();
+    ++g_sequenceEpoch;
+  }
+  doubtful_ = verdict == LiveWindow::Verdict::kDoubtful;
+  return !doubtful_;
 }
 
 bool PlaylistPass::ParseTop() {
@@ -70,36 +90,35 @@ bool PlaylistPass::ParseTop() {
   if (!ParseM3u8(header, url_, *g_playlistText, mediaSequence, top_)) return false;
   g_playlistText->clear();
   ConsoleCount("QUEUEED1", top_.size());
-  FollowSequence(mediaSequence, top_);
-  return true;
+  return FollowSequence(url_, mediaSequence, top_);
 }
 
 // Adds the segments of g_variantText. What a text without a header lists is dropped, and the text
 // stays, for the next one to be appended to it (kept on purpose).
-bool PlaylistPass::ParseVariant() {
+bool PlaylistPass::ParseVariant(const std::string& variant_url) {
   M3u8Header header;
   std::int64_t mediaSequence = LiveWindow::kNoSequence;
   M3u8Table entries;
   if (!ParseM3u8(header, url_, *g_variantText, mediaSequence, entries)) return false;
   g_variantText->clear();
-  if (variantSegments_.empty()) FollowSequence(mediaSequence, entries);
-  variantSegments_.merge(entries);
-  ConsoleCount("QUEUEED2", variantSegments_.size());
-  return true;
+  const bool is_played = FollowSequence(variant_url, mediaSequence, entries);
+  if (is_played) variant_segments_.merge(entries);
+  ConsoleCount("QUEUEED2", variant_segments_.size());
+  return is_played;
 }
 
 bool PlaylistPass::QueueIfNew(const M3u8Entry& segment) {
-  listed_keys_.insert(MakeSegmentKey(segment.uri));
-  if (!AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
-  const std::lock_guard lock(*g_segmentQueueMutex);
-  g_segmentQueue->push_back(segment);
-  ++newCount_;
+  const std::string key = MakeSegmentKey(segment.uri);
+  listed_keys_.insert(key);
+  if (fresh_.size() >= room_ || !AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
+  fresh_.push_back({segment, key, g_sequenceEpoch});
   return true;
 }
 
 void PlaylistPass::QueueVariant(const M3u8Entry& variant) {
-  if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant()) return;
-  for (const auto& [index, segment] : variantSegments_) {
+  if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant(variant.uri)) return;
+  for (const auto& [index, segment] : variant_segments_) {
+    if (!pipeline_.running.load()) return;
     if (IsSegment(segment) && QueueIfNew(segment)) ConsoleLine("[QUEUEED]: " + segment.uri);
   }
 }
@@ -109,27 +128,38 @@ void PlaylistPass::QueueVariant(const M3u8Entry& variant) {
 void PlaylistPass::NoteListed() const {
   if (listed_keys_.empty()) return;
   ForgetDoneSegments(listed_keys_);
-  const std::lock_guard lock(*g_segmentQueueMutex);
+  const std::lock_guard lock(g_segmentQueueMutex);
   g_listedSegments = listed_keys_.size();
+}
+
+// All at once, so that the segment thread takes a playlist's new segments as one batch. False when
+// there are none.
+bool PlaylistPass::HandToSegmentThread() {
+  if (fresh_.empty()) return false;
+  {
+    const std::lock_guard lock(g_segmentQueueMutex);
+    std::move(fresh_.begin(), fresh_.end(), std::back_inserter(*g_segmentQueue));
+  }
+  WakeHlsTasks();
+  return true;
 }
 
 void PlaylistPass::Run() {
   if (!ParseTop()) return;
   for (const auto& [key, entry] : top_) {
-    if (!pipeline_.running.load()) return;
+    if (doubtful_ || !pipeline_.running.load()) return;
     if (IsSegment(entry)) {
       QueueIfNew(entry);
     } else {
       QueueVariant(entry);
     }
   }
+  if (doubtful_) return;
   NoteListed();
-  if (newCount_ == 0) return;
-  WakeHlsTasks();
   // Compared with the variants' segments alone, on purpose: for a playlist of segments all those
   // that were downloaded are forgotten, and queued once more at the next refresh. The segment
   // thread passes over them.
-  RemoveStaleSegments(variantSegments_, kSegmentDownloaded);
+  if (HandToSegmentThread()) RemoveStaleSegments(variant_segments_, kSegmentDownloaded);
 }
 
 }  // namespace
@@ -140,44 +170,53 @@ void QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlis
 }
 
 void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
+  ConsoleCount("QUEUEED3", entries.size());
+  std::vector<QueuedSegment> all;
+  all.reserve(entries.size());
+  for (const auto& [index, segment] : entries) {
+    if (!pipeline.running.load()) return;
+    pipeline.listedDuration += segment.duration;
+    all.push_back({segment, segment.uri, 0});  // here the query tells segments apart
+  }
   {
-    const std::lock_guard lock(*g_segmentQueueMutex);
-    ConsoleCount("QUEUEED3", entries.size());
-    for (const auto& [index, segment] : entries) {
-      pipeline.listedDuration += segment.duration;
-      g_segmentQueue->push_back(segment);
-    }
+    const std::lock_guard lock(g_segmentQueueMutex);
+    std::move(all.begin(), all.end(), std::back_inserter(*g_segmentQueue));
   }
   WakeHlsTasks();
 }
 
 void ClearSegmentQueue() {
-  const std::lock_guard lock(*g_segmentQueueMutex);
-  g_segmentQueue->clear();
+  const std::lock_guard lock(g_segmentQueueMutex);
+  *g_segmentQueue = {};  // gives its memory back
   g_listedSegments = 0;
 }
 
 std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history) {
-  std::unique_lock lock(*g_segmentQueueMutex);
-  g_segmentQueueCond->wait(
-      lock, [&pipeline] { return !g_segmentQueue->empty() || !pipeline.running.load(); });
-  if (std::exchange(history.epoch, g_sequenceEpoch) != g_sequenceEpoch) history.taken.Forget();
-  const std::size_t limit = std::max(kRememberedSegments, g_listedSegments);
+  std::vector<QueuedSegment> waiting;
+  std::size_t limit = 0;
+  {
+    std::unique_lock lock(g_segmentQueueMutex);
+    g_segmentQueueCond->wait(
+        lock, [&pipeline] { return !g_segmentQueue->empty() || !pipeline.running.load(); });
+    waiting.swap(*g_segmentQueue);
+    limit = std::max(kRememberedSegments, g_listedSegments);
+  }
   std::vector<M3u8Entry> batch;
-  for (M3u8Entry& segment : *g_segmentQueue) {
-    if (!history.taken.Take(segment.uri, limit)) {
-      NoteSegmentDone(segment.uri);
+  for (QueuedSegment& segment : waiting) {
+    if (!pipeline.running.load()) break;
+    if (std::exchange(history.epoch, segment.epoch) != segment.epoch) history.taken.Forget();
+    if (!history.taken.Take(segment.key, limit)) {
+      NoteSegmentDone(segment.entry.uri);
       continue;
     }
-    pipeline.queuedDuration += segment.duration;
-    batch.push_back(std::move(segment));
+    pipeline.queuedDuration += segment.entry.duration;
+    batch.push_back(std::move(segment.entry));
   }
-  g_segmentQueue->clear();
   return batch;
 }
 
 void PauseBetweenRefreshes(const HlsPipeline& pipeline) {
   constexpr std::chrono::milliseconds kInterval{1000};
-  std::unique_lock lock(*g_segmentQueueMutex);
+  std::unique_lock lock(g_segmentQueueMutex);
   g_segmentQueueCond->wait_for(lock, kInterval, [&pipeline] { return !pipeline.running.load(); });
 }

@@ -12,6 +12,10 @@
 #include "hls/m3u8_playlist.h"
 #include "hls/taken_segments.h"
 
+// No more segments than this wait; what a live playlist lists beyond it is left for a later
+// refresh.
+inline constexpr std::size_t kMaxWaitingSegments = 500'000;
+
 // Parses g_playlistText, the body of a download of `playlistUrl`, and queues its new segments.
 // Whatever is not a segment (its address has no ".ts" in it) is fetched as a variant playlist, the
 // slowest first; where several variants list a segment of the same index, the slowest wins. The

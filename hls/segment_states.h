@@ -28,9 +28,9 @@ void SetSegmentState(const std::string& uri, std::int32_t state);
 // console, a line for each.
 void RemoveStaleSegments(const M3u8Table& currentEntries, std::int32_t state);
 
-// Remembers that the segment thread has done with a segment that it did not download: it was passed
-// over, or its download failed. Its state stays kSegmentQueued, which no removal asks for, so
-// without this a live stream would leave one behind for every such segment.
+// Remembers that the segment thread has done with a segment, queued once more perhaps, that it did
+// not download: it was passed over, or its download failed. Its state stays kSegmentQueued, which
+// no removal asks for, so without this a live stream would leave one behind for every such segment.
 void NoteSegmentDone(const std::string& uri);
 
 // Forgets, in silence, what was noted as done and is not listed any more.

@@ -2,6 +2,7 @@
 #ifndef COMMON_BIT_WRITER_H_
 #define COMMON_BIT_WRITER_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 

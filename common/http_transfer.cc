@@ -49,16 +49,25 @@ std::string RangeFrom(std::uint64_t offset) {
   return FormatText("%ld-", static_cast<long>(static_cast<std::int32_t>(offset)));
 }
 
-void Download(const Transfer& transfer, std::uint64_t offset) {
-  const CurlHandle handle = MakeCurlHandle();
-  if (handle == nullptr) return;
+CurlHandle SetUpDownload(const Transfer& transfer, std::uint64_t offset) {
+  CurlHandle handle = MakeCurlHandle();
+  if (handle == nullptr) return handle;
   SetUpTransfer(handle.get(), transfer);
   curl_easy_setopt(handle.get(), CURLOPT_RANGE, RangeFrom(offset).c_str());
   SetUserAgent(handle.get(), transfer.url);
+  return handle;
+}
+
+void PerformDownload(const CurlHandle& handle, const Transfer& transfer) {
+  if (handle == nullptr) return;
   if (PerformTransfer(handle.get(), transfer.url) == CURLE_ABORTED_BY_CALLBACK) {
     char nothing = '\0';
     transfer.on_bytes(&nothing, 1, 0, nullptr);
   }
+}
+
+void Download(const Transfer& transfer, std::uint64_t offset) {
+  PerformDownload(SetUpDownload(transfer, offset), transfer);
 }
 
 bool IsHtmlPage(const char* bytes, std::size_t size) {

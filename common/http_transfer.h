@@ -52,10 +52,16 @@ CURLcode PerformTransfer(CURL* handle, const std::string& url);
 // 32-bit signed number on purpose: resuming past 2 GiB is not supported.
 std::string RangeFrom(std::uint64_t offset);
 
-// Fetches everything from `offset` with a handle of its own.
+// A handle set up to fetch everything from `offset`; empty when there is none to be had.
+CurlHandle SetUpDownload(const Transfer& transfer, std::uint64_t offset);
+
+// Performs it; without a handle nothing happens.
 //
 // A transfer that ended because the run flag was cleared, with no callback there to notice, is told
 // to the callback as an empty piece: every stop reaches it once.
+void PerformDownload(const CurlHandle& handle, const Transfer& transfer);
+
+// Both in one step.
 void Download(const Transfer& transfer, std::uint64_t offset);
 
 // True when a piece of a body is the start of an HTML page, which servers send instead of a stream

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <ctime>
+#include <memory>
 #include <string>
 
 namespace platform {
@@ -29,9 +30,14 @@ bool MakeDirectory(const std::wstring& path);
 // the text comes back as it is.
 std::string CodePageToUtf8(const std::string& text);
 
-// Opens a file by a narrow path with a mode of fopen. Null when it cannot be opened; the caller
-// closes it.
-std::FILE* OpenFile(const std::string& path, const char* mode);
+struct FileCloser {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using File = std::unique_ptr<std::FILE, FileCloser>;
+
+// Opens a file by a narrow path with a mode of fopen. Null when it cannot be opened. Others may
+// have it open at the same time.
+File OpenFile(const std::string& path, const char* mode);
 
 // `time` by the clock on the wall, in the system's time zone.
 std::tm LocalTime(std::time_t time);

@@ -40,8 +40,8 @@ bool MakeDirectory(const std::wstring& path) { return mkdir(Narrow(path).c_str()
 
 std::string CodePageToUtf8(const std::string& text) { return text; }
 
-std::FILE* OpenFile(const std::string& path, const char* mode) {
-  return std::fopen(path.c_str(), mode);
+File OpenFile(const std::string& path, const char* mode) {
+  return File(std::fopen(path.c_str(), mode));
 }
 
 std::tm LocalTime(std::time_t time) {

@@ -1,3 +1,4 @@
+#include <share.h>
 #include <windows.h>
 // Behind windows.h, which it needs.
 #include <timeapi.h>
@@ -92,9 +93,8 @@ std::string CodePageToUtf8(const std::string& text) {
   return utf8;
 }
 
-std::FILE* OpenFile(const std::string& path, const char* mode) {
-  std::FILE* file = nullptr;
-  return fopen_s(&file, path.c_str(), mode) == 0 ? file : nullptr;
+File OpenFile(const std::string& path, const char* mode) {
+  return File(_fsopen(path.c_str(), mode, _SH_DENYNO));
 }
 
 std::tm LocalTime(std::time_t time) {

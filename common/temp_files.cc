@@ -1,8 +1,5 @@
 #include "common/temp_files.h"
 
-#include <cstdio>
-#include <memory>
-
 #include "common/platform.h"
 
 namespace {
@@ -31,7 +28,7 @@ std::wstring GetTempDirW() { return TempDirBeside(platform::ModuleFileNameWide()
 std::string CreateCacheFile(const std::string& name) {
   platform::MakeDirectory(GetTempDirW());
   std::string path = GetTempDirA() + name;
-  if (std::FILE* file = platform::OpenFile(path, "wb+")) std::fclose(file);
+  platform::OpenFile(path, "wb+");  // and closed at once
   return path;
 }
 

@@ -1,26 +1,30 @@
 #include "flv/flv_download.h"
 
-#include <atomic>
-#include <cstdint>
-
 #include "common/http_transfer.h"
-#include "flv/flv_state.h"
+#include "flv/flv_stream.h"
 
 namespace {
 
-std::atomic<std::uint64_t> g_flvDownloaded{0};  // of the stream, by libcurl
+// The download of this thread, for the write callback, which is given no pointer of its own.
+thread_local FlvTransfer* t_transfer = nullptr;
+
+std::size_t TakeFlvBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  return t_transfer == nullptr ? 0 : t_transfer->Take(data, size * count);
+}
 
 }  // namespace
 
-void ResetFlvDownload() { g_flvDownloaded = 0; }
-
-std::size_t TakeFlvBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
-  const auto length = static_cast<std::uint32_t>(size * count);
+std::size_t FlvTransfer::Take(const char* data, std::size_t length) {
   if (!g_flvRunning.load() || IsHtmlPage(data, length)) return 0;
   if (data == nullptr) return length;
-  return StageFlvBytes(g_flvDownloaded.fetch_add(length), data, length) ? length : 0;
+  if (!g_flvStream->Stage(stream_, offset_, data, static_cast<std::uint32_t>(length))) return 0;
+  offset_ += length;
+  return length;
 }
 
-void DownloadFlv(const std::string& url) {
+void DownloadFlv(const std::string& url, std::uint64_t stream) {
+  FlvTransfer transfer(stream);
+  t_transfer = &transfer;
   Download({url, GuardedCallback<TakeFlvBytes>, g_flvRunning}, 0);
+  t_transfer = nullptr;
 }

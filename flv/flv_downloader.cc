@@ -2,6 +2,7 @@
 
 #include <ctime>
 
+#include "common/at_exit.h"
 #include "common/console.h"
 #include "common/frame_delivery.h"
 #include "common/frame_queue.h"
@@ -10,12 +11,10 @@
 #include "common/temp_files.h"
 #include "flv/flv_download.h"
 #include "flv/flv_play.h"
-#include "flv/flv_state.h"
+#include "flv/flv_stream.h"
 
 CFlvDownloader::CFlvDownloader(CStreamPlayerImp* player)
-    : player_(player), pool_(CThreadPool::kPipelineWorkers) {
-  ResetFlvStream();
-}
+    : player_(player), pool_(CThreadPool::kPipelineWorkers) {}
 
 CFlvDownloader::~CFlvDownloader() {
   EndDownload();
@@ -23,26 +22,20 @@ CFlvDownloader::~CFlvDownloader() {
 }
 
 bool CFlvDownloader::BeginDownload(const std::string& url) {
-  downloading = true;
   g_flvRunning = true;
   pool_.Start();
   ResetFrameQueues();
-  ResetFlvStream();
-  ResetFlvDownload();
+  const std::uint64_t stream = g_flvStream->Begin();
   UseUrl(url);
-  AddGated([this, url] { RunDownload(url); });
-  AddGated([this, url] { PlayFlv({url, player_, downloading, audio_config_}); });
+  AddGated([url, stream] { RunDownload(url, stream); });
+  AddGated([this, url, stream] { PlayFlv({url, player_, stream, audio_config_}); });
   AddGated([this] { DeliverVideoFrames({g_flvRunning, player_, {}, "flv video thread stop."}); });
   AddGated([this] { DeliverAudioFrames({g_flvRunning, player_, {}, "flv audio thread stop."}); });
   return true;
 }
 
 bool CFlvDownloader::EndDownload() {
-  const auto wake = [this] {
-    downloading = false;
-    WakeFlvPlayer();
-  };
-  return StopPipeline({"flv", g_flvRunning, pool_, gate_, wake});
+  return StopPipeline({"flv", g_flvRunning, pool_, gate_, [] { g_flvStream->Stop(); }});
 }
 
 bool CFlvDownloader::SetStartPostion(float seconds) {
@@ -63,9 +56,8 @@ void CFlvDownloader::UseUrl(const std::string& url) {
   CreateCacheFile("mebo.flv");
 }
 
-void CFlvDownloader::RunDownload(const std::string& url) {
-  DownloadFlv(url);
+void CFlvDownloader::RunDownload(const std::string& url, std::uint64_t stream) {
+  const AtExit end([stream] { g_flvStream->EndDownload(stream); });
+  DownloadFlv(url, stream);
   ConsoleLine("flv Download thread stop.");
-  downloading = false;
-  WakeFlvPlayer();
 }

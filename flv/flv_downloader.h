@@ -2,7 +2,7 @@
 // Four tasks run on its pool: download, play (the parser), video delivery, audio delivery.
 //
 // The facade makes one, on the first ".flv" address, and forwards its own operations to it. Most of
-// the state is process-wide (flv_state.h): one FLV pipeline plays at a time. The player is
+// the state is process-wide (flv_stream.h): one FLV pipeline plays at a time. The player is
 // borrowed.
 //
 // Threads: call the members from one thread at a time, never from inside a call to the player.
@@ -25,12 +25,11 @@ class CFlvDownloader {
   CFlvDownloader(const CFlvDownloader&) = delete;
   CFlvDownloader& operator=(const CFlvDownloader&) = delete;
 
-  // Starts to play `url`, already cleaned, from its beginning. Always true. A second start without
-  // a stop adds four tasks beside those that run.
+  // Starts to play `url`, already cleaned, from its beginning. Always true. After a second start
+  // without a stop the download and the parser of the first come to their end.
   bool BeginDownload(const std::string& url);
 
-  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position
-  // goes back to 0 in any case.
+  // Stops, joins the tasks and drops what is queued. False when nothing ran.
   bool EndDownload();
 
   // Takes a position and tells the player so. Nothing else comes of it: an FLV stream plays from
@@ -39,12 +38,11 @@ class CFlvDownloader {
 
  private:
   void UseUrl(const std::string& url);
-  void RunDownload(const std::string& url);
+  static void RunDownload(const std::string& url, std::uint64_t stream);
   void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
 
   const PlayerPort player_;
   std::string url_;
-  std::atomic<bool> downloading{true};
   std::atomic<std::uint16_t> audio_config_{0};
   TaskGate gate_;
   CThreadPool pool_;

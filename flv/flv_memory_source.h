@@ -2,6 +2,8 @@
 #ifndef FLV_FLV_MEMORY_SOURCE_H_
 #define FLV_FLV_MEMORY_SOURCE_H_
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <span>
 
@@ -11,6 +13,7 @@ class FlvMemorySource final : public FlvSource {
  public:
   explicit FlvMemorySource(std::span<const std::uint8_t> bytes) : left_(bytes) {}
 
+  bool Runs() const override { return true; }
   bool Await(std::uint32_t count) override { return count <= left_.size(); }
 
   bool Read(std::uint8_t* bytes, std::uint32_t count) override {
@@ -21,9 +24,9 @@ class FlvMemorySource final : public FlvSource {
   }
 
   bool Skip(std::uint32_t count) override {
-    if (!Await(count)) return false;
-    left_ = left_.subspan(count);
-    return true;
+    const bool is_there = Await(count);
+    left_ = left_.subspan(std::min<std::size_t>(count, left_.size()));
+    return is_there;
   }
 
  private:

@@ -3,42 +3,31 @@
 #include <array>
 #include <cstddef>
 #include <cstdio>
-#include <memory>
-#include <mutex>
 
 #include "common/address.h"
 #include "common/console.h"
+#include "common/frame_backlog.h"
 #include "common/platform.h"
-#include "flv/flv_download_source.h"
-#include "flv/flv_state.h"
+#include "flv/flv_stream.h"
 #include "flv/flv_tag_parser.h"
 
 namespace {
 
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-
-void AwaitData(const std::atomic<bool>& downloading) {
-  std::unique_lock lock(g_flvStreamLock);
-  g_flvDataReady->wait(lock, [&downloading] {
-    return g_flvStreamBuffer->Size() > kFlvReadySize || !downloading.load() || !g_flvRunning.load();
-  });
-}
-
 // A local file is read here too, up to 10 MiB of it, beside the download: kept on purpose. Nothing
 // is said where it cannot be opened.
-void PreloadLocalFile(const std::string& path) {
+void PreloadLocalFile(const std::string& path, std::uint64_t stream) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr std::uint32_t kPreloadLimit = 0xA00000;
-  const std::unique_ptr<std::FILE, FileCloser> file(platform::OpenFile(path, "rb+"));
+  const platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return;
   std::array<char, kPieceSize> piece;
   std::uint64_t offset = 0;
-  while (g_flvRunning.load() && StagedFlvBytes() < kPreloadLimit) {
+  while (g_flvRunning.load() && g_flvStream->UnreadSize() < kPreloadLimit) {
     const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
-    if (length == 0) return;
-    if (!StageFlvBytes(offset, piece.data(), static_cast<std::uint32_t>(length))) return;
+    if (length == 0 ||
+        !g_flvStream->Stage(stream, offset, piece.data(), static_cast<std::uint32_t>(length))) {
+      return;
+    }
     offset += length;
   }
 }
@@ -50,16 +39,19 @@ void Report(const FlvPlay& play, bool has_header) {
 }
 
 void ReadTags(FlvTagParser& parser) {
-  while (g_flvRunning.load() && parser.ReadTag()) platform::SleepMilliseconds(1);
+  while (g_flvRunning.load() && parser.ReadTag()) {
+    AwaitFrameRoom(g_flvRunning);
+    platform::SleepMilliseconds(1);
+  }
   ConsoleLine("read over");
 }
 
 }  // namespace
 
 void PlayFlv(const FlvPlay& play) {
-  AwaitData(play.downloading);
-  if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url));
-  FlvDownloadSource source(play.downloading);
+  g_flvStream->AwaitReady(play.stream);
+  if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url), play.stream);
+  FlvStreamSource source(play.stream);
   FlvTagParser parser(source, play.audio_config);
   const bool has_header = parser.ReadHeader();
   Report(play, has_header);

@@ -11,7 +11,7 @@
 struct FlvPlay {
   std::string url;
   PlayerPort player;
-  const std::atomic<bool>& downloading;      // cleared when no more bytes will be staged
+  std::uint64_t stream;                      // its number in g_flvStream
   std::atomic<std::uint16_t>& audio_config;  // flv_tag_parser.h
 };
 

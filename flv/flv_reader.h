@@ -11,6 +11,7 @@ class FlvReader {
  public:
   explicit FlvReader(FlvSource& source) : source_(source) {}
 
+  bool Runs() const { return source_.Runs(); }
   bool Await(std::uint32_t count) { return source_.Await(count); }
 
   bool ReadBytes(std::uint8_t* bytes, std::uint32_t count);

@@ -60,7 +60,7 @@ bool FlvTagParser::ReadHeader() {
   std::uint32_t data_offset = 0;
   if (!reader_.Skip(2) || !reader_.Read32(data_offset)) return false;
   ConsoleNumber("headlength:%d\n", static_cast<std::int32_t>(data_offset));
-  // A header that goes on beyond the stream is a header all the same: there are just no tags.
+  // A header that goes on beyond the stream is a header all the same: there are just no tags left.
   reader_.Skip(static_cast<std::int32_t>(data_offset - kHeaderSize));
   return true;
 }
@@ -106,7 +106,7 @@ bool FlvTagParser::ReadNalUnits(const TagHeader& tag) {
   constexpr std::uint64_t kLengthBytes = 4;
   for (std::uint64_t offset = kVideoHeaderBytes; offset < tag.data_size;) {
     std::uint32_t size = 0;
-    if (!reader_.Read32(size) || !EmitNalUnit(tag, size)) return false;
+    if (!reader_.Runs() || !reader_.Read32(size) || !EmitNalUnit(tag, size)) return false;
     offset += size + kLengthBytes;
   }
   return true;

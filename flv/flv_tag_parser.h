@@ -1,12 +1,12 @@
 // FlvTagParser: an FLV byte stream (Adobe Flash Video File Format, version 10.1, annex E) into
 // frames in the global frame queues: NAL units of H.264 with a start code in front, AAC frames with
-// an ADTS header. Each NAL unit is a frame of its own. It knows no threads, clocks or sockets.
+// an ADTS header. Each NAL unit is a frame of its own. It knows no clocks and no sockets.
 //
 // Script data is passed over. Times are the tags' milliseconds as 90 kHz ticks; the composition
 // time offset is left out, so pts, dts and playTime are one (kept on purpose).
 //
 // What a stream says of lengths is believed only as far as the bytes are there: a frame of which
-// some are missing is not made, and the parser ends with it.
+// some are missing is not made, and there is nothing to be read behind it.
 #ifndef FLV_FLV_TAG_PARSER_H_
 #define FLV_FLV_TAG_PARSER_H_
 

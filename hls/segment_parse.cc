@@ -36,10 +36,9 @@ bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length) {
 
 // Nothing is said where the file cannot be opened.
 void KeepForInspection(std::int32_t length, const char* mode) {
-  std::FILE* const file = platform::OpenFile(GetTempDirA() + "tmpE.ts", mode);
+  const platform::File file = platform::OpenFile(GetTempDirA() + "tmpE.ts", mode);
   if (file == nullptr) return;
-  std::fwrite(g_parseBuffer.data(), 1, static_cast<std::size_t>(length), file);
-  std::fclose(file);
+  std::fwrite(g_parseBuffer.data(), 1, static_cast<std::size_t>(length), file.get());
 }
 
 std::string CodecName(std::uint8_t stream_type) {

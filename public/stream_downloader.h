@@ -54,14 +54,15 @@ class STREAM_DOWNLOADER_API CStreamDownloader {
 
   // Stops whatever plays and waits until no thread of the component calls the player any more, at
   // most about 1.5 seconds after the player's own calls have returned. Frames not delivered yet are
-  // dropped. The pipelines stay and can be started again; the same address then goes on with its
-  // cached state. Returns false when nothing was playing.
+  // dropped. The pipelines stay and can be started again; TS and MP4 then go on with what they keep
+  // of the same address. Returns false when nothing was playing.
   bool EndDownload();
 
   // Sets where the next BeginDownload starts, in seconds from the beginning of the stream. It goes
   // to the pipelines that exist, so something must have been started before; returns false if not.
   // EndDownload sets the position back to 0: the order of a seek is EndDownload, SetStartPostion,
-  // BeginDownload. Given while something plays, it makes what plays drop frames that lie before it.
+  // BeginDownload. Given while TS or MP4 plays, it makes what plays drop frames that lie before it;
+  // HLS passes over whole segments, and FLV plays from its beginning all the same.
   // The name is spelt this way on purpose.
   bool SetStartPostion(float seconds);
 

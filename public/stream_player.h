@@ -83,7 +83,7 @@ class CStreamPlayerImp {
   // player's own copy; its bytes are those of the stream or address and need not be UTF-8.
   virtual void OnMessage(std::string line) = 0;
 
-  // 11: the outcome of a play attempt, for example "PLAY:FLV OK:" and the address, right after the
+  // 11: the outcome of a play attempt, for example "PLAY:M3U8 OK:" and the address, right after the
   // matching status line. Never called for TS.
   virtual void OnPlayResult(std::string line) = 0;
 

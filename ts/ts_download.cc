@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 
 #include "common/address.h"
 #include "common/http_transfer.h"
@@ -12,10 +11,6 @@
 #include "ts/ts_state.h"
 
 namespace {
-
-struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
 
 // The bytes as text, up to their first zero.
 std::string TextOf(const char* bytes, std::size_t size) {
@@ -31,7 +26,7 @@ void ReportRefused(const char* data, std::size_t size) {
 void ReadLocalFile(const std::string& path) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr unsigned kPauseMilliseconds = 10;
-  const std::unique_ptr<std::FILE, FileCloser> file(platform::OpenFile(path, "rb+"));
+  const platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return;
   // The offset is taken as a 32-bit number on purpose.
   std::fseek(file.get(), static_cast<std::int32_t>(g_tsDownloaded.load()), SEEK_SET);

@@ -3,6 +3,7 @@
 #include <ctime>
 #include <mutex>
 
+#include "common/at_exit.h"
 #include "common/console.h"
 #include "common/frame_delivery.h"
 #include "common/frame_queue.h"
@@ -96,7 +97,7 @@ bool CTsDownloader::IsWanted(const FrameRecord& frame) const {
 }
 
 void CTsDownloader::RunDownload(const std::string& url) {
+  const AtExit end([this] { downloading = false; });
   DownloadTs(url);
   ConsoleLine("ts Download thread stop.");
-  downloading = false;
 }

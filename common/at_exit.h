@@ -1,0 +1,20 @@
+// AtExit: runs an action when it goes out of scope, also when an exception passes.
+#ifndef COMMON_AT_EXIT_H_
+#define COMMON_AT_EXIT_H_
+
+#include <utility>
+
+// The action must not throw.
+template <typename Action>
+class AtExit {
+ public:
+  explicit AtExit(Action action) : action_(std::move(action)) {}
+  ~AtExit() { action_(); }
+  AtExit(const AtExit&) = delete;
+  AtExit& operator=(const AtExit&) = delete;
+
+ private:
+  const Action action_;
+};
+
+#endif  // COMMON_AT_EXIT_H_

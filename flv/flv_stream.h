@@ -1,0 +1,89 @@
+// FlvStream: the bytes of an FLV stream between those who receive it and the parser, which reads
+// them through FlvStreamSource and waits for what is still to come.
+//
+// There is one for the whole process, since one FLV pipeline plays at a time and the facade only
+// forgets its FLV pipeline (kept on purpose). Each start begins a new stream in it and gets its
+// number; whoever still holds an older number stages nothing and reads nothing.
+//
+// Safe from any thread.
+#ifndef FLV_FLV_STREAM_H_
+#define FLV_FLV_STREAM_H_
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+
+#include "common/byte_buffer.h"
+#include "common/never_destroyed.h"
+#include "flv/flv_source.h"
+
+// The run flag of the FLV pipeline: the loops of all its tasks run while it is set.
+extern std::atomic<bool> g_flvRunning;
+
+class FlvStream {
+ public:
+  // The parser does not wait any longer to begin once more unread bytes than this are there.
+  static constexpr std::uint32_t kReadySize = 10240;
+
+  // Begins a new, empty stream and returns its number.
+  std::uint64_t Begin();
+
+  // Puts a piece that begins at `offset` of the stream behind what is there, as far as it is not
+  // there yet: a local file comes from two sides, and each byte of it is parsed once. What is
+  // unread has no bound: a slow parser lets it grow. False for an older stream, and when memory
+  // runs out.
+  bool Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes, std::uint32_t size);
+
+  // Nothing more will be staged.
+  void EndDownload(std::uint64_t stream);
+
+  // Wakes whoever waits, once g_flvRunning was cleared.
+  void Stop();
+
+  // Waits until more than kReadySize bytes are unread, the download has ended, or g_flvRunning is
+  // cleared.
+  void AwaitReady(std::uint64_t stream);
+
+  // How FlvStreamSource reads; what FlvSource says of them holds.
+  bool Await(std::uint64_t stream, std::uint32_t count);
+  bool Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t count);
+  bool Skip(std::uint64_t stream, std::uint32_t count);
+
+  // Bytes received and not read yet.
+  std::uint32_t UnreadSize() const;
+
+ private:
+  using Lock = std::unique_lock<std::mutex>;
+
+  bool MoreMayCome(std::uint64_t stream) const;
+  bool AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const;
+
+  mutable std::mutex mutex_;
+  // All guarded by mutex_.
+  std::condition_variable ready_;
+  CByteBuffer unread_;
+  std::uint64_t stream_ = 0;    // the number of the stream
+  std::uint64_t received_ = 0;  // bytes of it staged so far
+  bool downloading_ = false;
+};
+
+extern NeverDestroyed<FlvStream> g_flvStream;
+
+// A stream of g_flvStream as the parser reads it.
+class FlvStreamSource final : public FlvSource {
+ public:
+  explicit FlvStreamSource(std::uint64_t stream) : stream_(stream) {}
+
+  bool Runs() const override { return g_flvRunning.load(); }
+  bool Await(std::uint32_t count) override { return g_flvStream->Await(stream_, count); }
+  bool Read(std::uint8_t* bytes, std::uint32_t count) override {
+    return g_flvStream->Read(stream_, bytes, count);
+  }
+  bool Skip(std::uint32_t count) override { return g_flvStream->Skip(stream_, count); }
+
+ private:
+  const std::uint64_t stream_;
+};
+
+#endif  // FLV_FLV_STREAM_H_

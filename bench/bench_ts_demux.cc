@@ -8,6 +8,7 @@
 #include "bench/bench_report.h"
 #include "bench/demux_totals.h"
 #include "bench/libavformat_demux.h"
+#include "bench/take_frames.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "ts/ts_demux.h"
@@ -20,16 +21,6 @@ using Bytes = std::span<const std::uint8_t>;
 constexpr char kOurs[] = "ts_demux_feed";
 constexpr char kNoParse[] = "libavformat_noparse";
 constexpr char kParse[] = "libavformat_parse";
-
-// The consumer looks whether a frame is there and takes it only then. Nothing else runs, so the
-// look needs no lock here.
-void TakeFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& totals) {
-  while (queue != nullptr && queue->count != 0) {
-    const FrameNodePtr frame = pop();
-    totals.frames += 1;
-    totals.bytes += static_cast<std::uint64_t>(frame->size);
-  }
-}
 
 // As the TS pipeline feeds it: batches of what one write callback brings, one packet a call.
 DemuxTotals DemuxWithFeed(Bytes stream) {
@@ -62,7 +53,8 @@ void BenchFeed(benchmark::State& state, Bytes stream) {
 
 void BenchLibavformat(benchmark::State& state, Bytes stream, bool parse) {
   DemuxTotals totals;
-  while (state.KeepRunning()) totals = DemuxWithLibavformat(stream, parse).value_or(DemuxTotals());
+  while (state.KeepRunning())
+    totals = DemuxWithLibavformat(stream, "mpegts", parse).value_or(DemuxTotals());
   Report(state, stream, totals);
 }
 
@@ -70,7 +62,7 @@ void BenchLibavformat(benchmark::State& state, Bytes stream, bool parse) {
 // differ.
 bool SameFrames(Bytes stream) {
   const DemuxTotals ours = DemuxWithFeed(stream);
-  const DemuxTotals theirs = DemuxWithLibavformat(stream, false).value_or(DemuxTotals());
+  const DemuxTotals theirs = DemuxWithLibavformat(stream, "mpegts", false).value_or(DemuxTotals());
   if (ours.frames != 0 && ours.frames + 2 == theirs.frames && ours.bytes <= theirs.bytes)
     return true;
   std::fprintf(stderr, "not the same frames: %llu (%llu bytes) and %llu (%llu bytes)\n",

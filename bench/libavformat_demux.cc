@@ -66,31 +66,45 @@ IoPtr OpenIo(Source& source) {
   return IoPtr(avio_alloc_context(buffer, kIoBufferSize, 0, &source, ReadSome, nullptr, Seek));
 }
 
-FormatPtr OpenFormat(AVIOContext* io, bool parse) {
+FormatPtr OpenFormat(AVIOContext* io, const char* name, bool parse) {
   AVFormatContext* format = avformat_alloc_context();
   format->pb = io;
   if (!parse) format->flags |= AVFMT_FLAG_NOPARSE;
-  const AVInputFormat* mpegts = av_find_input_format("mpegts");
   // Where this fails, it frees the context.
-  if (avformat_open_input(&format, nullptr, mpegts, nullptr) != 0) return nullptr;
+  if (avformat_open_input(&format, nullptr, av_find_input_format(name), nullptr) != 0)
+    return nullptr;
   return FormatPtr(format);
 }
 
-}  // namespace
-
-std::optional<DemuxTotals> DemuxWithLibavformat(std::span<const std::uint8_t> stream, bool parse) {
-  Source source{stream};
-  const IoPtr io = OpenIo(source);
-  const FormatPtr format = OpenFormat(io.get(), parse);
-  if (format == nullptr) return std::nullopt;
+DemuxTotals ReadAllPackets(AVFormatContext* format) {
   const std::unique_ptr<AVPacket, PacketDeleter> packet(av_packet_alloc());
   DemuxTotals totals;
-  while (av_read_frame(format.get(), packet.get()) >= 0) {
+  while (av_read_frame(format, packet.get()) >= 0) {
     totals.frames += 1;
     totals.bytes += static_cast<std::uint64_t>(packet->size);
     av_packet_unref(packet.get());
   }
   return totals;
+}
+
+}  // namespace
+
+std::optional<DemuxTotals> DemuxWithLibavformat(std::span<const std::uint8_t> stream,
+                                                const char* format, bool parse) {
+  Source source{stream};
+  const IoPtr io = OpenIo(source);
+  const FormatPtr opened = OpenFormat(io.get(), format, parse);
+  if (opened == nullptr) return std::nullopt;
+  return ReadAllPackets(opened.get());
+}
+
+std::optional<DemuxTotals> ReadFileWithLibavformat(const std::string& path) {
+  AVFormatContext* format = avformat_alloc_context();
+  format->flags |= AVFMT_FLAG_NOPARSE;
+  // Where this fails, it frees the context.
+  if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) != 0) return std::nullopt;
+  const FormatPtr owner(format);
+  return ReadAllPackets(format);
 }
 
 std::string LibavformatVersion() {

@@ -7,15 +7,17 @@
 
 namespace {
 
-bool IsFull(const FrameQueue* queue) { return queue != nullptr && queue->count > kMaxFrameBacklog; }
+bool IsFull(const FrameQueue* queue, const FrameBacklog& limit) {
+  return queue != nullptr && (queue->count > limit.frames || queue->heldBytes > limit.bytes);
+}
 
-bool HasRoom() {
+bool HasRoom(const FrameBacklog& limit) {
   const std::lock_guard lock(g_frameQueueMutex);
-  return !IsFull(g_videoQueue) && !IsFull(g_audioQueue);
+  return !IsFull(g_videoQueue, limit) && !IsFull(g_audioQueue, limit);
 }
 
 }  // namespace
 
-void AwaitFrameRoom(const std::atomic<bool>& running) {
-  while (running.load() && !HasRoom()) platform::SleepMilliseconds(1);
+void AwaitFrameRoom(const std::atomic<bool>& running, const FrameBacklog& limit) {
+  while (running.load() && !HasRoom(limit)) platform::SleepMilliseconds(1);
 }

@@ -6,11 +6,14 @@
 #include <atomic>
 #include <cstdint>
 
-// As many frames wait for delivery at most before a parser pauses: more than three minutes' worth
-// at the rate of delivery.
-inline constexpr std::uint32_t kMaxFrameBacklog = 200'000;
+// As many frames and bytes may wait for delivery before a parser pauses.
+struct FrameBacklog {
+  std::uint32_t frames;
+  std::uint64_t bytes;
+};
 
-// Waits while more frames than that are queued, until `running` is cleared. For the parse side.
-void AwaitFrameRoom(const std::atomic<bool>& running);
+// Waits while more than that is in one of the queues, until `running` is cleared. For the parse
+// side.
+void AwaitFrameRoom(const std::atomic<bool>& running, const FrameBacklog& limit);
 
 #endif  // COMMON_FRAME_BACKLOG_H_

@@ -84,6 +84,7 @@ int PushFrame(const FrameRecord& frame, FrameQueue* queue) {
   queue->count += 1;
   queue->pushed += 1;
   queue->totalBytes += static_cast<std::uint32_t>(node->size);
+  queue->heldBytes += static_cast<std::uint32_t>(node->size);
   return 0;
 }
 
@@ -94,6 +95,7 @@ FrameNode* PopFrame(FrameQueue* queue) {
   if (queue->head == nullptr) queue->tail = nullptr;
   queue->count -= 1;
   queue->totalBytes -= static_cast<std::uint32_t>(node->size);
+  queue->heldBytes -= static_cast<std::uint32_t>(node->size);
   return node;
 }
 
@@ -104,6 +106,16 @@ FrameQueue* EnsureQueue(FrameQueue*& queue) {
 
 FrameNodePtr PopVideoFrame() { return PopGlobal(g_videoQueue); }
 FrameNodePtr PopAudioFrame() { return PopGlobal(g_audioQueue); }
+
+void ClearVideoQueue() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  Drain(g_videoQueue);
+}
+
+void ClearAudioQueue() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  Drain(g_audioQueue);
+}
 
 void ResetFrameQueues() {
   const std::lock_guard lock(g_frameQueueMutex);

@@ -35,6 +35,7 @@ struct FrameQueue {
   std::uint32_t totalBytes = 0;  // sum of their sizes
   FrameNode* head = nullptr;     // oldest node, taken next
   FrameNode* tail = nullptr;     // newest node
+  std::uint64_t heldBytes = 0;   // the same sum, which the 32 bits may not hold
   std::uint64_t pushed = 0;      // nodes ever pushed: the place of the newest one, counted from 1
 
   // Place of the oldest node still queued; one past `pushed` when there is none.
@@ -72,6 +73,10 @@ extern FrameQueue* g_audioQueue;  // guarded by g_frameQueueMutex; null until fi
 // Returns `queue`, made first if it is null; null when there is no memory for it. With
 // g_frameQueueMutex held.
 FrameQueue* EnsureQueue(FrameQueue*& queue);
+
+// Releases what a global queue holds.
+void ClearVideoQueue();
+void ClearAudioQueue();
 
 // Takes the oldest frame of a global queue; empty when there is none.
 FrameNodePtr PopVideoFrame();

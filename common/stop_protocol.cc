@@ -3,15 +3,6 @@
 #include "common/console.h"
 #include "common/frame_queue.h"
 
-namespace {
-
-void Drain(FrameNodePtr (*pop)()) {
-  while (pop() != nullptr) {
-  }
-}
-
-}  // namespace
-
 bool StopPipeline(const StoppingPipeline& pipeline) {
   if (!pipeline.running.load()) return false;
   ConsoleLine(pipeline.name + " EndDownload...");
@@ -19,9 +10,9 @@ bool StopPipeline(const StoppingPipeline& pipeline) {
   pipeline.gate.Close();
   pipeline.wake();
   pipeline.pool.Stop();
-  Drain(PopVideoFrame);
+  ClearVideoQueue();
   ConsoleLine(pipeline.name + " video clear.");
-  Drain(PopAudioFrame);
+  ClearAudioQueue();
   ConsoleLine(pipeline.name + " audio clear.");
   return true;
 }

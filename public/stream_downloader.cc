@@ -10,6 +10,7 @@
 #include "common/player_port.h"
 #include "flv/flv_downloader.h"
 #include "hls/m3u8_downloader.h"
+#include "mp4/mp4_downloader.h"
 #include "ts/ts_downloader.h"
 
 static_assert(sizeof(CStreamDownloader) == 6 * sizeof(void*), "six pointers, a binary contract");
@@ -118,19 +119,20 @@ bool CStreamDownloader::BeginDownload(
       Play(flv_, player_, clean);
       break;
     case Format::kMp4:
-      break;  // not played by this version
+      Play(mp4_, player_, clean);
+      break;
   }
   return true;
 }
 
 bool CStreamDownloader::EndDownload() {
   const auto end = [](auto& pipeline) { return pipeline.EndDownload(); };
-  return AnyOf(end, hls_, flv_, ts_);
+  return AnyOf(end, hls_, mp4_, flv_, ts_);
 }
 
 bool CStreamDownloader::SetStartPostion(float seconds) {
   const auto set = [seconds](auto& pipeline) { return pipeline.SetStartPostion(seconds); };
-  return AnyOf(set, hls_, flv_, ts_);
+  return AnyOf(set, hls_, mp4_, flv_, ts_);
 }
 
 #if !defined(_MSC_VER)

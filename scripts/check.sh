@@ -38,7 +38,7 @@ check_format() { own_sources | xargs -0 clang-format --dry-run -Werror; }
 # What is compiled for the library and the host: nothing of the tests, and nothing of another system.
 tidy_sources() {
   sed -n 's/^ *"file": "\(.*\)",\?$/\1/p' build/dev/compile_commands.json | sort -u |
-    grep -E "^$ROOT/(public|common|ts|hls|flv|mp4|host)/"
+    grep -E "^$ROOT/(public|common|ts|hls|flv|mp4|isobmff|host)/"
 }
 
 check_tidy() {

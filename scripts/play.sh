@@ -16,9 +16,12 @@ source "$ROOT/scripts/lib/sample.sh"
 
 usage() {
   cat <<'USAGE'
-scripts/play.sh                          makes a sample, serves it and plays it
-scripts/play.sh --sample ts [options]    the same, with options of the player
-scripts/play.sh ADDRESS [options]        plays an http, https or file:// address
+scripts/play.sh                           makes a sample, serves it and plays it
+scripts/play.sh --sample KIND [options]   the same, of a kind, with options of the player
+scripts/play.sh ADDRESS [options]         plays an http, https or file:// address
+
+The kinds of samples are hls (HTTP Live Streaming in several segments, which is what comes without
+an argument), ts (one MPEG transport stream) and flv.
 
 scripts/play.sh ADDRESS --help tells the options.
 USAGE
@@ -43,36 +46,62 @@ remove_sample() {
   rm -rf "$SAMPLE_DIR"
 }
 
-play_ts_sample() {
+# make_sample KIND DIR - sets SAMPLE_FILE, the name of what is to be played.
+make_sample() {
+  case $1 in
+    hls)
+      note "making a sample: 12 seconds of H.264 and AAC as HTTP Live Streaming"
+      SAMPLE_FILE=sample.m3u8
+      make_hls_sample "$2"
+      ;;
+    ts)
+      note "making a sample: 12 seconds of H.264 and AAC in MPEG-TS"
+      SAMPLE_FILE=sample.ts
+      make_ts_sample "$2/$SAMPLE_FILE"
+      ;;
+    flv)
+      note "making a sample: 12 seconds of H.264 and AAC in FLV"
+      SAMPLE_FILE=sample.flv
+      make_flv_sample "$2/$SAMPLE_FILE"
+      ;;
+  esac
+}
+
+# play_sample KIND [options]
+play_sample() {
+  local kind=$1
+  shift
   SAMPLE_DIR=$(mktemp -d)
   trap remove_sample EXIT
   mkdir "$SAMPLE_DIR/www"
-  note "making a sample: 12 seconds of H.264 and AAC in MPEG-TS"
-  make_ts_sample "$SAMPLE_DIR/www/sample.ts" || die "ffmpeg could not make the sample"
+  make_sample "$kind" "$SAMPLE_DIR/www" || die "ffmpeg could not make the sample"
   start_nginx "$SAMPLE_DIR"
   note "nginx serves it on port $NGINX_PORT"
   # A proxy has no way to this machine's loopback.
   unset http_proxy https_proxy all_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY
-  play "http://127.0.0.1:$NGINX_PORT/sample.ts" "$@"
+  play "http://127.0.0.1:$NGINX_PORT/$SAMPLE_FILE" "$@"
 }
 
 main() {
   local sample=""
   case ${1-} in
     -h | --help) usage && return ;;
-    "") sample=ts ;;
+    "") sample=hls ;;
     --sample) sample=${2:-none} && shift "$(($# < 2 ? $# : 2))" ;;
   esac
-  [[ -z $sample || $sample == ts ]] || die "no such sample: $sample (there is: ts)"
-  if [[ -n $sample ]]; then
-    ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}"
-    build_host
-    play_ts_sample "$@"
-  else
-    ensure_packages "${BUILD_PACKAGES[@]}"
-    build_host
-    play "$@"
-  fi
+  case $sample in
+    hls | ts | flv)
+      ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}"
+      build_host
+      play_sample "$sample" "$@"
+      ;;
+    "")
+      ensure_packages "${BUILD_PACKAGES[@]}"
+      build_host
+      play "$@"
+      ;;
+    *) die "no such sample: $sample (there are: hls, ts, flv)" ;;
+  esac
 }
 
 main "$@"

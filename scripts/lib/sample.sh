@@ -1,14 +1,27 @@
 # shellcheck shell=bash
 # A sample made by ffmpeg and a web server that serves it on the loopback. Needs log.sh.
 
-# make_ts_sample FILE - about twelve seconds of H.264 with B-frames and AAC in MPEG-TS.
-make_ts_sample() {
+# make_stream OPTION... FILE - twelve seconds of H.264 with B-frames and AAC, in the form that the
+# options ask for.
+make_stream() {
   local seconds=12
   ffmpeg -nostdin -v error -y \
     -f lavfi -i "testsrc2=size=640x360:rate=25:duration=$seconds" \
     -f lavfi -i "sine=frequency=440:sample_rate=44100:duration=$seconds" \
     -c:v libx264 -preset veryfast -bf 2 -g 50 -pix_fmt yuv420p -c:a aac -b:a 128k \
-    -f mpegts "$1" </dev/null
+    "$@" </dev/null
+}
+
+# make_ts_sample FILE
+make_ts_sample() { make_stream -f mpegts "$1"; }
+
+# make_flv_sample FILE
+make_flv_sample() { make_stream -f flv "$1"; }
+
+# make_hls_sample DIR - DIR/sample.m3u8 and six segments.
+make_hls_sample() {
+  make_stream -f hls -hls_time 2 -hls_playlist_type vod \
+    -hls_segment_filename "$1/segment%d.ts" "$1/sample.m3u8"
 }
 
 # write_nginx_config DIR PORT - everything that nginx reads or writes lies in DIR. It sends a sample

@@ -1,4 +1,4 @@
-// What came out of the demultiplexer, as values and as text.
+// What came out of a demultiplexer, as values and as text.
 #ifndef TESTS_GOLDEN_FRAME_DUMP_H_
 #define TESTS_GOLDEN_FRAME_DUMP_H_
 

@@ -42,6 +42,20 @@ MediaSample TwoAudioTracks() {
       Pid(0), Pid(1)};
 }
 
+void Make(const std::string& arguments, const char* format, const std::filesystem::path& file) {
+  RunTool("ffmpeg -v error -y" + arguments + " -threads 1 -flags +bitexact -fflags +bitexact -f " +
+              format + " -",
+          file);
+}
+
+FlvSample WithAac(int rate, int channels) {
+  const std::string hertz = std::to_string(rate);
+  return {"H264AndAacAt" + hertz + (channels == 1 ? "Mono" : "Stereo"),
+          Picture("testsrc2") + Tone(440) + kOneOfEach + kH264 + " -c:a aac -b:a 32k -ar " + hertz +
+              " -ac " + std::to_string(channels),
+          true, "adts"};
+}
+
 }  // namespace
 
 void PrintTo(const MediaSample& sample, std::ostream* out) { *out << sample.name; }
@@ -59,7 +73,28 @@ std::vector<MediaSample> MediaSamples() {
 MediaSample TwoProgramsSample() { return TwoPrograms(); }
 
 void MakeSample(const MediaSample& sample, const std::filesystem::path& file) {
-  RunTool("ffmpeg -v error -y" + sample.arguments +
-              " -threads 1 -flags +bitexact -fflags +bitexact -f mpegts -",
-          file);
+  Make(sample.arguments, "mpegts", file);
+}
+
+void PrintTo(const FlvSample& sample, std::ostream* out) { *out << sample.name; }
+
+std::vector<FlvSample> FlvSamples() {
+  const std::string both = Picture("testsrc2") + Tone(440) + kOneOfEach + kH264;
+  std::vector<FlvSample> samples = {
+      {"H264AndMp3", both + " -c:a libmp3lame -b:a 96k -ar 44100", true, "mp3"},
+      {"SeveralSlicesAPicture", both + " -x264-params slices=4" + kAac, true, "adts"},
+      {"VideoOnly", Picture("testsrc2") + kH264, true, ""},
+      {"AudioOnly", Tone(440) + kAac, false, "adts"},
+      // Half of it lies behind what 24 bits of milliseconds hold.
+      {"TimestampsPastTwentyFourBits", both + kAac + " -output_ts_offset 16775", true, "adts"},
+  };
+  for (const int rate : {8000, 22050, 44100, 48000}) {
+    samples.push_back(WithAac(rate, 1));
+    samples.push_back(WithAac(rate, 2));
+  }
+  return samples;
+}
+
+void MakeSample(const FlvSample& sample, const std::filesystem::path& file) {
+  Make(sample.arguments, "flv", file);
 }

@@ -1,4 +1,4 @@
-// The transport streams of the golden tests: made by ffmpeg at test time from fixed parameters.
+// The streams of the golden tests: made by ffmpeg at test time from fixed parameters.
 #ifndef TESTS_GOLDEN_MEDIA_SAMPLES_H_
 #define TESTS_GOLDEN_MEDIA_SAMPLES_H_
 
@@ -26,5 +26,19 @@ MediaSample TwoProgramsSample();
 
 // Makes the sample's file. Throws std::runtime_error if ffmpeg fails.
 void MakeSample(const MediaSample& sample, const std::filesystem::path& file);
+
+// An FLV file: H.264, AAC at some rate, or MP3.
+struct FlvSample {
+  std::string name;
+  std::string arguments;
+  bool has_video;
+  std::string audio_format;  // as ffmpeg calls a file of just this audio; empty for none
+};
+
+void PrintTo(const FlvSample& sample, std::ostream* out);
+
+std::vector<FlvSample> FlvSamples();
+
+void MakeSample(const FlvSample& sample, const std::filesystem::path& file);
 
 #endif  // TESTS_GOLDEN_MEDIA_SAMPLES_H_

@@ -1,18 +1,18 @@
-// What ffprobe and ffmpeg read from a transport stream: the reader that the demultiplexer is held
-// against.
+// What ffprobe and ffmpeg read from a file: the reader that the demultiplexers are held against.
 #ifndef TESTS_GOLDEN_REFERENCE_READER_H_
 #define TESTS_GOLDEN_REFERENCE_READER_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <string>
 #include <vector>
 
 #include "tests/golden/media_tools.h"
 
-// One PES packet.
+// One PES packet, or one tag.
 struct ReferencePacket {
-  std::uint64_t pts;  // 90 kHz
+  std::uint64_t pts;  // in the file's own units: 90 kHz, or milliseconds
   std::uint64_t dts;  // equal to pts where the packet carries none
   std::size_t size;   // of its payload
 };
@@ -22,8 +22,19 @@ struct ReferenceStream {
   std::vector<std::uint8_t> bytes;  // the whole elementary stream
 };
 
-// Reads the elementary stream with this PID; its scratch files go to `scratch`. Throws
-// std::runtime_error if the tools fail.
+// The packets of a stream, which is told as ffmpeg's command line does ("v:0"). Scratch files go to
+// `scratch`. Throws std::runtime_error if the tools fail; so do the functions below.
+std::vector<ReferencePacket> ReadPackets(const std::filesystem::path& file,
+                                         const std::string& stream,
+                                         const ScratchDirectory& scratch);
+
+// The bytes of a stream as ffmpeg copies them into a file of this format ("data" for the packets
+// as they are).
+std::vector<std::uint8_t> ReadElementaryStream(const std::filesystem::path& file,
+                                               const std::string& stream, const std::string& format,
+                                               const ScratchDirectory& scratch);
+
+// Both, of the stream of a transport stream with this PID.
 ReferenceStream ReadReference(const std::filesystem::path& file, std::uint16_t pid,
                               const ScratchDirectory& scratch);
 

@@ -35,18 +35,6 @@ class TsPipelineTest : public TsPlay {
   }
 };
 
-// Frames as a dump tells them, without anything that depends on when they came.
-std::vector<std::string> Dump(const RecordingPlayer::Record& record) {
-  std::vector<std::string> lines;
-  for (const auto* frames : {&record.video, &record.audio}) {
-    for (const RecordedFrame& frame : *frames) {
-      lines.push_back(std::to_string(frame.pts) + " " + std::to_string(frame.dts) + " " +
-                      std::string(frame.payload.begin(), frame.payload.end()));
-    }
-  }
-  return lines;
-}
-
 TEST_F(TsPipelineTest, EveryFrameButTheLastOfEachKindReachesThePlayer) {
   server_.Serve(MakeStream(50));
   ASSERT_TRUE(downloader_.BeginDownload(server_.Url("/plain/a.ts")));

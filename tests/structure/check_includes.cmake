@@ -3,6 +3,7 @@
 #   cmake -DSOURCE_DIR=... -P check_includes.cmake
 #
 # The order is: public -> the formats (hls, ts, flv, mp4) -> common, and hls -> ts for the demultiplexer.
+# isobmff stands alone: mp4 knows it only as <mp4v2/mp4v2.h>.
 # stream_player.h is the contract with the host and includes nothing; the one place below the facade
 # that knows it is common/player_port.
 cmake_minimum_required(VERSION 3.25)
@@ -13,12 +14,13 @@ set(allowed_hls hls ts common)
 set(allowed_ts ts common)
 set(allowed_flv flv common)
 set(allowed_mp4 mp4 common mp4v2)
+set(allowed_isobmff isobmff)
 set(allowed_common common)
 set(exceptions "common/player_port.cc>public/stream_player.h")
 
 set(failures "")
 set(checked 0)
-foreach(folder public common ${formats})
+foreach(folder public common isobmff ${formats})
   file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
     ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc)
   foreach(source ${sources})

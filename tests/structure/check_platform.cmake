@@ -5,7 +5,7 @@ cmake_minimum_required(VERSION 3.25)
 
 set(checked 0)
 set(failures "")
-foreach(folder public common hls ts flv mp4 host tests bench fuzz)
+foreach(folder public common hls ts flv mp4 isobmff host tests bench fuzz)
   file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
     ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc)
   foreach(source ${sources})

@@ -1,49 +1,26 @@
-// An HTTP server inside the test's process, on a port of the system's choice, that serves one body
-// in the ways a test asks for and remembers what it was asked.
+// An HTTP server inside the test's process that serves one body in the ways a test asks for.
 #ifndef TESTS_SUPPORT_TEST_SERVER_H_
 #define TESTS_SUPPORT_TEST_SERVER_H_
 
-#include <httplib.h>
-
 #include <algorithm>
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
 
-class TestServer {
- public:
-  struct Request {
-    std::string path;
-    std::string range;
-    std::string user_agent;
-    bool has_user_agent;
-  };
+#include "tests/support/local_server.h"
 
-  TestServer() : TestServer(Cold()) {
-    static const bool warm = WarmUp();
-    if (!warm) throw std::runtime_error("the test server does not answer");
+class TestServer final : public LocalServer {
+ public:
+  TestServer() : LocalServer(WarmUp) {
+    SetUpReplies();
     Open();
   }
 
-  ~TestServer() {
-    {
-      const std::lock_guard lock(mutex_);
-      ending_ = true;
-    }
-    changed_.notify_all();
-    server_.stop();
-    thread_.join();
-  }
-
-  TestServer(const TestServer&) = delete;
-  TestServer& operator=(const TestServer&) = delete;
+  ~TestServer() { Close(); }
 
   // Set it before the first request.
   void Serve(const std::vector<std::uint8_t>& body) { body_.assign(body.begin(), body.end()); }
@@ -51,11 +28,10 @@ class TestServer {
 
   // An address with this path, for example "/plain/a.ts", "/pieces/17/a.ts", "/cut/a.ts" (the first
   // half, then the connection ends), "/stall/a.ts" (the first half, then nothing), "/silent/a.ts"
-  // (not even an answer) or "/endless/a.ts" (the body over and over). Anything else is answered
-  // with an error page that is no HTML.
-  std::string Url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(port_) + path;
-  }
+  // (not even an answer), "/endless/a.ts" (the body over and over), "/paced/17/a.ts" (pieces with
+  // pauses between them) or "/live/100/a.flv" (the first 100 bytes, then the rest over and over, a
+  // little at a time). Anything else is answered with an error page that is no HTML.
+  using LocalServer::Url;
 
   // Lets the second half of gated replies go.
   void Release() {
@@ -66,28 +42,18 @@ class TestServer {
     changed_.notify_all();
   }
 
-  std::vector<Request> Requests() const {
-    const std::lock_guard lock(mutex_);
-    return requests_;
-  }
-
-  std::size_t CountRequests(const std::string& path) const {
-    const std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(
-        std::count_if(requests_.begin(), requests_.end(),
-                      [&path](const Request& request) { return request.path == path; }));
-  }
-
-  bool WaitForRequests(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(20),
-                             [&] { return requests_.size() >= count; });
-  }
-
  private:
-  struct Cold {};  // a server that is not open yet
+  explicit TestServer(Cold cold) : LocalServer(cold) { SetUpReplies(); }
 
-  explicit TestServer(Cold /*unused*/) {
+  static bool WarmUp() {
+    TestServer server{Cold()};
+    server.Serve(std::string("warm"));
+    server.Open();
+    server.Release();
+    return server.Answers({"/plain/a", "/pieces/1/a", "/paced/1/a", "/gated/a", "/nowhere"});
+  }
+
+  void SetUpReplies() {
     server_.Get("/plain.*", [this](const auto& request, auto& response) {
       Remember(request);
       response.set_content(body_, "video/mp2t");  // ranges are honoured by the server itself
@@ -116,63 +82,22 @@ class TestServer {
       Remember(request);
       SendEndlessly(response);
     });
+    server_.Get("/paced/(\\d+)/.*", [this](const auto& request, auto& response) {
+      Remember(request);
+      SendWithPauses(response, std::stoul(request.matches[1]));
+    });
+    server_.Get("/live/(\\d+)/.*", [this](const auto& request, auto& response) {
+      Remember(request);
+      SendLive(response, std::stoul(request.matches[1]));
+    });
     server_.set_error_handler(
         [](const auto&, auto& response) { response.set_content("no such page", "text/plain"); });
-    server_.set_keep_alive_max_count(1);
-  }
-
-  void Open() {
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
-  }
-
-  // The library of the server makes its tables at their first use, which the thread sanitizer,
-  // since the library is not built with it, cannot tell from a race. So each kind of reply is made
-  // once by a server whose threads have ended before those of the first real one begin.
-  static bool WarmUp() {
-    TestServer server{Cold()};
-    server.Serve(std::string("warm"));
-    server.Open();
-    server.Release();
-    httplib::Client client("127.0.0.1", server.port_);
-    bool answered = true;
-    for (const char* path : {"/plain/a", "/pieces/1/a", "/gated/a", "/nowhere"}) {
-      answered = client.Get(path) && answered;
-      answered = client.Get(path, {{"Range", "bytes=0-"}}) && answered;
-    }
-    return answered;
-  }
-
-  void Remember(const httplib::Request& request) {
-    {
-      const std::lock_guard lock(mutex_);
-      requests_.push_back({request.path, request.get_header_value("Range"),
-                           request.get_header_value("User-Agent"),
-                           request.has_header("User-Agent")});
-    }
-    changed_.notify_all();
-  }
-
-  // Returns false, which ends the reply, when the test is over.
-  bool WaitForEnd() {
-    std::unique_lock lock(mutex_);
-    changed_.wait(lock, [this] { return ending_; });
-    return false;
   }
 
   bool SendRestOnceReleased(httplib::DataSink& sink) {
-    {
-      std::unique_lock lock(mutex_);
-      changed_.wait(lock, [this] { return released_ || ending_; });
-    }
+    WaitFor([this] { return released_; });
     const std::size_t half = body_.size() / 2;
     return sink.write(body_.data() + half, body_.size() - half);
-  }
-
-  bool IsEnding() const {
-    const std::lock_guard lock(mutex_);
-    return ending_;
   }
 
   // Chunked, without a length, in writes of `size` bytes.
@@ -185,6 +110,34 @@ class TestServer {
       return true;
     });
   }
+
+  // The same with some forty pauses in all.
+  void SendWithPauses(httplib::Response& response, std::size_t size) {
+    const std::size_t between = std::max(size, body_.size() / 40 / size * size);
+    response.set_chunked_content_provider("video/mp2t", [this, size, between](auto, auto& sink) {
+      for (std::size_t at = 0; at < body_.size(); at += size) {
+        if (at != 0 && at % between == 0) Pause();
+        if (!sink.write(body_.data() + at, std::min(size, body_.size() - at))) return false;
+      }
+      sink.done();
+      return true;
+    });
+  }
+
+  void SendLive(httplib::Response& response, std::size_t head) {
+    response.set_chunked_content_provider(
+        "video/mp2t", [this, head, at = std::size_t{0}](auto, auto& sink) mutable {
+          const std::size_t size = std::min(at == 0 ? head : kLivePiece, body_.size() - at);
+          if (IsEnding() || !sink.write(body_.data() + at, size)) return false;
+          at += size;
+          if (at == body_.size()) at = head;
+          Pause();
+          return true;
+        });
+  }
+
+  // Long enough that what was written before is read alone.
+  static void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
   template <typename Then>
   void SendHalf(httplib::Response& response, Then then) {
@@ -201,15 +154,10 @@ class TestServer {
     });
   }
 
-  httplib::Server server_;
+  static constexpr std::size_t kLivePiece = 1000;
+
   std::string body_;
-  int port_ = 0;
-  std::thread thread_;
-  mutable std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<Request> requests_;
-  bool released_ = false;
-  bool ending_ = false;
+  bool released_ = false;  // guarded by mutex_
 };
 
 #endif  // TESTS_SUPPORT_TEST_SERVER_H_

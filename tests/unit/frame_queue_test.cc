@@ -116,6 +116,32 @@ TEST(GlobalFrameQueuesTest, ResetReleasesWhatWasQueuedAndBeginsAGeneration) {
   EXPECT_EQ(g_audioQueue->totalBytes, 0U);
 }
 
+TEST(GlobalFrameQueuesTest, ReleaseTakesQueuesAndFramesAwayAndBeginsAGeneration) {
+  ResetFrameQueues();
+  const std::uint64_t generation = FrameQueueGeneration();
+  {
+    const std::lock_guard lock(g_frameQueueMutex);
+    ASSERT_EQ(PushFrame(MakeFrame(5), g_videoQueue), 0);
+    ASSERT_EQ(PushFrame(MakeFrame(5), g_audioQueue), 0);
+  }
+  ReleaseFrameQueues();
+  EXPECT_EQ(FrameQueueGeneration(), generation + 1);
+  EXPECT_EQ(PopVideoFrame(), nullptr);
+  EXPECT_EQ(PopAudioFrame(), nullptr);
+  const std::lock_guard lock(g_frameQueueMutex);
+  EXPECT_EQ(g_videoQueue, nullptr);
+  EXPECT_EQ(g_audioQueue, nullptr);
+}
+
+TEST(GlobalFrameQueuesTest, ReleaseOfQueuesThatAreNotThereIsHarmless) {
+  ReleaseFrameQueues();
+  ReleaseFrameQueues();
+  ResetFrameQueues();
+  const std::lock_guard lock(g_frameQueueMutex);
+  EXPECT_NE(g_videoQueue, nullptr);
+  EXPECT_EQ(g_videoQueue->pushed, 0U);
+}
+
 TEST(GlobalFrameQueuesTest, EnsureQueueMakesAMissingQueueOnce) {
   const std::lock_guard lock(g_frameQueueMutex);
   FrameQueue* made = EnsureQueue(g_videoQueue);

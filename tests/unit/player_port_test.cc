@@ -54,11 +54,28 @@ TEST(PlayerPortTest, AudioClockDropsTheFractionOfASecond) {
   EXPECT_EQ(player.Snapshot().clocks, (std::vector<float>{0.0F, 1.0F}));
 }
 
+TEST(PlayerPortTest, LinesAndTimesGoToTheCallsOfTheirKind) {
+  RecordingPlayer player;
+  const PlayerPort port(&player);
+  port.Message("PLAY M3U8 OK:");
+  port.PlayResult("PLAY:M3U8 OK:");
+  port.Duration(30);
+  port.BufferedTime(10);
+  const auto record = player.Snapshot();
+  EXPECT_EQ(record.messages, std::vector<std::string>{"PLAY M3U8 OK:"});
+  EXPECT_EQ(record.results, std::vector<std::string>{"PLAY:M3U8 OK:"});
+  EXPECT_EQ(record.durations, std::vector<float>{30.0F});
+  EXPECT_EQ(record.buffered_times, std::vector<float>{10.0F});
+  EXPECT_TRUE(static_cast<bool>(port));
+}
+
 TEST(PlayerPortTest, WithoutAPlayerNothingIsCalled) {
   const PlayerPort nobody(nullptr);
   std::uint8_t payload[] = {1, 2, 3};
   nobody.Message("PLAY TS:");
+  nobody.PlayResult("PLAY:M3U8 OK:");
   nobody.Duration(1);
+  nobody.BufferedTime(1);
   nobody.VideoFrame(ThreeByteFrame(payload));
   nobody.AudioFrame(ThreeByteFrame(payload));
   EXPECT_FALSE(static_cast<bool>(nobody));

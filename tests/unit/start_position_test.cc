@@ -22,6 +22,11 @@ TEST(StartPositionTest, ElapsedTicksAreDividedByAThousand) {
   EXPECT_EQ(StartPositionLine("MP4", 1.0F, 250), "PLAY MP4 StartPostion:00:00:01.000 Q:0.250000s");
 }
 
+TEST(StartPositionTest, LineWithoutATimeEndsBehindThePosition) {
+  EXPECT_EQ(StartPositionLine("M3U8", 3725.5F), "PLAY M3U8 StartPostion:01:02:05.500");
+  EXPECT_EQ(StartPositionLine("M3U8", 216'000.0F), "PLAY M3U8 StartPostion:00:00:00.000");
+}
+
 TEST(StartPositionTest, PositionsThatDoNotFitIn32BitsGiveTheSmallestNumber) {
   constexpr int kMin = std::numeric_limits<int>::min();
   EXPECT_EQ(PositionMilliseconds(3'000'000.0F), kMin);

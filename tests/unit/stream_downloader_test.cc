@@ -4,7 +4,10 @@
 
 #include <array>
 #include <cstring>
+#include <string>
+#include <vector>
 
+#include "hls/hls_state.h"
 #include "tests/support/recording_player.h"
 
 namespace {
@@ -31,9 +34,7 @@ TEST_F(StreamDownloaderTest, EmptyAddressIsRefusedInSilence) {
 }
 
 TEST_F(StreamDownloaderTest, LineBreakBehindAnFlvAddressIsCleanedButToldAsReceived) {
-  EXPECT_TRUE(downloader_.BeginDownload("http://127.0.0.1/a.flv\r\n"));
-  EXPECT_EQ(player_.Snapshot().messages,
-            std::vector<std::string>{"PLAY FLV:http://127.0.0.1/a.flv\r\n"});
+  EXPECT_EQ(FirstLine("file:///no/such.flv\r\n"), "PLAY FLV:file:///no/such.flv\r\n");
 }
 
 TEST_F(StreamDownloaderTest, LineBreakIsCutBeforeTheFormatIsChosen) {
@@ -108,9 +109,58 @@ TEST_F(StreamDownloaderTest, PipelineOnceMadeTakesPositionsAlsoWhileStopped) {
             "PLAY TS StartPostion:01:02:05.500 Q:");
 }
 
+TEST_F(StreamDownloaderTest, EveryPipelineThatThereIsTakesAPositionInTheSameOrder) {
+  for (const char* url : {"file:///no/such.ts", "file:///no/such.flv", "file:///no/such.m3u8"}) {
+    FirstLine(url);
+  }
+  player_.Forget();
+  EXPECT_TRUE(downloader_.SetStartPostion(1));
+  const auto messages = player_.Snapshot().messages;
+  ASSERT_EQ(messages.size(), 3U);
+  EXPECT_EQ(messages[0], "PLAY M3U8 StartPostion:00:00:01.000");
+  EXPECT_TRUE(messages[1].starts_with("PLAY FLV StartPostion:00:00:01.000 Q:"));
+  EXPECT_TRUE(messages[2].starts_with("PLAY TS StartPostion:00:00:01.000 Q:"));
+}
+
+TEST_F(StreamDownloaderTest, EveryPipelineThatRunsIsStoppedInTheSameOrder) {
+  for (const char* url : {"file:///no/such.ts", "file:///no/such.flv", "file:///no/such.m3u8"}) {
+    downloader_.BeginDownload(url);
+  }
+  testing::internal::CaptureStdout();
+  EXPECT_TRUE(downloader_.EndDownload());
+  const std::string console = testing::internal::GetCapturedStdout();
+  const std::size_t hls = console.find("m3u8 EndDownload...\n");
+  const std::size_t flv = console.find("flv EndDownload...\n");
+  const std::size_t ts = console.find("\nts EndDownload...\n");
+  EXPECT_LT(hls, flv);
+  EXPECT_LT(flv, ts);
+  EXPECT_NE(ts, std::string::npos);
+  EXPECT_FALSE(downloader_.EndDownload());
+}
+
+TEST_F(StreamDownloaderTest, OneThatRunsIsEnoughForAStopToSayYes) {
+  FirstLine("file:///no/such.ts");
+  downloader_.BeginDownload("file:///no/such.m3u8");
+  EXPECT_TRUE(downloader_.EndDownload());
+  downloader_.BeginDownload("file:///no/such.ts");
+  EXPECT_TRUE(downloader_.EndDownload());
+}
+
+TEST_F(StreamDownloaderTest, DestroyedFacadeTakesItsHlsPipelineWithIt) {
+  {
+    CStreamDownloader inner(&player_);
+    inner.BeginDownload("file:///no/such.m3u8");
+    EXPECT_TRUE(ActiveM3u8Runs());
+  }
+  EXPECT_FALSE(ActiveM3u8Runs());
+  EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
+}
+
 TEST_F(StreamDownloaderTest, WithoutAPlayerEverythingIsSilent) {
   CStreamDownloader silent(nullptr);
   EXPECT_FALSE(silent.BeginDownload("rtmp://host/a"));
+  EXPECT_TRUE(silent.BeginDownload("file:///no/such.m3u8"));
+  EXPECT_TRUE(silent.EndDownload());
   EXPECT_TRUE(silent.BeginDownload("file:///no/such.ts"));
   EXPECT_TRUE(silent.EndDownload());
 }

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <new>
 #include <string>
 #include <thread>
 
@@ -158,6 +159,13 @@ TEST(TaskGateTest, TaskAdmittedBeforeTheGateClosedDoesNothing) {
   stale();
   fresh();
   EXPECT_EQ(runs, 10);
+}
+
+TEST(TaskGateTest, TaskThatThrowsEndsAloneAndIsTold) {
+  TaskGate gate;
+  testing::internal::CaptureStdout();
+  gate.Admit([] { throw std::bad_alloc(); })();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "a task ended: out of memory\n");
 }
 
 }  // namespace

@@ -2,10 +2,12 @@
 
 import csv
 import dataclasses
+import itertools
 import json
 import os
 import pathlib
 import shlex
+import shutil
 import signal
 import subprocess
 import zlib
@@ -49,20 +51,27 @@ class HostRun:
     def elementary_stream(self, kind):
         return (self.dump / f"{kind}.es").read_bytes()
 
+    def values(self, event_name):
+        return [event.value for event in self.events if event.name == event_name]
+
     def messages(self):
-        return [event.value for event in self.events if event.name == "message"]
+        return self.values("message")
+
+    def payloads(self, kind):
+        """What each frame carried; a row behind the end of the dumped bytes has less or nothing."""
+        stream = self.elementary_stream(kind)
+        ends = list(itertools.accumulate(frame.size for frame in self.frames_of(kind)))
+        return [stream[begin:end] for begin, end in zip([0, *ends], ends)]
 
     def payloads_that_differ_from_their_crc(self):
         """Places of the frames whose bytes in the dump are not those that frames.csv tells of."""
         wrong = []
         for kind in ("video", "audio"):
-            stream = self.elementary_stream(kind)
-            begin = 0
+            payloads = self.payloads(kind)
             for place, frame in enumerate(self.frames_of(kind)):
-                if zlib.crc32(stream[begin : begin + frame.size]) != frame.crc32:
+                if zlib.crc32(payloads[place]) != frame.crc32:
                     wrong.append((kind, place))
-                begin += frame.size
-            if begin != len(stream):
+            if sum(map(len, payloads)) != len(self.elementary_stream(kind)):
                 wrong.append((kind, "rest"))
         return wrong
 
@@ -90,16 +99,32 @@ def _environment():
     return {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
 
 
-def _command(address, dump, options):
-    host = shlex.split(os.environ["STREAM_HOST"])
+def _host():
+    """The command that starts the host: an emulator may come first."""
+    return shlex.split(os.environ["STREAM_HOST"])
+
+
+def copy_host(directory):
+    """The command that starts a copy of the host in a new directory: its temporary files lie beside
+    the executable, and those of other runs do not."""
+    *emulator, executable = _host()
+    executable = pathlib.Path(executable)
+    directory.mkdir()
+    for file in [executable, *executable.parent.glob("*.dll")]:
+        shutil.copy2(file, directory)
+    return [*emulator, str(directory / executable.name)]
+
+
+def _command(host, address, dump, options):
     return [*host, address, "--dump", str(dump), "--json", *options]
 
 
-def run_host(address, directory, *options, prefix=(), idle_exit=2):
+def run_host(address, directory, *options, host=None, prefix=(), idle_exit=2):
     """Plays to the end of the stream; the dump goes to a new directory in `directory`."""
     dump = pathlib.Path(directory) / "dump"
     dump.mkdir()
-    command = [*prefix, *_command(address, dump, ["--idle-exit", str(idle_exit), *options])]
+    options = ["--idle-exit", str(idle_exit), *options]
+    command = [*prefix, *_command(host or _host(), address, dump, options)]
     ended = subprocess.run(
         command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
         env=_environment(), timeout=_LIMIT_SECONDS, text=True, errors="surrogateescape")
@@ -110,7 +135,7 @@ def run_host_until_interrupted(address, directory, is_time):
     """Plays until is_time(dump directory) is true, then does what Ctrl-C does."""
     dump = pathlib.Path(directory) / "dump"
     dump.mkdir()
-    command = _command(address, dump, ["--idle-exit", "60"])
+    command = _command(_host(), address, dump, ["--idle-exit", "60"])
     with (pathlib.Path(directory) / "output").open("w+", errors="surrogateescape") as output:
         host = subprocess.Popen(
             command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,

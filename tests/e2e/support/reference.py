@@ -1,6 +1,7 @@
 """What ffmpeg and ffprobe, as independent readers, find in a sample."""
 
 import dataclasses
+import itertools
 import json
 import subprocess
 
@@ -32,3 +33,10 @@ def pes_packets(path, kind):
         PesPacket(packet["pts"], packet.get("dts", packet["pts"]), int(packet["size"]))
         for packet in json.loads(output)["packets"]
     ]
+
+
+def payloads(path, kind):
+    """What each PES packet of the first stream of a kind carries."""
+    stream = elementary_stream(path, kind)
+    ends = list(itertools.accumulate(packet.size for packet in pes_packets(path, kind)))
+    return [stream[begin:end] for begin, end in zip([0, *ends], ends)]

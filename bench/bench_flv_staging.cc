@@ -1,0 +1,83 @@
+// The way of an FLV stream's bytes from the transfer to the parser: what a byte costs must not
+// depend on how far the parser has fallen behind.
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/bench_report.h"
+#include "flv/flv_download.h"
+#include "flv/flv_stream.h"
+
+namespace {
+
+constexpr std::uint32_t kMegabyte = 1'000'000;
+constexpr std::uint32_t kWhole = 300 * kMegabyte;
+constexpr std::uint32_t kPiece = 16384;  // what libcurl hands to a write callback at most
+
+// Gives back what an earlier round has grown.
+void BeginAfresh() {
+  std::destroy_at(&*g_flvStream);
+  std::construct_at(&*g_flvStream);
+}
+
+// `total` bytes come in pieces; the reader takes as much as came once `backlog` is reached, and
+// then the rest. False when something was refused.
+bool Pass(std::uint32_t total, std::uint32_t backlog) {
+  static const std::vector<char> piece(kPiece, 0x17);
+  static std::vector<std::uint8_t> read(kPiece);
+  const std::uint64_t stream = g_flvStream->Begin();
+  FlvTransfer transfer(stream);
+  FlvStreamSource source(stream);
+  std::uint32_t unread = 0;
+  for (std::uint32_t done = 0; done < total; done += kPiece, unread += kPiece) {
+    if (transfer.Take(piece.data(), kPiece) != kPiece) return false;
+    if (unread < backlog) continue;
+    if (!source.Read(read.data(), kPiece)) return false;
+    unread -= kPiece;
+  }
+  g_flvStream->EndDownload(stream);
+  while (source.Read(read.data(), kPiece)) unread -= kPiece;
+  return unread == 0;
+}
+
+void BenchPass(benchmark::State& state, std::uint32_t total, std::uint32_t backlog) {
+  g_flvRunning = true;
+  while (state.KeepRunning()) {
+    BeginAfresh();
+    if (!Pass(total, backlog)) state.SkipWithError("bytes were refused or lost");
+  }
+  state.SetBytesProcessed(state.iterations() * std::int64_t{total});
+}
+
+void Register(const std::string& name, std::uint32_t total, std::uint32_t backlog) {
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    BenchPass(state, total, backlog);
+  })->Unit(benchmark::kMillisecond);
+}
+
+std::string Number(std::uint32_t megabytes) { return std::to_string(megabytes) + "_MB"; }
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Every array comes fresh from the system and goes back to it: see bench_byte_buffer.
+  constexpr int kMmapThreshold = 65536;
+  mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
+  std::vector<BenchRatio> ratios;
+  for (const std::uint32_t megabytes : {1U, 10U, 100U, 300U}) {
+    const std::string whole = "300_MB_at_a_backlog_of_" + Number(megabytes);
+    const std::string filled = "fill_and_empty_" + Number(megabytes);
+    Register(whole, kWhole, megabytes * kMegabyte);
+    Register(filled, megabytes * kMegabyte, megabytes * kMegabyte);
+    if (megabytes == 10) continue;
+    const std::string title = "cost of a byte, " + Number(megabytes) + " to 10_MB, ";
+    ratios.push_back({title + "300_MB_at_a_backlog", "300_MB_at_a_backlog_of_10_MB", whole});
+    ratios.push_back({title + "fill_and_empty", "fill_and_empty_10_MB", filled});
+  }
+  benchmark::AddCustomContext("input", "pieces of 16384 bytes taken, and read as large");
+  return RunBenchmarks(argc, argv, ratios);
+}

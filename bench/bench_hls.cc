@@ -1,0 +1,253 @@
+// HLS: a live playlist queued again and again, which must cost a segment no more the longer the
+// list is; and a stream on demand, downloaded and demultiplexed, beside libcurl alone fetching the
+// same bytes from the same server.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "bench/bench_report.h"
+#include "bench/ts_sample.h"
+#include "common/frame_queue.h"
+#include "hls/hls_state.h"
+#include "hls/m3u8_downloader.h"
+#include "hls/segment_queue.h"
+#include "hls/segment_states.h"
+#include "tests/support/hls_server.h"
+#include "ts/ts_demux.h"
+#include "ts/ts_packet.h"
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr char kPipeline[] = "hls_30_segments_200_MB";
+constexpr char kLibcurl[] = "libcurl_30_segments_200_MB";
+
+// What the component tells the console goes nowhere meanwhile.
+class QuietConsole {
+ public:
+  QuietConsole() {
+    std::fflush(stdout);
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    dup2(nowhere, STDOUT_FILENO);
+    close(nowhere);
+  }
+  ~QuietConsole() {
+    std::fflush(stdout);
+    dup2(console_, STDOUT_FILENO);
+    close(console_);
+  }
+  QuietConsole(const QuietConsole&) = delete;
+  QuietConsole& operator=(const QuietConsole&) = delete;
+
+ private:
+  const int console_ = dup(STDOUT_FILENO);
+};
+
+// --- A live playlist ---
+
+constexpr int kRefreshes = 8;
+
+std::string LiveName(int count) { return "live_" + std::to_string(count) + "_segments"; }
+
+std::string LiveList(int first, int count) {
+  std::string text = "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:10\n";
+  text += "#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
+  for (int i = first; i < first + count; ++i) {
+    text.append("#EXTINF:9.976633,\nsegment-").append(std::to_string(i)).append(".ts\n");
+  }
+  return text;
+}
+
+// The list as it comes at each refresh, a tenth of it new every time.
+std::vector<std::string> LiveLists(int count) {
+  std::vector<std::string> lists;
+  for (int i = 0; i < kRefreshes; ++i) lists.push_back(LiveList(i * (count / 10), count));
+  return lists;
+}
+
+// What the playlist thread and the segment thread do with the lists, without the downloads. Returns
+// how many segments there were to be downloaded.
+std::size_t QueueLists(const std::vector<std::string>& lists) {
+  HlsPipeline pipeline;
+  pipeline.running = true;
+  SegmentHistory history;
+  std::size_t downloads = 0;
+  for (const std::string& list : lists) {
+    {
+      const std::lock_guard lock(g_playlistMutex);
+      *g_playlistText = list;
+    }
+    QueueSegmentsFromPlaylist(pipeline, "http://host/a/b/list.m3u8");
+    for (const M3u8Entry& segment : TakeQueuedSegments(pipeline, history)) {
+      SetSegmentState(segment.uri, kSegmentDownloaded);
+      ++downloads;
+    }
+  }
+  ClearHlsStream();
+  return downloads;
+}
+
+void BenchLive(benchmark::State& state, int count, const std::vector<std::string>& lists) {
+  const QuietConsole quiet;
+  const auto expected = static_cast<std::size_t>(count + (kRefreshes - 1) * (count / 10));
+  while (state.KeepRunning()) {
+    if (QueueLists(lists) != expected) return state.SkipWithError("not each segment came once");
+  }
+  std::size_t bytes = 0;
+  for (const std::string& list : lists) bytes += list.size();
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(bytes));
+}
+
+void RegisterLive(int count) {
+  const auto run = [count, lists = LiveLists(count)](benchmark::State& state) {
+    BenchLive(state, count, lists);
+  };
+  benchmark::RegisterBenchmark(LiveName(count).c_str(), run)->Unit(benchmark::kMillisecond);
+}
+
+// --- A stream on demand ---
+
+struct Frames {
+  std::uint64_t video = 0;
+  std::uint64_t audio = 0;
+  bool operator==(const Frames&) const = default;
+};
+
+// All that were ever queued.
+Frames Queued() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  Frames frames;
+  if (g_videoQueue != nullptr) frames.video = g_videoQueue->pushed;
+  if (g_audioQueue != nullptr) frames.audio = g_audioQueue->pushed;
+  return frames;
+}
+
+class OnDemandStream {
+ public:
+  // Serves the first 200 MB of the sample in 30 segments.
+  explicit OnDemandStream(const std::vector<std::uint8_t>& sample) {
+    constexpr int kSegments = 30;
+    constexpr std::size_t kPackets = 200'000'000 / kSegments / kTsPacketSize;
+    std::string list = "#EXTM3U\n";
+    for (int i = 0; i < kSegments; ++i) {
+      const std::string path = "/segment" + std::to_string(i) + ".ts";
+      const auto begin = sample.begin() + i * static_cast<std::ptrdiff_t>(kPackets * kTsPacketSize);
+      server_.Put(path, std::string(begin, begin + kPackets * kTsPacketSize));
+      list.append("#EXTINF:10.0,\n").append(path).append("\n");
+      urls_.push_back(server_.Url(path));
+    }
+    server_.Put("/list.m3u8", list + "#EXT-X-ENDLIST\n");
+    bytes_ = kSegments * kPackets * kTsPacketSize;
+    frames_ = Count(sample);
+  }
+
+  std::string ListUrl() const { return server_.Url("/list.m3u8"); }
+  const std::vector<std::string>& SegmentUrls() const { return urls_; }
+  std::size_t Bytes() const { return bytes_; }
+  const Frames& AllFrames() const { return frames_; }
+
+ private:
+  Frames Count(const std::vector<std::uint8_t>& sample) const {
+    ts_demux_forget();
+    ResetFrameQueues();
+    {
+      const TsDemuxLock lock;
+      ts_demux_feed(sample.data(), static_cast<std::int32_t>(bytes_));
+    }
+    const Frames frames = Queued();
+    ReleaseFrameQueues();
+    return frames;
+  }
+
+  HlsServer server_;
+  std::vector<std::string> urls_;
+  std::size_t bytes_ = 0;
+  Frames frames_;
+};
+
+// The time from the start of the pipeline to the last frame in its queue; nothing when that did not
+// come.
+std::optional<double> PlaySeconds(const OnDemandStream& stream) {
+  const QuietConsole quiet;
+  {
+    const TsDemuxLock lock;
+    ts_demux_forget();
+  }
+  CM3u8Downloader downloader(nullptr);
+  const auto begin = SteadyClock::now();
+  const auto limit = begin + std::chrono::seconds(60);
+  downloader.BeginDownload(stream.ListUrl());
+  while (Queued() != stream.AllFrames() && SteadyClock::now() < limit) {
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  }
+  const auto end = SteadyClock::now();
+  downloader.EndDownload();
+  if (end >= limit) return std::nullopt;
+  return std::chrono::duration<double>(end - begin).count();
+}
+
+std::size_t CountBytes(char* /*bytes*/, std::size_t size, std::size_t count, void* total) {
+  *static_cast<std::size_t*>(total) += size * count;
+  return size * count;
+}
+
+// The same requests with nothing done to the bytes.
+std::optional<double> FetchSeconds(const OnDemandStream& stream) {
+  std::size_t total = 0;
+  const auto begin = SteadyClock::now();
+  const CurlHandle handle = MakeCurlHandle();
+  curl_easy_setopt(handle.get(), CURLOPT_WRITEFUNCTION, CountBytes);
+  curl_easy_setopt(handle.get(), CURLOPT_WRITEDATA, &total);
+  curl_easy_setopt(handle.get(), CURLOPT_URL, stream.ListUrl().c_str());
+  bool complete = curl_easy_perform(handle.get()) == CURLE_OK;
+  const std::size_t list_bytes = total;
+  for (const std::string& url : stream.SegmentUrls()) {
+    curl_easy_setopt(handle.get(), CURLOPT_URL, url.c_str());
+    complete = complete && curl_easy_perform(handle.get()) == CURLE_OK;
+  }
+  const auto end = SteadyClock::now();
+  if (!complete || total - list_bytes != stream.Bytes()) return std::nullopt;
+  return std::chrono::duration<double>(end - begin).count();
+}
+
+using Contestant = std::optional<double> (*)(const OnDemandStream& stream);
+
+void RegisterOnDemand(const char* name, const OnDemandStream& stream, Contestant contestant) {
+  const auto run = [&stream, contestant](benchmark::State& state) {
+    while (state.KeepRunning()) {
+      const auto seconds = contestant(stream);
+      if (!seconds) return state.SkipWithError("the stream did not come whole");
+      state.SetIterationTime(*seconds);
+    }
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(stream.Bytes()));
+  };
+  benchmark::RegisterBenchmark(name, run)->UseManualTime()->Unit(benchmark::kMillisecond);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  setenv("no_proxy", "*", 1);  // a proxy has no way to this machine's loopback
+  const auto sample = LoadTsSample();
+  if (!sample) return 1;
+  const OnDemandStream stream(sample->bytes);
+  benchmark::AddCustomContext("input", sample->description);
+  benchmark::AddCustomContext("libcurl", curl_version());
+  for (const int count : {1'000, 10'000, 100'000}) RegisterLive(count);
+  RegisterOnDemand(kPipeline, stream, PlaySeconds);
+  RegisterOnDemand(kLibcurl, stream, FetchSeconds);
+  return RunBenchmarks(argc, argv,
+                       {{"rate, 10,000 segments to 1,000", LiveName(10'000), LiveName(1'000)},
+                        {"rate, 100,000 segments to 10,000", LiveName(100'000), LiveName(10'000)},
+                        {"time of the pipeline to libcurl alone", kLibcurl, kPipeline}});
+}

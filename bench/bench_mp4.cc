@@ -1,0 +1,174 @@
+// Reading a one-hour MP4 file through <mp4v2/mp4v2.h>: opening it, looking up samples near its end,
+// and reading every sample as the pipeline does, beside libavformat on the same file.
+#include <benchmark/benchmark.h>
+#include <mp4v2/mp4v2.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "bench/bench_report.h"
+#include "bench/demux_totals.h"
+#include "bench/libavformat_demux.h"
+#include "bench/looped_sample.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr char kOurs[] = "mp4_read_every_sample";
+constexpr char kTheirs[] = "libavformat_noparse";
+
+// One minute, sixty times.
+constexpr char kEncode[] =
+    "-f lavfi -i testsrc2=size=640x360:rate=30:duration=60"
+    " -f lavfi -i sine=frequency=440:sample_rate=44100:duration=60"
+    " -c:v libx264 -preset veryfast -bf 2 -g 60 -pix_fmt yuv420p -c:a aac -b:a 128k";
+constexpr int kRepeats = 59;
+constexpr char kDescription[] =
+    "MP4 made by ffmpeg: H.264 640x360 30/s with B-frames, AAC 44.1 kHz";
+
+struct Closer {
+  void operator()(MP4FileHandle file) const { MP4Close(file); }
+};
+using Handle = std::unique_ptr<std::remove_pointer_t<MP4FileHandle>, Closer>;
+
+Handle Open(const std::string& path) { return Handle(MP4Read(path.c_str())); }
+
+// What the pipeline asks for a sample. False behind the last one.
+bool ReadOne(MP4FileHandle file, MP4TrackId track, MP4SampleId sample, DemuxTotals& totals) {
+  std::uint8_t* bytes = nullptr;
+  std::uint32_t size = 0;
+  MP4Timestamp start = 0;
+  MP4Duration duration = 0;
+  MP4Duration offset = 0;
+  bool is_sync = false;
+  benchmark::DoNotOptimize(MP4GetTrackTimeScale(file, track));
+  benchmark::DoNotOptimize(MP4GetSampleTime(file, track, sample));
+  benchmark::DoNotOptimize(MP4GetSampleFileOffset(file, track, sample));
+  if (!MP4ReadSample(file, track, sample, &bytes, &size, &start, &duration, &offset, &is_sync))
+    return false;
+  totals.frames += 1;
+  totals.bytes += size;
+  benchmark::DoNotOptimize(bytes[0]);
+  MP4Free(bytes);
+  return true;
+}
+
+// Video and audio in turns, from the given samples on, at most so many turns.
+DemuxTotals ReadInTurns(MP4FileHandle file, std::array<MP4SampleId, 2> next, int turns) {
+  std::array<bool, 2> done{};
+  DemuxTotals totals;
+  for (int turn = 0; turn != turns && !(done[0] && done[1]); ++turn) {
+    for (std::size_t i = 0; i < next.size(); ++i) {
+      done[i] = done[i] || !ReadOne(file, static_cast<MP4TrackId>(i + 1), next[i]++, totals);
+    }
+  }
+  return totals;
+}
+
+DemuxTotals ReadEverySample(const std::string& path) {
+  constexpr int kWithoutEnd = -1;
+  const Handle file = Open(path);
+  return ReadInTurns(file.get(), {1, 1}, kWithoutEnd);
+}
+
+void Report(benchmark::State& state, const DemuxTotals& totals) {
+  const auto runs = static_cast<std::int64_t>(state.iterations());
+  state.SetBytesProcessed(runs * static_cast<std::int64_t>(totals.bytes));
+  state.SetItemsProcessed(runs * static_cast<std::int64_t>(totals.frames));
+}
+
+void BenchEverySample(benchmark::State& state, const std::string& path) {
+  DemuxTotals totals;
+  while (state.KeepRunning()) totals = ReadEverySample(path);
+  Report(state, totals);
+}
+
+void BenchLibavformat(benchmark::State& state, const std::string& path) {
+  DemuxTotals totals;
+  while (state.KeepRunning()) totals = ReadFileWithLibavformat(path).value_or(DemuxTotals());
+  Report(state, totals);
+}
+
+// `other` keeps the file open meanwhile, or is null.
+void BenchOpen(benchmark::State& state, const std::string& path, bool beside_another) {
+  const Handle other = beside_another ? Open(path) : nullptr;
+  while (state.KeepRunning()) benchmark::DoNotOptimize(Open(path));
+}
+
+// A pass of the pipeline near the end of the file: opened anew, the pass before still open.
+void BenchTail(benchmark::State& state, const std::string& path, std::array<MP4SampleId, 2> from,
+               bool beside_another) {
+  constexpr int kTurns = 5;
+  const Handle other = beside_another ? Open(path) : nullptr;
+  if (other != nullptr) ReadInTurns(other.get(), from, kTurns);
+  while (state.KeepRunning()) {
+    const Handle file = Open(path);
+    const DemuxTotals totals = ReadInTurns(file.get(), from, kTurns);
+    if (totals.frames != 2 * kTurns) state.SkipWithError("samples are missing");
+  }
+}
+
+// The samples five before the last of either track.
+std::array<MP4SampleId, 2> FirstOfTail(const std::string& path) {
+  const Handle file = Open(path);
+  std::array<MP4SampleId, 2> from{};
+  for (std::size_t i = 0; i < from.size(); ++i) {
+    const auto track = static_cast<MP4TrackId>(i + 1);
+    while (MP4GetSampleTime(file.get(), track, from[i] + 5) != MP4_INVALID_TIMESTAMP) ++from[i];
+  }
+  return from;
+}
+
+bool SameSamples(const std::string& path, DemuxTotals& totals) {
+  totals = ReadEverySample(path);
+  const DemuxTotals theirs = ReadFileWithLibavformat(path).value_or(DemuxTotals());
+  if (totals.frames != 0 && totals.frames == theirs.frames && totals.bytes == theirs.bytes)
+    return true;
+  std::fprintf(stderr, "not the same samples: %llu (%llu bytes) and %llu (%llu bytes)\n",
+               static_cast<unsigned long long>(totals.frames),
+               static_cast<unsigned long long>(totals.bytes),
+               static_cast<unsigned long long>(theirs.frames),
+               static_cast<unsigned long long>(theirs.bytes));
+  return false;
+}
+
+void Register(const std::string& path) {
+  const auto add = [](const char* name, benchmark::TimeUnit unit, auto function) {
+    benchmark::RegisterBenchmark(name, function)->Unit(unit);
+  };
+  const auto tail = FirstOfTail(path);
+  for (const bool beside : {false, true}) {
+    add(beside ? "mp4_open_beside_another" : "mp4_open", benchmark::kMicrosecond,
+        [=](benchmark::State& state) { BenchOpen(state, path, beside); });
+    add(beside ? "mp4_open_and_read_10_at_the_end_beside_another"
+               : "mp4_open_and_read_10_at_the_end",
+        benchmark::kMicrosecond,
+        [=](benchmark::State& state) { BenchTail(state, path, tail, beside); });
+  }
+  add(kOurs, benchmark::kMillisecond,
+      [=](benchmark::State& state) { BenchEverySample(state, path); });
+  add(kTheirs, benchmark::kMillisecond,
+      [=](benchmark::State& state) { BenchLibavformat(state, path); });
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const fs::path path = fs::path(STREAM_BENCH_DATA) / "one_hour.mp4";
+  DemuxTotals totals;
+  if (!HaveLoopedSample({kEncode, ".mp4", kRepeats}, path) || !SameSamples(path.string(), totals))
+    return 1;
+  benchmark::AddCustomContext("input", std::string(kDescription) + ", " +
+                                           std::to_string(totals.frames) + " samples, " +
+                                           std::to_string(fs::file_size(path)) + " bytes");
+  benchmark::AddCustomContext("libavformat", LibavformatVersion());
+  Register(path.string());
+  return RunBenchmarks(argc, argv,
+                       {{"every sample, to libavformat without parsing", kOurs, kTheirs}});
+}

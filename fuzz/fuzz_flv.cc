@@ -1,0 +1,141 @@
+// Any bytes through FlvTagParser: nothing is read or written out of bounds, no frame holds anything
+// but bytes of the stream behind its start code or header, each byte comes out once at most, and
+// the source does not matter. What it prints about streams is kept off the screen by
+// -close_fd_mask=1.
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <vector>
+
+#include "common/adts.h"
+#include "common/frame_queue.h"
+#include "flv/flv_memory_source.h"
+#include "flv/flv_stream.h"
+#include "flv/flv_tag_parser.h"
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// Ends the process, which libFuzzer takes for a crash.
+void Require(bool condition) {
+  if (!condition) std::abort();
+}
+
+struct Frame {
+  std::uint64_t time;
+  std::vector<std::uint8_t> payload;
+
+  bool operator==(const Frame&) const = default;
+};
+
+struct Frames {
+  std::vector<Frame> video;
+  std::vector<Frame> audio;
+
+  bool operator==(const Frames&) const = default;
+};
+
+std::vector<Frame> TakeAll(FrameNodePtr (*pop)()) {
+  std::vector<Frame> frames;
+  while (const FrameNodePtr node = pop()) {
+    Require(node->pts == node->dts && node->pts == node->playTime && node->isVideo == 1);
+    frames.push_back({node->pts, {node->data, node->data + node->size}});
+  }
+  return frames;
+}
+
+Frames Parse(FlvSource& source) {
+  ResetFrameQueues();
+  std::atomic<std::uint16_t> audio_config{0x1190};
+  FlvTagParser parser(source, audio_config);
+  if (parser.ReadHeader()) {
+    while (parser.ReadTag()) {
+    }
+  }
+  std::vector<Frame> video = TakeAll(PopVideoFrame);
+  return {std::move(video), TakeAll(PopAudioFrame)};
+}
+
+// The stream in a block of its own, so that a read past its end is seen.
+Frames ParseFromMemory(Bytes stream) {
+  const std::vector<std::uint8_t> copy(stream.begin(), stream.end());
+  FlvMemorySource source(copy);
+  return Parse(source);
+}
+
+// Through the pipeline's buffer, into which it came in pieces of that size.
+Frames ParseFromStream(Bytes stream, std::size_t piece) {
+  g_flvRunning = true;
+  const std::uint64_t number = g_flvStream->Begin();
+  for (std::size_t at = 0; at < stream.size(); at += piece) {
+    const Bytes part = stream.subspan(at, std::min(piece, stream.size() - at));
+    Require(g_flvStream->Stage(number, at, part.data(), static_cast<std::uint32_t>(part.size())));
+  }
+  g_flvStream->EndDownload(number);
+  FlvStreamSource source(number);
+  return Parse(source);
+}
+
+// Returns how many bytes of the stream are in the frames, which lie in it in their order.
+std::size_t RequireBytesOf(Bytes stream, const std::vector<Frame>& frames, Bytes prefix) {
+  std::size_t total = 0;
+  auto from = stream.begin();
+  for (const Frame& frame : frames) {
+    Require(frame.payload.size() >= prefix.size());
+    const Bytes body = Bytes(frame.payload).subspan(prefix.size());
+    from = std::search(from, stream.end(), body.begin(), body.end());
+    Require(body.empty() || from != stream.end());
+    from += static_cast<std::ptrdiff_t>(body.size());
+    total += body.size();
+  }
+  return total;
+}
+
+void RequirePrefixes(const Frames& frames) {
+  constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
+  for (const Frame& frame : frames.video) {
+    Require(std::equal(kStartCode.begin(), kStartCode.end(), frame.payload.begin()));
+  }
+  for (const Frame& frame : frames.audio) {
+    Require(frame.payload[0] == 0xFF && frame.payload[1] == 0xF1);
+    const std::uint32_t length = (frame.payload[3] & 3U) << 11 |
+                                 std::uint32_t{frame.payload[4]} << 3 | frame.payload[5] >> 5;
+    Require(length == (frame.payload.size() & 0x1FFF));
+  }
+}
+
+// The frames of a shorter stream are the first of the longer one's.
+void RequireFirstOf(const std::vector<Frame>& some, const std::vector<Frame>& all) {
+  Require(some.size() <= all.size() && std::equal(some.begin(), some.end(), all.begin()));
+}
+
+void CheckStream(Bytes stream) {
+  constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
+  constexpr std::size_t kPieces[] = {7, 4096};
+  const Frames frames = ParseFromMemory(stream);
+  const std::size_t bytes = RequireBytesOf(stream, frames.video, kStartCode) +
+                            RequireBytesOf(stream, frames.audio, AdtsHeader{});
+  Require(bytes <= stream.size());
+  RequirePrefixes(frames);
+  for (const std::size_t piece : kPieces) Require(ParseFromStream(stream, piece) == frames);
+  const Frames half = ParseFromMemory(stream.first(stream.size() / 2));
+  RequireFirstOf(half.video, frames.video);
+  RequireFirstOf(half.audio, frames.audio);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const Bytes stream(data, size);
+  CheckStream(stream);
+  // As tags alone, which saves the fuzzer from finding a header first.
+  std::vector<std::uint8_t> tags = {'F', 'L', 'V', 1, 5, 0, 0, 0, 9};
+  tags.insert(tags.end(), data, data + size);
+  CheckStream(tags);
+  return 0;
+}

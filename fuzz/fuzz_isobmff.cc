@@ -1,0 +1,91 @@
+// Any bytes as an MP4 file: nothing is read out of bounds or lost, and a sample is the same whether
+// the samples before it were looked at or not, and whether another handle has opened the file or
+// not.
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include "tests/support/mp4_exercise.h"
+#include "tests/support/mp4_reading.h"
+
+namespace {
+
+constexpr MP4SampleId kMostSamples = 300;
+
+// Ends the process, which libFuzzer takes for a crash.
+void Require(bool condition) {
+  if (!condition) std::abort();
+}
+
+// A file in memory, which has a path too.
+class MemoryFile {
+ public:
+  MemoryFile(const std::uint8_t* data, std::size_t size)
+      : descriptor_(memfd_create("fuzz", MFD_CLOEXEC)) {
+    Require(descriptor_ >= 0 && write(descriptor_, data, size) == static_cast<ssize_t>(size));
+    path_ = "/proc/self/fd/" + std::to_string(descriptor_);
+  }
+  ~MemoryFile() { close(descriptor_); }
+  MemoryFile(const MemoryFile&) = delete;
+  MemoryFile& operator=(const MemoryFile&) = delete;
+
+  const char* Path() const { return path_.c_str(); }
+
+ private:
+  const int descriptor_;
+  std::string path_;
+};
+
+struct Known {
+  MP4TrackId track;
+  MP4SampleId sample;
+  MP4Timestamp time;
+  std::uint64_t offset;
+  std::optional<ReadMp4Sample> read;
+
+  bool operator==(const Known&) const = default;
+};
+
+Known Ask(const Mp4FileHandle& file, MP4TrackId track, MP4SampleId sample) {
+  return {track, sample, MP4GetSampleTime(file.get(), track, sample),
+          MP4GetSampleFileOffset(file.get(), track, sample), ReadMp4(file, track, sample)};
+}
+
+std::vector<Known> AskInOrder(const Mp4FileHandle& file) {
+  std::vector<Known> all;
+  const std::uint32_t tracks = MP4GetNumberOfTracks(file.get());
+  for (std::uint16_t i = 0; i < tracks; ++i) {
+    const MP4TrackId track = MP4FindTrackId(file.get(), i);
+    for (MP4SampleId sample = 1; sample <= kMostSamples; ++sample) {
+      all.push_back(Ask(file, track, sample));
+      if (!all.back().read) break;
+    }
+  }
+  return all;
+}
+
+void AskBackwards(const char* path, const std::vector<Known>& all) {
+  const Mp4FileHandle file(MP4Read(path));
+  Require(file != nullptr);
+  for (auto known = all.rbegin(); known != all.rend(); ++known)
+    Require(Ask(file, known->track, known->sample) == *known);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const MemoryFile memory(data, size);
+  const Mp4Exercise result = ExerciseMp4(memory.Path());
+  Require(result.largest_sample <= size);
+  Mp4FileHandle file(MP4Read(memory.Path()));
+  if (file == nullptr) return 0;
+  const std::vector<Known> all = AskInOrder(file);
+  AskBackwards(memory.Path(), all);  // with the index that `file` has
+  file.reset();
+  AskBackwards(memory.Path(), all);
+  return 0;
+}

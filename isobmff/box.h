@@ -1,0 +1,94 @@
+// Boxes of an ISO base media file (ISO/IEC 14496-12, 4.2): a size, a four-character type and a
+// body.
+//
+// HeaderReader reads small pieces of a file that lie close together; box walking stands on it. A
+// file that is still being downloaded may have holes, which read as zeros: a type that
+// ends in zero is therefore never that of a box, but of bytes that have not come yet.
+#ifndef ISOBMFF_BOX_H_
+#define ISOBMFF_BOX_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "isobmff/file.h"
+
+namespace isobmff {
+
+constexpr std::uint32_t FourCc(const char (&text)[5]) {
+  std::uint32_t code = 0;
+  for (int i = 0; i < 4; ++i) code = code << 8 | static_cast<std::uint8_t>(text[i]);
+  return code;
+}
+
+// Bytes of a file from `begin` to before `end`; never end < begin.
+struct ByteRange {
+  std::uint64_t begin = 0;
+  std::uint64_t end = 0;
+
+  std::uint64_t Size() const { return end - begin; }
+  bool operator==(const ByteRange&) const = default;
+};
+
+struct Box {
+  std::uint32_t type = 0;
+  ByteRange whole;
+  ByteRange body;
+};
+
+// Not for use by several threads at once. The file must outlive it.
+class HeaderReader {
+ public:
+  static constexpr std::size_t kMostAtOnce = 1024;
+
+  HeaderReader(const File& file, std::uint64_t file_size) : file_(file), file_size_(file_size) {}
+
+  const File& GetFile() const { return file_; }
+  std::uint64_t FileSize() const { return file_size_; }
+
+  // The first `size` (at most kMostAtOnce) bytes of `range`, valid until the next call. Null where
+  // the range is shorter or the file cannot be read there.
+  const std::uint8_t* Peek(const ByteRange& range, std::size_t size);
+
+ private:
+  bool Load(std::uint64_t offset);
+
+  const File& file_;
+  std::uint64_t file_size_;
+  std::uint64_t loaded_at_ = 0;
+  std::size_t loaded_ = 0;
+  std::array<std::uint8_t, 4096> bytes_;
+};
+
+// The box at the start of `space`. Nothing where no box can lie there. Its end may be beyond that
+// of `space`: the caller decides what that means. A size of 0, "to the end", is a box only where
+// `may_be_open`.
+std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool may_be_open);
+
+// The children of a box, which must fill its body exactly.
+class BoxWalk {
+ public:
+  BoxWalk(HeaderReader& reader, const ByteRange& body) : reader_(reader), left_(body) {}
+
+  // The next child. Nothing behind the last one, or where there is none though there should be.
+  std::optional<Box> Next();
+
+  // Once Next gave nothing: whether all was well.
+  bool Filled() const { return left_.Size() == 0; }
+
+ private:
+  static constexpr int kMostBoxes = 4096;  // of one parent; there are about ten
+
+  HeaderReader& reader_;
+  ByteRange left_;
+  int boxes_ = 0;
+};
+
+// The body of the first box of that type in a row of boxes in memory. Empty where there is none.
+std::span<const std::uint8_t> FindBox(std::span<const std::uint8_t> boxes, std::uint32_t type);
+
+}  // namespace isobmff
+
+#endif  // ISOBMFF_BOX_H_

@@ -1,0 +1,63 @@
+// A file that is read at given places, and the only part of the reader that knows the operating
+// system.
+//
+// The file is never locked: others may write, rename and delete it meanwhile. It is read by plain
+// calls and not mapped into memory, since a mapped file that shrinks kills the process. One object
+// may be used from several threads at once.
+#ifndef ISOBMFF_FILE_H_
+#define ISOBMFF_FILE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
+
+namespace isobmff {
+
+// The same for all names and handles of one file, and of no other while one of them is open.
+struct FileId {
+  std::uint64_t device = 0;
+  std::uint64_t number = 0;
+
+  bool operator<(const FileId& other) const {
+    return device != other.device ? device < other.device : number < other.number;
+  }
+};
+
+class File {
+ public:
+  // `path` is UTF-8. Nothing where the file cannot be opened for reading or is no regular file.
+  static std::optional<File> Open(const char* path);
+
+  File(File&& other) noexcept
+      : handle_(std::exchange(other.handle_, kClosed)),
+        id_(other.id_),
+        opened_size_(other.opened_size_) {}
+  File(const File&) = delete;
+  File& operator=(const File&) = delete;
+  File& operator=(File&&) = delete;
+  ~File();
+
+  const FileId& Id() const { return id_; }
+  // When it was opened, and now (0 where the system does not tell).
+  std::uint64_t OpenedSize() const { return opened_size_; }
+  std::uint64_t Size() const;
+
+  // Reads up to `size` bytes and tells how many there were: fewer only at the end of the file or
+  // where reading failed.
+  std::size_t ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const;
+
+ private:
+  static constexpr std::intptr_t kClosed = -1;
+
+  File(std::intptr_t handle, FileId id, std::uint64_t size)
+      : handle_(handle), id_(id), opened_size_(size) {}
+
+  std::intptr_t handle_;
+  FileId id_;
+  std::uint64_t opened_size_;
+};
+
+}  // namespace isobmff
+
+#endif  // ISOBMFF_FILE_H_

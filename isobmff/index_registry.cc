@@ -1,0 +1,49 @@
+#include "isobmff/index_registry.h"
+
+#include <map>
+#include <mutex>
+#include <utility>
+
+namespace isobmff {
+namespace {
+
+using Index = std::shared_ptr<const MovieIndex>;
+
+class Registry {
+ public:
+  // Never destroyed: threads that outlive main may still read.
+  static Registry& Instance() {
+    static Registry& instance = *new Registry;
+    return instance;
+  }
+
+  Index Find(const FileId& id) {
+    const std::lock_guard lock(mutex_);
+    const auto found = indexes_.find(id);
+    return found == indexes_.end() ? nullptr : found->second.lock();
+  }
+
+  void Keep(const FileId& id, const Index& index) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(indexes_, [](const auto& entry) { return entry.second.expired(); });
+    indexes_.insert_or_assign(id, index);
+  }
+
+ private:
+  std::mutex mutex_;
+  std::map<FileId, std::weak_ptr<const MovieIndex>> indexes_;  // guarded by mutex_
+};
+
+}  // namespace
+
+std::shared_ptr<const MovieIndex> IndexOf(const File& file) {
+  Registry& registry = Registry::Instance();
+  Index index = registry.Find(file.Id());
+  // The file may have been written anew since.
+  if (index != nullptr && index->LiesIn(file)) return index;
+  index = MovieIndex::Read(file);
+  if (index != nullptr) registry.Keep(file.Id(), index);
+  return index;
+}
+
+}  // namespace isobmff

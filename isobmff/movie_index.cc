@@ -1,0 +1,80 @@
+#include "isobmff/movie_index.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "isobmff/track_parser.h"
+
+namespace isobmff {
+namespace {
+
+constexpr std::uint64_t kHeadSize = 4096;
+constexpr std::uint64_t kTailSize = 1024;
+
+// The first moov box of the file, which may be cut off.
+std::optional<Box> FindMovie(HeaderReader& reader) {
+  constexpr int kMostBoxes = 65536;  // before it
+  ByteRange left{0, reader.FileSize()};
+  for (int i = 0; i < kMostBoxes; ++i) {
+    const auto box = ReadBox(reader, left, true);
+    if (!box || box->type == FourCc("moov")) return box;
+    if (box->whole.end >= left.end) break;
+    left.begin = box->whole.end;
+  }
+  return std::nullopt;
+}
+
+bool Holds(const File& file, std::uint64_t offset, const Bytes& expected) {
+  std::uint8_t found[kHeadSize];
+  return file.ReadAt(offset, found, expected.size()) == expected.size() &&
+         std::equal(expected.begin(), expected.end(), found);
+}
+
+bool Load(const File& file, std::uint64_t offset, std::uint64_t size, Bytes& bytes) {
+  bytes.resize(static_cast<std::size_t>(size));
+  return file.ReadAt(offset, bytes.data(), bytes.size()) == bytes.size();
+}
+
+}  // namespace
+
+std::shared_ptr<const MovieIndex> MovieIndex::Read(const File& file) {
+  HeaderReader reader(file, file.OpenedSize());
+  const auto movie = FindMovie(reader);
+  if (!movie || movie->whole.end > reader.FileSize()) return nullptr;
+  auto index = std::make_shared<MovieIndex>();
+  if (!index->ReadMovie(reader, *movie) || !index->Remember(file, *movie)) return nullptr;
+  return index;
+}
+
+bool MovieIndex::LiesIn(const File& file) const {
+  return place_.end <= file.OpenedSize() && Holds(file, place_.begin, head_) &&
+         Holds(file, place_.end - tail_.size(), tail_);
+}
+
+bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
+  constexpr std::size_t kMostTracks = 1024;
+  bool has_header = false;
+  BoxWalk walk(reader, movie.body);
+  while (const auto box = walk.Next()) {
+    if (box->type == FourCc("mvhd") && !has_header) {
+      const auto timing = ReadTiming(reader, box->body);
+      if (!timing) return false;
+      timing_ = *timing;
+      has_header = true;
+    } else if (box->type == FourCc("trak")) {
+      auto facts = ReadTrack(reader, box->body);
+      if (!facts || tracks_.size() == kMostTracks) return false;
+      tracks_.emplace_back(*std::move(facts));
+    }
+  }
+  return walk.Filled() && has_header;
+}
+
+bool MovieIndex::Remember(const File& file, const Box& movie) {
+  place_ = movie.whole;
+  const std::uint64_t tail = std::min(kTailSize, place_.Size());
+  return Load(file, place_.begin, std::min(kHeadSize, place_.Size()), head_) &&
+         Load(file, place_.end - tail, tail, tail_);
+}
+
+}  // namespace isobmff

@@ -1,0 +1,73 @@
+// The index of a file: its moov box, as far as reading samples needs it.
+//
+// An index that is not whole is none: the moov box must lie in the file, each box on the way down
+// to the tables must be well-formed and fill its parent exactly, every track must have all that is
+// needed, and every count must fit its box. Edit lists are not looked at, and what a fragmented
+// file holds outside the moov box is not either, so such a file has no samples.
+//
+// One index is shared by all handles of a file and by their threads. It never changes, but for
+// tables that are loaded when they are first needed.
+#ifndef ISOBMFF_MOVIE_INDEX_H_
+#define ISOBMFF_MOVIE_INDEX_H_
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "isobmff/box.h"
+#include "isobmff/file.h"
+#include "isobmff/sample_entry.h"
+#include "isobmff/sample_tables.h"
+
+namespace isobmff {
+
+// Of mvhd or mdhd: a time scale and a duration in it.
+struct Timing {
+  std::uint32_t scale = 0;
+  std::uint64_t duration = 0;
+};
+
+struct TrackFacts {
+  std::uint32_t id = 0;
+  Timing timing;
+  std::string handler;  // "vide", "soun", ...
+  SampleEntry entry;
+  SampleTableBoxes tables;
+};
+
+struct Track {
+  explicit Track(TrackFacts known) : facts(std::move(known)), tables(facts.tables) {}
+
+  TrackFacts facts;
+  SampleTables tables;
+};
+
+class MovieIndex {
+ public:
+  // Null where the file holds no complete index.
+  static std::shared_ptr<const MovieIndex> Read(const File& file);
+
+  const Timing& GetTiming() const { return timing_; }
+  const std::deque<Track>& Tracks() const { return tracks_; }
+
+  // Whether this is still the index that lies in the file, which has been opened anew: cheaper than
+  // reading it again. A look at its first bytes and its last.
+  bool LiesIn(const File& file) const;
+
+ private:
+  bool ReadMovie(HeaderReader& reader, const Box& movie);
+  bool Remember(const File& file, const Box& movie);
+
+  Timing timing_;
+  std::deque<Track> tracks_;  // tables cannot be moved
+  ByteRange place_;
+  Bytes head_;
+  Bytes tail_;
+};
+
+}  // namespace isobmff
+
+#endif  // ISOBMFF_MOVIE_INDEX_H_

@@ -1,0 +1,88 @@
+#include "isobmff/open_movie.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <span>
+#include <utility>
+
+#include "isobmff/index_registry.h"
+
+namespace isobmff {
+
+std::unique_ptr<OpenMovie> OpenMovie::Open(const char* path) {
+  auto file = File::Open(path);
+  if (!file) return nullptr;
+  auto index = IndexOf(*file);
+  if (index == nullptr) return nullptr;
+  return std::unique_ptr<OpenMovie>(new OpenMovie(*std::move(file), std::move(index)));
+}
+
+OpenMovie::OpenMovie(File file, std::shared_ptr<const MovieIndex> index)
+    : file_(std::move(file)), index_(std::move(index)) {
+  readings_.reserve(index_->Tracks().size());
+  for (const Track& track : index_->Tracks()) readings_.push_back({&track, {}});
+}
+
+const Track* OpenMovie::FindTrack(std::uint32_t id) const {
+  const auto& tracks = index_->Tracks();
+  const auto found = std::find_if(tracks.begin(), tracks.end(),
+                                  [id](const Track& track) { return track.facts.id == id; });
+  return found == tracks.end() ? nullptr : &*found;
+}
+
+OpenMovie::Reading* OpenMovie::FindReading(std::uint32_t track_id) {
+  const auto found = std::find_if(readings_.begin(), readings_.end(), [&](const Reading& reading) {
+    return reading.track->facts.id == track_id;
+  });
+  return found == readings_.end() ? nullptr : &*found;
+}
+
+bool OpenMovie::FindTime(std::uint32_t track_id, std::uint32_t sample_id, SampleTime& time) {
+  Reading* const reading = FindReading(track_id);
+  return reading != nullptr && sample_id != 0 &&
+         reading->track->tables.FindTime(file_, sample_id - 1, reading->cursor, time);
+}
+
+bool OpenMovie::FindPlace(std::uint32_t track_id, std::uint32_t sample_id, SamplePlace& place) {
+  Reading* const reading = FindReading(track_id);
+  if (reading == nullptr || sample_id == 0 ||
+      !reading->track->tables.FindPlace(file_, sample_id - 1, reading->cursor)) {
+    return false;
+  }
+  place = reading->cursor.place;
+  return true;
+}
+
+bool OpenMovie::ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Sample& sample) {
+  Reading* const reading = FindReading(track_id);
+  if (reading == nullptr || sample_id == 0) return false;
+  const SampleTables& tables = reading->track->tables;
+  SampleCursor& cursor = reading->cursor;
+  const std::uint32_t number = sample_id - 1;
+  if (!tables.FindPlace(file_, number, cursor) ||
+      !tables.FindTime(file_, number, cursor, sample.time) ||
+      !tables.FindComposition(file_, number, cursor, sample.composition) ||
+      !tables.FindSync(file_, number, cursor, sample.is_sync) || !IsInFile(cursor.place)) {
+    return false;
+  }
+  const std::size_t size = cursor.place.size;
+  auto* const bytes = static_cast<std::uint8_t*>(std::malloc(std::max<std::size_t>(size, 1)));
+  if (bytes == nullptr) return false;
+  if (!windows_.Read(file_, cursor.place.offset, {bytes, size})) {
+    std::free(bytes);
+    return false;
+  }
+  sample.bytes = bytes;
+  sample.size = cursor.place.size;
+  return true;
+}
+
+// Looked at before memory is asked for.
+bool OpenMovie::IsInFile(const SamplePlace& place) const {
+  const auto holds = [&](std::uint64_t size) {
+    return place.offset <= size && place.size <= size - place.offset;
+  };
+  return holds(file_.OpenedSize()) || holds(file_.Size());
+}
+
+}  // namespace isobmff

@@ -1,0 +1,48 @@
+// Reads pieces of a file that lie close together with few calls to the system.
+//
+// There are two windows, because two tracks are read in turns from places that may lie far apart. A
+// new window is small, as most handles read little, and each following one is twice as big, up to a
+// limit. A window holds the bytes as they were when it was loaded. For use by one thread at a time.
+#ifndef ISOBMFF_READ_WINDOWS_H_
+#define ISOBMFF_READ_WINDOWS_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+
+#include "isobmff/file.h"
+
+namespace isobmff {
+
+class ReadWindows {
+ public:
+  // False where not all of it is in the file.
+  bool Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to);
+
+ private:
+  static constexpr std::size_t kFirstSize = std::size_t{32} << 10;
+  static constexpr std::size_t kLargestSize = std::size_t{256} << 10;
+
+  struct Window {
+    std::unique_ptr<std::uint8_t[]> bytes;
+    std::size_t room = 0;
+    std::uint64_t begin = 0;
+    std::size_t size = 0;
+
+    bool Holds(std::uint64_t offset, std::size_t wanted) const {
+      return offset >= begin && offset - begin <= size && wanted <= size - (offset - begin);
+    }
+  };
+
+  const Window* Load(const File& file, std::uint64_t offset, std::size_t wanted);
+
+  std::array<Window, 2> windows_;
+  unsigned latest_ = 0;
+  std::size_t next_size_ = kFirstSize;
+};
+
+}  // namespace isobmff
+
+#endif  // ISOBMFF_READ_WINDOWS_H_

@@ -1,0 +1,66 @@
+#include "isobmff/table_box.h"
+
+#include <algorithm>
+
+#include "isobmff/big_endian.h"
+
+namespace isobmff {
+namespace {
+
+constexpr std::size_t kCountAt = 4;        // behind version and flags
+constexpr std::size_t kTableHeadSize = 8;  // and the count
+constexpr std::size_t kSizeTableHeadSize = 12;
+// A table of so many bytes would be of some hundred hours: it is taken for a lie, lest it is
+// loaded.
+constexpr std::uint64_t kMostTableBytes = std::uint64_t{1} << 28;
+
+std::optional<TableBox> WithEntries(TableBox table, const ByteRange& body, std::size_t head) {
+  const std::uint64_t size = (std::uint64_t{table.count} * table.entry_bits + 7) / 8;
+  if (size > body.Size() - head || size > kMostTableBytes) return std::nullopt;
+  table.entries = {body.begin + head, body.begin + head + size};
+  return table;
+}
+
+}  // namespace
+
+std::optional<TableBox> ReadTableBox(HeaderReader& reader, const ByteRange& body,
+                                     unsigned entry_bytes) {
+  const std::uint8_t* const head = reader.Peek(body, kTableHeadSize);
+  if (head == nullptr) return std::nullopt;
+  return WithEntries({Read32(head + kCountAt), entry_bytes * 8, 0, {}}, body, kTableHeadSize);
+}
+
+std::optional<TableBox> ReadSizeTableBox(HeaderReader& reader, const ByteRange& body) {
+  const std::uint8_t* const head = reader.Peek(body, kSizeTableHeadSize);
+  if (head == nullptr) return std::nullopt;
+  const std::uint32_t same_size = Read32(head + kCountAt);
+  const unsigned entry_bits = same_size == 0 ? 32 : 0;
+  return WithEntries({Read32(head + kTableHeadSize), entry_bits, same_size, {}}, body,
+                     kSizeTableHeadSize);
+}
+
+std::optional<TableBox> ReadCompactSizeTableBox(HeaderReader& reader, const ByteRange& body) {
+  const std::uint8_t* const head = reader.Peek(body, kSizeTableHeadSize);
+  if (head == nullptr) return std::nullopt;
+  const unsigned entry_bits = Read32(head + kCountAt) & 0xFF;  // behind 24 reserved bits
+  if (entry_bits != 4 && entry_bits != 8 && entry_bits != 16) return std::nullopt;
+  return WithEntries({Read32(head + kTableHeadSize), entry_bits, 0, {}}, body, kSizeTableHeadSize);
+}
+
+bool LastEntryHasCome(HeaderReader& reader, const TableBox& table) {
+  if (table.count == 0) return true;
+  const std::size_t entry_bytes = table.entry_bits / 8;
+  const std::uint8_t* const entry =
+      reader.Peek({table.entries.end - entry_bytes, table.entries.end}, entry_bytes);
+  return entry != nullptr &&
+         std::any_of(entry, entry + entry_bytes, [](std::uint8_t byte) { return byte != 0; });
+}
+
+std::optional<TableBytes> TableBytes::Load(const File& file, const TableBox& table) {
+  const auto size = static_cast<std::size_t>(table.entries.Size());
+  auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(size);
+  if (file.ReadAt(table.entries.begin, bytes.get(), size) != size) return std::nullopt;
+  return TableBytes(std::move(bytes));
+}
+
+}  // namespace isobmff

@@ -1,0 +1,118 @@
+#include "mp4/mp4_download.h"
+
+#include <cstdio>
+#include <limits>
+#include <mutex>
+#include <utility>
+
+#include "common/console.h"
+#include "common/http_transfer.h"
+#include "common/platform.h"
+#include "mp4/mp4_state.h"
+
+namespace {
+
+// The download of this thread, for the write callback, which is given no pointer of its own.
+struct RunningDownload {
+  CURL* handle;
+  Mp4Transfer& transfer;
+};
+thread_local RunningDownload* t_download = nullptr;
+
+std::size_t TakeMp4Bytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  const std::size_t length = size * count;
+  if (t_download == nullptr || !g_mp4Running.load() || IsHtmlPage(data, length)) return 0;
+  if (!t_download->transfer.AcceptReply(t_download->handle)) return 0;
+  return t_download->transfer.Take(data, length);
+}
+
+void PerformInto(Mp4Transfer& transfer, const std::string& url) {
+  const Transfer request{url, GuardedCallback<TakeMp4Bytes>, g_mp4Running};
+  const CurlHandle handle = SetUpDownload(request, transfer.Offset());
+  RunningDownload running{handle.get(), transfer};
+  t_download = &running;
+  PerformDownload(handle, request);
+  t_download = nullptr;
+}
+
+bool WriteAt(std::FILE* file, std::uint64_t offset, const CopyBuffer& bytes) {
+  const auto size = static_cast<std::size_t>(bytes.Length());
+  return std::fseek(file, static_cast<long>(offset), SEEK_SET) == 0 &&
+         std::fwrite(bytes.Data(), 1, size, file) == size;
+}
+
+}  // namespace
+
+Mp4Transfer::Mp4Transfer(std::uint64_t address) : address_(address) {
+  const std::lock_guard lock(g_mp4FileLock);
+  offset_ = g_mp4File->write_offset;
+  seeks_ = g_mp4File->seeks;
+}
+
+bool Mp4Transfer::AcceptReply(CURL* handle) {
+  constexpr long kOk = 200;
+  constexpr long kFirstError = 400;
+  if (std::exchange(reply_seen_, true) || offset_ == 0) return true;
+  long status = 0;  // stays 0 for a local file
+  curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+  if (status == kOk) offset_ = 0;
+  return status < kFirstError;  // an error page has no place in the middle of a file
+}
+
+std::size_t Mp4Transfer::Take(const char* data, std::size_t length) {
+  if (data != nullptr && !pending_.Append(reinterpret_cast<const std::uint8_t*>(data),
+                                          static_cast<std::uint32_t>(length))) {
+    return 0;
+  }
+  constexpr std::int32_t kMaxPending = 16 << 20;
+  Outcome outcome = WritePending();
+  while (outcome == Outcome::kLater && g_mp4Running.load()) {
+    platform::SleepMilliseconds(1);
+    if (pending_.Length() <= kMaxPending) break;
+    outcome = WritePending();
+  }
+  if (outcome != Outcome::kNever) return length;
+  pending_.Reset();
+  return 0;
+}
+
+Mp4Transfer::Outcome Mp4Transfer::WritePending() {
+  const std::lock_guard lock(g_mp4FileLock);
+  Mp4File& file = *g_mp4File;
+  if (address_ != file.addresses) return Outcome::kNever;
+  if (!HasPending()) return Outcome::kDone;
+  const auto size = static_cast<std::uint64_t>(pending_.Length());
+  if (!file.ranges.Hold(offset_, size)) {
+    // Offsets are 32-bit numbers on purpose: what lies beyond 2 GiB has no place in the file.
+    if (offset_ > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) {
+      ConsoleLine("mp4 download ends at 2 GiB.");
+      return Outcome::kNever;
+    }
+    if (!WriteToFile(file.path)) return Outcome::kLater;
+    file.ranges.Add(offset_, offset_ + size);
+    ++file.revision;
+  }
+  Advance();
+  return Outcome::kDone;
+}
+
+bool Mp4Transfer::WriteToFile(const std::string& path) const {
+  platform::File file = platform::OpenFile(path, "rb+");
+  if (file == nullptr) return false;
+  const bool written = WriteAt(file.get(), offset_, pending_);
+  return std::fclose(file.release()) == 0 && written;
+}
+
+// With g_mp4FileLock held.
+void Mp4Transfer::Advance() {
+  offset_ += static_cast<std::uint64_t>(pending_.Length());
+  pending_.Reset();
+  if (seeks_ == g_mp4File->seeks) g_mp4File->write_offset = offset_;
+}
+
+void DownloadMp4(const std::string& url, std::uint64_t address) {
+  Mp4Transfer transfer(address);
+  PerformInto(transfer, url);
+  ConsoleLine("mp4 Download thread stop.");
+  while (g_mp4Running.load() && transfer.HasPending()) transfer.Take(nullptr, 0);
+}

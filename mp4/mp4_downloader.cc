@@ -1,0 +1,78 @@
+#include "mp4/mp4_downloader.h"
+
+#include <ctime>
+#include <memory>
+#include <mutex>
+
+#include "common/at_exit.h"
+#include "common/frame_delivery.h"
+#include "common/frame_queue.h"
+#include "common/start_position.h"
+#include "common/stop_protocol.h"
+#include "mp4/mp4_download.h"
+#include "mp4/mp4_play.h"
+#include "mp4/mp4_state.h"
+
+CMp4Downloader::CMp4Downloader(CStreamPlayerImp* player)
+    : player_(player), reader_(player_), pool_(CThreadPool::kPipelineWorkers) {}
+
+CMp4Downloader::~CMp4Downloader() {
+  EndDownload();
+  pool_.Stop();  // no task may outlive the members
+}
+
+bool CMp4Downloader::BeginDownload(const std::string& url) {
+  g_mp4Running = true;
+  pool_.Start();
+  ResetFrameQueues();
+  reader_.Begin();
+  const std::uint64_t address = UseUrl(url);
+  // One a start: the download of an earlier one must not end the reading of this one.
+  const auto downloading = std::make_shared<std::atomic<bool>>(true);
+  AddGated([url, address, downloading] { RunDownload(url, address, *downloading); });
+  AddGated([=, this] { PlayMp4({url, address, player_, reader_, downloading, start_position_}); });
+  AddGated([this] { DeliverVideoFrames({g_mp4Running, player_, {}, "mp4 video thread stop."}); });
+  AddGated([this] { DeliverAudioFrames({g_mp4Running, player_, {}, "mp4 audio thread stop."}); });
+  return true;
+}
+
+bool CMp4Downloader::EndDownload() {
+  start_position_ = 0;
+  if (!StopPipeline({"mp4", g_mp4Running, pool_, gate_, [] {}})) return false;
+  reader_.Close();
+  return true;
+}
+
+bool CMp4Downloader::SetStartPostion(float seconds) {
+  const std::clock_t before = std::clock();
+  start_position_ = seconds;
+  const std::uint64_t offset = reader_.Seek(seconds, Mp4MediaPath(url_));
+  {
+    const std::lock_guard lock(g_mp4FileLock);
+    g_mp4File->write_offset = g_mp4File->ranges.EndOfRangeAt(offset);
+    ++g_mp4File->seeks;
+  }
+  const std::clock_t elapsed = std::clock() - before;
+  player_.Message(StartPositionLine("MP4", seconds, elapsed));
+  return true;
+}
+
+// Another address starts from nothing, with an empty restart file; the same one keeps what it has.
+// Returns the number of the address.
+std::uint64_t CMp4Downloader::UseUrl(const std::string& url) {
+  if (url == url_) {
+    player_.Message("PLAY MP4 RE:" + url);
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->addresses;
+  }
+  url_ = url;
+  const std::uint64_t address = NextMp4Address("mebo.mp4");
+  reader_.Reset(address);
+  return address;
+}
+
+void CMp4Downloader::RunDownload(const std::string& url, std::uint64_t address,
+                                 std::atomic<bool>& downloading) {
+  const AtExit end([&downloading] { downloading = false; });
+  DownloadMp4(url, address);
+}

@@ -1,0 +1,44 @@
+// An open MP4 file, closed by itself.
+#ifndef MP4_MP4_FILE_HANDLE_H_
+#define MP4_MP4_FILE_HANDLE_H_
+
+#include <mp4v2/mp4v2.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <type_traits>
+
+#include "mp4/mp4_installed_offset.h"
+
+struct Mp4Closer {
+  void operator()(MP4FileHandle handle) const {
+    ForgetSampleFileOffsets(handle);
+    MP4Close(handle);
+  }
+};
+using Mp4FileHandle = std::unique_ptr<std::remove_pointer_t<MP4FileHandle>, Mp4Closer>;
+
+// A block that the library allocated.
+struct Mp4Freer {
+  void operator()(void* block) const { MP4Free(block); }
+};
+template <typename Item>
+using Mp4Block = std::unique_ptr<Item[], Mp4Freer>;
+
+// Whether a file stays open until it is opened anew, which is then far cheaper: so it is with the
+// bundled reader. An installed library may keep others from writing to a file that it has open.
+#ifdef STREAM_MP4_READER_BUNDLED
+inline constexpr bool kKeepMp4Open = true;
+#else
+inline constexpr bool kKeepMp4Open = false;
+#endif
+
+// Opens a file whose path is in the system code page. Null when it cannot be opened, or when its
+// index is not whole (yet).
+Mp4FileHandle OpenMp4(const std::string& path);
+
+// A time in milliseconds; modulo 2^64 as the multiplication comes out. 0 where the scale is 0.
+std::uint64_t Mp4Milliseconds(std::uint64_t value, std::uint32_t time_scale);
+
+#endif  // MP4_MP4_FILE_HANDLE_H_

@@ -1,0 +1,53 @@
+#include "mp4/mp4_play.h"
+
+#include <mutex>
+#include <optional>
+
+#include "common/address.h"
+#include "common/platform.h"
+#include "mp4/mp4_sample.h"
+#include "mp4/mp4_state.h"
+
+namespace {
+
+// What a pass is to read now; nothing once another address was started.
+std::optional<Mp4TrackReader::Source> SourceOf(const Mp4Play& play) {
+  const bool is_local = IsFileUrl(play.url);
+  const std::lock_guard lock(g_mp4FileLock);
+  Mp4File& file = *g_mp4File;
+  if (play.address != file.addresses) return std::nullopt;
+  if (is_local) file.ranges.MarkLocalFile();
+  const std::string path = is_local ? FileUrlPath(play.url) : file.path;
+  return Mp4TrackReader::Source{play.address,        play.url,      path,
+                                file.ranges.First(), file.revision, play.start_position};
+}
+
+// False when another address was started.
+bool ReadPasses(const Mp4Play& play) {
+  while (g_mp4Running.load()) {
+    const bool all_has_come = !play.downloading->load();  // before the pass begins
+    const auto source = SourceOf(play);
+    if (!source) return false;
+    const bool is_made =
+        (all_has_come || play.reader.MayFindMore(*source)) && play.reader.RunPass(*source);
+    if (all_has_come && is_made) return true;
+    if (g_mp4Running.load()) platform::SleepMilliseconds(1);
+  }
+  return true;
+}
+
+}  // namespace
+
+std::string Mp4MediaPath(const std::string& url) {
+  if (IsFileUrl(url)) return FileUrlPath(url);
+  const std::lock_guard lock(g_mp4FileLock);
+  return g_mp4File->path;
+}
+
+// The verdict is given at a stop too: kept on purpose.
+void PlayMp4(const Mp4Play& play) {
+  if (!ReadPasses(play)) return;
+  const char* const outcome = Mp4VideoHasBegun() ? "MP4 OK:" : "MP4 NO:";
+  play.player.Message(std::string("PLAY ") + outcome + play.url);
+  play.player.PlayResult(std::string("PLAY:") + outcome + play.url);
+}

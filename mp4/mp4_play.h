@@ -1,0 +1,29 @@
+// The play task of the MP4 pipeline: reads the growing file in passes and gives the verdict.
+#ifndef MP4_MP4_PLAY_H_
+#define MP4_MP4_PLAY_H_
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "common/player_port.h"
+#include "mp4/mp4_track_reader.h"
+
+struct Mp4Play {
+  std::string url;
+  std::uint64_t address;  // its number: the task ends when another address is started
+  PlayerPort player;
+  Mp4TrackReader& reader;
+  std::shared_ptr<const std::atomic<bool>> downloading;  // cleared when no more will be written
+  const std::atomic<float>& start_position;              // seconds
+};
+
+// Reads until the download has ended and once more, or until g_mp4Running is cleared, then tells
+// the player whether video came of it. Blocks.
+void PlayMp4(const Mp4Play& play);
+
+// The file that is read for an address: a local one itself, else the restart file.
+std::string Mp4MediaPath(const std::string& url);
+
+#endif  // MP4_MP4_PLAY_H_

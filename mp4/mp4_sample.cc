@@ -1,0 +1,101 @@
+#include "mp4/mp4_sample.h"
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <limits>
+#include <mutex>
+
+#include "common/frame_backlog.h"
+#include "common/frame_queue.h"
+#include "mp4/mp4_state.h"
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
+
+// A film of ten hours has fewer frames, and a restart file fewer bytes.
+constexpr FrameBacklog kMaxBacklog = {4'000'000, std::uint64_t{3} << 30};
+
+// A frame made of these parts, one behind the other. False when there was no memory for it.
+bool EmitFrame(const Mp4Sample& sample, bool is_video, std::initializer_list<Bytes> parts) {
+  constexpr std::uint64_t kTicksPerMillisecond = 90;
+  std::size_t size = 0;
+  for (const Bytes part : parts) size += part.size();
+  if (size > std::numeric_limits<std::int32_t>::max()) return false;
+  FrameRecord frame;
+  if (AllocateFrameNode(frame, sample.time * kTicksPerMillisecond,
+                        sample.start * kTicksPerMillisecond, static_cast<std::int32_t>(size),
+                        is_video, true) != 0) {
+    return false;
+  }
+  frame.playTime = sample.time * kTicksPerMillisecond;
+  std::uint8_t* end = frame.data;
+  for (const Bytes part : parts) end = std::copy(part.begin(), part.end(), end);
+  const std::lock_guard lock(g_frameQueueMutex);
+  FrameQueue* const queue = EnsureQueue(is_video ? g_videoQueue : g_audioQueue);
+  if (PushFrame(frame, queue) == 0) return true;
+  ReleasePayload(frame);
+  return false;
+}
+
+// Whether a stream may begin with a NAL unit (ISO/IEC 14496-10, table 7-1).
+bool BeginsStream(Bytes nal_unit) {
+  constexpr std::uint8_t kTypeMask = 0x1F;
+  constexpr std::uint8_t kIdrSlice = 5;
+  constexpr std::uint8_t kSei = 6;
+  constexpr std::uint8_t kSps = 7;
+  if (nal_unit.empty()) return false;
+  const auto type = static_cast<std::uint8_t>(nal_unit.front() & kTypeMask);
+  return type == kIdrSlice || type == kSei || type == kSps;
+}
+
+// The start code of a parameter set, if there is one.
+Bytes StartCodeOf(Bytes parameter_set) { return parameter_set.empty() ? Bytes() : kStartCode; }
+
+// Takes the NAL unit that `left` begins with, behind its length, off it. False when there is none,
+// or not all of it.
+bool TakeNalUnit(Bytes& left, Bytes& nal_unit) {
+  constexpr std::size_t kLengthSize = 4;
+  if (left.size() < kLengthSize) return false;
+  std::size_t size = 0;
+  for (const std::uint8_t byte : left.first(kLengthSize)) size = size << 8 | byte;
+  left = left.subspan(kLengthSize);
+  if (size > left.size()) return false;
+  nal_unit = left.first(size);
+  left = left.subspan(size);
+  return true;
+}
+
+}  // namespace
+
+bool Mp4VideoHasBegun() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  return g_videoQueue != nullptr && g_videoQueue->pushed > 0;
+}
+
+bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_sets) {
+  bool begun = Mp4VideoHasBegun();
+  bool was_first = false;
+  Bytes left(sample.bytes.get(), sample.size);
+  for (Bytes nal_unit; g_mp4Running.load() && TakeNalUnit(left, nal_unit);) {
+    AwaitFrameRoom(g_mp4Running, kMaxBacklog);
+    if (begun) {
+      EmitFrame(sample, true, {kStartCode, nal_unit});
+    } else if (BeginsStream(nal_unit)) {
+      begun = was_first =
+          EmitFrame(sample, true,
+                    {StartCodeOf(parameter_sets.sps), parameter_sets.sps,
+                     StartCodeOf(parameter_sets.pps), parameter_sets.pps, kStartCode, nal_unit});
+    }
+  }
+  return was_first;
+}
+
+void EmitMp4Audio(const Mp4Sample& sample, const AdtsFields& fields) {
+  AwaitFrameRoom(g_mp4Running, kMaxBacklog);
+  const AdtsHeader header = MakeAdtsHeader(fields, sample.size);
+  EmitFrame(sample, false, {header, Bytes(sample.bytes.get(), sample.size)});
+}

@@ -1,0 +1,264 @@
+#include "mp4/mp4_track_reader.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "common/at_exit.h"
+#include "mp4/mp4_state.h"
+
+namespace {
+
+float Seconds(std::uint64_t milliseconds) {
+  return static_cast<float>(static_cast<double>(milliseconds) / 1000.0);
+}
+
+bool LiesBeforeStart(const Mp4Sample& sample, float start_position) {
+  return static_cast<float>(sample.PresentationTime()) < start_position * 1000.0F;
+}
+
+}  // namespace
+
+void Mp4TrackReader::Begin() { key_time_ = 0; }
+
+void Mp4TrackReader::Reset(std::uint64_t address) {
+  const std::lock_guard lock(mutex_);
+  address_ = address;
+  ++changes_;
+  video_ = Track();
+  audio_ = Track();
+  refused_ = false;
+  discovered_ = false;
+  revision_.reset();
+  open_file_.reset();
+}
+
+void Mp4TrackReader::Close() {
+  const std::lock_guard lock(mutex_);
+  open_file_.reset();
+  revision_.reset();
+}
+
+bool Mp4TrackReader::MayFindMore(const Source& source) const {
+  const std::lock_guard lock(mutex_);
+  if (!revision_) return true;
+  if (*revision_ == source.revision) return false;
+  if (!discovered_) return true;
+  const auto has_come = [&source](const Track& track) {
+    return track.missing &&
+           source.there.Holds(track.missing->start, track.missing->end - track.missing->start);
+  };
+  return has_come(video_) || has_come(audio_);
+}
+
+bool Mp4TrackReader::RunPass(const Source& source) {
+  Pass pass{source, nullptr, 0};
+  {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(pass_under_way_, true)) return false;
+    pass.changes = changes_;
+  }
+  bool was_read = false;
+  const AtExit end([this, &pass, &was_read] { EndPass(pass, was_read); });
+  was_read = Open(pass);
+  if (was_read && Discover(pass)) ReadSamples(pass);
+  return true;
+}
+
+void Mp4TrackReader::EndPass(const Pass& pass, bool was_read) {
+  const std::lock_guard lock(mutex_);
+  pass_under_way_ = false;
+  // What was sought meanwhile has not been looked for, and a file that could be read before can be
+  // again.
+  if (pass.changes == changes_ && (was_read || !discovered_)) revision_ = pass.source.revision;
+}
+
+// Opened anew for each pass, since the file grows. The one before stays open until then.
+bool Mp4TrackReader::Open(Pass& pass) {
+  pass.file = OpenMp4(pass.source.path);
+  const std::lock_guard lock(mutex_);
+  if (kKeepMp4Open && pass.changes == changes_) open_file_ = pass.file;
+  return pass.file != nullptr;
+}
+
+// Finds the tracks that are not known yet. False when there is nothing to be played. A file whose
+// video was refused is not told again.
+bool Mp4TrackReader::Discover(const Pass& pass) {
+  std::optional<std::string> new_codec;
+  float duration = 0;
+  bool is_played = false;
+  {
+    const std::lock_guard lock(mutex_);
+    if (pass.source.address != address_ || refused_) return false;
+    discovered_ = true;
+    if (video_.id != MP4_INVALID_TRACK_ID && audio_.id != MP4_INVALID_TRACK_ID) return true;
+    duration = Mp4DurationSeconds(pass.file.get());
+    if (video_.id == MP4_INVALID_TRACK_ID) new_codec = DiscoverVideo(pass.file.get());
+    if (audio_.id == MP4_INVALID_TRACK_ID) DiscoverAudio(pass.file.get());
+    is_played =
+        !refused_ && (video_.id != MP4_INVALID_TRACK_ID || audio_.id != MP4_INVALID_TRACK_ID);
+  }
+  player_.Duration(duration);
+  if (new_codec) player_.Message("PLAY MP4 " + *new_codec + ":" + pass.source.url);
+  return is_played;
+}
+
+// Returns what the codec is called when there is a video track. With mutex_ held.
+std::optional<std::string> Mp4TrackReader::DiscoverVideo(MP4FileHandle file) {
+  const MP4TrackId id = FindMp4Track(file, "vide");
+  if (id == MP4_INVALID_TRACK_ID) return std::nullopt;
+  const Mp4VideoTrack track = DescribeVideoTrack(file, id);
+  video_.id = track.id;
+  refused_ = !track.has_headers;
+  Adopt(track);
+  return track.codec;
+}
+
+// Before the video has begun the last parameter set of either kind counts, afterwards the one that
+// is known already: kept on purpose.
+void Mp4TrackReader::Adopt(const Mp4VideoTrack& track) {
+  const bool begun = Mp4VideoHasBegun();
+  const auto adopt = [begun](const auto& listed, std::vector<std::uint8_t>& known) {
+    for (const std::vector<std::uint8_t>& set : listed) {
+      if (!begun || known.empty()) known = set;
+    }
+  };
+  adopt(track.sps, parameter_sets_.sps);
+  adopt(track.pps, parameter_sets_.pps);
+}
+
+// With mutex_ held.
+void Mp4TrackReader::DiscoverAudio(MP4FileHandle file) {
+  const MP4TrackId id = FindMp4Track(file, "soun");
+  if (id == MP4_INVALID_TRACK_ID) return;
+  const Mp4AudioTrack track = DescribeAudioTrack(file, id);
+  audio_.id = track.id;
+  adts_fields_.channel_configuration = track.channels;
+  SetSamplingFrequencyIndex(adts_fields_, track.sample_rate);
+}
+
+// One sample of each track in turn, until neither has another one.
+void Mp4TrackReader::ReadSamples(Pass& pass) {
+  bool video_done = false;
+  bool audio_done = false;
+  while (g_mp4Running.load() && !(video_done && audio_done)) {
+    video_done = video_done || !ReadNextVideo(pass);
+    audio_done = audio_done || (video_done && AudioMustWait()) || !ReadNextAudio(pass);
+  }
+}
+
+// Audio from before the first video frame is dropped. Which that is must not depend on how fast the
+// bytes come, so audio is not read ahead of a video that has not begun and is still to come.
+bool Mp4TrackReader::AudioMustWait() const {
+  const std::lock_guard lock(mutex_);
+  return video_.missing && !Mp4VideoHasBegun();
+}
+
+bool Mp4TrackReader::ReadNextVideo(Pass& pass) {
+  const std::optional<Mp4Sample> sample = TakeNext(pass, video_);
+  if (!sample) return false;
+  player_.BufferedTime(Seconds(sample->PresentationTime()));
+  if (LiesBeforeStart(*sample, pass.source.start_position.load())) return true;
+  if (EmitMp4Video(*sample, parameter_sets_)) key_time_ = sample->time;
+  return true;
+}
+
+// Audio waits for the video to begin; what comes before it is dropped.
+bool Mp4TrackReader::ReadNextAudio(Pass& pass) {
+  const std::optional<Mp4Sample> sample = TakeNext(pass, audio_);
+  if (!sample) return false;
+  if (LiesBeforeStart(*sample, pass.source.start_position.load())) return true;
+  if (sample->time >= key_time_.load() && Mp4VideoHasBegun()) EmitMp4Audio(*sample, adts_fields_);
+  return true;
+}
+
+// The next sample of a track; one that could not be had is the next one again.
+std::optional<Mp4Sample> Mp4TrackReader::TakeNext(Pass& pass, Track& track) {
+  const std::lock_guard lock(mutex_);
+  if (pass.source.address != address_ || track.id == MP4_INVALID_TRACK_ID || !pass.file) {
+    return std::nullopt;
+  }
+  std::optional<Mp4Sample> sample = ReadSample(pass, track);
+  if (sample) ++track.next;
+  return sample;
+}
+
+// With mutex_ held.
+std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
+  auto* const file = pass.file.get();
+  track.missing.reset();
+  const MP4Timestamp time = MP4GetSampleTime(file, track.id, track.next);
+  if (time == MP4_INVALID_TIMESTAMP) return std::nullopt;
+  const std::uint32_t scale = MP4GetTrackTimeScale(file, track.id);
+  Mp4Sample sample;
+  sample.time = Mp4Milliseconds(time, scale);
+  const std::uint64_t offset = MP4GetSampleFileOffset(file, track.id, track.next);
+  track.index.Record(sample.time, {track.next, offset});
+  // How long it is shows only once it was read, so it is asked twice whether it is there.
+  if (!IsThere(pass, track, offset, 1)) return std::nullopt;
+
+  std::uint8_t* bytes = nullptr;
+  MP4Timestamp start = 0;
+  MP4Duration duration = 0;
+  MP4Duration rendering_offset = 0;
+  const bool is_read = MP4ReadSample(file, track.id, track.next, &bytes, &sample.size, &start,
+                                     &duration, &rendering_offset);
+  sample.bytes.reset(bytes);
+  if (!is_read) {
+    // It needs more than what is there; and a library may read nothing more after an error, of the
+    // other track either.
+    track.missing = ByteRange{offset, pass.source.there.end + 1};
+    pass.file = OpenMp4(pass.source.path);
+    return std::nullopt;
+  }
+  if (!IsThere(pass, track, offset, sample.size)) return std::nullopt;
+  sample.start = Mp4Milliseconds(start, scale);
+  sample.rendering_offset = Mp4Milliseconds(rendering_offset, scale);
+  return sample;
+}
+
+// Whether the bytes are in the file; if not, they are what the track waits for.
+bool Mp4TrackReader::IsThere(const Pass& pass, Track& track, std::uint64_t offset,
+                             std::uint64_t size) {
+  if (pass.source.there.Holds(offset, size)) return true;
+  const std::uint64_t room = std::numeric_limits<std::uint64_t>::max() - offset;
+  track.missing = ByteRange{offset, offset + std::min(size, room)};
+  return false;
+}
+
+std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
+  const float milliseconds = seconds * 1000.0F;
+  const std::lock_guard lock(mutex_);
+  ++changes_;
+  revision_.reset();
+  const auto is_known = [milliseconds](const Track& track) {
+    const auto found = track.index.Find(milliseconds);
+    return found && found->reaches_target;
+  };
+  Mp4FileHandle file;
+  if (!is_known(audio_) || !is_known(video_)) file = OpenMp4(path);
+  const std::uint64_t audio_offset = SeekTrack(file.get(), audio_, milliseconds);
+  const std::uint64_t video_offset = SeekTrack(file.get(), video_, milliseconds);
+  return std::min(audio_offset, video_offset);
+}
+
+// With mutex_ held. 0 for a track of which nothing is known; `file` may be null.
+std::uint64_t Mp4TrackReader::SeekTrack(MP4FileHandle file, Track& track, float milliseconds) {
+  track.missing.reset();
+  const auto known = track.index.Find(milliseconds);
+  Mp4SamplePlace place = known ? known->place : Mp4SamplePlace{track.next, 0};
+  MP4SampleId id = known ? place.id + 1 : track.next;
+  bool found = known && known->reaches_target;
+  const std::uint32_t scale = file == nullptr ? 0 : MP4GetTrackTimeScale(file, track.id);
+  for (MP4SampleId scanned = 0; !found && scanned < Mp4TimeIndex::kMaxPlaces; ++scanned, ++id) {
+    const MP4Timestamp time =
+        file == nullptr ? MP4_INVALID_TIMESTAMP : MP4GetSampleTime(file, track.id, id);
+    if (time == MP4_INVALID_TIMESTAMP) break;
+    place = {id, MP4GetSampleFileOffset(file, track.id, id)};
+    const std::uint64_t time_ms = Mp4Milliseconds(time, scale);
+    track.index.Record(time_ms, place);
+    found = static_cast<float>(time_ms) >= milliseconds;
+  }
+  track.next = place.id;
+  return place.offset;
+}

@@ -1,0 +1,42 @@
+// What the MP4 pipeline needs to know of a file's tracks: which one is the video, which one is the
+// audio, and what has to be told of them to a decoder.
+#ifndef MP4_MP4_TRACKS_H_
+#define MP4_MP4_TRACKS_H_
+
+#include <mp4v2/mp4v2.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/adts.h"
+
+struct Mp4VideoTrack {
+  MP4TrackId id = MP4_INVALID_TRACK_ID;
+  std::string codec;         // "H264", "H265", or the name of its sample entry
+  bool has_headers = false;  // H.264 parameter sets: without them the track is not played
+  // Parameter sets without start codes, as the file lists them.
+  std::vector<std::vector<std::uint8_t>> sps;
+  std::vector<std::vector<std::uint8_t>> pps;
+};
+
+struct Mp4AudioTrack {
+  MP4TrackId id = MP4_INVALID_TRACK_ID;
+  std::uint32_t sample_rate = 0;  // as the ADTS header is to tell it, in Hz
+  std::uint16_t channels = 0;
+};
+
+// The first track of the handler type ("vide", "soun"); MP4_INVALID_TRACK_ID when there is none.
+MP4TrackId FindMp4Track(MP4FileHandle file, const char* type);
+
+Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id);
+Mp4AudioTrack DescribeAudioTrack(MP4FileHandle file, MP4TrackId id);
+
+// Duration of the movie in seconds.
+float Mp4DurationSeconds(MP4FileHandle file);
+
+// Sets the sampling frequency index of a rate (ISO/IEC 14496-3, table 1.18). Some rates, and 96000,
+// 88200 and 64000 Hz among them, leave it as it was: kept on purpose.
+void SetSamplingFrequencyIndex(AdtsFields& fields, std::uint32_t rate);
+
+#endif  // MP4_MP4_TRACKS_H_

@@ -1,0 +1,155 @@
+"""Playlists and segments that cannot be had, and segments that are none."""
+
+from support.cut_off_server import cut_off_server
+from support.hls import HlsCase
+
+_PACKET = 188
+_NULL_PACKET = b"\x47\x1f\xff\x10" + b"\xff" * 184  # carries nothing
+_LARGEST_SEGMENT = 15_728_640
+_PAGE = b"<html><body>Not today.</body></html>\n" * 50
+_CLOSED_PORT = "http://127.0.0.1:1"
+
+
+def _fill_up(segment, size):
+    """Makes a segment that long without a change to what it carries."""
+    missing = size - segment.stat().st_size
+    with segment.open("ab") as file:
+        file.write((_NULL_PACKET * (missing // _PACKET + 1))[:missing])
+
+
+class PlaylistTest(HlsCase):
+    def test_closed_port_is_tried_twice(self):
+        address = f"{_CLOSED_PORT}/list.m3u8"
+        run = self.play(address)
+        self.assert_no_frame(run)
+        lines = [f"PLAY M3U8:{address}", f"PLAY Try:{address}", f"PLAY Failed:{address}"]
+        self.assertEqual(run.messages()[:3], lines)
+        # What else comes is of the stop, whose first line races with those of the tasks.
+        self.assertIn("PLAY STOP...", run.messages()[3:])
+        self.assertEqual(run.values("result"), [])
+
+    def test_missing_local_file_is_tried_twice(self):
+        address = f"file://{self.www}/list.m3u8"
+        run = self.play(address)
+        self.assert_no_frame(run)
+        lines = [f"PLAY M3U8:{address}", f"PLAY Try:{address}", f"PLAY Failed:{address}"]
+        self.assertEqual(run.messages()[:3], lines)
+
+    def test_page_in_its_place_is_told_and_asked_for_again(self):
+        server = self.serve()
+        address = server.url("missing.m3u8")
+        run = self.play(address)
+        self.assert_no_frame(run)
+        self.assertEqual(run.messages()[:2], [f"PLAY M3U8:{address}", f"PLAY M3U8 NO:{address}"])
+        self.assertEqual(run.values("result"), [f"PLAY:M3U8 NO:{address}"])
+        self.assertGreaterEqual(len(server.requests(2)), 2)
+
+
+class NoSegmentTest(HlsCase):
+    """One body in three is none."""
+
+    def setUp(self):
+        super().setUp()
+        self.kept = self.directory / "host" / "tmp" / "tmpE.ts"
+        self.kept.parent.mkdir()
+
+    def test_missing_segment_is_passed_over_and_its_page_kept(self):
+        sample = self.make_hls(3)
+        first, missing, last = sample.segments
+        missing.unlink()
+        run = self.play(self.serve().url(sample.playlist.name))
+        self.assert_plays_segments(run, [first, last])
+        page = self.kept.read_bytes()
+        self.assertTrue(page.startswith(b"<html>"), page)
+        self.assertIn(b"404 Not Found", page)
+
+    def test_page_instead_of_a_segment_is_passed_over_and_kept(self):
+        sample = self.make_hls(3)
+        first, page, last = sample.segments
+        page.write_bytes(_PAGE)
+        run = self.play(self.serve().url(sample.playlist.name))
+        self.assert_plays_segments(run, [first, last])
+        self.assertIn("The ts packet has not sync byte", run.output)
+        self.assertEqual(self.kept.read_bytes(), _PAGE)
+
+    def test_page_instead_of_the_first_segment_is_told(self):
+        sample = self.make_hls(3)
+        page, *others = sample.segments
+        page.write_bytes(_PAGE)
+        address = self.serve().url(sample.playlist.name)
+        run = self.play(address)
+        self.assert_plays_segments(run, others)
+        told = [line for line in run.messages() if line.startswith("PLAY M3U8 DATAERR ")]
+        self.assertEqual(told, [f"PLAY M3U8 DATAERR 0:{address}"])
+        self.assertEqual(self.kept.read_bytes(), _PAGE)
+
+    def test_good_segments_are_not_kept(self):
+        sample = self.make_hls(3)
+        run = self.play(self.serve().url(sample.playlist.name))
+        self.assert_plays_segments(run, sample.segments)
+        self.assertFalse(self.kept.exists())
+
+
+class RefusedSegmentTest(HlsCase):
+    def test_segment_on_a_closed_port_is_passed_over(self):
+        sample = self.make_hls(3)
+        first, unreachable, last = sample.segments
+        text = sample.playlist.read_text()
+        text = text.replace(unreachable.name, f"{_CLOSED_PORT}/{unreachable.name}")
+        sample.playlist.write_text(text)
+        run = self.play(self.serve().url(sample.playlist.name))
+        self.assert_plays_segments(run, [first, last])
+        self.assertEqual(len(run.values("buffered")), 3)
+
+
+def _with_sync_byte(stream):
+    """Whatever stands where packets begin and looks like one."""
+    packets = [stream[begin : begin + _PACKET] for begin in range(0, len(stream), _PACKET)]
+    return b"".join(packet for packet in packets if packet[:1] == b"\x47")
+
+
+class CutOffTest(HlsCase):
+    """What came of the segment stays in front of the next one, and is not asked for again."""
+
+    def test_between_packets_plays_up_to_there_and_on_with_the_next_segment(self):
+        run = self.play_cut_off(0)
+        self.assertNotIn("The ts packet has not sync byte", run.output)
+
+    def test_inside_a_packet_costs_the_next_segment_and_the_one_after_it_plays(self):
+        run = self.play_cut_off(100)
+        self.assertIn("The ts packet has not sync byte", run.output)
+
+    def play_cut_off(self, behind_packet):
+        """Cuts off the second segment, so far behind a packet."""
+        sample = self.make_hls(4)
+        first, cut, behind_cut, last = sample.segments
+        body = cut.read_bytes()
+        length = len(body) // 2 // _PACKET * _PACKET + behind_packet
+        came = self.directory / "came.ts"
+        came.write_bytes(_with_sync_byte(body[:length] + behind_cut.read_bytes()))
+        with cut_off_server(body, length) as port:
+            server = self.serve(
+                f"location = /{cut.name} {{ return 302 http://127.0.0.1:{port}/; }}")
+            run = self.play(server.url(sample.playlist.name))
+        self.assertEqual(len(server.requests(5)), 5)
+        self.assert_plays_segments(run, [first, came, last])
+        return run
+
+
+class LargeSegmentTest(HlsCase):
+    _GIVEN_UP = f"A segment of more than {_LARGEST_SEGMENT} bytes is given up."
+
+    def test_largest_size_plays(self):
+        sample = self.make_hls(3)
+        _fill_up(sample.segments[1], _LARGEST_SEGMENT)
+        run = self.play(self.serve().url(sample.playlist.name))
+        self.assert_plays_segments(run, sample.segments)
+        self.assertNotIn(self._GIVEN_UP, run.output)
+
+    def test_one_byte_more_is_given_up_whole_and_the_next_segment_plays(self):
+        sample = self.make_hls(3)
+        first, large, last = sample.segments
+        _fill_up(large, _LARGEST_SEGMENT + 1)
+        run = self.play(self.serve().url(sample.playlist.name))
+        self.assert_plays_segments(run, [first, last])
+        self.assertEqual(run.output.count(self._GIVEN_UP), 1)

@@ -1,0 +1,67 @@
+"""Playlists of variants."""
+
+import re
+import subprocess
+
+from support.hls import HlsCase, encoder_inputs
+
+_SECONDS = 3
+
+
+def _make_variants(directory):
+    """Writes master.m3u8, which lists the variant of the higher bandwidth first, and both variants
+    beside it: the addresses in them are taken to begin there."""
+    command = ["ffmpeg", "-nostdin", "-v", "error", "-y", *encoder_inputs(_SECONDS)]
+    command += ["-map", "0:v", "-map", "1:a"] * 2
+    command += ["-c:v", "libx264", "-preset", "ultrafast", "-bf", "2", "-g", "25"]
+    command += ["-sc_threshold", "0", "-pix_fmt", "yuv420p", "-b:v:0", "900k", "-b:v:1", "100k"]
+    command += ["-c:a", "aac", "-b:a", "64k"]
+    command += ["-f", "hls", "-hls_time", "1", "-hls_playlist_type", "vod"]
+    command += ["-var_stream_map", "v:0,a:0,name:high v:1,a:1,name:low"]
+    command += ["-master_pl_name", "master.m3u8"]
+    command += ["-hls_segment_filename", str(directory / "%v_%03d.ts")]
+    subprocess.run([*command, str(directory / "%v.m3u8")], check=True, timeout=60)
+    return directory / "master.m3u8"
+
+
+class MasterTest(HlsCase):
+    def setUp(self):
+        super().setUp()
+        self.master = _make_variants(self.www)
+        self.low = sorted(self.www.glob("low_*.ts"))
+        self.assertEqual(len(self.low), _SECONDS)
+
+    def test_segments_of_the_lowest_bandwidth_play(self):
+        high, low = map(int, re.findall(r"[:,]BANDWIDTH=(\d+)", self.master.read_text()))
+        self.assertGreater(high, low)
+        server = self.serve()
+        run = self.play(server.url("master.m3u8"))
+        self.assert_plays_segments(run, self.low)
+        self.assertEqual(run.output.count("[QUEUED]: "), 0)
+        queued = [line.partition("[QUEUEED]: ")[2] for line in run.output.splitlines()
+                  if "[QUEUEED]: " in line]
+        self.assertEqual(queued, [server.url(segment.name) for segment in self.low])
+        self.assert_asks_in_order(server)
+
+    def assert_asks_in_order(self, server):
+        """Variants from the lowest bandwidth on; playlists again and again, segments once."""
+        asked = [request.split()[0] for request in server.requests(3 + _SECONDS)]
+        self.assertEqual(asked[:3], ["/master.m3u8", "/low.m3u8", "/high.m3u8"])
+        self.assertGreater(asked.count("/low.m3u8"), 1)
+        segments = [path for path in asked if path.endswith(".ts")]
+        self.assertEqual(segments, [f"/{segment.name}" for segment in self.low])
+
+    def test_addresses_of_a_variant_begin_at_the_master_playlist(self):
+        folder = self.www / "folder"
+        folder.mkdir()
+        for name in ("low.m3u8", "high.m3u8"):
+            (self.www / name).rename(folder / name)
+        text = re.sub(r"(?m)^(\w+\.m3u8)$", r"folder/\1", self.master.read_text())
+        self.master.write_text(text)
+        run = self.play(self.serve().url("master.m3u8"))
+        self.assert_plays_segments(run, self.low)
+
+    def test_missing_variant_leaves_the_other_one(self):
+        (self.www / "low.m3u8").unlink()
+        run = self.play(self.serve().url("master.m3u8"))
+        self.assert_plays_segments(run, sorted(self.www.glob("high_*.ts")))

@@ -1,0 +1,105 @@
+"""--repeat: the same playlist once more in the same process."""
+
+import dataclasses
+import itertools
+
+from support import reference
+from support.hls import HlsCase, without_leftover
+
+_CYCLES = 100
+
+
+@dataclasses.dataclass(frozen=True)
+class _Expected:
+    packets: list
+    payloads: list
+
+    def without_first(self):
+        return _Expected(self.packets[1:], self.payloads[1:])
+
+
+@dataclasses.dataclass(frozen=True)
+class _Run:
+    """What came of one kind in one run."""
+
+    is_first: bool
+    follows_frames: bool  # whether an earlier run had any
+    frames: list
+    payloads: list
+
+
+def _runs(whole, kind):
+    """The dump has the frames of all runs, one after the other."""
+    frames = iter(whole.frames_of(kind))
+    payloads = iter(whole.payloads(kind))
+    before = 0
+    for number, run in enumerate(whole.summary["runs"]):
+        count = run[kind]["frames"]
+        yield _Run(number == 0, before > 0, list(itertools.islice(frames, count)),
+                   list(itertools.islice(payloads, count)))
+        before += count
+
+
+class RepeatTest(HlsCase):
+    """The player gets what was left of the run before: as a sound without a time, while the picture
+    is the one that is left out after a stop."""
+
+    def assert_runs(self, run, sample, assert_run):
+        """Calls assert_run for every run and kind."""
+        self.assertEqual(run.exit_code, 0, run.output)
+        self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
+        whole = self.joined(sample.segments)
+        for kind in ("video", "audio"):
+            expected = _Expected(
+                reference.pes_packets(whole, kind), reference.payloads(whole, kind))
+            self.assertGreater(len(expected.packets), 2)
+            for number, one in enumerate(_runs(run, kind)):
+                with self.subTest(kind, run=number):
+                    assert_run(kind, one, expected)
+
+    def assert_begins_with(self, frames, payloads, expected):
+        """That they are the first ones of the sample."""
+        self.assert_frames_are(frames, expected.packets[: len(frames)])
+        self.assertTrue(payloads == expected.payloads[: len(frames)], "the bytes differ")
+
+    def test_each_run_plays_whole_after_the_last_sound_of_the_run_before(self):
+        sample = self.make_hls(3)
+        run = self.play(self.serve().url(sample.playlist.name), "--repeat", "2")
+        self.assertEqual(len(run.summary["runs"]), 3)
+        self.assert_runs(run, sample, self.assert_whole)
+
+    def assert_whole(self, kind, run, expected):
+        leftover = 0 if kind == "video" or run.is_first else 1
+        if leftover:
+            self.assertEqual((run.frames[0].pts, run.payloads[0]), (0, expected.payloads[-1]))
+        self.assertEqual(len(run.frames) - leftover, len(expected.packets) - 1)
+        self.assert_begins_with(run.frames[leftover:], run.payloads[leftover:], expected)
+
+    def test_quick_stops_of_a_stream_on_demand_leave_beginnings(self):
+        self.assert_survives_quick_stops(self.make_hls(30, 0.4))
+
+    def test_quick_stops_of_a_live_stream_leave_beginnings(self):
+        sample = self.make_hls(30, 0.4)
+        text = sample.playlist.read_text()
+        sample.playlist.write_text(text.replace("#EXT-X-ENDLIST\n", ""))
+        self.assert_survives_quick_stops(sample)
+
+    def assert_survives_quick_stops(self, sample):
+        address = self.serve().url(sample.playlist.name)
+        run = self.play(address, "--repeat", str(_CYCLES), "--stop-after", "0.1")
+        for line in (f"PLAY M3U8:{address}", "PLAY STOP...", "PLAY STOP OK"):
+            self.assertEqual(run.messages().count(line), 1 + _CYCLES, line)
+        self.assertEqual(len(run.summary["stop_ms"]), 1 + _CYCLES)
+        self.assert_runs(run, sample, self.assert_beginning)
+
+    def assert_beginning(self, kind, run, expected):
+        leftover = len(run.frames) - len(without_leftover(run.frames))
+        if leftover:
+            self.assertEqual((kind, run.is_first), ("audio", False))
+            self.assertTrue(any(whole.startswith(run.payloads[0]) for whole in expected.payloads))
+        frames, payloads = run.frames[leftover:], run.payloads[leftover:]
+        if kind == "video" and not run.is_first and not run.follows_frames and frames:
+            # Where nothing was left it was the first picture of this run that was left out.
+            if frames[0].pts == expected.packets[1].pts:
+                expected = expected.without_first()
+        self.assert_begins_with(frames, payloads, expected)

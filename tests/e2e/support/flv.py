@@ -1,0 +1,84 @@
+"""FLV samples, and what becomes of them: each NAL unit is a frame, each AAC frame has a header."""
+
+import dataclasses
+import re
+import subprocess
+
+from support import reference, samples
+from support.case import EndToEndCase
+
+TICKS = 90  # a millisecond
+_START_CODE = b"\0\0\0\1"
+_PARAMETER_SETS = (7, 8)
+_ADTS_SIZE = 7
+
+
+@dataclasses.dataclass(frozen=True)
+class NalUnit:
+    payload: bytes
+
+    @property
+    def kind(self):
+        return self.payload[0] & 0x1F
+
+
+def nal_units(stream):
+    """Those of an Annex B stream, whose start codes may be of either length."""
+    parts = re.split(b"\0*\0\0\1", stream)
+    return [NalUnit(part.rstrip(b"\0")) for part in parts if part]
+
+
+def expected_video(path):
+    """Payloads of the frames: the parameter sets first, which ffmpeg repeats, then everything
+    else."""
+    units = nal_units(reference.elementary_stream(path, "video"))
+    sets = [next(unit for unit in units if unit.kind == kind) for kind in _PARAMETER_SETS]
+    pictures = [unit for unit in units if unit.kind not in _PARAMETER_SETS]
+    return [_START_CODE + unit.payload for unit in [*sets, *pictures]]
+
+
+def expected_times(path, kind):
+    """For each tag its time and how many bytes come out of it."""
+    added = {"video": 0, "audio": _ADTS_SIZE}[kind]
+    packets = reference.pes_packets(path, kind)
+    return [(packet.dts * TICKS, packet.size + added) for packet in packets]
+
+
+def grouped_times(frames):
+    """The same of the frames: those of one tag have one time."""
+    groups = []
+    for frame in frames:
+        if groups and groups[-1][0] == frame.dts:
+            groups[-1] = (frame.dts, groups[-1][1] + frame.size)
+        else:
+            groups.append((frame.dts, frame.size))
+    return groups
+
+
+class FlvCase(EndToEndCase):
+    def make_flv(self, name="sample.flv", seconds=4):
+        return samples.make_flv(self.www / name, seconds)
+
+    def assert_plays_flv(self, run, sample):
+        """Everything came, in its order, with the times of the tags."""
+        self.assertEqual(run.exit_code, 0, run.output)
+        self.assert_frames_are_those_of(run, sample)
+        audio = run.elementary_stream("audio")
+        self.assertEqual(audio, reference.elementary_stream(sample, "audio"))
+        self.assertEqual(run.payloads("video"), expected_video(sample))
+        self.assert_decodes(audio)
+
+    def assert_frames_are_those_of(self, run, sample):
+        self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
+        for kind, parameter_sets in (("video", 2), ("audio", 0)):
+            with self.subTest(kind):
+                frames = run.frames_of(kind)
+                self.assertTrue(all(frame.pts == frame.dts == frame.play for frame in frames))
+                times = grouped_times(frames[parameter_sets:])
+                self.assertGreater(len(times), 2)
+                self.assertEqual(times, expected_times(sample, kind)[: len(times)])
+
+    def assert_decodes(self, adts):
+        command = ["ffmpeg", "-v", "error", "-xerror", "-f", "aac", "-i", "-", "-f", "null", "-"]
+        ended = subprocess.run(command, input=adts, capture_output=True, timeout=60)
+        self.assertEqual((ended.returncode, ended.stderr), (0, b""))

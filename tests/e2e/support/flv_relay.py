@@ -1,0 +1,112 @@
+"""A live HTTP-FLV stream: ffmpeg pushes in real time to a relay, which sends what it gets to every
+viewer in chunks, from the beginning and without a length."""
+
+import http.server
+import signal
+import socket
+import subprocess
+import threading
+
+from support.samples import encoder
+
+
+class FlvRelay:
+    """`directory`/pushed.flv gets a copy of what was pushed."""
+
+    def __init__(self, directory, seconds):
+        self.pushed = directory / "pushed.flv"
+        self._seconds = seconds
+        self._pieces = []
+        self._ended = False
+        self._changed = threading.Condition()
+        self._push_socket = None
+        self._encoder = None
+        self._server = None
+        self._threads = []
+
+    def start(self):
+        self._push_socket = socket.create_server(("127.0.0.1", 0))
+        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), self._viewer_handler())
+        self._begin(self._take)
+        self._begin(self._server.serve_forever)
+        port = self._push_socket.getsockname()[1]
+        command = [*encoder(self._seconds, "-re"), "-f", "flv", f"tcp://127.0.0.1:{port}"]
+        self._encoder = subprocess.Popen(command, stdin=subprocess.DEVNULL)
+        return self
+
+    def url(self, path):
+        return f"http://127.0.0.1:{self._server.server_address[1]}/{path}"
+
+    def is_still_pushed(self):
+        return self._encoder.poll() is None
+
+    def end_push(self):
+        """As a broadcaster does who goes off the air. Viewers get what is left and the end."""
+        if self.is_still_pushed():
+            self._encoder.send_signal(signal.SIGINT)
+        self._encoder.wait(timeout=30)
+        self._threads[0].join(timeout=30)
+
+    def stop(self):
+        try:
+            self.end_push()
+        finally:
+            self._encoder.kill()
+            self._encoder.wait()
+            self._server.shutdown()
+            self._server.server_close()
+            self._push_socket.close()
+            for thread in self._threads:
+                thread.join(timeout=30)
+
+    def _begin(self, work):
+        thread = threading.Thread(target=work, daemon=True)
+        thread.start()
+        self._threads.append(thread)
+
+    def _take(self):
+        """What the encoder sends, until it ends."""
+        connection, _ = self._push_socket.accept()
+        with connection, self.pushed.open("wb") as copy:
+            while piece := connection.recv(65536):
+                copy.write(piece)
+                copy.flush()
+                self._add(piece)
+        self._add(None)
+
+    def _add(self, piece):
+        with self._changed:
+            if piece is None:
+                self._ended = True
+            else:
+                self._pieces.append(piece)
+            self._changed.notify_all()
+
+    def _piece(self, place):
+        """None at the end."""
+        with self._changed:
+            self._changed.wait_for(lambda: self._ended or place < len(self._pieces))
+            return self._pieces[place] if place < len(self._pieces) else None
+
+    def _viewer_handler(relay):
+        class Handler(http.server.BaseHTTPRequestHandler):
+            protocol_version = "HTTP/1.1"
+
+            def do_GET(self):
+                self.send_response(200)
+                self.send_header("Content-Type", "video/x-flv")
+                self.send_header("Transfer-Encoding", "chunked")
+                self.end_headers()
+                try:
+                    place = 0
+                    while (piece := relay._piece(place)) is not None:
+                        self.wfile.write(b"%x\r\n%b\r\n" % (len(piece), piece))
+                        place += 1
+                    self.wfile.write(b"0\r\n\r\n")
+                except ConnectionError:
+                    self.close_connection = True  # the viewer has gone
+
+            def log_message(self, *_):
+                pass
+
+        return Handler

@@ -1,0 +1,29 @@
+// A real FLV file over HTTP, in pieces of any size with pauses: what reaches the player is what the
+// parser gives for the same bytes from memory.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/golden/media_samples.h"
+#include "tests/golden/media_tools.h"
+#include "tests/support/flv_play.h"
+
+namespace {
+
+class FlvGoldenHttpTest : public FlvPlay, public testing::WithParamInterface<std::string> {};
+
+TEST_P(FlvGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
+  const ScratchDirectory scratch;
+  const std::filesystem::path file = scratch.File("sample.flv");
+  MakeSample(FlvSamples().back(), file);
+  const flv_test::Bytes stream = ReadWholeFile(file);
+  server_.Serve(stream);
+  ExpectAllFrames(server_.Url("/paced/" + GetParam() + "/sample.flv"), stream);
+  EXPECT_GT(player_.Snapshot().video.size(), 100U);
+}
+
+INSTANTIATE_TEST_SUITE_P(PieceSizes, FlvGoldenHttpTest,
+                         testing::Values("1", "17", "4096", "100000000"),
+                         [](const auto& suite) { return "Of" + suite.param + "Bytes"; });
+
+}  // namespace

@@ -1,0 +1,205 @@
+// Real FLV files through the parser, held against ffprobe and ffmpeg.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <fstream>
+#include <span>
+#include <string>
+
+#include "tests/golden/frame_dump.h"
+#include "tests/golden/media_samples.h"
+#include "tests/golden/media_tools.h"
+#include "tests/golden/reference_reader.h"
+#include "tests/support/flv_parse.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::size_t kAdtsSize = 7;
+constexpr std::uint64_t kTicksPerMillisecond = 90;
+constexpr int kSps = 7;
+constexpr int kPps = 8;
+
+int TypeOf(const Bytes& nal) { return nal.empty() ? -1 : nal.front() & 0x1F; }
+
+// The NAL units of an Annex B stream, whose start codes may be of either length.
+std::vector<Bytes> SplitNalUnits(const Bytes& stream) {
+  static constexpr std::uint8_t kStart[] = {0, 0, 1};
+  const auto next = [&stream](auto from) {
+    return std::search(from, stream.end(), std::begin(kStart), std::end(kStart));
+  };
+  std::vector<Bytes> nals;
+  for (auto at = next(stream.begin()); at != stream.end();) {
+    const auto begin = at + 3;
+    at = next(begin);
+    auto end = at;
+    while (end != begin && *(end - 1) == 0) --end;  // what precedes a long start code
+    nals.emplace_back(begin, end);
+  }
+  return nals;
+}
+
+// ffmpeg repeats the parameter sets, which the file has once, in front of every key picture.
+std::vector<Bytes> WithoutParameterSets(std::vector<Bytes> nals) {
+  std::erase_if(nals, [](const Bytes& nal) { return TypeOf(nal) == kSps || TypeOf(nal) == kPps; });
+  return nals;
+}
+
+Bytes FirstOfType(const std::vector<Bytes>& nals, int type) {
+  for (const Bytes& nal : nals) {
+    if (TypeOf(nal) == type) return nal;
+  }
+  return {};
+}
+
+class FlvGoldenTest : public testing::TestWithParam<FlvSample> {
+ protected:
+  FlvGoldenTest() : file_(scratch_.File("sample.flv")) {
+    MakeSample(GetParam(), file_);
+    const ParsedFlv parsed = ParseFlv(ReadWholeFile(file_));
+    dump_ = parsed.frames;
+    console_ = parsed.console;
+  }
+
+  // Each frame's NAL unit. All begin with a start code of four bytes.
+  std::vector<Bytes> VideoNalUnits() const {
+    std::vector<Bytes> nals;
+    for (const DumpedFrame& frame : dump_.video) {
+      EXPECT_TRUE(frame.payload.size() > 4 && frame.payload[2] == 0 && frame.payload[3] == 1);
+      nals.emplace_back(frame.payload.begin() + 4, frame.payload.end());
+    }
+    return nals;
+  }
+
+  // What ffmpeg has to say of a file of AAC.
+  std::string ErrorsOfDecoding(const Bytes& stream) const {
+    const std::filesystem::path aac = scratch_.File("frames.aac");
+    std::ofstream(aac, std::ios::binary)
+        .write(reinterpret_cast<const char*>(stream.data()),
+               static_cast<std::streamsize>(stream.size()));
+    const std::filesystem::path errors = scratch_.File("errors");
+    RunTool("ffmpeg -v error -xerror -i " + Quoted(aac) + " -f null - 2>&1", errors);
+    const Bytes text = ReadWholeFile(errors);
+    return {text.begin(), text.end()};
+  }
+
+  ScratchDirectory scratch_;
+  std::filesystem::path file_;
+  FrameDump dump_;
+  std::string console_;
+};
+
+// Frames carry the time of their tag: `frames` is taken apart into the tags by their sizes.
+void ExpectTimesOf(const std::vector<ReferencePacket>& packets, std::span<const DumpedFrame> frames,
+                   std::size_t added_to_a_packet) {
+  ASSERT_FALSE(packets.empty());
+  std::size_t at = 0;
+  for (const ReferencePacket& packet : packets) {
+    std::size_t size = 0;
+    while (size < packet.size + added_to_a_packet) {
+      ASSERT_LT(at, frames.size());
+      size += frames[at].payload.size();
+      EXPECT_EQ(frames[at].dts, packet.dts * kTicksPerMillisecond);
+      EXPECT_EQ(frames[at].pts, frames[at].dts);
+      EXPECT_EQ(frames[at].play, frames[at].dts);
+      ++at;
+    }
+    EXPECT_EQ(size, packet.size + added_to_a_packet);
+  }
+  EXPECT_EQ(at, frames.size());
+}
+
+TEST_P(FlvGoldenTest, NalUnitsAreThoseOfTheReferenceReader) {
+  const std::vector<Bytes> nals = VideoNalUnits();
+  if (!GetParam().has_video) {
+    EXPECT_TRUE(nals.empty());
+    return;
+  }
+  const std::vector<Bytes> reference =
+      SplitNalUnits(ReadElementaryStream(file_, "v:0", "h264", scratch_));
+  ASSERT_GT(nals.size(), 100U);
+  EXPECT_EQ(nals[0], FirstOfType(reference, kSps));
+  EXPECT_EQ(nals[1], FirstOfType(reference, kPps));
+  const std::vector<Bytes> pictures(nals.begin() + 2, nals.end());
+  EXPECT_TRUE(pictures == WithoutParameterSets(reference));
+}
+
+TEST_P(FlvGoldenTest, VideoTimesAreTheDecodeTimesOfTheReferenceReader) {
+  if (!GetParam().has_video) {
+    EXPECT_TRUE(dump_.video.empty());
+    return;
+  }
+  const auto packets = ReadPackets(file_, "v:0", scratch_);
+  EXPECT_TRUE(std::any_of(packets.begin(), packets.end(), [](const auto& packet) {
+    return packet.pts != packet.dts;
+  })) << "no B-frames";
+  ASSERT_GT(dump_.video.size(), 2U);
+  ExpectTimesOf(packets, std::span(dump_.video).subspan(2), 0);
+}
+
+TEST_P(FlvGoldenTest, AudioTimesAreThoseOfTheReferenceReader) {
+  if (GetParam().audio_format.empty()) {
+    EXPECT_TRUE(dump_.audio.empty());
+  } else {
+    ExpectTimesOf(ReadPackets(file_, "a:0", scratch_), dump_.audio, kAdtsSize);
+  }
+}
+
+// With a header in front of each frame, AAC is a file that ffmpeg writes itself.
+TEST_P(FlvGoldenTest, AudioIsThatOfTheReferenceReaderAndAacDecodesWithoutAnError) {
+  const std::string& format = GetParam().audio_format;
+  if (format.empty()) {
+    EXPECT_TRUE(dump_.audio.empty());
+    return;
+  }
+  const bool is_aac = format == "adts";
+  Bytes stream;
+  for (const DumpedFrame& frame : dump_.audio) {
+    ASSERT_GT(frame.payload.size(), kAdtsSize);
+    const auto begin = frame.payload.begin() + (is_aac ? 0 : kAdtsSize);
+    stream.insert(stream.end(), begin, frame.payload.end());
+  }
+  EXPECT_TRUE(stream == ReadElementaryStream(file_, "a:0", is_aac ? "adts" : "data", scratch_));
+  if (is_aac) {
+    EXPECT_EQ(ErrorsOfDecoding(stream), "");
+  }
+}
+
+TEST_P(FlvGoldenTest, ConsoleTellsTheHeaderTheParameterSetsOnceAndOtherAudio) {
+  const auto line = [](const char* text, const DumpedFrame& frame, std::size_t header) {
+    return text + std::to_string(frame.payload.size() - header) + "\n";
+  };
+  std::string expected = "headlength:9\n";
+  if (GetParam().has_video) {
+    ASSERT_GT(dump_.video.size(), 2U);
+    expected += line("sssize:", dump_.video[0], 4) + line("ppsize:", dump_.video[1], 4);
+  }
+  if (GetParam().audio_format == "mp3") {
+    for (const DumpedFrame& frame : dump_.audio) {
+      expected += line("write autio data:", frame, kAdtsSize);
+    }
+  }
+  EXPECT_EQ(console_, expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Samples, FlvGoldenTest, testing::ValuesIn(FlvSamples()),
+                         [](const auto& suite) { return suite.param.name; });
+
+TEST(FlvSamplesTest, LongTimestampsLieOnBothSidesOfTwentyFourBits) {
+  const ScratchDirectory scratch;
+  for (const FlvSample& sample : FlvSamples()) {
+    if (sample.name != "TimestampsPastTwentyFourBits") continue;
+    const std::filesystem::path file = scratch.File("sample.flv");
+    MakeSample(sample, file);
+    const auto video = ParseFlv(ReadWholeFile(file)).frames.video;
+    ASSERT_GT(video.size(), 2U);
+    EXPECT_LT(video[2].dts, 0x1000000 * kTicksPerMillisecond);
+    EXPECT_GT(video.back().dts, 0x1000000 * kTicksPerMillisecond);
+    return;
+  }
+  FAIL() << "no such sample";
+}
+
+}  // namespace

@@ -1,0 +1,199 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+
+#include "common/temp_files.h"
+#include "flv/flv_stream.h"
+#include "tests/support/flv_play.h"
+
+namespace {
+
+using flv_test::Bytes;
+using flv_test::Join;
+using flv_test::MakeStream;
+
+class FlvRestartTest : public FlvPlay {
+ protected:
+  static std::string RestartFile() { return GetTempDirA() + "mebo.flv"; }
+
+  // Plays a stream from a server of its own beside those that play already. Each of its pictures
+  // must come once; two threads deliver them, so their order is not looked at.
+  void ExpectToPlayBesideOthers() {
+    constexpr std::size_t kNalSize = 1234;  // the others have pictures of other sizes
+    constexpr std::size_t kPictures = 100;
+    const auto is_picture = [](const RecordedFrame& frame) {
+      return frame.payload.size() == kNalSize + 4;
+    };
+    TestServer other;
+    other.Serve(MakeStream(kPictures, kNalSize));
+    downloader_.BeginDownload(other.Url("/plain/other.flv"));
+    EXPECT_TRUE(player_.WaitFor([&](const Record& record) {
+      return std::count_if(record.video.begin(), record.video.end(), is_picture) == kPictures;
+    }));
+    EXPECT_TRUE(Stop());
+    std::set<std::uint64_t> times;
+    for (const RecordedFrame& frame : player_.Snapshot().video) {
+      if (is_picture(frame)) {
+        EXPECT_TRUE(times.insert(frame.dts).second) << "twice: " << frame.dts;
+      }
+    }
+    EXPECT_EQ(times.size(), kPictures);
+    EXPECT_EQ(other.Requests().size(), 1U);
+  }
+
+  void StartAgain() {
+    player_.Reopen();
+    player_.Forget();
+  }
+};
+
+TEST_F(FlvRestartTest, SameAddressIsToldAndPlaysFromItsBeginningAgain) {
+  const Bytes stream = MakeStream(30);
+  server_.Serve(stream);
+  const std::string url = server_.Url("/plain/a.flv");
+  ExpectAllFrames(url, stream);
+  EXPECT_TRUE(player_.Snapshot().MessagesWith("PLAY FLV RE:").empty());
+  StartAgain();
+  ExpectAllFrames(url, stream);
+  EXPECT_THAT(player_.Snapshot().messages,
+              testing::ElementsAre("PLAY FLV:" + url, "PLAY FLV RE:" + url, OkLine(url)));
+  EXPECT_EQ(server_.Requests()[1].range, "bytes=0-");
+}
+
+TEST_F(FlvRestartTest, SameAddressAfterAStopInMidTransferPlaysFromItsBeginningAgain) {
+  server_.Serve(MakeStream(100));
+  const std::string url = server_.Url("/stall/a.flv");
+  for (int run = 0; run < 2; ++run) {
+    StartAgain();
+    downloader_.BeginDownload(url);
+    ASSERT_TRUE(WaitForVideo(20));
+    Stop();
+    const Record record = player_.Snapshot();
+    EXPECT_EQ(record.video.front().payload, (Bytes{0, 0, 0, 1, 0x67, 1, 2, 3}));
+    EXPECT_EQ(record.video[2].dts, 0U);
+  }
+  EXPECT_EQ(server_.Requests()[1].range, "bytes=0-");
+}
+
+TEST_F(FlvRestartTest, SameAddressLeavesTheRestartFileUntouchedAndAnotherEmptiesIt) {
+  const auto play_and_stop = [this](const std::string& url) {
+    downloader_.BeginDownload(url);
+    downloader_.EndDownload();
+  };
+  std::filesystem::remove(RestartFile());
+  play_and_stop("file:///no/such/one.flv");
+  ASSERT_TRUE(std::filesystem::exists(RestartFile()));
+  EXPECT_EQ(std::filesystem::file_size(RestartFile()), 0U);
+  std::ofstream(RestartFile()) << "kept";
+  play_and_stop("file:///no/such/one.flv");
+  EXPECT_EQ(std::filesystem::file_size(RestartFile()), 4U);
+  play_and_stop("file:///no/such/other.flv");
+  EXPECT_EQ(std::filesystem::file_size(RestartFile()), 0U);
+}
+
+TEST_F(FlvRestartTest, NothingIsWrittenToTheRestartFileWhileAStreamPlays) {
+  const Bytes stream = MakeStream(30);
+  server_.Serve(stream);
+  ExpectAllFrames(server_.Url("/plain/a.flv"), stream);
+  EXPECT_EQ(std::filesystem::file_size(RestartFile()), 0U);
+}
+
+TEST_F(FlvRestartTest, OtherAddressPlaysWithoutWordsOfTheFirst) {
+  const Bytes stream = MakeStream(10);
+  server_.Serve(stream);
+  ExpectAllFrames(server_.Url("/plain/a.flv"), stream);
+  StartAgain();
+  ExpectAllFrames(server_.Url("/plain/b.flv"), stream);
+  EXPECT_TRUE(player_.Snapshot().MessagesWith("PLAY FLV RE:").empty());
+}
+
+TEST_F(FlvRestartTest, BytesOfAStoppedStreamAreNotInTheNext) {
+  const Bytes stream = MakeStream(100);
+  server_.Serve(stream);
+  for (int run = 0; run < 3; ++run) {
+    StartAgain();
+    downloader_.BeginDownload(server_.Url("/stall/a.flv"));
+    ASSERT_TRUE(WaitForVideo(3));
+    Stop();
+    EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "nothing was left that could spoil the next";
+    StartAgain();
+    ExpectAllFrames(server_.Url("/plain/b.flv"), stream);
+  }
+}
+
+TEST_F(FlvRestartTest, AudioConfigurationHoldsForAStreamWithoutOne) {
+  const Bytes with = Join({flv_test::Header(), flv_test::AacHeaderTag(flv_test::kStereo48),
+                           flv_test::AacTag(0, {1, 2}), flv_test::LastBackPointer()});
+  const Bytes without =
+      Join({flv_test::Header(), flv_test::AacTag(0, {3, 4, 5}), flv_test::LastBackPointer()});
+  server_.Serve(with);
+  ExpectAllFrames(server_.Url("/plain/a.flv"), with);
+  StartAgain();
+  server_.Serve(without);
+  downloader_.BeginDownload(server_.Url("/plain/b.flv"));
+  ASSERT_TRUE(WaitForAudio(1));
+  Stop();
+  EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())),
+            DumpText(ParseFlv(without, flv_test::kStereo48).frames));
+}
+
+TEST_F(FlvRestartTest, SecondStartWithoutAStopAddsItsTasksBesideTheFirst) {
+  const std::string url = ServeLive();
+  downloader_.BeginDownload(url);
+  ASSERT_TRUE(WaitForVideo(5));
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(server_.WaitForRequests(2)) << "the second download runs beside the first";
+  EXPECT_TRUE(WaitForMessage("PLAY FLV RE:" + url));
+  EXPECT_TRUE(Stop());
+}
+
+TEST_F(FlvRestartTest, SecondStartRightBehindTheFirstEndsInOneStop) {
+  const std::string url = ServeLive();
+  downloader_.BeginDownload(url);
+  downloader_.BeginDownload(url);
+  ASSERT_TRUE(server_.WaitForRequests(2));
+  EXPECT_TRUE(Stop());
+  StartAgain();
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitForVideo(50)) << "nothing of the first two is left";
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(server_.Requests().size(), 3U);
+}
+
+TEST_F(FlvRestartTest, OtherAddressWithoutAStopPlaysWholeBesideAStalledOne) {
+  server_.Serve(MakeStream(100));
+  downloader_.BeginDownload(server_.Url("/stall/a.flv"));
+  ASSERT_TRUE(WaitForVideo(5));
+  ExpectToPlayBesideOthers();
+}
+
+// The tasks of three starts are more than there are workers.
+TEST_F(FlvRestartTest, ThirdStartWithoutAStopPlaysWholeBesideTwoStalledOnes) {
+  server_.Serve(MakeStream(100));
+  downloader_.BeginDownload(server_.Url("/stall/a.flv"));
+  downloader_.BeginDownload(server_.Url("/stall/b.flv"));
+  ASSERT_TRUE(server_.WaitForRequests(2));
+  ExpectToPlayBesideOthers();
+  StartAgain();
+  ExpectAllFrames(server_.Url("/plain/c.flv"), MakeStream(100));
+  EXPECT_EQ(server_.Requests().size(), 3U);
+}
+
+TEST_F(FlvRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
+  const Bytes stream = MakeStream(20);
+  server_.Serve(stream);
+  {
+    CStreamDownloader first(&player_);
+    first.BeginDownload(server_.Url("/plain/a.flv"));
+    ASSERT_TRUE(WaitForVideo(4));
+  }
+  player_.Forget();
+  ExpectAllFrames(server_.Url("/plain/b.flv"), stream);
+}
+
+}  // namespace

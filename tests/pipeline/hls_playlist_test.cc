@@ -1,0 +1,224 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "hls/playlist_thread.h"
+#include "tests/support/hls_playlists.h"
+#include "tests/support/hls_server.h"
+#include "tests/support/hls_tasks.h"
+
+namespace {
+
+using hls_test::LivePlaylist;
+using hls_test::MasterPlaylist;
+using hls_test::OnDemandPlaylist;
+using hls_test::SegmentLines;
+using hls_test::SegmentUris;
+using testing::Each;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr char kList[] = "/list.m3u8";
+constexpr char kIphone[] = "Mozilla/5.0 (iPhone;";
+constexpr char kAndroid[] = "Mozilla/5.0 (Linux; U; Android 4.0.3;";
+
+// The playlist thread's work on the test's own thread: when it returns, nothing more comes.
+class HlsPlaylistTest : public HlsTasks {
+ protected:
+  std::string Run(const std::string& url) {
+    testing::internal::CaptureStdout();
+    PlaylistThread(pipeline_, url);
+    return testing::internal::GetCapturedStdout();
+  }
+  std::string Run() { return Run(server_.Url(kList)); }
+
+  // Runs it beside the test until `met` holds, then stops it.
+  template <typename Condition>
+  void RunUntil(const std::string& url, Condition met) {
+    testing::internal::CaptureStdout();
+    std::thread thread([&] { PlaylistThread(pipeline_, url); });
+    EXPECT_TRUE(met());
+    pipeline_.running = false;
+    WakeHlsTasks();
+    thread.join();
+    testing::internal::GetCapturedStdout();
+  }
+
+  // The outcome told for a playlist whose body this is.
+  std::vector<std::string> OutcomeOf(const std::string& body) {
+    server_.Put(kList, body);
+    RunUntil(server_.Url(kList), [this] {
+      return player_.WaitFor([](const auto& record) { return !record.results.empty(); });
+    });
+    const auto record = player_.Snapshot();
+    std::vector<std::string> lines = record.messages;
+    lines.insert(lines.end(), record.results.begin(), record.results.end());
+    for (std::string& line : lines) line.resize(line.find(":http") + 1);
+    return lines;
+  }
+
+  HlsServer server_;
+};
+
+TEST_F(HlsPlaylistTest, PlaylistThatCannotBeHadIsTriedTwiceAndGivenUp) {
+  server_.Put(kList, CutAfter(20, Whole(OnDemandPlaylist(SegmentUris(0, 3)))));
+  EXPECT_EQ(Run(), "m3u8 Download thread stop.\n");
+  const std::string url = server_.Url(kList);
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY Try:" + url, "PLAY Failed:" + url));
+  EXPECT_TRUE(player_.Snapshot().results.empty());
+  EXPECT_EQ(server_.Requests().size(), 2U);
+}
+
+TEST_F(HlsPlaylistTest, ServerThatIsDownIsTriedTwiceAndGivenUp) {
+  std::string url;
+  {
+    const HlsServer gone;
+    url = gone.Url(kList);
+  }
+  EXPECT_EQ(Run(url), "m3u8 Download thread stop.\n");
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY Try:" + url, "PLAY Failed:" + url));
+}
+
+TEST_F(HlsPlaylistTest, WithoutAPlayerFailuresAreToldToNobody) {
+  pipeline_.player = PlayerPort();
+  server_.Put(kList, CutAfter(5, Whole(std::string("#EXTM3U\n"))));
+  EXPECT_EQ(Run(), "m3u8 Download thread stop.\n");
+  EXPECT_EQ(server_.Requests().size(), 2U);
+}
+
+TEST_F(HlsPlaylistTest, SecondAttemptGoesToTheCleanedAddressWithoutAUserAgent) {
+  server_.Put("/a\xC1\xA1.m3u8", CutAfter(0, Whole(std::string("x"))));
+  server_.Put("/ab.m3u8", OnDemandPlaylist(SegmentUris(0, 2)));
+  const std::string url = server_.Url("/a\xC1\xA1.m3u8?x&pt=ios&");
+  Run(url);
+  const auto requests = server_.Requests();
+  ASSERT_EQ(requests.size(), 2U);
+  EXPECT_EQ(requests[0].path, "/a\xC1\xA1.m3u8");
+  EXPECT_THAT(requests[0].user_agent, StartsWith(kIphone));
+  EXPECT_EQ(requests[1].path, "/ab.m3u8") << "C1 and A1 fold into 62";
+  EXPECT_FALSE(requests[1].has_user_agent);
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY Try:" + url, "PLAY M3U8 OK:" + url));
+}
+
+TEST_F(HlsPlaylistTest, BodyCutOffAtTheFirstAttemptStaysInFrontOfTheSecond) {
+  server_.Put("/\xC1\xA1.m3u8", CutAfter(5, Whole(std::string("fail\n\n"))));
+  server_.Put("/b.m3u8", OnDemandPlaylist(SegmentUris(0, 2)));
+  Run(server_.Url("/\xC1\xA1.m3u8"));
+  EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts"));
+}
+
+TEST_F(HlsPlaylistTest, RefreshesRepeatTheRequestThatSucceeded) {
+  server_.Put("/\xC1\xA1.m3u8", CutAfter(0, Whole(std::string("x"))));
+  server_.Put("/b.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
+  RunUntil(server_.Url("/\xC1\xA1.m3u8?x&pt=ios&"),
+           [this] { return server_.WaitForRequests("/b.m3u8", 2); });
+  for (const auto& request : server_.Requests()) {
+    EXPECT_EQ(request.has_user_agent, request.path != "/b.m3u8");
+  }
+}
+
+TEST_F(HlsPlaylistTest, PlaylistVariantAndRefreshAskForTheUserAgentOfTheirOwnAddress) {
+  server_.Put(kList, MasterPlaylist({{500'000, "low.m3u8?x&pt=android&"}, {900'000, "high.m3u8"}}));
+  server_.Put("/low.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
+  server_.Put("/high.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
+  RunUntil(server_.Url(kList) + "?x&pt=ios&", [this] { return server_.WaitForRequests(6); });
+  for (const auto& request : server_.Requests()) {
+    const std::string agent = request.path == kList ? kIphone : kAndroid;
+    EXPECT_EQ(request.has_user_agent, request.path != "/high.m3u8");
+    EXPECT_TRUE(!request.has_user_agent || request.user_agent.starts_with(agent));
+  }
+}
+
+TEST_F(HlsPlaylistTest, OutcomeIsOkForAPlaylist) {
+  EXPECT_THAT(OutcomeOf(LivePlaylist(0, SegmentUris(0, 1))),
+              ElementsAre("PLAY M3U8 OK:", "PLAY:M3U8 OK:"));
+}
+
+TEST_F(HlsPlaylistTest, OutcomeTellsThatThePlaylistIsNotToBeCached) {
+  EXPECT_THAT(OutcomeOf("#EXTM3U\n#EXT-X-ALLOW-CACHE:NO\n"),
+              ElementsAre("PLAY M3U8 CACHE_NO OK:", "PLAY:M3U8 CACHE_NO OK:"));
+}
+
+TEST_F(HlsPlaylistTest, OutcomeIsNoForAnythingElse) {
+  EXPECT_THAT(OutcomeOf("<html>gone</html>"), ElementsAre("PLAY M3U8 NO:", "PLAY:M3U8 NO:"));
+}
+
+TEST_F(HlsPlaylistTest, OutcomeIsNoAlsoWhereOnlyTheCacheLineIsThere) {
+  EXPECT_THAT(OutcomeOf("#EXT-X-ALLOW-CACHE:NO\n"), ElementsAre("PLAY M3U8 NO:", "PLAY:M3U8 NO:"));
+}
+
+TEST_F(HlsPlaylistTest, WordsCountAnywhereInTheBody) {
+  EXPECT_THAT(OutcomeOf("not x#EXTM3U here\n y#EXT-X-ALLOW-CACHE:NO"),
+              ElementsAre("PLAY M3U8 CACHE_NO OK:", "PLAY:M3U8 CACHE_NO OK:"));
+}
+
+TEST_F(HlsPlaylistTest, ErrorPageOfTheServerIsTakenAsABody) {
+  RunUntil(server_.Url("/nowhere.m3u8"), [this] {
+    return player_.WaitFor([](const auto& record) { return !record.results.empty(); });
+  });
+  EXPECT_THAT(player_.Snapshot().messages,
+              ElementsAre("PLAY M3U8 NO:" + server_.Url("/nowhere.m3u8")));
+}
+
+TEST_F(HlsPlaylistTest, BodyThatSaysFailedEndsTheThreadAfterItsOutcome) {
+  for (const std::string& body :
+       {LivePlaylist(0, {"failed.ts"}), OnDemandPlaylist({"failed.ts"}), std::string("failed")}) {
+    player_.Forget();
+    ClearHlsStream();
+    server_.Put(kList, body);
+    EXPECT_EQ(Run(), "[DOWNLOAD]: " + server_.Url(kList) + "\nm3u8 Download thread stop.\n");
+    EXPECT_EQ(player_.Snapshot().messages.size(), 1U);
+    EXPECT_EQ(player_.Snapshot().results.size(), 1U);
+    EXPECT_EQ(WaitingSegments(), 0U);
+  }
+  EXPECT_EQ(server_.Requests().size(), 3U);
+}
+
+TEST_F(HlsPlaylistTest, OnDemandPlaylistIsQueuedWholeAndTheThreadEnds) {
+  server_.Put(kList, OnDemandPlaylist({"a.ts", "b.aac", "c.ts?x"}));
+  EXPECT_EQ(Run(),
+            "[DOWNLOAD]: " + server_.Url(kList) + "\nQUEUEED3:3m3u8 Download thread stop.\n");
+  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
+  EXPECT_THAT(Take(), ElementsAre("a.ts", "b.aac", "c.ts?x"));
+  EXPECT_EQ(PlaylistText(), "");
+}
+
+TEST_F(HlsPlaylistTest, OnDemandBodyWithoutAHeaderQueuesNothing) {
+  server_.Put(kList, SegmentLines(SegmentUris(0, 2)) + "#EXT-X-ENDLIST\n");
+  EXPECT_EQ(Run(), "[DOWNLOAD]: " + server_.Url(kList) + "\nm3u8 Download thread stop.\n");
+  EXPECT_EQ(WaitingSegments(), 0U);
+  EXPECT_EQ(player_.Snapshot().messages.front().substr(0, 13), "PLAY M3U8 NO:");
+}
+
+TEST_F(HlsPlaylistTest, LivePlaylistIsAskedForAgainUntilTheStop) {
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
+  RunUntil(server_.Url(kList), [this] { return server_.WaitForRequests(3); });
+  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "refreshes are told to nobody";
+}
+
+TEST_F(HlsPlaylistTest, FailingRefreshesAreToldToNobodyAndGoOn) {
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
+  RunUntil(server_.Url(kList), [this] {
+    server_.WaitForRequests(1);
+    server_.Put(kList, CutAfter(0, Whole(std::string("x"))));
+    return server_.WaitForRequests(4);
+  });
+  EXPECT_EQ(player_.Snapshot().messages.size(), 1U);
+}
+
+TEST_F(HlsPlaylistTest, LiveStreamThatEndsIsStillAskedForAndItsLastSegmentsPlay) {
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
+  ASSERT_TRUE(Refresh(server_.Url(kList)));
+  TakeAndDownload();
+  server_.Put(kList, LivePlaylist(1, SegmentUris(1, 2)) + "#EXT-X-ENDLIST\n");
+  ASSERT_TRUE(Refresh(server_.Url(kList)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg2.ts"));
+}
+
+}  // namespace

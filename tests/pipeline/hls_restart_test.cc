@@ -1,0 +1,170 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/support/hls_play.h"
+#include "ts/ts_demux.h"
+
+namespace {
+
+using hls_test::LivePlaylist;
+using hls_test::SegmentUris;
+using testing::Each;
+using testing::ElementsAre;
+using testing::Gt;
+using ts_test::MakeStream;
+
+class HlsRestartTest : public HlsPlay {
+ protected:
+  // Plays what is served to its end, stops, and forgets it all, but for what a stop leaves behind.
+  void PlayOnce(std::size_t frames) {
+    downloader_.BeginDownload(ListUrl());
+    ASSERT_TRUE(WaitForVideo(frames) && WaitForAudio(frames));
+    Stop();
+    const TsDemuxLock lock;
+    ts_demux_forget();
+    player_.Reopen();
+    player_.Forget();
+  }
+
+  static constexpr std::uint64_t kFirstPts = 90'000;
+};
+
+TEST_F(HlsRestartTest, FirstVideoFrameIsLeftOutAndNoAudioFrameIs) {
+  PutOnDemand(MakeStream(20), 2);
+  PlayOnce(19);
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(18) && WaitForAudio(19));
+  Stop();
+  EXPECT_EQ(player_.Snapshot().video.front().pts, kFirstPts + 3'600);
+  EXPECT_EQ(player_.Snapshot().audio.front().pts, kFirstPts);
+}
+
+TEST_F(HlsRestartTest, FirstVideoFrameOfTheVeryFirstRunIsDelivered) {
+  PutOnDemand(MakeStream(20), 2);
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(19));
+  Stop();
+  EXPECT_EQ(player_.Snapshot().video.front().pts, kFirstPts);
+}
+
+TEST_F(HlsRestartTest, TransportStreamAfterItGetsItsFirstFrame) {
+  PutOnDemand(MakeStream(20), 2);
+  PlayOnce(19);
+  server_.Put("/plain.ts", MakeStream(20));
+  downloader_.BeginDownload(server_.Url("/plain.ts"));
+  EXPECT_TRUE(WaitForVideo(19));
+  Stop();
+  EXPECT_EQ(player_.Snapshot().video.front().pts, kFirstPts);
+}
+
+TEST_F(HlsRestartTest, SameAddressBeginsFromNothing) {
+  PutOnDemand(MakeStream(30), 3);
+  PlayOnce(29);
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForAudio(29));
+  EXPECT_TRUE(WaitForBufferedTimes(3));
+  const Record record = player_.Snapshot();
+  Stop();
+  EXPECT_THAT(CountRequests(SegmentUris(0, 3)), Each(2U));
+  EXPECT_THAT(record.durations, ElementsAre(30.0F));
+  EXPECT_THAT(record.buffered_times, ElementsAre(10.0F, 20.0F, 30.0F));
+  EXPECT_EQ(record.MessagesWith("PLAY M3U8 H264:").size(), 1U);
+}
+
+TEST_F(HlsRestartTest, LiveStreamUnderSmallerNumbersBeginsFromNothing) {
+  PutSegments(MakeStream(20), SegmentUris(0, 2));
+  server_.Put(kList, LivePlaylist(100, SegmentUris(0, 2)));
+  PlayOnce(19);
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForAudio(19));
+  Stop();
+}
+
+TEST_F(HlsRestartTest, AnotherAddressPlaysAfterAStalledOne) {
+  PutOnDemand(MakeStream(20), 2);
+  server_.Put("/stalled.m3u8", StalledAfter(10, Whole(LivePlaylist(0, SegmentUris(0, 2)))));
+  downloader_.BeginDownload(server_.Url("/stalled.m3u8"));
+  ASSERT_TRUE(server_.WaitForRequests(1));
+  Stop();
+  player_.Reopen();
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(18) && WaitForAudio(19));
+  Stop();
+  EXPECT_TRUE(player_.Snapshot().HasMessage("PLAY M3U8 OK:" + ListUrl()));
+}
+
+TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
+  PutOnDemand(MakeStream(20), 2);
+  server_.Put("/other.m3u8", LivePlaylist(0, SegmentUris(0, 2)));
+  for (int i = 0; i < 20; ++i) {
+    downloader_.BeginDownload(server_.Url("/other.m3u8"));
+    downloader_.EndDownload();
+  }
+  {
+    const TsDemuxLock lock;
+    ts_demux_forget();
+  }
+  player_.Forget();
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(18) && WaitForAudio(19));
+  Stop();
+  EXPECT_EQ(server_.CountRequests(kList), 1U);
+  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY M3U8 OK:").size(), 1U);
+}
+
+TEST_F(HlsRestartTest, SecondStartWithoutAStopPlaysBesideTheFirst) {
+  PutSegments(MakeStream(60), SegmentUris(0, 6));
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 6)));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(WaitForVideo(1));
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(server_.WaitForRequests(kList, 4));
+  EXPECT_TRUE(player_.WaitFor([](const Record& record) { return record.results.size() == 2; }));
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY STOP OK").size(), 1U);
+}
+
+TEST_F(HlsRestartTest, SecondStartOfAnotherAddressPlaysBesideASilentOne) {
+  PutOnDemand(MakeStream(20), 2);
+  server_.Put("/silent.m3u8", Silent());
+  downloader_.BeginDownload(server_.Url("/silent.m3u8"));
+  ASSERT_TRUE(server_.WaitForRequests(1));
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(Stop()) << "the second request waits for the first to end";
+}
+
+TEST_F(HlsRestartTest, ThreeStartsAtOnceAreForgottenByOneStop) {
+  PutSegments(MakeStream(60), SegmentUris(0, 6));
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 6)));
+  for (int i = 0; i < 3; ++i) downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(server_.WaitForRequests(kList, 3));
+  EXPECT_TRUE(Stop());
+  const std::size_t requests = server_.Requests().size();
+  player_.Reopen();
+  player_.Forget();
+  server_.Put("/next.m3u8", hls_test::OnDemandPlaylist(SegmentUris(0, 6)));
+  downloader_.BeginDownload(server_.Url("/next.m3u8"));
+  EXPECT_TRUE(WaitForAudio(50));
+  Stop();
+  EXPECT_EQ(server_.Requests().size(), requests + 7);
+}
+
+TEST_F(HlsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
+  PutOnDemand(MakeStream(20), 2);
+  {
+    CStreamDownloader first(&player_);
+    first.BeginDownload(ListUrl());
+    ASSERT_TRUE(WaitForVideo(19));
+  }
+  player_.Forget();
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(19));  // one left behind by the first, one left out
+  Stop();
+}
+
+}  // namespace

@@ -1,0 +1,343 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <filesystem>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/user_agent.h"
+#include "tests/support/hls_play.h"
+#include "tests/support/wait_until.h"
+#include "ts/ts_demux.h"
+
+namespace {
+
+using hls_test::CutIntoSegments;
+using hls_test::OnDemandPlaylist;
+using hls_test::PaddedTo;
+using hls_test::SegmentUris;
+using hls_test::Uris;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using ts_test::Bytes;
+using ts_test::MakeStream;
+
+constexpr std::size_t kLargest = 15'728'640;
+
+Bytes operator+(Bytes first, const Bytes& second) {
+  ts_test::Append(first, second);
+  return first;
+}
+
+Bytes FirstBytes(const Bytes& bytes, std::size_t count) {
+  return {bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(count)};
+}
+
+std::string Text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+
+// An on-demand stream of four segments, one of which a test spoils.
+class HlsSegmentTest : public HlsPlay {
+ protected:
+  HlsSegmentTest() { PutOnDemand(stream_, 4); }
+
+  // Plays the stream until this is what came of it, then stops. What was written to the console.
+  std::string PlayAndExpect(const Bytes& played) {
+    const Record expected = FramesOf(played);
+    testing::internal::CaptureStdout();
+    downloader_.BeginDownload(ListUrl());
+    EXPECT_TRUE(WaitForVideo(expected.video.size()) && WaitForAudio(expected.audio.size()) &&
+                WaitForBufferedTimes(4));
+    Stop();
+    EXPECT_EQ(Dump(player_.Snapshot()), Dump(expected));
+    EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10, 20, 30, 40));
+    EXPECT_THAT(CountRequests(SegmentUris(0, 4)), Each(1U));
+    return testing::internal::GetCapturedStdout();
+  }
+
+  const Bytes stream_ = MakeStream(80);
+  const std::vector<Bytes> parts_ = CutIntoSegments(stream_, 4);
+};
+
+TEST_F(HlsSegmentTest, EveryByteOfEverySegmentIsPlayedOnceInOrder) { PlayAndExpect(stream_); }
+
+TEST_F(HlsSegmentTest, OneThatIsNotFoundLosesOnlyItself) {
+  server_.Put("/seg1.ts", WithStatus(404, Whole(std::string("404 page not found"))));
+  PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+  EXPECT_EQ(bad_.Contents(), "404 page not found");
+  EXPECT_TRUE(player_.Snapshot().HasMessage("PLAY M3U8 H264:" + ListUrl()));
+}
+
+TEST_F(HlsSegmentTest, HtmlPageInsteadOfOneLosesOnlyItself) {
+  const std::string page = "<html>" + std::string(1'000, '.') + "</html>";
+  server_.Put("/seg1.ts", page);
+  const std::string console = PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+  EXPECT_EQ(bad_.Contents(), page);
+  EXPECT_THAT(console, HasSubstr("The ts packet has not sync byte\n"));
+}
+
+TEST_F(HlsSegmentTest, EmptyOneIsPassedOver) {
+  server_.Put("/seg1.ts", std::string());
+  PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+  EXPECT_FALSE(bad_.Exists());
+}
+
+TEST_F(HlsSegmentTest, RefusedOneLosesOnlyItself) {
+  {
+    const HlsServer gone;
+    server_.Put("/seg1.ts", RedirectTo(gone.Url("/seg1.ts")));
+  }
+  PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+  EXPECT_FALSE(bad_.Exists());
+}
+
+TEST_F(HlsSegmentTest, MovedOneIsFollowed) {
+  server_.Put("/moved.ts", parts_[1]);
+  server_.Put("/seg1.ts", RedirectTo(server_.Url("/moved.ts")));
+  PlayAndExpect(stream_);
+}
+
+TEST_F(HlsSegmentTest, WhatCameOfOneThatWasCutOffIsPlayedInFrontOfTheNext) {
+  const std::size_t came = 30 * kTsPacketSize;
+  server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
+  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], came) + parts_[2] + parts_[3]);
+}
+
+TEST_F(HlsSegmentTest, OneThatWasCutOffWithinAPacketPutsTheNextOutOfStep) {
+  const std::size_t came = 30 * kTsPacketSize + 100;
+  server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
+  Bytes joined = FirstBytes(parts_[1], came) + parts_[2];
+  joined.resize(joined.size() / kTsPacketSize * kTsPacketSize);  // the tail is dropped
+  PlayAndExpect(parts_[0] + joined + parts_[3]);
+}
+
+TEST_F(HlsSegmentTest, TwoInARowThatWereCutOffAreBothKept) {
+  const std::size_t came = 10 * kTsPacketSize;
+  server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
+  server_.Put("/seg2.ts", CutAfter(came, Whole(parts_[2])));
+  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], came) + FirstBytes(parts_[2], came) + parts_[3]);
+}
+
+TEST_F(HlsSegmentTest, TailShorterThanAPacketIsDropped) {
+  server_.Put("/seg1.ts", parts_[1] + Bytes(100, 0x47));
+  PlayAndExpect(stream_);
+}
+
+TEST_F(HlsSegmentTest, LargestThatFitsIsPlayed) {
+  server_.Put("/seg1.ts", PaddedTo(kLargest, parts_[1]));
+  const std::string console = PlayAndExpect(stream_);
+  EXPECT_THAT(console, Not(HasSubstr("given up")));
+}
+
+TEST_F(HlsSegmentTest, LargerOneIsGivenUpWholeAndTheNextPlays) {
+  server_.Put("/seg1.ts", PaddedTo(kLargest + 1, parts_[1]));
+  const std::string console = PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+  EXPECT_THAT(console, HasSubstr("A segment of more than 15728640 bytes is given up.\n"));
+  EXPECT_FALSE(bad_.Exists());
+}
+
+TEST_F(HlsSegmentTest, WhatWasCutOffMakesRoomForOneThatFitsAlone) {
+  server_.Put("/seg1.ts", CutAfter(30 * kTsPacketSize, Whole(parts_[1])));
+  server_.Put("/seg2.ts", PaddedTo(kLargest, parts_[2]));
+  const std::string console = PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+  EXPECT_THAT(console, Not(HasSubstr("given up")));
+}
+
+TEST_F(HlsSegmentTest, LargerOneIsGivenUpTogetherWithWhatWasCutOffBeforeIt) {
+  server_.Put("/seg1.ts", CutAfter(30 * kTsPacketSize, Whole(parts_[1])));
+  server_.Put("/seg2.ts", PaddedTo(kLargest + 1, parts_[2]));
+  const std::string console = PlayAndExpect(parts_[0] + parts_[3]);
+  EXPECT_THAT(console, HasSubstr("bytes is given up.\n"));
+}
+
+TEST_F(HlsSegmentTest, OneThatStallsHoldsUpTheNextAndWhatCameBeforeItPlays) {
+  server_.Put("/seg2.ts", StalledAfter(kTsPacketSize, Whole(parts_[2])));
+  const Record expected = FramesOf(parts_[0] + parts_[1]);
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(expected.video.size()) && WaitForAudio(expected.audio.size()));
+  EXPECT_TRUE(server_.WaitForRequests("/seg2.ts", 1));
+  Stop();
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(expected));
+  EXPECT_EQ(server_.CountRequests("/seg3.ts"), 0U);
+}
+
+TEST_F(HlsSegmentTest, OneThatGoesOnAfterAWhileIsPlayedWhole) {
+  server_.Put("/seg1.ts", GatedAfter(1'000, Whole(parts_[1])));
+  testing::internal::CaptureStdout();
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
+  EXPECT_TRUE(WaitForVideo(1));
+  server_.Release("/seg1.ts");
+  EXPECT_TRUE(WaitForVideo(79) && WaitForAudio(79));
+  Stop();
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream_)));
+}
+
+TEST_F(HlsSegmentTest, UserAgentFollowsTheMarkerInEachAddress) {
+  server_.Put(kList, OnDemandPlaylist({"seg0.ts?x&pt=ios&", "seg1.ts?x&pt=android&", "seg2.ts"}));
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForBufferedTimes(3));
+  Stop();
+  const auto requests = server_.Requests();
+  ASSERT_EQ(requests.size(), 4U);
+  EXPECT_EQ(requests[1].user_agent, UserAgentFor("?x&pt=ios&"));
+  EXPECT_EQ(requests[2].user_agent, UserAgentFor("?x&pt=android&"));
+  EXPECT_FALSE(requests[3].has_user_agent);
+}
+
+// What is told and kept of segments that have no video.
+class HlsBadSegmentTest : public HlsSegmentTest {
+ protected:
+  // Plays `segments` and waits until all of them were parsed: the last one must end in a frame of
+  // this time.
+  void PlayUntilPts(const std::vector<Bytes>& segments, std::uint64_t pts) {
+    const Uris names = SegmentUris(0, static_cast<int>(segments.size()), "bad");
+    for (std::size_t i = 0; i < names.size(); ++i) server_.Put("/" + names[i], segments[i]);
+    server_.Put(kList, OnDemandPlaylist(names));
+    testing::internal::CaptureStdout();
+    downloader_.BeginDownload(ListUrl());
+    EXPECT_TRUE(player_.WaitFor([pts](const Record& record) {
+      return !record.video.empty() && record.video.back().pts == pts;
+    }));
+    Stop();
+    testing::internal::GetCapturedStdout();
+  }
+
+  std::vector<std::string> CodecLines() const {
+    return player_.Snapshot().MessagesWith("PLAY M3U8 ");
+  }
+
+  static Bytes Join(const std::vector<ts_test::Packet>& packets) {
+    Bytes bytes;
+    for (const auto& packet : packets) bytes.insert(bytes.end(), packet.begin(), packet.end());
+    return bytes;
+  }
+
+  const Bytes programs_ = Join({ts_test::MakePat(), ts_test::MakePmt()});
+  const Bytes good_ = MakeStream(4);
+  static constexpr std::uint64_t kLastPts = 90'000 + 2 * 3'600;
+};
+
+TEST_F(HlsBadSegmentTest, FirstOneBeginsTheFileAndIsToldWithItsCodec) {
+  bad_.Write("of another stream");
+  PlayUntilPts({programs_, good_}, kLastPts);
+  EXPECT_EQ(bad_.Contents(), Text(programs_));
+  EXPECT_THAT(CodecLines(),
+              ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 DATAERR H264:" + ListUrl()));
+}
+
+TEST_F(HlsBadSegmentTest, LaterOnesAreAppendedAndNotTold) {
+  const Bytes first = Bytes(300, 'x');
+  const Bytes second = Bytes(50, 'y');
+  PlayUntilPts({programs_, first, second, good_}, kLastPts);
+  EXPECT_EQ(bad_.Contents(), Text(programs_ + first + second));
+  EXPECT_EQ(CodecLines().size(), 2U);
+}
+
+TEST_F(HlsBadSegmentTest, LaterOneIsAppendedToWhatAnotherStreamLeft) {
+  bad_.Write("of another stream");
+  PlayUntilPts({good_, Bytes(50, 'y'), MakeStream(4, 900'000)}, 900'000 + 2 * 3'600);
+  EXPECT_EQ(bad_.Contents(), "of another stream" + std::string(50, 'y'));
+  EXPECT_THAT(CodecLines(),
+              ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 H264:" + ListUrl()));
+}
+
+TEST_F(HlsBadSegmentTest, UnknownStreamIsToldAsTypeZero) {
+  PlayUntilPts({Bytes(50, 'y'), good_}, kLastPts);
+  EXPECT_THAT(CodecLines(),
+              ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 DATAERR 0:" + ListUrl()));
+}
+
+TEST_F(HlsBadSegmentTest, OtherCodecsAreToldByNameOrNumber) {
+  const std::vector<std::pair<std::uint8_t, std::string>> codecs = {{0x24, "H265"}, {0x02, "2"}};
+  for (const auto& [type, name] : codecs) {
+    player_.Reopen();
+    player_.Forget();
+    const Bytes first = Join({ts_test::MakePat(), ts_test::MakePmt({{type, ts_test::kVideoPid}})});
+    PlayUntilPts({first, good_}, kLastPts);
+    EXPECT_EQ(CodecLines().back(), "PLAY M3U8 DATAERR " + name + ":" + ListUrl());
+    ts_demux_forget();
+  }
+}
+
+TEST_F(HlsBadSegmentTest, FirstOneOfASecondRunBeginsTheFileAgain) {
+  PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
+  player_.Reopen();
+  player_.Forget();
+  PlayUntilPts({programs_, good_}, kLastPts);
+  EXPECT_EQ(bad_.Contents(), Text(programs_));
+}
+
+TEST_F(HlsBadSegmentTest, WithoutAPlayerTheFirstOneIsAppended) {
+  bad_.Write("of another stream");
+  server_.Put("/bad.ts", programs_);
+  server_.Put(kList, OnDemandPlaylist({"bad.ts", "seg0.ts"}));
+  CStreamDownloader silent(nullptr);
+  silent.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitUntil([] {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue != nullptr && g_videoQueue->pushed > 10;
+  }));
+  silent.EndDownload();
+  EXPECT_EQ(bad_.Contents(), "of another stream" + Text(programs_));
+}
+
+TEST_F(HlsBadSegmentTest, WithoutADirectoryNothingIsKeptAndPlayingGoesOn) {
+  std::filesystem::remove_all(GetTempDirA());
+  PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
+  EXPECT_FALSE(bad_.Exists());
+}
+
+TEST_F(HlsBadSegmentTest, OneWhoseFramesWereDeliveredMeanwhileIsGood) {
+  // A few frames, and behind them so much that they are long gone when its end is parsed.
+  PlayUntilPts({PaddedTo(12'000'000, good_), PaddedTo(12'000'000, MakeStream(4, 900'000))},
+               900'000 + 2 * 3'600);
+  EXPECT_FALSE(bad_.Exists());
+  EXPECT_THAT(CodecLines(),
+              ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 H264:" + ListUrl()));
+}
+
+TEST_F(HlsBadSegmentTest, OneThatFollowsFramesStillQueuedIsBadAllTheSame) {
+  PlayUntilPts({MakeStream(200), Bytes(50, 'y'), MakeStream(4, 90'000'000)},
+               90'000'000 + 2 * 3'600);
+  EXPECT_EQ(bad_.Contents(), std::string(50, 'y'));
+}
+
+class HlsHandOverTest : public HlsPlay {};
+
+TEST_F(HlsHandOverTest, SegmentWaitsUntilTheOneBeforeItWasTaken) {
+  const Bytes stream = MakeStream(80);
+  PutOnDemand(stream, 8);
+  {
+    const TsDemuxLock parse_thread_waits;
+    downloader_.BeginDownload(ListUrl());
+    EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
+    EXPECT_FALSE(
+        player_.WaitFor([](const Record& record) { return record.buffered_times.size() > 1; },
+                        std::chrono::milliseconds(300)));
+    EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
+  }
+  EXPECT_TRUE(WaitForVideo(79) && WaitForAudio(79));
+  Stop();
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+}
+
+TEST_F(HlsHandOverTest, SlowParseThreadLosesNothing) {
+  const Bytes stream = MakeStream(200);
+  PutOnDemand(stream, 40);
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitUntil([this] {
+    const TsDemuxLock parse_thread_waits;
+    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    return server_.CountRequests("/seg20.ts") == 1;
+  }));
+  EXPECT_TRUE(WaitForVideo(199) && WaitForAudio(199));
+  Stop();
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+}
+
+}  // namespace

@@ -1,0 +1,237 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <future>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "hls/hls_state.h"
+#include "hls/m3u8_downloader.h"
+#include "hls/segment_states.h"
+#include "tests/support/hls_play.h"
+#include "tests/support/wait_until.h"
+#include "ts/ts_demux.h"
+
+namespace {
+
+using hls_test::LivePlaylist;
+using hls_test::MasterPlaylist;
+using hls_test::OnDemandPlaylist;
+using hls_test::SegmentUris;
+using testing::ElementsAre;
+using ts_test::MakeStream;
+
+class HlsStopTest : public HlsPlay {
+ protected:
+  HlsStopTest() { PutOnDemand(MakeStream(60), 3); }
+
+  // Stops, which must be quick, and looks that nothing of the stream is left.
+  void StopAndExpectNothingLeft() {
+    EXPECT_TRUE(Stop());
+    EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
+    EXPECT_FALSE(ActiveM3u8Runs());
+    EXPECT_EQ(KnownSegments(), 0U);
+    EXPECT_EQ(g_parseLength.load(), 0);
+    {
+      const std::lock_guard lock(g_playlistMutex);
+      EXPECT_EQ(*g_playlistText + *g_variantText, "");
+    }
+    {
+      const std::lock_guard lock(g_downloadMutex);
+      EXPECT_EQ(g_downloadLength, 0);
+    }
+    {
+      const std::lock_guard lock(g_segmentQueueMutex);
+      EXPECT_TRUE(g_segmentQueue->empty());
+    }
+    const std::lock_guard lock(g_frameQueueMutex);
+    EXPECT_EQ(g_videoQueue, nullptr);
+    EXPECT_EQ(g_audioQueue, nullptr);
+  }
+};
+
+TEST_F(HlsStopTest, RightAfterTheStart) {
+  downloader_.BeginDownload(ListUrl());
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, BeforeThePlaylistAnswers) {
+  server_.Put(kList, Silent());
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests(1));
+  StopAndExpectNothingLeft();
+  EXPECT_EQ(server_.Requests().size(), 1U) << "there is no second attempt after a stop";
+}
+
+TEST_F(HlsStopTest, WhileThePlaylistStalls) {
+  server_.Put(kList, StalledAfter(30, Whole(OnDemandPlaylist(SegmentUris(0, 3)))));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests(1));
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, WhileARefreshIsSilent) {
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 3)));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests(kList, 2));
+  server_.Put(kList, Silent());
+  ASSERT_TRUE(server_.WaitForRequests(kList, 3));
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, WhileAVariantIsSilent) {
+  server_.Put(kList, MasterPlaylist({{500'000, "low.m3u8"}, {900'000, "high.m3u8"}}));
+  server_.Put("/low.m3u8", Silent());
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests("/low.m3u8", 1));
+  StopAndExpectNothingLeft();
+  EXPECT_EQ(server_.CountRequests("/high.m3u8"), 0U);
+}
+
+TEST_F(HlsStopTest, WhileAVariantStalls) {
+  server_.Put(kList, MasterPlaylist({{500'000, "low.m3u8"}}));
+  server_.Put("/low.m3u8", StalledAfter(30, Whole(LivePlaylist(0, SegmentUris(0, 3)))));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests("/low.m3u8", 1));
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, WhileASegmentIsSilent) {
+  server_.Put("/seg1.ts", Silent());
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
+  StopAndExpectNothingLeft();
+  EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
+}
+
+TEST_F(HlsStopTest, WhileASegmentStalls) {
+  server_.Put("/seg1.ts", StalledAfter(1'000, Whole(MakeStream(60))));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests("/seg1.ts", 1) && WaitForVideo(5));
+  StopAndExpectNothingLeft();
+}
+
+class HlsStopInHandOverTest : public HlsStopTest {
+ protected:
+  // Calls `stop` while the segment thread waits to hand over its second segment, since the parse
+  // thread is held up until the run flag is cleared.
+  template <typename Stop>
+  void WhileHandOverWaits(Stop stop) {
+    std::promise<void> locked;
+    std::promise<void> started;
+    std::thread parse_thread_waits([&] {
+      const TsDemuxLock lock;
+      locked.set_value();
+      started.get_future().wait();
+      EXPECT_TRUE(WaitUntil([] { return !ActiveM3u8Runs(); }));
+    });
+    locked.get_future().wait();
+    downloader_.BeginDownload(ListUrl());
+    started.set_value();
+    EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
+    stop();
+    parse_thread_waits.join();
+  }
+};
+
+TEST_F(HlsStopInHandOverTest, WhileASegmentWaitsToBeHandedOver) {
+  WhileHandOverWaits([this] { StopAndExpectNothingLeft(); });
+  EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
+}
+
+TEST_F(HlsStopInHandOverTest, GoodSegmentThatTheStopLeftUnparsedIsNotKeptAsBad) {
+  WhileHandOverWaits([this] { Stop(); });
+  EXPECT_FALSE(bad_.Exists());
+}
+
+TEST_F(HlsStopTest, InThePauseBetweenRefreshes) {
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 3)));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForRequests(kList, 2) && WaitForVideo(59));
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, AfterEverythingWasPlayed) {
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(WaitForVideo(59) && WaitForAudio(59));
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, AfterThePlaylistCouldNotBeHad) {
+  server_.Put(kList, CutAfter(0, Whole(std::string("x"))));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(WaitForMessage("PLAY Failed:" + ListUrl()));
+  StopAndExpectNothingLeft();
+}
+
+TEST_F(HlsStopTest, FloodOfGarbageDoesNotHoldItUp) {
+  server_.Put("/seg0.ts", std::string(15'000'000, '\0'));  // a console line for each packet
+  testing::internal::CaptureStdout();
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForBufferedTimes(1));
+  StopAndExpectNothingLeft();
+  testing::internal::GetCapturedStdout();
+}
+
+TEST_F(HlsStopTest, SecondStopReturnsFalseAndTellsNothing) {
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(WaitForVideo(1));
+  EXPECT_TRUE(Stop());
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(Stop());
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TEST_F(HlsStopTest, OfAPipelineThatNeverRanLeavesTheQueuesUntouched) {
+  CM3u8Downloader pipeline(&player_);
+  ResetFrameQueues();
+  EXPECT_FALSE(pipeline.EndDownload());
+  EXPECT_TRUE(player_.Snapshot().messages.empty());
+  const std::lock_guard lock(g_frameQueueMutex);
+  EXPECT_NE(g_videoQueue, nullptr);
+}
+
+TEST_F(HlsStopTest, DestructorStopsWhatPlays) {
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 3)));
+  {
+    CStreamDownloader inner(&player_);
+    inner.BeginDownload(ListUrl());
+    ASSERT_TRUE(WaitForVideo(3));
+  }
+  player_.Close();
+  EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
+  EXPECT_FALSE(ActiveM3u8Runs());
+}
+
+TEST_F(HlsStopTest, DestructorOfAStoppedOneTellsNothing) {
+  {
+    CStreamDownloader inner(&player_);
+    inner.BeginDownload(ListUrl());
+    ASSERT_TRUE(WaitForVideo(3));
+    inner.EndDownload();
+    player_.Close();
+  }
+  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY STOP OK").size(), 1U);
+}
+
+TEST_F(HlsStopTest, HundredStopsAtRandomTimesFromAnotherThread) {
+  PutSegments(MakeStream(60), SegmentUris(0, 3));
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 3)));
+  std::mt19937 random(1);  // NOLINT: the same run every time
+  testing::internal::CaptureStdout();
+  for (int i = 0; i < 100; ++i) {
+    player_.Reopen();
+    downloader_.BeginDownload(ListUrl());
+    std::thread stopper([&] {
+      std::this_thread::sleep_for(std::chrono::microseconds(random() % 20'000));
+      Stop();
+    });
+    stopper.join();
+  }
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY STOP OK").size(), 100U);
+}
+
+}  // namespace

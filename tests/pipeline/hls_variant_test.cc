@@ -1,0 +1,201 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "tests/support/hls_play.h"
+#include "tests/support/hls_tasks.h"
+
+namespace {
+
+using hls_test::LivePlaylist;
+using hls_test::MasterPlaylist;
+using hls_test::SegmentLines;
+using hls_test::SegmentUris;
+using testing::Each;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using ts_test::MakeStream;
+
+constexpr char kMaster[] = "/live/master.m3u8";
+
+// Passes over a master playlist, one by one and without the pauses.
+class HlsVariantTest : public HlsTasks {
+ protected:
+  // The slow one is listed last on purpose.
+  HlsVariantTest() {
+    server_.Put(kMaster, MasterPlaylist({{1'000'000, "high.m3u8"}, {500'000, "low.m3u8"}}));
+  }
+
+  void PutLow(const std::string& text) { server_.Put("/live/low.m3u8", text); }
+  void PutHigh(const std::string& text) { server_.Put("/live/high.m3u8", text); }
+
+  bool Pass() { return Refresh(server_.Url(kMaster)); }
+
+  // What one pass writes to the console. The request for the master playlist is left out.
+  std::string Console() {
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(FetchPlaylist(pipeline_, {server_.Url(kMaster), true}));
+    testing::internal::GetCapturedStdout();
+    testing::internal::CaptureStdout();
+    QueueSegmentsFromPlaylist(pipeline_, server_.Url(kMaster));
+    return testing::internal::GetCapturedStdout();
+  }
+
+  HlsServer server_;
+};
+
+TEST_F(HlsVariantTest, SegmentsOfTheSlowestAreQueuedAndTheOthersIgnored) {
+  PutLow(LivePlaylist(0, SegmentUris(0, 3, "low")));
+  PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(Take(), ElementsAre("low0.ts", "low1.ts", "low2.ts"));
+  std::vector<std::string> paths;
+  for (const auto& request : server_.Requests()) paths.push_back(request.path);
+  EXPECT_THAT(paths, ElementsAre(kMaster, "/live/low.m3u8", "/live/high.m3u8"));
+}
+
+TEST_F(HlsVariantTest, FasterOneAddsWhatItListsBeyondTheEndOfTheSlower) {
+  PutLow(LivePlaylist(0, SegmentUris(0, 2, "low")));
+  PutHigh(LivePlaylist(0, SegmentUris(0, 4, "high")));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(Take(), ElementsAre("low0.ts", "low1.ts", "high2.ts", "high3.ts"));
+}
+
+TEST_F(HlsVariantTest, ConsoleCountsAndNamesWhatIsQueued) {
+  PutLow(LivePlaylist(0, {"low0.ts?x", "low1.aac"}));
+  PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
+  const std::string low = "[DOWNLOAD]: " + server_.Url("/live/low.m3u8") + "\n";
+  const std::string high = "[DOWNLOAD]: " + server_.Url("/live/high.m3u8") + "\n";
+  EXPECT_EQ(Console(), "QUEUEED1:2" + low +
+                           "QUEUEED2:2[QUEUEED]: " + server_.Url("/live/low0.ts?x") + "\n" + high +
+                           "QUEUEED2:3[QUEUEED]: " + server_.Url("/live/high2.ts") + "\n");
+  EXPECT_EQ(Console(), "QUEUEED1:2" + low + "QUEUEED2:2" + high + "QUEUEED2:3");
+}
+
+TEST_F(HlsVariantTest, DownloadedSegmentsAreForgottenWhenNoVariantListsThemAnyMore) {
+  PutLow(LivePlaylist(0, SegmentUris(0, 2, "low")));
+  EXPECT_TRUE(Pass());
+  TakeAndDownload();
+  PutLow(LivePlaylist(1, SegmentUris(1, 2, "low")));
+  const std::string console = Console();
+  EXPECT_THAT(console, HasSubstr("QUEUEED2:2[QUEUEED]: " + server_.Url("/live/low2.ts") + "\n"));
+  EXPECT_THAT(console, testing::EndsWith("[REMOVE]: " + server_.Url("/live/low0.ts") + "\n"));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("low2.ts"));
+}
+
+TEST_F(HlsVariantTest, AddressesAreResolvedAgainstTheTopLevelPlaylist) {
+  server_.Put(kMaster, MasterPlaylist({{500'000, "/elsewhere/low.m3u8"}}));
+  server_.Put("/elsewhere/low.m3u8", LivePlaylist(0, {"a.ts"}));
+  EXPECT_TRUE(Pass());
+  Take();
+  ASSERT_EQ(taken_.size(), 1U);
+  EXPECT_EQ(taken_[0].uri, server_.Url("/live/a.ts"));
+}
+
+TEST_F(HlsVariantTest, OneWithoutAHeaderAddsNothing) {
+  PutLow("#EXT-X-VERSION:3\n" + SegmentLines({"low0.ts"}));
+  server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(Take(), IsEmpty());
+  EXPECT_THAT(VariantText(), HasSubstr("low0.ts")) << "it stays, and the next one is appended";
+}
+
+TEST_F(HlsVariantTest, OneThatIsNotFoundLeavesTheOthers) {
+  PutHigh(LivePlaylist(0, SegmentUris(0, 2, "high")));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(Take(), ElementsAre("high0.ts", "high1.ts"));
+}
+
+TEST_F(HlsVariantTest, OneThatIsCutOffLeavesTheOthersAndItsTextStaysInFront) {
+  const std::string low = LivePlaylist(0, SegmentUris(0, 2, "low"));
+  server_.Put("/live/low.m3u8", CutAfter(low.size() - 19, Whole(low)));
+  PutHigh(LivePlaylist(0, SegmentUris(0, 2, "high")));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(Take(), ElementsAre("low0.ts", "high0.ts", "high1.ts"));
+}
+
+TEST_F(HlsVariantTest, OneThatIsMissingForAWhileGoesOnWhereItWas) {
+  PutLow(LivePlaylist(0, SegmentUris(0, 3)));
+  PutHigh("");
+  EXPECT_TRUE(Pass());
+  EXPECT_EQ(TakeAndDownload().size(), 3U);
+  for (const char* body : {"", "<html>busy</html>", "#EXTM3U\n"}) {
+    PutLow(body);
+    EXPECT_TRUE(Pass());
+    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  }
+  PutLow(LivePlaylist(1, SegmentUris(1, 3)));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
+}
+
+TEST_F(HlsVariantTest, SequenceThatBeginsAnewIsPlayedAgainOnceItMovesOn) {
+  PutLow(LivePlaylist(100, SegmentUris(0, 3)));
+  EXPECT_TRUE(Pass());
+  TakeAndDownload();
+  PutLow(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  PutLow(LivePlaylist(1, SegmentUris(1, 3)));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg1.ts", "seg2.ts", "seg3.ts"));
+}
+
+TEST_F(HlsVariantTest, SequencesOfTwoVariantsAreNotComparedWithEachOther) {
+  for (int i = 0; i < 3; ++i) {
+    PutLow(LivePlaylist(1'000 + i, SegmentUris(i, 3)));
+    PutHigh(LivePlaylist(i, SegmentUris(i, 3, "high")));
+    EXPECT_TRUE(Pass());
+    TakeAndDownload();
+  }
+  ASSERT_EQ(taken_.size(), 5U);
+  EXPECT_EQ(taken_.back().uri, server_.Url("/live/seg4.ts"));
+}
+
+TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
+  std::size_t most_known = 0;
+  std::size_t played = 0;
+  for (int i = 0; i < 300; ++i) {
+    PutLow(LivePlaylist(i, SegmentUris(i, 6)));
+    EXPECT_TRUE(Pass());
+    const std::size_t before = taken_.size();
+    played += Take().size();
+    for (std::size_t at = before; at < taken_.size(); ++at) {
+      const std::string& uri = taken_[at].uri;
+      at % 3 == 0 ? NoteSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
+    }
+    most_known = std::max(most_known, KnownSegments());
+  }
+  EXPECT_EQ(played, 305U);
+  EXPECT_LE(most_known, 14U);
+}
+
+TEST_F(HlsVariantTest, VariantWithoutAHandleIsLeftOut) {
+  pipeline_.variantHandle.reset();
+  EXPECT_TRUE(Pass());
+  EXPECT_EQ(server_.Requests().size(), 1U);
+}
+
+class HlsMasterTest : public HlsPlay {};
+
+TEST_F(HlsMasterTest, SlowestVariantPlays) {
+  const ts_test::Bytes stream = MakeStream(30);
+  PutSegments(stream, SegmentUris(0, 3, "low"));
+  server_.Put(kList, MasterPlaylist({{1'000'000, "high.m3u8"}, {500'000, "low.m3u8"}}));
+  server_.Put("/low.m3u8", LivePlaylist(0, SegmentUris(0, 3, "low")));
+  server_.Put("/high.m3u8", LivePlaylist(0, SegmentUris(0, 3, "high")));
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForVideo(29) && WaitForAudio(29));
+  EXPECT_TRUE(server_.WaitForRequests(kList, 2));
+  Stop();
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+  EXPECT_THAT(CountRequests(SegmentUris(0, 3, "low")), Each(1U));
+  EXPECT_THAT(CountRequests(SegmentUris(0, 3, "high")), Each(0U));
+}
+
+}  // namespace

@@ -1,0 +1,475 @@
+// The same address once more: what was downloaded stays, and the rest is asked for.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "mp4/mp4_downloader.h"
+#include "tests/support/mp4_play.h"
+
+namespace {
+
+using mp4_test::Bytes;
+using mp4_test::ExpectedFrames;
+using mp4_test::From;
+using mp4_test::MakeMovie;
+using mp4_test::Movie;
+using mp4_test::MovieOf;
+using mp4_test::VideoTrack;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::SizeIs;
+
+std::string RangeFrom(std::uint64_t offset) { return "bytes=" + std::to_string(offset) + "-"; }
+
+class Mp4RestartTest : public Mp4Play {
+ protected:
+  Mp4RestartTest() {
+    ServeMovie(MakeMovie({.samples = 100, .video_size = 900, .audio_size = 100}));
+  }
+
+  static Bytes RestartBytes() {
+    std::ifstream file(RestartFile(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  static std::map<std::uint64_t, std::uint64_t> Ranges() {
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->ranges.All();
+  }
+
+  // A first start that has all the samples before that number when it is stopped, and bytes up to
+  // a place in the next one. Server: answer with FirstPart before.
+  static constexpr std::size_t kPart = 40;
+  std::size_t PartEnd() const { return Begin(kPart) + 300; }
+  Mp4Reply FirstPart() const { return {.until = PartEnd(), .end = Mp4Reply::End::kStall}; }
+  void PlayFirstPart() {
+    downloader_.BeginDownload(server_.Address());
+    EXPECT_TRUE(WaitForBytes(PartEnd()));
+    EXPECT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
+    EXPECT_TRUE(Stop());
+    Movie part = movie_;
+    for (auto& track : part.tracks) track.samples.resize(kPart);
+    EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(ExpectedFrames(part)));
+    StartAgain();
+  }
+
+  void ExpectWholeFile() const {
+    EXPECT_TRUE(RestartBytes() == file_.bytes);
+    EXPECT_THAT(Ranges(), ElementsAre(Pair(0, file_.bytes.size())));
+  }
+};
+
+TEST_F(Mp4RestartTest, StopInMidDownloadLosesNothingAndDoublesNothing) {
+  server_.Answer({FirstPart(), {}});
+  PlayFirstPart();
+  EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(PartEnd())));
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4RestartTest, SameAddressIsTold) {
+  server_.Answer({FirstPart(), {}});
+  PlayFirstPart();
+  const std::string url = server_.Address();
+  PlayToTheEnd();
+  EXPECT_THAT(player_.Snapshot().messages,
+              ElementsAre("PLAY MP4:" + url, "PLAY MP4 RE:" + url, "PLAY MP4 OK:" + url));
+}
+
+TEST_F(Mp4RestartTest, StreamBetweenKeyFramesGoesOnAtTheNextOne) {
+  ServeMovie(MakeMovie({.samples = 100, .video_size = 900, .audio_size = 100, .key_interval = 25}));
+  server_.Answer({FirstPart(), {}});
+  PlayFirstPart();
+  // Nothing was queued in this start when the samples 40 to 49 came.
+  EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
+  EXPECT_EQ(player_.Snapshot().video.at(0).pts, 50U * 40 * 90);
+}
+
+// Frames that were queued and not delivered at the stop are gone; none but those.
+TEST_F(Mp4RestartTest, StopAtAnyTimeLosesNothingButWhatWasQueued) {
+  std::mt19937 random(1);  // NOLINT: the same run every time
+  server_.Answer({{.piece = 700, .pause = std::chrono::microseconds(200)}});
+  for (int i = 0; i < 10; ++i) {
+    SCOPED_TRACE(i);
+    StartAgain();
+    const std::string url = server_.Url("/" + std::to_string(i) + ".mp4");
+    downloader_.BeginDownload(url);
+    std::this_thread::sleep_for(std::chrono::microseconds(random() % 60'000));
+    Stop();
+    From from;
+    {
+      const std::lock_guard lock(g_frameQueueMutex);
+      from = {static_cast<std::size_t>(g_videoQueue->pushed),
+              static_cast<std::size_t>(g_audioQueue->pushed)};
+    }
+    const auto before = DumpOf(player_.Snapshot());
+    FrameDump expected = ExpectedFrames(movie_);
+    ASSERT_LE(before.video.size(), from.video);
+    ASSERT_LE(before.audio.size(), from.audio);
+    expected.video.resize(before.video.size());
+    expected.audio.resize(before.audio.size());
+    EXPECT_EQ(DumpText(before), DumpText(expected));
+    StartAgain();
+    EXPECT_EQ(PlayToTheEnd(url), Expected(from));
+    ExpectWholeFile();
+  }
+}
+
+TEST_F(Mp4RestartTest, ManyStopsOnTheWayGiveTheWholeFile) {
+  server_.Answer({{.piece = 700, .pause = std::chrono::microseconds(300)}});
+  std::vector<std::uint64_t> times;
+  for (int i = 0; i < 8; ++i) {
+    StartAgain();
+    downloader_.BeginDownload(server_.Address());
+    server_.WaitForRequests(static_cast<std::size_t>(i) + 1);
+    player_.WaitFor([](const Record& record) { return record.video.size() > 5; },
+                    std::chrono::milliseconds(300));
+    Stop();
+    for (const auto& frame : player_.Snapshot().video) times.push_back(frame.pts);
+  }
+  StartAgain();
+  PlayToTheEnd();
+  for (const auto& frame : player_.Snapshot().video) times.push_back(frame.pts);
+  EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
+  EXPECT_EQ(std::adjacent_find(times.begin(), times.end()), times.end()) << "a frame came twice";
+  ExpectWholeFile();
+}
+
+// --- Complete files ---
+
+TEST_F(Mp4RestartTest, CompleteFileIsAskedForFromItsEndAndNothingIsWritten) {
+  EXPECT_EQ(PlayToTheEnd(), Expected());
+  const auto time = std::filesystem::last_write_time(RestartFile());
+  StartAgain();
+  EXPECT_EQ(PlayToTheEnd(), "");
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(file_.bytes.size())));
+  EXPECT_EQ(std::filesystem::last_write_time(RestartFile()), time);
+  ExpectWholeFile();
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + server_.Address()));
+}
+
+TEST_F(Mp4RestartTest, CompleteFileThatIsSentAgainIsNotWrittenAgain) {
+  server_.Answer({{.ranges = false}});
+  EXPECT_EQ(PlayToTheEnd(), Expected());
+  const auto time = std::filesystem::last_write_time(RestartFile());
+  const auto revision = [] {
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->revision;
+  };
+  const std::uint64_t before = revision();
+  StartAgain();
+  EXPECT_EQ(PlayToTheEnd(), "");
+  EXPECT_EQ(std::filesystem::last_write_time(RestartFile()), time);
+  EXPECT_EQ(revision(), before);
+  ExpectWholeFile();
+}
+
+// --- What a server makes of the range ---
+
+TEST_F(Mp4RestartTest, ServerThatSendsEverythingAgainIsTakenFromItsBeginning) {
+  server_.Answer({FirstPart(), {.ranges = false}});
+  PlayFirstPart();
+  EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4RestartTest, ErrorPageIsNotWrittenIntoTheFile) {
+  for (const int status : {400, 404, 416, 500, 503}) {
+    SCOPED_TRACE(status);
+    Mp4Server server;
+    server.Serve(file_.bytes);
+    server.Answer({{.until = PartEnd()}, {.status = status, .page = std::string(5000, 'e')}, {}});
+    StartAgain();
+    PlayToTheEnd(server.Address());
+    StartAgain();
+    EXPECT_EQ(PlayToTheEnd(server.Address()), "");
+    EXPECT_THAT(Ranges(), ElementsAre(Pair(0, PartEnd())));
+    StartAgain();
+    EXPECT_EQ(PlayToTheEnd(server.Address()), Expected({kPart, kPart}));
+    EXPECT_THAT(server.Ranges(),
+                ElementsAre("bytes=0-", RangeFrom(PartEnd()), RangeFrom(PartEnd())));
+    ExpectWholeFile();
+  }
+}
+
+TEST_F(Mp4RestartTest, HtmlPageIsNotWrittenIntoTheFile) {
+  server_.Answer({FirstPart(), {.status = 200, .page = "<html>" + std::string(5000, 'e')}, {}});
+  PlayFirstPart();
+  EXPECT_EQ(PlayToTheEnd(), "");
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, PartEnd())));
+  StartAgain();
+  EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
+  ExpectWholeFile();
+}
+
+// --- Seeking ---
+
+TEST_F(Mp4RestartTest, SeekBackInACompleteFilePlaysFromThereAndAsksForNothing) {
+  PlayToTheEnd();
+  StartAgain();
+  downloader_.SetStartPostion(1.2F);
+  EXPECT_EQ(PlayToTheEnd(), Expected({30, 30}));
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(file_.bytes.size())));
+}
+
+TEST_F(Mp4RestartTest, SeekToTheBeginningOfACompleteFilePlaysItAgain) {
+  PlayToTheEnd();
+  StartAgain();
+  downloader_.SetStartPostion(0);
+  EXPECT_EQ(PlayToTheEnd(), Expected());
+}
+
+TEST_F(Mp4RestartTest, SeekBackInAPartSkipsWhatIsThere) {
+  server_.Answer({FirstPart(), {}});
+  PlayFirstPart();
+  downloader_.SetStartPostion(0.4F);
+  EXPECT_EQ(PlayToTheEnd(), Expected({10, 10}));
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(PartEnd())));
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4RestartTest, SeekBackPlaysWhatIsThereWhileTheRestIsStillToCome) {
+  server_.Answer({FirstPart(), {.silent = true}});
+  PlayFirstPart();
+  downloader_.SetStartPostion(0.4F);
+  downloader_.BeginDownload(server_.Address());
+  EXPECT_TRUE(WaitForVideo(kPart - 10) && WaitForAudio(kPart - 10))
+      << "only " << player_.Snapshot().video.size() << " frames";
+  Stop();
+  EXPECT_EQ(player_.Snapshot().video.at(0).pts, 10U * 40 * 90);
+}
+
+TEST_F(Mp4RestartTest, SeekInMidRunPlaysWhatIsThereAgain) {
+  server_.Answer({FirstPart()});
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
+  downloader_.SetStartPostion(0.4F);
+  EXPECT_TRUE(WaitForVideo(kPart + kPart - 10))
+      << "only " << player_.Snapshot().video.size() << " frames";
+  Stop();
+}
+
+TEST_F(Mp4RestartTest, SeekForwardAsksFromThereAndLeavesAGapInWhichNothingPlays) {
+  server_.Answer({FirstPart(), {}});
+  PlayFirstPart();
+  downloader_.SetStartPostion(2.4F);
+  EXPECT_EQ(PlayToTheEnd(), "") << "only the first range counts";
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(Begin(60))));
+  EXPECT_THAT(Ranges(), testing::AllOf(testing::Contains(Pair(0, PartEnd())),
+                                       testing::Contains(testing::Key(Begin(60)))));
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + server_.Address()));
+}
+
+TEST_F(Mp4RestartTest, GapIsFilledAfterASeekBackAndEverythingPlays) {
+  server_.Answer({FirstPart(), {}, {}});
+  PlayFirstPart();
+  downloader_.SetStartPostion(2.4F);
+  PlayToTheEnd();
+  StartAgain();
+  downloader_.SetStartPostion(0.8F);
+  EXPECT_EQ(PlayToTheEnd(), Expected({20, 20}));
+  EXPECT_THAT(server_.Ranges(),
+              ElementsAre("bytes=0-", RangeFrom(Begin(60)), RangeFrom(PartEnd())));
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4RestartTest, PositionDropsSamplesThatArePresentedBeforeItAfterASeek) {
+  Movie movie = MakeMovie({.samples = 100});
+  for (std::size_t i = 50; i < 55; ++i) movie.tracks[1].samples[i].composition = 0;
+  for (auto& sample : movie.tracks[0].samples) sample.composition = 80;
+  ServeMovie(movie);
+  PlayToTheEnd();
+  StartAgain();
+  downloader_.SetStartPostion(2);
+  EXPECT_EQ(PlayToTheEnd(), Expected({50, 50}));
+}
+
+TEST_F(Mp4RestartTest, SeekWhileTheDownloadRunsWritesNoByteAtAWrongPlace) {
+  server_.Answer({{.piece = 997, .pause = std::chrono::microseconds(300)}});
+  downloader_.BeginDownload(server_.Address());
+  const auto is_over = [](const Record& record) { return !record.results.empty(); };
+  for (int i = 0; !player_.WaitFor(is_over, std::chrono::milliseconds(3)); ++i) {
+    downloader_.SetStartPostion(static_cast<float>(i % 5));
+  }
+  Stop();
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4RestartTest, SeeksWhileVideoAloneIsReadAreNoRace) {
+  ServeMovie(MovieOf({VideoTrack({.samples = 100, .video_size = 900})}));
+  server_.Answer({{.piece = 997, .pause = std::chrono::microseconds(300)}});
+  downloader_.BeginDownload(server_.Address());
+  const auto is_over = [](const Record& record) { return !record.results.empty(); };
+  for (int i = 0; !is_over(player_.Snapshot()); ++i) {
+    downloader_.SetStartPostion(static_cast<float>(i % 100) / 25);
+  }
+  Stop();
+  ExpectWholeFile();
+}
+
+// --- Other addresses ---
+
+TEST_F(Mp4RestartTest, OtherAddressEmptiesTheFileAndPlaysFromItsBeginning) {
+  PlayToTheEnd();
+  StartAgain();
+  server_.Serve(file_.bytes);
+  EXPECT_EQ(PlayToTheEnd(server_.Url("/b.mp4")), Expected());
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", "bytes=0-"));
+  EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 RE:"), IsEmpty());
+  StartAgain();
+  downloader_.BeginDownload("file:///no/such.mp4");
+  Stop();
+  EXPECT_EQ(std::filesystem::file_size(RestartFile()), 0U);
+}
+
+TEST_F(Mp4RestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
+  {
+    CStreamDownloader first(&player_);
+    first.BeginDownload(server_.Address());
+    ASSERT_TRUE(WaitForVideo(4));
+  }
+  player_.Forget();
+  EXPECT_EQ(PlayToTheEnd(), Expected());
+}
+
+// --- A restart file that cannot be written ---
+
+class Mp4BlockedFileTest : public Mp4RestartTest {
+ protected:
+  // A directory lies where the file should be.
+  Mp4BlockedFileTest() {
+    std::filesystem::create_directories(GetTempDirA());
+    std::filesystem::remove_all(RestartFile());
+    std::filesystem::create_directory(RestartFile());
+  }
+  ~Mp4BlockedFileTest() override {
+    downloader_.EndDownload();
+    std::filesystem::remove_all(RestartFile());
+  }
+};
+
+TEST_F(Mp4BlockedFileTest, BytesWaitUntilItCanBeWritten) {
+  testing::internal::CaptureStdout();
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(server_.WaitForRequests(1));
+  std::filesystem::remove(RestartFile());
+  std::ofstream(RestartFile()).close();
+  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  Stop();
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferIsOver) {
+  server_.Serve(Bytes(file_.bytes));
+  downloader_.BeginDownload(server_.Address());
+  const auto has_verdict = [](const Record& record) { return !record.results.empty(); };
+  EXPECT_FALSE(player_.WaitFor(has_verdict, std::chrono::milliseconds(500)))
+      << "the download is not over while bytes wait";
+  std::filesystem::remove(RestartFile());
+  std::ofstream(RestartFile()).close();
+  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  Stop();
+  EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
+}
+
+TEST_F(Mp4BlockedFileTest, StopDoesNotWaitForIt) {
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(server_.WaitForRequests(1));
+  EXPECT_TRUE(Stop());
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + server_.Address()));
+}
+
+// --- A start without a stop ---
+
+class Mp4SecondStartTest : public Mp4RestartTest {
+ protected:
+  // Every frame came once; where two tasks read the same file their order may change.
+  void ExpectEveryFrameOnce() {
+    const auto payloads = [](const std::vector<DumpedFrame>& frames) {
+      std::vector<Bytes> all;
+      for (const DumpedFrame& frame : frames) all.push_back(frame.payload);
+      std::sort(all.begin(), all.end());
+      return all;
+    };
+    const FrameDump came = DumpOf(player_.Snapshot());
+    const FrameDump expected = ExpectedFrames(movie_);
+    EXPECT_EQ(came.video.size(), expected.video.size());
+    EXPECT_EQ(came.audio.size(), expected.audio.size());
+    EXPECT_TRUE(payloads(came.video) == payloads(expected.video));
+    EXPECT_TRUE(payloads(came.audio) == payloads(expected.audio));
+  }
+
+  bool WaitForVerdicts(std::size_t count) {
+    return player_.WaitFor(
+        [count](const Record& record) { return record.results.size() >= count; });
+  }
+};
+
+TEST_F(Mp4SecondStartTest, SameAddressAddsItsTasksBesideTheFirst) {
+  server_.Answer({FirstPart()});
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
+  downloader_.BeginDownload(server_.Address());
+  EXPECT_TRUE(server_.WaitForRequests(2)) << "the second download runs beside the first";
+  EXPECT_TRUE(WaitForMessage("PLAY MP4 RE:" + server_.Address()));
+  EXPECT_TRUE(Stop());
+}
+
+TEST_F(Mp4SecondStartTest, SameAddressAtOnceWritesEachByteAtItsPlace) {
+  server_.Answer({{.piece = 1500, .pause = std::chrono::microseconds(300)}});
+  downloader_.BeginDownload(server_.Address());
+  downloader_.BeginDownload(server_.Address());
+  EXPECT_TRUE(WaitForVerdicts(2) && WaitForDelivery());
+  EXPECT_TRUE(Stop());
+  EXPECT_TRUE(RestartBytes() == file_.bytes);
+}
+
+TEST_F(Mp4SecondStartTest, OtherAddressPlaysWholeBesideAStalledOne) {
+  server_.Answer({FirstPart(), {}});
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
+  player_.Forget();
+  downloader_.BeginDownload(server_.Url("/b.mp4"));
+  EXPECT_TRUE(WaitForVideo(100) && WaitForAudio(100));
+  EXPECT_TRUE(WaitForDelivery());
+  EXPECT_TRUE(Stop());
+  ExpectEveryFrameOnce();
+}
+
+TEST_F(Mp4SecondStartTest, OtherAddressIsNotSpoiledByOneThatGoesOn) {
+  server_.Answer({{.piece = 500, .pause = std::chrono::microseconds(300)}});
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(WaitForVideo(3));
+  downloader_.BeginDownload(server_.Url("/b.mp4"));
+  EXPECT_TRUE(WaitForBytes(file_.bytes.size()));
+  EXPECT_TRUE(Stop());
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4SecondStartTest, OtherAddressesInARowEndInOneStop) {
+  server_.Answer({{.piece = 500, .pause = std::chrono::microseconds(300)}});
+  for (int i = 0; i < 10; ++i) {
+    StartAgain();
+    downloader_.BeginDownload(server_.Url("/a" + std::to_string(i) + ".mp4"));
+    downloader_.BeginDownload(server_.Url("/b" + std::to_string(i) + ".mp4"));
+    EXPECT_TRUE(WaitForVideo(10));
+    EXPECT_TRUE(Stop());
+  }
+  StartAgain();
+  EXPECT_EQ(PlayToTheEnd(server_.Url("/last.mp4")), Expected()) << "nothing of them is left";
+}
+
+}  // namespace

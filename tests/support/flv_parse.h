@@ -1,0 +1,41 @@
+// The FLV parser over bytes in memory, and what it makes of them.
+#ifndef TESTS_SUPPORT_FLV_PARSE_H_
+#define TESTS_SUPPORT_FLV_PARSE_H_
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "flv/flv_memory_source.h"
+#include "flv/flv_tag_parser.h"
+#include "tests/golden/frame_dump.h"
+
+struct ParsedFlv {
+  bool has_header = false;
+  FrameDump frames;
+  std::string console;
+  std::uint16_t audio_config = 0;  // as the stream left it
+};
+
+// Parses to the end, as the play task does but without its pauses.
+inline ParsedFlv ParseFlv(const std::vector<std::uint8_t>& stream, std::uint16_t audio_config = 0) {
+  ResetFrameQueues();
+  std::atomic<std::uint16_t> config{audio_config};
+  FlvMemorySource source(stream);
+  FlvTagParser parser(source, config);
+  ParsedFlv parsed;
+  testing::internal::CaptureStdout();
+  parsed.has_header = parser.ReadHeader();
+  while (parsed.has_header && parser.ReadTag()) {
+  }
+  parsed.console = testing::internal::GetCapturedStdout();
+  parsed.frames = TakeQueuedFrames();
+  parsed.audio_config = config;
+  return parsed;
+}
+
+#endif  // TESTS_SUPPORT_FLV_PARSE_H_

@@ -1,0 +1,93 @@
+// A facade, a recording player and a server, for tests that play HTTP Live Streaming.
+#ifndef TESTS_SUPPORT_HLS_PLAY_H_
+#define TESTS_SUPPORT_HLS_PLAY_H_
+
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "common/temp_files.h"
+#include "tests/support/hls_playlists.h"
+#include "tests/support/hls_server.h"
+#include "tests/support/play.h"
+#include "ts/ts_demux.h"
+
+// The file in which segments without video are kept. Every test begins without it, and with the
+// directory that it lies in.
+class BadSegmentFile {
+ public:
+  BadSegmentFile() : path_(GetTempDirA() + "tmpE.ts") {
+    std::filesystem::create_directories(GetTempDirA());
+    std::filesystem::remove(path_);
+  }
+
+  bool Exists() const { return std::filesystem::exists(path_); }
+  std::string Contents() const {
+    std::ostringstream contents;
+    contents << std::ifstream(path_, std::ios::binary).rdbuf();
+    return contents.str();
+  }
+  void Write(const std::string& text) const { std::ofstream(path_, std::ios::binary) << text; }
+
+ private:
+  std::string path_;
+};
+
+class HlsPlay : public Play<HlsServer> {
+ protected:
+  // Serves a stream as segments of the given names, below "/".
+  void PutSegments(const ts_test::Bytes& stream, const hls_test::Uris& names) {
+    const auto segments = hls_test::CutIntoSegments(stream, names.size());
+    for (std::size_t i = 0; i < names.size(); ++i) server_.Put("/" + names[i], segments[i]);
+  }
+
+  // Serves a stream as an on-demand playlist of `count` segments.
+  void PutOnDemand(const ts_test::Bytes& stream, int count) {
+    const auto names = hls_test::SegmentUris(0, count);
+    PutSegments(stream, names);
+    server_.Put(kList, hls_test::OnDemandPlaylist(names));
+  }
+
+  std::string ListUrl() const { return server_.Url(kList); }
+
+  bool WaitForBufferedTimes(std::size_t count) {
+    return player_.WaitFor(
+        [count](const Record& record) { return record.buffered_times.size() >= count; });
+  }
+
+  // How often each of these was requested.
+  std::vector<std::size_t> CountRequests(const hls_test::Uris& names) const {
+    std::vector<std::size_t> counts;
+    for (const std::string& name : names) counts.push_back(server_.CountRequests("/" + name));
+    return counts;
+  }
+
+  static constexpr char kList[] = "/list.m3u8";
+
+  BadSegmentFile bad_;
+};
+
+// The frames that the demultiplexer makes of a whole stream.
+inline RecordingPlayer::Record FramesOf(const ts_test::Bytes& stream) {
+  RecordingPlayer::Record record;
+  const TsDemuxLock lock;
+  ts_demux_forget();
+  ResetFrameQueues();
+  ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
+  const auto take_all = [](FrameNodePtr (*pop)(), std::vector<RecordedFrame>& frames) {
+    while (const FrameNodePtr node = pop()) {
+      frames.push_back(
+          {node->pts, node->dts, node->playTime, {node->data, node->data + node->size}});
+    }
+  };
+  take_all(PopVideoFrame, record.video);
+  take_all(PopAudioFrame, record.audio);
+  ts_demux_forget();
+  return record;
+}
+
+#endif  // TESTS_SUPPORT_HLS_PLAY_H_

@@ -1,0 +1,100 @@
+// What the tasks of an HLS pipeline share, without the tasks: for tests that do the tasks' work
+// themselves, step by step and without the pauses.
+#ifndef TESTS_SUPPORT_HLS_TASKS_H_
+#define TESTS_SUPPORT_HLS_TASKS_H_
+
+#include <gtest/gtest.h>
+
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hls/hls_pipeline.h"
+#include "hls/hls_state.h"
+#include "hls/playlist_fetch.h"
+#include "hls/segment_queue.h"
+#include "hls/segment_states.h"
+#include "tests/support/recording_player.h"
+
+class HlsTasks : public testing::Test {
+ protected:
+  HlsTasks() {
+    pipeline_.player = PlayerPort(&player_);
+    pipeline_.variantHandle = MakeCurlHandle();
+    pipeline_.playlistHandle = MakeCurlHandle();
+    pipeline_.segmentHandle = MakeCurlHandle();
+    pipeline_.running = true;
+    SetActiveM3u8(&pipeline_);
+  }
+  ~HlsTasks() override {
+    pipeline_.running = false;
+    ForgetActiveM3u8(&pipeline_);
+    ClearHlsStream();
+  }
+
+  // One pass of the playlist thread over a playlist that came as `text`; what it wrote to the
+  // console.
+  std::string Queue(const std::string& text) {
+    {
+      const std::lock_guard lock(g_playlistMutex);
+      *g_playlistText += text;
+    }
+    testing::internal::CaptureStdout();
+    QueueSegmentsFromPlaylist(pipeline_, kUrl);
+    return testing::internal::GetCapturedStdout();
+  }
+
+  // One request and, when it succeeded, one pass. The console is left out.
+  bool Refresh(const std::string& url) {
+    testing::internal::CaptureStdout();
+    const bool fetched = FetchPlaylist(pipeline_, {url, true});
+    if (fetched) QueueSegmentsFromPlaylist(pipeline_, url);
+    testing::internal::GetCapturedStdout();
+    return fetched;
+  }
+
+  // What the segment thread would go and download now, by the last part of the address.
+  std::vector<std::string> Take() {
+    if (WaitingSegments() == 0) return {};
+    std::vector<std::string> names;
+    for (const M3u8Entry& segment : TakeQueuedSegments(pipeline_, history_)) {
+      names.push_back(segment.uri.substr(segment.uri.rfind('/') + 1));
+      taken_.push_back(segment);
+    }
+    return names;
+  }
+
+  // Take, and every download succeeds.
+  std::vector<std::string> TakeAndDownload() {
+    const std::size_t before = taken_.size();
+    auto names = Take();
+    for (std::size_t i = before; i < taken_.size(); ++i) {
+      SetSegmentState(taken_[i].uri, kSegmentDownloaded);
+    }
+    return names;
+  }
+
+  static std::size_t WaitingSegments() {
+    const std::lock_guard lock(g_segmentQueueMutex);
+    return g_segmentQueue->size();
+  }
+
+  static std::string PlaylistText() {
+    const std::lock_guard lock(g_playlistMutex);
+    return *g_playlistText;
+  }
+  static std::string VariantText() {
+    const std::lock_guard lock(g_playlistMutex);
+    return *g_variantText;
+  }
+
+  static constexpr char kUrl[] = "http://host/live/list.m3u8";
+
+  RecordingPlayer player_;
+  HlsPipeline pipeline_;
+  SegmentHistory history_;
+  std::vector<M3u8Entry> taken_;  // by Take so far
+};
+
+#endif  // TESTS_SUPPORT_HLS_TASKS_H_

@@ -1,0 +1,21 @@
+// Files for tests that play local addresses, in the directory that is the test program's own.
+#ifndef TESTS_SUPPORT_LOCAL_FILE_H_
+#define TESTS_SUPPORT_LOCAL_FILE_H_
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+// Writes a file. Returns its whole path.
+inline std::string WriteLocalFile(const std::string& name, const std::vector<std::uint8_t>& bytes) {
+  const std::filesystem::path path = std::filesystem::current_path() / name;
+  std::filesystem::remove(path);
+  std::ofstream(path, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+  return path.string();
+}
+
+#endif  // TESTS_SUPPORT_LOCAL_FILE_H_

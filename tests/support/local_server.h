@@ -1,0 +1,145 @@
+// An HTTP server inside the test's process, on a port of the system's choice, that remembers what
+// it was asked. What it answers is up to the classes derived from it.
+#ifndef TESTS_SUPPORT_LOCAL_SERVER_H_
+#define TESTS_SUPPORT_LOCAL_SERVER_H_
+
+#include <httplib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+class LocalServer {
+ public:
+  struct Request {
+    std::string path;  // decoded, without the query
+    std::string range;
+    std::string user_agent;
+    bool has_user_agent;
+  };
+
+  LocalServer(const LocalServer&) = delete;
+  LocalServer& operator=(const LocalServer&) = delete;
+
+  std::string Url(const std::string& path) const {
+    return "http://127.0.0.1:" + std::to_string(port_) + path;
+  }
+
+  std::vector<Request> Requests() const {
+    const std::lock_guard lock(mutex_);
+    return requests_;
+  }
+
+  std::size_t CountRequests(const std::string& path) const {
+    const std::lock_guard lock(mutex_);
+    return CountLocked(path);
+  }
+
+  bool WaitForRequests(std::size_t count) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, kLimit, [&] { return requests_.size() >= count; });
+  }
+
+  bool WaitForRequests(const std::string& path, std::size_t count) {
+    std::unique_lock lock(mutex_);
+    return changed_.wait_for(lock, kLimit, [&] { return CountLocked(path) >= count; });
+  }
+
+ protected:
+  struct Cold {};  // a server that is not open yet
+
+  // The library of the server makes its tables at their first use, which the thread sanitizer,
+  // since the library is not built with it, cannot tell from a race. So each kind of reply is asked
+  // for once by `warm_up`, of a server whose threads have ended before those of the first real one
+  // begin.
+  template <typename WarmUp>
+  explicit LocalServer(WarmUp warm_up) {
+    static const bool warm = warm_up();
+    if (!warm) throw std::runtime_error("the test server does not answer");
+    server_.set_keep_alive_max_count(1);
+  }
+  explicit LocalServer(Cold /*unused*/) { server_.set_keep_alive_max_count(1); }
+
+  ~LocalServer() { Close(); }
+
+  void Open() {
+    port_ = server_.bind_to_any_port("127.0.0.1");
+    thread_ = std::thread([this] { server_.listen_after_bind(); });
+    while (!server_.is_running()) std::this_thread::yield();
+  }
+
+  // To be called by the destructor of the class that answers, and harmless a second time.
+  void Close() {
+    {
+      const std::lock_guard lock(mutex_);
+      ending_ = true;
+    }
+    changed_.notify_all();
+    server_.stop();
+    if (thread_.joinable()) thread_.join();
+  }
+
+  // Whether an open server answers all of these.
+  bool Answers(const std::vector<std::string>& paths) const {
+    httplib::Client client("127.0.0.1", port_);
+    bool answered = true;
+    for (const std::string& path : paths) {
+      answered = client.Get(path) && answered;
+      answered = client.Get(path, {{"Range", "bytes=0-"}}) && answered;
+    }
+    return answered;
+  }
+
+  void Remember(const httplib::Request& request) {
+    {
+      const std::lock_guard lock(mutex_);
+      requests_.push_back({request.path, request.get_header_value("Range"),
+                           request.get_header_value("User-Agent"),
+                           request.has_header("User-Agent")});
+    }
+    changed_.notify_all();
+  }
+
+  // Waits for `met`, which is asked with the mutex held, or for the end of the test. False, which
+  // ends a reply, when that has come.
+  template <typename Condition>
+  bool WaitFor(Condition met) {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [&] { return met() || ending_; });
+    return !ending_;
+  }
+  bool WaitForEnd() {
+    return WaitFor([] { return false; });
+  }
+
+  bool IsEnding() const {
+    const std::lock_guard lock(mutex_);
+    return ending_;
+  }
+
+  httplib::Server server_;
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+
+ private:
+  static constexpr std::chrono::seconds kLimit{20};
+
+  std::size_t CountLocked(const std::string& path) const {
+    return static_cast<std::size_t>(
+        std::count_if(requests_.begin(), requests_.end(),
+                      [&path](const Request& request) { return request.path == path; }));
+  }
+
+  int port_ = 0;
+  std::thread thread_;
+  std::vector<Request> requests_;  // guarded by mutex_
+  bool ending_ = false;            // guarded by mutex_
+};
+
+#endif  // TESTS_SUPPORT_LOCAL_SERVER_H_

@@ -1,0 +1,99 @@
+// A facade, a recording player and a server, for tests that play MP4.
+#ifndef TESTS_SUPPORT_MP4_PLAY_H_
+#define TESTS_SUPPORT_MP4_PLAY_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "common/temp_files.h"
+#include "mp4/mp4_state.h"
+#include "tests/golden/frame_dump.h"
+#include "tests/support/mp4_movies.h"
+#include "tests/support/mp4_server.h"
+#include "tests/support/play.h"
+#include "tests/support/wait_until.h"
+
+// What the player got, as the reader's frames.
+inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
+  const auto copy = [](const std::vector<RecordedFrame>& frames, bool is_video) {
+    std::vector<DumpedFrame> copies;
+    for (const RecordedFrame& frame : frames) {
+      copies.push_back({frame.pts, frame.dts, frame.play_time, is_video, true, frame.payload});
+    }
+    return copies;
+  };
+  return {copy(record.video, true), copy(record.audio, false)};
+}
+
+class Mp4Play : public Play<Mp4Server> {
+ protected:
+  static std::string RestartFile() { return GetTempDirA() + "mebo.mp4"; }
+
+  // Serves a movie; what it looks like as a file is in file_ afterwards.
+  void ServeMovie(const mp4_test::Movie& movie) {
+    movie_ = movie;
+    file_ = mp4_test::BuildMp4(movie);
+    server_.Serve(file_.bytes);
+  }
+
+  // Where the samples of that number begin.
+  std::size_t Begin(std::size_t number) const {
+    std::uint64_t begin = UINT64_MAX;
+    for (const auto& of_track : file_.offsets) begin = std::min(begin, of_track.at(number));
+    return static_cast<std::size_t>(begin);
+  }
+
+  bool WaitForVerdict() {
+    return player_.WaitFor([](const Record& record) { return !record.results.empty(); });
+  }
+
+  // Waits until the player has got all that was queued.
+  bool WaitForDelivery() {
+    return WaitUntil([this] {
+      std::unique_lock lock(g_frameQueueMutex);
+      if (g_videoQueue->count != 0 || g_audioQueue->count != 0) return false;
+      const std::uint64_t video = g_videoQueue->pushed;
+      const std::uint64_t audio = g_audioQueue->pushed;
+      lock.unlock();
+      const Record record = player_.Snapshot();
+      return record.video.size() >= video && record.audio.size() >= audio;
+    });
+  }
+
+  // Waits until the restart file holds so many bytes from its beginning.
+  static bool WaitForBytes(std::uint64_t count) {
+    return WaitUntil([count] {
+      const std::lock_guard lock(g_mp4FileLock);
+      return g_mp4File->ranges.First().Holds(0, count);
+    });
+  }
+
+  // Plays until the verdict, stops when everything queued has come, and returns the frames.
+  std::string PlayToTheEnd(const std::string& url) {
+    downloader_.BeginDownload(url);
+    EXPECT_TRUE(WaitForVerdict());
+    EXPECT_TRUE(WaitForDelivery());
+    EXPECT_TRUE(Stop());
+    return DumpText(DumpOf(player_.Snapshot()));
+  }
+  std::string PlayToTheEnd() { return PlayToTheEnd(server_.Address()); }
+
+  std::string Expected(const mp4_test::From& from = {}) const {
+    return DumpText(mp4_test::ExpectedFrames(movie_, from));
+  }
+
+  // After a stop: the next start is recorded alone.
+  void StartAgain() {
+    player_.Reopen();
+    player_.Forget();
+  }
+
+  mp4_test::Movie movie_;
+  mp4_boxes::File file_;
+};
+
+#endif  // TESTS_SUPPORT_MP4_PLAY_H_

@@ -1,0 +1,91 @@
+// What the tasks of an MP4 pipeline do, without the pipeline: for tests that run them step by step.
+#ifndef TESTS_SUPPORT_MP4_TASKS_H_
+#define TESTS_SUPPORT_MP4_TASKS_H_
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <string>
+
+#include "common/frame_queue.h"
+#include "mp4/mp4_state.h"
+#include "mp4/mp4_track_reader.h"
+#include "tests/golden/frame_dump.h"
+#include "tests/support/local_file.h"
+#include "tests/support/mp4_movies.h"
+#include "tests/support/recording_player.h"
+
+class Mp4Tasks : public testing::Test {
+ protected:
+  Mp4Tasks() {
+    ResetFrameQueues();
+    g_mp4Running = true;
+  }
+  ~Mp4Tasks() override { g_mp4Running = false; }
+
+  // --- The restart file ---
+
+  // Another address: a restart file of that name, of which nothing is known. Returns its path.
+  static std::string BeginAddress(const std::string& name) {
+    const std::string path = WriteLocalFile(name, {});
+    UsePath(path);
+    return path;
+  }
+  static void UsePath(const std::string& path) {
+    const std::lock_guard lock(g_mp4FileLock);
+    g_mp4File->path = path;
+    g_mp4File->ranges.Clear();
+    g_mp4File->write_offset = 0;
+    ++g_mp4File->revision;
+    ++g_mp4File->addresses;
+  }
+  static std::uint64_t Address() {
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->addresses;
+  }
+
+  // --- Passes over a file ---
+
+  // All of the file is there.
+  Mp4TrackReader::Source Whole(const std::string& path) { return Part(path, 999'999'999); }
+
+  // Only that much of the file is known to be there.
+  Mp4TrackReader::Source Part(const std::string& path, std::uint64_t end) {
+    return Between(path, {0, end});
+  }
+  Mp4TrackReader::Source Between(const std::string& path, ByteRange there) {
+    return {0, "http://host/a.mp4", path, there, ++revision_, start_position_};
+  }
+
+  // Runs a pass and takes what it queued.
+  FrameDump Pass(const Mp4TrackReader::Source& source) {
+    EXPECT_TRUE(reader_.RunPass(source));
+    return TakeQueuedFrames();
+  }
+  // The same over a whole movie.
+  FrameDump PassOver(const mp4_test::Movie& movie) {
+    return Pass(Whole(WriteLocalFile("movie.mp4", BuildMp4(movie).bytes)));
+  }
+
+  // A start with the same address.
+  void StartAgain() {
+    reader_.Begin();
+    ResetFrameQueues();
+  }
+  // A start with another one.
+  void StartAnother() {
+    reader_.Reset(0);
+    StartAgain();
+  }
+
+  RecordingPlayer player_;
+  Mp4TrackReader reader_{PlayerPort(&player_)};
+  std::atomic<float> start_position_{0};
+
+ private:
+  std::uint64_t revision_ = 0;
+};
+
+#endif  // TESTS_SUPPORT_MP4_TASKS_H_

@@ -1,0 +1,19 @@
+// Waiting for something that tells nobody when it happens.
+#ifndef TESTS_SUPPORT_WAIT_UNTIL_H_
+#define TESTS_SUPPORT_WAIT_UNTIL_H_
+
+#include <chrono>
+#include <thread>
+
+// False when `met` did not hold within the time limit.
+template <typename Condition>
+bool WaitUntil(Condition met) {
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  while (!met()) {
+    if (std::chrono::steady_clock::now() > limit) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  return true;
+}
+
+#endif  // TESTS_SUPPORT_WAIT_UNTIL_H_

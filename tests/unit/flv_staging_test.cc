@@ -1,0 +1,228 @@
+// The way of the bytes: what a transfer takes, the stream, and the source that the parser reads.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <future>
+#include <thread>
+
+#include "tests/support/flv_tasks.h"
+
+namespace {
+
+using flv_test::Bytes;
+
+class FlvStagingTest : public FlvTasks {
+ protected:
+  // Everything that is unread.
+  static Bytes Unread(FlvSource& source) {
+    Bytes bytes(g_flvStream->UnreadSize());
+    EXPECT_TRUE(source.Read(bytes.data(), static_cast<std::uint32_t>(bytes.size())));
+    return bytes;
+  }
+  Bytes Unread() { return Unread(source_); }
+
+  bool Stage(std::uint64_t offset, const Bytes& bytes) const {
+    return g_flvStream->Stage(stream_, offset, bytes.data(),
+                              static_cast<std::uint32_t>(bytes.size()));
+  }
+
+  FlvStreamSource source_{stream_};
+};
+
+TEST_F(FlvStagingTest, TransferStagesWhatItIsGiven) {
+  EXPECT_EQ(Take({1, 2, 3}), 3U);
+  EXPECT_EQ(Take({4}), 1U);
+  EXPECT_EQ(Unread(), (Bytes{1, 2, 3, 4}));
+}
+
+TEST_F(FlvStagingTest, TransferTakesNothingOnceStopped) {
+  g_flvRunning = false;
+  EXPECT_EQ(Take({1, 2, 3}), 0U);
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+}
+
+TEST_F(FlvStagingTest, TransferRefusesAnHtmlPage) {
+  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U);
+  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>', 'x'}), 0U);
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+}
+
+TEST_F(FlvStagingTest, TransferTakesWhatOnlyResemblesAnHtmlPage) {
+  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l'}), 5U);
+  EXPECT_EQ(Take({'<', 'H', 'T', 'M', 'L', '>'}), 6U);
+  EXPECT_EQ(Take({' ', '<', 'h', 't', 'm', 'l', '>'}), 7U);
+}
+
+TEST_F(FlvStagingTest, TransferWithoutBytesTakesThemAndStagesNothing) {
+  EXPECT_EQ(transfer_.Take(nullptr, 35), 35U);
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_EQ(Take({}), 0U);
+}
+
+TEST_F(FlvStagingTest, SecondDeliveryOfTheSameBytesIsLeftOut) {
+  EXPECT_TRUE(Stage(0, {1, 2, 3, 4}));
+  EXPECT_TRUE(Stage(0, {1, 2}));
+  EXPECT_TRUE(Stage(2, {3, 4, 5}));
+  EXPECT_TRUE(Stage(4, {5}));
+  EXPECT_TRUE(Stage(5, {6, 7}));
+  EXPECT_TRUE(Stage(0, {1, 2, 3, 4, 5, 6, 7, 8}));
+  EXPECT_EQ(Unread(), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+}
+
+TEST_F(FlvStagingTest, BytesThatWereReadAlreadyDoNotComeAgain) {
+  Take({1, 2, 3});
+  EXPECT_EQ(Unread(), (Bytes{1, 2, 3}));
+  EXPECT_TRUE(Stage(0, {1, 2, 3, 4, 5}));
+  EXPECT_EQ(Unread(), (Bytes{4, 5}));
+}
+
+TEST_F(FlvStagingTest, BothSidesOfALocalFileAtOnceStageEachByteOnce) {
+  Bytes file(1'000'000);
+  for (std::size_t i = 0; i < file.size(); ++i) file[i] = static_cast<std::uint8_t>(i * 7 / 5);
+  const auto deliver = [&file](std::size_t piece, auto stage) {
+    for (std::size_t at = 0; at < file.size(); at += piece) {
+      const std::size_t size = std::min(piece, file.size() - at);
+      const auto from = file.begin() + static_cast<std::ptrdiff_t>(at);
+      stage(at, Bytes(from, from + static_cast<std::ptrdiff_t>(size)));
+    }
+  };
+  std::thread transfer([&] {
+    deliver(1603,
+            [this](std::size_t, const Bytes& bytes) { EXPECT_EQ(Take(bytes), bytes.size()); });
+  });
+  deliver(1024, [this](std::size_t at, const Bytes& bytes) { EXPECT_TRUE(Stage(at, bytes)); });
+  transfer.join();
+  EXPECT_TRUE(Unread() == file);
+}
+
+TEST_F(FlvStagingTest, NewStreamIsEmptyAndBeginsAtItsFirstByte) {
+  Take({1, 2, 3});
+  const std::uint64_t newer = g_flvStream->Begin();
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  FlvTransfer transfer(newer);
+  EXPECT_EQ(transfer.Take("ab", 2), 2U);
+  FlvStreamSource source(newer);
+  EXPECT_EQ(Unread(source), (Bytes{'a', 'b'}));
+}
+
+TEST_F(FlvStagingTest, BytesOfAnOlderStreamAreRefused) {
+  Take({1, 2, 3});
+  g_flvStream->Begin();
+  EXPECT_EQ(Take({4}), 0U);
+  EXPECT_FALSE(Stage(0, {5}));
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+}
+
+TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNothingOfTheNewer) {
+  FlvTransfer transfer(g_flvStream->Begin());
+  EXPECT_EQ(transfer.Take("abc", 3), 3U);
+  std::uint8_t byte = 9;
+  EXPECT_FALSE(source_.Await(1));
+  EXPECT_FALSE(source_.Read(&byte, 1));
+  EXPECT_FALSE(source_.Skip(1));
+  EXPECT_EQ(byte, 9);
+  EXPECT_EQ(g_flvStream->UnreadSize(), 3U);
+}
+
+TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
+  const std::uint64_t newer = g_flvStream->Begin();
+  EndOfDownload();
+  FlvStreamSource source(newer);
+  auto reader = std::async(std::launch::async, [&source] { return source.Await(2); });
+  FlvTransfer transfer(newer);
+  EXPECT_EQ(transfer.Take("a", 1), 1U);
+  EXPECT_EQ(transfer.Take("b", 1), 1U);
+  EXPECT_TRUE(reader.get());
+}
+
+TEST_F(FlvStagingTest, NewStreamEndsTheWaitForAnOlderOne) {
+  auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
+  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
+  Take({1});
+  g_flvStream->Begin();
+  EXPECT_FALSE(reader.get());
+  player.get();
+}
+
+TEST_F(FlvStagingTest, ReadWaitsForBytesThatAreStillToCome) {
+  Take({1, 2});
+  Bytes bytes(4);
+  std::thread late([this] { Take({3, 4, 5}); });
+  EXPECT_TRUE(source_.Read(bytes.data(), 4));
+  late.join();
+  EXPECT_EQ(bytes, (Bytes{1, 2, 3, 4}));
+  EXPECT_EQ(Unread(), (Bytes{5}));
+}
+
+TEST_F(FlvStagingTest, WaitingReaderHoldsNoLock) {
+  auto reader = std::async(std::launch::async, [this] {
+    Bytes bytes(100);
+    return source_.Read(bytes.data(), 100);
+  });
+  for (int i = 0; i < 100; ++i) Take({0});
+  EXPECT_TRUE(reader.get());
+}
+
+TEST_F(FlvStagingTest, ReadThatCannotBeSatisfiedTakesNothing) {
+  Take({1, 2});
+  EndOfDownload();
+  Bytes bytes(3, 9);
+  EXPECT_FALSE(source_.Await(3));
+  EXPECT_FALSE(source_.Read(bytes.data(), 3));
+  EXPECT_EQ(bytes, Bytes(3, 9));
+  EXPECT_EQ(Unread(), (Bytes{1, 2}));
+}
+
+TEST_F(FlvStagingTest, SkipDropsBytes) {
+  Take({1, 2, 3});
+  EXPECT_TRUE(source_.Skip(0));
+  EXPECT_TRUE(source_.Skip(2));
+  EXPECT_EQ(Unread(), (Bytes{3}));
+}
+
+TEST_F(FlvStagingTest, SkipThatIsTooLongDropsWhatIsThere) {
+  Take({1, 2});
+  EndOfDownload();
+  EXPECT_FALSE(source_.Skip(3));
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+}
+
+TEST_F(FlvStagingTest, SkippedBytesAreDroppedAsTheyCome) {
+  constexpr std::uint32_t kSkipped = 50'000'000;
+  constexpr std::uint32_t kPieces = 500;
+  auto reader = std::async(std::launch::async, [this] { return source_.Skip(kSkipped); });
+  for (std::uint32_t i = 0; i < kPieces; ++i) Take(Bytes(kSkipped / kPieces));
+  Take({7});
+  EXPECT_TRUE(reader.get());
+  EXPECT_EQ(Unread(), (Bytes{7}));
+}
+
+TEST_F(FlvStagingTest, WhatIsThereCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
+  Take({1, 2});
+  EndOfDownload();
+  std::uint8_t byte = 0;
+  EXPECT_TRUE(source_.Runs());
+  EXPECT_TRUE(source_.Read(&byte, 1));
+  BeginToStop();
+  EXPECT_FALSE(source_.Runs());
+  EXPECT_TRUE(source_.Read(&byte, 1));
+  EXPECT_EQ(byte, 2);
+}
+
+TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
+  auto reader = std::async(std::launch::async, [this] { return source_.Read(nullptr, 5); });
+  Take({1});
+  EndOfDownload();
+  EXPECT_FALSE(reader.get());
+}
+
+TEST_F(FlvStagingTest, StopEndsEveryWait) {
+  auto reader = std::async(std::launch::async, [this] { return source_.Await(0xFFFFFFFF); });
+  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
+  BeginToStop();
+  EXPECT_FALSE(reader.get());
+  player.get();
+}
+
+}  // namespace

@@ -1,0 +1,156 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/flv_parse.h"
+#include "tests/support/flv_tags.h"
+
+namespace {
+
+using flv_test::AacTag;
+using flv_test::AvcBody;
+using flv_test::BigEndian;
+using flv_test::Bytes;
+using flv_test::Header;
+using flv_test::Join;
+using flv_test::kAudio;
+using flv_test::kScript;
+using flv_test::kVideo;
+using flv_test::NalTag;
+using flv_test::Tag;
+using flv_test::TagOfSize;
+using flv_test::WithLength;
+
+ParsedFlv ParseTags(const std::vector<Bytes>& tags) {
+  return ParseFlv(Join({Header(), Join(tags), flv_test::LastBackPointer()}));
+}
+
+// What comes of a tag that is followed by a good one, told by the number of video frames.
+std::size_t FramesOfTagAndAGoodOne(const Bytes& tag) {
+  return ParseTags({tag, NalTag(40, {{0x65, 1, 2, 3}})}).frames.video.size();
+}
+
+TEST(FlvTagLoopTest, ScriptDataYieldsNoFrameAndNoMessage) {
+  const ParsedFlv parsed = ParseTags({flv_test::ScriptTag(Bytes(300, 2)), NalTag(0, {{0x65}})});
+  EXPECT_EQ(parsed.frames.video.size(), 1U);
+  EXPECT_TRUE(parsed.frames.audio.empty());
+  EXPECT_EQ(parsed.console, "headlength:9\n");
+}
+
+TEST(FlvTagLoopTest, TagsOfOtherTypesArePassedOver) {
+  for (const std::uint8_t type : Bytes{0, 1, 7, 10, 15, 40, 41, 255}) {
+    EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(type, 0, {0x17, 1, 0, 0, 0})), 1U) << int{type};
+  }
+}
+
+TEST(FlvTagLoopTest, BackPointersAndStreamIdsAreNotLookedAt) {
+  Bytes tag = NalTag(0, {{0x65}});
+  for (const std::size_t at : {0U, 1U, 2U, 3U, 12U, 13U, 14U}) tag[at] = 0xFF;
+  EXPECT_EQ(FramesOfTagAndAGoodOne(tag), 2U);
+}
+
+TEST(FlvTagLoopTest, TagWithoutABodyEndsTheLoop) {
+  for (const std::uint8_t type : Bytes{kAudio, kVideo, kScript}) {
+    EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(type, 0, {})), 0U) << int{type};
+  }
+}
+
+TEST(FlvTagLoopTest, RestOfABodyThatItsHandlerLeftIsSkipped) {
+  const Bytes aac = Tag(kAudio, 0, {0xAF, 5, 1, 2, 3, 4, 5, 6});
+  EXPECT_EQ(FramesOfTagAndAGoodOne(aac), 1U);
+}
+
+TEST(FlvTagLoopTest, TagWhoseHandlerConsumedMoreThanItsSizeEndsTheLoop) {
+  const Bytes body = AvcBody(1, WithLength({0x41, 1, 2, 3}));
+  const Bytes lying = TagOfSize(body.size() - 1, kVideo, 0, body);
+  EXPECT_EQ(FramesOfTagAndAGoodOne(lying), 1U) << "only its own frame";
+}
+
+TEST(FlvTagLoopTest, NalUnitThatGoesOnInTheNextTagIsAFrameAndEndsTheLoop) {
+  const Bytes lying = Tag(kVideo, 0, AvcBody(1, Join({BigEndian(10, 4), {0x41, 1, 2}})));
+  const ParsedFlv parsed = ParseTags({lying, NalTag(40, {{0x65, 1, 2, 3}})});
+  ASSERT_EQ(parsed.frames.video.size(), 1U);
+  EXPECT_EQ(parsed.frames.video.front().payload,
+            (Bytes{0, 0, 0, 1, 0x41, 1, 2, 0x70, 0x71, 0x72, 0x73, kVideo, 0, 0}));
+}
+
+TEST(FlvTagLoopTest, ShortVideoTagsReadWhatFollowsThemAndEndTheLoop) {
+  for (std::size_t size = 1; size < 5; ++size) {
+    Bytes body = AvcBody(1, {});
+    body.resize(size);
+    EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, body)), 0U) << size;
+  }
+}
+
+TEST(FlvTagLoopTest, AacTagsTooShortForTheirPacketTypeYieldNoFrameAndEndTheLoop) {
+  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kAudio, 0, {0xAF})), 0U);
+  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kAudio, 0, {0xAF, 0})), 0U);
+  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kAudio, 0, {0xAF, 0, 0x12})), 0U);
+  EXPECT_EQ(FramesOfTagAndAGoodOne(TagOfSize(1, kAudio, 0, {0xAF, 1, 9})), 0U);
+}
+
+TEST(FlvTagLoopTest, AacTagOfTwoBytesIsABareHeader) {
+  const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, {0xAF, 1}), NalTag(40, {{0x65}})});
+  ASSERT_EQ(parsed.frames.audio.size(), 1U);
+  EXPECT_EQ(parsed.frames.audio.front().payload.size(), 7U);
+  EXPECT_EQ(parsed.frames.video.size(), 1U);
+}
+
+TEST(FlvTagLoopTest, OtherAudioOfOneByteIsABareHeader) {
+  const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, {0x2F}), NalTag(40, {{0x65}})});
+  ASSERT_EQ(parsed.frames.audio.size(), 1U);
+  EXPECT_EQ(parsed.frames.audio.front().payload.size(), 7U);
+  EXPECT_THAT(parsed.console, testing::HasSubstr("write autio data:0\n"));
+  EXPECT_EQ(parsed.frames.video.size(), 1U);
+}
+
+TEST(FlvTagLoopTest, TagThatIsLongerThanTheStreamYieldsNoFrameOfItsOwn) {
+  EXPECT_EQ(FramesOfTagAndAGoodOne(TagOfSize(0xFFFFFF, kScript, 0, {1, 2, 3})), 0U);
+  const ParsedFlv audio = ParseTags({TagOfSize(0xFFFFFF, kAudio, 0, {0xAF, 1, 1, 2, 3})});
+  EXPECT_TRUE(audio.frames.audio.empty());
+  const ParsedFlv other = ParseTags({TagOfSize(0xFFFFFF, kAudio, 0, {0x2F, 1, 2, 3})});
+  EXPECT_TRUE(other.frames.audio.empty());
+  EXPECT_EQ(other.console, "headlength:9\nwrite autio data:16777214\n");
+}
+
+TEST(FlvTagLoopTest, NalUnitsInATagThatIsLongerThanTheStreamComeAsFarAsTheyAreWhole) {
+  const Bytes units = Join({WithLength({0x41, 1}), WithLength({0x41, 2}), BigEndian(500, 4)});
+  const ParsedFlv parsed = ParseTags({TagOfSize(0xFFFFFF, kVideo, 0, AvcBody(1, units))});
+  EXPECT_EQ(parsed.frames.video.size(), 2U);
+}
+
+TEST(FlvTagLoopTest, HostileNalLengthsEndTheParserWithoutAFrame) {
+  for (const std::uint32_t length : {0x1000U, 0xFFFFFFU, 0x1000000U, 0x7FFFFFFFU, 0x80000000U,
+                                     0xFFFFFFFBU, 0xFFFFFFFCU, 0xFFFFFFFFU}) {
+    const Bytes body = AvcBody(1, Join({BigEndian(length, 4), {0x41, 1, 2}}));
+    EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, body)), 0U) << length;
+  }
+}
+
+// Its bytes are all there: the length alone ends the parser.
+TEST(FlvTagLoopTest, NalLengthThatNoTagCanHoldEndsTheParserThoughTheBytesAreThere) {
+  const Bytes longest(0xFFFFFF, 0x41);
+  const Bytes too_long(0x1000000, 0x41);
+  EXPECT_EQ(ParseTags({NalTag(0, {longest})}).frames.video.size(), 1U);
+  EXPECT_EQ(ParseTags({NalTag(0, {too_long})}).frames.video.size(), 0U);
+}
+
+TEST(FlvTagLoopTest, HostileParameterSetLengthsEndTheParserWithoutAFrame) {
+  const Bytes start = {1, 0x64, 0, 0x1F, 0xFF, 0xE1};
+  const Bytes sps = Join({start, BigEndian(0xFFFF, 2), {0x67, 1}});
+  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, AvcBody(0, sps))), 0U);
+  const Bytes pps = Join({start, BigEndian(2, 2), {0x67, 1, 1}, BigEndian(0xFFFF, 2), {0x68}});
+  const ParsedFlv parsed = ParseTags({Tag(kVideo, 0, AvcBody(0, pps)), NalTag(40, {{0x65}})});
+  EXPECT_EQ(parsed.frames.video.size(), 1U) << "the SPS alone";
+  EXPECT_EQ(parsed.console, "headlength:9\nsssize:2\nppsize:65535\n");
+}
+
+TEST(FlvTagLoopTest, GarbageBehindGoodTagsEndsTheLoopAndKeepsTheirFrames) {
+  for (const std::uint8_t byte : Bytes{0x00, 0x08, 0x09, 0x12, 0xFF}) {
+    const ParsedFlv parsed = ParseTags({NalTag(0, {{0x65, 1}}), AacTag(0, {7}), Bytes(2000, byte)});
+    ASSERT_GE(parsed.frames.video.size(), 1U) << int{byte};
+    EXPECT_EQ(parsed.frames.video[0].payload, (Bytes{0, 0, 0, 1, 0x65, 1})) << int{byte};
+    EXPECT_GE(parsed.frames.audio.size(), 1U) << int{byte};
+  }
+}
+
+}  // namespace

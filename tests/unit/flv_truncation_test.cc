@@ -1,0 +1,102 @@
+// Streams that end too early: whatever is cut off, the frames are the first of the whole stream's,
+// and nothing but its bytes is in them.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+#include "tests/support/flv_parse.h"
+#include "tests/support/flv_tags.h"
+
+namespace {
+
+using flv_test::Bytes;
+using flv_test::Join;
+
+bool SameFrame(const DumpedFrame& a, const DumpedFrame& b) {
+  return a.payload == b.payload && a.pts == b.pts && a.dts == b.dts && a.play == b.play;
+}
+
+void ExpectFirstOf(const std::vector<DumpedFrame>& some, const std::vector<DumpedFrame>& all) {
+  ASSERT_LE(some.size(), all.size());
+  EXPECT_TRUE(std::equal(some.begin(), some.end(), all.begin(), SameFrame));
+}
+
+void ExpectPrefixes(const Bytes& stream) {
+  const FrameDump whole = ParseFlv(stream).frames;
+  FrameDump before;
+  for (std::size_t size = 0; size <= stream.size(); ++size) {
+    SCOPED_TRACE("cut after " + std::to_string(size));
+    Bytes cut(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
+    cut.shrink_to_fit();  // so that a read behind the end is seen
+    const FrameDump dump = ParseFlv(cut).frames;
+    ExpectFirstOf(dump.video, whole.video);
+    ExpectFirstOf(dump.audio, whole.audio);
+    // A frame whose bytes were there is there.
+    EXPECT_GE(dump.video.size(), before.video.size());
+    EXPECT_GE(dump.audio.size(), before.audio.size());
+    before = dump;
+  }
+  EXPECT_EQ(before.video.size(), whole.video.size());
+  EXPECT_EQ(before.audio.size(), whole.audio.size());
+}
+
+TEST(FlvTruncationTest, CutAtEveryByteOfTheFirstTags) {
+  const Bytes stream = flv_test::MakeStream(2, 30);
+  const FrameDump whole = ParseFlv(stream).frames;
+  ASSERT_EQ(whole.video.size(), 4U);
+  ASSERT_EQ(whole.audio.size(), 2U);
+  ExpectPrefixes(stream);
+}
+
+TEST(FlvTruncationTest, CutAtEveryByteOfATagWithSeveralNalUnits) {
+  ExpectPrefixes(Join({flv_test::Header(), flv_test::NalTag(40, {{6, 1}, {0x65, 2, 3}, {0x65}}),
+                       flv_test::LastBackPointer()}));
+}
+
+TEST(FlvTruncationTest, CutAtEveryByteOfOtherAudio) {
+  const Bytes stream =
+      Join({flv_test::Header(), flv_test::Tag(flv_test::kAudio, 5, Bytes(40, 0x2F)),
+            flv_test::Tag(flv_test::kAudio, 9, Bytes(40, 0x3F))});
+  ExpectPrefixes(stream);
+}
+
+// What a header leaves room for is no tag, however much it looks like one.
+TEST(FlvTruncationTest, CutAtEveryByteOfALongHeaderThatHoldsWhatLooksLikeTags) {
+  const Bytes extra = Join({flv_test::NalTag(1, {{0x65, 1}}), flv_test::AacTag(1, {7}), {0, 0, 0}});
+  const Bytes stream = Join({flv_test::Header(extra), flv_test::NalTag(40, {{0x65, 2}})});
+  ExpectPrefixes(stream);
+}
+
+TEST(FlvTruncationTest, ByteCountOfTheFramesNeverExceedsThatOfTheStream) {
+  std::mt19937 random(5);  // NOLINT: the same run every time
+  for (int run = 0; run < 500; ++run) {
+    Bytes stream = flv_test::MakeStream(6, 40);
+    for (int change = 0; change < 4; ++change) {
+      stream[9 + random() % (stream.size() - 9)] = static_cast<std::uint8_t>(random());
+    }
+    stream.resize(random() % (stream.size() + 1));
+    std::size_t bytes = 0;
+    const FrameDump dump = ParseFlv(stream).frames;
+    for (const DumpedFrame& frame : dump.video) bytes += frame.payload.size() - 4;
+    for (const DumpedFrame& frame : dump.audio) bytes += frame.payload.size() - 7;
+    EXPECT_LE(bytes, stream.size());
+  }
+}
+
+TEST(FlvTruncationTest, BytesOfEveryFrameOfASpoiltStreamAreThoseOfTheStreamInOrder) {
+  std::mt19937 random(6);  // NOLINT: the same run every time
+  for (int run = 0; run < 500; ++run) {
+    Bytes stream = flv_test::MakeStream(6, 40);
+    stream[9 + random() % (stream.size() - 9)] = static_cast<std::uint8_t>(random());
+    auto from = stream.begin();
+    for (const DumpedFrame& frame : ParseFlv(stream).frames.video) {
+      const auto found =
+          std::search(from, stream.end(), frame.payload.begin() + 4, frame.payload.end());
+      ASSERT_TRUE(found != stream.end() || frame.payload.size() == 4) << "run " << run;
+      from = found + static_cast<std::ptrdiff_t>(frame.payload.size() - 4);
+    }
+  }
+}
+
+}  // namespace

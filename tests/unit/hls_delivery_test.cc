@@ -1,0 +1,131 @@
+#include "hls/hls_delivery.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "common/frame_queue.h"
+#include "hls/hls_pipeline.h"
+#include "tests/support/recording_player.h"
+#include "tests/support/wait_until.h"
+
+namespace {
+
+using Record = RecordingPlayer::Record;
+using testing::ElementsAre;
+
+class HlsDeliveryTest : public testing::Test {
+ protected:
+  HlsDeliveryTest() {
+    ResetFrameQueues();
+    pipeline_.player = PlayerPort(&player_);
+    pipeline_.running = true;
+  }
+  ~HlsDeliveryTest() override { ReleaseFrameQueues(); }
+
+  static void Push(FrameQueue*& queue, std::uint64_t pts, bool is_video) {
+    const std::uint8_t payload[] = {1};
+    FrameRecord frame;
+    ASSERT_EQ(CreateFrameNode(frame, pts, pts, payload, 1, is_video, true), 0);
+    const std::lock_guard lock(g_frameQueueMutex);
+    ASSERT_EQ(PushFrame(frame, queue), 0);
+  }
+  static void PushVideo(std::uint64_t pts) { Push(g_videoQueue, pts, true); }
+  static void PushAudio(std::uint64_t pts) { Push(g_audioQueue, pts, false); }
+
+  // Delivers both kinds until `met` holds, then stops. What was written to the console.
+  template <typename Condition>
+  std::string DeliverUntil(Condition met) {
+    testing::internal::CaptureStdout();
+    std::thread video([this] { DeliverHlsVideo(pipeline_); });
+    std::thread audio([this] { DeliverHlsAudio(pipeline_); });
+    EXPECT_TRUE(WaitUntil([&] { return met(player_.Snapshot()); }));
+    pipeline_.running = false;
+    video.join();
+    audio.join();
+    return testing::internal::GetCapturedStdout();
+  }
+
+  RecordingPlayer player_;
+  HlsPipeline pipeline_;
+};
+
+TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreTold) {
+  PushVideo(1);
+  PushAudio(2);
+  const std::string console = DeliverUntil(
+      [](const Record& record) { return record.video.size() == 1 && record.audio.size() == 1; });
+  EXPECT_THAT(console, testing::HasSubstr("m3u8 video thread stop.\n"));
+  EXPECT_THAT(console, testing::HasSubstr("m3u8 audio thread stop.\n"));
+  EXPECT_THAT(player_.Snapshot().messages,
+              testing::UnorderedElementsAre("m3u8 video thread stop.", "m3u8 audio thread stop."));
+}
+
+TEST_F(HlsDeliveryTest, FirstVideoFrameAfterAStopIsLeftOutAndNoAudioFrameIs) {
+  SkipFirstVideoFrame();
+  for (const std::uint64_t pts : {1U, 2U, 3U}) {
+    PushVideo(pts);
+    PushAudio(pts);
+  }
+  DeliverUntil(
+      [](const Record& record) { return record.video.size() >= 2 && record.audio.size() >= 3; });
+  EXPECT_EQ(player_.Snapshot().video.front().pts, 2U);
+  EXPECT_EQ(player_.Snapshot().audio.front().pts, 1U);
+}
+
+TEST_F(HlsDeliveryTest, ListedDurationIsForgottenWithTheFirstFrameOfEitherKind) {
+  for (const bool is_video : {true, false}) {
+    pipeline_.running = true;
+    pipeline_.listedDuration = 30;
+    player_.Forget();
+    is_video ? PushVideo(1) : PushAudio(1);
+    DeliverUntil(
+        [](const Record& record) { return record.video.size() + record.audio.size() == 1; });
+    EXPECT_EQ(pipeline_.listedDuration.load(), 0.0F);
+  }
+}
+
+TEST_F(HlsDeliveryTest, FrameThatIsLeftOutForgetsTheListedDurationToo) {
+  SkipFirstVideoFrame();
+  pipeline_.listedDuration = 30;
+  PushVideo(1);
+  DeliverUntil([this](const Record&) { return pipeline_.listedDuration.load() == 0.0F; });
+  EXPECT_TRUE(player_.Snapshot().video.empty());
+}
+
+TEST_F(HlsDeliveryTest, FrameOfTheOtherKindInAQueueKeepsTheListedDuration) {
+  pipeline_.listedDuration = 30;
+  Push(g_audioQueue, 1, true);
+  Push(g_videoQueue, 1, false);
+  DeliverUntil(
+      [](const Record& record) { return record.video.size() == 1 && record.audio.size() == 1; });
+  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
+}
+
+TEST_F(HlsDeliveryTest, AudioClockIsTheWholeSecondsOfThePlayTime) {
+  const std::uint8_t payload[] = {1};
+  FrameRecord frame;
+  ASSERT_EQ(CreateFrameNode(frame, 0, 0, payload, 1, false, true), 0);
+  frame.playTime = 2 * 90'000 + 89'999;
+  {
+    const std::lock_guard lock(g_frameQueueMutex);
+    ASSERT_EQ(PushFrame(frame, g_audioQueue), 0);
+  }
+  DeliverUntil([](const Record& record) { return record.audio.size() == 1; });
+  EXPECT_THAT(player_.Snapshot().clocks, ElementsAre(2.0F));
+}
+
+TEST_F(HlsDeliveryTest, WithoutAPlayerFramesAreTakenAndReleased) {
+  pipeline_.player = PlayerPort();
+  PushVideo(1);
+  std::thread video([this] { DeliverHlsVideo(pipeline_); });
+  EXPECT_TRUE(WaitUntil([] {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->count == 0;
+  }));
+  pipeline_.running = false;
+  video.join();
+}
+
+}  // namespace

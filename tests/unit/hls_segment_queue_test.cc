@@ -1,0 +1,321 @@
+#include "hls/segment_queue.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "hls/segment_download.h"
+#include "tests/support/hls_playlists.h"
+#include "tests/support/hls_tasks.h"
+#include "tests/support/wait_until.h"
+
+namespace {
+
+using hls_test::LivePlaylist;
+using hls_test::SegmentLines;
+using hls_test::SegmentUris;
+using hls_test::Uris;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SegmentQueueTest : public HlsTasks {
+ protected:
+  SegmentQueueTest() { pipeline_.variantHandle.reset(); }  // variants cannot be fetched
+};
+
+TEST_F(SegmentQueueTest, SegmentsAreQueuedInOrderAndCountedWithoutALineBreak) {
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
+  EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_EQ(taken_.front().uri, "http://host/live/seg0.ts");
+  EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
+}
+
+TEST_F(SegmentQueueTest, TextOfAPlaylistIsConsumed) {
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_EQ(PlaylistText(), "");
+}
+
+TEST_F(SegmentQueueTest, SameSegmentsAreQueuedOnce) {
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
+    EXPECT_EQ(WaitingSegments(), 3U);
+  }
+}
+
+TEST_F(SegmentQueueTest, AddressesThatDifferInTheirQueryAreOneSegment) {
+  Queue(LivePlaylist(0, {"a.ts?token=1", "a.ts?token=2", "b.ts?token=1"}));
+  EXPECT_THAT(Take(), ElementsAre("a.ts?token=1", "b.ts?token=1"));
+}
+
+TEST_F(SegmentQueueTest, DownloadedSegmentsAreForgottenWhenANewOneComesAndTakenOnceAllTheSame) {
+  Queue(LivePlaylist(0, SegmentUris(0, 2)));
+  TakeAndDownload();
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))),
+            "QUEUEED1:3[REMOVE]: http://host/live/seg0.ts\n[REMOVE]: http://host/live/seg1.ts\n");
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg2.ts"));
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))),
+            "QUEUEED1:3[REMOVE]: http://host/live/seg2.ts\n");
+  EXPECT_EQ(WaitingSegments(), 2U) << "queued once more";
+  EXPECT_THAT(TakeAndDownload(), IsEmpty()) << "and not taken again";
+  EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
+}
+
+TEST_F(SegmentQueueTest, NothingIsForgottenWhileNothingIsNew) {
+  Queue(LivePlaylist(0, SegmentUris(0, 2)));
+  TakeAndDownload();
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 2))), "QUEUEED1:2");
+  EXPECT_EQ(KnownSegments(), 2U);
+}
+
+TEST_F(SegmentQueueTest, BodyWithoutAHeaderChangesNothingAndStays) {
+  EXPECT_EQ(Queue(SegmentLines(SegmentUris(0, 2))), "");
+  EXPECT_EQ(WaitingSegments(), 0U);
+  EXPECT_EQ(KnownSegments(), 0U);
+  EXPECT_EQ(PlaylistText(), SegmentLines(SegmentUris(0, 2)));
+}
+
+TEST_F(SegmentQueueTest, BodyThatStayedIsReadTogetherWithTheNext) {
+  Queue(SegmentLines({"early.ts"}));
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 1))), "QUEUEED1:2");
+  EXPECT_THAT(Take(), ElementsAre("early.ts", "seg0.ts"));
+}
+
+TEST_F(SegmentQueueTest, EmptyPlaylistIsCountedAndQueuesNothing) {
+  EXPECT_EQ(Queue("#EXTM3U\n"), "QUEUEED1:0");
+  EXPECT_EQ(WaitingSegments(), 0U);
+}
+
+TEST_F(SegmentQueueTest, AddressWithoutTsIsCountedButNeverQueued) {
+  EXPECT_EQ(Queue(LivePlaylist(0, {"a.aac", "b.ts"})), "QUEUEED1:2");
+  EXPECT_THAT(Take(), ElementsAre("b.ts"));
+}
+
+TEST_F(SegmentQueueTest, TsAnywhereInTheAddressMakesASegment) {
+  Queue(LivePlaylist(0, {"a.aac?from=b.ts"}));
+  EXPECT_EQ(Take().size(), 1U);
+}
+
+TEST_F(SegmentQueueTest, OnDemandPlaylistQueuesEveryAddressAndAddsUpDurations) {
+  M3u8Table entries;
+  entries[0] = {"a.ts", 10};
+  entries[1] = {"b.aac", 5};
+  entries[2] = {"c.ts", 15};
+  testing::internal::CaptureStdout();
+  QueueAllSegments(pipeline_, entries);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "QUEUEED3:3");
+  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
+  EXPECT_THAT(Take(), ElementsAre("a.ts", "b.aac", "c.ts"));
+  EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
+  EXPECT_EQ(KnownSegments(), 0U);
+}
+
+TEST_F(SegmentQueueTest, OnDemandSegmentsThatDifferInTheirQueryAreTwo) {
+  M3u8Table entries;
+  entries[0] = {"a.ts?1", 10};
+  entries[1] = {"a.ts?2", 10};
+  testing::internal::CaptureStdout();
+  QueueAllSegments(pipeline_, entries);
+  testing::internal::GetCapturedStdout();
+  EXPECT_THAT(Take(), ElementsAre("a.ts?1", "a.ts?2"));
+}
+
+TEST_F(SegmentQueueTest, SegmentWhoseQueryChangesIsNotTakenAgain) {
+  Queue(LivePlaylist(0, {"a.ts?1", "b.ts?1"}));
+  TakeAndDownload();
+  Queue(LivePlaylist(0, {"a.ts?2", "b.ts?2", "c.ts?2"}));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("c.ts?2"));
+  Queue(LivePlaylist(0, {"a.ts?3", "b.ts?3", "c.ts?3"}));
+  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+}
+
+TEST_F(SegmentQueueTest, OnDemandSegmentThatIsListedTwiceIsTakenOnce) {
+  M3u8Table entries;
+  entries[0] = {"a.ts", 10};
+  entries[1] = {"a.ts", 10};
+  testing::internal::CaptureStdout();
+  QueueAllSegments(pipeline_, entries);
+  testing::internal::GetCapturedStdout();
+  EXPECT_THAT(Take(), ElementsAre("a.ts"));
+  EXPECT_EQ(pipeline_.listedDuration.load(), 20.0F);
+  EXPECT_EQ(pipeline_.queuedDuration.load(), 10.0F);
+}
+
+TEST_F(SegmentQueueTest, StopEndsTheWaitForSegments) {
+  std::thread stopper([this] {
+    pipeline_.running = false;
+    WakeHlsTasks();
+  });
+  EXPECT_THAT(TakeQueuedSegments(pipeline_, history_), IsEmpty());
+  stopper.join();
+}
+
+TEST_F(SegmentQueueTest, SegmentsThatComeLaterEndTheWait) {
+  std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
+  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U);
+  producer.join();
+}
+
+TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
+  pipeline_.running = false;
+  const auto before = std::chrono::steady_clock::now();
+  PauseBetweenRefreshes(pipeline_);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
+}
+
+TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueuedMeanwhile) {
+  const auto before = std::chrono::steady_clock::now();
+  std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
+  PauseBetweenRefreshes(pipeline_);
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(1000));
+  producer.join();
+}
+
+TEST_F(SegmentQueueTest, StreamThatBeginsAnewIsPlayedAgainOnceItMovesOn) {
+  Queue(LivePlaylist(100, SegmentUris(0, 3)));
+  TakeAndDownload();
+  Queue(LivePlaylist(103, SegmentUris(3, 3)));
+  TakeAndDownload();
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
+  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  Queue(LivePlaylist(0, SegmentUris(0, 4)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts", "seg3.ts"));
+  Queue(LivePlaylist(1, SegmentUris(1, 4)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg4.ts"));
+}
+
+TEST_F(SegmentQueueTest, StreamThatBeginsAnewAndStandsStillIsPlayedAtItsThirdRefresh) {
+  Queue(LivePlaylist(100, SegmentUris(0, 3)));
+  TakeAndDownload();
+  for (int i = 0; i < 2; ++i) {
+    Queue(LivePlaylist(0, SegmentUris(0, 3)));
+    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  }
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+}
+
+TEST_F(SegmentQueueTest, SegmentsStillWaitingWhenTheStreamBeginsAnewArePlayedToo) {
+  Queue(LivePlaylist(100, SegmentUris(0, 2)));
+  Queue(LivePlaylist(0, SegmentUris(0, 1)));
+  Queue(LivePlaylist(0, SegmentUris(0, 2)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg0.ts", "seg1.ts"));
+}
+
+TEST_F(SegmentQueueTest, LateCopyOfAPlaylistPlaysNothingAgain) {
+  for (const int late : {100, 90}) {
+    history_ = {};
+    ClearHlsStream();
+    Queue(LivePlaylist(100, SegmentUris(10, 3)));
+    TakeAndDownload();
+    Queue(LivePlaylist(101, SegmentUris(11, 3)));
+    TakeAndDownload();
+    Queue(LivePlaylist(late, SegmentUris(late - 90, 3)));
+    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+    Queue(LivePlaylist(102, SegmentUris(12, 3)));
+    EXPECT_THAT(TakeAndDownload(), ElementsAre("seg14.ts"));
+  }
+}
+
+TEST_F(SegmentQueueTest, PlaylistWithoutASequenceNeverBeginsAnew) {
+  const auto list = [](int first) { return "#EXTM3U\n" + SegmentLines(SegmentUris(first, 3)); };
+  Queue(list(3));
+  TakeAndDownload();
+  Queue(list(0));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  Queue(list(3));
+  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+}
+
+TEST_F(SegmentQueueTest, SegmentsThatAllEndBeforeTheStartPositionAreWalkedAndNotDownloaded) {
+  pipeline_.startPosition = 31;
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  testing::internal::CaptureStdout();
+  std::thread segments([this] { DownloadPartsThread(pipeline_); });
+  EXPECT_TRUE(WaitUntil([this] { return pipeline_.position.load() == 30.0F; }));
+  pipeline_.running = false;
+  WakeHlsTasks();
+  segments.join();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "m3u8 DownloadParts thread stop.\n");
+  EXPECT_TRUE(player_.Snapshot().buffered_times.empty());
+  EXPECT_EQ(player_.Snapshot().durations.front(), 30.0F);
+  EXPECT_EQ(KnownSegments(), 3U) << "their state stays as it was queued";
+}
+
+// Lets so many segments wait that there is room for `room` more.
+void LeaveRoomFor(std::size_t room) {
+  const std::lock_guard lock(g_segmentQueueMutex);
+  g_segmentQueue->resize(kMaxWaitingSegments - room);
+}
+
+TEST_F(SegmentQueueTest, SegmentsForWhichThereIsNoRoomAreLeftForALaterRefresh) {
+  LeaveRoomFor(2);
+  EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
+  EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
+  EXPECT_EQ(KnownSegments(), 2U);
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
+  LeaveRoomFor(kMaxWaitingSegments);
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_THAT(Take(), ElementsAre("seg2.ts"));
+}
+
+// A live stream of many segments, and what it must never do.
+class LongLiveTest : public SegmentQueueTest {
+ protected:
+  // Refreshes `count` times a window of this length that moves on by `step`. Every segment must be
+  // taken once, in order; `done` says what becomes of each.
+  template <typename Done>
+  void Play(int count, int length, int step, Done done) {
+    std::vector<std::string> played;
+    for (int i = 0; i < count; ++i) {
+      Queue(LivePlaylist(i * step, SegmentUris(i * step, length)));
+      const std::size_t before = taken_.size();
+      for (const std::string& name : Take()) played.push_back(name);
+      for (std::size_t at = before; at < taken_.size(); ++at) done(taken_[at].uri, at);
+      most_known_ = std::max(most_known_, KnownSegments());
+    }
+    EXPECT_EQ(played, SegmentUris(0, (count - 1) * step + length));
+  }
+
+  static void Downloaded(const std::string& uri, std::size_t /*at*/) {
+    SetSegmentState(uri, kSegmentDownloaded);
+  }
+
+  std::size_t most_known_ = 0;
+};
+
+TEST_F(LongLiveTest, SegmentsWhoseNamesDoNotSortByAgeArePlayedOnceEach) {
+  Play(1'300, 6, 1, Downloaded);
+}
+
+TEST_F(LongLiveTest, WindowOfMoreThanAThousandSegmentsIsPlayedOnce) {
+  Play(4, 1'500, 0, Downloaded);
+  EXPECT_EQ(taken_.size(), 1'500U);
+}
+
+TEST_F(LongLiveTest, LongWindowThatMovesOnIsPlayedOnce) { Play(5, 1'500, 3, Downloaded); }
+
+TEST_F(LongLiveTest, DownloadedSegmentsDoNotPileUp) {
+  Play(500, 6, 1, Downloaded);
+  EXPECT_LE(most_known_, 14U);
+}
+
+TEST_F(LongLiveTest, SegmentsThatAreNeverDownloadedDoNotPileUp) {
+  Play(500, 6, 1, [](const std::string& uri, std::size_t) { NoteSegmentDone(uri); });
+  EXPECT_LE(most_known_, 14U);
+}
+
+TEST_F(LongLiveTest, MixOfBothDoesNotPileUp) {
+  Play(500, 6, 2, [](const std::string& uri, std::size_t at) {
+    at % 3 == 0 ? NoteSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
+  });
+  EXPECT_LE(most_known_, 16U);
+}
+
+}  // namespace

@@ -1,0 +1,134 @@
+#include "hls/segment_states.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+TEST(SegmentKeyTest, AddressIsCutBeforeItsFirstQuestionMark) {
+  EXPECT_EQ(MakeSegmentKey("http://h/a.ts?x=1?y=2"), "http://h/a.ts");
+}
+
+TEST(SegmentKeyTest, AddressWithoutAQueryIsKeptWhole) {
+  EXPECT_EQ(MakeSegmentKey("http://h/a.ts"), "http://h/a.ts");
+  EXPECT_EQ(MakeSegmentKey(""), "");
+}
+
+TEST(SegmentKeyTest, AddressThatBeginsWithAQuestionMarkIsKeptWhole) {
+  EXPECT_EQ(MakeSegmentKey("?a.ts?b"), "?a.ts?b");
+  EXPECT_EQ(MakeSegmentKey("?"), "?");
+}
+
+class SegmentStatesTest : public testing::Test {
+ protected:
+  SegmentStatesTest() { ForgetAllSegments(); }
+  ~SegmentStatesTest() override { ForgetAllSegments(); }
+
+  // What RemoveStaleSegments writes to the console.
+  static std::string Remove(const M3u8Table& current, std::int32_t state) {
+    testing::internal::CaptureStdout();
+    RemoveStaleSegments(current, state);
+    return testing::internal::GetCapturedStdout();
+  }
+
+  static M3u8Table Table(const std::vector<std::string>& uris) {
+    M3u8Table table;
+    for (const std::string& uri : uris) {
+      table.emplace(static_cast<std::int32_t>(table.size()), M3u8Entry{uri});
+    }
+    return table;
+  }
+
+  // Whether it is known; a segment that was not is then.
+  static bool IsKnown(const std::string& uri) { return !AddSegmentIfNew(uri, kSegmentQueued); }
+};
+
+TEST_F(SegmentStatesTest, SegmentIsAddedOnceWhateverItsQuery) {
+  EXPECT_TRUE(AddSegmentIfNew("a.ts?1", kSegmentQueued));
+  EXPECT_FALSE(AddSegmentIfNew("a.ts?2", kSegmentQueued));
+  EXPECT_FALSE(AddSegmentIfNew("a.ts", kSegmentDownloaded));
+  EXPECT_EQ(KnownSegments(), 1U);
+}
+
+TEST_F(SegmentStatesTest, SecondAddLeavesTheStateAsItWas) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  AddSegmentIfNew("a.ts", kSegmentDownloaded);
+  EXPECT_EQ(Remove({}, kSegmentDownloaded), "");
+}
+
+TEST_F(SegmentStatesTest, StateIsSetByTheKey) {
+  AddSegmentIfNew("a.ts?1", kSegmentQueued);
+  SetSegmentState("a.ts?other", kSegmentDownloaded);
+  EXPECT_EQ(Remove({}, kSegmentDownloaded), "[REMOVE]: a.ts\n");
+}
+
+TEST_F(SegmentStatesTest, StateOfAnUnknownSegmentIsNotSet) {
+  SetSegmentState("a.ts", kSegmentDownloaded);
+  EXPECT_EQ(KnownSegments(), 0U);
+}
+
+TEST_F(SegmentStatesTest, RemovalSparesWhatIsCurrentAndWhatIsInAnotherState) {
+  AddSegmentIfNew("c.ts", kSegmentDownloaded);
+  AddSegmentIfNew("b.ts", kSegmentQueued);
+  AddSegmentIfNew("a.ts?q", kSegmentDownloaded);
+  AddSegmentIfNew("d.ts", kSegmentDownloaded);
+  EXPECT_EQ(Remove(Table({"d.ts?now"}), kSegmentDownloaded), "[REMOVE]: a.ts\n[REMOVE]: c.ts\n");
+  EXPECT_TRUE(IsKnown("b.ts") && IsKnown("d.ts"));
+  EXPECT_FALSE(IsKnown("a.ts") || IsKnown("c.ts"));
+}
+
+TEST_F(SegmentStatesTest, RemovalOfQueuedOnesAsksForThatState) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  AddSegmentIfNew("b.ts", kSegmentDownloaded);
+  EXPECT_EQ(Remove({}, kSegmentQueued), "[REMOVE]: a.ts\n");
+  EXPECT_EQ(KnownSegments(), 1U);
+}
+
+TEST_F(SegmentStatesTest, SegmentThatIsDoneAndNotListedIsForgottenInSilence) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  NoteSegmentDone("a.ts?query");
+  testing::internal::CaptureStdout();
+  ForgetDoneSegments({"b.ts"});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(KnownSegments(), 0U);
+}
+
+TEST_F(SegmentStatesTest, SegmentThatIsDoneAndStillListedStaysKnown) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  NoteSegmentDone("a.ts");
+  ForgetDoneSegments({"a.ts"});
+  EXPECT_EQ(KnownSegments(), 1U);
+  ForgetDoneSegments({"b.ts"});
+  EXPECT_EQ(KnownSegments(), 0U) << "it is forgotten once it is not listed any more";
+}
+
+TEST_F(SegmentStatesTest, SegmentThatStillWaitsIsNotForgotten) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  ForgetDoneSegments({"b.ts"});
+  EXPECT_EQ(KnownSegments(), 1U);
+}
+
+TEST_F(SegmentStatesTest, DownloadedSegmentIsLeftToTheRemoval) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  NoteSegmentDone("a.ts");
+  SetSegmentState("a.ts", kSegmentDownloaded);
+  ForgetDoneSegments({});
+  EXPECT_EQ(KnownSegments(), 1U);
+  AddSegmentIfNew("b.ts", kSegmentQueued);
+  ForgetDoneSegments({});
+  EXPECT_EQ(KnownSegments(), 2U) << "what was noted is noted no more";
+}
+
+TEST_F(SegmentStatesTest, EverythingIsForgottenAtOnce) {
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  AddSegmentIfNew("b.ts", kSegmentDownloaded);
+  NoteSegmentDone("a.ts");
+  ForgetAllSegments();
+  EXPECT_EQ(KnownSegments(), 0U);
+  AddSegmentIfNew("a.ts", kSegmentQueued);
+  ForgetDoneSegments({});
+  EXPECT_EQ(KnownSegments(), 1U) << "and so is what was noted";
+}
+
+}  // namespace

@@ -1,0 +1,186 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <mutex>
+#include <string>
+
+#include "hls/playlist_fetch.h"
+#include "hls/segment_download.h"
+#include "tests/support/hls_tasks.h"
+
+namespace {
+
+class SegmentCallbackTest : public HlsTasks {
+ protected:
+  // Appends `length` bytes of this kind, as a transfer would.
+  static std::size_t Append(std::size_t length, char kind) {
+    std::string bytes(length, kind);
+    const std::lock_guard lock(g_downloadMutex);
+    return TakeSegmentBytes(bytes.data(), 1, length, nullptr);
+  }
+  static std::int32_t Length() {
+    const std::lock_guard lock(g_downloadMutex);
+    return g_downloadLength;
+  }
+  static void SetLength(std::int32_t length) {
+    const std::lock_guard lock(g_downloadMutex);
+    g_downloadLength = length;
+  }
+};
+
+TEST_F(SegmentCallbackTest, PiecesAreAppended) {
+  EXPECT_EQ(Append(3, 'a'), 3U);
+  EXPECT_EQ(Append(2, 'b'), 2U);
+  EXPECT_EQ(Length(), 5);
+  const std::lock_guard lock(g_downloadMutex);
+  EXPECT_EQ(std::string(g_downloadBuffer.begin(), g_downloadBuffer.begin() + 5), "aaabb");
+}
+
+TEST_F(SegmentCallbackTest, SizeAndCountAreMultiplied) {
+  std::string bytes(188, 'x');
+  const std::lock_guard lock(g_downloadMutex);
+  EXPECT_EQ(TakeSegmentBytes(bytes.data(), 94, 2, nullptr), 188U);
+  EXPECT_EQ(g_downloadLength, 188);
+}
+
+TEST_F(SegmentCallbackTest, EmptyPieceChangesNothing) {
+  const std::lock_guard lock(g_downloadMutex);
+  EXPECT_EQ(TakeSegmentBytes(nullptr, 1, 0, nullptr), 0U);
+  EXPECT_EQ(g_downloadLength, 0);
+}
+
+TEST_F(SegmentCallbackTest, ExactlyTheSizeOfTheBufferFits) {
+  EXPECT_EQ(Append(15'728'000, 'a'), 15'728'000U);
+  EXPECT_EQ(Append(640, 'b'), 640U);
+  EXPECT_EQ(Length(), 15'728'640);
+  const std::lock_guard lock(g_downloadMutex);
+  EXPECT_EQ(std::count(g_downloadBuffer.begin(), g_downloadBuffer.end(), 'a'), 15'728'000);
+  EXPECT_EQ(g_downloadBuffer.back(), 'b');
+}
+
+TEST_F(SegmentCallbackTest, OneByteMoreGivesTheSegmentUpWhole) {
+  SetLength(15'728'640 - 2);
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(Append(3, 'c'), 0U);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "A segment of more than 15728640 bytes is given up.\n");
+  EXPECT_EQ(Length(), 0);
+}
+
+TEST_F(SegmentCallbackTest, PieceLargerThanTheBufferIsGivenUp) {
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(Append(15'728'641, 'c'), 0U);
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("is given up.\n"));
+  EXPECT_EQ(Length(), 0);
+}
+
+TEST_F(SegmentCallbackTest, NothingIsTakenAfterTheStop) {
+  EXPECT_EQ(Append(3, 'a'), 3U);
+  pipeline_.running = false;
+  EXPECT_EQ(Append(3, 'a'), 0U);
+  EXPECT_EQ(Length(), 3);
+}
+
+TEST_F(SegmentCallbackTest, NothingIsTakenWhenThePipelineIsGone) {
+  ForgetActiveM3u8(&pipeline_);
+  EXPECT_EQ(Append(3, 'a'), 0U);
+}
+
+TEST_F(SegmentCallbackTest, PipelineMadeLastDecides) {
+  const HlsPipeline last;  // does not run
+  SetActiveM3u8(&last);
+  EXPECT_EQ(Append(3, 'a'), 0U);
+  ForgetActiveM3u8(&pipeline_);  // not the last one: nothing changes
+  SetActiveM3u8(&pipeline_);
+  ForgetActiveM3u8(&last);
+  EXPECT_EQ(Append(3, 'a'), 3U);
+}
+
+using TextCallback = std::size_t (*)(char*, std::size_t, std::size_t, void*);
+
+// Both of them take text in the same way.
+class PlaylistCallbackTest : public HlsTasks, public testing::WithParamInterface<bool> {
+ protected:
+  static std::string& Text() { return GetParam() ? *g_variantText : *g_playlistText; }
+  static std::size_t Append(std::string bytes) {
+    const TextCallback take = GetParam() ? TakeVariantBytes : TakePlaylistBytes;
+    return take(bytes.data(), 1, bytes.size(), nullptr);
+  }
+
+  const std::lock_guard<std::mutex> lock_{g_playlistMutex};
+};
+
+INSTANTIATE_TEST_SUITE_P(, PlaylistCallbackTest, testing::Bool(),
+                         [](const auto& kind) { return kind.param ? "Variant" : "TopLevel"; });
+
+TEST_P(PlaylistCallbackTest, PiecesAreAppended) {
+  EXPECT_EQ(Append("#EXT"), 4U);
+  EXPECT_EQ(Append("M3U\n"), 4U);
+  EXPECT_EQ(Text(), "#EXTM3U\n");
+  Text().clear();
+}
+
+TEST_P(PlaylistCallbackTest, NothingIsTakenAfterTheStop) {
+  pipeline_.running = false;
+  EXPECT_EQ(Append("#EXT"), 0U);
+  EXPECT_EQ(Text(), "");
+}
+
+TEST_P(PlaylistCallbackTest, TextThatGoesOnForEverEndsItsTransfer) {
+  Text().assign(kMaxPlaylistSize - 4, '#');
+  EXPECT_EQ(Append("1234"), 4U);
+  EXPECT_EQ(Append("5"), 0U);
+  EXPECT_EQ(Text().size(), kMaxPlaylistSize);
+  Text().clear();
+}
+
+// Requests that fail at once, since there is no handle, and only make room for what would come.
+class LeftoverTest : public HlsTasks {
+ protected:
+  // What stays in front of the next body.
+  std::string LeftOf(const std::string& body) {
+    {
+      const std::lock_guard lock(g_playlistMutex);
+      *g_playlistText = body;
+    }
+    pipeline_.playlistHandle.reset();
+    EXPECT_FALSE(FetchPlaylist(pipeline_, {kUrl, true}));
+    return PlaylistText();
+  }
+};
+
+TEST_F(LeftoverTest, EmptyTextStaysEmpty) { EXPECT_EQ(LeftOf(""), ""); }
+
+TEST_F(LeftoverTest, WholeLinesStay) {
+  EXPECT_EQ(LeftOf("<html></html>\n"), "<html></html>\n");
+  EXPECT_EQ(LeftOf("one\n\ntwo\n"), "one\n\ntwo\n");
+}
+
+TEST_F(LeftoverTest, LineThatBrokeOffIsDropped) {
+  EXPECT_EQ(LeftOf("<html></html>"), "");
+  EXPECT_EQ(LeftOf("#EXTM3U\n#EXTINF:10,\nseg1"), "#EXTM3U\n#EXTINF:10,\n");
+}
+
+TEST_F(LeftoverTest, TextOfUpToAMebibyteStays) {
+  const std::string longest = std::string((1 << 20) - 1, 'x') + "\n";
+  EXPECT_EQ(LeftOf(longest), longest);
+}
+
+TEST_F(LeftoverTest, LongerTextIsDropped) {
+  EXPECT_EQ(LeftOf(std::string((1 << 20) + 1, '\n')), "");
+}
+
+TEST_F(LeftoverTest, VariantsHaveTheSameRules) {
+  const std::lock_guard lock(g_playlistMutex);
+  pipeline_.variantHandle.reset();
+  *g_variantText = "x\ny";
+  EXPECT_FALSE(FetchVariant(pipeline_, kUrl));
+  EXPECT_EQ(*g_variantText, "x\n");
+  g_variantText->assign((1 << 20) + 1, '\n');
+  EXPECT_FALSE(FetchVariant(pipeline_, kUrl));
+  EXPECT_EQ(*g_variantText, "");
+}
+
+}  // namespace

@@ -1,0 +1,236 @@
+// Which files open: an index that is not whole is none.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/support/mp4_reading.h"
+
+namespace {
+
+using mp4_boxes::Box;
+using mp4_boxes::BuildMp4;
+using mp4_boxes::Bytes;
+using mp4_boxes::FullBox;
+using mp4_boxes::Join;
+using mp4_boxes::Movie;
+using mp4_boxes::Text;
+using mp4_boxes::U32;
+using mp4_boxes::Zeros;
+
+void ExpectWhole(const Movie& movie) {
+  const Mp4FileHandle file = OpenMp4Movie(movie);
+  ASSERT_TRUE(file);
+  for (const mp4_boxes::Track& track : movie.tracks)
+    EXPECT_EQ(ReadMp4Track(file, track.id), ExpectedSamples(track)) << track.handler;
+}
+
+bool Opens(const Bytes& bytes) {
+  std::filesystem::remove("movie.mp4");  // some file systems take long over one written anew
+  return OpenMp4Bytes(bytes) != nullptr;
+}
+
+TEST(IsobmffOpenTest, IndexBeforeTheMediaData) { ExpectWhole(mp4_boxes::SmallMovie()); }
+
+TEST(IsobmffOpenTest, IndexBehindTheMediaData) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.index_first = false;
+  ExpectWhole(movie);
+}
+
+TEST(IsobmffOpenTest, BoxSizesOf64Bits) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.large_boxes = true;
+  ExpectWhole(movie);
+  movie.index_first = false;
+  ExpectWhole(movie);
+}
+
+TEST(IsobmffOpenTest, Version1HeadersAreOf64Bits) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.version = 1;
+  movie.duration = (std::uint64_t{1} << 32) + 7;
+  for (auto& track : movie.tracks) track.version = 1;
+  ExpectWhole(movie);
+  EXPECT_EQ(MP4GetDuration(OpenMp4Movie(movie).get()), movie.duration);
+}
+
+TEST(IsobmffOpenTest, UnknownVersionIsRefused) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.version = 2;
+  EXPECT_FALSE(OpenMp4Movie(movie));
+}
+
+TEST(IsobmffOpenTest, UnknownBoxesAreSkipped) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.before = Join({Box("free", Zeros(11)), Box("wide", {}), Box("uuid", Zeros(40))});
+  movie.in_index = Join({Box("udta", Zeros(4)), Box("zzzz", Text("anything at all"))});
+  ExpectWhole(movie);
+}
+
+TEST(IsobmffOpenTest, EditListIsIgnored) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.tracks[0].more =
+      Box("edts", FullBox("elst", 0, Join({U32(1), U32(100), U32(256), U32(0x10000)})));
+  ExpectWhole(movie);
+}
+
+// The last box may have a size of 0: it goes on to the end of the file.
+TEST(IsobmffOpenTest, LastBoxWithoutSizeGoesOnToTheEnd) {
+  Movie movie = mp4_boxes::SmallMovie();
+  mp4_boxes::File built = BuildMp4(movie);
+  std::fill_n(built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_end), 4, 0);  // mdat
+  EXPECT_TRUE(Opens(built.bytes));
+  movie.index_first = false;
+  built = BuildMp4(movie);
+  std::fill_n(built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_begin), 4, 0);  // moov
+  EXPECT_TRUE(Opens(built.bytes));
+}
+
+TEST(IsobmffOpenTest, MovieWithoutTracksOpens) {
+  Movie movie;
+  const Mp4FileHandle file = OpenMp4Movie(movie);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(MP4GetNumberOfTracks(file.get()), 0U);
+}
+
+TEST(IsobmffOpenTest, FragmentedFileHasNoSamples) {
+  Movie movie = mp4_boxes::SmallMovie();
+  for (auto& track : movie.tracks) track.samples.clear();
+  movie.in_index = Box("mvex", FullBox("trex", 0, Zeros(20)));
+  Bytes bytes = BuildMp4(movie).bytes;
+  mp4_boxes::Append(bytes, Box("moof", FullBox("mfhd", 0, U32(1))));
+  const Mp4FileHandle file = OpenMp4Bytes(bytes);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(MP4GetNumberOfTracks(file.get()), 2U);
+  EXPECT_FALSE(ReadMp4(file, 1, 1));
+  EXPECT_EQ(MP4GetSampleTime(file.get(), 1, 1), MP4_INVALID_TIMESTAMP);
+}
+
+TEST(IsobmffOpenTest, WhatIsNoMovieDoesNotOpen) {
+  std::filesystem::create_directory("directory");
+  EXPECT_EQ(MP4Read("directory"), nullptr);
+  EXPECT_EQ(MP4Read("no such file"), nullptr);
+  EXPECT_EQ(MP4Read(""), nullptr);
+  EXPECT_EQ(MP4Read(nullptr), nullptr);
+  EXPECT_FALSE(Opens({}));
+  EXPECT_FALSE(Opens(Text("#EXTM3U and so on, a text that is no movie")));
+  EXPECT_FALSE(Opens(Box("ftyp", Text("isom"))));
+}
+
+TEST(IsobmffOpenTest, PathIsUtf8) {
+  const std::string path = "\xC3\xA4\xE6\x98\xA0\xF0\x9F\x8E\xAC.mp4";
+  const std::u8string name(path.begin(), path.end());
+  const Bytes bytes = BuildMp4(mp4_boxes::SmallMovie()).bytes;
+  std::ofstream out(std::filesystem::path(name), std::ios::binary);
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
+  out.close();
+  EXPECT_NE(Mp4FileHandle(MP4Read(path.c_str())), nullptr);
+  EXPECT_EQ(MP4Read("\xFF\xFE not UTF-8.mp4"), nullptr);
+}
+
+// Others may do with the file what they like meanwhile.
+TEST(IsobmffOpenTest, OpenFileCanBeRenamedAndDeleted) {
+  const Movie movie = mp4_boxes::SmallMovie();
+  const Mp4FileHandle file = OpenMp4Movie(movie);
+  ASSERT_TRUE(file);
+  std::filesystem::rename("movie.mp4", "renamed.mp4");
+  EXPECT_TRUE(std::filesystem::remove("renamed.mp4"));
+  EXPECT_EQ(ReadMp4Track(file, 1), ExpectedSamples(movie.tracks[0]));
+}
+
+// --- An index that is not whole ---
+
+TEST(IsobmffOpenTest, FileCutOffAnywhereInItsIndexDoesNotOpen) {
+  for (const bool index_first : {true, false}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.index_first = index_first;
+    const mp4_boxes::File built = BuildMp4(movie);
+    for (std::size_t size = 0; size < built.index_end; ++size) {
+      const Bytes cut(built.bytes.begin(), built.bytes.begin() + static_cast<std::ptrdiff_t>(size));
+      ASSERT_FALSE(Opens(cut)) << size << " bytes, the index ends at " << built.index_end;
+    }
+  }
+}
+
+// A sparse file that is being downloaded: what has not come yet reads as zeros, up to the end.
+TEST(IsobmffOpenTest, IndexOfWhichTheRestIsZerosDoesNotOpen) {
+  for (const bool index_first : {true, false}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.index_first = index_first;
+    const mp4_boxes::File built = BuildMp4(movie);
+    constexpr std::size_t kLastEntry = 4;  // a chunk offset
+    for (std::size_t size = 0; size + kLastEntry <= built.index_end; ++size) {
+      Bytes holed = built.bytes;
+      std::fill(holed.begin() + static_cast<std::ptrdiff_t>(size), holed.end(), std::uint8_t{0});
+      ASSERT_FALSE(Opens(holed)) << size << " bytes, the index ends at " << built.index_end;
+    }
+  }
+}
+
+TEST(IsobmffOpenTest, HoleBetweenTheHeadOfTheIndexAndItsBoxes) {
+  const mp4_boxes::File built = BuildMp4(mp4_boxes::SmallMovie());
+  for (const std::size_t begin : {8U, 116U}) {  // where mvhd and the first trak begin
+    Bytes holed = built.bytes;
+    const auto from = holed.begin() + static_cast<std::ptrdiff_t>(built.index_begin + begin);
+    std::fill(from, from + 64, std::uint8_t{0});
+    EXPECT_FALSE(Opens(holed)) << begin;
+  }
+}
+
+TEST(IsobmffOpenTest, OpensOnceTheRestOfTheIndexHasCome) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.index_first = false;
+  const mp4_boxes::File built = BuildMp4(movie);
+  const Bytes most(built.bytes.begin(), built.bytes.end() - 1);
+  EXPECT_FALSE(Opens(most));
+  EXPECT_TRUE(Opens(built.bytes));
+}
+
+TEST(IsobmffOpenTest, MissingBoxIsRefused) {
+  for (const char* const box : {"stsd", "stts", "stsc", "stsz", "stco"}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.tracks[1].replaced[box] = Bytes();
+    EXPECT_FALSE(OpenMp4Movie(movie)) << box;
+  }
+}
+
+// Renames one box at a time, so that it counts as unknown.
+TEST(IsobmffOpenTest, IndexWithoutAnyOfItsHeadersIsRefused) {
+  const Bytes bytes = BuildMp4(mp4_boxes::SmallMovie()).bytes;
+  for (const char* const type :
+       {"moov", "mvhd", "tkhd", "mdia", "mdhd", "hdlr", "minf", "stbl", "stsd"}) {
+    Bytes renamed = bytes;
+    const Bytes name = Text(type);
+    const auto found = std::search(renamed.begin(), renamed.end(), name.begin(), name.end());
+    ASSERT_NE(found, renamed.end());
+    *found = 'X';
+    EXPECT_FALSE(Opens(renamed)) << type;
+  }
+}
+
+TEST(IsobmffOpenTest, CountThatDoesNotFitItsBoxIsRefused) {
+  for (const char* const type : {"stts", "stsc", "stsz", "stco", "stss"}) {
+    for (const std::uint32_t count : {100U, 0x20000000U, 0x40000000U, 0xFFFFFFFFU}) {
+      Bytes bytes = BuildMp4(mp4_boxes::SmallMovie()).bytes;
+      const Bytes name = Text(type);
+      const auto found = std::search(bytes.begin(), bytes.end(), name.begin(), name.end());
+      const Bytes lie = U32(count);
+      std::copy(lie.begin(), lie.end(), found + (std::string(type) == "stsz" ? 12 : 8));
+      EXPECT_FALSE(Opens(bytes)) << type << ' ' << count;
+    }
+  }
+}
+
+// A file of nothing but empty boxes ends the search for the index.
+TEST(IsobmffOpenTest, EndlessRowOfEmptyBoxesIsGivenUp) {
+  Bytes bytes;
+  for (int i = 0; i < 70000; ++i) mp4_boxes::Append(bytes, Box("free", {}));
+  mp4_boxes::Append(bytes, BuildMp4(mp4_boxes::SmallMovie()).bytes);
+  EXPECT_FALSE(Opens(bytes));
+}
+
+}  // namespace

@@ -1,0 +1,245 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "mp4/downloaded_ranges.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+DownloadedRanges Ranges(const std::vector<std::pair<std::uint64_t, std::uint64_t>>& added) {
+  DownloadedRanges ranges;
+  for (const auto& [start, end] : added) ranges.Add(start, end);
+  return ranges;
+}
+
+TEST(DownloadedRangesTest, NothingIsHeldByNone) {
+  const DownloadedRanges ranges;
+  EXPECT_THAT(ranges.All(), IsEmpty());
+  EXPECT_FALSE(ranges.Hold(0, 0));
+  EXPECT_FALSE(ranges.First().Holds(0, 1));
+  EXPECT_EQ(ranges.EndOfRangeAt(7), 7U);
+}
+
+TEST(DownloadedRangesTest, PiecesThatFollowEachOtherAreOneRange) {
+  EXPECT_THAT(Ranges({{0, 10}, {10, 20}, {20, 21}}).All(), ElementsAre(Pair(0, 21)));
+}
+
+TEST(DownloadedRangesTest, RangeBehindAGapIsSeparateFromTheFirst) {
+  EXPECT_THAT(Ranges({{0, 10}, {50, 60}}).All(), ElementsAre(Pair(0, 10), Pair(50, 60)));
+}
+
+TEST(DownloadedRangesTest, RangesThatMeetAreMergedIntoOne) {
+  EXPECT_THAT(Ranges({{0, 10}, {50, 60}, {10, 50}}).All(), ElementsAre(Pair(0, 60)));
+}
+
+TEST(DownloadedRangesTest, FirstRangeThatGrowsOverSeveralTakesThemAll) {
+  EXPECT_THAT(Ranges({{0, 10}, {20, 30}, {40, 50}, {90, 99}, {10, 45}}).All(),
+              ElementsAre(Pair(0, 50), Pair(90, 99)));
+}
+
+TEST(DownloadedRangesTest, LaterRangeThatGrowsIsNotMergedWithItsOwnBeginning) {
+  EXPECT_THAT(Ranges({{0, 10}, {50, 60}, {60, 70}}).All(),
+              ElementsAre(Pair(0, 10), Pair(50, 60), Pair(60, 70)));
+}
+
+TEST(DownloadedRangesTest, RangeThatBeginsNowhereYetIsNotMergedWithThoseBehindIt) {
+  EXPECT_THAT(Ranges({{0, 10}, {50, 60}, {40, 55}}).All(),
+              ElementsAre(Pair(0, 10), Pair(40, 55), Pair(50, 60)));
+}
+
+TEST(DownloadedRangesTest, RangeWithAKnownBeginningTakesThoseBehindIt) {
+  EXPECT_THAT(Ranges({{0, 10}, {40, 45}, {50, 60}, {40, 55}}).All(),
+              ElementsAre(Pair(0, 10), Pair(40, 60)));
+}
+
+TEST(DownloadedRangesTest, RangeInFrontOfAllIsNotMerged) {
+  EXPECT_THAT(Ranges({{50, 60}, {0, 50}}).All(), ElementsAre(Pair(0, 50), Pair(50, 60)));
+}
+
+TEST(DownloadedRangesTest, BytesInsideTheFirstRangeChangeNothing) {
+  EXPECT_THAT(Ranges({{0, 100}, {0, 10}, {20, 30}, {90, 100}}).All(), ElementsAre(Pair(0, 100)));
+}
+
+TEST(DownloadedRangesTest, BytesAreHeldUpToTheEndOfARange) {
+  const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
+  EXPECT_TRUE(ranges.Hold(0, 10));
+  EXPECT_TRUE(ranges.Hold(50, 10));
+  EXPECT_TRUE(ranges.Hold(55, 5));
+  EXPECT_TRUE(ranges.Hold(10, 0));
+  EXPECT_FALSE(ranges.Hold(0, 11));
+  EXPECT_FALSE(ranges.Hold(49, 2));
+  EXPECT_FALSE(ranges.Hold(9, 50));
+}
+
+TEST(DownloadedRangesTest, SampleStraddlingTheEndOfTheFirstRangeIsNotThereUntilItGrows) {
+  DownloadedRanges ranges = Ranges({{0, 10}});
+  EXPECT_FALSE(ranges.First().Holds(8, 4));
+  ranges.Add(10, 11);
+  EXPECT_FALSE(ranges.First().Holds(8, 4));
+  ranges.Add(11, 12);
+  EXPECT_TRUE(ranges.First().Holds(8, 4));
+}
+
+TEST(DownloadedRangesTest, SampleInsideTheSecondRangeIsJudgedAgainstTheFirstOnly) {
+  const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
+  EXPECT_TRUE(ranges.Hold(52, 3));
+  EXPECT_FALSE(ranges.First().Holds(52, 3));
+}
+
+TEST(DownloadedRangesTest, SampleInFrontOfTheFirstRangeIsNotThere) {
+  EXPECT_FALSE(Ranges({{50, 60}}).First().Holds(49, 2));
+  EXPECT_TRUE(Ranges({{50, 60}}).First().Holds(50, 2));
+}
+
+TEST(DownloadedRangesTest, OffsetInARangeMovesToItsEndOnceOnly) {
+  const DownloadedRanges ranges = Ranges({{5, 10}, {20, 30}, {30, 40}});
+  EXPECT_EQ(ranges.EndOfRangeAt(4), 4U);
+  EXPECT_EQ(ranges.EndOfRangeAt(5), 10U);
+  EXPECT_EQ(ranges.EndOfRangeAt(9), 10U);
+  EXPECT_EQ(ranges.EndOfRangeAt(10), 10U);
+  EXPECT_EQ(ranges.EndOfRangeAt(25), 30U) << "the range that begins there is not looked at";
+}
+
+TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsBound) {
+  DownloadedRanges ranges;
+  ranges.MarkLocalFile();
+  EXPECT_THAT(ranges.All(), ElementsAre(Pair(0, 999'999'999)));
+  EXPECT_TRUE(ranges.First().Holds(0, 999'999'999));
+  EXPECT_FALSE(ranges.First().Holds(999'999'998, 2));
+}
+
+TEST(DownloadedRangesTest, OffsetsAndSizesThatWrapAroundAreNotHeld) {
+  const DownloadedRanges ranges = Ranges({{0, 100}});
+  for (const std::uint64_t huge : {UINT64_MAX, UINT64_MAX - 5, UINT64_MAX / 2 + 1}) {
+    EXPECT_FALSE(ranges.Hold(10, huge));
+    EXPECT_FALSE(ranges.First().Holds(10, huge));
+    EXPECT_FALSE(ranges.Hold(huge, huge));
+    EXPECT_FALSE(ranges.First().Holds(huge, 10));
+  }
+}
+
+TEST(DownloadedRangesTest, ClearedRangesHoldNothing) {
+  DownloadedRanges ranges = Ranges({{0, 10}});
+  ranges.Clear();
+  EXPECT_FALSE(ranges.First().Holds(0, 1));
+}
+
+// The rules as they are told, over a plain list that is sorted by start.
+class PlainRanges {
+ public:
+  void Add(std::uint64_t old, std::uint64_t new_end) {
+    for (const auto& range : list_) {
+      if (range.first > old) continue;
+      if (old <= range.second) {
+        old = range.first;
+        new_end = std::max(new_end, range.second);
+      }
+      break;
+    }
+    if (const std::size_t at = Find(old); at < list_.size()) {
+      while (at + 1 < list_.size() && list_[at + 1].first <= new_end) {
+        new_end = std::max(new_end, list_[at + 1].second);
+        list_.erase(list_.begin() + static_cast<std::ptrdiff_t>(at) + 1);
+      }
+      list_[at].second = new_end;
+      return;
+    }
+    list_.emplace_back(old, new_end);
+    std::sort(list_.begin(), list_.end());
+  }
+
+  bool Hold(std::uint64_t start, std::uint64_t size) const {
+    for (const auto& range : list_) {
+      if (range.first <= start && start + size <= range.second) return true;
+    }
+    return false;
+  }
+
+  bool FirstHolds(std::uint64_t start, std::uint64_t size) const {
+    for (const auto& range : list_) {
+      if (range.first <= start) return start + size <= range.second;
+    }
+    return false;
+  }
+
+  std::uint64_t EndOfRangeAt(std::uint64_t offset) const {
+    for (const auto& range : list_) {
+      if (range.first <= offset && offset < range.second) return range.second;
+    }
+    return offset;
+  }
+
+  const std::vector<std::pair<std::uint64_t, std::uint64_t>>& All() const { return list_; }
+
+ private:
+  std::size_t Find(std::uint64_t start) const {
+    std::size_t at = 0;
+    while (at < list_.size() && list_[at].first != start) ++at;
+    return at;
+  }
+
+  std::vector<std::pair<std::uint64_t, std::uint64_t>> list_;
+};
+
+constexpr std::uint64_t kSpace = 100;  // offsets of the random ranges
+
+void ExpectSameAnswers(const DownloadedRanges& ranges, const PlainRanges& plain) {
+  ASSERT_TRUE(std::equal(
+      ranges.All().begin(), ranges.All().end(), plain.All().begin(), plain.All().end(),
+      [](const auto& a, const auto& b) { return a.first == b.first && a.second == b.second; }));
+  for (std::uint64_t at = 0; at <= kSpace; at += 3) {
+    ASSERT_EQ(ranges.EndOfRangeAt(at), plain.EndOfRangeAt(at));
+    for (const std::uint64_t size : {0U, 1U, 5U, 30U}) {
+      ASSERT_EQ(ranges.Hold(at, size), plain.Hold(at, size)) << at << "+" << size;
+      ASSERT_EQ(ranges.First().Holds(at, size), plain.FirstHolds(at, size)) << at << "+" << size;
+    }
+  }
+}
+
+TEST(DownloadedRangesTest, RandomRangesGiveWhatAPlainModelGives) {
+  for (unsigned seed = 0; seed < 500; ++seed) {
+    SCOPED_TRACE(seed);
+    std::minstd_rand random(seed + 1);
+    DownloadedRanges ranges;
+    PlainRanges plain;
+    for (int step = 0; step < 20; ++step) {
+      const std::uint64_t start = random() % kSpace;
+      const std::uint64_t end = start + random() % (seed % 2 == 0 ? 8 : 40);
+      ranges.Add(start, end);
+      plain.Add(start, end);
+      ASSERT_NO_FATAL_FAILURE(ExpectSameAnswers(ranges, plain));
+    }
+  }
+}
+
+// As the download adds them: bytes that are held already are not added again.
+TEST(DownloadedRangesTest, RangesCoverWhatWasWrittenAndNothingElse) {
+  for (unsigned seed = 0; seed < 500; ++seed) {
+    std::minstd_rand random(seed + 1);
+    DownloadedRanges ranges;
+    std::set<std::uint64_t> written;
+    for (int step = 0; step < 30; ++step) {
+      const std::uint64_t start = random() % kSpace;
+      const std::uint64_t size = 1 + random() % 20;
+      if (!ranges.Hold(start, size)) ranges.Add(start, start + size);
+      for (std::uint64_t at = start; at < start + size; ++at) written.insert(at);
+    }
+    std::set<std::uint64_t> covered;
+    for (const auto& [start, end] : ranges.All()) {
+      for (std::uint64_t at = start; at < end; ++at) covered.insert(at);
+    }
+    ASSERT_EQ(covered, written) << "seed " << seed;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,223 @@
+#include "mp4/mp4_sample.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "mp4/mp4_state.h"
+#include "tests/golden/frame_dump.h"
+#include "tests/support/mp4_movies.h"
+
+namespace {
+
+using mp4_boxes::kPps;
+using mp4_boxes::kSps;
+using mp4_test::Bytes;
+using mp4_test::Filler;
+using mp4_test::Join;
+using mp4_test::Lengthened;
+using mp4_test::Nal;
+using mp4_test::ParameterSets;
+using mp4_test::StartCoded;
+using mp4_test::U32;
+using mp4_test::WithAdtsHeader;
+
+constexpr std::uint64_t kTimeMs = 120;
+constexpr std::uint64_t kStartMs = 80;
+
+class Mp4SampleTest : public testing::Test {
+ protected:
+  Mp4SampleTest() {
+    ResetFrameQueues();
+    g_mp4Running = true;
+  }
+  ~Mp4SampleTest() override { g_mp4Running = false; }
+
+  // A block that ends where the bytes do, as the library gives it.
+  static Mp4Sample SampleOf(const Bytes& bytes) {
+    Mp4Sample sample;
+    sample.bytes.reset(static_cast<std::uint8_t*>(std::malloc(bytes.size())));
+    if (!bytes.empty()) std::memcpy(sample.bytes.get(), bytes.data(), bytes.size());
+    sample.size = static_cast<std::uint32_t>(bytes.size());
+    sample.time = kTimeMs;
+    sample.start = kStartMs;
+    return sample;
+  }
+
+  static std::vector<Bytes> Emit(const Bytes& bytes, const Mp4ParameterSets& sets = {kSps, kPps}) {
+    EmitMp4Video(SampleOf(bytes), sets);
+    return Payloads(TakeQueuedFrames().video);
+  }
+
+  static std::vector<Bytes> Payloads(const std::vector<DumpedFrame>& frames) {
+    std::vector<Bytes> payloads;
+    for (const DumpedFrame& frame : frames) payloads.push_back(frame.payload);
+    return payloads;
+  }
+
+  // The stream has begun, and what it began with is delivered.
+  static void Begin() { ASSERT_EQ(Emit(Lengthened({Nal(5)})).size(), 1U); }
+};
+
+TEST_F(Mp4SampleTest, ParameterSetsStandInFrontOfTheFirstUnitOnly) {
+  EXPECT_EQ(
+      Emit(Lengthened({Nal(5, 9), Nal(5, 8)})),
+      (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(5, 9))}), StartCoded(Nal(5, 8))}));
+  EXPECT_EQ(Emit(Lengthened({Nal(5, 7)})), std::vector<Bytes>{StartCoded(Nal(5, 7))});
+}
+
+TEST_F(Mp4SampleTest, FirstUnitStandsAloneWhereNoParameterSetsAreKnown) {
+  EXPECT_EQ(Emit(Lengthened({Nal(5)}), {}), std::vector<Bytes>{StartCoded(Nal(5))});
+}
+
+TEST_F(Mp4SampleTest, ParameterSetThatIsMissingLeavesNoStartCode) {
+  EXPECT_EQ(Emit(Lengthened({Nal(5)}), {{}, kPps}),
+            std::vector<Bytes>{Join({StartCoded(kPps), StartCoded(Nal(5))})});
+  ResetFrameQueues();
+  EXPECT_EQ(Emit(Lengthened({Nal(5)}), {kSps, {}}),
+            std::vector<Bytes>{Join({StartCoded(kSps), StartCoded(Nal(5))})});
+}
+
+TEST_F(Mp4SampleTest, StreamBeginsWithAnIdrSliceSeiOrSpsAndNothingElse) {
+  for (unsigned type = 0; type < 32; ++type) {
+    ResetFrameQueues();
+    const bool begins = type >= 5 && type <= 7;
+    EXPECT_EQ(Emit(Lengthened({Nal(type)})).size(), begins ? 1U : 0U) << "type " << type;
+    EXPECT_EQ(Mp4VideoHasBegun(), begins) << "type " << type;
+  }
+}
+
+TEST_F(Mp4SampleTest, UnitsInFrontOfTheFirstAreDroppedAndThoseBehindItAreNot) {
+  EXPECT_EQ(Emit(Lengthened({Nal(9), Nal(1), Nal(6), Nal(1, 5), Nal(5, 6)})),
+            (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(6))}), StartCoded(Nal(1, 5)),
+                                StartCoded(Nal(5, 6))}));
+}
+
+TEST_F(Mp4SampleTest, UnitsOfEveryTypeComeOnceTheStreamHasBegun) {
+  Begin();
+  for (unsigned type = 0; type < 32; ++type) {
+    EXPECT_EQ(Emit(Lengthened({Nal(type)})), std::vector<Bytes>{StartCoded(Nal(type))});
+  }
+}
+
+TEST_F(Mp4SampleTest, FirstUnitIsToldOnce) {
+  EXPECT_FALSE(EmitMp4Video(SampleOf(Lengthened({Nal(1)})), {}));
+  EXPECT_TRUE(EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(5)})), {}));
+  EXPECT_FALSE(EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {}));
+}
+
+TEST_F(Mp4SampleTest, StreamHasBegunAlsoWhenAllOfItIsDelivered) {
+  Begin();
+  EXPECT_TRUE(Mp4VideoHasBegun());
+  ResetFrameQueues();
+  EXPECT_FALSE(Mp4VideoHasBegun());
+  ReleaseFrameQueues();
+  EXPECT_FALSE(Mp4VideoHasBegun());
+}
+
+TEST_F(Mp4SampleTest, LengthThatReachesBehindTheSampleDropsTheRest) {
+  Begin();
+  const Bytes good = Lengthened({Nal(1, 30)});
+  const Bytes rest = Nal(1, 9);
+  for (const std::uint64_t lie :
+       {std::uint64_t{11}, std::uint64_t{0x7FFFFFFF}, std::uint64_t{0x80000000},
+        std::uint64_t{0xFFFFFFFC}, std::uint64_t{0xFFFFFFFF}}) {
+    EXPECT_EQ(Emit(Join({good, U32(lie), rest})), std::vector<Bytes>{StartCoded(Nal(1, 30))})
+        << lie;
+  }
+}
+
+TEST_F(Mp4SampleTest, LengthThatEndsAtTheSampleIsRight) {
+  Begin();
+  EXPECT_EQ(Emit(Join({U32(10), Nal(1, 9)})), std::vector<Bytes>{StartCoded(Nal(1, 9))});
+}
+
+TEST_F(Mp4SampleTest, BytesThatAreNoWholeLengthAreDropped) {
+  Begin();
+  for (std::size_t left = 0; left < 4; ++left) {
+    EXPECT_EQ(Emit(Join({Lengthened({Nal(1)}), Bytes(left)})).size(), 1U) << left;
+    EXPECT_TRUE(Emit(Bytes(left)).empty()) << left;
+  }
+}
+
+TEST_F(Mp4SampleTest, UnitWithoutBytesIsAStartCodeAlone) {
+  Begin();
+  EXPECT_EQ(Emit(Lengthened({{}, Nal(1), {}})),
+            (std::vector<Bytes>{StartCoded({}), StartCoded(Nal(1)), StartCoded({})}));
+}
+
+TEST_F(Mp4SampleTest, UnitWithoutBytesDoesNotBeginTheStream) {
+  EXPECT_TRUE(Emit(Lengthened({{}, {}})).empty());
+  EXPECT_EQ(Emit(Lengthened({{}, Nal(5)})).size(), 1U);
+}
+
+// Whatever the lengths say, nothing outside the block is read: the address sanitizer watches.
+TEST_F(Mp4SampleTest, EveryCutOfASampleIsSurvived) {
+  Begin();
+  const Bytes whole = Lengthened({Nal(1, 6), Nal(1, 5)});
+  for (std::size_t size = 0; size <= whole.size(); ++size) {
+    const auto units = Emit({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
+    EXPECT_EQ(units.size(), size == whole.size() ? 2U : size >= 11 ? 1U : 0U) << size;
+  }
+}
+
+TEST_F(Mp4SampleTest, FramesCarryTheTimesOfTheirSample) {
+  EmitMp4Video(SampleOf(Lengthened({Nal(6), Nal(5)})), {});
+  EmitMp4Audio(SampleOf({1, 2, 3}), {});
+  const FrameDump dump = TakeQueuedFrames();
+  ASSERT_EQ(dump.video.size(), 2U);
+  ASSERT_EQ(dump.audio.size(), 1U);
+  for (const DumpedFrame& frame : {dump.video[0], dump.video[1], dump.audio[0]}) {
+    EXPECT_EQ(frame.pts, kTimeMs * 90);
+    EXPECT_EQ(frame.play, kTimeMs * 90);
+    EXPECT_EQ(frame.dts, kStartMs * 90);
+    EXPECT_TRUE(frame.intact);
+  }
+  EXPECT_TRUE(dump.video[0].is_video);
+  EXPECT_FALSE(dump.audio[0].is_video);
+}
+
+TEST_F(Mp4SampleTest, RenderingOffsetBelongsToThePresentationTimeOnly) {
+  Mp4Sample sample = SampleOf(Lengthened({Nal(5)}));
+  sample.rendering_offset = 40;
+  EXPECT_EQ(sample.PresentationTime(), kTimeMs + 40);
+  EmitMp4Video(sample, {});
+  EXPECT_EQ(TakeQueuedFrames().video.at(0).pts, kTimeMs * 90);
+}
+
+TEST_F(Mp4SampleTest, AudioFrameStandsBehindItsAdtsHeader) {
+  for (const std::size_t size : {0U, 1U, 100U, 8184U}) {
+    EmitMp4Audio(SampleOf(Filler(size, 3)), {4, 2});
+    EXPECT_EQ(Payloads(TakeQueuedFrames().audio),
+              std::vector<Bytes>{WithAdtsHeader(Filler(size, 3), 4, 2)});
+  }
+}
+
+TEST_F(Mp4SampleTest, AudioFrameThatIsTooLongForItsHeaderComesWholeWithItsLengthCut) {
+  EmitMp4Audio(SampleOf(Filler(8185, 3)), {4, 2});
+  const auto payloads = Payloads(TakeQueuedFrames().audio);
+  ASSERT_EQ(payloads.size(), 1U);
+  EXPECT_EQ(payloads[0], WithAdtsHeader(Filler(8185, 3), 4, 2));
+  EXPECT_EQ(payloads[0].size(), 8192U);
+}
+
+TEST_F(Mp4SampleTest, ChannelsBeyondWhatTheHeaderHoldsSpoilNothingElse) {
+  EmitMp4Audio(SampleOf({1}), {3, 0xFFFF});
+  EXPECT_EQ(Payloads(TakeQueuedFrames().audio), std::vector<Bytes>{WithAdtsHeader({1}, 3, 7)});
+}
+
+TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
+  ReleaseFrameQueues();
+  EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});
+  EmitMp4Audio(SampleOf({1}), {});
+  const FrameDump dump = TakeQueuedFrames();
+  EXPECT_EQ(dump.video.size(), 1U);
+  EXPECT_EQ(dump.audio.size(), 1U);
+}
+
+}  // namespace

@@ -1,0 +1,186 @@
+// Seeking in the track reader: where the tracks are put, and from where the file is wanted.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "mp4/mp4_track_reader.h"
+#include "tests/support/mp4_tasks.h"
+
+namespace {
+
+using mp4_test::AudioTrack;
+using mp4_test::BuildMp4;
+using mp4_test::ExpectedFrames;
+using mp4_test::MakeMovie;
+using mp4_test::Movie;
+using mp4_test::MovieOf;
+using mp4_test::VideoTrack;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class Mp4SeekTest : public Mp4Tasks {
+ protected:
+  void Lay(const Movie& movie) {
+    movie_ = movie;
+    file_ = BuildMp4(movie);
+    path_ = WriteLocalFile("movie.mp4", file_.bytes);
+  }
+
+  // Where the samples of that number begin: the file is wanted from the first of them.
+  std::uint64_t Begin(std::size_t number) const {
+    std::uint64_t begin = UINT64_MAX;
+    for (const auto& of_track : file_.offsets) begin = std::min(begin, of_track[number]);
+    return begin;
+  }
+
+  // The frames of the rest of the movie, from the samples of that number on.
+  std::string RestFrom(std::size_t number) const {
+    return DumpText(ExpectedFrames(movie_, {number, number}));
+  }
+  std::string Rest() {
+    StartAgain();
+    return DumpText(Pass(Whole(path_)));
+  }
+
+  Movie movie_;
+  mp4_boxes::File file_;
+  std::string path_;
+};
+
+TEST_F(Mp4SeekTest, SeekInWhatWasReadGoesBack) {
+  Lay(MakeMovie());
+  Pass(Whole(path_));
+  EXPECT_EQ(reader_.Seek(0.8F, path_), Begin(20));
+  EXPECT_EQ(Rest(), RestFrom(20));
+}
+
+TEST_F(Mp4SeekTest, SeekBehindWhatWasReadScansTheIndex) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  EXPECT_EQ(reader_.Seek(1.2F, path_), Begin(30));
+  EXPECT_EQ(Rest(), RestFrom(30));
+}
+
+TEST_F(Mp4SeekTest, ScannedSamplesAreKnownAfterwards) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  reader_.Seek(1.2F, path_);
+  reader_.Close();
+  EXPECT_EQ(reader_.Seek(0.6F, "no/such/file.mp4"), Begin(15));
+  EXPECT_EQ(reader_.Seek(0, "no/such/file.mp4"), Begin(0));
+}
+
+TEST_F(Mp4SeekTest, PositionBetweenTwoSamplesMeansTheLaterOne) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  EXPECT_EQ(reader_.Seek(1.201F, path_), Begin(31));
+  EXPECT_EQ(reader_.Seek(0.041F, path_), Begin(2));
+}
+
+TEST_F(Mp4SeekTest, PositionBehindTheEndMeansTheLastSamples) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  EXPECT_EQ(reader_.Seek(1000, path_), Begin(49));
+  EXPECT_EQ(Rest(), RestFrom(49));
+}
+
+TEST_F(Mp4SeekTest, PositionBeforeTheBeginningMeansTheFirstSamples) {
+  Lay(MakeMovie());
+  Pass(Whole(path_));
+  EXPECT_EQ(reader_.Seek(-3, path_), Begin(0));
+  EXPECT_EQ(Rest(), RestFrom(0));
+}
+
+TEST_F(Mp4SeekTest, PositionThatIsNoNumberEndsTheSearchAtTheLastSamples) {
+  Lay(MakeMovie());
+  Pass(Whole(path_));
+  EXPECT_EQ(reader_.Seek(std::nanf(""), path_), Begin(49));
+  EXPECT_EQ(reader_.Seek(std::numeric_limits<float>::infinity(), path_), Begin(49));
+}
+
+TEST_F(Mp4SeekTest, ForwardAndBackAndForwardAgain) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(1)));
+  for (const std::size_t number : {40U, 3U, 45U, 0U, 20U}) {
+    SCOPED_TRACE(number);
+    EXPECT_EQ(reader_.Seek(static_cast<float>(number) * 0.04F - 0.001F, path_), Begin(number));
+    EXPECT_EQ(Rest(), RestFrom(number));
+  }
+}
+
+TEST_F(Mp4SeekTest, SeekWhileThereIsNoIndexLeavesTheBeginning) {
+  Lay(MakeMovie());
+  EXPECT_EQ(reader_.Seek(1, "no/such/file.mp4"), 0U);
+  EXPECT_EQ(Rest(), RestFrom(0));
+}
+
+TEST_F(Mp4SeekTest, SeekBeforeTheTracksAreFoundLeavesTheBeginning) {
+  Lay(MakeMovie());
+  EXPECT_EQ(reader_.Seek(1, path_), 0U);
+  EXPECT_EQ(Rest(), RestFrom(0));
+}
+
+TEST_F(Mp4SeekTest, SeekInAFileThatIsGoneStaysWithinWhatWasRead) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  reader_.Close();
+  // The samples of number 5 were met, and are not there yet.
+  EXPECT_EQ(reader_.Seek(1.2F, "no/such/file.mp4"), Begin(5));
+  EXPECT_EQ(Rest(), RestFrom(5));
+}
+
+TEST_F(Mp4SeekTest, FileIsWantedFromTheTrackThatBeginsFirst) {
+  Movie movie = MakeMovie();
+  movie.tracks[0].samples_a_chunk = 7;
+  movie.tracks[1].samples_a_chunk = 25;
+  Lay(movie);
+  Pass(Whole(path_));
+  for (const std::size_t number : {3U, 13U, 24U, 30U}) {
+    EXPECT_EQ(reader_.Seek(static_cast<float>(number) * 0.04F - 0.001F, path_), Begin(number));
+    EXPECT_EQ(Rest(), RestFrom(number));
+  }
+}
+
+TEST_F(Mp4SeekTest, FileWithoutAudioIsWantedFromItsBeginning) {
+  Lay(MovieOf({VideoTrack()}));
+  Pass(Whole(path_));
+  EXPECT_EQ(reader_.Seek(0.8F, path_), 0U);
+  EXPECT_EQ(Rest(), RestFrom(20));
+}
+
+TEST_F(Mp4SeekTest, FileWithoutVideoIsWantedFromItsBeginning) {
+  Lay(MovieOf({AudioTrack()}));
+  Pass(Whole(path_));
+  EXPECT_EQ(reader_.Seek(0.8F, path_), 0U);
+}
+
+TEST_F(Mp4SeekTest, SampleThatWasMissingBeforeTheSeekIsNotWaitedForAfterwards) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  reader_.Seek(0.08F, path_);
+  EXPECT_THAT(Pass(Part(path_, Begin(5))).video, SizeIs(3));
+}
+
+// Endless claims of a small file: as many samples as a number holds, all of the same size and time.
+TEST_F(Mp4SeekTest, FileThatClaimsBillionsOfSamplesIsNotSearchedForEver) {
+  Movie movie = MakeMovie({.samples = 2});
+  for (auto& track : movie.tracks) {
+    track.replaced["stts"] =
+        mp4_boxes::Table("stts", {mp4_test::Join({mp4_test::U32(UINT32_MAX), mp4_test::U32(0)})});
+    track.replaced["stsz"] = mp4_boxes::FullBox(
+        "stsz", 0, mp4_test::Join({mp4_test::U32(1), mp4_test::U32(UINT32_MAX)}));
+    track.replaced["stsc"] = mp4_boxes::Table(
+        "stsc", {mp4_test::Join({mp4_test::U32(1), mp4_test::U32(UINT32_MAX), mp4_test::U32(1)})});
+  }
+  Lay(movie);
+  Pass(Part(path_, file_.index_end));
+  const auto before = std::chrono::steady_clock::now();
+  reader_.Seek(5, path_);
+  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(60));
+}
+
+}  // namespace

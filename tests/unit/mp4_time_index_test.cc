@@ -1,0 +1,79 @@
+#include "mp4/mp4_time_index.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <optional>
+
+namespace {
+
+Mp4TimeIndex ThreeSamples() {
+  Mp4TimeIndex index;
+  index.Record(0, {1, 100});
+  index.Record(40, {2, 200});
+  index.Record(80, {3, 300});
+  return index;
+}
+
+void ExpectFound(const std::optional<Mp4TimeIndex::Found>& found, MP4SampleId id,
+                 std::uint64_t offset, bool reaches_target) {
+  ASSERT_TRUE(found.has_value());
+  EXPECT_EQ(found->place.id, id);
+  EXPECT_EQ(found->place.offset, offset);
+  EXPECT_EQ(found->reaches_target, reaches_target);
+}
+
+TEST(Mp4TimeIndexTest, NothingIsFoundWhileItIsEmpty) {
+  EXPECT_FALSE(Mp4TimeIndex().Find(0).has_value());
+}
+
+TEST(Mp4TimeIndexTest, SampleAtTheVeryTimeIsFound) {
+  ExpectFound(ThreeSamples().Find(40), 2, 200, true);
+}
+
+TEST(Mp4TimeIndexTest, SampleBehindTheTimeIsFoundWhereNoneIsAtIt) {
+  ExpectFound(ThreeSamples().Find(41), 3, 300, true);
+  ExpectFound(ThreeSamples().Find(0.5F), 2, 200, true);
+}
+
+TEST(Mp4TimeIndexTest, TimeBeforeAllFindsTheFirst) {
+  ExpectFound(ThreeSamples().Find(-1000), 1, 100, true);
+}
+
+TEST(Mp4TimeIndexTest, TimeBehindAllFindsTheLastWhichDoesNotReachIt) {
+  ExpectFound(ThreeSamples().Find(80.5F), 3, 300, false);
+}
+
+TEST(Mp4TimeIndexTest, TimeThatIsNoNumberFindsTheLast) {
+  ExpectFound(ThreeSamples().Find(std::nanf("")), 3, 300, false);
+}
+
+TEST(Mp4TimeIndexTest, SampleOfTheSameTimeReplacesTheOneBefore) {
+  Mp4TimeIndex index = ThreeSamples();
+  index.Record(40, {7, 700});
+  ExpectFound(index.Find(40), 7, 700, true);
+  ExpectFound(index.Find(41), 3, 300, true);
+}
+
+TEST(Mp4TimeIndexTest, SamplesRecordedInAnyOrderAreFoundByTime) {
+  Mp4TimeIndex index;
+  index.Record(80, {3, 300});
+  index.Record(0, {1, 100});
+  index.Record(40, {2, 200});
+  ExpectFound(index.Find(1), 2, 200, true);
+}
+
+TEST(Mp4TimeIndexTest, LargestTimeIsFoundToo) {
+  Mp4TimeIndex index;
+  index.Record(std::numeric_limits<std::uint64_t>::max(), {9, 900});
+  ExpectFound(index.Find(1e18F), 9, 900, true);
+}
+
+TEST(Mp4TimeIndexTest, ClearedIndexFindsNothing) {
+  Mp4TimeIndex index = ThreeSamples();
+  index.Clear();
+  EXPECT_FALSE(index.Find(0).has_value());
+}
+
+}  // namespace

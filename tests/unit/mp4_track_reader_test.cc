@@ -1,0 +1,520 @@
+#include "mp4/mp4_track_reader.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/mp4_tasks.h"
+
+namespace {
+
+using mp4_boxes::AvcC;
+using mp4_boxes::Esds;
+using mp4_boxes::kPps;
+using mp4_boxes::kSps;
+using mp4_boxes::SoundEntry;
+using mp4_boxes::VideoEntry;
+using mp4_test::AudioTrack;
+using mp4_test::BuildMp4;
+using mp4_test::Bytes;
+using mp4_test::ExpectedFrames;
+using mp4_test::Filler;
+using mp4_test::Join;
+using mp4_test::Lengthened;
+using mp4_test::MakeMovie;
+using mp4_test::Movie;
+using mp4_test::MovieOf;
+using mp4_test::Nal;
+using mp4_test::ParameterSets;
+using mp4_test::StartCoded;
+using mp4_test::Track;
+using mp4_test::VideoTrack;
+using mp4_test::WithAdtsHeader;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr char kH264Line[] = "PLAY MP4 H264:http://host/a.mp4";
+
+class Mp4TrackReaderTest : public Mp4Tasks {
+ protected:
+  // A movie as it lies in a file.
+  struct Laid {
+    mp4_boxes::File file;
+    std::string path;
+
+    std::uint64_t Video(std::size_t sample) const { return file.offsets[0][sample]; }
+    std::uint64_t Audio(std::size_t sample) const { return file.offsets[1][sample]; }
+  };
+  static Laid Lay(const Movie& movie) {
+    mp4_boxes::File file = BuildMp4(movie);
+    std::string path = WriteLocalFile("movie.mp4", file.bytes);
+    return {std::move(file), std::move(path)};
+  }
+
+  // The file as far as it has come, and nothing else known to be there.
+  Mp4TrackReader::Source UpTo(const Laid& laid, std::uint64_t end) {
+    const auto size = static_cast<std::ptrdiff_t>(end);
+    WriteLocalFile("movie.mp4", {laid.file.bytes.begin(), laid.file.bytes.begin() + size});
+    return Part(laid.path, end);
+  }
+
+  RecordingPlayer::Record Told() const { return player_.Snapshot(); }
+};
+
+TEST_F(Mp4TrackReaderTest, WholeFileComesInOnePass) {
+  const Movie movie = MakeMovie({.samples = 30, .key_interval = 10});
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4TrackReaderTest, DurationThenCodecThenBufferedTimesAreTold) {
+  Movie movie = MakeMovie({.samples = 3});
+  movie.tracks[0].samples[1].composition = 80;
+  movie.duration = 1234;
+  PassOver(movie);
+  EXPECT_THAT(Told().durations, ElementsAre(1.234F));
+  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+  EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.12F, 0.08F));
+}
+
+TEST_F(Mp4TrackReaderTest, SecondPassFindsNothingOfTheFirstAgain) {
+  const Movie movie = MakeMovie();
+  PassOver(movie);
+  player_.Forget();
+  EXPECT_EQ(DumpText(PassOver(movie)), "");
+  EXPECT_THAT(Told().messages, IsEmpty());
+  EXPECT_THAT(Told().durations, IsEmpty());
+}
+
+TEST_F(Mp4TrackReaderTest, FirstVideoSamplesThatAreNotIdrAreDroppedUpToTheFirstUnitThatBegins) {
+  Movie movie = MakeMovie({.samples = 4, .key_interval = 100});
+  movie.tracks[0].samples[0].data = Lengthened({Nal(1, 8, 1)});
+  movie.tracks[0].samples[1].data = Lengthened({Nal(9, 2), Nal(1, 8, 2)});
+  movie.tracks[0].samples[2].data = Lengthened({Nal(1, 8, 3), Nal(5, 8, 4), Nal(1, 8, 5)});
+  const FrameDump dump = PassOver(movie);
+  ASSERT_EQ(dump.video.size(), 3U);
+  EXPECT_EQ(dump.video[0].payload, Join({ParameterSets(), StartCoded(Nal(5, 8, 4))}));
+  EXPECT_EQ(dump.video[1].payload, StartCoded(Nal(1, 8, 5)));
+  EXPECT_EQ(dump.video[0].pts, 80U * 90);
+  EXPECT_EQ(DumpText(dump), DumpText(ExpectedFrames(movie)));
+  EXPECT_THAT(dump.audio, SizeIs(2)) << "what came before the video is dropped";
+}
+
+TEST_F(Mp4TrackReaderTest, AudioEarlierThanTheKeyFrameOfItsPassIsDropped) {
+  Movie movie = MakeMovie({.samples = 6});
+  for (std::size_t i = 0; i < 6; ++i) movie.tracks[1].samples[i].duration = 48 * 20;
+  movie.tracks[0].samples[0].data = Lengthened({Nal(1)});
+  // The video begins at 40 ms, in the same turn as the audio of 20 ms.
+  const FrameDump dump = PassOver(movie);
+  ASSERT_THAT(dump.audio, SizeIs(4));
+  EXPECT_EQ(dump.audio.front().pts, 40U * 90);
+}
+
+TEST_F(Mp4TrackReaderTest, AudioEarlierThanTheKeyFrameOfAnEarlierPassIsDroppedToo) {
+  Movie movie = MakeMovie({.samples = 4});
+  for (auto& sample : movie.tracks[1].samples) sample.duration = 48 * 20;
+  movie.tracks[0].samples[0].data = Lengthened({Nal(1)});
+  const Laid laid = Lay(movie);
+  EXPECT_THAT(Pass(UpTo(laid, laid.Audio(1))).audio, IsEmpty());
+  const auto audio = Pass(UpTo(laid, laid.file.bytes.size())).audio;
+  ASSERT_THAT(audio, SizeIs(2));
+  EXPECT_EQ(audio.front().pts, 40U * 90);
+}
+
+TEST_F(Mp4TrackReaderTest, KeyFrameOfTheStartBeforeHoldsNoAudioBack) {
+  const Movie movie = MakeMovie({.samples = 10});
+  const Laid laid = Lay(movie);
+  reader_.RunPass(Part(laid.path, laid.Video(1)));
+  reader_.Seek(0.2F, laid.path);
+  StartAgain();
+  EXPECT_THAT(Pass(Whole(laid.path)).audio, SizeIs(5));
+  reader_.Seek(0, laid.path);
+  StartAgain();
+  EXPECT_THAT(Pass(Whole(laid.path)).audio, SizeIs(10));
+}
+
+// Audio lies in front of the video that it belongs to.
+TEST_F(Mp4TrackReaderTest, AudioIsNotReadAheadOfAVideoThatIsStillToCome) {
+  const Movie movie = MovieOf({AudioTrack({.samples = 5}), VideoTrack({.samples = 5})});
+  const Laid laid = Lay(movie);
+  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.offsets[1][0]))), "");
+  const FrameDump dump = Pass(UpTo(laid, laid.file.bytes.size()));
+  EXPECT_THAT(dump.video, SizeIs(5));
+  EXPECT_THAT(dump.audio, SizeIs(5));
+}
+
+TEST_F(Mp4TrackReaderTest, AacTrackOf44100HzGivesIndexFour) {
+  Movie movie = MakeMovie({.samples = 1});
+  movie.tracks[1] = AudioTrack({.samples = 1}, 44100);
+  EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 2));
+}
+
+TEST_F(Mp4TrackReaderTest, SbrTrackOf88200HzGivesIndexFourToo) {
+  Movie movie = MakeMovie({.samples = 1});
+  movie.tracks[1] = AudioTrack({.samples = 1}, 88200);
+  movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0x2B, 0x91, 0x88, 0x00}));
+  EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 2));
+}
+
+TEST_F(Mp4TrackReaderTest, TrackOf96000HzKeepsIndexZero) {
+  Movie movie = MakeMovie({.samples = 1});
+  movie.tracks[1] = AudioTrack({.samples = 1}, 96000);
+  EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 0, 2));
+}
+
+TEST_F(Mp4TrackReaderTest, RateThatIsNotMappedKeepsTheIndexOfTheFileBefore) {
+  Movie movie = MakeMovie({.samples = 1});
+  PassOver(movie);
+  movie.tracks[1] = AudioTrack({.samples = 1}, 96000);
+  StartAnother();
+  EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 3, 2));
+}
+
+TEST_F(Mp4TrackReaderTest, ChannelsAreThoseOfTheTrack) {
+  Movie movie = MakeMovie({.samples = 1});
+  movie.tracks[1].entry = SoundEntry("mp4a", 6, Esds(0x40, {0x11, 0xB0}));
+  EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 3, 6));
+}
+
+TEST_F(Mp4TrackReaderTest, SamplesBeforeTheStartPositionAreReadAndToldButNotQueued) {
+  const Movie movie = MakeMovie({.samples = 260});  // 10.4 s
+  const Mp4TrackReader::Source source = Whole(Lay(movie).path);
+  start_position_ = 10;
+  EXPECT_EQ(DumpText(Pass(source)), DumpText(ExpectedFrames(movie, {.start_ms = 10'000})));
+  EXPECT_THAT(Told().buffered_times, SizeIs(260));
+  EXPECT_EQ(DumpText(Pass(Whole(source.path))), "") << "their numbers have advanced";
+}
+
+TEST_F(Mp4TrackReaderTest, RenderingOffsetCountsForTheStartPosition) {
+  Movie movie = MakeMovie({.samples = 3});
+  for (auto& sample : movie.tracks[0].samples) sample.composition = 40;
+  start_position_ = 0.08F;
+  const FrameDump dump = PassOver(movie);
+  ASSERT_THAT(dump.video, SizeIs(2));
+  EXPECT_EQ(dump.video[0].pts, 40U * 90) << "presented at 80 ms";
+  ASSERT_THAT(dump.audio, SizeIs(1));
+  EXPECT_EQ(dump.audio[0].pts, 80U * 90);
+}
+
+TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFirstRangeWaitsUntilItGrowsPastIt) {
+  const Laid laid = Lay(MakeMovie({.samples = 3}));
+  const std::uint64_t end = laid.Audio(1);  // where the second video sample ends
+  EXPECT_THAT(Pass(Part(laid.path, end - 1)).video, SizeIs(1));
+  EXPECT_THAT(Pass(Part(laid.path, end - 1)).video, IsEmpty());
+  EXPECT_THAT(Pass(Part(laid.path, end)).video, SizeIs(1));
+}
+
+TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFileWaitsUntilItGrowsPastIt) {
+  const Laid laid = Lay(MakeMovie({.samples = 3}));
+  const std::uint64_t end = laid.Audio(1);
+  EXPECT_THAT(Pass(UpTo(laid, end - 1)).video, SizeIs(1));
+  EXPECT_THAT(Pass(UpTo(laid, end)).video, SizeIs(1));
+  EXPECT_THAT(Pass(UpTo(laid, end)).video, IsEmpty());
+}
+
+TEST_F(Mp4TrackReaderTest, SampleInsideTheSecondRangeStaysUnavailable) {
+  const Laid laid = Lay(MakeMovie({.samples = 4}));
+  DownloadedRanges ranges;
+  ranges.Add(0, laid.Video(1));
+  ranges.Add(laid.Video(1) + 1, laid.file.bytes.size());
+  EXPECT_THAT(Pass(Between(laid.path, ranges.First())).video, SizeIs(1));
+  EXPECT_THAT(Pass(Between(laid.path, ranges.First())).video, IsEmpty());
+}
+
+TEST_F(Mp4TrackReaderTest, SamplesBeforeTheFirstRangeStayUnavailable) {
+  const Laid laid = Lay(MakeMovie({.samples = 4}));
+  EXPECT_THAT(Pass(Between(laid.path, {laid.Video(0) + 1, laid.file.bytes.size()})).video,
+              IsEmpty());
+}
+
+// However the download is cut into passes, the frames are the same.
+TEST_F(Mp4TrackReaderTest, GrowingFileGivesTheSameFramesInAnySteps) {
+  const Movie movie = MakeMovie({.samples = 20, .key_interval = 5});
+  const Laid laid = Lay(movie);
+  for (const std::size_t step : {13U, 50U, 97U, 1000U}) {
+    SCOPED_TRACE("steps of " + std::to_string(step));
+    StartAnother();
+    for (std::size_t end = step; end < laid.file.bytes.size(); end += step) {
+      reader_.RunPass(UpTo(laid, end));
+    }
+    reader_.RunPass(UpTo(laid, laid.file.bytes.size()));
+    EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  }
+}
+
+TEST_F(Mp4TrackReaderTest, IndexThatIsNotWholeIsNoIndexYet) {
+  const Movie movie = MakeMovie({.samples = 5});
+  const Laid laid = Lay(movie);
+  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_end - 1))), "");
+  EXPECT_THAT(Told().messages, IsEmpty());
+  EXPECT_THAT(Told().durations, IsEmpty());
+  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.bytes.size()))), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4TrackReaderTest, IndexBehindTheDataPlaysOnceItHasCome) {
+  Movie movie = MakeMovie({.samples = 5});
+  movie.index_first = false;
+  const Laid laid = Lay(movie);
+  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_begin))), "");
+  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_end))), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4TrackReaderTest, MissingFileAndEmptyFileGiveNothing) {
+  EXPECT_EQ(DumpText(Pass(Whole("no/such/file.mp4"))), "");
+  EXPECT_EQ(DumpText(Pass(Whole(WriteLocalFile("movie.mp4", {})))), "");
+  EXPECT_THAT(Told().messages, IsEmpty());
+}
+
+TEST_F(Mp4TrackReaderTest, SampleWhoseBytesAreNotInTheFileDoesNotStarveTheOtherTrack) {
+  Movie movie = MakeMovie({.samples = 5});
+  movie.tracks[0].samples_a_chunk = 3;
+  movie.tracks[1].samples_a_chunk = 5;  // v0 v1 v2 a0 ... a4 v3 v4
+  Laid laid = Lay(movie);
+  UpTo(laid, laid.Video(3) + 1);
+  const FrameDump dump = Pass(Whole(laid.path));  // the download tells more than the file holds
+  EXPECT_THAT(dump.video, SizeIs(3));
+  EXPECT_THAT(dump.audio, SizeIs(5));
+}
+
+TEST_F(Mp4TrackReaderTest, VideoAloneComesAndTellsItsDurationInEveryPass) {
+  const Movie movie = MovieOf({VideoTrack({.samples = 5})});
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
+  PassOver(movie);
+  EXPECT_THAT(Told().durations, ElementsAre(0.2F, 0.2F));
+  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+}
+
+TEST_F(Mp4TrackReaderTest, AudioAloneIsReadAndNeverQueued) {
+  EXPECT_EQ(DumpText(PassOver(MovieOf({AudioTrack({.samples = 5})}))), "");
+  EXPECT_THAT(Told().messages, IsEmpty());
+  EXPECT_THAT(Told().durations, SizeIs(1));
+  EXPECT_THAT(Told().buffered_times, IsEmpty());
+}
+
+TEST_F(Mp4TrackReaderTest, FileWithoutTracksTellsItsDurationOnly) {
+  EXPECT_EQ(DumpText(PassOver(MovieOf({}))), "");
+  EXPECT_THAT(Told().messages, IsEmpty());
+  EXPECT_THAT(Told().durations, SizeIs(1));
+}
+
+TEST_F(Mp4TrackReaderTest, H265IsToldOnceAndRefusedInEveryPass) {
+  Movie movie = MakeMovie({.samples = 5});
+  movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
+  for (int pass = 0; pass < 3; ++pass) EXPECT_EQ(DumpText(PassOver(movie)), "");
+  EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
+  EXPECT_THAT(Told().buffered_times, IsEmpty());
+}
+
+TEST_F(Mp4TrackReaderTest, OtherCodecsAreToldByTheNameOfTheirSampleEntry) {
+  Movie movie = MakeMovie({.samples = 5});
+  movie.tracks[0].entry = VideoEntry("mp4v", {});
+  EXPECT_EQ(DumpText(PassOver(movie)), "");
+  EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
+}
+
+TEST_F(Mp4TrackReaderTest, FirstOfTwoVideoTracksPlays) {
+  Movie movie = MakeMovie({.samples = 5});
+  Track second = VideoTrack({.samples = 5, .video_size = 500});
+  second.id = 3;
+  movie.tracks.push_back(second);
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
+  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+}
+
+TEST_F(Mp4TrackReaderTest, TracksOfDifferentLengthsComeToTheirEnds) {
+  const FrameDump short_audio =
+      PassOver(MovieOf({VideoTrack({.samples = 9}), AudioTrack({.samples = 4})}));
+  EXPECT_THAT(short_audio.video, SizeIs(9));
+  EXPECT_THAT(short_audio.audio, SizeIs(4));
+  StartAnother();
+  const FrameDump short_video =
+      PassOver(MovieOf({VideoTrack({.samples = 4}), AudioTrack({.samples = 9})}));
+  EXPECT_THAT(short_video.video, SizeIs(4));
+  EXPECT_THAT(short_video.audio, SizeIs(9));
+}
+
+TEST_F(Mp4TrackReaderTest, LastParameterSetsOfTheListCount) {
+  const Bytes sps = {0x67, 9, 9};
+  const Bytes pps = {0x68, 8};
+  Movie movie = MakeMovie({.samples = 1});
+  movie.tracks[0].entry = VideoEntry("avc1", AvcC({kSps, sps}, {kPps, pps}));
+  EXPECT_EQ(PassOver(movie).video.at(0).payload,
+            Join({StartCoded(sps), StartCoded(pps), StartCoded(Nal(5, 60, 0))}));
+}
+
+TEST_F(Mp4TrackReaderTest, ParameterSetsOfTheNextFileReplaceThoseOfTheFirst) {
+  Movie movie = MakeMovie({.samples = 1});
+  PassOver(movie);
+  const Bytes sps = {0x67, 9, 9};
+  movie.tracks[0].entry = VideoEntry("avc1", AvcC({sps}, {}));
+  StartAnother();
+  EXPECT_EQ(PassOver(movie).video.at(0).payload,
+            Join({StartCoded(sps), StartCoded(kPps), StartCoded(Nal(5, 60, 0))}))
+      << "the file has no picture parameter set of its own";
+}
+
+TEST_F(Mp4TrackReaderTest, FileAfterAResetPlaysFromItsBeginning) {
+  const Movie movie = MakeMovie({.samples = 5});
+  PassOver(movie);
+  StartAnother();
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4TrackReaderTest, PassEndsWhenThePipelineStops) {
+  g_mp4Running = false;
+  EXPECT_EQ(DumpText(PassOver(MakeMovie())), "");
+  g_mp4Running = true;
+  EXPECT_EQ(DumpText(PassOver(MakeMovie())), DumpText(ExpectedFrames(MakeMovie())));
+}
+
+TEST_F(Mp4TrackReaderTest, FileLetGoOfIsOpenedAgain) {
+  const Movie movie = MakeMovie({.samples = 5});
+  const Laid laid = Lay(movie);
+  EXPECT_THAT(Pass(Part(laid.path, laid.Video(2))).video, SizeIs(2));
+  reader_.Close();
+  EXPECT_THAT(Pass(Whole(laid.path)).video, SizeIs(3));
+}
+
+TEST_F(Mp4TrackReaderTest, PassForAnotherAddressReadsNothing) {
+  const Movie movie = MakeMovie({.samples = 5});
+  Mp4TrackReader::Source stale = Whole(Lay(movie).path);
+  stale.address = 7;
+  EXPECT_EQ(DumpText(Pass(stale)), "");
+  EXPECT_THAT(Told().durations, IsEmpty());
+  reader_.Reset(7);
+  EXPECT_EQ(DumpText(Pass(stale)), DumpText(ExpectedFrames(movie)));
+}
+
+// A player that does something in the middle of a pass.
+struct BusyPlayer final : CStreamPlayerImp {
+  void OnDuration(float /*seconds*/) override {}
+  void OnBufferedTime(float /*seconds*/) override {
+    if (const auto action = std::exchange(once, nullptr)) action();
+  }
+  void OnAudioClock(float /*seconds*/) override {}
+  void OnAudioFrame(MediaFrame /*frame*/) override {}
+  void OnVideoFrame(MediaFrame /*frame*/) override {}
+  void OnMessage(std::string /*line*/) override {}
+  void OnPlayResult(std::string /*line*/) override {}
+
+  std::function<void()> once;
+};
+
+class Mp4PassUnderWayTest : public Mp4TrackReaderTest {
+ protected:
+  BusyPlayer busy_;
+  Mp4TrackReader reader_{PlayerPort(&busy_)};
+};
+
+TEST_F(Mp4PassUnderWayTest, SecondPassBesideItIsNotMade) {
+  const Movie movie = MakeMovie({.samples = 5});
+  const auto source = Whole(Lay(movie).path);
+  bool is_made = true;
+  busy_.once = [&] { is_made = reader_.RunPass(source); };
+  EXPECT_TRUE(reader_.RunPass(source));
+  EXPECT_FALSE(is_made);
+  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_TRUE(reader_.RunPass(source)) << "the next one is";
+}
+
+TEST_F(Mp4PassUnderWayTest, SeekInTheMiddleOfItGoesOnFromThere) {
+  const Laid laid = Lay(MakeMovie({.samples = 50}));
+  const auto source = Whole(laid.path);
+  reader_.RunPass(Part(laid.path, laid.Video(0)));
+  busy_.once = [&] { reader_.Seek(1.2F, laid.path); };
+  reader_.RunPass(source);
+  EXPECT_TRUE(reader_.MayFindMore(source));
+  const auto video = TakeQueuedFrames().video;
+  ASSERT_THAT(video, SizeIs(21)) << "the sample that was in hand, and those from 30 on";
+  EXPECT_EQ(video[1].pts, 1200U * 90);
+}
+
+TEST_F(Mp4PassUnderWayTest, OtherAddressInTheMiddleOfItEndsIt) {
+  const auto source = Whole(Lay(MakeMovie()).path);
+  busy_.once = [&] { reader_.Reset(1); };
+  reader_.RunPass(source);
+  EXPECT_THAT(TakeQueuedFrames().video, SizeIs(1)) << "the sample that was in hand";
+}
+
+TEST_F(Mp4PassUnderWayTest, StopInTheMiddleOfItEndsIt) {
+  const auto source = Whole(Lay(MakeMovie()).path);
+  busy_.once = [] { g_mp4Running = false; };
+  reader_.RunPass(source);
+  EXPECT_EQ(DumpText(TakeQueuedFrames()), "");
+}
+
+// --- Whether a pass is worth its while ---
+
+class Mp4MayFindMoreTest : public Mp4TrackReaderTest {
+ protected:
+  bool MayFindMore(const Mp4TrackReader::Source& source) const {
+    return reader_.MayFindMore(source);
+  }
+};
+
+TEST_F(Mp4MayFindMoreTest, FirstPassMay) { EXPECT_TRUE(MayFindMore(Part("any.mp4", 0))); }
+
+TEST_F(Mp4MayFindMoreTest, PassOverTheSameBytesMayNot) {
+  const Laid laid = Lay(MakeMovie());
+  const auto source = Part(laid.path, laid.Video(3));
+  Pass(source);
+  EXPECT_FALSE(MayFindMore(source));
+}
+
+TEST_F(Mp4MayFindMoreTest, AnyNewBytesMayCompleteTheIndex) {
+  const Laid laid = Lay(MakeMovie());
+  const auto source = UpTo(laid, laid.file.index_end - 5);
+  Pass(source);
+  EXPECT_FALSE(MayFindMore(source));
+  EXPECT_TRUE(MayFindMore(UpTo(laid, laid.file.index_end - 4)));
+}
+
+TEST_F(Mp4MayFindMoreTest, BytesOfTheNextSampleMayAndThoseBehindItInAnotherRangeMayNot) {
+  const Laid laid = Lay(MakeMovie());
+  Pass(Part(laid.path, laid.Video(3)));
+  EXPECT_FALSE(MayFindMore(Part(laid.path, laid.Video(3))));
+  EXPECT_TRUE(MayFindMore(Part(laid.path, laid.Audio(3))));
+}
+
+TEST_F(Mp4MayFindMoreTest, RestOfASampleMay) {
+  const Laid laid = Lay(MakeMovie());
+  Pass(Part(laid.path, laid.Audio(3) - 1));
+  EXPECT_TRUE(MayFindMore(Part(laid.path, laid.Audio(3))));
+}
+
+TEST_F(Mp4MayFindMoreTest, RestOfASampleThatTheFileDidNotHoldYetMay) {
+  const Laid laid = Lay(MovieOf({VideoTrack()}));
+  EXPECT_THAT(Pass(UpTo(laid, laid.Video(3) + 10)).video, SizeIs(3));
+  const auto source = UpTo(laid, laid.Video(4));
+  EXPECT_TRUE(MayFindMore(source));
+  EXPECT_THAT(Pass(source).video, SizeIs(1));
+}
+
+TEST_F(Mp4MayFindMoreTest, NothingMayOnceBothTracksHaveEnded) {
+  const Laid laid = Lay(MakeMovie());
+  Pass(Part(laid.path, laid.file.bytes.size()));
+  EXPECT_FALSE(MayFindMore(Part(laid.path, laid.file.bytes.size() + 100)));
+}
+
+TEST_F(Mp4MayFindMoreTest, PassAfterASeekMay) {
+  const Laid laid = Lay(MakeMovie());
+  const auto source = Part(laid.path, laid.file.bytes.size());
+  Pass(source);
+  reader_.Seek(0.4F, laid.path);
+  EXPECT_TRUE(MayFindMore(source));
+}
+
+TEST_F(Mp4MayFindMoreTest, PassAfterTheFileWasLetGoOfMay) {
+  const Laid laid = Lay(MakeMovie());
+  const auto source = Part(laid.path, laid.Audio(3));
+  Pass(source);
+  reader_.Close();
+  EXPECT_TRUE(MayFindMore(Part(laid.path, laid.file.bytes.size())));
+}
+
+}  // namespace

@@ -1,0 +1,173 @@
+#include "mp4/mp4_tracks.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <vector>
+
+#include "mp4/mp4_file_handle.h"
+#include "tests/support/local_file.h"
+#include "tests/support/mp4_movies.h"
+
+namespace {
+
+using mp4_boxes::AvcC;
+using mp4_boxes::Esds;
+using mp4_boxes::kPps;
+using mp4_boxes::kSps;
+using mp4_boxes::SoundEntry;
+using mp4_boxes::VideoEntry;
+using mp4_test::AudioTrack;
+using mp4_test::BuildMp4;
+using mp4_test::Bytes;
+using mp4_test::Movie;
+using mp4_test::MovieOf;
+using mp4_test::Track;
+using mp4_test::VideoTrack;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+Mp4FileHandle Open(const Movie& movie) {
+  return OpenMp4(WriteLocalFile("movie.mp4", BuildMp4(movie).bytes));
+}
+
+Track NumberedTrack(std::uint32_t id, const char* handler) {
+  Track track = VideoTrack();
+  track.id = id;
+  track.handler = handler;
+  return track;
+}
+
+Mp4VideoTrack Video(const Bytes& entry) {
+  Track track = VideoTrack();
+  track.entry = entry;
+  return DescribeVideoTrack(Open(MovieOf({track})).get(), 1);
+}
+
+Mp4AudioTrack Audio(std::uint32_t rate, const Bytes& entry) {
+  Track track = AudioTrack({}, rate);
+  track.entry = entry;
+  return DescribeAudioTrack(Open(MovieOf({track})).get(), 2);
+}
+
+TEST(Mp4TracksTest, FirstTrackOfATypeIsTaken) {
+  const Mp4FileHandle file =
+      Open(MovieOf({NumberedTrack(9, "hint"), NumberedTrack(4, "soun"), NumberedTrack(7, "vide"),
+                    NumberedTrack(5, "vide"), NumberedTrack(3, "soun"), NumberedTrack(1, "text")}));
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(FindMp4Track(file.get(), "vide"), 7U);
+  EXPECT_EQ(FindMp4Track(file.get(), "soun"), 4U);
+}
+
+TEST(Mp4TracksTest, TypeInCapitalsIsTheSame) {
+  const Mp4FileHandle file = Open(MovieOf({NumberedTrack(6, "ViDE"), NumberedTrack(8, "SOUN")}));
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(FindMp4Track(file.get(), "vide"), 6U);
+  EXPECT_EQ(FindMp4Track(file.get(), "soun"), 8U);
+}
+
+TEST(Mp4TracksTest, NoTrackIsFoundWhereThereIsNone) {
+  const Mp4FileHandle file = Open(MovieOf({NumberedTrack(1, "text")}));
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(FindMp4Track(file.get(), "vide"), MP4_INVALID_TRACK_ID);
+}
+
+TEST(Mp4TracksTest, Avc1IsH264WithItsParameterSets) {
+  const Mp4VideoTrack track = Video(mp4_boxes::AvcEntry());
+  EXPECT_EQ(track.codec, "H264");
+  EXPECT_TRUE(track.has_headers);
+  EXPECT_THAT(track.sps, ElementsAre(kSps));
+  EXPECT_THAT(track.pps, ElementsAre(kPps));
+}
+
+TEST(Mp4TracksTest, SeveralParameterSetsComeInTheirOrder) {
+  const Bytes sps2 = {0x67, 1};
+  const Bytes pps2 = {0x68, 2};
+  const Bytes pps3 = {0x68, 3, 3};
+  const Mp4VideoTrack track = Video(VideoEntry("avc1", AvcC({kSps, sps2}, {kPps, pps2, pps3})));
+  EXPECT_THAT(track.sps, ElementsAre(kSps, sps2));
+  EXPECT_THAT(track.pps, ElementsAre(kPps, pps2, pps3));
+}
+
+TEST(Mp4TracksTest, Hvc1IsH265WithoutH264Headers) {
+  const Mp4VideoTrack track = Video(VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23))));
+  EXPECT_EQ(track.codec, "H265");
+  EXPECT_FALSE(track.has_headers);
+}
+
+TEST(Mp4TracksTest, OtherCodecsKeepTheNameOfTheirSampleEntry) {
+  for (const char* name : {"hev1", "mp4v", "av01", "vp09", "avc3"}) {
+    EXPECT_EQ(Video(VideoEntry(name, {})).codec, name);
+  }
+}
+
+TEST(Mp4TracksTest, AacTrackTellsItsRateAndChannels) {
+  const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 6, Esds(0x40, {0x12, 0x30})));
+  EXPECT_EQ(track.id, 2U);
+  EXPECT_EQ(track.sample_rate, 44100U);
+  EXPECT_EQ(track.channels, 6U);
+}
+
+TEST(Mp4TracksTest, SbrTrackTellsHalfItsRate) {
+  const Bytes sbr = {0x2B, 0x11, 0x88, 0x00};  // audio object type 5
+  EXPECT_EQ(Audio(88200, SoundEntry("mp4a", 2, Esds(0x40, sbr))).sample_rate, 44100U);
+  EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, sbr))).sample_rate, 24000U);
+}
+
+TEST(Mp4TracksTest, AudioWithoutAConfigurationTellsItsRateAsItIs) {
+  EXPECT_EQ(Audio(44100, SoundEntry("mp4a", 2, Esds(0x6B, {}))).sample_rate, 44100U);
+  EXPECT_EQ(Audio(22050, SoundEntry("mp4a", 1, {})).sample_rate, 22050U);
+}
+
+TEST(Mp4TracksTest, DurationIsThatOfTheMovieInWholeMilliseconds) {
+  Movie movie = MovieOf({VideoTrack()});
+  movie.time_scale = 90'000;
+  movie.duration = 90'000 + 91;
+  EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 1.001F);
+  movie.version = 1;
+  movie.duration = std::uint64_t{90'000} * 100'000;
+  EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 100'000);
+}
+
+TEST(Mp4TracksTest, TimeScaleOfZeroGivesADurationOfZero) {
+  Movie movie = MovieOf({VideoTrack()});
+  movie.time_scale = 0;
+  const Mp4FileHandle file = Open(movie);
+  ASSERT_NE(file, nullptr);
+  EXPECT_EQ(Mp4DurationSeconds(file.get()), 0);
+}
+
+TEST(Mp4TracksTest, MillisecondsAreWholeOnes) {
+  EXPECT_EQ(Mp4Milliseconds(1023, 1024), 999U);
+  EXPECT_EQ(Mp4Milliseconds(1024, 1024), 1000U);
+  EXPECT_EQ(Mp4Milliseconds(7, 0), 0U);
+  EXPECT_EQ(Mp4Milliseconds(std::numeric_limits<std::uint64_t>::max(), 1000),
+            (std::numeric_limits<std::uint64_t>::max() - 999) / 1000);
+}
+
+TEST(SetSamplingFrequencyIndexTest, EveryMappedRateHasItsIndex) {
+  const std::vector<std::pair<std::uint32_t, int>> mapped = {{48000, 3}, {44100, 4},  {32000, 5},
+                                                             {24000, 6}, {22050, 7},  {16000, 8},
+                                                             {12000, 9}, {11025, 10}, {8000, 11}};
+  for (const auto& [rate, index] : mapped) {
+    AdtsFields fields{15, 2};
+    SetSamplingFrequencyIndex(fields, rate);
+    EXPECT_EQ(fields.sampling_frequency_index, index) << rate;
+    EXPECT_EQ(fields.channel_configuration, 2);
+  }
+}
+
+TEST(SetSamplingFrequencyIndexTest, OtherRatesLeaveTheIndexAsItWas) {
+  for (const std::uint32_t rate : {96000U, 88200U, 64000U, 7350U, 0U, 44101U, 4294967295U}) {
+    AdtsFields fields;
+    SetSamplingFrequencyIndex(fields, rate);
+    EXPECT_EQ(fields.sampling_frequency_index, 0) << rate;
+    fields.sampling_frequency_index = 7;
+    SetSamplingFrequencyIndex(fields, rate);
+    EXPECT_EQ(fields.sampling_frequency_index, 7) << rate;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,286 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <limits>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/http_transfer.h"
+#include "mp4/mp4_download.h"
+#include "tests/support/mp4_tasks.h"
+
+namespace {
+
+using mp4_test::Bytes;
+using mp4_test::Filler;
+using mp4_test::Join;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+
+constexpr char kName[] = "restart.mp4";
+
+class Mp4TransferTest : public Mp4Tasks {
+ protected:
+  Mp4TransferTest() { path_ = BeginAddress(kName); }
+  ~Mp4TransferTest() override { std::filesystem::remove_all(path_); }
+
+  static std::size_t Take(Mp4Transfer& transfer, const Bytes& bytes) {
+    return transfer.Take(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  }
+
+  Bytes FileNow() const {
+    std::ifstream file(path_, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  static std::map<std::uint64_t, std::uint64_t> Ranges() {
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->ranges.All();
+  }
+  static std::uint64_t WriteOffset() {
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->write_offset;
+  }
+  static std::uint64_t Revision() {
+    const std::lock_guard lock(g_mp4FileLock);
+    return g_mp4File->revision;
+  }
+  static void SeekTo(std::uint64_t offset) {
+    const std::lock_guard lock(g_mp4FileLock);
+    g_mp4File->write_offset = offset;
+    ++g_mp4File->seeks;
+  }
+
+  // While a directory lies in its place, no file can be opened there.
+  void BlockFile() const {
+    std::filesystem::remove(path_);
+    std::filesystem::create_directory(path_);
+  }
+  void UnblockFile() const {
+    std::filesystem::remove(path_);
+    WriteLocalFile(kName, {});
+  }
+
+  std::string path_;
+};
+
+TEST_F(Mp4TransferTest, BytesComeOneBehindTheOther) {
+  Mp4Transfer transfer(Address());
+  EXPECT_EQ(transfer.Offset(), 0U);
+  EXPECT_EQ(Take(transfer, {1, 2, 3}), 3U);
+  EXPECT_EQ(Take(transfer, {4, 5}), 2U);
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 5)));
+  EXPECT_EQ(WriteOffset(), 5U);
+  EXPECT_EQ(transfer.Offset(), 5U);
+  EXPECT_FALSE(transfer.HasPending());
+}
+
+TEST_F(Mp4TransferTest, NextTransferGoesOnAtTheWriteOffset) {
+  Mp4Transfer first(Address());
+  Take(first, {1, 2, 3});
+  Mp4Transfer second(Address());
+  EXPECT_EQ(second.Offset(), 3U);
+  Take(second, {4});
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
+}
+
+TEST_F(Mp4TransferTest, TransferAfterASeekLeavesAGap) {
+  Mp4Transfer first(Address());
+  Take(first, {1, 2, 3});
+  SeekTo(6);
+  Mp4Transfer second(Address());
+  Take(second, {7, 8});
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 0, 0, 0, 7, 8}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 3), Pair(6, 8)));
+  EXPECT_EQ(WriteOffset(), 8U);
+}
+
+TEST_F(Mp4TransferTest, GapThatIsFilledMakesOneRange) {
+  Mp4Transfer first(Address());
+  Take(first, {1, 2, 3});
+  SeekTo(6);
+  Mp4Transfer second(Address());
+  Take(second, {7, 8});
+  SeekTo(3);
+  Mp4Transfer third(Address());
+  Take(third, {4, 5, 6});
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 8)));
+}
+
+TEST_F(Mp4TransferTest, SeekWhileATransferRunsChangesNeitherItsPlaceNorTheNextStart) {
+  Mp4Transfer running(Address());
+  Take(running, {1, 2});
+  SeekTo(100);
+  EXPECT_EQ(Take(running, {3, 4}), 2U);
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
+  EXPECT_EQ(WriteOffset(), 100U) << "where the seek put it";
+  EXPECT_EQ(Mp4Transfer(Address()).Offset(), 100U);
+}
+
+TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsPlace) {
+  Mp4Transfer one(Address());
+  Mp4Transfer other(Address());
+  Take(one, {1, 2, 3});
+  Take(other, {1, 2});
+  Take(other, {3, 4, 5, 6});
+  Take(one, {4, 5});
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5, 6}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 6)));
+}
+
+TEST_F(Mp4TransferTest, BytesThatAreInTheFileAreNotWrittenAgain) {
+  Mp4Transfer first(Address());
+  Take(first, {1, 2, 3, 4});
+  const std::uint64_t revision = Revision();
+  SeekTo(0);
+  Mp4Transfer again(Address());
+  EXPECT_EQ(Take(again, {9, 9}), 2U);
+  EXPECT_EQ(Take(again, {9, 9}), 2U);
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
+  EXPECT_EQ(WriteOffset(), 4U);
+  EXPECT_EQ(Revision(), revision);
+}
+
+TEST_F(Mp4TransferTest, BytesThatReachBehindARangeAreWrittenWhole) {
+  Mp4Transfer first(Address());
+  Take(first, {1, 2, 3});
+  SeekTo(1);
+  Mp4Transfer again(Address());
+  Take(again, {2, 3, 4});
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
+}
+
+TEST_F(Mp4TransferTest, FileThatCannotBeOpenedForAWhileKeepsTheBytesWaiting) {
+  Mp4Transfer transfer(Address());
+  BlockFile();
+  EXPECT_EQ(Take(transfer, {1, 2}), 2U);
+  EXPECT_EQ(Take(transfer, {3}), 1U);
+  EXPECT_TRUE(transfer.HasPending());
+  EXPECT_EQ(transfer.Offset(), 0U);
+  EXPECT_THAT(Ranges(), IsEmpty());
+  UnblockFile();
+  EXPECT_EQ(Take(transfer, {4}), 1U);
+  EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
+  EXPECT_FALSE(transfer.HasPending());
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
+}
+
+TEST_F(Mp4TransferTest, EmptyPieceWritesWhatWaits) {
+  Mp4Transfer transfer(Address());
+  BlockFile();
+  Take(transfer, {1, 2});
+  EXPECT_EQ(transfer.Take(nullptr, 0), 0U);
+  EXPECT_TRUE(transfer.HasPending());
+  UnblockFile();
+  transfer.Take(nullptr, 0);
+  EXPECT_FALSE(transfer.HasPending());
+  EXPECT_EQ(FileNow(), (Bytes{1, 2}));
+}
+
+TEST_F(Mp4TransferTest, FileThatTakesNoBytesKeepsThemWaiting) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+  UsePath("/dev/full");
+  Mp4Transfer transfer(Address());
+  EXPECT_EQ(Take(transfer, Filler(100'000, 1)), 100'000U);
+  EXPECT_TRUE(transfer.HasPending());
+  EXPECT_THAT(Ranges(), IsEmpty());
+  EXPECT_EQ(WriteOffset(), 0U);
+}
+
+TEST_F(Mp4TransferTest, EmptyPieceWithNothingWaitingTouchesNoFile) {
+  Mp4Transfer transfer(Address());
+  BlockFile();
+  EXPECT_EQ(transfer.Take(nullptr, 0), 0U);
+  EXPECT_FALSE(transfer.HasPending());
+  EXPECT_THAT(Ranges(), IsEmpty());
+}
+
+TEST_F(Mp4TransferTest, TransferForAnEarlierAddressWritesNothingAndEnds) {
+  Mp4Transfer stale(Address());
+  Take(stale, {1, 2});
+  BeginAddress(kName);
+  Mp4Transfer fresh(Address());
+  EXPECT_EQ(Take(stale, {3}), 0U);
+  EXPECT_FALSE(stale.HasPending());
+  EXPECT_THAT(FileNow(), IsEmpty());
+  EXPECT_THAT(Ranges(), IsEmpty());
+  EXPECT_EQ(WriteOffset(), 0U);
+  EXPECT_EQ(Take(fresh, {7}), 1U);
+  EXPECT_EQ(FileNow(), (Bytes{7}));
+}
+
+TEST_F(Mp4TransferTest, BytesThatWaitForAnEarlierAddressAreDropped) {
+  Mp4Transfer stale(Address());
+  BlockFile();
+  Take(stale, {1, 2});
+  UnblockFile();
+  UsePath(path_);
+  stale.Take(nullptr, 0);
+  EXPECT_FALSE(stale.HasPending());
+  EXPECT_THAT(FileNow(), IsEmpty());
+}
+
+TEST_F(Mp4TransferTest, BytesBeyondTwoGibibytesEndTheTransferWithALine) {
+  SeekTo(std::uint64_t{1} << 31);
+  Mp4Transfer transfer(Address());
+  testing::internal::CaptureStdout();
+  EXPECT_EQ(Take(transfer, {1}), 0U);
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "mp4 download ends at 2 GiB.\n");
+  EXPECT_FALSE(transfer.HasPending());
+  EXPECT_THAT(FileNow(), IsEmpty());
+  EXPECT_THAT(Ranges(), IsEmpty());
+}
+
+TEST_F(Mp4TransferTest, LastByteThatHasAPlaceIsWritten) {
+  const std::uint64_t last = std::numeric_limits<std::int32_t>::max();
+  SeekTo(last);
+  Mp4Transfer transfer(Address());
+  EXPECT_EQ(Take(transfer, {1, 2}), 2U);
+  EXPECT_EQ(std::filesystem::file_size(path_), last + 2);
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(last, last + 2)));
+}
+
+TEST_F(Mp4TransferTest, ReplyWithoutAStatusIsTakenWhereverItBegins) {
+  const CurlHandle handle = MakeCurlHandle();
+  Mp4Transfer beginning(Address());
+  EXPECT_TRUE(beginning.AcceptReply(handle.get()));
+  SeekTo(10);
+  Mp4Transfer middle(Address());
+  EXPECT_TRUE(middle.AcceptReply(handle.get()));
+  EXPECT_EQ(middle.Offset(), 10U);
+}
+
+TEST_F(Mp4TransferTest, TransfersOnSeveralThreadsLeaveTheStreamWhole) {
+  const Bytes stream = Filler(20'000, 77);
+  const auto take_in_pieces = [&stream](Mp4Transfer& transfer, std::size_t piece) {
+    for (std::size_t at = 0; at < stream.size(); at += piece) {
+      const std::size_t size = std::min(piece, stream.size() - at);
+      transfer.Take(reinterpret_cast<const char*>(stream.data()) + at, size);
+    }
+  };
+  std::vector<Mp4Transfer> transfers;  // all from the beginning
+  for (int i = 0; i < 3; ++i) transfers.emplace_back(Address());
+  std::vector<std::thread> threads;
+  for (std::size_t i = 0; i < transfers.size(); ++i)
+    threads.emplace_back(take_in_pieces, std::ref(transfers[i]), 97 + i * 331);
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(FileNow(), stream);
+  EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 20'000)));
+}
+
+}  // namespace

@@ -7,14 +7,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
-#include <memory>
 #include <string>
-#include <type_traits>
 
 #include "bench/bench_report.h"
 #include "bench/demux_totals.h"
 #include "bench/libavformat_demux.h"
 #include "bench/looped_sample.h"
+#include "mp4/mp4_file_handle.h"
 
 namespace {
 
@@ -32,12 +31,7 @@ constexpr int kRepeats = 59;
 constexpr char kDescription[] =
     "MP4 made by ffmpeg: H.264 640x360 30/s with B-frames, AAC 44.1 kHz";
 
-struct Closer {
-  void operator()(MP4FileHandle file) const { MP4Close(file); }
-};
-using Handle = std::unique_ptr<std::remove_pointer_t<MP4FileHandle>, Closer>;
-
-Handle Open(const std::string& path) { return Handle(MP4Read(path.c_str())); }
+Mp4FileHandle Open(const std::string& path) { return Mp4FileHandle(MP4Read(path.c_str())); }
 
 // What the pipeline asks for a sample. False behind the last one.
 bool ReadOne(MP4FileHandle file, MP4TrackId track, MP4SampleId sample, DemuxTotals& totals) {
@@ -73,7 +67,7 @@ DemuxTotals ReadInTurns(MP4FileHandle file, std::array<MP4SampleId, 2> next, int
 
 DemuxTotals ReadEverySample(const std::string& path) {
   constexpr int kWithoutEnd = -1;
-  const Handle file = Open(path);
+  const Mp4FileHandle file = Open(path);
   return ReadInTurns(file.get(), {1, 1}, kWithoutEnd);
 }
 
@@ -95,9 +89,8 @@ void BenchLibavformat(benchmark::State& state, const std::string& path) {
   Report(state, totals);
 }
 
-// `other` keeps the file open meanwhile, or is null.
 void BenchOpen(benchmark::State& state, const std::string& path, bool beside_another) {
-  const Handle other = beside_another ? Open(path) : nullptr;
+  const Mp4FileHandle other = beside_another ? Open(path) : nullptr;
   while (state.KeepRunning()) benchmark::DoNotOptimize(Open(path));
 }
 
@@ -105,18 +98,19 @@ void BenchOpen(benchmark::State& state, const std::string& path, bool beside_ano
 void BenchTail(benchmark::State& state, const std::string& path, std::array<MP4SampleId, 2> from,
                bool beside_another) {
   constexpr int kTurns = 5;
-  const Handle other = beside_another ? Open(path) : nullptr;
+  constexpr std::uint64_t kSamples = 10;
+  const Mp4FileHandle other = beside_another ? Open(path) : nullptr;
   if (other != nullptr) ReadInTurns(other.get(), from, kTurns);
   while (state.KeepRunning()) {
-    const Handle file = Open(path);
+    const Mp4FileHandle file = Open(path);
     const DemuxTotals totals = ReadInTurns(file.get(), from, kTurns);
-    if (totals.frames != 2 * kTurns) state.SkipWithError("samples are missing");
+    if (totals.frames != kSamples) state.SkipWithError("samples are missing");
   }
 }
 
 // The samples five before the last of either track.
 std::array<MP4SampleId, 2> FirstOfTail(const std::string& path) {
-  const Handle file = Open(path);
+  const Mp4FileHandle file = Open(path);
   std::array<MP4SampleId, 2> from{};
   for (std::size_t i = 0; i < from.size(); ++i) {
     const auto track = static_cast<MP4TrackId>(i + 1);

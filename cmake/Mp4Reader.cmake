@@ -86,6 +86,7 @@ elseif(MP4_READER STREQUAL "installed")
 else()
   message(STATUS "MP4 reader: bundled")
   target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_READER_BUNDLED)
-  target_include_directories(mp4_reader INTERFACE ${PROJECT_SOURCE_DIR}/isobmff/include)
+  # As that of an installed library: its C is not held to the rules of our C++.
+  target_include_directories(mp4_reader SYSTEM INTERFACE ${PROJECT_SOURCE_DIR}/isobmff/include)
 endif()
 target_link_libraries(stream_core PUBLIC mp4_reader)

@@ -4,8 +4,10 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -68,11 +70,10 @@ std::vector<Known> AskInOrder(const Mp4FileHandle& file) {
   return all;
 }
 
-void AskBackwards(const char* path, const std::vector<Known>& all) {
+void AskAgain(const char* path, const std::vector<Known>& all) {
   const Mp4FileHandle file(MP4Read(path));
   Require(file != nullptr);
-  for (auto known = all.rbegin(); known != all.rend(); ++known)
-    Require(Ask(file, known->track, known->sample) == *known);
+  for (const Known& known : all) Require(Ask(file, known.track, known.sample) == known);
 }
 
 }  // namespace
@@ -83,9 +84,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(result.largest_sample <= size);
   Mp4FileHandle file(MP4Read(memory.Path()));
   if (file == nullptr) return 0;
-  const std::vector<Known> all = AskInOrder(file);
-  AskBackwards(memory.Path(), all);  // with the index that `file` has
+  std::vector<Known> all = AskInOrder(file);
+  std::reverse(all.begin(), all.end());
+  AskAgain(memory.Path(), all);  // with the index that `file` has
   file.reset();
-  AskBackwards(memory.Path(), all);
+  AskAgain(memory.Path(), all);
   return 0;
 }

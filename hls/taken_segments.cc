@@ -1,7 +1,7 @@
 #include "hls/taken_segments.h"
 
-bool TakenSegments::Take(const std::string& uri, std::size_t limit) {
-  if (const auto place = places_.find(uri); place != places_.end()) {
+bool TakenSegments::Take(const std::string& key, std::size_t limit) {
+  if (const auto place = places_.find(key); place != places_.end()) {
     order_.splice(order_.end(), order_, place->second);
     return false;
   }
@@ -9,7 +9,7 @@ bool TakenSegments::Take(const std::string& uri, std::size_t limit) {
     places_.erase(order_.front());
     order_.pop_front();
   }
-  places_.emplace(uri, order_.insert(order_.end(), uri));
+  places_.emplace(key, order_.insert(order_.end(), key));
   return true;
 }
 

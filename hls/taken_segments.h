@@ -10,9 +10,9 @@
 
 class TakenSegments {
  public:
-  // Takes a segment by its whole address; false when it was taken before. One more than `limit` of
-  // them are kept at most.
-  bool Take(const std::string& uri, std::size_t limit);
+  // Takes a segment by what tells it from others; false when it was taken before. One more than
+  // `limit` of them are kept at most.
+  bool Take(const std::string& key, std::size_t limit);
 
   void Forget();
   std::size_t Size() const { return places_.size(); }

@@ -73,7 +73,7 @@ Bytes LargeOffsetBox(const Bytes& body) {
 
 // The boxes one behind the other, every chunk offset with 64 bits. The index, which grows, has to
 // be behind the data.
-Bytes WithLargeOffsets(const Bytes& boxes) {  // NOLINT(misc-no-recursion): a few levels
+Bytes WithLargeOffsets(const Bytes& boxes) {
   Bytes out;
   for (std::size_t at = 0; at < boxes.size(); at += Number(boxes, at)) {
     const std::string type = Type(boxes, at);
@@ -122,7 +122,7 @@ std::vector<Mp4GoldenSample> Samples() {
 }
 
 std::filesystem::path MakeMp4(const Mp4GoldenSample& sample, const ScratchDirectory& scratch) {
-  const auto file = scratch.File("sample.mp4");
+  auto file = scratch.File("sample.mp4");
   RunTool("ffmpeg -nostdin -v error -y" + sample.arguments + " -threads 1 -flags +bitexact" +
               " -fflags +bitexact -f mp4 " + Quoted(file),
           scratch.File("nothing"));
@@ -308,7 +308,8 @@ TEST_F(Mp4OddSampleTest, FragmentedFileGivesNoFrame) {
 
 // --- Over HTTP ---
 
-class Mp4GoldenHttpTest : public Mp4Play, public testing::WithParamInterface<Mp4GoldenSample> {
+class Mp4GoldenHttpTest : public Mp4PlayFixture,
+                          public testing::WithParamInterface<Mp4GoldenSample> {
  protected:
   // What one pass over the whole file gives.
   static std::string FromFile(const std::filesystem::path& file) {

@@ -125,9 +125,9 @@ class Mp4ReaderGoldenTest : public testing::TestWithParam<Mp4Sample> {
 TEST_P(Mp4ReaderGoldenTest, TracksAreThoseOfFfprobe) {
   const nlohmann::json streams = Probe("-show_streams").at("streams");
   ASSERT_EQ(MP4GetNumberOfTracks(file_.get()), streams.size());
-  for (std::uint16_t i = 0; i < streams.size(); ++i) {
-    const nlohmann::json& stream = streams[i];
-    const MP4TrackId track = MP4FindTrackId(file_.get(), i);
+  std::uint16_t index = 0;
+  for (const nlohmann::json& stream : streams) {
+    const MP4TrackId track = MP4FindTrackId(file_.get(), index++);
     EXPECT_EQ(MP4GetTrackMediaDataName(file_.get(), track), stream.at("codec_tag_string"));
     EXPECT_EQ("1/" + std::to_string(MP4GetTrackTimeScale(file_.get(), track)),
               stream.at("time_base"));

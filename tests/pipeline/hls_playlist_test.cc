@@ -129,9 +129,9 @@ TEST_F(HlsPlaylistTest, PlaylistVariantAndRefreshAskForTheUserAgentOfTheirOwnAdd
   server_.Put("/high.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
   RunUntil(server_.Url(kList) + "?x&pt=ios&", [this] { return server_.WaitForRequests(6); });
   for (const auto& request : server_.Requests()) {
-    const std::string agent = request.path == kList ? kIphone : kAndroid;
+    const std::string expected = request.path == kList ? kIphone : kAndroid;
     EXPECT_EQ(request.has_user_agent, request.path != "/high.m3u8");
-    EXPECT_TRUE(!request.has_user_agent || request.user_agent.starts_with(agent));
+    EXPECT_TRUE(!request.has_user_agent || request.user_agent.starts_with(expected));
   }
 }
 

@@ -31,7 +31,7 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
-using Mp4PipelineTest = Mp4Play;
+using Mp4PipelineTest = Mp4PlayFixture;
 
 TEST_F(Mp4PipelineTest, EveryFrameReachesThePlayerOnceAndInOrder) {
   ServeMovie(MakeMovie({.samples = 100, .key_interval = 25}));
@@ -254,7 +254,8 @@ struct Speed {
 
 void PrintTo(const Speed& speed, std::ostream* out) { *out << speed.name; }
 
-class Mp4SpeedTest : public Mp4Play, public testing::WithParamInterface<std::tuple<Speed, bool>> {};
+class Mp4SpeedTest : public Mp4PlayFixture,
+                     public testing::WithParamInterface<std::tuple<Speed, bool>> {};
 
 TEST_P(Mp4SpeedTest, GivesTheSameFrames) {
   const auto& [speed, index_first] = GetParam();
@@ -284,7 +285,7 @@ INSTANTIATE_TEST_SUITE_P(
              (std::get<1>(suite.param) ? "IndexFirst" : "IndexLast");
     });
 
-class Mp4CutOffTest : public Mp4Play, public testing::WithParamInterface<int> {
+class Mp4CutOffTest : public Mp4PlayFixture, public testing::WithParamInterface<int> {
  protected:
   // What is left of the movie when so many bytes of the file have come.
   Movie CutOff(std::size_t size) const {
@@ -329,7 +330,7 @@ struct Body {
 
 void PrintTo(const Body& body, std::ostream* out) { *out << body.name; }
 
-class Mp4BodyTest : public Mp4Play, public testing::WithParamInterface<Body> {};
+class Mp4BodyTest : public Mp4PlayFixture, public testing::WithParamInterface<Body> {};
 
 TEST_P(Mp4BodyTest, IsReportedOnceAndGivesNoFrame) {
   server_.Serve(Bytes(GetParam().bytes.begin(), GetParam().bytes.end()));
@@ -387,7 +388,7 @@ TEST_F(Mp4PipelineTest, RefusedConnectionIsReported) {
 
 // --- Local files ---
 
-class Mp4LocalFileTest : public Mp4Play {
+class Mp4LocalFileTest : public Mp4PlayFixture {
  protected:
   std::string Write(const Movie& movie) {
     movie_ = movie;

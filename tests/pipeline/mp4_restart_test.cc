@@ -29,11 +29,10 @@ using mp4_test::VideoTrack;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
-using testing::SizeIs;
 
 std::string RangeFrom(std::uint64_t offset) { return "bytes=" + std::to_string(offset) + "-"; }
 
-class Mp4RestartTest : public Mp4Play {
+class Mp4RestartTest : public Mp4PlayFixture {
  protected:
   Mp4RestartTest() {
     ServeMovie(MakeMovie({.samples = 100, .video_size = 900, .audio_size = 100}));
@@ -323,7 +322,6 @@ TEST_F(Mp4RestartTest, SeeksWhileVideoAloneIsReadAreNoRace) {
 TEST_F(Mp4RestartTest, OtherAddressEmptiesTheFileAndPlaysFromItsBeginning) {
   PlayToTheEnd();
   StartAgain();
-  server_.Serve(file_.bytes);
   EXPECT_EQ(PlayToTheEnd(server_.Url("/b.mp4")), Expected());
   EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", "bytes=0-"));
   EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 RE:"), IsEmpty());
@@ -373,7 +371,6 @@ TEST_F(Mp4BlockedFileTest, BytesWaitUntilItCanBeWritten) {
 }
 
 TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferIsOver) {
-  server_.Serve(Bytes(file_.bytes));
   downloader_.BeginDownload(server_.Address());
   const auto has_verdict = [](const Record& record) { return !record.results.empty(); };
   EXPECT_FALSE(player_.WaitFor(has_verdict, std::chrono::milliseconds(500)))
@@ -400,6 +397,7 @@ class Mp4SecondStartTest : public Mp4RestartTest {
   void ExpectEveryFrameOnce() {
     const auto payloads = [](const std::vector<DumpedFrame>& frames) {
       std::vector<Bytes> all;
+      all.reserve(frames.size());
       for (const DumpedFrame& frame : frames) all.push_back(frame.payload);
       std::sort(all.begin(), all.end());
       return all;

@@ -21,7 +21,7 @@ using mp4_test::MakeMovie;
 using mp4_test::Movie;
 using testing::SizeIs;
 
-class Mp4StopTest : public Mp4Play {
+class Mp4StopTest : public Mp4PlayFixture {
  protected:
   // A long download with a little at a time.
   std::string ServeSlowly() {
@@ -94,7 +94,7 @@ struct Stage {
 
 void PrintTo(const Stage& stage, std::ostream* out) { *out << stage.name; }
 
-class Mp4StopStageTest : public Mp4Play, public testing::WithParamInterface<Stage> {};
+class Mp4StopStageTest : public Mp4PlayFixture, public testing::WithParamInterface<Stage> {};
 
 TEST_P(Mp4StopStageTest, DoesNotHoldUpTheStop) {
   const Stage& stage = GetParam();

@@ -177,6 +177,7 @@ Bytes RunBox(const std::string& type, const std::vector<Sample>& samples, unsign
     ++runs.back().first;
   }
   std::vector<Bytes> entries;
+  entries.reserve(runs.size());
   for (const auto& [count, its] : runs) entries.push_back(Join({U32(count), U32(its)}));
   return Table(type, entries, version);
 }

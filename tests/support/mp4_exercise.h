@@ -10,7 +10,7 @@
 #include <cstdint>
 
 struct Mp4Exercise {
-  std::size_t tracks = 0;
+  std::uint16_t tracks = 0;
   std::size_t samples = 0;
   std::size_t largest_sample = 0;
 };
@@ -79,14 +79,13 @@ inline bool TakeSample(MP4FileHandle file, MP4TrackId track, MP4SampleId sample,
 inline Mp4Exercise ExerciseMp4(const char* path) {
   constexpr MP4SampleId kMostSamples = 100;  // of a track, from its first on
   Mp4Exercise result;
-  const MP4FileHandle file = MP4Read(path);
+  MP4FileHandle file = MP4Read(path);
   if (file == nullptr) return result;
   MP4GetTimeScale(file);
   MP4GetDuration(file);
   MP4Free(MP4Info(file));
-  result.tracks = MP4GetNumberOfTracks(file);
-  for (std::uint16_t i = 0; i < result.tracks; ++i) {
-    const MP4TrackId track = MP4FindTrackId(file, i);
+  while (const MP4TrackId track = MP4FindTrackId(file, result.tracks)) {
+    ++result.tracks;
     mp4_exercise::TakeFacts(file, track);
     MP4SampleId sample = 1;
     while (sample <= kMostSamples && mp4_exercise::TakeSample(file, track, sample, result))

@@ -21,6 +21,7 @@
 inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   const auto copy = [](const std::vector<RecordedFrame>& frames, bool is_video) {
     std::vector<DumpedFrame> copies;
+    copies.reserve(frames.size());
     for (const RecordedFrame& frame : frames) {
       copies.push_back({frame.pts, frame.dts, frame.play_time, is_video, true, frame.payload});
     }
@@ -29,7 +30,7 @@ inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   return {copy(record.video, true), copy(record.audio, false)};
 }
 
-class Mp4Play : public Play<Mp4Server> {
+class Mp4PlayFixture : public Play<Mp4Server> {
  protected:
   static std::string RestartFile() { return GetTempDirA() + "mebo.mp4"; }
 

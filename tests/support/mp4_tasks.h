@@ -29,7 +29,7 @@ class Mp4Tasks : public testing::Test {
 
   // Another address: a restart file of that name, of which nothing is known. Returns its path.
   static std::string BeginAddress(const std::string& name) {
-    const std::string path = WriteLocalFile(name, {});
+    std::string path = WriteLocalFile(name, {});
     UsePath(path);
     return path;
   }

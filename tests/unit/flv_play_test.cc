@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <future>
+#include <mutex>
 
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tasks.h"
@@ -151,7 +152,10 @@ TEST_F(FlvPlayTest, StopEndsTheParserBetweenTwoNalUnitsOfATag) {
   Take(flv_test::Join(
       {flv_test::Header(), flv_test::Tag(flv_test::kVideo, 0, flv_test::AvcBody(1, units))}));
   const auto play = PlayAside();
-  ASSERT_TRUE(HasReported(kSurely));
+  ASSERT_TRUE(WaitUntil([] {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->count > 0;
+  }));
   BeginToStop();
   play.wait();
   EXPECT_LT(TakeQueuedFrames().video.size(), kNals);

@@ -130,6 +130,7 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
   EndOfDownload();
   FlvStreamSource source(newer);
   auto reader = std::async(std::launch::async, [&source] { return source.Await(2); });
+  EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
   FlvTransfer transfer(newer);
   EXPECT_EQ(transfer.Take("a", 1), 1U);
   EXPECT_EQ(transfer.Take("b", 1), 1U);

@@ -53,6 +53,16 @@ TEST(FlvVideoTest, EachNalUnitOfATagIsAFrameWithTheTimeOfTheTag) {
   }
 }
 
+TEST(FlvVideoTest, TagOfManySmallNalUnitsIsReadToItsEnd) {
+  std::vector<Bytes> nals;
+  for (int i = 0; i < 200; ++i) nals.push_back({static_cast<std::uint8_t>(i)});
+  const ParsedFlv parsed = ParseTags({NalTag(40, nals), NalTag(80, {{0x65}})});
+  ASSERT_EQ(parsed.frames.video.size(), 201U);
+  for (std::size_t i = 0; i < nals.size(); ++i) {
+    EXPECT_EQ(parsed.frames.video[i].payload, WithStartCode(nals[i]));
+  }
+}
+
 TEST(FlvVideoTest, CompositionTimeChangesNothing) {
   Bytes body = AvcBody(1, WithLength({0x41}));
   body[2] = 0xFF;

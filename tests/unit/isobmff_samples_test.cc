@@ -63,7 +63,7 @@ TEST(IsobmffSamplesTest, ChunksOfAnySize) {
 }
 
 TEST(IsobmffSamplesTest, ChunkRunsThatChangeAllTheTime) {
-  Track track = VideoTrack(6 * 100);
+  Track track = VideoTrack(600);
   track.samples_a_chunk = 1;
   Movie movie = OneTrack(track);
   const mp4_boxes::File plain = BuildMp4(movie);

@@ -131,7 +131,7 @@ TEST(IsobmffTracksTest, TypeNameAndTimeScale) {
 TEST(IsobmffTracksTest, WhatIsNotThereIsInvalid) {
   const Mp4FileHandle opened = OpenMp4Movie(mp4_boxes::SmallMovie());
   for (const Mp4FileHandle* const file : {&opened, static_cast<const Mp4FileHandle*>(nullptr)}) {
-    const MP4FileHandle handle = file == nullptr ? nullptr : file->get();
+    void* const handle = file == nullptr ? nullptr : file->get();
     EXPECT_EQ(MP4GetTrackType(handle, 9), nullptr);
     EXPECT_EQ(MP4GetTrackMediaDataName(handle, 9), nullptr);
     EXPECT_EQ(MP4GetTrackTimeScale(handle, 9), 0U);

@@ -124,6 +124,18 @@ TEST_F(Mp4SeekTest, SeekBeforeTheTracksAreFoundLeavesTheBeginning) {
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
+TEST_F(Mp4SeekTest, SeekBackInMidRunBringsTheAudioBackToo) {
+  Lay(MakeMovie());
+  Pass(Part(path_, Begin(5)));
+  reader_.Seek(1.2F, path_);
+  StartAgain();
+  EXPECT_THAT(Pass(Whole(path_)).audio, SizeIs(20));
+  reader_.Seek(0.4F, path_);
+  const FrameDump dump = Pass(Whole(path_));
+  EXPECT_EQ(dump.video.size(), 40U);
+  EXPECT_EQ(dump.audio.size(), 40U);
+}
+
 TEST_F(Mp4SeekTest, SeekInAFileThatIsGoneStaysWithinWhatWasRead) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));

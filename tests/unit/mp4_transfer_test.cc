@@ -22,7 +22,6 @@ namespace {
 
 using mp4_test::Bytes;
 using mp4_test::Filler;
-using mp4_test::Join;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
@@ -274,8 +273,10 @@ TEST_F(Mp4TransferTest, TransfersOnSeveralThreadsLeaveTheStreamWhole) {
     }
   };
   std::vector<Mp4Transfer> transfers;  // all from the beginning
+  transfers.reserve(3);
   for (int i = 0; i < 3; ++i) transfers.emplace_back(Address());
   std::vector<std::thread> threads;
+  threads.reserve(transfers.size());
   for (std::size_t i = 0; i < transfers.size(); ++i)
     threads.emplace_back(take_in_pieces, std::ref(transfers[i]), 97 + i * 331);
   for (std::thread& thread : threads) thread.join();

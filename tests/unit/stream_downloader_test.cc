@@ -14,8 +14,7 @@ namespace {
 
 class StreamDownloaderTest : public testing::Test {
  protected:
-  // What BeginDownload told the player at once, about an address that no pipeline plays or that
-  // names a file that is not there.
+  // What BeginDownload told the player at once, about an address under which there is nothing.
   std::string FirstLine(const std::string& url) {
     player_.Forget();
     downloader_.BeginDownload(url);
@@ -47,9 +46,7 @@ TEST_F(StreamDownloaderTest, RtmpAddressIsRefused) {
 }
 
 TEST_F(StreamDownloaderTest, RtmpAddressWithHttpInItsQueryGoesToMp4) {
-  EXPECT_TRUE(downloader_.BeginDownload("rtmp://host/a?from=http"));
-  EXPECT_EQ(player_.Snapshot().messages,
-            std::vector<std::string>{"PLAY MP4:rtmp://host/a?from=http"});
+  EXPECT_EQ(FirstLine("rtmp://host/a?from=http"), "PLAY MP4:rtmp://host/a?from=http");
 }
 
 TEST_F(StreamDownloaderTest, RtmpAddressWithHttpAndAMarkerGoesToThatFormat) {
@@ -67,6 +64,10 @@ TEST_F(StreamDownloaderTest, ExtensionInCapitalsIsNoMarker) {
 
 TEST_F(StreamDownloaderTest, FileAddressThatEndsInFlvGoesToFlv) {
   EXPECT_EQ(FirstLine("file:///no/such.flv"), "PLAY FLV:file:///no/such.flv");
+}
+
+TEST_F(StreamDownloaderTest, FileAddressWithoutAKnownMarkerGoesToMp4) {
+  EXPECT_EQ(FirstLine("file:///no/such"), "PLAY MP4:file:///no/such");
 }
 
 TEST_F(StreamDownloaderTest, FileSchemeAnywhereButAtTheStartIsRefused) {
@@ -110,29 +111,34 @@ TEST_F(StreamDownloaderTest, PipelineOnceMadeTakesPositionsAlsoWhileStopped) {
 }
 
 TEST_F(StreamDownloaderTest, EveryPipelineThatThereIsTakesAPositionInTheSameOrder) {
-  for (const char* url : {"file:///no/such.ts", "file:///no/such.flv", "file:///no/such.m3u8"}) {
+  for (const char* url : {"file:///no/such.ts", "file:///no/such.mp4", "file:///no/such.flv",
+                          "file:///no/such.m3u8"}) {
     FirstLine(url);
   }
   player_.Forget();
   EXPECT_TRUE(downloader_.SetStartPostion(1));
   const auto messages = player_.Snapshot().messages;
-  ASSERT_EQ(messages.size(), 3U);
+  ASSERT_EQ(messages.size(), 4U);
   EXPECT_EQ(messages[0], "PLAY M3U8 StartPostion:00:00:01.000");
-  EXPECT_TRUE(messages[1].starts_with("PLAY FLV StartPostion:00:00:01.000 Q:"));
-  EXPECT_TRUE(messages[2].starts_with("PLAY TS StartPostion:00:00:01.000 Q:"));
+  EXPECT_TRUE(messages[1].starts_with("PLAY MP4 StartPostion:00:00:01.000 Q:"));
+  EXPECT_TRUE(messages[2].starts_with("PLAY FLV StartPostion:00:00:01.000 Q:"));
+  EXPECT_TRUE(messages[3].starts_with("PLAY TS StartPostion:00:00:01.000 Q:"));
 }
 
 TEST_F(StreamDownloaderTest, EveryPipelineThatRunsIsStoppedInTheSameOrder) {
-  for (const char* url : {"file:///no/such.ts", "file:///no/such.flv", "file:///no/such.m3u8"}) {
+  for (const char* url : {"file:///no/such.ts", "file:///no/such.mp4", "file:///no/such.flv",
+                          "file:///no/such.m3u8"}) {
     downloader_.BeginDownload(url);
   }
   testing::internal::CaptureStdout();
   EXPECT_TRUE(downloader_.EndDownload());
   const std::string console = testing::internal::GetCapturedStdout();
   const std::size_t hls = console.find("m3u8 EndDownload...\n");
+  const std::size_t mp4 = console.find("mp4 EndDownload...\n");
   const std::size_t flv = console.find("flv EndDownload...\n");
   const std::size_t ts = console.find("\nts EndDownload...\n");
-  EXPECT_LT(hls, flv);
+  EXPECT_LT(hls, mp4);
+  EXPECT_LT(mp4, flv);
   EXPECT_LT(flv, ts);
   EXPECT_NE(ts, std::string::npos);
   EXPECT_FALSE(downloader_.EndDownload());
@@ -162,6 +168,8 @@ TEST_F(StreamDownloaderTest, WithoutAPlayerEverythingIsSilent) {
   EXPECT_TRUE(silent.BeginDownload("file:///no/such.m3u8"));
   EXPECT_TRUE(silent.EndDownload());
   EXPECT_TRUE(silent.BeginDownload("file:///no/such.ts"));
+  EXPECT_TRUE(silent.EndDownload());
+  EXPECT_TRUE(silent.BeginDownload("file:///no/such.mp4"));
   EXPECT_TRUE(silent.EndDownload());
 }
 

@@ -20,8 +20,8 @@ struct FakeLibrary {
 FakeLibrary g_library;
 int g_first = 0;
 int g_second = 0;
-const MP4FileHandle kFile = &g_first;
-const MP4FileHandle kOtherFile = &g_second;
+void* const kFile = &g_first;
+void* const kOtherFile = &g_second;
 
 void Set(const std::string& name, std::uint64_t value) {
   g_library.properties["mdia.minf.stbl." + name] = value;
@@ -30,7 +30,8 @@ void Set(const std::string& name, std::uint64_t value) {
 void SetEntries(const std::string& table, const std::string& field,
                 const std::vector<std::uint64_t>& values) {
   for (std::size_t i = 0; i < values.size(); ++i)
-    Set(table + ".entries[" + std::to_string(i) + "]." + field, values[i]);
+    Set(std::string(table).append(".entries[").append(std::to_string(i)).append("].").append(field),
+        values[i]);
 }
 
 void SetRuns(const std::vector<std::uint64_t>& chunks, const std::vector<std::uint64_t>& samples) {

@@ -1,0 +1,90 @@
+"""--repeat and --start with MP4: what was downloaded stays, in one process."""
+
+from support import mp4
+from support.mp4 import Mp4Case
+
+_TICKS = 90_000
+
+
+class Mp4RepeatTest(Mp4Case):
+    def test_complete_file_is_asked_for_from_its_end_and_nothing_more_comes(self):
+        sample = self.make_mp4()
+        server = self.serve()
+        address = server.url("sample.mp4")
+        run = self.play(address, "--repeat", "2")
+        self.assert_plays_whole(run, sample)
+        size = sample.stat().st_size
+        answers = [" ".join(request.split()[1:3]) for request in server.requests(3)]
+        self.assertEqual(answers, ["206 range=bytes=0-"] + [f"416 range=bytes={size}-"] * 2)
+        self.assertEqual(run.messages().count(f"PLAY MP4 RE:{address}"), 2)
+        self.assertEqual(run.values("result"),
+                         [f"PLAY:MP4 OK:{address}"] + [f"PLAY:MP4 NO:{address}"] * 2)
+        self.assertEqual(self.restart_file.read_bytes(), sample.read_bytes())
+
+    def test_server_without_ranges_changes_nothing_in_a_complete_file(self):
+        sample = self.make_mp4()
+        server = self.serve("max_ranges 0;")
+        run = self.play(server.url("sample.mp4"), "--repeat", "1")
+        self.assert_plays_whole(run, sample)
+        self.assertEqual(self.restart_file.read_bytes(), sample.read_bytes())
+
+    def test_stop_in_mid_download_resumes_there_and_no_frame_comes_twice(self):
+        # Each picture can begin the stream anew.
+        sample = self.make_index_first(8, "-g", "1", "-bf", "0")
+        server = self.serve("limit_rate 300k; output_buffers 1 4k;")
+        run = self.play(server.url("sample.mp4"), "--repeat", "1", "--stop-after", "1.5")
+        self.assertEqual(run.exit_code, 0, run.output)
+        # An aborted request may be logged after the one that followed it.
+        first, second = sorted(request.split()[2] for request in server.requests(2))
+        self.assertEqual(first, "range=bytes=0-")
+        received = int(second.removeprefix("range=bytes=").removesuffix("-"))
+        self.assertGreater(received, 100_000)
+        self.assertLess(received, sample.stat().st_size)
+        self.assert_each_came_once_and_in_order(run, sample)
+
+    def assert_each_came_once_and_in_order(self, run, sample):
+        for kind in ("video", "audio"):
+            with self.subTest(kind):
+                times = list(dict.fromkeys(frame.dts for frame in run.frames_of(kind)))
+                self.assertEqual(times, sorted(times))
+                expected = [packet.dts for packet in mp4.packets(sample, kind)][: len(times) + 8]
+                self.assertLessEqual(set(times), set(expected), "more than a few are missing")
+        slices = mp4.slices(mp4.split_units(run.elementary_stream("video")))
+        self.assertEqual(len(slices), len(set(slices)), "a picture came twice")
+        self.assertLessEqual(set(slices), set(mp4.slices_of(sample)))
+
+
+class Mp4StartPositionTest(Mp4Case):
+    """With the index behind the data nothing comes before all of it is there."""
+
+    def test_playing_goes_on_at_the_position(self):
+        start = 3
+        sample = self.make_mp4(8)
+        server = self.serve()
+        address = server.url("sample.mp4")
+        run = self.play(address, "--start", str(start))
+        self.assertEqual(run.exit_code, 0, run.output)
+        self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
+        lines = [line.partition(" Q:")[0] for line in run.messages()]
+        self.assertIn("PLAY MP4 StartPostion:00:00:03.000", lines)
+        self.assertIn(f"PLAY MP4 RE:{address}", lines)
+        ranges = [request.split()[2] for request in server.requests(2)]
+        self.assertEqual(ranges, ["range=bytes=0-", f"range=bytes={sample.stat().st_size}-"])
+        for kind in ("video", "audio"):
+            with self.subTest(kind):
+                self.assert_starts_at(run, sample, kind, start)
+
+    def assert_starts_at(self, run, sample, kind, start):
+        """Both begin at the first key frame at or behind the position."""
+        expected = [packet.dts for packet in mp4.packets(sample, kind)]
+        times = list(dict.fromkeys(frame.dts for frame in run.frames_of(kind)))
+        self.assertGreater(len(times), 10)
+        self.assertEqual(times, expected[-len(times) :])
+        self.assertGreaterEqual(times[0], start * _TICKS)
+        self.assertLess(times[0], (start + 1.1) * _TICKS)
+
+    def test_position_behind_the_end_gives_no_frame(self):
+        sample = self.make_mp4(2)
+        run = self.play(self.serve().url("sample.mp4"), "--start", "100")
+        self.assert_no_frame(run)
+        self.assertEqual(sample.read_bytes(), self.restart_file.read_bytes())

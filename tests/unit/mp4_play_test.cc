@@ -1,0 +1,116 @@
+// The play task of the MP4 pipeline, run step by step.
+#include "mp4/mp4_play.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "tests/support/mp4_tasks.h"
+#include "tests/support/wait_until.h"
+
+namespace {
+
+using mp4_test::BuildMp4;
+using mp4_test::Bytes;
+using mp4_test::ExpectedFrames;
+using mp4_test::MakeMovie;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr char kUrl[] = "http://host/a.mp4";
+
+class Mp4PlayTest : public Mp4Tasks {
+ protected:
+  Mp4PlayTest() {
+    BeginAddress("restart.mp4");
+    reader_.Reset(Address());
+  }
+
+  void Play(const std::string& url = kUrl) {
+    PlayMp4({url, Address(), PlayerPort(&player_), reader_, downloading_, start_position_});
+  }
+
+  // So much of a stream is in the restart file now.
+  static void Write(const Bytes& stream, std::size_t size) {
+    const auto end = stream.begin() + static_cast<std::ptrdiff_t>(size);
+    WriteLocalFile("restart.mp4", {stream.begin(), end});
+    const std::lock_guard lock(g_mp4FileLock);
+    g_mp4File->ranges.Add(0, size);
+    ++g_mp4File->revision;
+  }
+
+  static std::uint64_t Pushed() {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->pushed;
+  }
+
+  std::shared_ptr<std::atomic<bool>> downloading_ = std::make_shared<std::atomic<bool>>(true);
+};
+
+TEST_F(Mp4PlayTest, PassIsMadeAfterTheEndOfTheDownload) {
+  const auto movie = MakeMovie();
+  const Bytes stream = BuildMp4(movie).bytes;
+  Write(stream, stream.size());
+  *downloading_ = false;
+  Play();
+  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
+}
+
+TEST_F(Mp4PlayTest, PassesGoOnWhileTheFileGrows) {
+  const auto movie = MakeMovie();
+  const auto file = BuildMp4(movie);
+  std::thread play([this] { Play(); });
+  for (const std::size_t sample : {1U, 10U, 11U, 30U}) {
+    Write(file.bytes, file.offsets[0][sample]);
+    EXPECT_TRUE(WaitUntil([sample] { return Pushed() == sample; }));
+  }
+  EXPECT_THAT(player_.Snapshot().results, IsEmpty());
+  Write(file.bytes, file.bytes.size());
+  *downloading_ = false;
+  play.join();
+  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4PlayTest, NothingDownloadedIsNoVideo) {
+  *downloading_ = false;
+  Play();
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 NO:http://host/a.mp4"));
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:http://host/a.mp4"));
+}
+
+TEST_F(Mp4PlayTest, VerdictIsGivenAtAStopToo) {
+  const auto file = BuildMp4(MakeMovie());
+  Write(file.bytes, file.offsets[0][5]);
+  std::thread play([this] { Play(); });
+  EXPECT_TRUE(WaitUntil([] { return Pushed() == 5; }));
+  g_mp4Running = false;
+  play.join();
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
+}
+
+TEST_F(Mp4PlayTest, OtherAddressEndsItWithoutAWord) {
+  const auto file = BuildMp4(MakeMovie());
+  Write(file.bytes, file.offsets[0][5]);
+  std::thread play([this] { Play(); });
+  EXPECT_TRUE(WaitUntil([] { return Pushed() == 5; }));
+  BeginAddress("restart.mp4");
+  play.join();
+  EXPECT_THAT(player_.Snapshot().results, IsEmpty());
+}
+
+TEST_F(Mp4PlayTest, LocalFileIsReadWhereItLies) {
+  const auto movie = MakeMovie();
+  const std::string url = "file://" + WriteLocalFile("local.mp4", BuildMp4(movie).bytes);
+  *downloading_ = false;
+  Play(url);
+  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_EQ(Mp4MediaPath(url), url.substr(7));
+  EXPECT_THAT(Mp4MediaPath(kUrl), testing::EndsWith("restart.mp4"));
+}
+
+}  // namespace

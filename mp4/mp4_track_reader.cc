@@ -231,6 +231,7 @@ std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
   const std::lock_guard lock(mutex_);
   ++changes_;
   revision_.reset();
+  key_time_ = 0;  // audio from before it may be wanted now
   const auto is_known = [milliseconds](const Track& track) {
     const auto found = track.index.Find(milliseconds);
     return found && found->reaches_target;

@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <mutex>
 #include <random>
 #include <string>
 #include <thread>
@@ -38,10 +38,6 @@ class Mp4RestartTest : public Mp4PlayFixture {
     ServeMovie(MakeMovie({.samples = 100, .video_size = 900, .audio_size = 100}));
   }
 
-  static Bytes RestartBytes() {
-    std::ifstream file(RestartFile(), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
   static std::map<std::uint64_t, std::uint64_t> Ranges() {
     const std::lock_guard lock(g_mp4FileLock);
     return g_mp4File->ranges.All();

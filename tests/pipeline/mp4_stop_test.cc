@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -191,8 +192,7 @@ TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesLeaveTheFileRight) {
     player_.Forget();
     player_.Reopen();
   }
-  std::ifstream file(RestartFile(), std::ios::binary);
-  const Bytes bytes(std::istreambuf_iterator<char>(file), {});
+  const Bytes bytes = RestartBytes();
   const std::lock_guard lock(g_mp4FileLock);
   ASSERT_FALSE(g_mp4File->ranges.All().empty());
   for (const auto& [begin, end] : g_mp4File->ranges.All()) {

@@ -18,4 +18,11 @@ inline std::string WriteLocalFile(const std::string& name, const std::vector<std
   return path.string();
 }
 
+// Appends to a file, which need not be there yet and may be open elsewhere.
+inline void AppendToLocalFile(const std::string& name, const std::vector<std::uint8_t>& bytes) {
+  std::ofstream(std::filesystem::current_path() / name, std::ios::binary | std::ios::app)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+}
+
 #endif  // TESTS_SUPPORT_LOCAL_FILE_H_

@@ -2,8 +2,11 @@
 #ifndef TESTS_SUPPORT_MP4_PLAY_H_
 #define TESTS_SUPPORT_MP4_PLAY_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <fstream>
+#include <iterator>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -33,6 +36,10 @@ inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
 class Mp4PlayFixture : public Play<Mp4Server> {
  protected:
   static std::string RestartFile() { return GetTempDirA() + "mebo.mp4"; }
+  static mp4_test::Bytes RestartBytes() {
+    std::ifstream file(RestartFile(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
 
   // Serves a movie; what it looks like as a file is in file_ afterwards.
   void ServeMovie(const mp4_test::Movie& movie) {

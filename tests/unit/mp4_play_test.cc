@@ -36,9 +36,10 @@ class Mp4PlayTest : public Mp4Tasks {
 
   // So much of a stream is in the restart file now.
   static void Write(const Bytes& stream, std::size_t size) {
-    const auto end = stream.begin() + static_cast<std::ptrdiff_t>(size);
-    WriteLocalFile("restart.mp4", {stream.begin(), end});
     const std::lock_guard lock(g_mp4FileLock);
+    const auto end = stream.begin() + static_cast<std::ptrdiff_t>(size);
+    const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(g_mp4File->ranges.First().end);
+    AppendToLocalFile("restart.mp4", {begin, end});  // as the download does, which cuts nothing off
     g_mp4File->ranges.Add(0, size);
     ++g_mp4File->revision;
   }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -19,7 +20,6 @@ using mp4_test::MakeMovie;
 using mp4_test::Movie;
 using mp4_test::MovieOf;
 using mp4_test::VideoTrack;
-using testing::IsEmpty;
 using testing::SizeIs;
 
 class Mp4SeekTest : public Mp4Tasks {

@@ -83,11 +83,7 @@ std::size_t QueueLists(const std::vector<std::string>& lists) {
   SegmentHistory history;
   std::size_t downloads = 0;
   for (const std::string& list : lists) {
-    {
-      const std::lock_guard lock(g_playlistMutex);
-      *g_playlistText = list;
-    }
-    QueueSegmentsFromPlaylist(pipeline, "http://host/a/b/list.m3u8");
+    QueueSegmentsFromPlaylist(pipeline, "http://host/a/b/list.m3u8", list);
     for (const M3u8Entry& segment : TakeQueuedSegments(pipeline, history)) {
       SetSegmentState(segment.uri, kSegmentDownloaded);
       ++downloads;

@@ -5,6 +5,13 @@
 #include "hls/segment_states.h"
 #include "ts/ts_demux.h"
 
+namespace {
+
+SegmentBuffer g_firstBuffer;
+SegmentBuffer g_secondBuffer;
+
+}  // namespace
+
 std::mutex g_playlistMutex;
 NeverDestroyed<std::string> g_playlistText;
 NeverDestroyed<std::string> g_variantText;
@@ -14,10 +21,10 @@ NeverDestroyed<std::vector<QueuedSegment>> g_segmentQueue;
 NeverDestroyed<std::condition_variable> g_segmentQueueCond;
 
 std::mutex g_downloadMutex;
-std::array<std::uint8_t, kSegmentBufferSize> g_downloadBuffer;
+SegmentBuffer* g_downloadBuffer = &g_firstBuffer;
 std::int32_t g_downloadLength = 0;
 
-std::array<std::uint8_t, kSegmentBufferSize> g_parseBuffer;
+SegmentBuffer* g_parseBuffer = &g_secondBuffer;
 std::atomic<std::int32_t> g_parseLength{0};
 
 namespace {

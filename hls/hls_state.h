@@ -43,16 +43,19 @@ extern NeverDestroyed<std::condition_variable> g_segmentQueueCond;
 // A segment longer than this cannot be played.
 inline constexpr std::size_t kSegmentBufferSize = 15'728'640;  // 15 MiB
 
+// One of two static ones, which change places at each hand-over: a segment is never copied.
+using SegmentBuffer = std::array<std::uint8_t, kSegmentBufferSize>;
+
 // The segment being downloaded. Guarded by g_downloadMutex, which the segment thread holds through
 // a download and its hand-over.
 extern std::mutex g_downloadMutex;
-extern std::array<std::uint8_t, kSegmentBufferSize> g_downloadBuffer;
+extern SegmentBuffer* g_downloadBuffer;
 extern std::int32_t g_downloadLength;
 
 // The segment handed over last. While the length is 0 the buffer is the segment thread's (with
 // g_downloadMutex held), else the parse thread's (with the demultiplexer's lock held), which sets
 // it back to 0.
-extern std::array<std::uint8_t, kSegmentBufferSize> g_parseBuffer;
+extern SegmentBuffer* g_parseBuffer;
 extern std::atomic<std::int32_t> g_parseLength;
 
 // The pipeline made or started last: the write callbacks look at its run flag, whichever pipeline

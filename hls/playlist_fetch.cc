@@ -1,6 +1,7 @@
 #include "hls/playlist_fetch.h"
 
 #include <mutex>
+#include <utility>
 
 #include "common/user_agent.h"
 #include "hls/hls_state.h"
@@ -38,12 +39,20 @@ std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, vo
   return Take(*g_variantText, data, size * count);
 }
 
-bool FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
+std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
   const std::lock_guard lock(g_playlistMutex);
   MakeRoomBehind(*g_playlistText);
-  return Perform(pipeline.playlistHandle.get(),
-                 {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running},
-                 request.with_user_agent);
+  if (!Perform(pipeline.playlistHandle.get(),
+               {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running},
+               request.with_user_agent)) {
+    return std::nullopt;
+  }
+  return std::exchange(*g_playlistText, {});
+}
+
+void LeavePlaylist(const std::string& text) {
+  const std::lock_guard lock(g_playlistMutex);
+  g_playlistText->insert(0, text);
 }
 
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {

@@ -1,8 +1,9 @@
-// The requests for playlists. Bodies go to g_playlistText and g_variantText.
+// The requests for playlists. Bodies come in g_playlistText and g_variantText.
 #ifndef HLS_PLAYLIST_FETCH_H_
 #define HLS_PLAYLIST_FETCH_H_
 
 #include <cstddef>
+#include <optional>
 #include <string>
 
 #include "hls/hls_pipeline.h"
@@ -18,9 +19,14 @@ struct PlaylistRequest {
   bool with_user_agent;  // whether SetUserAgent is asked for one
 };
 
-// Appends the top-level playlist to g_playlistText. False when the transfer failed, or was not
-// begun since the pipeline had been stopped. Takes g_playlistMutex.
-bool FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
+// The body of the top-level playlist, behind what earlier ones left in g_playlistText, which is
+// empty afterwards. Nothing when the transfer failed, or was not begun since the pipeline had been
+// stopped; what had come of it stays then. Takes g_playlistMutex.
+std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
+
+// Puts the text of a fetch that was no playlist back, in front of what came since. Takes
+// g_playlistMutex.
+void LeavePlaylist(const std::string& text);
 
 // Appends a variant playlist to g_variantText. With g_playlistMutex held.
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url);

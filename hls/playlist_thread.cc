@@ -1,7 +1,7 @@
 #include "hls/playlist_thread.h"
 
-#include <mutex>
 #include <optional>
+#include <utility>
 
 #include "common/address.h"
 #include "common/console.h"
@@ -19,23 +19,27 @@ struct PlaylistTraits {
   bool has_end;
 };
 
-PlaylistTraits TraitsOfPlaylist() {
-  const std::lock_guard lock(g_playlistMutex);
-  const auto contains = [](const char* words) {
-    return g_playlistText->find(words) != std::string::npos;
+PlaylistTraits TraitsOf(const std::string& text) {
+  const auto contains = [&text](const char* words) {
+    return text.find(words) != std::string::npos;
   };
   return {contains("#EXTM3U"), contains("#EXT-X-ALLOW-CACHE:NO"), contains("failed"),
           contains("#EXT-X-ENDLIST")};
 }
 
-// The request that succeeded, which is the one that refreshes repeat. The second one goes to the
-// cleaned address, at once, and without a user agent: kept on purpose.
-std::optional<PlaylistRequest> FetchFirstPlaylist(HlsPipeline& pipeline, const std::string& url) {
+struct FirstPlaylist {
+  PlaylistRequest request;  // that succeeded, which is the one that refreshes repeat
+  std::string text;
+};
+
+// The second request goes to the cleaned address, at once, and without a user agent: kept on
+// purpose.
+std::optional<FirstPlaylist> FetchFirstPlaylist(HlsPipeline& pipeline, const std::string& url) {
   const PlaylistRequest first{url, true};
-  if (FetchPlaylist(pipeline, first)) return first;
+  if (auto text = FetchPlaylist(pipeline, first)) return FirstPlaylist{first, std::move(*text)};
   pipeline.player.Message("PLAY Try:" + url);
   const PlaylistRequest second{CleanUrl(url), false};
-  if (FetchPlaylist(pipeline, second)) return second;
+  if (auto text = FetchPlaylist(pipeline, second)) return FirstPlaylist{second, std::move(*text)};
   pipeline.player.Message("PLAY Failed:" + url);
   return std::nullopt;
 }
@@ -45,37 +49,42 @@ const char* Outcome(const PlaylistTraits& traits) {
   return traits.cache_no ? "M3U8 CACHE_NO OK:" : "M3U8 OK:";
 }
 
-void Refresh(HlsPipeline& pipeline, const PlaylistRequest& request, const std::string& url) {
-  QueueSegmentsFromPlaylist(pipeline, url);
+// A text that is no playlist stays, for the next one to be appended to it (kept on purpose).
+void QueueLive(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
+  if (!QueueSegmentsFromPlaylist(pipeline, url, text)) LeavePlaylist(text);
+}
+
+void Refresh(HlsPipeline& pipeline, const FirstPlaylist& first, const std::string& url) {
+  QueueLive(pipeline, url, first.text);
   while (pipeline.running.load()) {
-    if (FetchPlaylist(pipeline, request)) QueueSegmentsFromPlaylist(pipeline, url);
+    if (const auto text = FetchPlaylist(pipeline, first.request)) QueueLive(pipeline, url, *text);
     PauseBetweenRefreshes(pipeline);
   }
 }
 
-void QueueOnDemand(HlsPipeline& pipeline, const std::string& url) {
+void QueueOnDemand(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
   M3u8Header header;
   std::int64_t mediaSequence = 0;
   M3u8Table entries;
-  {
-    const std::lock_guard lock(g_playlistMutex);
-    if (!ParseM3u8(header, url, *g_playlistText, mediaSequence, entries)) return;
-    g_playlistText->clear();
+  if (ParseM3u8(header, url, text, mediaSequence, entries)) {
+    QueueAllSegments(pipeline, entries);
+  } else {
+    LeavePlaylist(text);
   }
-  QueueAllSegments(pipeline, entries);
 }
 
 void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
-  const auto request = FetchFirstPlaylist(pipeline, url);
-  if (!request) return;
-  const PlaylistTraits traits = TraitsOfPlaylist();
+  const auto first = FetchFirstPlaylist(pipeline, url);
+  if (!first) return;
+  const PlaylistTraits traits = TraitsOf(first->text);
   pipeline.player.Message(std::string("PLAY ") + Outcome(traits) + url);
   pipeline.player.PlayResult(std::string("PLAY:") + Outcome(traits) + url);
-  if (traits.says_failed) return;
-  if (traits.has_end) {
-    QueueOnDemand(pipeline, url);
+  if (traits.says_failed) {
+    LeavePlaylist(first->text);
+  } else if (traits.has_end) {
+    QueueOnDemand(pipeline, url, first->text);
   } else {
-    Refresh(pipeline, *request, url);
+    Refresh(pipeline, *first, url);
   }
 }
 

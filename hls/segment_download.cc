@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <mutex>
+#include <utility>
 #include <vector>
 
 #include "common/console.h"
@@ -21,7 +22,7 @@ std::int32_t g_leftoverLength = 0;
 // Lets go of the leftover, to make room for the segment behind it.
 void DropLeftover() {
   g_downloadLength -= g_leftoverLength;
-  std::memmove(g_downloadBuffer.data(), g_downloadBuffer.data() + g_leftoverLength,
+  std::memmove(g_downloadBuffer->data(), g_downloadBuffer->data() + g_leftoverLength,
                static_cast<std::size_t>(g_downloadLength));
   g_leftoverLength = 0;
 }
@@ -48,10 +49,8 @@ void HandOver(const HlsPipeline& pipeline) {
         lock, [&pipeline] { return g_parseLength.load() == 0 || !pipeline.running.load(); });
     if (!pipeline.running.load()) return;
   }
-  std::memcpy(g_parseBuffer.data(), g_downloadBuffer.data(),
-              static_cast<std::size_t>(g_downloadLength));
-  g_parseLength = g_downloadLength;
-  g_downloadLength = 0;
+  std::swap(g_parseBuffer, g_downloadBuffer);
+  g_parseLength = std::exchange(g_downloadLength, 0);
 }
 
 void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
@@ -87,7 +86,7 @@ std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, vo
     g_leftoverLength = 0;
     return 0;
   }
-  if (length > 0) std::memcpy(g_downloadBuffer.data() + g_downloadLength, data, length);
+  if (length > 0) std::memcpy(g_downloadBuffer->data() + g_downloadLength, data, length);
   g_downloadLength += static_cast<std::int32_t>(length);
   return length;
 }

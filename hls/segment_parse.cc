@@ -28,7 +28,7 @@ bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length) {
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
   for (std::size_t i = 0; i < packets; ++i) {
     if (!pipeline.running.load()) return false;
-    ts_demux_feed(g_parseBuffer.data() + i * kTsPacketSize,
+    ts_demux_feed(g_parseBuffer->data() + i * kTsPacketSize,
                   static_cast<std::int32_t>(kTsPacketSize));
   }
   return true;
@@ -38,7 +38,7 @@ bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length) {
 void KeepForInspection(std::int32_t length, const char* mode) {
   const platform::File file = platform::OpenFile(GetTempDirA() + "tmpE.ts", mode);
   if (file == nullptr) return;
-  std::fwrite(g_parseBuffer.data(), 1, static_cast<std::size_t>(length), file.get());
+  std::fwrite(g_parseBuffer->data(), 1, static_cast<std::size_t>(length), file.get());
 }
 
 std::string CodecName(std::uint8_t stream_type) {

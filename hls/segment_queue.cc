@@ -46,10 +46,12 @@ class PlaylistPass {
  public:
   PlaylistPass(HlsPipeline& pipeline, const std::string& url) : pipeline_(pipeline), url_(url) {}
 
-  void Run();
+  // Returns whether `text` was a playlist.
+  bool Run(const std::string& text);
 
  private:
-  bool ParseTop();
+  bool ParseTop(const std::string& text);
+  void QueueListed();
   bool ParseVariant(const std::string& variant_url);
   bool FollowSequence(const std::string& source, std::int64_t first, const M3u8Table& entries);
   void QueueVariant(const M3u8Entry& variant);
@@ -84,13 +86,13 @@ bool PlaylistPass::FollowSequence(const std::string& source, std::int64_t first,
   return !doubtful_;
 }
 
-bool PlaylistPass::ParseTop() {
+bool PlaylistPass::ParseTop(const std::string& text) {
   M3u8Header header;
   std::int64_t mediaSequence = LiveWindow::kNoSequence;
-  if (!ParseM3u8(header, url_, *g_playlistText, mediaSequence, top_)) return false;
-  g_playlistText->clear();
+  if (!ParseM3u8(header, url_, text, mediaSequence, top_)) return false;
   ConsoleCount("QUEUEED1", top_.size());
-  return FollowSequence(url_, mediaSequence, top_);
+  FollowSequence(url_, mediaSequence, top_);
+  return true;
 }
 
 // Adds the segments of g_variantText. What a text without a header lists is dropped, and the text
@@ -144,8 +146,13 @@ bool PlaylistPass::HandToSegmentThread() {
   return true;
 }
 
-void PlaylistPass::Run() {
-  if (!ParseTop()) return;
+bool PlaylistPass::Run(const std::string& text) {
+  if (!ParseTop(text)) return false;
+  QueueListed();
+  return true;
+}
+
+void PlaylistPass::QueueListed() {
   for (const auto& [key, entry] : top_) {
     if (doubtful_ || !pipeline_.running.load()) return;
     if (IsSegment(entry)) {
@@ -164,9 +171,10 @@ void PlaylistPass::Run() {
 
 }  // namespace
 
-void QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl) {
+bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
+                               const std::string& text) {
   const std::lock_guard lock(g_playlistMutex);
-  PlaylistPass(pipeline, playlistUrl).Run();
+  return PlaylistPass(pipeline, playlistUrl).Run(text);
 }
 
 void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {

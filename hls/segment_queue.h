@@ -16,12 +16,13 @@
 // refresh.
 inline constexpr std::size_t kMaxWaitingSegments = 500'000;
 
-// Parses g_playlistText, the body of a download of `playlistUrl`, and queues its new segments.
+// Parses `text`, the body of a download of `playlistUrl`, and queues its new segments.
 // Whatever is not a segment (its address has no ".ts" in it) is fetched as a variant playlist, the
 // slowest first; where several variants list a segment of the same index, the slowest wins. The
 // addresses of a variant are resolved against `playlistUrl` on purpose. A body without "#EXTM3U"
-// changes nothing and stays, for the next one to be appended to it. Takes g_playlistMutex.
-void QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl);
+// changes nothing. Returns whether it had one. Takes g_playlistMutex.
+bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
+                               const std::string& text);
 
 // Queues every entry of an on-demand playlist, whatever its address is, and adds up their
 // durations. Says how many there are on the console.

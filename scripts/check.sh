@@ -14,6 +14,7 @@ readonly ROOT
 readonly FUZZ_SECONDS=30
 JOBS=$(nproc)
 readonly JOBS
+readonly TEST_JOBS=$((JOBS + 1))  # most of a test of a stream is waiting
 PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
 
 # shellcheck source=scripts/lib/log.sh
@@ -56,7 +57,7 @@ build() {
 }
 
 run_tests() {
-  run_sanitized ctest --preset "$1" -j "$JOBS" --output-junit "$LOG_DIR/tests-$1.xml"
+  run_sanitized ctest --preset "$1" -j "$TEST_JOBS" --output-junit "$LOG_DIR/tests-$1.xml"
 }
 
 # build_and_test PRESET - two steps; the totals count also where a test failed.

@@ -30,6 +30,13 @@ class HlsRestartTest : public HlsPlay {
     player_.Forget();
   }
 
+  static std::size_t CountOf(const std::string& words, const std::string& text) {
+    std::size_t count = 0;
+    for (auto at = text.find(words); at != std::string::npos; at = text.find(words, at + 1))
+      ++count;
+    return count;
+  }
+
   static constexpr std::uint64_t kFirstPts = 90'000;
 };
 
@@ -120,13 +127,18 @@ TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
 TEST_F(HlsRestartTest, SecondStartWithoutAStopPlaysBesideTheFirst) {
   PutSegments(MakeStream(60), SegmentUris(0, 6));
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 6)));
+  testing::internal::CaptureStdout();
   downloader_.BeginDownload(ListUrl());
   ASSERT_TRUE(WaitForVideo(1));
   downloader_.BeginDownload(ListUrl());
   EXPECT_TRUE(server_.WaitForRequests(kList, 4));
   EXPECT_TRUE(player_.WaitFor([](const Record& record) { return record.results.size() == 2; }));
   EXPECT_TRUE(Stop());
+  const std::string console = testing::internal::GetCapturedStdout();
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY STOP OK").size(), 1U);
+  EXPECT_THAT(player_.Snapshot().results, Each("PLAY:M3U8 OK:" + ListUrl()));
+  EXPECT_GE(CountOf("QUEUEED1:6", console), 2U);
+  EXPECT_EQ(CountOf("QUEUEED1:", console), CountOf("QUEUEED1:6", console)) << "no text is mixed";
 }
 
 TEST_F(HlsRestartTest, SecondStartOfAnotherAddressPlaysBesideASilentOne) {
@@ -144,14 +156,18 @@ TEST_F(HlsRestartTest, ThreeStartsAtOnceAreForgottenByOneStop) {
   for (int i = 0; i < 3; ++i) downloader_.BeginDownload(ListUrl());
   EXPECT_TRUE(server_.WaitForRequests(kList, 3));
   EXPECT_TRUE(Stop());
-  const std::size_t requests = server_.Requests().size();
+  const std::size_t lists = server_.CountRequests(kList);
   player_.Reopen();
   player_.Forget();
-  server_.Put("/next.m3u8", hls_test::OnDemandPlaylist(SegmentUris(0, 6)));
+  const auto next = SegmentUris(0, 6, "next");
+  PutSegments(MakeStream(60), next);
+  server_.Put("/next.m3u8", hls_test::OnDemandPlaylist(next));
   downloader_.BeginDownload(server_.Url("/next.m3u8"));
   EXPECT_TRUE(WaitForAudio(50));
   Stop();
-  EXPECT_EQ(server_.Requests().size(), requests + 7);
+  EXPECT_EQ(server_.CountRequests(kList), lists);
+  EXPECT_EQ(server_.CountRequests("/next.m3u8"), 1U);
+  EXPECT_THAT(CountRequests(next), Each(1U));
 }
 
 TEST_F(HlsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {

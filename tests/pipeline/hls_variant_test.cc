@@ -39,10 +39,10 @@ class HlsVariantTest : public HlsTasks {
   // What one pass writes to the console. The request for the master playlist is left out.
   std::string Console() {
     testing::internal::CaptureStdout();
-    EXPECT_TRUE(FetchPlaylist(pipeline_, {server_.Url(kMaster), true}));
+    const auto text = FetchPlaylist(pipeline_, {server_.Url(kMaster), true});
     testing::internal::GetCapturedStdout();
     testing::internal::CaptureStdout();
-    QueueSegmentsFromPlaylist(pipeline_, server_.Url(kMaster));
+    EXPECT_TRUE(text && QueueSegmentsFromPlaylist(pipeline_, server_.Url(kMaster), *text));
     return testing::internal::GetCapturedStdout();
   }
 

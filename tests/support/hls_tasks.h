@@ -36,22 +36,18 @@ class HlsTasks : public testing::Test {
   // One pass of the playlist thread over a playlist that came as `text`; what it wrote to the
   // console.
   std::string Queue(const std::string& text) {
-    {
-      const std::lock_guard lock(g_playlistMutex);
-      *g_playlistText += text;
-    }
     testing::internal::CaptureStdout();
-    QueueSegmentsFromPlaylist(pipeline_, kUrl);
+    QueueOrLeave(kUrl, PlaylistText(std::string()) + text);
     return testing::internal::GetCapturedStdout();
   }
 
   // One request and, when it succeeded, one pass. The console is left out.
   bool Refresh(const std::string& url) {
     testing::internal::CaptureStdout();
-    const bool fetched = FetchPlaylist(pipeline_, {url, true});
-    if (fetched) QueueSegmentsFromPlaylist(pipeline_, url);
+    const auto text = FetchPlaylist(pipeline_, {url, true});
+    if (text) QueueOrLeave(url, *text);
     testing::internal::GetCapturedStdout();
-    return fetched;
+    return text.has_value();
   }
 
   // What the segment thread would go and download now, by the last part of the address.
@@ -84,12 +80,21 @@ class HlsTasks : public testing::Test {
     const std::lock_guard lock(g_playlistMutex);
     return *g_playlistText;
   }
+  // What it was, before it was set to `text`.
+  static std::string PlaylistText(std::string text) {
+    const std::lock_guard lock(g_playlistMutex);
+    return std::exchange(*g_playlistText, std::move(text));
+  }
   static std::string VariantText() {
     const std::lock_guard lock(g_playlistMutex);
     return *g_variantText;
   }
 
   static constexpr char kUrl[] = "http://host/live/list.m3u8";
+
+  void QueueOrLeave(const std::string& url, const std::string& text) {
+    if (!QueueSegmentsFromPlaylist(pipeline_, url, text)) LeavePlaylist(text);
+  }
 
   RecordingPlayer player_;
   HlsPipeline pipeline_;

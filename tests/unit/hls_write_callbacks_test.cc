@@ -35,7 +35,7 @@ TEST_F(SegmentCallbackTest, PiecesAreAppended) {
   EXPECT_EQ(Append(2, 'b'), 2U);
   EXPECT_EQ(Length(), 5);
   const std::lock_guard lock(g_downloadMutex);
-  EXPECT_EQ(std::string(g_downloadBuffer.begin(), g_downloadBuffer.begin() + 5), "aaabb");
+  EXPECT_EQ(std::string(g_downloadBuffer->begin(), g_downloadBuffer->begin() + 5), "aaabb");
 }
 
 TEST_F(SegmentCallbackTest, SizeAndCountAreMultiplied) {
@@ -56,8 +56,8 @@ TEST_F(SegmentCallbackTest, ExactlyTheSizeOfTheBufferFits) {
   EXPECT_EQ(Append(640, 'b'), 640U);
   EXPECT_EQ(Length(), 15'728'640);
   const std::lock_guard lock(g_downloadMutex);
-  EXPECT_EQ(std::count(g_downloadBuffer.begin(), g_downloadBuffer.end(), 'a'), 15'728'000);
-  EXPECT_EQ(g_downloadBuffer.back(), 'b');
+  EXPECT_EQ(std::count(g_downloadBuffer->begin(), g_downloadBuffer->end(), 'a'), 15'728'000);
+  EXPECT_EQ(g_downloadBuffer->back(), 'b');
 }
 
 TEST_F(SegmentCallbackTest, OneByteMoreGivesTheSegmentUpWhole) {

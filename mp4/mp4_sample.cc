@@ -55,6 +55,13 @@ bool BeginsStream(Bytes nal_unit) {
 // The start code of a parameter set, if there is one.
 Bytes StartCodeOf(Bytes parameter_set) { return parameter_set.empty() ? Bytes() : kStartCode; }
 
+// A sample that was read is not read again after a stop, so a stop does not cut it off; unless it
+// has more NAL units than any picture.
+bool MayGoOn(int units) {
+  constexpr int kMostOfAPicture = 4096;
+  return units < kMostOfAPicture || g_mp4Running.load();
+}
+
 // Takes the NAL unit that `left` begins with, behind its length, off it. False when there is none,
 // or not all of it.
 bool TakeNalUnit(Bytes& left, Bytes& nal_unit) {
@@ -80,7 +87,8 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
   bool begun = Mp4VideoHasBegun();
   bool was_first = false;
   Bytes left(sample.bytes.get(), sample.size);
-  for (Bytes nal_unit; g_mp4Running.load() && TakeNalUnit(left, nal_unit);) {
+  Bytes nal_unit;
+  for (int units = 0; MayGoOn(units) && TakeNalUnit(left, nal_unit); ++units) {
     AwaitFrameRoom(g_mp4Running, kMaxBacklog);
     if (begun) {
       EmitFrame(sample, true, {kStartCode, nal_unit});

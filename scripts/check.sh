@@ -14,7 +14,7 @@ readonly ROOT
 readonly FUZZ_SECONDS=30
 JOBS=$(nproc)
 readonly JOBS
-readonly TEST_JOBS=$((JOBS + 1))  # most of a test of a stream is waiting
+readonly TEST_JOBS=$((2 * JOBS))  # most of a test of a stream is waiting
 PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
 
 # shellcheck source=scripts/lib/log.sh

@@ -95,7 +95,7 @@ TEST_F(Mp4StopTest, FramesThatAreStillQueuedAreDropped) {
 struct Stage {
   const char* name;
   Mp4Reply reply;
-  Movie movie;
+  Movie (*movie)();  // made by the case that plays it, not at every start of this program
   std::function<bool(const RecordingPlayer::Record&)> reached;
   // Whether a task that reads the movie must have begun then. Else the stop may come before a
   // worker has taken it, and it never says a word.
@@ -108,7 +108,7 @@ class Mp4StopStageTest : public Mp4PlayFixture, public testing::WithParamInterfa
 
 TEST_P(Mp4StopStageTest, DoesNotHoldUpTheStop) {
   const Stage& stage = GetParam();
-  ServeMovie(stage.movie);
+  ServeMovie(stage.movie());
   server_.Answer({stage.reply});
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(server_.WaitForRequests(1));
@@ -126,7 +126,11 @@ bool HasBytes(const RecordingPlayer::Record& /*record*/) {
   return g_mp4File->ranges.First().Holds(0, 100);
 }
 
-Movie IndexLast(Movie movie) {
+Movie ShortMovie() { return MakeMovie({.samples = 3}); }
+Movie SomeMovie() { return MakeMovie(); }
+Movie MovieOfLargeSamples() { return MakeMovie({.samples = 100, .video_size = 9000}); }
+Movie MovieWithItsIndexLast() {
+  Movie movie = MakeMovie({.samples = 100, .video_size = 900});
   movie.index_first = false;
   return movie;
 }
@@ -137,29 +141,29 @@ constexpr auto kStall = Mp4Reply::End::kStall;
 INSTANTIATE_TEST_SUITE_P(
     Stages, Mp4StopStageTest,
     testing::Values(
-        Stage{"ServerThatHasJustBeenAsked", {}, MakeMovie(), AtOnce, false},
-        Stage{"SilentServer", {.silent = true}, MakeMovie(), AtOnce, false},
-        Stage{"StallInTheIndex", {.until = 200, .end = kStall}, MakeMovie(), HasBytes, false},
+        Stage{"ServerThatHasJustBeenAsked", {}, SomeMovie, AtOnce, false},
+        Stage{"SilentServer", {.silent = true}, SomeMovie, AtOnce, false},
+        Stage{"StallInTheIndex", {.until = 200, .end = kStall}, SomeMovie, HasBytes, false},
         Stage{"StallInFrontOfTheIndex",
               {.until = 5000, .end = kStall},
-              IndexLast(MakeMovie({.samples = 100, .video_size = 900})),
+              MovieWithItsIndexLast,
               HasBytes,
               false},
         Stage{"StallInASample",
               {.until = 100'000, .end = kStall},
-              MakeMovie({.samples = 100, .video_size = 9000}),
+              MovieOfLargeSamples,
               HasFrames,
               true},
         Stage{"StallWithoutRanges",
               {.ranges = false, .until = 100'000, .end = kStall},
-              MakeMovie({.samples = 100, .video_size = 9000}),
+              MovieOfLargeSamples,
               HasFrames,
               true},
-        Stage{"LongMovieAtOnce", {}, LongMovie(), HasFrames, true},
-        Stage{"LongMovieInSmallPieces", {.piece = 100}, LongMovie(), HasBytes, false},
-        Stage{"EndOfTheStream", {}, MakeMovie({.samples = 3}), HasFrames, true},
-        Stage{"VerdictOfAWholeMovie", {}, MakeMovie({.samples = 3}), IsReported, true},
-        Stage{"NoMovieAtAll", {.status = 404}, MakeMovie(), IsReported, true}),
+        Stage{"LongMovieAtOnce", {}, LongMovie, HasFrames, true},
+        Stage{"LongMovieInSmallPieces", {.piece = 100}, LongMovie, HasBytes, false},
+        Stage{"EndOfTheStream", {}, ShortMovie, HasFrames, true},
+        Stage{"VerdictOfAWholeMovie", {}, ShortMovie, IsReported, true},
+        Stage{"NoMovieAtAll", {.status = 404}, SomeMovie, IsReported, true}),
     [](const auto& suite) { return suite.param.name; });
 
 TEST_F(Mp4StopTest, VerdictAtAStopTellsWhetherVideoHasBegun) {

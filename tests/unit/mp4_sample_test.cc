@@ -215,6 +215,20 @@ TEST_F(Mp4SampleTest, ChannelsBeyondWhatTheHeaderHoldsSpoilNothingElse) {
   EXPECT_EQ(Payloads(TakeQueuedFrames().audio), std::vector<Bytes>{WithAdtsHeader({1}, 3, 7)});
 }
 
+// It is not read again after the stop.
+TEST_F(Mp4SampleTest, SampleThatWasReadBeforeAStopIsQueuedWhole) {
+  g_mp4Running = false;
+  EXPECT_EQ(Emit(Lengthened({Nal(5), Nal(1)})).size(), 2U);
+}
+
+TEST_F(Mp4SampleTest, SampleOfVeryManyUnitsDoesNotHoldUpAStop) {
+  Bytes bytes = Lengthened({Nal(5)});
+  bytes.resize(bytes.size() + std::size_t{4} * 5000);  // units without a byte
+  EXPECT_EQ(Emit(bytes).size(), 5001U);
+  g_mp4Running = false;
+  EXPECT_EQ(Emit(bytes).size(), 4096U);
+}
+
 TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
   ReleaseFrameQueues();
   EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});

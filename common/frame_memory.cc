@@ -75,22 +75,28 @@ void KeepOrRelease(Chunk* chunk) {
   ::operator delete (chunk, std::align_val_t{kChunkSize});
 }
 
-// True when nobody uses the chunk any more.
-bool Leave(Chunk* chunk) { return chunk->users.fetch_sub(1, std::memory_order_acq_rel) == 1; }
+// Returns how many users the chunk has left.
+std::uint32_t Leave(Chunk* chunk) {
+  return chunk->users.fetch_sub(1, std::memory_order_acq_rel) - 1;
+}
 
-// Begins the current chunk anew when all its payloads are gone, else another one. With g_mutex
-// held.
+// Begins another chunk. With g_mutex held.
 bool BeginChunk() {
-  const bool is_empty =
-      g_current != nullptr && g_current->users.load(std::memory_order_acquire) == 1;
-  if (!is_empty) {
-    if (g_current != nullptr && Leave(g_current)) KeepOrRelease(g_current);
-    g_current = TakeSpareOrMake();
-    if (g_current == nullptr) return false;
-    g_current->users.store(1, std::memory_order_relaxed);
-  }
+  if (g_current != nullptr && Leave(g_current) == 0) KeepOrRelease(g_current);
+  g_current = TakeSpareOrMake();
+  if (g_current == nullptr) return false;
+  g_current->users.store(1, std::memory_order_relaxed);
   g_current->used = kChunkHeader;
   return true;
+}
+
+// The current chunk begins anew when all its payloads are gone, so that a stream that comes slowly
+// stays in the same few pages. Any other chunk may be gone itself by now.
+void ReuseIfEmpty(const Chunk* chunk) {
+  const std::lock_guard lock(g_mutex);
+  if (chunk == g_current && g_current->users.load(std::memory_order_acquire) == 1) {
+    g_current->used = kChunkHeader;
+  }
 }
 
 std::uint8_t* Place(void* at, Chunk* chunk) {
@@ -122,7 +128,11 @@ void FreePayload(std::uint8_t* payload) {
   Chunk* const chunk = std::launder(reinterpret_cast<Owner*>(at))->chunk;
   if (chunk == nullptr) {
     ::operator delete(at);
-  } else if (Leave(chunk)) {
+    return;
+  }
+  const std::uint32_t users = Leave(chunk);
+  if (users == 1) ReuseIfEmpty(chunk);
+  if (users == 0) {
     const std::lock_guard lock(g_mutex);
     KeepOrRelease(chunk);
   }

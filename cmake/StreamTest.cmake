@@ -18,6 +18,9 @@ function(stream_add_test name)
   if(NOT WIN32)
     target_compile_options(${name} PRIVATE -O0)
   endif()
+  if(STREAM_SANITIZE MATCHES "undefined")
+    target_compile_options(${name} PRIVATE -fno-sanitize=undefined)
+  endif()
   target_link_libraries(${name} PRIVATE
     CURL::libcurl Threads::Threads $<LINK_ONLY:mp4_reader> stream_options $<$<BOOL:${WIN32}>:winmm> GTest::gmock GTest::gtest_main ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES

@@ -21,7 +21,7 @@ scripts/play.sh --sample KIND [options]   the same, of a kind, with options of t
 scripts/play.sh ADDRESS [options]         plays an http, https or file:// address
 
 The kinds of samples are hls (HTTP Live Streaming in several segments, which is what comes without
-an argument), ts (one MPEG transport stream) and flv.
+an argument), ts (one MPEG transport stream), flv and mp4.
 
 scripts/play.sh ADDRESS --help tells the options.
 USAGE
@@ -64,6 +64,11 @@ make_sample() {
       SAMPLE_FILE=sample.flv
       make_flv_sample "$2/$SAMPLE_FILE"
       ;;
+    mp4)
+      note "making a sample: 12 seconds of H.264 and AAC in MP4"
+      SAMPLE_FILE=sample.mp4
+      make_mp4_sample "$2/$SAMPLE_FILE"
+      ;;
   esac
 }
 
@@ -90,7 +95,7 @@ main() {
     --sample) sample=${2:-none} && shift "$(($# < 2 ? $# : 2))" ;;
   esac
   case $sample in
-    hls | ts | flv)
+    hls | ts | flv | mp4)
       ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}"
       build_host
       play_sample "$sample" "$@"
@@ -100,7 +105,7 @@ main() {
       build_host
       play "$@"
       ;;
-    *) die "no such sample: $sample (there are: hls, ts, flv)" ;;
+    *) die "no such sample: $sample (there are: hls, ts, flv, mp4)" ;;
   esac
 }
 

@@ -18,6 +18,9 @@ make_ts_sample() { make_stream -f mpegts "$1"; }
 # make_flv_sample FILE
 make_flv_sample() { make_stream -f flv "$1"; }
 
+# make_mp4_sample FILE - with its index first, so that it plays while it comes.
+make_mp4_sample() { make_stream -f mp4 -movflags +faststart "$1"; }
+
 # make_hls_sample DIR - DIR/sample.m3u8 and six segments.
 make_hls_sample() {
   make_stream -f hls -hls_time 2 -hls_playlist_type vod \

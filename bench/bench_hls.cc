@@ -15,13 +15,13 @@
 #include <vector>
 
 #include "bench/bench_report.h"
+#include "bench/nginx_server.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "hls/hls_state.h"
 #include "hls/m3u8_downloader.h"
 #include "hls/segment_queue.h"
 #include "hls/segment_states.h"
-#include "tests/support/hls_server.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 
@@ -130,25 +130,32 @@ Frames Queued() {
 
 class OnDemandStream {
  public:
-  // Serves the first 200 MB of the sample in 30 segments.
+  // The first 200 MB of the sample in 30 segments.
   explicit OnDemandStream(const std::vector<std::uint8_t>& sample) {
     constexpr int kSegments = 30;
     constexpr std::size_t kPackets = 200'000'000 / kSegments / kTsPacketSize;
     std::string list = "#EXTM3U\n";
     for (int i = 0; i < kSegments; ++i) {
-      const std::string path = "/segment" + std::to_string(i) + ".ts";
-      const auto begin = sample.begin() + i * static_cast<std::ptrdiff_t>(kPackets * kTsPacketSize);
-      server_.Put(path, std::string(begin, begin + kPackets * kTsPacketSize));
-      list.append("#EXTINF:10.0,\n").append(path).append("\n");
-      urls_.push_back(server_.Url(path));
+      names_.push_back("segment" + std::to_string(i) + ".ts");
+      server_.Put(names_.back(),
+                  sample.data() + static_cast<std::size_t>(i) * kPackets * kTsPacketSize,
+                  kPackets * kTsPacketSize);
+      list.append("#EXTINF:10.0,\n").append(names_.back()).append("\n");
     }
-    server_.Put("/list.m3u8", list + "#EXT-X-ENDLIST\n");
+    list += "#EXT-X-ENDLIST\n";
+    server_.Put(kList, list.data(), list.size());
     bytes_ = kSegments * kPackets * kTsPacketSize;
     frames_ = Count(sample);
   }
 
-  std::string ListUrl() const { return server_.Url("/list.m3u8"); }
-  const std::vector<std::string>& SegmentUrls() const { return urls_; }
+  bool Serve() { return server_.Start(); }
+
+  std::string ListUrl() const { return server_.Url(kList); }
+  std::vector<std::string> SegmentUrls() const {
+    std::vector<std::string> urls;
+    for (const std::string& name : names_) urls.push_back(server_.Url(name));
+    return urls;
+  }
   std::size_t Bytes() const { return bytes_; }
   const Frames& AllFrames() const { return frames_; }
 
@@ -165,8 +172,10 @@ class OnDemandStream {
     return frames;
   }
 
-  HlsServer server_;
-  std::vector<std::string> urls_;
+  static constexpr char kList[] = "list.m3u8";
+
+  NginxServer server_{STREAM_BENCH_DATA "/hls"};
+  std::vector<std::string> names_;
   std::size_t bytes_ = 0;
   Frames frames_;
 };
@@ -236,7 +245,8 @@ int main(int argc, char** argv) {
   setenv("no_proxy", "*", 1);  // a proxy has no way to this machine's loopback
   const auto sample = LoadTsSample();
   if (!sample) return 1;
-  const OnDemandStream stream(sample->bytes);
+  OnDemandStream stream(sample->bytes);
+  if (!stream.Serve()) return 1;
   benchmark::AddCustomContext("input", sample->description);
   benchmark::AddCustomContext("libcurl", curl_version());
   for (const int count : {1'000, 10'000, 100'000}) RegisterLive(count);

@@ -15,7 +15,9 @@ function(stream_add_test name)
   endif()
   add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:stream_core>)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_compile_options(${name} PRIVATE $<IF:$<BOOL:${MSVC}>,/Od,-O0>)
+  if(NOT WIN32)
+    target_compile_options(${name} PRIVATE -O0)
+  endif()
   target_link_libraries(${name} PRIVATE
     CURL::libcurl Threads::Threads $<LINK_ONLY:mp4_reader> stream_options $<$<BOOL:${WIN32}>:winmm> GTest::gmock GTest::gtest_main ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES

@@ -1,9 +1,12 @@
 #include "common/frame_queue.h"
+#include "common/frame_memory.h"
 
 #include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
+
+#include "common/frame_memory.h"
 
 std::mutex g_frameQueueMutex;
 FrameQueue* g_videoQueue = nullptr;
@@ -55,7 +58,7 @@ int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
 int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, std::int32_t size,
                       bool is_video, bool intact) {
   if (size < 0) return -1;
-  auto* payload = new (std::nothrow) std::uint8_t[static_cast<std::size_t>(size)];
+  std::uint8_t* const payload = AllocatePayload(static_cast<std::size_t>(size));
   if (payload == nullptr) return -1;
   frame.pts = pts;
   frame.dts = dts;
@@ -67,7 +70,7 @@ int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, 
 }
 
 void ReleasePayload(FrameRecord& frame) {
-  delete[] frame.data;
+  FreePayload(frame.data);
   frame.data = nullptr;
 }
 

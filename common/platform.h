@@ -42,6 +42,10 @@ File OpenFile(const std::string& path, const char* mode);
 // `time` by the clock on the wall, in the system's time zone.
 std::tm LocalTime(std::time_t time);
 
+// Has the system give fresh memory its pages now, all at once and large ones if it can, rather than
+// one at each first touch. Only a hint: where the system cannot, nothing happens.
+void BringIntoMemory(void* memory, std::size_t size);
+
 // Sleeps for about that long, whatever the resolution of the system's timer is.
 void SleepMilliseconds(unsigned milliseconds);
 

@@ -1,9 +1,11 @@
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
 #include <ctime>
 
 #include "common/platform.h"
@@ -48,6 +50,20 @@ std::tm LocalTime(std::time_t time) {
   std::tm local{};
   localtime_r(&time, &local);
   return local;
+}
+
+void BringIntoMemory(void* memory, std::size_t size) {
+  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  const std::size_t in_front = (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
+  if (size < in_front + page) return;
+  [[maybe_unused]] auto* const begin = static_cast<std::uint8_t*>(memory) + in_front;
+  [[maybe_unused]] const std::size_t whole_pages = (size - in_front) / page * page;
+#ifdef MADV_HUGEPAGE
+  madvise(begin, whole_pages, MADV_HUGEPAGE);
+#endif
+#ifdef MADV_POPULATE_WRITE
+  madvise(begin, whole_pages, MADV_POPULATE_WRITE);
+#endif
 }
 
 void SleepMilliseconds(unsigned milliseconds) {

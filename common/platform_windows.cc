@@ -103,6 +103,8 @@ std::tm LocalTime(std::time_t time) {
   return local;
 }
 
+void BringIntoMemory(void* /*memory*/, std::size_t /*size*/) {}
+
 void SleepMilliseconds(unsigned milliseconds) {
   thread_local const PreciseTimer timer;
   if (!timer.Wait(milliseconds)) Sleep(milliseconds);

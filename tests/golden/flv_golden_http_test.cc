@@ -10,7 +10,7 @@
 
 namespace {
 
-class FlvGoldenHttpTest : public FlvPlay, public testing::WithParamInterface<std::string> {};
+class FlvGoldenHttpTest : public FlvPlayFixture, public testing::WithParamInterface<std::string> {};
 
 TEST_P(FlvGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
   const ScratchDirectory scratch;

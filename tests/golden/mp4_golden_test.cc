@@ -101,25 +101,36 @@ Bytes WithLargeDataBox(const Bytes& boxes) {
   return out;
 }
 
+// Unchanged: ffmpeg makes headers of 64 bits only where it has to.
+Bytes WithWideHeaders(const Bytes& file) {
+  for (const std::string type : {"tkhd", "mdhd"}) {
+    const auto found = std::search(file.begin(), file.end(), type.begin(), type.end());
+    EXPECT_TRUE(file.end() - found > 4 && found[4] == 1) << type;
+  }
+  return file;
+}
+
 std::vector<Mp4GoldenSample> Samples() {
   const std::string both = std::string(kPicture) + kTone + " -map 0:v -map 1:a" + kH264 + kAac;
   const std::string both_b = both + " -bf 2 -x264-params b-adapt=0";
-  return {{"IndexLastWithBFrames", both_b},
-          {"IndexFirstWithBFrames", both_b + " -movflags +faststart"},
-          {"WithoutBFrames", both + " -bf 0"},
-          {"Audio44100", both_b + " -ar 44100"},
-          {"Audio22050", both_b + " -ar 22050"},
-          {"Audio96000", both_b + " -ar 96000"},
-          {"Audio8000", both_b + " -ar 8000 -b:a 16k"},
-          {"NegativeOffsets", both_b + " -movflags negative_cts_offsets"},
-          {"DelayedByAnEditList",
-           std::string(kPicture) + " -itsoffset 0.7" + kTone + " -map 0:v -map 1:a" + kH264 + kAac},
-          {"SeveralSlices", both + " -bf 2 -x264-params b-adapt=0:slices=4"},
-          {"Version1Boxes", both_b + " -video_track_timescale 1000000000"},
-          {"LargeOffsets", both_b, WithLargeOffsets},
-          {"LargeDataBox", both_b, WithLargeDataBox},
-          {"TwoVideoTracks", std::string(kPicture) + kOtherPicture + kTone +
-                                 " -map 0:v -map 1:v -map 2:a" + kH264 + kAac}};
+  return {
+      {"IndexLastWithBFrames", both_b},
+      {"IndexFirstWithBFrames", both_b + " -movflags +faststart"},
+      {"WithoutBFrames", both + " -bf 0"},
+      {"Audio44100", both_b + " -ar 44100"},
+      {"Audio22050", both_b + " -ar 22050"},
+      {"Audio96000", both_b + " -ar 96000"},
+      {"Audio8000", both_b + " -ar 8000 -b:a 16k"},
+      {"NegativeOffsets", both_b + " -movflags negative_cts_offsets"},
+      {"DelayedByAnEditList",
+       std::string(kPicture) + " -itsoffset 0.7" + kTone + " -map 0:v -map 1:a" + kH264 + kAac},
+      {"SeveralSlices", both + " -bf 2 -x264-params b-adapt=0:slices=4"},
+      {"Version1Boxes", both_b + " -video_track_timescale 1100000000 -movie_timescale 2147483647",
+       WithWideHeaders},
+      {"LargeOffsets", both_b, WithLargeOffsets},
+      {"LargeDataBox", both_b, WithLargeDataBox},
+      {"TwoVideoTracks", std::string(kPicture) + kOtherPicture + kTone +
+                             " -map 0:v -map 1:v -map 2:a" + kH264 + kAac}};
 }
 
 std::filesystem::path MakeMp4(const Mp4GoldenSample& sample, const ScratchDirectory& scratch) {

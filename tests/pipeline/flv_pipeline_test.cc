@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-using FlvPipelineTest = FlvPlay;
+using FlvPipelineTest = FlvPlayFixture;
 
 TEST_F(FlvPipelineTest, EveryFrameReachesThePlayerOnceAndInOrder) {
   const Bytes stream = MakeStream(50);
@@ -124,7 +124,7 @@ TEST_F(FlvPipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {
   const std::string url = server_.Url("/plain/a.flv");
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(url);
-  EXPECT_TRUE(WaitForVideo(5));
+  EXPECT_TRUE(WaitForVideo(5) && WaitForAudio(3));
   EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 0; }));
   Stop();
   const std::string console = testing::internal::GetCapturedStdout();
@@ -165,7 +165,7 @@ void PrintTo(const Body& body, std::ostream* out) { *out << body.name; }
 
 std::string Text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
 
-class FlvBodyTest : public FlvPlay, public testing::WithParamInterface<Body> {};
+class FlvBodyTest : public FlvPlayFixture, public testing::WithParamInterface<Body> {};
 
 TEST_P(FlvBodyTest, IsReportedOnceAndGivesNoFrame) {
   server_.Serve(GetParam().bytes);

@@ -17,7 +17,7 @@ using flv_test::Bytes;
 using flv_test::Join;
 using flv_test::MakeStream;
 
-class FlvRestartTest : public FlvPlay {
+class FlvRestartTest : public FlvPlayFixture {
  protected:
   static std::string RestartFile() { return GetTempDirA() + "mebo.flv"; }
 

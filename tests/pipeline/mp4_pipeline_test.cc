@@ -146,10 +146,14 @@ TEST_F(Mp4PipelineTest, VideoBehindTheEndOfTheAudioPlaysWhileItComes) {
 
 TEST_F(Mp4PipelineTest, MegabyteASecondPlaysWhileItComes) {
   ServeMovie(MakeMovie({.samples = 150, .video_size = 10'000, .audio_size = 400}));
-  server_.Answer({{.piece = 10'000, .pause = std::chrono::milliseconds(10)}});
+  server_.Answer({{.piece = 10'000,
+                   .pause = std::chrono::milliseconds(10),
+                   .until = Begin(100),
+                   .end = Mp4Reply::End::kGate}});
   downloader_.BeginDownload(server_.Address());
-  ASSERT_TRUE(WaitForVideo(50));
-  EXPECT_LT(std::filesystem::file_size(RestartFile()), file_.bytes.size());
+  ASSERT_TRUE(WaitForVideo(100));
+  EXPECT_EQ(std::filesystem::file_size(RestartFile()), Begin(100));
+  server_.Release();
   EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
   Stop();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());

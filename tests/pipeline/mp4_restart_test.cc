@@ -382,7 +382,9 @@ TEST_F(Mp4BlockedFileTest, StopDoesNotWaitForIt) {
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(server_.WaitForRequests(1));
   EXPECT_TRUE(Stop());
-  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + server_.Address()));
+  // Nothing is told if the stop came before a worker had taken the task that reads.
+  EXPECT_THAT(player_.Snapshot().results,
+              testing::IsSubsetOf({"PLAY:MP4 NO:" + server_.Address()}));
 }
 
 // --- A start without a stop ---

@@ -24,7 +24,7 @@ inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   return {copy(record.video), copy(record.audio)};
 }
 
-class FlvPlay : public Play<TestServer> {
+class FlvPlayFixture : public Play<TestServer> {
  protected:
   static std::string OkLine(const std::string& url) { return "PLAY FLV CACHE_NO OK:" + url; }
 

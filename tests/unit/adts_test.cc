@@ -8,7 +8,8 @@ namespace {
 std::uint32_t Bits(const AdtsHeader& header, unsigned position, unsigned count) {
   std::uint32_t value = 0;
   for (unsigned bit = position; bit < position + count; ++bit) {
-    value = value << 1 | (header[bit / 8] >> (7 - bit % 8) & 1U);
+    const std::uint32_t byte = header[bit / 8];
+    value = value << 1 | (byte >> (7 - bit % 8) & 1U);
   }
   return value;
 }

@@ -2,9 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <future>
+#include <mutex>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -219,5 +223,72 @@ TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
   EXPECT_EQ(dump.video.size(), 1U);
   EXPECT_EQ(dump.audio.size(), 1U);
 }
+
+// --- Streams that make more frames than are taken ---
+
+struct Backlog {
+  const char* name;
+  std::uint32_t frames;  // the most that there may be
+  std::uint64_t bytes;
+};
+
+void PrintTo(const Backlog& backlog, std::ostream* out) { *out << backlog.name; }
+
+class Mp4BacklogTest : public Mp4SampleTest, public testing::WithParamInterface<Backlog> {
+ protected:
+  // So much waits in the video queue, or seems to.
+  static void Claim(std::uint32_t frames, std::uint64_t bytes) {
+    const std::lock_guard lock(g_frameQueueMutex);
+    g_videoQueue->count = frames;
+    g_videoQueue->heldBytes = bytes;
+  }
+  static void ClaimTooMuch() {
+    const Backlog& most = GetParam();
+    Claim(most.frames == 0 ? 0 : most.frames + 1, most.bytes == 0 ? 0 : most.bytes + 1);
+  }
+  static std::future<void> Emit() {
+    return std::async(std::launch::async, [] {
+      EmitMp4Audio(SampleOf({1}), {});
+      EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});
+    });
+  }
+  static void ExpectToWait(const std::future<void>& emitted) {
+    EXPECT_EQ(emitted.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    const std::lock_guard lock(g_frameQueueMutex);
+    EXPECT_EQ(g_audioQueue->pushed + g_videoQueue->pushed, 0U);
+  }
+};
+
+TEST_P(Mp4BacklogTest, HoldsTheNextFramesBackUntilThereIsRoom) {
+  ClaimTooMuch();
+  const std::future<void> emitted = Emit();
+  ExpectToWait(emitted);
+  Claim(0, 0);
+  emitted.wait();
+  const FrameDump dump = TakeQueuedFrames();
+  EXPECT_EQ(dump.audio.size(), 1U);
+  EXPECT_EQ(dump.video.size(), 1U);
+}
+
+TEST_P(Mp4BacklogTest, OfTheMostThatThereMayBeHoldsNothingBack) {
+  Claim(GetParam().frames, GetParam().bytes);
+  EmitMp4Audio(SampleOf({1}), {});
+  Claim(0, 0);
+  EXPECT_EQ(TakeQueuedFrames().audio.size(), 1U);
+}
+
+TEST_P(Mp4BacklogTest, DoesNotHoldUpTheStop) {
+  ClaimTooMuch();
+  const std::future<void> emitted = Emit();
+  ExpectToWait(emitted);
+  g_mp4Running = false;
+  EXPECT_EQ(emitted.wait_for(std::chrono::seconds(1)), std::future_status::ready);
+  Claim(0, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Backlogs, Mp4BacklogTest,
+                         testing::Values(Backlog{"Frames", 4'000'000, 0},
+                                         Backlog{"Bytes", 0, std::uint64_t{3} << 30}),
+                         [](const auto& suite) { return suite.param.name; });
 
 }  // namespace

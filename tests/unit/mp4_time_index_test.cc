@@ -70,6 +70,14 @@ TEST(Mp4TimeIndexTest, LargestTimeIsFoundToo) {
   ExpectFound(index.Find(1e18F), 9, 900, true);
 }
 
+TEST(Mp4TimeIndexTest, NoMoreSamplesAreRecordedThanItHasRoomFor) {
+  Mp4TimeIndex index;
+  for (std::uint32_t i = 0; i < Mp4TimeIndex::kMaxPlaces + 10; ++i) index.Record(i, {i + 1, i});
+  constexpr std::uint32_t kLast = Mp4TimeIndex::kMaxPlaces - 1;
+  ExpectFound(index.Find(kLast), kLast + 1, kLast, true);
+  ExpectFound(index.Find(kLast + 1), kLast + 1, kLast, false);
+}
+
 TEST(Mp4TimeIndexTest, ClearedIndexFindsNothing) {
   Mp4TimeIndex index = ThreeSamples();
   index.Clear();

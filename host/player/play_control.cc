@@ -19,9 +19,8 @@ void PlayControl::End() {
 
 void PlayControl::Tick() {
   // A position can only be given to a pipeline that exists: first a frame must have come.
-  if (MustStillSeek()) {
-    if (around_.receiver.OriginSeconds()) SeekTo(*std::exchange(settings_.start_seconds, {}));
-    return;
+  if (settings_.start_seconds && around_.receiver.OriginSeconds()) {
+    SeekTo(*std::exchange(settings_.start_seconds, {}));
   }
   playback_->Tick(Now());
   const bool nothing_comes = NothingComes();

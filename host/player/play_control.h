@@ -64,7 +64,6 @@ class PlayControl {
   bool StartDownload();
   void SeekTo(double seconds);
   void StopDownload();
-  bool MustStillSeek() const { return settings_.start_seconds.has_value(); }
   bool NothingComes() const;
   double Now() const { return around_.clock.NowMs() / 1000; }
   std::optional<double> FromOrigin(std::optional<double> stream_seconds) const;

@@ -6,12 +6,6 @@
 namespace player {
 namespace {
 
-constexpr double kSoonEnough = 0.002;
-// A picture so late is passed over when the next one is due as well.
-constexpr double kTooLate = 0.1;
-// A time so far away is no picture to wait for, but another count of time.
-constexpr double kJump = 10;
-
 std::optional<double> TimeOf(const Playback& playback, std::size_t place) {
   return playback.pictures().Peek(place, [](const Picture& picture) { return picture.seconds; });
 }
@@ -27,34 +21,33 @@ void Presenter::Prepare(const Playback& playback) {
 }
 
 double Presenter::ShowDue(Playback& playback, double longest) {
-  PlayClock& clock = playback.clock();
-  while (const auto time = TimeOf(playback, 0)) {
-    const double now = Now();
-    const auto due = clock.At(now);
-    if (!due) return longest;
-    const double ahead = *time - *due;
-    if (ahead > kJump && !clock.HeardAt(now)) {
-      clock.Start(*time, now);
+  while (const auto facts = FactsOfNext(playback)) {
+    const PictureVerdict verdict = timing_.Judge(*facts);
+    if (verdict.deed == PictureVerdict::Deed::kWait) {
+      return std::min(verdict.wait.value_or(longest), longest);
+    }
+    if (verdict.deed == PictureVerdict::Deed::kSetClock) {
+      playback.clock().Start(facts->time, facts->now);
       continue;
     }
-    if (ahead > kSoonEnough && ahead <= kJump) return std::min(ahead, longest);
-    const bool passed_over = IsPassedOver(playback, -ahead);
     const auto picture = playback.pictures().Pop();
-    if (!picture) return longest;
-    if (passed_over) {
+    if (!picture) break;
+    if (verdict.deed == PictureVerdict::Deed::kPassOver) {
       ++counts_.passed_over;
     } else {
-      Show(*picture, clock);
+      Show(*picture, playback.clock());
     }
   }
   return longest;
 }
 
-bool Presenter::IsPassedOver(const Playback& playback, double late) const {
-  if (late < kTooLate) return false;
-  const auto next = TimeOf(playback, 1);
-  const auto due = playback.clock().At(Now());
-  return next && due && *next <= *due;
+std::optional<PictureFacts> Presenter::FactsOfNext(const Playback& playback) const {
+  const double now = Now();
+  const auto time = TimeOf(playback, 0);
+  const auto due = playback.clock().At(now);
+  if (!time || !due) return std::nullopt;
+  const bool is_heard = playback.clock().HeardAt(now).has_value();
+  return PictureFacts{*time, TimeOf(playback, 1), *due, is_heard, now};
 }
 
 void Presenter::Show(const Picture& picture, const PlayClock& clock) {

@@ -2,7 +2,10 @@
 #ifndef HOST_PLAYER_PRESENTER_H_
 #define HOST_PLAYER_PRESENTER_H_
 
+#include <optional>
+
 #include "clock.h"
+#include "picture_timing.h"
 #include "play_counts.h"
 #include "playback.h"
 #include "window.h"
@@ -24,13 +27,14 @@ class Presenter {
   double ShowDue(Playback& playback, double longest);
 
  private:
-  bool IsPassedOver(const Playback& playback, double late) const;
+  std::optional<PictureFacts> FactsOfNext(const Playback& playback) const;
   void Show(const Picture& picture, const PlayClock& clock);
   double Now() const { return clock_.NowMs() / 1000; }
 
   Window& window_;
   const host::Clock& clock_;
   PlayCounts& counts_;
+  PictureTiming timing_;
 };
 
 }  // namespace player

@@ -3,6 +3,17 @@
 #include <utility>
 
 namespace player {
+namespace {
+
+bool IsKey(const AVFrame& frame) {
+#ifdef AV_FRAME_FLAG_KEY  // newer versions of the library say it so
+  return (frame.flags & AV_FRAME_FLAG_KEY) != 0;
+#else
+  return frame.key_frame != 0;
+#endif
+}
+
+}  // namespace
 
 VideoDecoder::VideoDecoder(VideoCodec codec, bool shown_later, PlayCounts& counts, Taker take)
     : context_(MakeDecoder(codec == VideoCodec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC)),
@@ -41,7 +52,7 @@ void VideoDecoder::TakePictures() {
     ++counts_.pictures;
     if (frame->decode_error_flags != 0) ++counts_.errors;
     const auto pts = static_cast<std::uint64_t>(frame->pts);
-    const std::uint64_t time = times_.TimeOf(pts, frame->key_frame != 0, context_->has_b_frames);
+    const std::uint64_t time = times_.TimeOf(pts, IsKey(*frame), context_->has_b_frames);
     take_({std::move(frame), SecondsOf(time)});
   }
 }

@@ -20,8 +20,7 @@ class Window {
   // Makes ready for pictures like this one. The first gives the window its size.
   bool Prepare(const AVFrame& frame);
 
-  // False when the picture is of no kind that can be
-  // shown.
+  // False when the picture is of no kind that can be shown.
   bool Show(const AVFrame& frame);
   // The last picture once more: the window was moved, resized or uncovered.
   void Redraw();

@@ -2,21 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <string_view>
+#include "tests/host_player/frame_at.h"
 
 namespace player {
 namespace {
 
 constexpr std::chrono::milliseconds kNoPatience{0};
-
-MediaFrame FrameAt(std::uint64_t pts, std::string_view payload) {
-  MediaFrame frame{};
-  frame.pts = pts;
-  frame.dts = pts / 2;
-  frame.size = static_cast<std::int32_t>(payload.size());
-  frame.data = reinterpret_cast<const std::uint8_t*>(payload.data());
-  return frame;
-}
 
 class FrameReceiverTest : public testing::Test {
  protected:

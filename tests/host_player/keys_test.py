@@ -22,7 +22,8 @@ class SeekKeysTest(PlayerCase):
         self.check("list.m3u8")
 
     def check(self, name):
-        run = self.start_player(self.serve().url(name))
+        server = self.serve()
+        run = self.start_player(server.url(name))
         self.display.await_colour("red")
         self.display.press("Right")
         self.display.await_colour("green")
@@ -35,6 +36,8 @@ class SeekKeysTest(PlayerCase):
         self.display.press("q")
         self.assert_ends_soon(run)
         self.assertEqual(run.summary()["errors"], 0, run.summary())
+        starts = [line for line in server.requests(3) if line.startswith(f"/{name} ")]
+        self.assertGreaterEqual(len(starts), 3)  # the first, and one for each key
 
 
 class OtherKeysTest(PlayerCase):
@@ -69,6 +72,8 @@ class OtherKeysTest(PlayerCase):
         self.display.await_colour("red")
         self.display.press("space")
         self.await_state("paused")
+        # So much waits in the player that the calls of the component wait for room.
+        self.await_title(lambda title: seconds_of(title["buffered"]) >= 5, "full queues")
         self.display.press("Escape")
         self.assert_ends_soon(run)
 

@@ -33,9 +33,11 @@ class MissingTest(PlayerCase):
         self.assertIsNone(summary["apart"])
 
     def test_nothing_there_ends_with_another_exit_code(self):
-        run = self.start_player(self.address.replace("sample", "nothing"), "--exit")
-        self.assertEqual(run.wait(), 1)
-        self.assertEqual(run.summary()["video_frames"], 0)
+        for options in ((), ("--start", "2")):
+            with self.subTest(options):
+                run = self.start_player(self.address.replace("sample", "nothing"), "--exit", *options)
+                self.assertEqual(run.wait(), 1)
+                self.assertEqual(run.summary()["video_frames"], 0)
 
     def test_address_of_another_scheme_is_refused_in_one_line(self):
         run = self.start_player("rtsp://127.0.0.1/a.ts")

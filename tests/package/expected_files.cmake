@@ -1,4 +1,5 @@
-# The files of a package, of which none may be missing. LIBDIR, SUFFIX and REPORT come from the test.
+# The files of a package, of which none may be missing. LIBDIR, SUFFIX, REPORT and
+# PLAYER come from the test.
 function(expect_files prefix)
   set(files
     bin/stream_host${SUFFIX} include/stream_downloader.h include/stream_player.h
@@ -7,6 +8,9 @@ function(expect_files prefix)
     share/licenses/stream_downloader/CLI11.txt share/licenses/stream_downloader/nlohmann-json.txt)
   if(REPORT)
     list(APPEND files share/licenses/stream_downloader/uPlot.txt)
+  endif()
+  if(PLAYER)
+    list(APPEND files bin/stream_player${SUFFIX})
   endif()
   if(SUFFIX STREQUAL ".exe")
     list(APPEND files

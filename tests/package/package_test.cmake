@@ -61,8 +61,11 @@ if(EMULATOR)
 endif()
 run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})
 
-# The packaged host finds its library, and a host built apart plays too.
+# The packaged hosts find their library, and a host built apart plays too.
 run(${EMULATOR} ${prefix}/bin/stream_host${SUFFIX} ${address} --idle-exit 1)
+if(PLAYER)
+  run(${prefix}/bin/stream_player${SUFFIX} --help)  # a display may be missing here
+endif()
 if(HOST_SOURCES)
   build_apart(${HOST_SOURCES}/console host ${HOST_SOURCES}/shared)
   if(SUFFIX STREQUAL ".exe")

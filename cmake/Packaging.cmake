@@ -1,5 +1,5 @@
-# What cmake --install and CPack put together: the library with its public headers, the console host,
-# a CMake package, on POSIX a pkg-config file, and the licences of what is linked in.
+# What cmake --install and CPack put together: the library with its public headers, the hosts that
+# are built, a CMake package, on POSIX a pkg-config file, and the licences of what is linked in.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -13,15 +13,18 @@ install(TARGETS stream_downloader
 install(FILES public/stream_downloader.h public/stream_player.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
-if(TARGET stream_host)
+foreach(host stream_host stream_player)
+  if(NOT TARGET ${host})
+    continue()
+  endif()
   if(NOT WIN32)
     # The host finds the library beside itself, wherever the package is unpacked.
     file(RELATIVE_PATH from_bin_to_lib
       ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-    set_target_properties(stream_host PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
+    set_target_properties(${host} PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
   endif()
-  install(TARGETS stream_host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-endif()
+  install(TARGETS ${host} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endforeach()
 
 # The binary interface may change with each minor version before 1.0.
 write_basic_package_version_file(stream_downloader-config-version.cmake

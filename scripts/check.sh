@@ -111,7 +111,7 @@ check_all() {
   fi
   build_and_test asan
   build_and_test tsan
-  run_step release build release stream_downloader stream_host bench/all
+  run_step release build release stream_downloader stream_host stream_player bench/all
   fuzz_each
 }
 
@@ -141,8 +141,8 @@ main() {
     --all) checks=check_both packages=("${WINDOWS_PACKAGES[@]}") ;;
     *) die "unknown option: $1 (there are: --fast, --windows, --all)" ;;
   esac
-  ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}" "${TEST_PACKAGES[@]}" \
-    "${CHECK_PACKAGES[@]}" "${packages[@]}"
+  ensure_packages "${BUILD_PACKAGES[@]}" "${PLAYER_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}" \
+    "${TEST_PACKAGES[@]}" "${CHECK_PACKAGES[@]}" "${packages[@]}"
   begin_steps "$ROOT/build/check"
   "$checks"
   end_steps

@@ -1,10 +1,13 @@
 #!/usr/bin/env bash
-# Sets up, builds and plays: without an argument a sample that it makes and serves itself.
+# Sets up, builds and plays: without an argument a sample that it makes and serves itself. In a window
+# where there is a display, and in the console where there is none.
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 readonly ROOT
 readonly BUILD=$ROOT/build/play
+readonly REPORT=$BUILD/report.html
+HOST=stream_host
 PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
 
 # shellcheck source=scripts/lib/log.sh
@@ -19,26 +22,45 @@ usage() {
 scripts/play.sh                           makes a sample, serves it and plays it
 scripts/play.sh --sample KIND [options]   the same, of a kind, with options of the player
 scripts/play.sh ADDRESS [options]         plays an http, https or file:// address
+scripts/play.sh --console ...             any of these in the console, also where there is a display
 
 The kinds of samples are hls (HTTP Live Streaming in several segments, which is what comes without
 an argument), ts (one MPEG transport stream), flv and mp4.
 
-scripts/play.sh ADDRESS --help tells the options.
+It plays in a window where there is a display, else in the console. scripts/play.sh ADDRESS --help
+tells the options, which are those of stream_player in a window and of stream_host in the console.
 USAGE
 }
 
-build_host() {
-  note "building the console host in build/play"
+has_display() { [[ -n ${DISPLAY-} || -n ${WAYLAND_DISPLAY-} ]]; }
+
+# prepare PACKAGE... - installs what is missing, these packages included, and builds.
+prepare() {
+  local player=OFF packages=()
+  if [[ $HOST == stream_player ]]; then
+    player=ON packages=("${PLAYER_PACKAGES[@]}")
+  fi
+  ensure_packages "${BUILD_PACKAGES[@]}" "${packages[@]}" "$@"
+  note "building $HOST in build/play"
   # Only what is needed to play; the libraries of the tests and benchmarks may be missing.
-  (cd "$ROOT" && cmake --preset release -B "$BUILD" \
+  (cd "$ROOT" && cmake --preset release -B "$BUILD" -DSTREAM_BUILD_PLAYER="$player" \
     -DSTREAM_BUILD_TESTS=OFF -DSTREAM_BUILD_BENCH=OFF --log-level=WARNING) ||
     die "the configuration failed"
-  cmake --build "$BUILD" --target stream_host || die "the build failed"
+  cmake --build "$BUILD" --target "$HOST" || die "the build failed"
 }
 
+# play ADDRESS [options] - the report goes to a place of its own unless the options name another.
 play() {
-  note "playing: stream_host $*"
-  "$BUILD/bin/stream_host" "$@"
+  local status=0 report=(--report "$REPORT")
+  [[ " $*" != *" --report"* ]] || report=()
+  rm -f "$REPORT"
+  note "playing: $HOST $*"
+  if [[ $HOST == stream_player ]]; then
+    note "keys: space pauses, left and right move ten seconds, f is full screen, q ends"
+  fi
+  "$BUILD/bin/$HOST" "$@" "${report[@]}" || status=$?
+  [[ ! -s $REPORT ]] || note "a report of what came, for any browser: $REPORT"
+  return "$status"
 }
 
 remove_sample() {
@@ -89,6 +111,11 @@ play_sample() {
 
 main() {
   local sample=""
+  if [[ ${1-} == --console ]]; then
+    shift
+  elif has_display; then
+    HOST=stream_player
+  fi
   case ${1-} in
     -h | --help) usage && return ;;
     "") sample=hls ;;
@@ -96,13 +123,11 @@ main() {
   esac
   case $sample in
     hls | ts | flv | mp4)
-      ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}"
-      build_host
+      prepare "${SAMPLE_PACKAGES[@]}"
       play_sample "$sample" "$@"
       ;;
     "")
-      ensure_packages "${BUILD_PACKAGES[@]}"
-      build_host
+      prepare
       play "$@"
       ;;
     *) die "no such sample: $sample (there are: hls, ts, flv, mp4)" ;;

@@ -9,30 +9,42 @@
 namespace host {
 
 void HostPlayer::OnDuration(float seconds) {
+  if (Report* report = RecordingReport()) report->OnDuration(seconds);
   TakeNumber("duration", &PlayTotals::duration, seconds);
 }
 
 void HostPlayer::OnBufferedTime(float seconds) {
+  if (Report* report = RecordingReport()) report->OnBufferedTime(seconds);
   TakeNumber("buffered", &PlayTotals::buffered_time, seconds);
 }
 
 void HostPlayer::OnAudioClock(float seconds) {
+  if (Report* report = RecordingReport()) report->OnAudioClock(seconds);
   TakeNumber("clock", &PlayTotals::audio_clock, seconds);
 }
 
-void HostPlayer::OnAudioFrame(MediaFrame frame) { TakeFrame(FrameKind::kAudio, audio_, frame); }
+void HostPlayer::OnAudioFrame(MediaFrame frame) {
+  if (Report* report = RecordingReport()) report->OnAudioFrame(frame);
+  TakeFrame(FrameKind::kAudio, audio_, frame);
+}
 
-void HostPlayer::OnVideoFrame(MediaFrame frame) { TakeFrame(FrameKind::kVideo, video_, frame); }
+void HostPlayer::OnVideoFrame(MediaFrame frame) {
+  if (Report* report = RecordingReport()) report->OnVideoFrame(frame);
+  TakeFrame(FrameKind::kVideo, video_, frame);
+}
 
 void HostPlayer::OnMessage(std::string line) {
+  if (report_ != nullptr) report_->OnMessage(line);
   TakeText("message", &RunRecord::messages, std::move(line));
 }
 
 void HostPlayer::OnPlayResult(std::string line) {
+  if (report_ != nullptr) report_->OnPlayResult(line);
   TakeText("result", &RunRecord::results, std::move(line));
 }
 
 void HostPlayer::OpenRun() {
+  if (report_ != nullptr) report_->OpenRun();
   frames_seen_ = 0;
   for (Kind* kind : {&video_, &audio_}) {
     const std::lock_guard lock(kind->mutex);
@@ -73,6 +85,8 @@ PlayTotals HostPlayer::Totals() const {
   totals.audio = audio_.totals;
   return totals;
 }
+
+Report* HostPlayer::RecordingReport() const { return recording_.load() ? report_ : nullptr; }
 
 double HostPlayer::Arrival() {
   const double now = clock_.NowMs();

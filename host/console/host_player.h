@@ -6,7 +6,8 @@
 // reads in its loop are atomics.
 //
 // A run is opened before anything is started and closed after EndDownload has returned, when no
-// thread of the library calls any more. The screen and the dump are borrowed; the dump may be null.
+// thread of the library calls any more. The screen, the dump and the report are borrowed; the last
+// two may be null.
 #ifndef HOST_CONSOLE_HOST_PLAYER_H_
 #define HOST_CONSOLE_HOST_PLAYER_H_
 
@@ -18,6 +19,7 @@
 
 #include "clock.h"
 #include "dump.h"
+#include "report.h"
 #include "screen.h"
 #include "stream_player.h"
 #include "totals.h"
@@ -26,8 +28,8 @@ namespace host {
 
 class HostPlayer final : public CStreamPlayerImp {
  public:
-  HostPlayer(const Clock& clock, Screen& screen, Dump* dump)
-      : clock_(clock), screen_(screen), dump_(dump) {}
+  HostPlayer(const Clock& clock, Screen& screen, Dump* dump, Report* report = nullptr)
+      : clock_(clock), screen_(screen), dump_(dump), report_(report) {}
 
   void OnDuration(float seconds) override;
   void OnBufferedTime(float seconds) override;
@@ -40,8 +42,9 @@ class HostPlayer final : public CStreamPlayerImp {
   // Forgets the run before.
   void OpenRun();
 
-  // Whether frames and numbers are counted and dumped. What comes before the seek of --start is
-  // not, only its texts are kept for the summary. Changed while nothing is being downloaded.
+  // Whether frames and numbers are counted, dumped and reported. What comes before the seek of
+  // --start is not, only its texts are kept for the summary and the report. Changed while nothing
+  // is being downloaded.
   void SetRecording(bool recording) { recording_ = recording; }
 
   // What was recorded since OpenRun.
@@ -61,6 +64,8 @@ class HostPlayer final : public CStreamPlayerImp {
   };
 
   double Arrival();
+  // The report while it takes part, else null.
+  Report* RecordingReport() const;
   void TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame);
   void TakeNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);
   void TakeText(const char* event, std::vector<std::string> RunRecord::*texts, std::string&& line);
@@ -68,6 +73,7 @@ class HostPlayer final : public CStreamPlayerImp {
   const Clock& clock_;
   Screen& screen_;
   Dump* const dump_;
+  Report* const report_;
   std::atomic<bool> recording_{true};
   std::atomic<std::uint64_t> frames_seen_{0};
   std::atomic<double> last_arrival_ms_{0};

@@ -6,53 +6,51 @@
 
 #include "argument_path.h"
 #include "clock.h"
-#include "downloader.h"
 #include "dump.h"
 #include "host_player.h"
 #include "interrupt.h"
+#include "library_downloader.h"
 #include "options.h"
 #include "play_run.h"
+#include "report.h"
 #include "screen.h"
-#include "stream_downloader.h"
 #include "summary.h"
 #include "terminal.h"
 
 namespace {
 
-class LibraryDownloader final : public host::Downloader {
- public:
-  explicit LibraryDownloader(CStreamPlayerImp& player) : facade_(&player) {}
-
-  bool Begin(const std::string& address) override { return facade_.BeginDownload(address); }
-  bool End() override { return facade_.EndDownload(); }
-  bool SetStart(float seconds) override { return facade_.SetStartPostion(seconds); }
-
- private:
-  CStreamDownloader facade_;
-};
-
 void PrintLine(std::FILE* file, const std::string& line) {
   std::fputs((line + '\n').c_str(), file);
 }
 
-host::Summary Play(const host::Options& options, host::Screen& screen, host::Dump* dump) {
+// What a run is written to; both may be null.
+struct Files {
+  std::unique_ptr<host::Dump> dump;
+  std::unique_ptr<host::Report> report;
+};
+
+host::Summary Play(const host::Options& options, host::Screen& screen, const Files& files) {
   host::SteadyClock clock;
-  host::HostPlayer player(clock, screen, dump);
+  host::HostPlayer player(clock, screen, files.dump.get(), files.report.get());
   host::Summary summary;
   summary.options = options;
   {
-    LibraryDownloader downloader(player);
+    host::LibraryDownloader downloader(player);
     host::PlayRunner runner(options, {downloader, player, clock, screen, host::Interrupted});
     summary.runs = runner.PlayAll();
     summary.elapsed_ms = clock.NowMs();
   }  // from here on the library logs nothing more
-  if (dump != nullptr) summary.dump_complete = dump->Close();
+  if (files.dump != nullptr) summary.dump_complete = files.dump->Close();
+  if (files.report != nullptr) summary.report_written = files.report->Write(options.address);
   return summary;
 }
 
 void Print(const host::Summary& summary, host::Screen& screen) {
   if (!summary.dump_complete.value_or(true)) {
     PrintLine(stderr, "stream_host: the dump is not complete: a file could not be written");
+  }
+  if (!summary.report_written.value_or(true)) {
+    PrintLine(stderr, "stream_host: the report could not be written");
   }
   if (!summary.options.json) {
     for (const std::string& line : host::SummaryLines(summary)) screen.Line(line);
@@ -61,19 +59,27 @@ void Print(const host::Summary& summary, host::Screen& screen) {
   if (summary.options.json) screen.Line(host::SummaryJson(summary));
 }
 
-int Run(const host::Options& options) {
-  std::unique_ptr<host::Dump> dump;
-  if (!options.dump_directory.empty()) {
-    std::string error;
-    dump = host::Dump::Open(host::PathOfArgument(options.dump_directory), error);
-    if (dump == nullptr) {
-      PrintLine(stderr, "stream_host: --dump: " + error);
-      return host::kExitUsage;
-    }
+// False, with one line, when one that is asked for cannot be opened.
+bool OpenFiles(const host::Options& options, Files& files) {
+  std::string error;
+  if (!options.report_file.empty()) {
+    files.report = host::OpenReport(host::PathOfArgument(options.report_file), error);
+    if (files.report == nullptr) error = "--report: " + error;
   }
+  if (error.empty() && !options.dump_directory.empty()) {
+    files.dump = host::Dump::Open(host::PathOfArgument(options.dump_directory), error);
+    if (files.dump == nullptr) error = "--dump: " + error;
+  }
+  if (!error.empty()) PrintLine(stderr, "stream_host: " + error);
+  return error.empty();
+}
+
+int Run(const host::Options& options) {
+  Files files;
+  if (!OpenFiles(options, files)) return host::kExitUsage;
   host::NoteInterrupts();
   host::Screen screen(stdout, {host::StandardOutputIsTerminal(), options.quiet});
-  const host::Summary summary = Play(options, screen, dump.get());
+  const host::Summary summary = Play(options, screen, files);
   Print(summary, screen);
   return host::ExitStatusOf(summary);
 }

@@ -10,13 +10,14 @@ namespace host {
 enum ExitStatus : int {
   kExitFrames = 0,    // at least one frame came
   kExitNoFrames = 1,  // none did
-  kExitUsage = 2,     // wrong usage, a dump directory that cannot be written included
+  kExitUsage = 2,     // wrong usage, a dump directory or a report that cannot be written included
 };
 
 struct Options {
   std::string address;
   std::optional<double> start_seconds;
   std::string dump_directory;  // empty: no dump
+  std::string report_file;     // empty: no report
   double idle_exit_seconds = 3;
   std::optional<double> stop_after_seconds;
   int repeat = 0;  // runs after the first one

@@ -15,7 +15,8 @@ struct Summary {
   Options options;
   std::vector<RunReport> runs;  // at least one
   double elapsed_ms = 0;
-  std::optional<bool> dump_complete;  // nothing without a dump
+  std::optional<bool> dump_complete;   // nothing without a dump
+  std::optional<bool> report_written;  // nothing without a report
 };
 
 PlayTotals SumOf(const std::vector<RunReport>& runs);

@@ -5,16 +5,27 @@
 #
 # shellcheck disable=SC2034  # the lists are for the scripts that read this file
 
-# To build the library and the console host, and to play an address with them.
+# What brings npm: nothing where there is one already. Debian's cannot be installed beside one from
+# elsewhere.
+NPM_PACKAGES=()
+[[ -n $(command -v npm) ]] || NPM_PACKAGES=(nodejs npm)
+readonly NPM_PACKAGES
+
+# To build the library and the console host with its report, and to play an address with them.
 readonly BUILD_PACKAGES=(
   ca-certificates cmake g++ libcli11-dev libcurl4-openssl-dev ninja-build nlohmann-json3-dev
-  pkg-config zlib1g-dev
+  pkg-config zlib1g-dev "${NPM_PACKAGES[@]}"
+)
+# To build the player with a window, too.
+readonly PLAYER_PACKAGES=(
+  libavcodec-dev libavutil-dev libsdl2-dev libswresample-dev libswscale-dev
 )
 # To make a sample and to serve it.
 readonly SAMPLE_PACKAGES=(ffmpeg nginx)
 # To build and run the tests.
 readonly TEST_PACKAGES=(
-  googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev openssl python3 util-linux
+  chromium googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev openbox openssl python3
+  util-linux xdotool xvfb
 )
 # To check the sources, and to build the fuzzers and benchmarks.
 readonly CHECK_PACKAGES=(

@@ -1,4 +1,4 @@
-#include "host/console/argument_path.h"
+#include "host/shared/argument_path.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "host/console/end_rule.h"
+#include "host/shared/end_rule.h"
 
 #include <gtest/gtest.h>
 

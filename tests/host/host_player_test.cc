@@ -2,7 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
 #include <thread>
+#include <vector>
 
 #include "tests/host/host_support.h"
 
@@ -10,6 +12,26 @@ namespace host {
 namespace {
 
 using testing::ElementsAre;
+
+// Names the calls that it gets.
+class CallReport final : public Report {
+ public:
+  void OnDuration(float) override { calls.emplace_back("duration"); }
+  void OnBufferedTime(float) override { calls.emplace_back("buffered"); }
+  void OnAudioClock(float) override { calls.emplace_back("clock"); }
+  void OnAudioFrame(MediaFrame frame) override {
+    calls.push_back("audio " + std::to_string(frame.pts));
+  }
+  void OnVideoFrame(MediaFrame frame) override {
+    calls.push_back("video " + std::to_string(frame.pts));
+  }
+  void OnMessage(std::string line) override { calls.push_back("message " + line); }
+  void OnPlayResult(std::string line) override { calls.push_back("result " + line); }
+  void OpenRun() override { calls.emplace_back("run"); }
+  bool Write(const std::string&) override { return true; }
+
+  std::vector<std::string> calls;
+};
 
 class HostPlayerTest : public testing::Test {
  protected:
@@ -114,6 +136,29 @@ TEST_F(HostPlayerTest, UnrecordedTimeLeavesOnlyItsTexts) {
   EXPECT_EQ(ContentOf(directory_.path() / "video.es"), "after");
   EXPECT_EQ(ContentOf(directory_.path() / "events.csv"),
             "arrival_ms,event,value\n0.000,message,after\n");
+}
+
+TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
+  CallReport report;
+  HostPlayer player(clock_, screen_, nullptr, &report);
+  const auto call_all = [&player](std::uint64_t pts) {
+    player.OnMessage("m");
+    player.OnPlayResult("r");
+    player.OnDuration(1);
+    player.OnBufferedTime(1);
+    player.OnAudioClock(1);
+    player.OnAudioFrame(FrameOf(pts, "a"));
+    player.OnVideoFrame(FrameOf(pts, "v"));
+  };
+  player.OpenRun();
+  player.SetRecording(false);
+  call_all(1);
+  EXPECT_THAT(report.calls, ElementsAre("run", "message m", "result r"));
+  report.calls.clear();
+  player.SetRecording(true);
+  call_all(2);
+  EXPECT_THAT(report.calls, ElementsAre("message m", "result r", "duration", "buffered", "clock",
+                                        "audio 2", "video 2"));
 }
 
 TEST_F(HostPlayerTest, OpenRunForgetsTheRunBefore) {

@@ -14,7 +14,7 @@
 #include <string>
 #include <string_view>
 
-#include "host/console/clock.h"
+#include "host/shared/clock.h"
 #include "stream_player.h"
 
 // A frame with that payload, which is borrowed.

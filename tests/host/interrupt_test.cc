@@ -1,4 +1,4 @@
-#include "host/console/interrupt.h"
+#include "host/shared/interrupt.h"
 
 #include <gtest/gtest.h>
 

@@ -29,6 +29,7 @@ TEST(OptionsTest, AddressAloneGivesTheDefaults) {
   EXPECT_EQ(parsed.options->address, "http://h/a.ts");
   EXPECT_FALSE(parsed.options->start_seconds.has_value());
   EXPECT_EQ(parsed.options->dump_directory, "");
+  EXPECT_EQ(parsed.options->report_file, "");
   EXPECT_EQ(parsed.options->idle_exit_seconds, 3);
   EXPECT_FALSE(parsed.options->stop_after_seconds.has_value());
   EXPECT_EQ(parsed.options->repeat, 0);
@@ -38,11 +39,12 @@ TEST(OptionsTest, AddressAloneGivesTheDefaults) {
 
 TEST(OptionsTest, EveryOptionIsTaken) {
   const ParsedCommandLine parsed =
-      Parse({"a", "--start", "1.5", "--dump", "d", "--idle-exit", "0.25", "--stop-after", "0",
-             "--repeat", "2", "--json", "--quiet"});
+      Parse({"a", "--start", "1.5", "--dump", "d", "--report", "r", "--idle-exit", "0.25",
+             "--stop-after", "0", "--repeat", "2", "--json", "--quiet"});
   ASSERT_TRUE(parsed.options.has_value()) << parsed.text;
   EXPECT_EQ(parsed.options->start_seconds, 1.5);
   EXPECT_EQ(parsed.options->dump_directory, "d");
+  EXPECT_EQ(parsed.options->report_file, "r");
   EXPECT_EQ(parsed.options->idle_exit_seconds, 0.25);
   EXPECT_EQ(parsed.options->stop_after_seconds, 0);
   EXPECT_EQ(parsed.options->repeat, 2);
@@ -61,8 +63,9 @@ TEST(OptionsTest, HelpTellsAllOptionsAndExitsWithZero) {
   const ParsedCommandLine parsed = Parse({"--help"});
   EXPECT_FALSE(parsed.options.has_value());
   EXPECT_EQ(parsed.exit_status, 0);
-  for (const char* option : {"ADDRESS", "--start SECONDS", "--dump DIR", "--idle-exit SECONDS",
-                             "--stop-after SECONDS", "--repeat N", "--json", "--quiet"}) {
+  for (const char* option :
+       {"ADDRESS", "--start SECONDS", "--dump DIR", "--report FILE", "--idle-exit SECONDS",
+        "--stop-after SECONDS", "--repeat N", "--json", "--quiet"}) {
     EXPECT_THAT(parsed.text, HasSubstr(option));
   }
 }
@@ -77,7 +80,8 @@ TEST(OptionsTest, SecondAddressIsRefused) { ExpectRefused({"a", "b"}, "not expec
 TEST(OptionsTest, UnknownOptionIsRefused) { ExpectRefused({"a", "--loud"}, "--loud"); }
 
 TEST(OptionsTest, MissingValueIsRefused) {
-  for (const char* option : {"--start", "--dump", "--idle-exit", "--stop-after", "--repeat"}) {
+  for (const char* option :
+       {"--start", "--dump", "--report", "--idle-exit", "--stop-after", "--repeat"}) {
     ExpectRefused({"a", option}, option);
   }
 }
@@ -114,6 +118,7 @@ TEST(OptionsTest, RepeatThatIsNoCountIsRefused) {
 
 TEST(OptionsTest, EmptyDumpDirectoryIsRefused) {
   ExpectRefused({"a", "--dump", ""}, "--dump: must not be empty");
+  ExpectRefused({"a", "--report", ""}, "--report: must not be empty");
 }
 
 TEST(OptionsTest, LineBreakInAValueDoesNotBreakTheLine) {

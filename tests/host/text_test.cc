@@ -1,4 +1,4 @@
-#include "host/console/text.h"
+#include "host/shared/text.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,17 @@
-# The files of a package, of which none may be missing. LIBDIR and SUFFIX come from the test.
+# The files of a package, of which none may be missing. LIBDIR, SUFFIX, REPORT and
+# PLAYER come from the test.
 function(expect_files prefix)
   set(files
     bin/stream_host${SUFFIX} include/stream_downloader.h include/stream_player.h
     ${LIBDIR}/cmake/stream_downloader/stream_downloader-config.cmake
     ${LIBDIR}/cmake/stream_downloader/stream_downloader-config-version.cmake
     share/licenses/stream_downloader/CLI11.txt share/licenses/stream_downloader/nlohmann-json.txt)
+  if(REPORT)
+    list(APPEND files share/licenses/stream_downloader/uPlot.txt)
+  endif()
+  if(PLAYER)
+    list(APPEND files bin/stream_player${SUFFIX})
+  endif()
   if(SUFFIX STREQUAL ".exe")
     list(APPEND files
       bin/stream_downloader.dll ${LIBDIR}/libstream_downloader.dll.a

@@ -41,10 +41,12 @@ if(TOOLCHAIN)
 else()
   list(APPEND found -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 endif()
-# build_apart(FOLDER BUILD) - a copy of the folder: nothing of the tree may be in reach.
+# build_apart(FOLDER BUILD [NEIGHBOUR...]) - a copy of the folder, and of those beside it that it needs:
+# nothing else of the tree may be in reach.
 function(build_apart folder build)
-  file(COPY ${folder}/ DESTINATION ${WORK}/sources-${build})
-  run(${CMAKE_COMMAND} -S sources-${build} -B ${build} -G ${GENERATOR}
+  get_filename_component(name ${folder} NAME)
+  file(COPY ${folder} ${ARGN} DESTINATION ${WORK}/sources-${build})
+  run(${CMAKE_COMMAND} -S sources-${build}/${name} -B ${build} -G ${GENERATOR}
     -DCMAKE_BUILD_TYPE=Release ${found})
   run(${CMAKE_COMMAND} --build ${build})
 endfunction()
@@ -59,10 +61,13 @@ if(EMULATOR)
 endif()
 run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})
 
-# The packaged host finds its library, and a host built apart plays too.
+# The packaged hosts find their library, and a host built apart plays too.
 run(${EMULATOR} ${prefix}/bin/stream_host${SUFFIX} ${address} --idle-exit 1)
+if(PLAYER)
+  run(${prefix}/bin/stream_player${SUFFIX} --help)  # a display may be missing here
+endif()
 if(HOST_SOURCES)
-  build_apart(${HOST_SOURCES} host)
+  build_apart(${HOST_SOURCES}/console host ${HOST_SOURCES}/shared)
   if(SUFFIX STREQUAL ".exe")
     file(COPY ${prefix}/bin/stream_downloader.dll DESTINATION ${WORK}/host)
   endif()

@@ -6,6 +6,9 @@
 # isobmff stands alone: mp4 knows it only as <mp4v2/mp4v2.h>.
 # stream_player.h is the contract with the host and includes nothing; the one place below the facade
 # that knows it is common/player_port.
+#
+# The hosts name what they include without a folder, and see of the component its public headers only:
+# host/console and host/player -> host/shared -> host/report -> public.
 cmake_minimum_required(VERSION 3.25)
 
 set(formats hls ts flv mp4)
@@ -34,6 +37,38 @@ foreach(folder public common isobmff ${formats})
       string(REGEX REPLACE "/.*" "" target_folder "${target}")
       if(NOT target_folder IN_LIST allowed_${folder} AND
          NOT "${source}>${target}" IN_LIST exceptions)
+        list(APPEND failures "${source} includes ${target}")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+
+set(host_folders shared report console player)
+set(allowed_host_shared host/shared host/report public)
+set(allowed_host_report host/report public)
+set(allowed_host_console host/console host/shared public)
+set(allowed_host_player host/player host/shared public)
+
+# is_in_one_of(FILE FOLDERS RESULT)
+function(is_in_one_of file folders result)
+  set(${result} OFF PARENT_SCOPE)
+  foreach(folder IN LISTS folders)
+    if(EXISTS ${SOURCE_DIR}/${folder}/${file})
+      set(${result} ON PARENT_SCOPE)
+    endif()
+  endforeach()
+endfunction()
+
+foreach(folder ${host_folders})
+  file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
+    ${SOURCE_DIR}/host/${folder}/*.h ${SOURCE_DIR}/host/${folder}/*.cc)
+  foreach(source ${sources})
+    file(STRINGS ${SOURCE_DIR}/${source} lines REGEX "^[ \t]*#[ \t]*include[ \t]*\"")
+    foreach(line ${lines})
+      string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*" "\\1" target "${line}")
+      math(EXPR checked "${checked} + 1")
+      is_in_one_of("${target}" "${allowed_host_${folder}}" is_allowed)
+      if(NOT is_allowed)
         list(APPEND failures "${source} includes ${target}")
       endif()
     endforeach()

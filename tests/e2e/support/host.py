@@ -108,11 +108,16 @@ def copy_host(directory):
     """The command that starts a copy of the host in a new directory: its temporary files lie beside
     the executable, and those of other runs do not."""
     *emulator, executable = _host()
+    return [*emulator, *copy_program(executable, directory)]
+
+
+def copy_program(executable, directory):
+    """The same for any program, without an emulator."""
     executable = pathlib.Path(executable)
     directory.mkdir()
     for file in [executable, *executable.parent.glob("*.dll")]:
         shutil.copy2(file, directory)
-    return [*emulator, str(directory / executable.name)]
+    return [str(directory / executable.name)]
 
 
 def _command(host, address, dump, options):

@@ -1,6 +1,6 @@
 // When a run ends. The library has no end-of-stream call, so silence is what tells the end.
-#ifndef HOST_CONSOLE_END_RULE_H_
-#define HOST_CONSOLE_END_RULE_H_
+#ifndef HOST_SHARED_END_RULE_H_
+#define HOST_SHARED_END_RULE_H_
 
 #include <optional>
 
@@ -34,4 +34,4 @@ std::optional<EndReason> ReasonToEnd(const EndRule& rule, const RunMoment& momen
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_END_RULE_H_
+#endif  // HOST_SHARED_END_RULE_H_

@@ -1,7 +1,7 @@
 // The three operations of the library's facade, so that the runner can be tried without the
 // library.
-#ifndef HOST_CONSOLE_DOWNLOADER_H_
-#define HOST_CONSOLE_DOWNLOADER_H_
+#ifndef HOST_SHARED_DOWNLOADER_H_
+#define HOST_SHARED_DOWNLOADER_H_
 
 #include <string>
 
@@ -19,4 +19,4 @@ class Downloader {
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_DOWNLOADER_H_
+#endif  // HOST_SHARED_DOWNLOADER_H_

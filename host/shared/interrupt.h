@@ -1,6 +1,6 @@
 // Ctrl-C and a termination request, noted instead of obeyed: the run ends in order.
-#ifndef HOST_CONSOLE_INTERRUPT_H_
-#define HOST_CONSOLE_INTERRUPT_H_
+#ifndef HOST_SHARED_INTERRUPT_H_
+#define HOST_SHARED_INTERRUPT_H_
 
 namespace host {
 
@@ -11,4 +11,4 @@ bool Interrupted();
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_INTERRUPT_H_
+#endif  // HOST_SHARED_INTERRUPT_H_

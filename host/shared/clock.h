@@ -1,7 +1,7 @@
 // The host's time: milliseconds since the clock was made. All of a program run has one clock, so
 // times of different threads and of repeated runs can be compared. Safe from any thread.
-#ifndef HOST_CONSOLE_CLOCK_H_
-#define HOST_CONSOLE_CLOCK_H_
+#ifndef HOST_SHARED_CLOCK_H_
+#define HOST_SHARED_CLOCK_H_
 
 #include <chrono>
 #include <thread>
@@ -32,4 +32,4 @@ class SteadyClock final : public Clock {
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_CLOCK_H_
+#endif  // HOST_SHARED_CLOCK_H_

@@ -1,6 +1,6 @@
 // Paths as they come on the command line.
-#ifndef HOST_CONSOLE_ARGUMENT_PATH_H_
-#define HOST_CONSOLE_ARGUMENT_PATH_H_
+#ifndef HOST_SHARED_ARGUMENT_PATH_H_
+#define HOST_SHARED_ARGUMENT_PATH_H_
 
 #include <filesystem>
 #include <string>
@@ -13,4 +13,4 @@ std::filesystem::path PathOfArgument(const std::string& argument);
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_ARGUMENT_PATH_H_
+#endif  // HOST_SHARED_ARGUMENT_PATH_H_

@@ -1,6 +1,6 @@
 // Numbers and foreign bytes as text, the same in every locale.
-#ifndef HOST_CONSOLE_TEXT_H_
-#define HOST_CONSOLE_TEXT_H_
+#ifndef HOST_SHARED_TEXT_H_
+#define HOST_SHARED_TEXT_H_
 
 #include <cstdint>
 #include <string>
@@ -25,4 +25,4 @@ std::string PrintableText(std::string_view bytes);
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_TEXT_H_
+#endif  // HOST_SHARED_TEXT_H_

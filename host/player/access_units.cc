@@ -1,0 +1,65 @@
+#include "access_units.h"
+
+#include <utility>
+
+namespace player {
+
+std::vector<MediaUnit> AccessUnitGatherer::Add(const MediaUnit& frame) {
+  std::vector<MediaUnit> complete;
+  const Bytes stream(frame.data);
+  const std::vector<NalUnit> units = SplitNalUnits(stream);
+  // What stands before the first start code goes on where the frame before ended.
+  const Bytes rest = stream.first(units.empty() ? stream.size() : units.front().begin);
+  if (!current_.data.empty()) current_.data.insert(current_.data.end(), rest.begin(), rest.end());
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    if (!codec_) LearnCodec(units[i].payload, frame, complete);
+    const std::size_t end = i + 1 < units.size() ? units[i + 1].begin : stream.size();
+    const NalRole role = codec_ ? RoleOf(*codec_, units[i].payload) : NalRole{};
+    AddPart(stream.subspan(units[i].begin, end - units[i].begin), role, frame, complete);
+  }
+  return complete;
+}
+
+std::vector<MediaUnit> AccessUnitGatherer::Finish() {
+  std::vector<MediaUnit> complete;
+  TakeCurrent(complete);
+  return complete;
+}
+
+// What came before with another time belongs to nothing that can be decoded.
+void AccessUnitGatherer::LearnCodec(Bytes unit, const MediaUnit& frame,
+                                    std::vector<MediaUnit>& complete) {
+  const std::optional<VideoCodec> codec = CodecOfParameterSet(unit);
+  if (codec && frame.pts != current_.pts) TakeCurrent(complete);
+  codec_ = codec;
+}
+
+void AccessUnitGatherer::AddPart(Bytes part, const NalRole& role, const MediaUnit& frame,
+                                 std::vector<MediaUnit>& complete) {
+  const bool other_time = frame.pts != current_.pts;
+  const bool next_picture = role.begins_picture || role.leads_picture;
+  if (current_has_picture_ && (other_time || next_picture)) TakeCurrent(complete);
+  if (!codec_ && other_time) TakeCurrent(complete);  // nothing is kept of what cannot be read
+  // Parameter sets may come with a time before that of their picture.
+  if (current_.data.empty() || other_time) {
+    current_.pts = frame.pts;
+    current_.dts = frame.dts;
+  }
+  current_.data.insert(current_.data.end(), part.begin(), part.end());
+  current_has_picture_ |= role.is_picture;
+  current_has_entry_ |= role.is_entry;
+}
+
+void AccessUnitGatherer::TakeCurrent(std::vector<MediaUnit>& complete) {
+  MediaUnit unit = std::exchange(current_, {});
+  const bool has_picture = std::exchange(current_has_picture_, false);
+  entered_ |= std::exchange(current_has_entry_, false);
+  if (unit.data.empty()) return;
+  if (entered_ && has_picture) {
+    complete.push_back(std::move(unit));
+  } else if (has_picture || !codec_) {
+    ++left_out_;
+  }
+}
+
+}  // namespace player

@@ -1,0 +1,52 @@
+// ADTS AAC into sound. A frame of the component may hold several AAC frames, or a part of one. For
+// one thread.
+#ifndef HOST_PLAYER_AUDIO_DECODER_H_
+#define HOST_PLAYER_AUDIO_DECODER_H_
+
+extern "C" {
+#include <libswresample/swresample.h>
+}
+
+#include <functional>
+#include <memory>
+
+#include "av_memory.h"
+#include "media_unit.h"
+#include "play_counts.h"
+#include "sound_piece.h"
+
+namespace player {
+
+class AudioDecoder {
+ public:
+  using Taker = std::function<void(SoundPiece)>;
+
+  // `counts` is borrowed.
+  AudioDecoder(PlayCounts& counts, Taker take);
+
+  void Decode(const MediaUnit& frame);
+
+ private:
+  struct FreeResampler {
+    void operator()(SwrContext* context) const { swr_free(&context); }
+  };
+
+  void DecodeAacFrame(const std::uint8_t* data, int size, std::int64_t pts);
+  void TakeSound(const AVFrame& frame);
+  bool PrepareResampler(const AVFrame& frame);
+
+  AvParser parser_;
+  AvCodec context_;
+  std::unique_ptr<SwrContext, FreeResampler> resampler_;
+  // What the resampler was made for.
+  int rate_ = 0;
+  int channels_ = 0;
+  int format_ = AV_SAMPLE_FMT_NONE;
+  double next_seconds_ = 0;  // where the sound goes on that has no time of its own
+  PlayCounts& counts_;
+  const Taker take_;
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_AUDIO_DECODER_H_

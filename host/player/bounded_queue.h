@@ -1,0 +1,72 @@
+// A queue of so many items between two threads of the host: the giver waits for room. For what is
+// decoded; what waits to be decoded is bounded by stream time instead (frame_queue.h).
+#ifndef HOST_PLAYER_BOUNDED_QUEUE_H_
+#define HOST_PLAYER_BOUNDED_QUEUE_H_
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace player {
+
+template <typename Item>
+class BoundedQueue {
+ public:
+  explicit BoundedQueue(std::size_t room) : room_(room) {}
+
+  // Waits for room. False when the queue was closed; then the item is gone.
+  bool Push(Item item) {
+    std::unique_lock lock(mutex_);
+    room_came_.wait(lock, [this] { return closed_ || items_.size() < room_; });
+    if (closed_) return false;
+    items_.push_back(std::move(item));
+    return true;
+  }
+
+  // The oldest item, if there is one.
+  std::optional<Item> Pop() {
+    const std::lock_guard lock(mutex_);
+    if (items_.empty()) return std::nullopt;
+    Item item = std::move(items_.front());
+    items_.pop_front();
+    room_came_.notify_one();
+    return item;
+  }
+
+  // What `look` makes of the item at that place, counted from the oldest; nothing when there is
+  // none.
+  template <typename Look>
+  auto Peek(std::size_t place, Look look) const
+      -> std::optional<decltype(look(std::declval<const Item&>()))> {
+    const std::lock_guard lock(mutex_);
+    if (place >= items_.size()) return std::nullopt;
+    return look(items_[place]);
+  }
+
+  bool IsEmpty() const {
+    const std::lock_guard lock(mutex_);
+    return items_.empty();
+  }
+
+  // Lets a giver go who waits, empties the queue, and keeps it closed.
+  void Close() {
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+    items_.clear();
+    room_came_.notify_all();
+  }
+
+ private:
+  const std::size_t room_;
+  mutable std::mutex mutex_;
+  std::condition_variable room_came_;
+  std::deque<Item> items_;  // guarded by mutex_
+  bool closed_ = false;     // guarded by mutex_
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_BOUNDED_QUEUE_H_

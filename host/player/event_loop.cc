@@ -1,0 +1,63 @@
+#include "event_loop.h"
+
+#include <SDL.h>
+
+namespace player {
+namespace {
+
+constexpr double kLongestWait = 0.01;
+constexpr double kMoveSeconds = 10;
+
+}  // namespace
+
+void EventLoop::Run() {
+  double patience = 0;
+  while (WaitsForMore()) {
+    TakeEvents(patience);
+    around_.presenter.Prepare(*around_.control.playback());
+    around_.control.Tick();
+    patience = around_.presenter.ShowDue(*around_.control.playback(), kLongestWait);
+    around_.window.SetTitle(TitleText(around_.control.Facts()));
+  }
+}
+
+bool EventLoop::WaitsForMore() const {
+  if (end_wished_ || around_.interrupted()) return false;
+  return !exit_at_end_ || !around_.control.HasEnded();
+}
+
+void EventLoop::TakeEvents(double patience_seconds) {
+  SDL_Event event;
+  // Rounded down: rather a look too many than a picture too late.
+  if (SDL_WaitEventTimeout(&event, static_cast<int>(patience_seconds * 1000)) == 0) return;
+  do {
+    Obey(WishOf(event));
+  } while (!end_wished_ && SDL_PollEvent(&event) != 0);
+}
+
+void EventLoop::Obey(Wish wish) {
+  switch (wish) {
+    case Wish::kNothing:
+      break;
+    case Wish::kPause:
+      around_.control.TogglePause();
+      break;
+    case Wish::kBack:
+      around_.control.Move(-kMoveSeconds);
+      break;
+    case Wish::kForward:
+      around_.control.Move(kMoveSeconds);
+      break;
+    case Wish::kFullScreen:
+      around_.window.ToggleFullScreen();
+      break;
+    case Wish::kRedraw:
+      around_.window.Redraw();
+      break;
+    case Wish::kEnd:
+      end_wished_ = true;
+      break;
+  }
+}
+
+}  // namespace player

@@ -1,0 +1,89 @@
+#include "frame_receiver.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace player {
+
+void FrameReceiver::OnDuration(float seconds) {
+  if (witness_ != nullptr) witness_->OnDuration(seconds);
+  Arrived();
+  const std::lock_guard lock(mutex_);
+  news_.duration = seconds;
+}
+
+void FrameReceiver::OnBufferedTime(float seconds) {
+  if (witness_ != nullptr) witness_->OnBufferedTime(seconds);
+  Arrived();
+  const std::lock_guard lock(mutex_);
+  news_.buffered = seconds;
+}
+
+void FrameReceiver::OnAudioClock(float seconds) {
+  if (witness_ != nullptr) witness_->OnAudioClock(seconds);
+  Arrived();
+}
+
+void FrameReceiver::OnAudioFrame(MediaFrame frame) {
+  if (witness_ != nullptr) witness_->OnAudioFrame(frame);
+  ++counts_.audio_frames;
+  TakeFrame(Kind::kAudio, frame);
+}
+
+void FrameReceiver::OnVideoFrame(MediaFrame frame) {
+  if (witness_ != nullptr) witness_->OnVideoFrame(frame);
+  ++counts_.video_frames;
+  TakeFrame(Kind::kVideo, frame);
+}
+
+void FrameReceiver::OnMessage(std::string line) {
+  if (witness_ != nullptr) witness_->OnMessage(line);
+  TakeLine(std::move(line));
+}
+
+void FrameReceiver::OnPlayResult(std::string line) {
+  if (witness_ != nullptr) witness_->OnPlayResult(line);
+  TakeLine(std::move(line));
+}
+
+StreamNews FrameReceiver::News() const {
+  const std::lock_guard lock(mutex_);
+  return news_;
+}
+
+std::optional<double> FrameReceiver::OriginSeconds() const {
+  const std::lock_guard lock(mutex_);
+  if (!origin_) return std::nullopt;
+  return SecondsOf(*origin_);
+}
+
+std::optional<double> FrameReceiver::FarthestSeconds() const {
+  const std::lock_guard lock(mutex_);
+  if (!farthest_) return std::nullopt;
+  return SecondsOf(*farthest_);
+}
+
+void FrameReceiver::TakeLine(std::string line) {
+  Arrived();
+  if (line.starts_with("PLAY FLV")) is_flv_ = true;
+  const std::lock_guard lock(mutex_);
+  news_.status = std::move(line);
+}
+
+void FrameReceiver::TakeFrame(Kind kind, const MediaFrame& frame) {
+  Arrived();
+  NoteTimes(kind, frame.pts);
+  FrameQueue* const queue = queue_.load();
+  if (queue == nullptr || frame.data == nullptr || frame.size <= 0) return;
+  queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
+  Arrived();  // the call may have waited for long
+}
+
+void FrameReceiver::NoteTimes(Kind kind, std::uint64_t pts) {
+  const std::lock_guard lock(mutex_);
+  const bool is_first = !std::exchange(seen_[kind == Kind::kVideo ? 0 : 1], true);
+  if (is_first && !origin_is_kept_.load()) origin_ = std::min(origin_.value_or(pts), pts);
+  farthest_ = std::max(farthest_.value_or(pts), pts);
+}
+
+}  // namespace player

@@ -1,0 +1,32 @@
+// Decoded pictures in the one form that the window shows: 8 bits, 4:2:0, in planes. For one thread.
+#ifndef HOST_PLAYER_PICTURE_CONVERTER_H_
+#define HOST_PLAYER_PICTURE_CONVERTER_H_
+
+extern "C" {
+#include <libswscale/swscale.h>
+}
+
+#include <memory>
+
+#include "av_memory.h"
+
+namespace player {
+
+class PictureConverter {
+ public:
+  // `frame` itself where it has that form, else one of the converter's own, valid until the next
+  // call. Null when it cannot be converted.
+  const AVFrame* ToPlanes(const AVFrame& frame);
+
+ private:
+  struct FreeScaler {
+    void operator()(SwsContext* context) const { sws_freeContext(context); }
+  };
+
+  std::unique_ptr<SwsContext, FreeScaler> scaler_;
+  AvFrame converted_;
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_PICTURE_CONVERTER_H_

@@ -1,0 +1,47 @@
+// What becomes of the picture that comes next: it is shown, waited for, or passed over.
+//
+// Pictures follow the clock, and the clock follows the sound. Where the times of a stream begin
+// anew, pictures and sound get there one after the other: the pictures wait for the sound. Where
+// the sound never gets there, they go on at their own distance from it.
+//
+// All times in seconds. For one thread.
+#ifndef HOST_PLAYER_PICTURE_TIMING_H_
+#define HOST_PLAYER_PICTURE_TIMING_H_
+
+#include <optional>
+
+namespace player {
+
+struct PictureFacts {
+  double time = 0;             // of the picture
+  std::optional<double> next;  // the time of the one behind it, if that is there
+  double due = 0;              // the stream time that is due now
+  bool is_heard = false;       // whether the sound sets the clock
+  double now = 0;              // the host's time
+};
+
+struct PictureVerdict {
+  enum class Deed {
+    kShow,
+    kPassOver,
+    kWait,
+    kSetClock,  // to the time of the picture
+  };
+  Deed deed = Deed::kShow;
+  std::optional<double> wait;  // how long, where that is known
+};
+
+class PictureTiming {
+ public:
+  PictureVerdict Judge(const PictureFacts& facts);
+
+ private:
+  PictureVerdict JudgeFarAway(const PictureFacts& facts);
+
+  std::optional<double> far_since_;  // since when pictures wait for the sound
+  std::optional<double> distance_;   // how far from the clock they go on
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_PICTURE_TIMING_H_

@@ -1,0 +1,102 @@
+#include "play_control.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "end_rule.h"
+#include "seek_target.h"
+
+namespace player {
+
+PlayControl::PlayControl(Settings settings, const Surroundings& around)
+    : settings_(std::move(settings)), around_(around) {}
+
+bool PlayControl::Begin() { return StartDownload(); }
+
+void PlayControl::End() {
+  if (playback_ != nullptr) StopDownload();
+}
+
+void PlayControl::Tick() {
+  // A position can only be given to a pipeline that exists: first a frame must have come.
+  if (settings_.start_seconds && around_.receiver.OriginSeconds()) {
+    SeekTo(*std::exchange(settings_.start_seconds, {}));
+  }
+  playback_->Tick(Now());
+  const bool nothing_comes = NothingComes();
+  playback_->SetStreamEnded(nothing_comes);
+  ended_ = nothing_comes && playback_->IsPlayedOut();
+  if (const auto at = FromOrigin(playback_->clock().At(Now()))) position_ = *at;
+}
+
+void PlayControl::TogglePause() {
+  paused_ = !paused_;
+  playback_->clock().SetPaused(paused_, Now());
+}
+
+void PlayControl::Move(double seconds) {
+  const auto duration = around_.receiver.News().duration;
+  SeekTo(SeekTarget(position_, seconds, duration));
+}
+
+TitleFacts PlayControl::Facts() const {
+  TitleFacts facts;
+  const StreamNews news = around_.receiver.News();
+  const bool plays = playback_ != nullptr && playback_->clock().HasStarted();
+  if (plays) facts.position = position_;
+  facts.duration = news.duration;
+  facts.buffered = FromOrigin(around_.receiver.FarthestSeconds());
+  if (news.buffered) facts.buffered = std::max<double>(facts.buffered.value_or(0), *news.buffered);
+  facts.status = news.status;
+  facts.state = paused_  ? PlayState::kPaused
+                : ended_ ? PlayState::kEnded
+                : plays  ? PlayState::kPlaying
+                         : PlayState::kWaiting;
+  return facts;
+}
+
+bool PlayControl::StartDownload() {
+  if (around_.before_start) around_.before_start();
+  Playback::Settings settings;
+  settings.pictures_shown_later = [this] { return around_.receiver.IsFlv(); };
+  settings.may_begin_with_leftover = std::exchange(started_before_, true);
+  playback_ = std::make_unique<Playback>(around_.counts, std::move(settings));
+  playback_->clock().SetPaused(paused_, Now());
+  around_.receiver.SetQueue(&playback_->frames());
+  around_.output.Play(&playback_->sound());
+  began_ms_ = around_.clock.NowMs();
+  ended_ = false;
+  return around_.downloader.Begin(settings_.address);
+}
+
+void PlayControl::SeekTo(double seconds) {
+  StopDownload();
+  around_.receiver.KeepOrigin();
+  position_ = seconds;
+  around_.downloader.SetStart(static_cast<float>(seconds));
+  StartDownload();
+}
+
+// Calls of the component that wait for room are let go first, since the stop waits for them.
+void PlayControl::StopDownload() {
+  playback_->frames().Close();
+  around_.downloader.End();
+  around_.receiver.SetQueue(nullptr);
+  around_.output.Play(nullptr);
+  playback_.reset();
+}
+
+bool PlayControl::NothingComes() const {
+  const host::EndRule rule{settings_.idle_seconds * 1000, std::nullopt};
+  const double last = std::max(around_.receiver.LastArrivalMs(), began_ms_);
+  return playback_->frames().IsIdle() &&
+         host::ReasonToEnd(rule, {around_.clock.NowMs(), began_ms_, last, false}).has_value();
+}
+
+std::optional<double> PlayControl::FromOrigin(std::optional<double> stream_seconds) const {
+  const auto origin = around_.receiver.OriginSeconds();
+  if (!stream_seconds || !origin) return std::nullopt;
+  return std::max(*stream_seconds - *origin, 0.0);
+}
+
+}  // namespace player

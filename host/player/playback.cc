@@ -1,0 +1,110 @@
+#include "playback.h"
+
+#include <chrono>
+#include <exception>
+#include <utility>
+
+#include "audio_decoder.h"
+#include "start_gate.h"
+
+namespace player {
+namespace {
+
+constexpr std::size_t kPicturesAhead = 8;
+constexpr std::chrono::milliseconds kPatience{20};  // how soon an end of the stream is noticed
+
+}  // namespace
+
+Playback::Playback(PlayCounts& counts, Settings settings)
+    : counts_(counts),
+      settings_(std::move(settings)),
+      frames_(settings_.limits),
+      pictures_(kPicturesAhead),
+      sound_(clock_),
+      video_thread_([this] { DecodeVideo(); }),
+      audio_thread_([this] { DecodeAudio(); }) {}
+
+Playback::~Playback() {
+  closed_ = true;
+  frames_.Close();
+  pictures_.Close();
+  sound_.Close();
+  video_thread_.join();
+  audio_thread_.join();
+}
+
+void Playback::Tick(double now) {
+  if (!clock_.HasStarted()) TryToStart(now);
+  clock_.SetStarved(pictures_.IsEmpty() && sound_.IsEmpty(), now);
+}
+
+void Playback::TryToStart(double now) {
+  StartFacts facts;
+  facts.first_picture = pictures_.Peek(0, [](const Picture& picture) { return picture.seconds; });
+  facts.first_sound = sound_.NextSeconds();
+  if (!facts.first_picture && !facts.first_sound) return;
+  if (!first_ready_) first_ready_ = now;
+  facts.waited = now - *first_ready_;
+  facts.full = frames_.IsFull(Kind::kVideo) || frames_.IsFull(Kind::kAudio) || stream_ended_.load();
+  if (const auto time = StartTime(facts)) clock_.Start(*time, now);
+}
+
+bool Playback::IsPlayedOut() const {
+  return frames_.IsIdle() && !video_held_.load() && pictures_.IsEmpty() && sound_.IsEmpty();
+}
+
+// What a thread does for one frame must not end the program: memory may be out for a moment.
+void Playback::Guarded(const std::function<void()>& step) {
+  try {
+    step();
+  } catch (const std::exception&) {
+    ++counts_.errors;
+  }
+}
+
+void Playback::DecodeVideo() {
+  while (!closed_.load()) {
+    if (const auto frame = frames_.Pop(Kind::kVideo, kPatience)) {
+      video_held_ = true;
+      Guarded([&] { DecodeVideoUnits(gatherer_.Add(*frame)); });
+    } else if (stream_ended_.load() && video_held_.load()) {
+      Guarded([this] { FinishVideo(); });
+      gatherer_.AwaitEntry();
+      video_held_ = false;
+    }
+  }
+}
+
+void Playback::DecodeVideoUnits(const std::vector<MediaUnit>& units) {
+  const std::uint64_t left_out = gatherer_.left_out();
+  counts_.left_out += left_out - std::exchange(left_out_, left_out);
+  for (const MediaUnit& unit : units) {
+    if (!decoder_) {
+      decoder_.emplace(*gatherer_.codec(), settings_.pictures_shown_later(), counts_,
+                       [this](Picture picture) { pictures_.Push(std::move(picture)); });
+    }
+    decoder_->Decode(unit);
+  }
+}
+
+void Playback::FinishVideo() {
+  DecodeVideoUnits(gatherer_.Finish());
+  if (decoder_) decoder_->Drain();
+}
+
+void Playback::DecodeAudio() {
+  AudioDecoder decoder(counts_, [this](SoundPiece piece) { sound_.Push(std::move(piece)); });
+  while (!closed_.load()) {
+    const auto frame = frames_.Pop(Kind::kAudio, kPatience);
+    if (frame && !IsLeftover(*frame)) Guarded([&] { decoder.Decode(*frame); });
+  }
+}
+
+// A stop may leave a frame unfinished in the demultiplexer: it comes first after the next start and
+// has no time.
+bool Playback::IsLeftover(const MediaUnit& frame) {
+  const bool is_first = !std::exchange(audio_began_, true);
+  return is_first && settings_.may_begin_with_leftover && frame.pts == 0;
+}
+
+}  // namespace player

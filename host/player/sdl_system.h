@@ -1,0 +1,27 @@
+// SDL from its beginning to its end. For the main thread only.
+#ifndef HOST_PLAYER_SDL_SYSTEM_H_
+#define HOST_PLAYER_SDL_SYSTEM_H_
+
+#include <string>
+
+namespace player {
+
+class SdlSystem {
+ public:
+  SdlSystem();
+  ~SdlSystem();
+  SdlSystem(const SdlSystem&) = delete;
+  SdlSystem& operator=(const SdlSystem&) = delete;
+
+  // Why there is no display, or no sound; empty when there is.
+  const std::string& display_error() const { return display_error_; }
+  const std::string& sound_error() const { return sound_error_; }
+
+ private:
+  std::string display_error_;
+  std::string sound_error_;
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_SDL_SYSTEM_H_

@@ -1,0 +1,96 @@
+#include "sound_buffer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace player {
+namespace {
+
+constexpr std::size_t kRoom = kSoundRate / 2;
+
+double SecondsOfFrames(std::size_t frames) { return static_cast<double>(frames) / kSoundRate; }
+
+}  // namespace
+
+bool SoundBuffer::Push(SoundPiece piece) {
+  std::unique_lock lock(mutex_);
+  room_came_.wait(lock, [this] { return closed_ || frames_ < kRoom; });
+  if (closed_) return false;
+  if (piece.Frames() == 0) return true;
+  frames_ += piece.Frames();
+  pieces_.push_back(std::move(piece));
+  return true;
+}
+
+void SoundBuffer::Fill(std::span<float> out, double heard_at) {
+  std::fill(out.begin(), out.end(), 0.0F);
+  if (!clock_.IsRunning()) return;
+  const std::lock_guard lock(mutex_);
+  const std::size_t wanted = out.size() / kSoundChannels;
+  std::size_t done = 0;
+  bool heard = false;
+  while (done < wanted && !pieces_.empty()) {
+    const double at = heard_at + SecondsOfFrames(done);
+    if (const std::size_t silence = SilenceBefore(at); silence > 0) {
+      done += silence;
+      continue;
+    }
+    if (!going_on_) clock_.HearNothing();  // the next moment counts as it is
+    if (!std::exchange(heard, true)) clock_.Hear(Next(), at);
+    done += Take(out.subspan(done * kSoundChannels));
+  }
+  if (pieces_.empty() && done < wanted) going_on_.reset();
+  if (!heard) clock_.HearNothing();
+  room_came_.notify_one();
+}
+
+std::optional<double> SoundBuffer::NextSeconds() const {
+  const std::lock_guard lock(mutex_);
+  if (pieces_.empty()) return std::nullopt;
+  return Next();
+}
+
+bool SoundBuffer::IsEmpty() const {
+  const std::lock_guard lock(mutex_);
+  return pieces_.empty();
+}
+
+void SoundBuffer::Close() {
+  const std::lock_guard lock(mutex_);
+  closed_ = true;
+  pieces_.clear();
+  frames_ = 0;
+  taken_ = 0;
+  room_came_.notify_all();
+}
+
+double SoundBuffer::Next() const { return pieces_.front().seconds + SecondsOfFrames(taken_); }
+
+// Sound that goes on where the last ended is due whatever the clock says: it makes the clock.
+std::size_t SoundBuffer::SilenceBefore(double at) const {
+  constexpr double kSameTime = 0.03;  // times of streams are rounded
+  constexpr double kExact = 0.001;
+  constexpr double kJump = 10;  // so far ahead is no gap but another count of time
+  if (going_on_ && std::abs(Next() - *going_on_) < kSameTime) return 0;
+  const double ahead = Next() - clock_.At(at).value_or(Next());
+  if (ahead < kExact || ahead > kJump) return 0;
+  return static_cast<std::size_t>(ahead * kSoundRate) + 1;
+}
+
+std::size_t SoundBuffer::Take(std::span<float> out) {
+  const SoundPiece& piece = pieces_.front();
+  const std::size_t count = std::min(out.size() / kSoundChannels, piece.Frames() - taken_);
+  const auto from = piece.samples.begin() + static_cast<std::ptrdiff_t>(taken_ * kSoundChannels);
+  std::copy_n(from, count * kSoundChannels, out.begin());
+  taken_ += count;
+  frames_ -= count;
+  going_on_ = Next();
+  if (taken_ == piece.Frames()) {
+    pieces_.pop_front();
+    taken_ = 0;
+  }
+  return count;
+}
+
+}  // namespace player

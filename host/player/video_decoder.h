@@ -1,0 +1,44 @@
+// Access units into pictures with the times to show them at. For one thread.
+#ifndef HOST_PLAYER_VIDEO_DECODER_H_
+#define HOST_PLAYER_VIDEO_DECODER_H_
+
+#include <functional>
+
+#include "av_memory.h"
+#include "media_unit.h"
+#include "nal_units.h"
+#include "picture_times.h"
+#include "play_counts.h"
+
+namespace player {
+
+struct Picture {
+  AvFrame frame;
+  double seconds = 0;  // of stream time
+};
+
+class VideoDecoder {
+ public:
+  using Taker = std::function<void(Picture)>;
+
+  // `shown_later` is for PictureTimes. `counts` is borrowed.
+  VideoDecoder(VideoCodec codec, bool shown_later, PlayCounts& counts, Taker take);
+
+  void Decode(const MediaUnit& unit);
+
+  // What the decoder still holds comes out. After it a unit must come that decoding can begin with.
+  void Drain();
+
+ private:
+  void Send(const AVPacket* packet);
+  void TakePictures();
+
+  AvCodec context_;
+  PictureTimes times_;
+  PlayCounts& counts_;
+  const Taker take_;
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_VIDEO_DECODER_H_

@@ -1,0 +1,191 @@
+#include "findings.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <cstdlib>
+
+namespace report {
+namespace {
+
+constexpr double kMostStartDistance = 0.5;  // seconds between the first video and the first audio
+constexpr double kMostEndDistance = 1;      // seconds between the ends of video and audio
+constexpr double kMostDistance = 5;         // seconds between video and audio on their way
+constexpr double kMostLateSeconds = 0.5;
+constexpr double kMostDurationError = 1;   // seconds, or
+constexpr double kDurationErrorPart = 20;  // a twentieth
+
+using Findings = std::vector<Finding>;
+
+// Never with an exponent, and the same in every locale.
+std::string Number(double value, int digits) {
+  std::array<char, 352> buffer;
+  const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                 std::chars_format::fixed, digits);
+  return std::string(buffer.data(), end.ptr);
+}
+
+std::string Seconds(double seconds) { return Number(seconds, 3) + " s"; }
+
+std::string AtMs(double ms) { return Seconds(ms / kMsPerSecond); }
+
+std::string Count(std::uint64_t count, const std::string& one, const std::string& many) {
+  return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string Frames(std::uint64_t count, const std::string& kind) {
+  return Count(count, kind + " frame", kind + " frames");
+}
+
+void AddPresence(const ReportRecord& record, Findings& findings) {
+  const std::uint64_t video = record.video.frames;
+  const std::uint64_t audio = record.audio.frames;
+  if (video == 0 && audio == 0) {
+    findings.push_back({Weight::kOdd, "No frame came", "Neither video nor audio was delivered."});
+  } else if (video == 0) {
+    findings.push_back({Weight::kOdd, "Audio without video",
+                        Frames(audio, "audio") + " came and no video frame."});
+  } else if (audio == 0) {
+    findings.push_back({Weight::kOdd, "Video without audio",
+                        Frames(video, "video") + " came and no audio frame."});
+  }
+}
+
+std::string WidestText(const Jumps& jumps) {
+  const Jump& widest = *jumps.widest;
+  return " The widest is " + Seconds(std::abs(widest.Seconds())) + ", before frame " +
+         std::to_string(widest.index) + ", which came after " + AtMs(widest.ms) + ".";
+}
+
+void AddJumps(const FrameWatch& watch, const std::string& kind, Findings& findings) {
+  if (watch.gaps.count > 0) {
+    findings.push_back({Weight::kOdd, "Gap in the " + kind,
+                        "The " + kind + " time stamps leave out " +
+                            Count(watch.gaps.count, "stretch", "stretches") + " of the stream." +
+                            WidestText(watch.gaps)});
+  }
+  if (watch.backs.count > 0) {
+    findings.push_back({Weight::kOdd, "Jump back of the " + kind,
+                        "The " + kind + " time stamps go back " +
+                            Count(watch.backs.count, "time", "times") + "." +
+                            WidestText(watch.backs)});
+  }
+}
+
+void AddPayloads(const FrameWatch& watch, const std::string& kind, Findings& findings) {
+  if (watch.empty == 0) return;
+  findings.push_back({Weight::kOdd, "Empty " + kind + " frames",
+                      Frames(watch.empty, kind) + " came without a payload."});
+}
+
+void AddPlayTimes(const FrameWatch& watch, const std::string& kind, Findings& findings) {
+  if (watch.without_play_time > 0) {
+    findings.push_back({Weight::kOdd, "Frames without playTime",
+                        Frames(watch.without_play_time, kind) + " of " +
+                            std::to_string(watch.frames) +
+                            " have playTime 0 though the stream has gone on."});
+  }
+  if (watch.play_time_back > 0) {
+    findings.push_back(
+        {Weight::kNote, "playTime goes back",
+         Frames(watch.play_time_back, kind) + " have a smaller playTime than the frame before."});
+  }
+}
+
+void AddLateness(const FrameWatch& watch, const std::string& kind, Findings& findings) {
+  if (watch.latest_seconds <= kMostLateSeconds) return;
+  findings.push_back({Weight::kOdd, "Late " + kind,
+                      "A player that starts with the first " + kind +
+                          " frame would have waited for " + Frames(watch.late_frames, kind) +
+                          ", up to " + Seconds(watch.latest_seconds) + " for the one after " +
+                          AtMs(watch.latest_at_ms) + "."});
+}
+
+void AddDistances(const ReportRecord& record, Findings& findings) {
+  if (record.video.frames == 0 || record.audio.frames == 0) return;
+  const double start = SecondsBetween(record.video.first_pts, record.audio.first_pts);
+  if (std::abs(start) > kMostStartDistance) {
+    findings.push_back({Weight::kOdd, "Video and audio start apart",
+                        "The first audio frame is " + Seconds(std::abs(start)) +
+                            (start > 0 ? " behind" : " before") +
+                            " the first video frame, by their time stamps."});
+  }
+  const double end = SecondsBetween(record.video.reached_pts, record.audio.reached_pts);
+  if (std::abs(end) > kMostEndDistance) {
+    findings.push_back({Weight::kOdd, "Video and audio end apart",
+                        std::string(end > 0 ? "Audio" : "Video") + " goes on for " +
+                            Seconds(std::abs(end)) + " after the end of " +
+                            (end > 0 ? "video." : "audio.")});
+  }
+  const Range& range = *record.distance.range;
+  const double widest = std::abs(range.low) > range.high ? range.low : range.high;
+  if (std::abs(widest) > kMostDistance) {
+    findings.push_back({Weight::kNote, "Video and audio come apart",
+                        std::string(widest > 0 ? "Video" : "Audio") + " was up to " +
+                            Seconds(std::abs(widest)) +
+                            " of stream time ahead while frames were delivered."});
+  }
+}
+
+void AddFailureLines(const ReportRecord& record, Findings& findings) {
+  for (const FailureLines& lines : record.texts.Failures()) {
+    std::string name(lines.beginning);
+    while (name.ends_with(' ') || name.ends_with(':')) name.pop_back();
+    findings.push_back({Weight::kOdd, "A line tells of a failure",
+                        "\"" + name + "\" came " + Count(lines.count, "time", "times") +
+                            ", first after " + AtMs(lines.first_ms) + "."});
+  }
+}
+
+void AddDuration(const ReportRecord& record, Findings& findings) {
+  const NumberWatch& duration = record.duration;
+  if (!duration.newest || record.video.frames == 0) return;
+  const double span = SecondsBetween(record.video.least_pts, record.video.most_pts);
+  const double error = std::abs(*duration.newest - span);
+  if (error <= std::max(kMostDurationError, *duration.newest / kDurationErrorPart)) return;
+  findings.push_back({Weight::kNote, "Duration and video differ",
+                      "The last duration told is " + Seconds(*duration.newest) +
+                          ", the video that came spans " + Seconds(span) + "."});
+}
+
+void AddNumber(const NumberWatch& number, Weight weight, const std::string& name,
+               Findings& findings) {
+  if (number.went_back > 0) {
+    findings.push_back({weight, "The " + name + " goes back",
+                        "It became smaller " + Count(number.went_back, "time", "times") +
+                            ", first after " + AtMs(number.went_back_at_ms) + "."});
+  }
+  if (number.not_finite > 0) {
+    findings.push_back({Weight::kOdd, "The " + name + " is no number",
+                        Count(number.not_finite, "time", "times") +
+                            " it was told as infinite or as no number at all."});
+  }
+}
+
+void AddKind(const FrameWatch& watch, const std::string& kind, Findings& findings) {
+  AddJumps(watch, kind, findings);
+  AddPayloads(watch, kind, findings);
+  AddPlayTimes(watch, kind, findings);
+  AddLateness(watch, kind, findings);
+}
+
+}  // namespace
+
+std::vector<Finding> FindingsOf(const ReportRecord& record) {
+  Findings findings;
+  AddPresence(record, findings);
+  AddFailureLines(record, findings);
+  AddKind(record.video, "video", findings);
+  AddKind(record.audio, "audio", findings);
+  AddDistances(record, findings);
+  AddDuration(record, findings);
+  AddNumber(record.duration, Weight::kNote, "duration", findings);
+  AddNumber(record.buffered_time, Weight::kNote, "buffered time", findings);
+  AddNumber(record.audio_clock, Weight::kOdd, "audio clock", findings);
+  std::stable_partition(findings.begin(), findings.end(),
+                        [](const Finding& finding) { return finding.weight == Weight::kOdd; });
+  return findings;
+}
+
+}  // namespace report

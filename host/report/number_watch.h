@@ -1,0 +1,32 @@
+// Looks at one of the numbers that a player is told again and again: a duration, a buffered time, a
+// clock. In seconds; those that are no finite numbers are counted only. A plain value without a
+// lock.
+#ifndef HOST_REPORT_NUMBER_WATCH_H_
+#define HOST_REPORT_NUMBER_WATCH_H_
+
+#include <cstdint>
+#include <optional>
+
+#include "bounded_series.h"
+#include "points.h"
+
+namespace report {
+
+class NumberWatch {
+ public:
+  void Add(double ms, double value);
+
+  std::uint64_t count = 0;
+  std::uint64_t not_finite = 0;
+  std::uint64_t went_back = 0;  // smaller than the one before
+  double went_back_at_ms = 0;   // the first time
+  std::optional<double> first;
+  std::optional<double> newest;
+  std::optional<Range> range;
+  double newest_ms = 0;
+  BoundedSeries<NumberPoint> points;
+};
+
+}  // namespace report
+
+#endif  // HOST_REPORT_NUMBER_WATCH_H_

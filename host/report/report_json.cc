@@ -1,0 +1,169 @@
+#include "report_json.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+#include "findings.h"
+
+namespace report {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Finer than anything that a chart or a table shows, and short in the file.
+double Rounded(double seconds) { return std::round(seconds * 1e5) / 1e5; }
+
+double SecondsOfMs(double ms) { return Rounded(ms / kMsPerSecond); }
+
+double SecondsOfTicks(std::uint64_t ticks) {
+  return Rounded(static_cast<double>(ticks) / kTicksPerSecond);
+}
+
+Json OrNull(const std::optional<double>& seconds) {
+  return seconds ? Json(Rounded(*seconds)) : Json(nullptr);
+}
+
+// One column of a table of points: what `value` gives for each of them.
+template <typename Points, typename Value>
+Json Column(const Points& points, const Value& value) {
+  Json column = Json::array();
+  for (const auto& point : points) column.push_back(value(point));
+  return column;
+}
+
+Json FramePointsJson(const BoundedSeries<FramePoint>& series) {
+  const auto& points = series.Points();
+  using P = FramePoint;
+  const auto step = [](const P& point, double Range::*end) {
+    return point.steps ? Json(Rounded(*point.steps.*end)) : Json(nullptr);
+  };
+  return {{"per_point", series.PerPoint()},
+          {"t", Column(points, [](const P& p) { return SecondsOfMs(p.ms); })},
+          {"pts", Column(points, [](const P& p) { return SecondsOfTicks(p.pts); })},
+          {"frames", Column(points, [](const P& p) { return p.frames; })},
+          {"bytes", Column(points, [](const P& p) { return p.bytes; })},
+          {"largest", Column(points, [](const P& p) { return p.largest; })},
+          {"step_low", Column(points, [&](const P& p) { return step(p, &Range::low); })},
+          {"step_high", Column(points, [&](const P& p) { return step(p, &Range::high); })}};
+}
+
+Json NumberJson(const NumberWatch& number) {
+  const auto& points = number.points.Points();
+  using P = NumberPoint;
+  return {{"count", number.count},
+          {"not_finite", number.not_finite},
+          {"went_back", number.went_back},
+          {"first", OrNull(number.first)},
+          {"newest", OrNull(number.newest)},
+          {"low", OrNull(number.range ? std::optional(number.range->low) : std::nullopt)},
+          {"high", OrNull(number.range ? std::optional(number.range->high) : std::nullopt)},
+          {"newest_at", SecondsOfMs(number.newest_ms)},
+          {"points",
+           {{"per_point", number.points.PerPoint()},
+            {"t", Column(points, [](const P& p) { return SecondsOfMs(p.ms); })},
+            {"newest", Column(points, [](const P& p) { return Rounded(p.newest); })},
+            {"low", Column(points, [](const P& p) { return Rounded(p.range.low); })},
+            {"high", Column(points, [](const P& p) { return Rounded(p.range.high); })}}}};
+}
+
+void AddJumpRows(const Jumps& jumps, const char* kind, const char* what, Json& rows) {
+  for (const Jump& jump : jumps.listed) {
+    rows.push_back({{"kind", kind},
+                    {"what", what},
+                    {"t", SecondsOfMs(jump.ms)},
+                    {"index", jump.index},
+                    {"from", SecondsOfTicks(jump.from)},
+                    {"to", SecondsOfTicks(jump.to)},
+                    {"seconds", Rounded(jump.Seconds())}});
+  }
+}
+
+Json JumpsJson(const ReportRecord& record) {
+  Json rows = Json::array();
+  AddJumpRows(record.video.gaps, "video", "gap", rows);
+  AddJumpRows(record.video.backs, "video", "jump back", rows);
+  AddJumpRows(record.audio.gaps, "audio", "gap", rows);
+  AddJumpRows(record.audio.backs, "audio", "jump back", rows);
+  const std::uint64_t count = record.video.gaps.count + record.video.backs.count +
+                              record.audio.gaps.count + record.audio.backs.count;
+  return {{"count", count}, {"listed", std::move(rows)}};
+}
+
+Json FramesJson(const FrameWatch& watch) {
+  return {{"frames", watch.frames},
+          {"bytes", watch.bytes},
+          {"smallest", watch.smallest},
+          {"largest", watch.largest},
+          {"empty", watch.empty},
+          {"gaps", watch.gaps.count},
+          {"backs", watch.backs.count},
+          {"same_time", watch.same_time},
+          {"without_play_time", watch.without_play_time},
+          {"play_time_back", watch.play_time_back},
+          {"first_at", SecondsOfMs(watch.first_ms)},
+          {"last_at", SecondsOfMs(watch.last_ms)},
+          {"longest_silence", SecondsOfMs(watch.longest_silence_ms)},
+          {"first_pts", SecondsOfTicks(watch.least_pts)},
+          {"last_pts", SecondsOfTicks(watch.most_pts)},
+          {"span", Rounded(SecondsBetween(watch.least_pts, watch.most_pts))},
+          {"latest", Rounded(watch.latest_seconds)},
+          {"late_frames", watch.late_frames},
+          {"points", FramePointsJson(watch.points)}};
+}
+
+Json FindingsJson(const ReportRecord& record) {
+  Json rows = Json::array();
+  for (const Finding& finding : FindingsOf(record)) {
+    rows.push_back({{"odd", finding.weight == Weight::kOdd},
+                    {"title", finding.title},
+                    {"sentence", finding.sentence}});
+  }
+  return rows;
+}
+
+Json TextsJson(const TextLog& texts) {
+  Json rows = Json::array();
+  for (const TimedText& text : texts.Kept()) {
+    rows.push_back({{"t", SecondsOfMs(text.ms)},
+                    {"kind", text.kind == TextKind::kMessage ? "message" : "result"},
+                    {"text", text.text}});
+  }
+  return {{"messages", texts.Count(TextKind::kMessage)},
+          {"results", texts.Count(TextKind::kResult)},
+          {"dropped", texts.Dropped()},
+          {"kept", std::move(rows)}};
+}
+
+// Within strings only: "<" stands nowhere else in JSON.
+std::string WithoutLessThan(const std::string& json) {
+  std::string text;
+  text.reserve(json.size());
+  for (const char c : json) {
+    if (c == '<') {
+      text += "\\u003c";
+    } else {
+      text += c;
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string ReportJson(const ReportRecord& record, const std::string& address) {
+  const Json json = {{"address", address},
+                     {"elapsed", SecondsOfMs(record.elapsed_ms)},
+                     {"findings", FindingsJson(record)},
+                     {"video", FramesJson(record.video)},
+                     {"audio", FramesJson(record.audio)},
+                     {"distance", NumberJson(record.distance)},
+                     {"duration", NumberJson(record.duration)},
+                     {"buffered_time", NumberJson(record.buffered_time)},
+                     {"audio_clock", NumberJson(record.audio_clock)},
+                     {"jumps", JumpsJson(record)},
+                     {"texts", TextsJson(record.texts)}};
+  constexpr bool kAsciiOnly = true;
+  return WithoutLessThan(json.dump(-1, ' ', kAsciiOnly, Json::error_handler_t::replace));
+}
+
+}  // namespace report

@@ -1,0 +1,50 @@
+#include "report_page.h"
+
+#include <fstream>
+#include <string_view>
+
+#include "report_json.h"
+#include "web_files.h"
+
+namespace report {
+namespace {
+
+// The page up to a mark; what is behind the mark stays in `rest`.
+std::string_view TakeUpTo(std::string_view mark, std::string_view& rest) {
+  const std::size_t at = rest.find(mark);
+  const std::string_view part = rest.substr(0, at);
+  rest = at == std::string_view::npos ? std::string_view() : rest.substr(at + mark.size());
+  return part;
+}
+
+}  // namespace
+
+bool CanWriteReports() { return !WebPage().empty(); }
+
+bool IsWritable(const std::filesystem::path& file) {
+  return std::ofstream(file, std::ios::binary | std::ios::app).good();
+}
+
+std::string ReportPage(const ReportRecord& record, const std::string& address) {
+  std::string_view rest = WebPage();
+  std::string page(TakeUpTo("/* styles */", rest));
+  page += WebStyles();
+  page += TakeUpTo("{/* data */}", rest);
+  page += ReportJson(record, address);
+  page += TakeUpTo("/* scripts */", rest);
+  page += WebScripts();
+  page += rest;
+  return page;
+}
+
+bool WriteReport(const std::filesystem::path& file, const ReportRecord& record,
+                 const std::string& address) {
+  if (!CanWriteReports()) return false;
+  const std::string page = ReportPage(record, address);
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream.write(page.data(), static_cast<std::streamsize>(page.size()));
+  stream.close();
+  return stream.good();
+}
+
+}  // namespace report

@@ -1,0 +1,61 @@
+#include "report_recorder.h"
+
+#include "points.h"
+
+namespace report {
+
+// The time is taken under the lock, so that what stands later in the record came later.
+
+void ReportRecorder::Video(const MediaFrame& frame) {
+  const std::lock_guard lock(mutex_);
+  record_.AddVideo(NowMs(), frame);
+}
+
+void ReportRecorder::Audio(const MediaFrame& frame) {
+  const std::lock_guard lock(mutex_);
+  record_.AddAudio(NowMs(), frame);
+}
+
+void ReportRecorder::AudioClock(float seconds) {
+  const std::lock_guard lock(mutex_);
+  record_.audio_clock.Add(NowMs(), seconds);
+}
+
+void ReportRecorder::Duration(float seconds) {
+  const std::lock_guard lock(mutex_);
+  record_.duration.Add(NowMs(), seconds);
+}
+
+void ReportRecorder::BufferedTime(float seconds) {
+  const std::lock_guard lock(mutex_);
+  record_.buffered_time.Add(NowMs(), seconds);
+}
+
+void ReportRecorder::Message(const std::string& line) {
+  const std::lock_guard lock(mutex_);
+  record_.texts.Add(NowMs(), TextKind::kMessage, line);
+}
+
+void ReportRecorder::PlayResult(const std::string& line) {
+  const std::lock_guard lock(mutex_);
+  record_.texts.Add(NowMs(), TextKind::kResult, line);
+}
+
+void ReportRecorder::Restart() {
+  const std::lock_guard lock(mutex_);
+  record_ = {};
+  start_ = SteadyClock::now();
+}
+
+ReportRecord ReportRecorder::Snapshot() const {
+  const std::lock_guard lock(mutex_);
+  ReportRecord record = record_;
+  record.elapsed_ms = NowMs();
+  return record;
+}
+
+double ReportRecorder::NowMs() const {
+  return std::chrono::duration<double, std::milli>(SteadyClock::now() - start_).count();
+}
+
+}  // namespace report

@@ -1,0 +1,11 @@
+// For a host that is built apart from the tree: there are no reports.
+#include "report.h"
+
+namespace host {
+
+std::unique_ptr<Report> OpenReport(const std::filesystem::path&, std::string& error) {
+  error = kNoReport;
+  return nullptr;
+}
+
+}  // namespace host

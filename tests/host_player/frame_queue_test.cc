@@ -1,0 +1,168 @@
+#include "host/player/frame_queue.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <functional>
+#include <thread>
+#include <vector>
+
+#include "tests/support/wait_until.h"
+
+namespace player {
+namespace {
+
+constexpr std::chrono::milliseconds kNoPatience{0};
+constexpr std::chrono::milliseconds kLongPatience{20'000};
+
+MediaUnit UnitAt(double seconds, std::size_t size = 10) {
+  const auto ticks = static_cast<std::uint64_t>(seconds * kTicksPerSecond);
+  return {std::vector<std::uint8_t>(size), ticks, ticks};
+}
+
+// A thread that pushes, and whether that is over.
+class Pusher {
+ public:
+  Pusher(FrameQueue& queue, Kind kind, MediaUnit unit)
+      : thread_([this, &queue, kind, unit = std::move(unit)] {
+          taken_ = queue.Push(kind, unit);
+          over_ = true;
+        }) {}
+  ~Pusher() { thread_.join(); }
+  Pusher(const Pusher&) = delete;
+  Pusher& operator=(const Pusher&) = delete;
+
+  bool over() const { return over_.load(); }
+  bool taken() const { return taken_.load(); }
+
+ private:
+  std::atomic<bool> over_{false};
+  std::atomic<bool> taken_{false};
+  std::thread thread_;
+};
+
+class FrameQueueTest : public testing::Test {
+ protected:
+  // Fills both lanes to the brim.
+  void FillBoth() {
+    for (const Kind kind : {Kind::kAudio, Kind::kVideo}) {
+      ASSERT_TRUE(queue_.Push(kind, UnitAt(0)));
+    }
+    for (const Kind kind : {Kind::kAudio, Kind::kVideo}) {
+      ASSERT_TRUE(queue_.Push(kind, UnitAt(2)));
+      ASSERT_TRUE(queue_.IsFull(kind));
+    }
+  }
+
+  FrameQueue queue_{{2, 1000, 3000}};
+};
+
+TEST_F(FrameQueueTest, UnitsComeOutInTheirOrderKindByKind) {
+  queue_.Push(Kind::kVideo, UnitAt(0.2));
+  queue_.Push(Kind::kAudio, UnitAt(0.1));
+  queue_.Push(Kind::kVideo, UnitAt(0.1));
+  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 18'000U);
+  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 9'000U);
+  EXPECT_EQ(queue_.Pop(Kind::kAudio, kNoPatience)->pts, 9'000U);
+  EXPECT_FALSE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+}
+
+TEST_F(FrameQueueTest, FullLaneMakesTheGiverWaitUntilThereIsRoom) {
+  FillBoth();
+  const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
+  EXPECT_FALSE(queue_.Pop(Kind::kVideo, kNoPatience)->pts > 0);
+  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
+  EXPECT_TRUE(pusher.taken());
+  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 180'000U);
+  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 189'000U);
+}
+
+TEST_F(FrameQueueTest, NothingIsTakenWhileTheLaneIsFull) {
+  FillBoth();
+  const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
+  // The other lane moves meanwhile; it does not run empty.
+  for (int i = 0; i < 50; ++i) {
+    ASSERT_TRUE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+    ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(2)));
+    ASSERT_FALSE(pusher.over());
+  }
+  queue_.Close();
+  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
+  EXPECT_FALSE(pusher.taken());
+}
+
+TEST_F(FrameQueueTest, LaneIsFullByBytesToo) {
+  queue_.Push(Kind::kVideo, UnitAt(0, 999));
+  EXPECT_FALSE(queue_.IsFull(Kind::kVideo));
+  queue_.Push(Kind::kVideo, UnitAt(0, 1));
+  EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
+}
+
+TEST_F(FrameQueueTest, TimeThatJumpsBackCountsAsTime) {
+  queue_.Push(Kind::kVideo, UnitAt(100));
+  queue_.Push(Kind::kVideo, UnitAt(1));
+  EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
+}
+
+TEST_F(FrameQueueTest, FullLaneGoesOnWhileTheOtherStarves) {
+  FillBoth();
+  while (queue_.Pop(Kind::kAudio, kNoPatience)) {
+  }
+  ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3)));
+  ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(4)));
+  // Audio behind all this video can come at last.
+  ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(0.1)));
+  EXPECT_TRUE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+}
+
+TEST_F(FrameQueueTest, GiverThatWaitsGoesOnWhenTheOtherLaneRunsEmpty) {
+  FillBoth();
+  const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
+  while (queue_.Pop(Kind::kAudio, kNoPatience)) {
+  }
+  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
+  EXPECT_TRUE(pusher.taken());
+}
+
+TEST_F(FrameQueueTest, StarvingLaneDoesNotLiftTheHardLimit) {
+  FillBoth();
+  while (queue_.Pop(Kind::kAudio, kNoPatience)) {
+  }
+  ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3, 3000)));
+  const Pusher pusher(queue_, Kind::kVideo, UnitAt(4));
+  while (!pusher.over() && queue_.Pop(Kind::kVideo, kNoPatience)) {
+  }
+  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
+}
+
+TEST_F(FrameQueueTest, StreamOfOneKindIsBoundedAsWell) {
+  queue_.Push(Kind::kVideo, UnitAt(0));
+  queue_.Push(Kind::kVideo, UnitAt(2));
+  const Pusher pusher(queue_, Kind::kVideo, UnitAt(3));
+  queue_.Close();
+  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
+  EXPECT_FALSE(pusher.taken());
+}
+
+TEST_F(FrameQueueTest, CloseLetsGiversOfBothKindsAndTakersGo) {
+  FillBoth();
+  const Pusher video(queue_, Kind::kVideo, UnitAt(3));
+  const Pusher audio(queue_, Kind::kAudio, UnitAt(3));
+  queue_.Close();
+  EXPECT_TRUE(WaitUntil([&] { return video.over() && audio.over(); }));
+  EXPECT_FALSE(queue_.Pop(Kind::kVideo, kLongPatience).has_value());
+  EXPECT_FALSE(queue_.Push(Kind::kVideo, UnitAt(0)));
+}
+
+TEST_F(FrameQueueTest, QueueIsIdleOnlyWhenTheLastUnitIsDoneWith) {
+  EXPECT_TRUE(queue_.IsIdle());
+  queue_.Push(Kind::kAudio, UnitAt(0));
+  EXPECT_FALSE(queue_.IsIdle());
+  queue_.Pop(Kind::kAudio, kNoPatience);
+  EXPECT_FALSE(queue_.IsIdle());
+  queue_.Pop(Kind::kAudio, kNoPatience);
+  EXPECT_TRUE(queue_.IsIdle());
+}
+
+}  // namespace
+}  // namespace player

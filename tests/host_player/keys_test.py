@@ -1,0 +1,88 @@
+"""The keys."""
+
+import time
+
+from player import PlayerCase, make_colours, seconds_of
+
+_COLOURS = ["red", "lime", "blue"]
+
+
+class SeekKeysTest(PlayerCase):
+    def test_transport_stream(self):
+        make_colours(self.www / "sample.ts", _COLOURS, 10)
+        self.check("sample.ts")
+
+    def test_mp4(self):
+        make_colours(self.www / "sample.mp4", _COLOURS, 10, "-movflags", "+faststart")
+        self.check("sample.mp4")
+
+    def test_http_live_streaming(self):
+        make_colours(self.www / "list.m3u8", _COLOURS, 10, "-c:v", "libx264", "-f", "hls",
+                     "-hls_time", "2", "-hls_playlist_type", "vod")
+        self.check("list.m3u8")
+
+    def check(self, name):
+        server = self.serve()
+        run = self.start_player(server.url(name))
+        self.display.await_colour("red")
+        self.display.press("Right")
+        self.display.await_colour("green")
+        title = self.await_title(lambda title: title["state"] is None, "that it plays")
+        self.assertIn(seconds_of(title["position"]), range(10, 18))
+        self.display.press("Left")
+        self.display.await_colour("red")
+        title = self.await_title(lambda title: title["state"] is None, "that it plays")
+        self.assertIn(seconds_of(title["position"]), range(0, 10))
+        self.display.press("q")
+        self.assert_ends_soon(run)
+        self.assertEqual(run.summary()["errors"], 0, run.summary())
+        starts = [line for line in server.requests(3) if line.startswith(f"/{name} ")]
+        self.assertGreaterEqual(len(starts), 3)  # the first, and one for each key
+
+
+class OtherKeysTest(PlayerCase):
+    def setUp(self):
+        super().setUp()
+        make_colours(self.www / "sample.ts", ["red"], 12)
+        self.address = self.serve().url("sample.ts")
+
+    def test_space_pauses_and_goes_on(self):
+        self.start_player(self.address)
+        self.display.await_colour("red")
+        self.display.press("space")
+        held = seconds_of(self.await_state("paused")["position"])
+        until = time.monotonic() + 2.5  # a player that does not pause would be farther by then
+        while time.monotonic() < until:
+            self.assertEqual(seconds_of(self.title()["position"]), held)
+        self.display.press("space")
+        self.await_title(lambda title: seconds_of(title["position"]) > held, "that it goes on")
+
+    def test_full_screen_and_back(self):
+        self.display.start_window_manager()
+        self.start_player(self.address)
+        self.display.await_colour("red")
+        self.display.press("f")
+        self.display.await_colour("red", x=140, y=740)
+        self.assertEqual(self.display.size_of_window(), (1024, 768))
+        self.display.press("f")
+        self.display.await_colour("black", x=140, y=740)
+
+    def test_player_that_is_paused_with_all_queues_full_ends_at_once(self):
+        run = self.start_player(self.address)
+        self.display.await_colour("red")
+        self.display.press("space")
+        self.await_state("paused")
+        # So much waits in the player that the calls of the component wait for room.
+        self.await_title(lambda title: seconds_of(title["buffered"]) >= 5, "full queues")
+        self.display.press("Escape")
+        self.assert_ends_soon(run)
+
+    def test_start_position_is_sought(self):
+        make_colours(self.www / "other.ts", ["red", "lime"], 10)
+        self.start_player(self.serve_again("other.ts"), "--start", "11")
+        self.display.await_colour("green")
+        title = self.await_title(lambda title: title["position"], "a position")
+        self.assertIn(seconds_of(title["position"]), range(11, 18))
+
+    def serve_again(self, name):
+        return self.address.replace("sample.ts", name)

@@ -1,0 +1,95 @@
+#include "host/player/play_clock.h"
+
+#include <gtest/gtest.h>
+
+namespace player {
+namespace {
+
+TEST(PlayClockTest, NothingIsDueBeforeTheStart) {
+  PlayClock clock;
+  EXPECT_FALSE(clock.At(5).has_value());
+  EXPECT_FALSE(clock.HeardAt(5).has_value());
+  EXPECT_FALSE(clock.IsRunning());
+}
+
+TEST(PlayClockTest, TimeGoesByItselfWithoutSound) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  EXPECT_DOUBLE_EQ(*clock.At(100), 10);
+  EXPECT_DOUBLE_EQ(*clock.At(103.5), 13.5);
+}
+
+TEST(PlayClockTest, FirstSoundSetsTheTime) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100.04);
+  EXPECT_DOUBLE_EQ(*clock.At(100.04), 10);
+  EXPECT_NEAR(*clock.HeardAt(100.05), 10.01, 1e-9);
+}
+
+TEST(PlayClockTest, UnevenMomentsAreSmoothed) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  clock.Hear(10.02, 100.03);  // 10 ms late
+  EXPECT_NEAR(*clock.At(100.03), 10.029, 1e-9);
+  EXPECT_NEAR(*clock.HeardAt(100.03), 10.02, 1e-9);
+}
+
+TEST(PlayClockTest, LargeDistanceIsTakenAsItIs) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  clock.Hear(20, 100.02);
+  EXPECT_DOUBLE_EQ(*clock.At(100.02), 20);
+}
+
+TEST(PlayClockTest, TimeGoesOnWhenTheSoundRunsDry) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  clock.HearNothing();
+  EXPECT_DOUBLE_EQ(*clock.At(102), 12);
+  EXPECT_FALSE(clock.HeardAt(102).has_value());
+}
+
+TEST(PlayClockTest, SoundThatComesLateTakesTheTimeBack) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  clock.HearNothing();
+  clock.Hear(10.02, 102);
+  EXPECT_DOUBLE_EQ(*clock.At(102), 10.02);
+}
+
+TEST(PlayClockTest, PauseHoldsTheTime) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.SetPaused(true, 101);
+  EXPECT_TRUE(clock.IsPaused());
+  EXPECT_DOUBLE_EQ(*clock.At(150), 11);
+  clock.SetPaused(false, 150);
+  EXPECT_DOUBLE_EQ(*clock.At(151), 12);
+}
+
+TEST(PlayClockTest, NothingToPlayHoldsTheTimeUntilBothReasonsAreGone) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.SetStarved(true, 101);
+  clock.SetPaused(true, 102);
+  clock.SetStarved(false, 103);
+  EXPECT_DOUBLE_EQ(*clock.At(110), 11);
+  clock.SetPaused(false, 110);
+  EXPECT_DOUBLE_EQ(*clock.At(111), 12);
+}
+
+TEST(PlayClockTest, SoundHeardWhileHeldDoesNotMoveTheTime) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.SetPaused(true, 101);
+  clock.Hear(50, 101.5);
+  EXPECT_DOUBLE_EQ(*clock.At(102), 11);
+}
+
+}  // namespace
+}  // namespace player

@@ -1,0 +1,113 @@
+#include "host/player/play_control.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/host_player/frame_at.h"
+#include "tests/support/wait_until.h"
+
+namespace player {
+namespace {
+
+using testing::ElementsAre;
+
+class FakeDownloader final : public host::Downloader {
+ public:
+  bool Begin(const std::string& address) override {
+    calls.push_back("begin " + address);
+    return !refuses;
+  }
+  bool End() override {
+    calls.emplace_back("end");
+    return true;
+  }
+  bool SetStart(float seconds) override {
+    calls.push_back("start at " + std::to_string(static_cast<int>(seconds)));
+    return true;
+  }
+
+  std::vector<std::string> calls;
+  bool refuses = false;
+};
+
+// Without SDL there is no sound device, so a thread takes the sound.
+class PlayControlTest : public testing::Test {
+ protected:
+  PlayControl Make(std::optional<double> start_seconds = {}) {
+    constexpr double kIdleSeconds = 0.05;
+    return {{"a.ts", start_seconds, kIdleSeconds},
+            {downloader_, receiver_, output_, clock_, counts_, [this] { ++starts_; }}};
+  }
+
+  host::SteadyClock clock_;
+  PlayCounts counts_;
+  FrameReceiver receiver_{clock_, counts_};
+  FakeDownloader downloader_;
+  SoundOutput output_{clock_};
+  int starts_ = 0;
+};
+
+TEST_F(PlayControlTest, MoveEndsTheDownloadSetsThePositionAndBeginsAgain) {
+  {
+    PlayControl control = Make();
+    ASSERT_TRUE(control.Begin());
+    control.Move(10);
+    EXPECT_EQ(starts_, 2);
+  }
+  EXPECT_THAT(downloader_.calls,
+              ElementsAre("begin a.ts", "end", "start at 10", "begin a.ts", "end"));
+}
+
+TEST_F(PlayControlTest, MoveBackStopsAtTheBeginning) {
+  PlayControl control = Make();
+  ASSERT_TRUE(control.Begin());
+  control.Move(10);
+  control.Move(-30);
+  EXPECT_EQ(downloader_.calls[5], "start at 0");
+}
+
+TEST_F(PlayControlTest, StartPositionWaitsForTheFirstFrame) {
+  PlayControl control = Make(5);
+  ASSERT_TRUE(control.Begin());
+  control.Tick();
+  EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
+  receiver_.OnVideoFrame(FrameAt(90'000, "v"));
+  control.Tick();
+  control.Tick();
+  EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts", "end", "start at 5", "begin a.ts"));
+}
+
+TEST_F(PlayControlTest, StreamThatNeverComesEnds) {
+  for (const std::optional<double> start_seconds : {std::optional<double>(), {5.0}}) {
+    PlayControl control = Make(start_seconds);
+    ASSERT_TRUE(control.Begin());
+    EXPECT_TRUE(WaitUntil([&control] {
+      control.Tick();
+      return control.HasEnded();
+    }));
+    EXPECT_EQ(control.Facts().state, PlayState::kEnded);
+  }
+}
+
+TEST_F(PlayControlTest, PauseLastsThroughAMove) {
+  PlayControl control = Make();
+  ASSERT_TRUE(control.Begin());
+  control.TogglePause();
+  control.Move(10);
+  EXPECT_TRUE(control.playback()->clock().IsPaused());
+  EXPECT_EQ(control.Facts().state, PlayState::kPaused);
+  control.TogglePause();
+  EXPECT_FALSE(control.playback()->clock().IsPaused());
+}
+
+TEST_F(PlayControlTest, RefusedAddressIsTold) {
+  downloader_.refuses = true;
+  PlayControl control = Make();
+  EXPECT_FALSE(control.Begin());
+}
+
+}  // namespace
+}  // namespace player

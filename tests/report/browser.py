@@ -1,0 +1,165 @@
+"""Chromium without a window, driven through its debugging pipe: JSON messages, each with a zero byte
+behind it. It needs no package beside the browser itself."""
+
+import base64
+import fcntl
+import json
+import os
+import pathlib
+import select
+import shutil
+import subprocess
+import tempfile
+import time
+
+_LIMIT_SECONDS = 60
+_FLAGS = (
+    "--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+    "--disable-background-networking", "--disable-component-update", "--disable-sync",
+    "--disable-dev-shm-usage", "--remote-debugging-pipe",
+)
+
+
+def _moved_up(descriptor):
+    """The same under a number that is out of the way of 3 and 4."""
+    moved = fcntl.fcntl(descriptor, fcntl.F_DUPFD_CLOEXEC, 10)
+    os.close(descriptor)
+    return moved
+
+
+class _Pipe:
+    """The two ends that the browser knows as its descriptors 3 and 4."""
+
+    def __init__(self):
+        self.browser_reads, self._write_end = map(_moved_up, os.pipe())
+        self._read_end, self.browser_writes = map(_moved_up, os.pipe())
+        self._received = b""
+
+    def close_ends_of_browser(self):
+        os.close(self.browser_reads)
+        os.close(self.browser_writes)
+
+    def close(self):
+        os.close(self._write_end)
+        os.close(self._read_end)
+
+    def send(self, message):
+        data = json.dumps(message).encode() + b"\0"
+        while data:
+            data = data[os.write(self._write_end, data):]
+
+    def receive(self, deadline):
+        """The next message; None when none has come by then."""
+        while b"\0" not in self._received:
+            left = max(0, deadline - time.monotonic())
+            if not select.select([self._read_end], [], [], left)[0]:
+                return None
+            data = os.read(self._read_end, 1 << 16)
+            if not data:
+                raise RuntimeError("the browser has ended")
+            self._received += data
+        message, self._received = self._received.split(b"\0", 1)
+        return json.loads(message)
+
+
+def _start(pipe, profile):
+    """The descriptors are put in place by a shell, since only it can number them."""
+    command = [os.environ.get("STREAM_CHROMIUM", "chromium"), *_FLAGS, f"--user-data-dir={profile}", "about:blank"]
+    script = f'exec "$@" 3<&{pipe.browser_reads} 4>&{pipe.browser_writes}'
+    return subprocess.Popen(
+        ["bash", "-c", script, "bash", *command], pass_fds=(pipe.browser_reads, pipe.browser_writes),
+        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+class Browser:
+    """One page in a browser of its own. Notes what the page complains of and what it asks for."""
+
+    def __init__(self):
+        self.complaints = []
+        self.requests = []
+        self.dialogs = []
+        self._next_id = 0
+        self._loaded = False
+        self._profile = tempfile.mkdtemp(prefix="stream-browser-")
+        self._pipe = _Pipe()
+        self._process = _start(self._pipe, self._profile)
+        self._pipe.close_ends_of_browser()
+        self._route = {}  # what leads a message to the page
+        targets = self.call("Target.getTargets")["targetInfos"]
+        page = next(target for target in targets if target["type"] == "page")
+        attach = {"targetId": page["targetId"], "flatten": True}
+        self._route = self.call("Target.attachToTarget", **attach)
+        for domain in ("Page", "Runtime", "Log", "Network"):
+            self.call(f"{domain}.enable")
+
+    def close(self):
+        self._process.kill()
+        self._process.wait()
+        self._pipe.close()
+        shutil.rmtree(self._profile, ignore_errors=True)
+
+    def call(self, method, **parameters):
+        self._next_id += 1
+        message = {"id": self._next_id, "method": method, "params": parameters, **self._route}
+        self._pipe.send(message)
+        answer = self._wait(lambda message: message.get("id") == self._next_id, method)
+        if "error" in answer:
+            raise RuntimeError(f"{method}: {answer['error']}")
+        return answer["result"]
+
+    def open(self, path):
+        self._loaded = False
+        self.call("Page.navigate", url=pathlib.Path(path).as_uri())
+        if not self._loaded:
+            self._wait(lambda message: self._loaded, "the page loads")
+        self.settle()
+
+    def settle(self):
+        """Until what a change of the page set off has been drawn."""
+        self.value("new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))")
+
+    def value(self, expression):
+        result = self.call("Runtime.evaluate", expression=expression, returnByValue=True,
+                           awaitPromise=True)
+        if "exceptionDetails" in result:
+            raise RuntimeError(f"{expression}: {result['exceptionDetails']}")
+        return result["result"].get("value")
+
+    def choose_scheme(self, scheme):
+        features = [{"name": "prefers-color-scheme", "value": scheme}]
+        self.call("Emulation.setEmulatedMedia", features=features)
+        self.settle()
+
+    def choose_size(self, width, height, mobile=False):
+        self.call("Emulation.setDeviceMetricsOverride", width=width, height=height,
+                  deviceScaleFactor=1, mobile=mobile)
+        self.settle()
+
+    def picture(self):
+        """What is seen, as a PNG."""
+        return base64.b64decode(self.call("Page.captureScreenshot", format="png")["data"])
+
+    def _wait(self, is_it, what):
+        deadline = time.monotonic() + _LIMIT_SECONDS
+        while True:
+            message = self._pipe.receive(deadline)
+            if message is None:
+                raise TimeoutError(f"the browser does not answer: {what}")
+            self._note(message)
+            if is_it(message):
+                return message
+
+    def _note(self, message):
+        method, parameters = message.get("method"), message.get("params")
+        if method == "Page.loadEventFired":
+            self._loaded = True
+        elif method == "Page.javascriptDialogOpening":
+            self.dialogs.append(parameters["message"])
+        elif method == "Network.requestWillBeSent":
+            self.requests.append(parameters["request"]["url"])
+        elif method == "Runtime.exceptionThrown":
+            self.complaints.append(str(parameters["exceptionDetails"]))
+        elif method == "Runtime.consoleAPICalled":
+            self.complaints.append(str(parameters["args"]))
+        elif method == "Log.entryAdded":
+            self.complaints.append(str(parameters["entry"]))

@@ -1,0 +1,240 @@
+"""The report of a run, opened in a browser."""
+
+import os
+import re
+import subprocess
+import unittest
+
+from browser import Browser
+from support.hls import HlsCase
+
+_CHARTS = ("chart-status", "chart-arrival", "chart-distance", "chart-steps", "chart-told",
+           "chart-sizes", "chart-rate")
+# How many pixels of a chart's canvas have the colour that the style sheet gives the name.
+_PIXELS = """
+((chart, name) => {
+  const canvas = document.querySelector(`#${chart} canvas`);
+  const probe = document.createElement("i");
+  probe.style.color = getComputedStyle(document.documentElement).getPropertyValue(`--${name}`);
+  document.body.append(probe);
+  const wanted = getComputedStyle(probe).color.match(/[0-9]+/g).map(Number);
+  probe.remove();
+  const pixels = canvas.getContext("2d").getImageData(0, 0, canvas.width, canvas.height).data;
+  let count = 0;
+  for (let at = 0; at < pixels.length; at += 4) {
+    const near = wanted.every((value, i) => Math.abs(value - pixels[at + i]) < 4);
+    if (near && pixels[at + 3] > 250) ++count;
+  }
+  return count;
+})"""
+
+
+class ReportCase(HlsCase):
+    def setUp(self):
+        super().setUp()
+        self.page = self.directory / "report.html"
+        self.browser = Browser()
+        self.addCleanup(self.browser.close)
+
+    def play_and_report(self, address, *options):
+        return self.play(address, "--report", str(self.page), *options)
+
+    def open(self):
+        self.browser.open(self.page)
+        self.assertEqual(self.browser.complaints, [])
+        self.assertEqual(self.browser.requests, [self.page.as_uri()])
+
+    def text(self, selector):
+        return self.browser.value(f"document.querySelector('{selector}').textContent")
+
+    def texts(self, selector):
+        return self.browser.value(
+            f"[...document.querySelectorAll('{selector}')].map((found) => found.textContent)")
+
+    def rows(self, table):
+        return self.browser.value(
+            f"[...document.querySelectorAll('#{table} tbody tr')]"
+            ".map((row) => [...row.cells].map((cell) => cell.textContent))")
+
+    def pixels(self, chart, colour):
+        return self.browser.value(f"{_PIXELS}('{chart}', '{colour}')")
+
+    def report_of_sample(self):
+        """Of a sample without fault, opened."""
+        run = self.play_and_report(f"file://{self.make_hls(3).playlist}")
+        self.open()
+        return run
+
+
+class PageTest(ReportCase):
+    def test_charts_are_drawn_in_both_schemes(self):
+        self.report_of_sample()
+        for scheme in ("light", "dark", "light"):
+            self.browser.choose_scheme(scheme)
+            for chart in _CHARTS:
+                colour = "third" if chart == "chart-told" else "video"
+                self.assertGreater(self.pixels(chart, colour), 5, f"{chart}, {scheme}")
+        self.assertEqual(self.browser.complaints, [])
+
+    def test_legend_tells_what_came_last_where_the_cursor_is(self):
+        run = self.report_of_sample()
+        self.browser.value("document.getElementById('chart-status').scrollIntoView()")
+        right, middle = self.browser.value(
+            "((box) => [box.right - 2, box.top + box.height / 2])"
+            "(document.querySelector('#chart-status .u-over').getBoundingClientRect())")
+        self.browser.call("Input.dispatchMouseEvent", type="mouseMoved", x=right, y=middle)
+        self.browser.settle()
+        (result,) = run.values("result")
+        told = self.texts("#chart-status .u-value")
+        self.assertIn(result[:50], told[2])
+        last = max(run.frames_of("audio"), key=lambda frame: frame.pts)
+        self.assertEqual(told[6], f"{last.pts / 90000:.3f} s")
+
+    def test_counts_are_those_of_the_dump(self):
+        run = self.report_of_sample()
+        table = {row[0]: row[1:] for row in self.rows("table-frames")}
+        kinds = [run.frames_of(kind) for kind in ("video", "audio")]
+        self.assertEqual(table["frames"], [f"{len(frames):,}" for frames in kinds])
+        self.assertEqual(
+            table["bytes"], [f"{sum(frame.size for frame in frames):,}" for frames in kinds])
+        self.assertEqual(
+            table["last time stamp"],
+            [f"{max(frame.pts for frame in frames) / 90000:.3f} s" for frames in kinds])
+        # Lines of two threads that come at once may have another order in the dump.
+        self.assertCountEqual(
+            [row[1:] for row in self.rows("table-lines")],
+            [[event.name, event.value] for event in run.events if event.name in ("message", "result")])
+        self.assertEqual(table["gaps"], ["0", "0"])
+        self.assertIn("Nothing odd.", self.text("#verdict"))
+
+    def test_a_click_on_a_head_sorts_by_it_and_a_second_one_turns_the_order(self):
+        self.report_of_sample()
+        tables = self.browser.value(
+            "[...document.querySelectorAll('.table table')].map((table) => table.id)")
+        self.assertEqual(len(tables), 5)
+        for table in tables:
+            kinds = self.browser.value(
+                f"[...document.querySelectorAll('#{table} th')].map((head) => head.className)")
+            for at, kind in enumerate(kinds):
+                with self.subTest(table=table, column=at):
+                    self.assert_sorts(table, at, _number if kind == "number" else str.casefold)
+
+    def assert_sorts(self, table, at, key):
+        rows = self.rows(table)
+        for direction, reverse in (("ascending", False), ("descending", True)):
+            head = f"document.querySelectorAll('#{table} th')[{at}]"
+            self.browser.value(f"{head}.querySelector('button').click()")
+            self.assertEqual(self.browser.value(f"{head}.getAttribute('aria-sort')"), direction)
+            ordered = self.rows(table)
+            self.assertEqual(sorted(ordered), sorted(rows))
+            keys = [key(row[at]) for row in ordered if row[at] != "–"]
+            self.assertEqual(keys, sorted(keys, reverse=reverse))
+
+    def test_light_and_dark_differ(self):
+        self.report_of_sample()
+        looks = {}
+        for scheme in ("light", "dark"):
+            self.browser.choose_scheme(scheme)
+            ground, ink = self.browser.value(
+                "(({backgroundColor, color}) => [backgroundColor, color])(getComputedStyle(document.body))")
+            looks[scheme] = sum(_channels(ground)), sum(_channels(ink)), self.browser.picture()
+        self.assertGreater(looks["light"][0], looks["light"][1] + 300)
+        self.assertGreater(looks["dark"][1], looks["dark"][0] + 300)
+        self.assertNotEqual(looks["light"][2], looks["dark"][2])
+
+    def test_page_fits_a_phone_and_follows_when_it_is_turned(self):
+        self.browser.choose_size(360, 740, mobile=True)
+        self.report_of_sample()
+        for width in (360, 740, 320):
+            self.browser.choose_size(width, 740, mobile=True)
+            shown = self.browser.value("[document.documentElement.scrollWidth, innerWidth]")
+            self.assertEqual(shown, [width, width])
+            charts = self.browser.value(
+                "[...document.querySelectorAll('canvas')].map((c) => c.getBoundingClientRect().right)")
+            self.assertLess(max(charts), width)
+
+
+class OddStreamTest(ReportCase):
+    def test_gap_is_told_on_top(self):
+        sample = self.make_hls(4)
+        lines = sample.playlist.read_text().splitlines()
+        left_out = lines.index("seg0001.ts")
+        del lines[left_out - 1:left_out + 1]
+        sample.playlist.write_text("\n".join(lines) + "\n")
+        self.play_and_report(f"file://{sample.playlist}")
+        self.open()
+        self.assertIn("odd", self.text("#verdict"))
+        self.assertIn("Gap in the video", self.texts("#findings strong"))
+        (gap,) = [row for row in self.rows("table-jumps") if row[0] == "video"]
+        self.assertEqual(gap[1], "gap")
+        self.assertAlmostEqual(float(gap[6].removesuffix(" s")), 1.04, delta=0.005)
+        self.assertIn(f"The widest is {gap[6]}", self.text("#findings ul"))
+
+    def test_stream_without_audio_is_told_on_top(self):
+        path = self.www / "silent.ts"
+        subprocess.run(
+            ["ffmpeg", "-nostdin", "-v", "error", "-y", "-f", "lavfi",
+             "-i", "testsrc2=size=160x120:rate=25:duration=1", "-c:v", "libx264", "-f", "mpegts", str(path)],
+            check=True, timeout=60)
+        self.play_and_report(f"file://{path}")
+        self.open()
+        self.assertIn("Video without audio", self.texts("#findings strong"))
+
+    def test_address_that_gives_nothing_is_told_on_top(self):
+        self.play_and_report(f"file://{self.directory}/none.ts")
+        self.open()
+        self.assertIn("No frame came", self.texts("#findings strong"))
+
+    def test_last_run_of_a_repeat_is_reported(self):
+        run = self.play_and_report(f"file://{self.make_hls(2).playlist}", "--repeat", "1")
+        self.open()
+        frames = int(self.rows("table-frames")[0][1].replace(",", ""))
+        self.assertEqual(frames, run.summary["runs"][1]["video"]["frames"])
+
+
+class HostileTextTest(ReportCase):
+    def test_markup_in_address_and_lines_runs_nothing(self):
+        markup = "</script><script>window.harm=1</script><img src=x onerror='window.harm=1'>"
+        address = f"file://{self.directory}/{markup}\x1b[31m<!--.ts"
+        self.play_and_report(address)
+        self.open()
+        self.assertIn(markup, self.text("#address"))
+        self.assertIn(markup, self.text("#table-lines"))
+        self.assertIn("\\u001b[31m", self.text("#table-lines"))
+        self.assertIsNone(self.browser.value("window.harm"))
+        self.assertEqual(self.browser.value("document.images.length"), 0)
+        self.assertEqual(self.browser.dialogs, [])
+
+    def test_bytes_that_are_no_text_are_shown_as_such(self):
+        address = os.fsencode(f"file://{self.directory}/") + b"\xff\xc3(\xed\xa0\x80.ts"
+        self.play_and_report(os.fsdecode(address))
+        self.open()
+        self.assertIn("\ufffd", self.text("#address"))
+
+    def test_policy_of_the_page_forbids_what_is_not_in_it(self):
+        self.report_of_sample()
+        self.browser.value("fetch('http://127.0.0.1:9/').catch(() => null)")
+        self.assertIn("Content Security Policy", " ".join(self.browser.complaints))
+
+
+class OptionTest(ReportCase):
+    def test_file_that_cannot_be_written_is_refused_before_anything_plays(self):
+        command = [*self._host, "file:///none.ts", "--report", str(self.directory / "none" / "a.html")]
+        ended = subprocess.run(command, capture_output=True, text=True, timeout=60)
+        self.assertEqual(ended.returncode, 2)
+        self.assertIn("--report: cannot write", ended.stderr)
+        self.assertEqual(ended.stdout, "")
+
+
+def _number(cell):
+    """What a cell such as "1.5 s", "12,345" or "691 kbit/s" holds."""
+    digits, prefix = re.match(r"(-?[\d,.]+) ?([kMG]?)", cell).groups()
+    return float(digits.replace(",", "")) * {"": 1, "k": 1e3, "M": 1e6, "G": 1e9}[prefix]
+
+
+def _channels(colour):
+    return [int(part) for part in colour.removeprefix("rgb(").removesuffix(")").split(",")]
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,5 +1,6 @@
 #include "access_units.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace player {
@@ -10,7 +11,7 @@ std::vector<MediaUnit> AccessUnitGatherer::Add(const MediaUnit& frame) {
   const std::vector<NalUnit> units = SplitNalUnits(stream);
   // What stands before the first start code goes on where the frame before ended.
   const Bytes rest = stream.first(units.empty() ? stream.size() : units.front().begin);
-  if (!current_.data.empty()) current_.data.insert(current_.data.end(), rest.begin(), rest.end());
+  if (!current_.data.empty()) Append(rest);
   for (std::size_t i = 0; i < units.size(); ++i) {
     if (!codec_) LearnCodec(units[i].payload, frame, complete);
     const std::size_t end = i + 1 < units.size() ? units[i + 1].begin : stream.size();
@@ -45,9 +46,14 @@ void AccessUnitGatherer::AddPart(Bytes part, const NalRole& role, const MediaUni
     current_.pts = frame.pts;
     current_.dts = frame.dts;
   }
-  current_.data.insert(current_.data.end(), part.begin(), part.end());
+  Append(part);
   current_has_picture_ |= role.is_picture;
   current_has_entry_ |= role.is_entry;
+}
+
+void AccessUnitGatherer::Append(Bytes part) {
+  const Bytes kept = part.first(std::min(part.size(), kMostBytes - current_.data.size()));
+  current_.data.insert(current_.data.end(), kept.begin(), kept.end());
 }
 
 void AccessUnitGatherer::TakeCurrent(std::vector<MediaUnit>& complete) {

@@ -9,6 +9,7 @@
 #ifndef HOST_PLAYER_ACCESS_UNITS_H_
 #define HOST_PLAYER_ACCESS_UNITS_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -20,6 +21,9 @@ namespace player {
 
 class AccessUnitGatherer {
  public:
+  // No picture needs more. What a unit has beyond it is dropped.
+  static constexpr std::size_t kMostBytes = std::size_t{32} << 20;
+
   // The access units that are complete now, in their order.
   std::vector<MediaUnit> Add(const MediaUnit& frame);
 
@@ -40,6 +44,7 @@ class AccessUnitGatherer {
   void AddPart(Bytes part, const NalRole& role, const MediaUnit& frame,
                std::vector<MediaUnit>& complete);
   void TakeCurrent(std::vector<MediaUnit>& complete);
+  void Append(Bytes part);
 
   std::optional<VideoCodec> codec_;
   MediaUnit current_;

@@ -93,10 +93,16 @@ void Playback::FinishVideo() {
 }
 
 void Playback::DecodeAudio() {
-  AudioDecoder decoder(counts_, [this](SoundPiece piece) { sound_.Push(std::move(piece)); });
+  std::optional<AudioDecoder> decoder;
   while (!closed_.load()) {
     const auto frame = frames_.Pop(Kind::kAudio, kPatience);
-    if (frame && !IsLeftover(*frame)) Guarded([&] { decoder.Decode(*frame); });
+    if (!frame || IsLeftover(*frame)) continue;
+    Guarded([&] {
+      if (!decoder) {
+        decoder.emplace(counts_, [this](SoundPiece piece) { sound_.Push(std::move(piece)); });
+      }
+      decoder->Decode(*frame);
+    });
   }
 }
 

@@ -140,6 +140,19 @@ TEST(AccessUnitsTest, StreamOfAnotherCodecIsNotKept) {
   EXPECT_EQ(gatherer.left_out(), 100U);
 }
 
+TEST(AccessUnitsTest, UnitThatNeverEndsIsCut) {
+  AccessUnitGatherer gatherer;
+  gatherer.Add(Frame({kSps, kPps, kKey}, 0));
+  constexpr std::size_t kPiece = std::size_t{1} << 20;
+  const MediaUnit more{std::vector<std::uint8_t>(kPiece, 7), 0, 0};
+  for (std::size_t given = 0; given <= AccessUnitGatherer::kMostBytes; given += kPiece) {
+    EXPECT_TRUE(gatherer.Add(more).empty());
+  }
+  const auto complete = gatherer.Finish();
+  ASSERT_EQ(complete.size(), 1U);
+  EXPECT_EQ(complete[0].data.size(), AccessUnitGatherer::kMostBytes);
+}
+
 TEST(AccessUnitsTest, FrameWithoutStartCodeGivesNothing) {
   AccessUnitGatherer gatherer;
   EXPECT_TRUE(gatherer.Add({{}, 0, 0}).empty());

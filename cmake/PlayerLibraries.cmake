@@ -5,7 +5,7 @@ if(NOT CMAKE_CROSSCOMPILING)  # pkg-config would tell of the machine that builds
   find_package(PkgConfig QUIET)
   if(PkgConfig_FOUND)
     pkg_check_modules(player_libraries QUIET IMPORTED_TARGET
-      sdl2>=2.0.18 libavcodec>=59 libavutil>=57 libswresample>=4 libswscale>=6)
+      sdl2>=2.0.18 libavcodec>=59 libavutil>=57.28 libswresample>=4.7 libswscale>=6)
     set(player_found ${player_libraries_FOUND})
   endif()
 endif()

@@ -8,6 +8,7 @@ readonly ROOT
 readonly BUILD=$ROOT/build/play
 readonly REPORT=$BUILD/report.html
 HOST=stream_host
+readonly NO_DISPLAY=3  # the status of stream_player where there is none
 PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
 
 # shellcheck source=scripts/lib/log.sh
@@ -59,6 +60,13 @@ play() {
     note "keys: space pauses, left and right move ten seconds, f is full screen, q ends"
   fi
   "$BUILD/bin/$HOST" "$@" "${report[@]}" || status=$?
+  if [[ $HOST == stream_player && $status -eq $NO_DISPLAY ]]; then
+    note "so it plays in the console"
+    HOST=stream_host
+    prepare
+    play "$@"
+    return
+  fi
   [[ ! -s $REPORT ]] || note "a report of what came, for any browser: $REPORT"
   return "$status"
 }

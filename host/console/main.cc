@@ -63,7 +63,8 @@ void Print(const host::Summary& summary, host::Screen& screen) {
 bool OpenFiles(const host::Options& options, Files& files) {
   std::string error;
   if (!options.report_file.empty()) {
-    files.report = host::OpenReport(host::PathOfArgument(options.report_file), error);
+    files.report = host::OpenReport(host::PathOfArgument(options.report_file),
+                                    host::Pace::kOfTheStream, error);
     if (files.report == nullptr) error = "--report: " + error;
   }
   if (error.empty() && !options.dump_directory.empty()) {

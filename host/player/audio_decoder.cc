@@ -25,11 +25,23 @@ void AudioDecoder::Decode(const MediaUnit& frame) {
     left -= used;
     pts = AV_NOPTS_VALUE;  // it is the time of what begins first
     if (size > 0) {
+      without_frame_ = 0;
       DecodeAacFrame(found, size, parser_->pts);
     } else if (used <= 0) {
       return;
     }
   }
+  ForgetWhatIsNoAac(frame.data.size());
+}
+
+// The parser keeps all until it finds a frame, and there may be none.
+void AudioDecoder::ForgetWhatIsNoAac(std::size_t size) {
+  constexpr std::size_t kMost = std::size_t{1} << 20;
+  without_frame_ += size;
+  if (without_frame_ <= kMost) return;
+  parser_ = MakeParser(AV_CODEC_ID_AAC);
+  without_frame_ = 0;
+  ++counts_.errors;
 }
 
 void AudioDecoder::DecodeAacFrame(const std::uint8_t* data, int size, std::int64_t pts) {

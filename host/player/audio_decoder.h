@@ -31,6 +31,7 @@ class AudioDecoder {
     void operator()(SwrContext* context) const { swr_free(&context); }
   };
 
+  void ForgetWhatIsNoAac(std::size_t size);
   void DecodeAacFrame(const std::uint8_t* data, int size, std::int64_t pts);
   void TakeSound(const AVFrame& frame);
   bool PrepareResampler(const AVFrame& frame);
@@ -42,7 +43,8 @@ class AudioDecoder {
   int rate_ = 0;
   int channels_ = 0;
   int format_ = AV_SAMPLE_FMT_NONE;
-  double next_seconds_ = 0;  // where the sound goes on that has no time of its own
+  std::size_t without_frame_ = 0;  // bytes since the last AAC frame
+  double next_seconds_ = 0;        // where the sound goes on that has no time of its own
   PlayCounts& counts_;
   const Taker take_;
 };

@@ -2,6 +2,8 @@
 
 #include <SDL.h>
 
+#include <utility>
+
 namespace player {
 namespace {
 
@@ -33,6 +35,9 @@ void EventLoop::TakeEvents(double patience_seconds) {
   do {
     Obey(WishOf(event));
   } while (!end_wished_ && SDL_PollEvent(&event) != 0);
+  // A key held down comes many times, and each move begins the stream anew.
+  const double move = std::exchange(move_seconds_, 0);
+  if (!end_wished_ && move != 0) around_.control.Move(move);
 }
 
 void EventLoop::Obey(Wish wish) {
@@ -43,10 +48,10 @@ void EventLoop::Obey(Wish wish) {
       around_.control.TogglePause();
       break;
     case Wish::kBack:
-      around_.control.Move(-kMoveSeconds);
+      move_seconds_ -= kMoveSeconds;
       break;
     case Wish::kForward:
-      around_.control.Move(kMoveSeconds);
+      move_seconds_ += kMoveSeconds;
       break;
     case Wish::kFullScreen:
       around_.window.ToggleFullScreen();

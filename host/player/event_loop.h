@@ -37,6 +37,7 @@ class EventLoop {
   const Surroundings around_;
   const bool exit_at_end_;
   bool end_wished_ = false;
+  double move_seconds_ = 0;  // wished and not done yet
 };
 
 }  // namespace player

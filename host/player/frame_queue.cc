@@ -13,6 +13,12 @@ double SpanSeconds(const std::deque<MediaUnit>& units) {
   return SecondsOf(last > first ? last - first : first - last);
 }
 
+// What a unit takes in memory, about.
+std::size_t CostOf(const MediaUnit& unit) {
+  constexpr std::size_t kOfABlock = 32;
+  return unit.data.size() + sizeof(MediaUnit) + kOfABlock;
+}
+
 Kind OtherThan(Kind kind) { return kind == Kind::kVideo ? Kind::kAudio : Kind::kVideo; }
 
 }  // namespace
@@ -23,7 +29,7 @@ bool FrameQueue::Push(Kind kind, MediaUnit unit) {
   changed_.wait(lock, [&] { return closed_ || HasRoom(kind); });
   if (closed_) return false;
   Lane& lane = LaneOf(kind);
-  lane.bytes += unit.data.size();
+  lane.bytes += CostOf(unit);
   lane.units.push_back(std::move(unit));
   changed_.notify_all();
   return true;
@@ -37,7 +43,7 @@ std::optional<MediaUnit> FrameQueue::Pop(Kind kind, std::chrono::milliseconds pa
   if (closed_ || lane.units.empty()) return std::nullopt;
   MediaUnit unit = std::move(lane.units.front());
   lane.units.pop_front();
-  lane.bytes -= unit.data.size();
+  lane.bytes -= CostOf(unit);
   lane.busy = true;
   changed_.notify_all();
   return unit;

@@ -1,9 +1,9 @@
 // What waits between the component, which hands frames over as fast as they come, and the decoders.
 //
 // Bounded by making the giver wait, never by dropping. A kind is full when it holds that much
-// stream time or that many bytes. Both kinds come out of one parser, so a kind that is made to wait
-// may be what keeps the other from coming: while the other kind has run empty, a full one still
-// takes frames, up to the hard limit.
+// stream time or that many bytes. Where the component's parser waits for room too, a kind that is
+// made to wait may be what keeps the other from coming: while the other kind has run empty, a full
+// one still takes frames, up to the hard limit.
 //
 // Safe from any thread: one gives and one takes for each kind, and anybody may close.
 #ifndef HOST_PLAYER_FRAME_QUEUE_H_

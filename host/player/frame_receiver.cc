@@ -1,6 +1,7 @@
 #include "frame_receiver.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace player {
@@ -46,6 +47,13 @@ void FrameReceiver::OnPlayResult(std::string line) {
   TakeLine(std::move(line));
 }
 
+void FrameReceiver::SetQueue(FrameQueue* queue) {
+  queue_ = queue;
+  const std::lock_guard lock(mutex_);
+  farthest_.reset();
+  news_.buffered.reset();
+}
+
 StreamNews FrameReceiver::News() const {
   const std::lock_guard lock(mutex_);
   return news_;
@@ -75,7 +83,11 @@ void FrameReceiver::TakeFrame(Kind kind, const MediaFrame& frame) {
   NoteTimes(kind, frame.pts);
   FrameQueue* const queue = queue_.load();
   if (queue == nullptr || frame.data == nullptr || frame.size <= 0) return;
-  queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
+  try {
+    queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
+  } catch (const std::bad_alloc&) {  // nothing may be thrown into the component
+    ++counts_.errors;
+  }
   Arrived();  // the call may have waited for long
 }
 

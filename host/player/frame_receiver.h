@@ -43,7 +43,8 @@ class FrameReceiver final : public CStreamPlayerImp {
   void OnPlayResult(std::string line) override;
 
   // Where frames go from now on; borrowed, null for nowhere. No call may be under way.
-  void SetQueue(FrameQueue* queue) { queue_ = queue; }
+  // What was told of how far the stream has come is forgotten.
+  void SetQueue(FrameQueue* queue);
 
   // When anything came last, by the clock.
   double LastArrivalMs() const { return last_arrival_ms_.load(); }

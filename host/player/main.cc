@@ -29,7 +29,7 @@ void PrintLine(std::FILE* file, const std::string& line) {
 
 int NoDisplay(const std::string& why) {
   PrintLine(stderr, "stream_player: there is no display: " + why);
-  return player::kExitNothing;
+  return player::kExitNoDisplay;
 }
 
 void PrintNoSound(const std::string& sound_error, const player::SoundOutput& output) {
@@ -69,10 +69,13 @@ void Play(const Playing& playing) {
 }
 
 int Run(const player::PlayerOptions& options) {
+  const player::SdlSystem sdl;
+  if (!sdl.display_error().empty()) return NoDisplay(sdl.display_error());
   std::string error;
   std::unique_ptr<host::Report> report;
   if (!options.report_file.empty()) {
-    report = host::OpenReport(host::PathOfArgument(options.report_file), error);
+    report =
+        host::OpenReport(host::PathOfArgument(options.report_file), host::Pace::kOfTheHost, error);
     if (report == nullptr) {
       PrintLine(stderr, "stream_player: --report: " + error);
       return player::kExitUsage;
@@ -80,8 +83,6 @@ int Run(const player::PlayerOptions& options) {
   }
   host::NoteInterrupts();
   player::CountAvErrors();
-  const player::SdlSystem sdl;
-  if (!sdl.display_error().empty()) return NoDisplay(sdl.display_error());
   const std::unique_ptr<player::Window> window = player::Window::Open(error);
   if (window == nullptr) return NoDisplay(error);
   player::PlayCounts counts;

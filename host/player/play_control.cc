@@ -18,14 +18,15 @@ void PlayControl::End() {
 }
 
 void PlayControl::Tick() {
-  // A position can only be given to a pipeline that exists: first a frame must have come.
+  // The first frame tells where the stream begins, which is what the position counts from.
   if (settings_.start_seconds && around_.receiver.OriginSeconds()) {
-    SeekTo(*std::exchange(settings_.start_seconds, {}));
+    const double start = *std::exchange(settings_.start_seconds, {});
+    if (CanMove()) SeekTo(start);
   }
   playback_->Tick(Now());
-  const bool nothing_comes = NothingComes();
-  playback_->SetStreamEnded(nothing_comes);
-  ended_ = nothing_comes && playback_->IsPlayedOut();
+  const bool has_ended = NothingComes();
+  playback_->SetStreamEnded(has_ended);
+  ended_ = has_ended && playback_->IsPlayedOut();
   if (const auto at = FromOrigin(playback_->clock().At(Now()))) position_ = *at;
 }
 
@@ -35,6 +36,7 @@ void PlayControl::TogglePause() {
 }
 
 void PlayControl::Move(double seconds) {
+  if (!CanMove()) return;
   const auto duration = around_.receiver.News().duration;
   SeekTo(SeekTarget(position_, seconds, duration));
 }
@@ -65,6 +67,7 @@ bool PlayControl::StartDownload() {
   around_.receiver.SetQueue(&playback_->frames());
   around_.output.Play(&playback_->sound());
   began_ms_ = around_.clock.NowMs();
+  frames_before_ = FramesSoFar();
   ended_ = false;
   return around_.downloader.Begin(settings_.address);
 }
@@ -72,6 +75,7 @@ bool PlayControl::StartDownload() {
 void PlayControl::SeekTo(double seconds) {
   StopDownload();
   around_.receiver.KeepOrigin();
+  has_moved_ = true;
   position_ = seconds;
   around_.downloader.SetStart(static_cast<float>(seconds));
   StartDownload();
@@ -79,15 +83,32 @@ void PlayControl::SeekTo(double seconds) {
 
 // Calls of the component that wait for room are let go first, since the stop waits for them.
 void PlayControl::StopDownload() {
-  playback_->frames().Close();
+  playback_->Close();
   around_.downloader.End();
   around_.receiver.SetQueue(nullptr);
   around_.output.Play(nullptr);
   playback_.reset();
 }
 
+// FLV plays from its beginning whatever the position, and before the first frame there is nothing
+// to move in.
+bool PlayControl::CanMove() const {
+  return around_.receiver.OriginSeconds().has_value() && !around_.receiver.IsFlv();
+}
+
+// After a move the component may have much to pass over before it hands the first frame over.
+double PlayControl::PatienceMs() const {
+  constexpr double kTimesAfterAMove = 20;
+  const bool still_moves = has_moved_ && FramesSoFar() == frames_before_;
+  return settings_.idle_seconds * 1000 * (still_moves ? kTimesAfterAMove : 1);
+}
+
+std::uint64_t PlayControl::FramesSoFar() const {
+  return around_.counts.video_frames + around_.counts.audio_frames;
+}
+
 bool PlayControl::NothingComes() const {
-  const host::EndRule rule{settings_.idle_seconds * 1000, std::nullopt};
+  const host::EndRule rule{PatienceMs(), std::nullopt};
   const double last = std::max(around_.receiver.LastArrivalMs(), began_ms_);
   return playback_->frames().IsIdle() &&
          host::ReasonToEnd(rule, {around_.clock.NowMs(), began_ms_, last, false}).has_value();

@@ -3,6 +3,7 @@
 #ifndef HOST_PLAYER_PLAY_CONTROL_H_
 #define HOST_PLAYER_PLAY_CONTROL_H_
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -32,7 +33,9 @@ class PlayControl {
   struct Settings {
     std::string address;
     std::optional<double> start_seconds;
-    double idle_seconds = 3;  // of silence, after which the stream counts as ended
+    // Of silence, after which the stream counts as ended. The decoders are emptied then, and what
+    // comes all the same is seen from its next key picture on.
+    double idle_seconds = 10;
   };
 
   // All surroundings are borrowed.
@@ -50,7 +53,8 @@ class PlayControl {
   void Tick();
 
   void TogglePause();
-  // So many seconds on or, when negative, back.
+  // So many seconds on or, when negative, back. Nothing happens where a stream cannot be moved in:
+  // before its first frame, and in FLV.
   void Move(double seconds);
 
   // Null when nothing plays.
@@ -64,6 +68,9 @@ class PlayControl {
   bool StartDownload();
   void SeekTo(double seconds);
   void StopDownload();
+  bool CanMove() const;
+  double PatienceMs() const;
+  std::uint64_t FramesSoFar() const;
   bool NothingComes() const;
   double Now() const { return around_.clock.NowMs() / 1000; }
   std::optional<double> FromOrigin(std::optional<double> stream_seconds) const;
@@ -75,6 +82,8 @@ class PlayControl {
   double position_ = 0;  // the last that was known
   bool paused_ = false;
   bool started_before_ = false;
+  bool has_moved_ = false;
+  std::uint64_t frames_before_ = 0;  // that came before the last start
   bool ended_ = false;
 };
 

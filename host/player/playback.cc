@@ -24,11 +24,15 @@ Playback::Playback(PlayCounts& counts, Settings settings)
       video_thread_([this] { DecodeVideo(); }),
       audio_thread_([this] { DecodeAudio(); }) {}
 
-Playback::~Playback() {
+void Playback::Close() {
   closed_ = true;
   frames_.Close();
   pictures_.Close();
   sound_.Close();
+}
+
+Playback::~Playback() {
+  Close();
   video_thread_.join();
   audio_thread_.join();
 }

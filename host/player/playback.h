@@ -35,6 +35,9 @@ class Playback {
   Playback(const Playback&) = delete;
   Playback& operator=(const Playback&) = delete;
 
+  // Lets everything go that waits: calls of the component, and the decoding threads, which end.
+  void Close();
+
   FrameQueue& frames() { return frames_; }
   BoundedQueue<Picture>& pictures() { return pictures_; }
   const BoundedQueue<Picture>& pictures() const { return pictures_; }

@@ -14,6 +14,9 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     R"(Keys: space pauses and goes on, left and right move ten seconds, f is full screen,
 q and Escape end. At the end of the stream the last picture stays until then.
+Moving and --start leave FLV as it is, since it always plays from its beginning.
+HLS goes to the segment in which the time lies, and shows pictures from the
+second key picture on.
 
 --report writes one HTML page that needs no network. It holds what came since the
 last move.
@@ -21,8 +24,8 @@ last move.
 The last line that is printed counts what was received, decoded and shown, and
 tells how far picture and sound were apart at most.
 
-Exit status: 0 when at least one frame came, 1 when none did or there is no
-display, 2 for wrong usage.)";
+Exit status: 0 when at least one frame came, 1 when none did, 2 for wrong usage,
+3 when there is no display.)";
 
 void Describe(CLI::App& app, PlayerOptions& options) {
   app.footer(kFooter);
@@ -37,7 +40,7 @@ void Describe(CLI::App& app, PlayerOptions& options) {
       ->check(host::NotEmpty())
       ->type_name("FILE");
   app.add_option("--idle", options.idle_seconds,
-                 "take the stream for ended when nothing came for so long (default 3)")
+                 "take the stream for ended when nothing came for so long (default 10)")
       ->check(host::SecondsAboveZero())
       ->type_name("SECONDS");
   app.add_flag("--exit", options.exit_at_end, "end the program at the end of the stream");

@@ -9,15 +9,16 @@ namespace player {
 
 enum ExitStatus : int {
   kExitPlayed = 0,   // at least one frame came
-  kExitNothing = 1,  // none did, or there is no display
-  kExitUsage = 2,    // wrong usage, a report that cannot be written included
+  kExitNothing = 1,  // none did
+  kExitUsage = 2,    // wrong usage, a report that cannot be begun included
+  kExitNoDisplay = 3,
 };
 
 struct PlayerOptions {
   std::string address;
   std::optional<double> start_seconds;
   std::string report_file;  // empty: no report
-  double idle_seconds = 3;
+  double idle_seconds = 10;
   bool exit_at_end = false;
 };
 

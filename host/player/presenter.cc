@@ -32,11 +32,11 @@ double Presenter::ShowDue(Playback& playback, double longest) {
     }
     const auto picture = playback.pictures().Pop();
     if (!picture) break;
-    if (verdict.deed == PictureVerdict::Deed::kPassOver) {
-      ++counts_.passed_over;
-    } else {
+    if (verdict.deed != PictureVerdict::Deed::kPassOver) {
       Show(*picture, playback.clock());
+      return 0;  // the keys are due before the next one
     }
+    ++counts_.passed_over;
   }
   return longest;
 }

@@ -22,8 +22,8 @@ class Presenter {
   // long.
   void Prepare(const Playback& playback);
 
-  // Shows what is due of `playback`. Returns how many seconds there are until the next picture is,
-  // if there is one: never more than `longest`.
+  // Shows the picture of `playback` that is due. Returns in how many seconds to ask again: never
+  // more than `longest`.
   double ShowDue(Playback& playback, double longest);
 
  private:

@@ -42,6 +42,7 @@ std::unique_ptr<Window> Window::Open(std::string& error) {
 }
 
 bool Window::Prepare(const AVFrame& frame) {
+  UseConversion(ConversionOf(frame));
   if (!PrepareTexture(frame)) return false;
   FitToPicture(ShownWidth(frame), frame.height);
   return true;
@@ -50,7 +51,6 @@ bool Window::Prepare(const AVFrame& frame) {
 bool Window::Show(const AVFrame& frame) {
   const AVFrame* planes = converter_.ToPlanes(frame);
   if (planes == nullptr) return false;
-  SDL_SetYUVConversionMode(ConversionOf(*planes));
   if (!Prepare(*planes)) return false;
   SDL_UpdateYUVTexture(texture_.get(), nullptr, planes->data[0], planes->linesize[0],
                        planes->data[1], planes->linesize[1], planes->data[2], planes->linesize[2]);
@@ -74,6 +74,13 @@ void Window::SetTitle(const std::string& title) {
 void Window::ToggleFullScreen() {
   full_screen_ = !full_screen_;
   SDL_SetWindowFullscreen(window_.get(), full_screen_ ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
+}
+
+// A renderer may take the mode when it makes the texture.
+void Window::UseConversion(SDL_YUV_CONVERSION_MODE mode) {
+  if (SDL_GetYUVConversionMode() == mode) return;
+  SDL_SetYUVConversionMode(mode);
+  texture_.reset();
 }
 
 bool Window::PrepareTexture(const AVFrame& frame) {

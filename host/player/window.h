@@ -36,6 +36,7 @@ class Window {
   };
 
   Window() = default;
+  void UseConversion(SDL_YUV_CONVERSION_MODE mode);
   bool PrepareTexture(const AVFrame& frame);
   void FitToPicture(int width, int height);
 

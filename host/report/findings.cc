@@ -163,11 +163,12 @@ void AddNumber(const NumberWatch& number, Weight weight, const std::string& name
   }
 }
 
-void AddKind(const FrameWatch& watch, const std::string& kind, Findings& findings) {
+void AddKind(const FrameWatch& watch, const std::string& kind, bool host_paces,
+             Findings& findings) {
   AddJumps(watch, kind, findings);
   AddPayloads(watch, kind, findings);
   AddPlayTimes(watch, kind, findings);
-  AddLateness(watch, kind, findings);
+  if (!host_paces) AddLateness(watch, kind, findings);
 }
 
 }  // namespace
@@ -176,8 +177,8 @@ std::vector<Finding> FindingsOf(const ReportRecord& record) {
   Findings findings;
   AddPresence(record, findings);
   AddFailureLines(record, findings);
-  AddKind(record.video, "video", findings);
-  AddKind(record.audio, "audio", findings);
+  AddKind(record.video, "video", record.host_paces, findings);
+  AddKind(record.audio, "audio", record.host_paces, findings);
   AddDistances(record, findings);
   AddDuration(record, findings);
   AddNumber(record.duration, Weight::kNote, "duration", findings);

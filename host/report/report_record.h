@@ -20,6 +20,7 @@ struct ReportRecord {
   NumberWatch audio_clock;
   TextLog texts;
   double elapsed_ms = 0;
+  bool host_paces = false;  // whether frame calls may wait, so that lateness tells nothing
 
   void AddVideo(double ms, const MediaFrame& frame);
   void AddAudio(double ms, const MediaFrame& frame);

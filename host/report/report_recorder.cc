@@ -43,7 +43,9 @@ void ReportRecorder::PlayResult(const std::string& line) {
 
 void ReportRecorder::Restart() {
   const std::lock_guard lock(mutex_);
+  const bool host_paces = record_.host_paces;
   record_ = {};
+  record_.host_paces = host_paces;
   start_ = SteadyClock::now();
 }
 

@@ -19,6 +19,9 @@ namespace report {
 
 class ReportRecorder {
  public:
+  // `host_paces`: see ReportRecord.
+  explicit ReportRecorder(bool host_paces = false) { record_.host_paces = host_paces; }
+
   void Video(const MediaFrame& frame);
   void Audio(const MediaFrame& frame);
   void AudioClock(float seconds);

@@ -23,9 +23,14 @@ class Report : public CStreamPlayerImp {
   virtual bool Write(const std::string& address) = 0;
 };
 
+// Who says when the next frame comes: the stream, or a host that makes frame calls wait. With the
+// second, frames that come late are nothing odd.
+enum class Pace { kOfTheStream, kOfTheHost };
+
 // Null when there can be no such file; then `error` says why. A build without npm has no reports,
 // and neither has a host that is built apart from the tree.
-std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, std::string& error);
+std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace,
+                                   std::string& error);
 
 inline constexpr const char* kNoReport =
     "this build has no report: that takes npm and the whole tree";

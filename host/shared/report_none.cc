@@ -3,7 +3,8 @@
 
 namespace host {
 
-std::unique_ptr<Report> OpenReport(const std::filesystem::path&, std::string& error) {
+std::unique_ptr<Report> OpenReport(const std::filesystem::path&, Pace /*pace*/,
+                                   std::string& error) {
   error = kNoReport;
   return nullptr;
 }

@@ -10,7 +10,8 @@ namespace {
 
 class PageFile final : public Report {
  public:
-  explicit PageFile(std::filesystem::path file) : file_(std::move(file)) {}
+  PageFile(std::filesystem::path file, Pace pace)
+      : file_(std::move(file)), recorder_(pace == Pace::kOfTheHost) {}
 
   void OnDuration(float seconds) override { recorder_.Duration(seconds); }
   void OnBufferedTime(float seconds) override { recorder_.BufferedTime(seconds); }
@@ -37,7 +38,8 @@ class PageFile final : public Report {
 
 }  // namespace
 
-std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, std::string& error) {
+std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace,
+                                   std::string& error) {
   if (!report::CanWriteReports()) {
     error = kNoReport;
     return nullptr;
@@ -46,7 +48,7 @@ std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, std::strin
     error = "cannot write " + file.string();
     return nullptr;
   }
-  return std::make_unique<PageFile>(file);
+  return std::make_unique<PageFile>(file, pace);
 }
 
 }  // namespace host

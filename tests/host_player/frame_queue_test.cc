@@ -54,7 +54,7 @@ class FrameQueueTest : public testing::Test {
     }
   }
 
-  FrameQueue queue_{{2, 1000, 3000}};
+  FrameQueue queue_{{2, 100'000, 300'000}};
 };
 
 TEST_F(FrameQueueTest, UnitsComeOutInTheirOrderKindByKind) {
@@ -92,9 +92,16 @@ TEST_F(FrameQueueTest, NothingIsTakenWhileTheLaneIsFull) {
 }
 
 TEST_F(FrameQueueTest, LaneIsFullByBytesToo) {
-  queue_.Push(Kind::kVideo, UnitAt(0, 999));
+  queue_.Push(Kind::kVideo, UnitAt(0, 99'000));
   EXPECT_FALSE(queue_.IsFull(Kind::kVideo));
-  queue_.Push(Kind::kVideo, UnitAt(0, 1));
+  queue_.Push(Kind::kVideo, UnitAt(0, 1'000));
+  EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
+}
+
+TEST_F(FrameQueueTest, UnitsWithoutAByteTakeRoomToo) {
+  for (int i = 0; i < 2'000 && !queue_.IsFull(Kind::kVideo); ++i) {
+    queue_.Push(Kind::kVideo, UnitAt(0, 0));
+  }
   EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
 }
 
@@ -128,7 +135,7 @@ TEST_F(FrameQueueTest, StarvingLaneDoesNotLiftTheHardLimit) {
   FillBoth();
   while (queue_.Pop(Kind::kAudio, kNoPatience)) {
   }
-  ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3, 3000)));
+  ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3, 300'000)));
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(4));
   while (!pusher.over() && queue_.Pop(Kind::kVideo, kNoPatience)) {
   }

@@ -32,6 +32,11 @@ class InStepTest(PlayerCase):
         hls.make_hls(self.www, _SECONDS)
         self.check("list.m3u8")
 
+    def test_h265_in_http_live_streaming(self):
+        make_colours(self.www / "list.m3u8", ["red", "blue"], 3, *_H265, "-f", "hls",
+                     "-hls_time", "1", "-hls_playlist_type", "vod")
+        self.check("list.m3u8")
+
     def test_times_that_begin_anew_in_the_middle(self):
         first = make_colours(self.www / "first.ts", ["red"], 4)
         second = make_colours(self.www / "second.ts", ["blue"], 4, *_H264,
@@ -49,14 +54,14 @@ class InStepTest(PlayerCase):
 
     def play_in_step(self, address):
         """A busy machine may hold the player up for a moment: the best of three runs counts."""
-        apart = []
+        runs = []
         for _ in range(3):
             summary = self.play_to_end(address).summary()
             self.assert_whole(summary)
-            apart.append(summary["apart"])
-            if apart[-1] <= _IN_STEP_MS:
+            runs.append((summary["apart"], summary["shown"]))
+            if summary["apart"] <= _IN_STEP_MS and summary["shown"] >= 0.9 * summary["pictures"]:
                 return summary
-        return self.fail(f"picture and sound are apart: {apart} ms")
+        return self.fail(f"apart in ms, and pictures that were shown: {runs}")
 
     def assert_whole(self, summary):
         self.assertGreater(summary["pictures"], 100)

@@ -13,7 +13,7 @@ class MissingTest(PlayerCase):
         for name in (None, ":9999"):
             with self.subTest(name):
                 run = self.start_player(self.address, "--exit", DISPLAY=name, XDG_RUNTIME_DIR=None)
-                self.assertEqual(run.wait(), 1)
+                self.assertEqual(run.wait(), 3)
                 (line,) = run.error_lines()
                 self.assertTrue(line.startswith("stream_player: there is no display: "), line)
 

@@ -36,11 +36,15 @@ class FakeDownloader final : public host::Downloader {
 // Without SDL there is no sound device, so a thread takes the sound.
 class PlayControlTest : public testing::Test {
  protected:
+  static constexpr double kIdleSeconds = 0.05;
+
   PlayControl Make(std::optional<double> start_seconds = {}) {
-    constexpr double kIdleSeconds = 0.05;
     return {{"a.ts", start_seconds, kIdleSeconds},
             {downloader_, receiver_, output_, clock_, counts_, [this] { ++starts_; }}};
   }
+
+  // The stream begins, so that there is something to move in.
+  void FirstFrameComes() { receiver_.OnVideoFrame(FrameAt(90'000, "v")); }
 
   host::SteadyClock clock_;
   PlayCounts counts_;
@@ -54,6 +58,7 @@ TEST_F(PlayControlTest, MoveEndsTheDownloadSetsThePositionAndBeginsAgain) {
   {
     PlayControl control = Make();
     ASSERT_TRUE(control.Begin());
+    FirstFrameComes();
     control.Move(10);
     EXPECT_EQ(starts_, 2);
   }
@@ -64,6 +69,7 @@ TEST_F(PlayControlTest, MoveEndsTheDownloadSetsThePositionAndBeginsAgain) {
 TEST_F(PlayControlTest, MoveBackStopsAtTheBeginning) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
+  FirstFrameComes();
   control.Move(10);
   control.Move(-30);
   EXPECT_EQ(downloader_.calls[5], "start at 0");
@@ -74,7 +80,7 @@ TEST_F(PlayControlTest, StartPositionWaitsForTheFirstFrame) {
   ASSERT_TRUE(control.Begin());
   control.Tick();
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
-  receiver_.OnVideoFrame(FrameAt(90'000, "v"));
+  FirstFrameComes();
   control.Tick();
   control.Tick();
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts", "end", "start at 5", "begin a.ts"));
@@ -95,12 +101,54 @@ TEST_F(PlayControlTest, StreamThatNeverComesEnds) {
 TEST_F(PlayControlTest, PauseLastsThroughAMove) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
+  FirstFrameComes();
   control.TogglePause();
   control.Move(10);
   EXPECT_TRUE(control.playback()->clock().IsPaused());
   EXPECT_EQ(control.Facts().state, PlayState::kPaused);
   control.TogglePause();
   EXPECT_FALSE(control.playback()->clock().IsPaused());
+}
+
+TEST_F(PlayControlTest, NothingMovesBeforeTheFirstFrame) {
+  PlayControl control = Make();
+  ASSERT_TRUE(control.Begin());
+  control.Move(10);
+  EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
+}
+
+TEST_F(PlayControlTest, NothingMovesInFlv) {
+  PlayControl control = Make(5);
+  ASSERT_TRUE(control.Begin());
+  receiver_.OnMessage("PLAY FLV:x");
+  FirstFrameComes();
+  control.Tick();
+  control.Move(10);
+  EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
+}
+
+TEST_F(PlayControlTest, SilenceAfterAMoveIsNotYetTheEnd) {
+  PlayControl control = Make();
+  ASSERT_TRUE(control.Begin());
+  FirstFrameComes();
+  control.Move(10);
+  const double moved = clock_.NowMs();
+  EXPECT_TRUE(WaitUntil([&control] {
+    control.Tick();
+    return control.HasEnded();
+  }));
+  EXPECT_GT(clock_.NowMs() - moved, 10 * kIdleSeconds * 1000);
+}
+
+TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsForgotten) {
+  PlayControl control = Make();
+  ASSERT_TRUE(control.Begin());
+  FirstFrameComes();
+  receiver_.OnVideoFrame(FrameAt(90'000 * 31, "v"));
+  receiver_.OnBufferedTime(30);
+  EXPECT_EQ(control.Facts().buffered, 30);
+  control.Move(-10);
+  EXPECT_FALSE(control.Facts().buffered.has_value());
 }
 
 TEST_F(PlayControlTest, RefusedAddressIsTold) {

@@ -101,7 +101,7 @@ class PlayerCase(EndToEndCase):
         self._host = host.copy_host(self.directory / "host")
 
     def start_player(self, address, *options, **environment):
-        run = PlayerRun([*self._player, address, *options], self.directory,
+        run = PlayerRun([*self._player, address, "--idle", "3", *options], self.directory,
                         {"DISPLAY": self.display.name, "WAYLAND_DISPLAY": None, **environment})
         self.addCleanup(run.kill)
         return run

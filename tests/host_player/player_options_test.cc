@@ -21,7 +21,7 @@ TEST(PlayerOptionsTest, AddressAloneGivesTheDefaults) {
   EXPECT_EQ(parsed.options->address, "http://h/a.ts");
   EXPECT_FALSE(parsed.options->start_seconds.has_value());
   EXPECT_EQ(parsed.options->report_file, "");
-  EXPECT_EQ(parsed.options->idle_seconds, 3);
+  EXPECT_EQ(parsed.options->idle_seconds, 10);
   EXPECT_FALSE(parsed.options->exit_at_end);
 }
 

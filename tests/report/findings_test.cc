@@ -106,6 +106,14 @@ TEST(FindingsTest, EmptyFramesAreOdd) {
   EXPECT_EQ(SentenceOf(record, "Empty video frames"), "3 video frames came without a payload.");
 }
 
+TEST(FindingsTest, LatenessTellsNothingWhereTheHostMakesFramesWait) {
+  ReportRecord record;
+  record.host_paces = true;
+  AddSteadyVideo(record, 0, 10);
+  record.AddVideo(60'000, FrameAt(TicksOf(10)));
+  EXPECT_THAT(TitlesOf(record), ElementsAre("Video without audio"));
+}
+
 TEST(FindingsTest, FrameThatComesTooLateIsOdd) {
   ReportRecord record = SteadyRecord();
   record.AddVideo(6000, FrameAt(TicksOf(100)));

@@ -1,7 +1,5 @@
 """The keys."""
 
-import time
-
 from player import PlayerCase, make_colours, seconds_of
 
 _COLOURS = ["red", "lime", "blue"]
@@ -51,8 +49,8 @@ class OtherKeysTest(PlayerCase):
         self.display.await_colour("red")
         self.display.press("space")
         held = seconds_of(self.await_state("paused")["position"])
-        until = time.monotonic() + 2.5  # a player that does not pause would be farther by then
-        while time.monotonic() < until:
+        # The stream goes on coming, and a player that does not pause would be farther by the last look.
+        for _ in range(100):
             self.assertEqual(seconds_of(self.title()["position"]), held)
         self.display.press("space")
         self.await_title(lambda title: seconds_of(title["position"]) > held, "that it goes on")

@@ -18,6 +18,7 @@
 #include "bench/nginx_server.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
+#include "hls/clear_hls_stream.h"
 #include "hls/hls_state.h"
 #include "hls/m3u8_downloader.h"
 #include "hls/segment_queue.h"

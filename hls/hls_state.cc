@@ -1,9 +1,5 @@
 #include "hls/hls_state.h"
 
-#include "hls/live_window.h"
-#include "hls/segment_queue.h"
-#include "hls/segment_states.h"
-#include "ts/ts_demux.h"
 
 namespace {
 
@@ -47,26 +43,6 @@ void ForgetActiveM3u8(const HlsPipeline* pipeline) {
 bool ActiveM3u8Runs() {
   const std::lock_guard lock(g_activeMutex);
   return g_activeM3u8 != nullptr && g_activeM3u8->running.load();
-}
-
-void ClearHlsStream() {
-  ClearSegmentQueue();
-  {
-    const std::lock_guard lock(g_playlistMutex);
-    *g_playlistText = std::string();  // gives its memory back
-    *g_variantText = std::string();
-    g_liveWindow->Forget();
-  }
-  {
-    const std::lock_guard lock(g_downloadMutex);
-    g_downloadLength = 0;
-  }
-  {
-    const TsDemuxLock lock;
-    g_parseLength = 0;
-  }
-  ForgetAllSegments();
-  WakeHlsTasks();
 }
 
 void WakeHlsTasks() {

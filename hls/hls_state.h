@@ -64,10 +64,6 @@ void SetActiveM3u8(const HlsPipeline* pipeline);
 void ForgetActiveM3u8(const HlsPipeline* pipeline);  // before it is destroyed
 bool ActiveM3u8Runs();                               // false where there is none
 
-// Forgets all that belongs to the stream: texts, tables, what waits in queue and buffers. Only when
-// no task runs.
-void ClearHlsStream();
-
 // Wakes every task that waits on g_segmentQueueCond. What they wait for must have changed before.
 void WakeHlsTasks();
 

@@ -5,6 +5,7 @@
 #include "common/platform.h"
 #include "common/start_position.h"
 #include "common/stop_protocol.h"
+#include "hls/clear_hls_stream.h"
 #include "hls/date_text.h"
 #include "hls/hls_delivery.h"
 #include "hls/hls_state.h"

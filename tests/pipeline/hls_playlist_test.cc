@@ -5,6 +5,7 @@
 #include <thread>
 #include <vector>
 
+#include "hls/clear_hls_stream.h"
 #include "hls/playlist_thread.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "hls/clear_hls_stream.h"
 #include "hls/hls_pipeline.h"
 #include "hls/hls_state.h"
 #include "hls/playlist_fetch.h"

@@ -9,6 +9,7 @@
 #include <thread>
 #include <vector>
 
+#include "hls/clear_hls_stream.h"
 #include "hls/segment_download.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_tasks.h"

@@ -12,7 +12,7 @@ constexpr long kConnectTimeoutSeconds = 3;
 
 // What libcurl asks the system for at once. Write callbacks get pieces of 16 KiB at most all the
 // same; with as little as that to receive, a fast server costs three times as many system calls.
-constexpr long kReceiveSize = 256 * 1024;
+constexpr long kReceiveSize = 256L * 1024;
 
 // libcurl calls this about once a second, or more often, whatever the server does.
 int EndWhenStopped(void* running, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {

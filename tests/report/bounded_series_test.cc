@@ -2,14 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 #include "host/report/points.h"
 
 namespace report {
 namespace {
 
 struct Sum {
-  long values = 1;
-  long total;
+  std::int64_t values = 1;
+  std::int64_t total;
 
   void Join(const Sum& later) {
     values += later.values;
@@ -17,27 +19,27 @@ struct Sum {
   }
 };
 
-BoundedSeries<Sum> SeriesOf(long count) {
+BoundedSeries<Sum> SeriesOf(std::int64_t count) {
   BoundedSeries<Sum> series;
-  for (long n = 0; n < count; ++n) series.Add({1, n});
+  for (std::int64_t n = 0; n < count; ++n) series.Add({1, n});
   return series;
 }
 
 TEST(BoundedSeriesTest, FewPointsStayAsTheyAre) {
-  const auto series = SeriesOf(static_cast<long>(kMostPoints));
+  const auto series = SeriesOf(static_cast<std::int64_t>(kMostPoints));
   EXPECT_EQ(series.Points().size(), kMostPoints);
   EXPECT_EQ(series.PerPoint(), 1U);
-  EXPECT_EQ(series.Points().back().total, static_cast<long>(kMostPoints) - 1);
+  EXPECT_EQ(series.Points().back().total, static_cast<std::int64_t>(kMostPoints) - 1);
 }
 
 TEST(BoundedSeriesTest, ManyPointsAreJoinedAndNoneIsLostOrDoubled) {
-  for (const long count : {4097L, 8192L, 8193L, 300'001L, 1'000'000L}) {
+  for (const std::int64_t count : {4097, 8192, 8193, 300'001, 1'000'000}) {
     const auto series = SeriesOf(count);
     EXPECT_LE(series.Points().size(), kMostPoints);
     EXPECT_GT(series.Points().size(), kMostPoints / 2 - 1);
     Sum sum{0, 0};
     for (const Sum& point : series.Points()) {
-      EXPECT_LE(point.values, static_cast<long>(series.PerPoint()));
+      EXPECT_LE(point.values, static_cast<std::int64_t>(series.PerPoint()));
       sum.Join(point);
     }
     EXPECT_EQ(sum.values, count);

@@ -1,6 +1,5 @@
 #include "hls/hls_state.h"
 
-
 namespace {
 
 SegmentBuffer g_firstBuffer;

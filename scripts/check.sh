@@ -60,7 +60,8 @@ run_tests() {
   run_sanitized ctest --preset "$1" -j "$TEST_JOBS" --output-junit "$LOG_DIR/tests-$1.xml"
 }
 
-# build_and_test PRESET - two steps; the totals count also where a test failed.
+# build_and_test PRESET - two steps; the totals count also where a test failed, and what the failed
+# ones wrote is shown.
 build_and_test() {
   local junit=$LOG_DIR/tests-$1.xml
   run_step "build-$1" build "$1"
@@ -69,7 +70,10 @@ build_and_test() {
     return
   fi
   run_step "tests-$1" run_tests "$1"
-  [[ ! -s $junit ]] || count_tests "$junit"
+  if [[ -s $junit ]]; then
+    step_passed || python3 "$ROOT/scripts/lib/failed_tests.py" "$junit"
+    count_tests "$junit"
+  fi
 }
 
 # fuzz PROGRAM - on a copy of its seeds, since the fuzzer adds to what it is given. What made it fail

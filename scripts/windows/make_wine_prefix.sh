@@ -21,8 +21,8 @@ main() {
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX"
   quietly "$WINESERVER" -p600 || die "wine's server does not start"
-  quietly "$WINE" wineboot -i || die "wine cannot set itself up"
-  quietly "$WINE" reg add 'HKCU\Software\Wine' /v Version /d win10 /f ||
+  quietly "${WINE[@]}" wineboot -i || die "wine cannot set itself up"
+  quietly "${WINE[@]}" reg add 'HKCU\Software\Wine' /v Version /d win10 /f ||
     die "wine cannot be set to Windows 10"
   quietly "$WINESERVER" -k -w || true  # the last program may have ended it already
   touch "$WINEPREFIX/made"

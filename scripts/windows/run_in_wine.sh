@@ -17,7 +17,7 @@ start_server_once() {
   flock 9
   if ! "$WINESERVER" -k0 2>/dev/null 9>&-; then
     "$WINESERVER" -p600 </dev/null >/dev/null 2>&1 9>&- || die "wine's server does not start"
-    "$WINE" wineboot </dev/null >/dev/null 2>&1 9>&- || die "wine does not start"
+    "${WINE[@]}" wineboot </dev/null >/dev/null 2>&1 9>&- || die "wine does not start"
   fi
   exec 9>&-
 }
@@ -27,7 +27,7 @@ main() {
   set_wine_environment
   [[ -f $WINEPREFIX/made ]] || die "wine is not set up; run scripts/windows/prepare.sh"
   start_server_once
-  exec "$WINE" "$@"
+  exec "${WINE[@]}" "$@"
 }
 
 main "$@"

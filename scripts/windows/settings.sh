@@ -11,13 +11,21 @@ readonly WINDOWS_TOOLCHAIN=$WINDOWS_ROOT/cmake/toolchains/mingw64.cmake
 readonly MINGW_CXX=x86_64-w64-mingw32-g++-posix
 
 # Debian installs wine's programs outside the search path unless a further package is installed.
-readonly WINE=/usr/lib/wine/wine64
+# Linux may put a program's heap anywhere in the GiB behind the program. For wine that is now and then
+# (once in some thousand starts) over an address that it cannot do without, and it ends at once with
+# status 1. Without randomisation the heap lies right behind it, far from that address.
+WINE=(/usr/lib/wine/wine64)
+if setarch -R true 2>/dev/null; then  # a container may forbid it
+  WINE=(setarch -R "${WINE[@]}")
+fi
+readonly WINE
 readonly WINESERVER=/usr/lib/wine/wineserver64
 
 # What every program under wine runs with.
 set_wine_environment() {
   export WINEPREFIX=${STREAM_WINEPREFIX:-$WINDOWS_ROOT/build/wineprefix}
-  export WINEDEBUG=-all             # wine's own remarks would mix with the program's output
+  # Wine's own remarks would mix with the program's output, but for those that say why it ended.
+  export WINEDEBUG=-all,err+virtual
   export WINEDLLOVERRIDES=mscoree,mshtml=  # no questions about optional components
   export LC_ALL=${STREAM_WINE_LOCALE:-C.UTF-8}  # under C, paths with letters outside ASCII fail
   unset DISPLAY

@@ -1,5 +1,4 @@
 #include "common/frame_queue.h"
-#include "common/frame_memory.h"
 
 #include <atomic>
 #include <cstddef>

@@ -40,7 +40,16 @@ void ReadLocalFile(const std::string& path) {
   }
 }
 
+std::uint32_t UnreadSize() {
+  const std::lock_guard lock(g_tsStreamLock);
+  return g_tsStreamBuffer->Size();
+}
+
 }  // namespace
+
+void AwaitStreamRoom(std::uint32_t most_unread) {
+  while (g_tsRunning.load() && UnreadSize() >= most_unread) platform::SleepMilliseconds(1);
+}
 
 std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
   const auto length = static_cast<std::uint32_t>(size * count);
@@ -49,6 +58,7 @@ std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /
     return 0;
   }
   if (g_tsDownloaded.load() == 0) TsPlayer().Message("PLAY TS OK:" + TsUrl());
+  AwaitStreamRoom(kMostUnreadTsBytes);
   const std::lock_guard lock(g_tsStreamLock);
   if (data != nullptr && g_tsStreamBuffer->Append(data, length) != kBufferOk) return 0;
   g_tsDownloaded += length;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <mutex>
 
+#include "common/frame_backlog.h"
 #include "common/platform.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
@@ -72,6 +73,7 @@ void ParseTs() {
   constexpr unsigned kBatchPauseMilliseconds = 1;
   TsDurationReport report;
   while (g_tsRunning.load()) {
+    AwaitFrameRoom(g_tsRunning, kMaxFrameBacklog);
     if (FeedBatch()) {
       ReportDuration(report);
       platform::SleepMilliseconds(kBatchPauseMilliseconds);

@@ -1,0 +1,78 @@
+#include "common/frame_backlog.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <mutex>
+
+#include "common/frame_queue.h"
+
+namespace {
+
+constexpr std::chrono::milliseconds kLongEnough{50};
+
+class FrameBacklogTest : public testing::Test {
+ protected:
+  FrameBacklogTest() { ResetFrameQueues(); }
+  ~FrameBacklogTest() override {
+    running_ = false;
+    ReleaseFrameQueues();
+  }
+
+  static void Push(std::int32_t size, FrameQueue*& queue) {
+    FrameRecord frame;
+    ASSERT_EQ(AllocateFrameNode(frame, 0, 0, size, true, true), 0);
+    const std::lock_guard lock(g_frameQueueMutex);
+    ASSERT_EQ(PushFrame(frame, queue), 0);
+  }
+
+  std::future<void> Await(const FrameBacklog& limit) {
+    return std::async(std::launch::async, [this, limit] { AwaitFrameRoom(running_, limit); });
+  }
+
+  static bool StillWaits(const std::future<void>& waiting) {
+    return waiting.wait_for(kLongEnough) == std::future_status::timeout;
+  }
+
+  std::atomic<bool> running_{true};
+};
+
+TEST_F(FrameBacklogTest, NothingWaitsWhereTheQueuesAreNotThereYet) {
+  ReleaseFrameQueues();
+  AwaitFrameRoom(running_, {0, 0});
+}
+
+TEST_F(FrameBacklogTest, AsManyFramesAndBytesAsTheLimitDoNotWait) {
+  Push(50, g_videoQueue);
+  Push(50, g_videoQueue);
+  Push(100, g_audioQueue);
+  AwaitFrameRoom(running_, {2, 100});
+}
+
+TEST_F(FrameBacklogTest, OneFrameTooManyWaitsUntilOneIsTaken) {
+  for (int i = 0; i < 3; ++i) Push(0, g_audioQueue);
+  const std::future<void> waiting = Await({2, 100});
+  EXPECT_TRUE(StillWaits(waiting));
+  PopAudioFrame();
+  waiting.wait();
+}
+
+TEST_F(FrameBacklogTest, OneByteTooManyWaitsUntilItsFrameIsTaken) {
+  Push(101, g_videoQueue);
+  const std::future<void> waiting = Await({2, 100});
+  EXPECT_TRUE(StillWaits(waiting));
+  PopVideoFrame();
+  waiting.wait();
+}
+
+TEST_F(FrameBacklogTest, StopEndsTheWait) {
+  Push(101, g_videoQueue);
+  const std::future<void> waiting = Await({2, 100});
+  EXPECT_TRUE(StillWaits(waiting));
+  running_ = false;
+  waiting.wait();
+}
+
+}  // namespace

@@ -24,8 +24,8 @@ CFlvDownloader::~CFlvDownloader() {
 bool CFlvDownloader::BeginDownload(const std::string& url) {
   g_flvRunning = true;
   pool_.Start();
+  const std::uint64_t stream = g_flvStream->Begin();  // from here an older one queues no more
   ResetFrameQueues();
-  const std::uint64_t stream = g_flvStream->Begin();
   UseUrl(url);
   AddGated([url, stream] { RunDownload(url, stream); });
   AddGated([this, url, stream] { PlayFlv({url, player_, stream, audio_config_}); });
@@ -35,7 +35,9 @@ bool CFlvDownloader::BeginDownload(const std::string& url) {
 }
 
 bool CFlvDownloader::EndDownload() {
-  return StopPipeline({"flv", g_flvRunning, pool_, gate_, [] { g_flvStream->Stop(); }});
+  if (!StopPipeline({"flv", g_flvRunning, pool_, gate_, [] { g_flvStream->Stop(); }})) return false;
+  g_flvStream->Release();
+  return true;
 }
 
 bool CFlvDownloader::SetStartPostion(float seconds) {

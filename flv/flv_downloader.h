@@ -26,7 +26,8 @@ class CFlvDownloader {
   CFlvDownloader& operator=(const CFlvDownloader&) = delete;
 
   // Starts to play `url`, already cleaned, from its beginning. Always true. After a second start
-  // without a stop the download and the parser of the first come to their end.
+  // without a stop nothing more of the first is queued, but its delivery tasks go on until the
+  // stop, so that the pool has room for four starts.
   bool BeginDownload(const std::string& url);
 
   // Stops, joins the tasks and drops what is queued. False when nothing ran.

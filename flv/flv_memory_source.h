@@ -2,7 +2,6 @@
 #ifndef FLV_FLV_MEMORY_SOURCE_H_
 #define FLV_FLV_MEMORY_SOURCE_H_
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <span>
@@ -24,9 +23,9 @@ class FlvMemorySource final : public FlvSource {
   }
 
   bool Skip(std::uint32_t count) override {
-    const bool is_there = Await(count);
-    left_ = left_.subspan(std::min<std::size_t>(count, left_.size()));
-    return is_there;
+    if (!Await(count)) return false;
+    left_ = left_.subspan(count);
+    return true;
   }
 
  private:

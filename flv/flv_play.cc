@@ -39,10 +39,8 @@ void Report(const FlvPlay& play, bool has_header) {
 }
 
 void ReadTags(FlvTagParser& parser) {
-  // Far more than a stream has that makes a frame or two of each tag.
-  constexpr FrameBacklog kMaxBacklog = {200'000, std::uint64_t{1} << 30};
   while (g_flvRunning.load() && parser.ReadTag()) {
-    AwaitFrameRoom(g_flvRunning, kMaxBacklog);
+    AwaitFrameRoom(g_flvRunning, kMaxFrameBacklog);
     platform::SleepMilliseconds(1);
   }
   ConsoleLine("read over");

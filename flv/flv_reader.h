@@ -23,7 +23,8 @@ class FlvReader {
   // 24 bits, then the bits 24 to 31: the fields Timestamp and TimestampExtended, milliseconds.
   bool ReadTimestamp(std::uint32_t& value);
 
-  // Passes over `count` bytes. A negative count goes nowhere but moves the position back.
+  // Passes over `count` bytes, all or none. A negative count goes nowhere but moves the position
+  // back.
   bool Skip(std::int32_t count);
 
   // Bytes asked for so far, also those that did not come, modulo 2^32.

@@ -8,7 +8,7 @@ class FlvSource {
  public:
   virtual ~FlvSource() = default;
 
-  // False once nothing more is to be parsed, also of what is there.
+  // False once nothing more is to be parsed or queued, also of what is there.
   virtual bool Runs() const = 0;
 
   // Waits until `count` unread bytes are there. False when they will not come.
@@ -17,7 +17,7 @@ class FlvSource {
   // Waits likewise and takes them, all or none: on failure `bytes` is left as it was.
   virtual bool Read(std::uint8_t* bytes, std::uint32_t count) = 0;
 
-  // Drops so many bytes. False when they will not come; those that did are dropped all the same.
+  // Waits likewise and drops them, all or none.
   virtual bool Skip(std::uint32_t count) = 0;
 };
 

@@ -11,10 +11,11 @@ NeverDestroyed<FlvStream> g_flvStream;
 namespace {
 
 constexpr unsigned kPollMilliseconds = 100;
+constexpr unsigned kRoomPollMilliseconds = 1;
 
-void SleepUnlocked(std::unique_lock<std::mutex>& lock) {
+void SleepUnlocked(std::unique_lock<std::mutex>& lock, unsigned milliseconds) {
   lock.unlock();
-  platform::SleepMilliseconds(kPollMilliseconds);
+  platform::SleepMilliseconds(milliseconds);
   lock.lock();
 }
 
@@ -22,8 +23,8 @@ void SleepUnlocked(std::unique_lock<std::mutex>& lock) {
 
 std::uint64_t FlvStream::Begin() {
   const std::lock_guard lock(mutex_);
-  unread_.Initialize();
-  unread_.Reset();
+  unread_->Initialize();
+  unread_->Reset();
   received_ = 0;
   downloading_ = true;
   ready_.notify_all();  // who waits for an older stream waits in vain
@@ -32,15 +33,25 @@ std::uint64_t FlvStream::Begin() {
 
 bool FlvStream::Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes,
                       std::uint32_t size) {
-  const std::lock_guard lock(mutex_);
-  if (stream != stream_) return false;
+  Lock lock(mutex_);
+  if (!AwaitRoom(stream, offset + size, lock)) return false;
   const std::uint64_t overlap = received_ > offset ? received_ - offset : 0;
   if (overlap >= size) return true;
   const auto fresh = static_cast<std::uint32_t>(size - overlap);
-  if (unread_.Append(static_cast<const char*>(bytes) + overlap, fresh) != kBufferOk) return false;
+  if (unread_->Append(static_cast<const char*>(bytes) + overlap, fresh) != kBufferOk) return false;
   received_ += fresh;
-  if (unread_.Size() > kReadySize) ready_.notify_all();
+  if (unread_->Size() > kReadySize) ready_.notify_all();
   return true;
+}
+
+// True when there is room, or when all up to `end` is there already.
+bool FlvStream::AwaitRoom(std::uint64_t stream, std::uint64_t end, Lock& lock) const {
+  while (stream == stream_) {
+    if (unread_->Size() < most_unread_ || received_ >= end) return true;
+    if (!g_flvRunning.load()) return false;
+    SleepUnlocked(lock, kRoomPollMilliseconds);
+  }
+  return false;
 }
 
 void FlvStream::EndDownload(std::uint64_t stream) {
@@ -48,6 +59,11 @@ void FlvStream::EndDownload(std::uint64_t stream) {
   if (stream != stream_) return;
   downloading_ = false;
   ready_.notify_all();
+}
+
+void FlvStream::Release() {
+  const std::lock_guard lock(mutex_);
+  unread_.emplace();
 }
 
 void FlvStream::Stop() {
@@ -62,12 +78,15 @@ bool FlvStream::MoreMayCome(std::uint64_t stream) const {
 
 void FlvStream::AwaitReady(std::uint64_t stream) {
   Lock lock(mutex_);
-  ready_.wait(lock, [this, stream] { return unread_.Size() > kReadySize || !MoreMayCome(stream); });
+  ready_.wait(lock,
+              [this, stream] { return unread_->Size() > kReadySize || !MoreMayCome(stream); });
 }
 
 bool FlvStream::AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const {
-  while (unread_.Size() < count && MoreMayCome(stream)) SleepUnlocked(lock);
-  return stream == stream_ && unread_.Size() >= count;
+  while (unread_->Size() < count && MoreMayCome(stream)) {
+    SleepUnlocked(lock, kPollMilliseconds);
+  }
+  return stream == stream_ && unread_->Size() >= count;
 }
 
 bool FlvStream::Await(std::uint64_t stream, std::uint32_t count) {
@@ -78,26 +97,24 @@ bool FlvStream::Await(std::uint64_t stream, std::uint32_t count) {
 bool FlvStream::Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t count) {
   Lock lock(mutex_);
   if (!AwaitUnread(stream, count, lock)) return false;
-  if (count > 0) std::memcpy(bytes, unread_.ContinuePtr(), count);
-  unread_.MoveStart(count);
+  if (count > 0) std::memcpy(bytes, unread_->ContinuePtr(), count);
+  unread_->MoveStart(count);
   return true;
 }
 
-// Drops what comes as it comes, so that a stream cannot have us keep what it will not have read.
+// In pieces of no more than can be unread at once.
 bool FlvStream::Skip(std::uint64_t stream, std::uint32_t count) {
   Lock lock(mutex_);
-  while (stream == stream_) {
-    const std::uint32_t dropped = std::min(count, unread_.Size());
-    unread_.MoveStart(dropped);
-    count -= dropped;
-    if (count == 0) return true;
-    if (!MoreMayCome(stream)) return false;
-    SleepUnlocked(lock);
+  while (count > 0) {
+    const std::uint32_t piece = std::min(count, most_unread_);
+    if (!AwaitUnread(stream, piece, lock)) return false;
+    unread_->MoveStart(piece);
+    count -= piece;
   }
-  return false;
+  return true;
 }
 
 std::uint32_t FlvStream::UnreadSize() const {
   const std::lock_guard lock(mutex_);
-  return unread_.Size();
+  return unread_->Size();
 }

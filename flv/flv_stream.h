@@ -13,6 +13,8 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <optional>
+#include <utility>
 
 #include "common/byte_buffer.h"
 #include "common/never_destroyed.h"
@@ -26,13 +28,18 @@ class FlvStream {
   // The parser does not wait any longer to begin once more unread bytes than this are there.
   static constexpr std::uint32_t kReadySize = 10240;
 
+  // Far more than a stream has that is parsed as it comes, and far less than the buffer can count.
+  static constexpr std::uint32_t kMostUnread = std::uint32_t{1} << 30;
+
+  explicit FlvStream(std::uint32_t most_unread = kMostUnread) : most_unread_(most_unread) {}
+
   // Begins a new, empty stream and returns its number.
   std::uint64_t Begin();
 
   // Puts a piece that begins at `offset` of the stream behind what is there, as far as it is not
-  // there yet: a local file comes from two sides, and each byte of it is parsed once. What is
-  // unread has no bound: a slow parser lets it grow. False for an older stream, and when memory
-  // runs out.
+  // there yet: a local file comes from two sides, and each byte of it is parsed once. A slow parser
+  // lets grow what is unread, up to kMostUnread or more: then it waits until there is less. False
+  // for an older stream, at a stop, and when memory runs out.
   bool Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes, std::uint32_t size);
 
   // Nothing more will be staged.
@@ -45,10 +52,17 @@ class FlvStream {
   // cleared.
   void AwaitReady(std::uint64_t stream);
 
-  // How FlvStreamSource reads; what FlvSource says of them holds.
+  // How FlvStreamSource reads; what FlvSource says of them holds, but that of a Skip of more than
+  // kMostUnread the first part may be dropped though the rest does not come.
   bool Await(std::uint64_t stream, std::uint32_t count);
   bool Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t count);
   bool Skip(std::uint64_t stream, std::uint32_t count);
+
+  // Gives the memory of what is unread back. For when the tasks have ended.
+  void Release();
+
+  // Whether it is the one that was begun last.
+  bool IsCurrent(std::uint64_t stream) const { return stream == stream_.load(); }
 
   // Bytes received and not read yet.
   std::uint32_t UnreadSize() const;
@@ -57,14 +71,16 @@ class FlvStream {
   using Lock = std::unique_lock<std::mutex>;
 
   bool MoreMayCome(std::uint64_t stream) const;
+  bool AwaitRoom(std::uint64_t stream, std::uint64_t end, Lock& lock) const;
   bool AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const;
 
+  const std::uint32_t most_unread_;
   mutable std::mutex mutex_;
+  std::atomic<std::uint64_t> stream_{0};  // the number of the stream; changed with mutex_ held
   // All guarded by mutex_.
   std::condition_variable ready_;
-  CByteBuffer unread_;
-  std::uint64_t stream_ = 0;    // the number of the stream
-  std::uint64_t received_ = 0;  // bytes of it staged so far
+  std::optional<CByteBuffer> unread_{std::in_place};
+  std::uint64_t received_ = 0;  // bytes of the stream staged so far
   bool downloading_ = false;
 };
 
@@ -75,7 +91,7 @@ class FlvStreamSource final : public FlvSource {
  public:
   explicit FlvStreamSource(std::uint64_t stream) : stream_(stream) {}
 
-  bool Runs() const override { return g_flvRunning.load(); }
+  bool Runs() const override { return g_flvRunning.load() && g_flvStream->IsCurrent(stream_); }
   bool Await(std::uint32_t count) override { return g_flvStream->Await(stream_, count); }
   bool Read(std::uint8_t* bytes, std::uint32_t count) override {
     return g_flvStream->Read(stream_, bytes, count);

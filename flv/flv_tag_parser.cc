@@ -41,8 +41,11 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
     return false;
   }
   const std::lock_guard lock(g_frameQueueMutex);
-  if (PushFrame(frame, EnsureQueue(queue)) != 0) ReleasePayload(frame);
-  return true;
+  // Looked at with the queues held, so that no frame of a stream that was replaced gets in front of
+  // the new one's.
+  const bool is_wanted = reader.Runs();
+  if (!is_wanted || PushFrame(frame, EnsureQueue(queue)) != 0) ReleasePayload(frame);
+  return is_wanted;
 }
 
 }  // namespace
@@ -60,7 +63,8 @@ bool FlvTagParser::ReadHeader() {
   std::uint32_t data_offset = 0;
   if (!reader_.Skip(2) || !reader_.Read32(data_offset)) return false;
   ConsoleNumber("headlength:%d\n", static_cast<std::int32_t>(data_offset));
-  // A header that goes on beyond the stream is a header all the same: there are just no tags left.
+  // Of a header that goes on beyond the end of the stream nothing is passed over, and its tags are
+  // looked for right here: kept on purpose.
   reader_.Skip(static_cast<std::int32_t>(data_offset - kHeaderSize));
   return true;
 }

@@ -109,6 +109,16 @@ void RequirePrefixes(const Frames& frames) {
   }
 }
 
+// Whether all of the file header is there, also where it says that it is longer than nine bytes.
+bool HasWholeHeader(Bytes stream) {
+  constexpr std::size_t kHeaderSize = 9;
+  if (stream.size() < kHeaderSize) return false;
+  std::uint32_t data_offset = 0;
+  for (const std::uint8_t byte : stream.subspan(5, 4)) data_offset = data_offset << 8 | byte;
+  const auto extra = static_cast<std::int32_t>(data_offset - kHeaderSize);
+  return extra <= 0 || static_cast<std::uint32_t>(extra) <= stream.size() - kHeaderSize;
+}
+
 // The frames of a shorter stream are the first of the longer one's.
 void RequireFirstOf(const std::vector<Frame>& some, const std::vector<Frame>& all) {
   Require(some.size() <= all.size() && std::equal(some.begin(), some.end(), all.begin()));
@@ -123,7 +133,9 @@ void CheckStream(Bytes stream) {
   Require(bytes <= stream.size());
   RequirePrefixes(frames);
   for (const std::size_t piece : kPieces) Require(ParseFromStream(stream, piece) == frames);
-  const Frames half = ParseFromMemory(stream.first(stream.size() / 2));
+  const Bytes first_half = stream.first(stream.size() / 2);
+  if (!HasWholeHeader(first_half)) return;
+  const Frames half = ParseFromMemory(first_half);
   RequireFirstOf(half.video, frames.video);
   RequireFirstOf(half.audio, frames.audio);
 }

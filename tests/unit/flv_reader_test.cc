@@ -98,12 +98,13 @@ TEST_F(FlvReaderTest, SkipPassesOverBytes) {
   EXPECT_EQ(reader.Position(), 4U);
 }
 
-TEST_F(FlvReaderTest, SkipThatIsTooLongTakesAllThereIs) {
+TEST_F(FlvReaderTest, SkipThatIsTooLongTakesNothing) {
   FlvReader& reader = Over({1, 2});
   EXPECT_FALSE(reader.Skip(3));
+  EXPECT_EQ(reader.Position(), 3U);
   std::uint8_t next = 9;
-  EXPECT_FALSE(reader.Read8(next));
-  EXPECT_EQ(next, 9);
+  EXPECT_TRUE(reader.Read8(next));
+  EXPECT_EQ(next, 1);
 }
 
 TEST_F(FlvReaderTest, SkipOfNothingOrBackwardsTakesNothing) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <future>
 #include <thread>
+#include <utility>
 
 #include "tests/support/flv_tasks.h"
 
@@ -118,6 +119,7 @@ TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNothingOfTheNewer) {
   FlvTransfer transfer(g_flvStream->Begin());
   EXPECT_EQ(transfer.Take("abc", 3), 3U);
   std::uint8_t byte = 9;
+  EXPECT_FALSE(source_.Runs());
   EXPECT_FALSE(source_.Await(1));
   EXPECT_FALSE(source_.Read(&byte, 1));
   EXPECT_FALSE(source_.Skip(1));
@@ -182,14 +184,14 @@ TEST_F(FlvStagingTest, SkipDropsBytes) {
   EXPECT_EQ(Unread(), (Bytes{3}));
 }
 
-TEST_F(FlvStagingTest, SkipThatIsTooLongDropsWhatIsThere) {
+TEST_F(FlvStagingTest, SkipThatIsTooLongDropsNothing) {
   Take({1, 2});
   EndOfDownload();
   EXPECT_FALSE(source_.Skip(3));
-  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_EQ(Unread(), (Bytes{1, 2}));
 }
 
-TEST_F(FlvStagingTest, SkippedBytesAreDroppedAsTheyCome) {
+TEST_F(FlvStagingTest, SkipWaitsForBytesThatAreStillToCome) {
   constexpr std::uint32_t kSkipped = 50'000'000;
   constexpr std::uint32_t kPieces = 500;
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(kSkipped); });
@@ -197,6 +199,13 @@ TEST_F(FlvStagingTest, SkippedBytesAreDroppedAsTheyCome) {
   Take({7});
   EXPECT_TRUE(reader.get());
   EXPECT_EQ(Unread(), (Bytes{7}));
+}
+
+TEST_F(FlvStagingTest, StopEndsASkip) {
+  auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
+  Take({1});
+  BeginToStop();
+  EXPECT_FALSE(reader.get());
 }
 
 TEST_F(FlvStagingTest, WhatIsThereCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
@@ -224,6 +233,74 @@ TEST_F(FlvStagingTest, StopEndsEveryWait) {
   BeginToStop();
   EXPECT_FALSE(reader.get());
   player.get();
+}
+
+// A stream of its own that keeps no more than ten unread bytes, or one piece more.
+class FlvFullStreamTest : public FlvTasks {
+ protected:
+  bool Stage(std::uint64_t offset, std::uint32_t size) {
+    const Bytes bytes(size);
+    return full_.Stage(number_, offset, bytes.data(), size);
+  }
+
+  std::future<bool> StageLater(std::uint64_t offset, std::uint32_t size) {
+    return std::async(std::launch::async, [=, this] { return Stage(offset, size); });
+  }
+
+  static bool StillWaits(const std::future<bool>& waiting) {
+    return waiting.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
+  }
+
+  FlvStream full_{10};
+  std::uint64_t number_ = full_.Begin();
+};
+
+TEST_F(FlvFullStreamTest, PieceWaitsUntilSomethingWasReadAndIsThenStaged) {
+  EXPECT_TRUE(Stage(0, 9));
+  EXPECT_TRUE(Stage(9, 5)) << "there was room for one byte";
+  auto piece = StageLater(14, 3);
+  EXPECT_TRUE(StillWaits(piece));
+  EXPECT_EQ(full_.UnreadSize(), 14U);
+  EXPECT_TRUE(full_.Skip(number_, 5));
+  EXPECT_TRUE(piece.get());
+  EXPECT_EQ(full_.UnreadSize(), 12U);
+}
+
+TEST_F(FlvFullStreamTest, PieceThatIsThereAlreadyDoesNotWait) {
+  EXPECT_TRUE(Stage(0, 20));
+  EXPECT_TRUE(Stage(5, 15));
+  EXPECT_EQ(full_.UnreadSize(), 20U);
+}
+
+TEST_F(FlvFullStreamTest, StopAndANewStreamEndTheWaitAndThePieceIsRefused) {
+  EXPECT_TRUE(Stage(0, 10));
+  auto replaced = StageLater(10, 1);
+  EXPECT_TRUE(StillWaits(replaced));
+  const std::uint64_t older = std::exchange(number_, full_.Begin());
+  EXPECT_FALSE(replaced.get());
+  EXPECT_FALSE(full_.Stage(older, 10, "x", 1));
+  EXPECT_TRUE(Stage(0, 10));
+  auto stopped = StageLater(10, 1);
+  EXPECT_TRUE(StillWaits(stopped));
+  g_flvRunning = false;
+  full_.Stop();
+  EXPECT_FALSE(stopped.get());
+}
+
+TEST_F(FlvFullStreamTest, SkipOfMoreThanCanBeUnreadPassesOverItAllTheSame) {
+  auto skipped = std::async(std::launch::async, [this] { return full_.Skip(number_, 95); });
+  for (std::uint64_t at = 0; at < 100; at += 4) EXPECT_TRUE(Stage(at, 4));
+  EXPECT_TRUE(skipped.get());
+  EXPECT_EQ(full_.UnreadSize(), 5U);
+}
+
+TEST_F(FlvFullStreamTest, ReleasedStreamIsEmptyAndTheNextOneGoesOn) {
+  EXPECT_TRUE(Stage(0, 12));
+  full_.Release();
+  EXPECT_EQ(full_.UnreadSize(), 0U);
+  number_ = full_.Begin();
+  EXPECT_TRUE(Stage(0, 3));
+  EXPECT_EQ(full_.UnreadSize(), 3U);
 }
 
 }  // namespace

@@ -1,6 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+
+#include "common/frame_queue.h"
+#include "flv/flv_memory_source.h"
+#include "flv/flv_tag_parser.h"
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 
@@ -151,6 +156,39 @@ TEST(FlvTagLoopTest, GarbageBehindGoodTagsEndsTheLoopAndKeepsTheirFrames) {
     EXPECT_EQ(parsed.frames.video[0].payload, (Bytes{0, 0, 0, 1, 0x65, 1})) << int{byte};
     EXPECT_GE(parsed.frames.audio.size(), 1U) << int{byte};
   }
+}
+
+// A stream that is replaced by another one while a body of more than 100 bytes is read.
+class ReplacedSource final : public FlvSource {
+ public:
+  explicit ReplacedSource(const Bytes& bytes) : source_(bytes) {}
+
+  bool Runs() const override { return runs_; }
+  bool Await(std::uint32_t count) override { return source_.Await(count); }
+  bool Read(std::uint8_t* bytes, std::uint32_t count) override {
+    if (count > 100) runs_ = false;
+    return source_.Read(bytes, count);
+  }
+  bool Skip(std::uint32_t count) override { return source_.Skip(count); }
+
+ private:
+  FlvMemorySource source_;
+  bool runs_ = true;
+};
+
+TEST(FlvTagLoopTest, FrameOfAStreamThatWasReplacedMeanwhileIsNotQueuedAndEndsTheLoop) {
+  const Bytes stream = Join({Header(), NalTag(0, {{0x65, 1}}), NalTag(40, {Bytes(200, 0x41)}),
+                             NalTag(80, {{0x41, 2}}), flv_test::LastBackPointer()});
+  ResetFrameQueues();
+  ReplacedSource source(stream);
+  std::atomic<std::uint16_t> audio_config{0};
+  FlvTagParser parser(source, audio_config);
+  testing::internal::CaptureStdout();
+  EXPECT_TRUE(parser.ReadHeader());
+  testing::internal::GetCapturedStdout();
+  EXPECT_TRUE(parser.ReadTag());
+  EXPECT_FALSE(parser.ReadTag());
+  EXPECT_EQ(g_videoQueue->count, 1U);
 }
 
 }  // namespace

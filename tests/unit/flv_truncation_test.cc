@@ -61,11 +61,19 @@ TEST(FlvTruncationTest, CutAtEveryByteOfOtherAudio) {
   ExpectPrefixes(stream);
 }
 
-// What a header leaves room for is no tag, however much it looks like one.
-TEST(FlvTruncationTest, CutAtEveryByteOfALongHeaderThatHoldsWhatLooksLikeTags) {
-  const Bytes extra = Join({flv_test::NalTag(1, {{0x65, 1}}), flv_test::AacTag(1, {7}), {0, 0, 0}});
+// What a header leaves room for is no tag, however much it looks like one, but of a header that is
+// cut off nothing is passed over.
+TEST(FlvTruncationTest, LongHeaderThatIsCutOffIsReadAsTheTagsItLooksLike) {
+  const Bytes extra = Join({flv_test::NalTag(1, {{0x65, 1}}), {0, 0, 0}});
   const Bytes stream = Join({flv_test::Header(extra), flv_test::NalTag(40, {{0x65, 2}})});
-  ExpectPrefixes(stream);
+  const FrameDump whole = ParseFlv(stream).frames;
+  ASSERT_EQ(whole.video.size(), 1U);
+  EXPECT_EQ(whole.video.front().payload, (Bytes{0, 0, 0, 1, 0x65, 2}));
+  const Bytes cut(stream.begin(), stream.begin() + flv_test::kHeaderSize +
+                                      static_cast<std::ptrdiff_t>(extra.size()) - 1);
+  const FrameDump dump = ParseFlv(cut).frames;
+  ASSERT_EQ(dump.video.size(), 1U);
+  EXPECT_EQ(dump.video.front().payload, (Bytes{0, 0, 0, 1, 0x65, 1}));
 }
 
 TEST(FlvTruncationTest, ByteCountOfTheFramesNeverExceedsThatOfTheStream) {

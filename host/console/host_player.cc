@@ -4,43 +4,58 @@
 #include <utility>
 #include <vector>
 
+#include "guarded_call.h"
 #include "text.h"
 
 namespace host {
 
 void HostPlayer::OnDuration(float seconds) {
-  if (Report* report = RecordingReport()) report->OnDuration(seconds);
-  TakeNumber("duration", &PlayTotals::duration, seconds);
+  GuardedCall([&] {
+    if (Report* report = RecordingReport()) report->OnDuration(seconds);
+    TakeNumber("duration", &PlayTotals::duration, seconds);
+  });
 }
 
 void HostPlayer::OnBufferedTime(float seconds) {
-  if (Report* report = RecordingReport()) report->OnBufferedTime(seconds);
-  TakeNumber("buffered", &PlayTotals::buffered_time, seconds);
+  GuardedCall([&] {
+    if (Report* report = RecordingReport()) report->OnBufferedTime(seconds);
+    TakeNumber("buffered", &PlayTotals::buffered_time, seconds);
+  });
 }
 
 void HostPlayer::OnAudioClock(float seconds) {
-  if (Report* report = RecordingReport()) report->OnAudioClock(seconds);
-  TakeNumber("clock", &PlayTotals::audio_clock, seconds);
+  GuardedCall([&] {
+    if (Report* report = RecordingReport()) report->OnAudioClock(seconds);
+    TakeNumber("clock", &PlayTotals::audio_clock, seconds);
+  });
 }
 
 void HostPlayer::OnAudioFrame(MediaFrame frame) {
-  if (Report* report = RecordingReport()) report->OnAudioFrame(frame);
-  TakeFrame(FrameKind::kAudio, audio_, frame);
+  GuardedCall([&] {
+    if (Report* report = RecordingReport()) report->OnAudioFrame(frame);
+    TakeFrame(FrameKind::kAudio, audio_, frame);
+  });
 }
 
 void HostPlayer::OnVideoFrame(MediaFrame frame) {
-  if (Report* report = RecordingReport()) report->OnVideoFrame(frame);
-  TakeFrame(FrameKind::kVideo, video_, frame);
+  GuardedCall([&] {
+    if (Report* report = RecordingReport()) report->OnVideoFrame(frame);
+    TakeFrame(FrameKind::kVideo, video_, frame);
+  });
 }
 
 void HostPlayer::OnMessage(std::string line) {
-  if (report_ != nullptr) report_->OnMessage(line);
-  TakeText("message", &RunRecord::messages, std::move(line));
+  GuardedCall([&] {
+    if (report_ != nullptr) report_->OnMessage(line);
+    TakeText("message", &RunRecord::messages, std::move(line));
+  });
 }
 
 void HostPlayer::OnPlayResult(std::string line) {
-  if (report_ != nullptr) report_->OnPlayResult(line);
-  TakeText("result", &RunRecord::results, std::move(line));
+  GuardedCall([&] {
+    if (report_ != nullptr) report_->OnPlayResult(line);
+    TakeText("result", &RunRecord::results, std::move(line));
+  });
 }
 
 void HostPlayer::OpenRun() {

@@ -1,50 +1,70 @@
 #include "frame_receiver.h"
 
 #include <algorithm>
-#include <new>
 #include <utility>
+
+#include "guarded_call.h"
 
 namespace player {
 
+template <typename Call>
+void FrameReceiver::Guarded(const Call& call) {
+  if (!host::GuardedCall(call)) ++counts_.errors;
+}
+
 void FrameReceiver::OnDuration(float seconds) {
-  if (witness_ != nullptr) witness_->OnDuration(seconds);
-  Arrived();
-  const std::lock_guard lock(mutex_);
-  news_.duration = seconds;
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnDuration(seconds);
+    Arrived();
+    const std::lock_guard lock(mutex_);
+    news_.duration = seconds;
+  });
 }
 
 void FrameReceiver::OnBufferedTime(float seconds) {
-  if (witness_ != nullptr) witness_->OnBufferedTime(seconds);
-  Arrived();
-  const std::lock_guard lock(mutex_);
-  news_.buffered = seconds;
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnBufferedTime(seconds);
+    Arrived();
+    const std::lock_guard lock(mutex_);
+    news_.buffered = seconds;
+  });
 }
 
 void FrameReceiver::OnAudioClock(float seconds) {
-  if (witness_ != nullptr) witness_->OnAudioClock(seconds);
-  Arrived();
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnAudioClock(seconds);
+    Arrived();
+  });
 }
 
 void FrameReceiver::OnAudioFrame(MediaFrame frame) {
-  if (witness_ != nullptr) witness_->OnAudioFrame(frame);
-  ++counts_.audio_frames;
-  TakeFrame(Kind::kAudio, frame);
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnAudioFrame(frame);
+    ++counts_.audio_frames;
+    TakeFrame(Kind::kAudio, frame);
+  });
 }
 
 void FrameReceiver::OnVideoFrame(MediaFrame frame) {
-  if (witness_ != nullptr) witness_->OnVideoFrame(frame);
-  ++counts_.video_frames;
-  TakeFrame(Kind::kVideo, frame);
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnVideoFrame(frame);
+    ++counts_.video_frames;
+    TakeFrame(Kind::kVideo, frame);
+  });
 }
 
 void FrameReceiver::OnMessage(std::string line) {
-  if (witness_ != nullptr) witness_->OnMessage(line);
-  TakeLine(std::move(line));
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnMessage(line);
+    TakeLine(std::move(line));
+  });
 }
 
 void FrameReceiver::OnPlayResult(std::string line) {
-  if (witness_ != nullptr) witness_->OnPlayResult(line);
-  TakeLine(std::move(line));
+  Guarded([&] {
+    if (witness_ != nullptr) witness_->OnPlayResult(line);
+    TakeLine(std::move(line));
+  });
 }
 
 void FrameReceiver::SetQueue(FrameQueue* queue) {
@@ -83,11 +103,7 @@ void FrameReceiver::TakeFrame(Kind kind, const MediaFrame& frame) {
   NoteTimes(kind, frame.pts);
   FrameQueue* const queue = queue_.load();
   if (queue == nullptr || frame.data == nullptr || frame.size <= 0) return;
-  try {
-    queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
-  } catch (const std::bad_alloc&) {  // nothing may be thrown into the component
-    ++counts_.errors;
-  }
+  queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
   Arrived();  // the call may have waited for long
 }
 

@@ -60,6 +60,9 @@ class FrameReceiver final : public CStreamPlayerImp {
   void KeepOrigin() { origin_is_kept_ = true; }
 
  private:
+  // Runs what a call of the component makes; what it throws is counted.
+  template <typename Call>
+  void Guarded(const Call& call);
   void TakeLine(std::string line);
   void TakeFrame(Kind kind, const MediaFrame& frame);
   void NoteTimes(Kind kind, std::uint64_t pts);

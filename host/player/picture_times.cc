@@ -1,35 +1,62 @@
 #include "picture_times.h"
 
 #include <algorithm>
+#include <vector>
 
 namespace player {
+namespace {
+
+// Times that go back by more begin anew; by less they are but out of order: the sixteen pictures
+// that a decoder can hold back are shorter as a rule.
+constexpr std::uint64_t kJump = 90'000;
+
+}  // namespace
 
 void PictureTimes::Sent(std::uint64_t pts, std::uint64_t dts) {
   // A decoder holds back far fewer; more are left of pictures that never came.
   constexpr std::size_t kMostWaiting = 64;
   // Where nothing is put in order the two are the same, and it does not matter which is which.
   if (pts != dts) has_presentation_times_ = true;
-  if (sent_++ == 0) first_ = pts;
-  newest_ = std::max(newest_, pts);
-  waiting_.insert(pts);
-  if (waiting_.size() > kMostWaiting) waiting_.erase(waiting_.begin());
+  NoteDistance(pts);
+  Queue(pts);
+  if (waiting_.size() > kMostWaiting) waiting_.pop_front();
+}
+
+void PictureTimes::Queue(std::uint64_t pts) {
+  const auto stays_before = [pts](std::uint64_t time) { return time <= pts || time - pts > kJump; };
+  const auto last = std::find_if(waiting_.rbegin(), waiting_.rend(), stays_before);
+  waiting_.insert(last.base(), pts);
+}
+
+void PictureTimes::NoteDistance(std::uint64_t pts) {
+  constexpr std::size_t kMostDistances = 8;
+  if (last_sent_ && pts > *last_sent_) distances_.push_back(pts - *last_sent_);
+  if (distances_.size() > kMostDistances) distances_.pop_front();
+  last_sent_ = pts;
 }
 
 std::uint64_t PictureTimes::TimeOf(std::uint64_t pts, bool is_key, int depth) {
-  const auto own = waiting_.find(pts);
+  const auto own = std::find(waiting_.begin(), waiting_.end(), pts);
   if (has_presentation_times_ || depth == 0 || waiting_.empty()) {
     if (own != waiting_.end()) waiting_.erase(own);
     return pts;
   }
   // What was sent before a key picture has come out before it, or never will.
   if (is_key && own != waiting_.end()) waiting_.erase(waiting_.begin(), own);
-  const std::uint64_t time = *waiting_.begin();
-  waiting_.erase(waiting_.begin());
+  const std::uint64_t time = waiting_.front();
+  waiting_.pop_front();
   return shown_later_ ? time + static_cast<std::uint64_t>(depth) * Step() : time;
 }
 
+// The median, which a jump does not move. Of an even number it is the lower one: a jump is long.
 std::uint64_t PictureTimes::Step() const {
-  return sent_ > 1 && newest_ > first_ ? (newest_ - first_) / (sent_ - 1) : 0;
+  if (distances_.empty()) return 0;
+  // One alone may be a jump.
+  if (distances_.size() == 1 && distances_.front() > kJump) return 0;
+  std::vector<std::uint64_t> sorted(distances_.begin(), distances_.end());
+  const auto middle = sorted.begin() + (static_cast<std::ptrdiff_t>(sorted.size()) - 1) / 2;
+  std::nth_element(sorted.begin(), middle, sorted.end());
+  return *middle;
 }
 
 }  // namespace player

@@ -7,12 +7,16 @@
 // put out of order. In MP4 that distance is as a rule taken out again by the file, so there it is
 // none.
 //
+// Where the times jump, the pictures sent before the jump keep their times, and those after it get
+// the new ones.
+//
 // Times in 90 kHz ticks. For one thread.
 #ifndef HOST_PLAYER_PICTURE_TIMES_H_
 #define HOST_PLAYER_PICTURE_TIMES_H_
 
 #include <cstdint>
-#include <set>
+#include <deque>
+#include <optional>
 
 namespace player {
 
@@ -29,14 +33,16 @@ class PictureTimes {
   std::uint64_t TimeOf(std::uint64_t pts, bool is_key, int depth);
 
  private:
+  void Queue(std::uint64_t pts);
+  void NoteDistance(std::uint64_t pts);
   std::uint64_t Step() const;
 
   const bool shown_later_;
   bool has_presentation_times_ = false;
-  std::multiset<std::uint64_t> waiting_;  // of access units whose pictures have not come out
-  std::uint64_t first_ = 0;
-  std::uint64_t newest_ = 0;
-  std::uint64_t sent_ = 0;
+  // Of access units whose pictures have not come out: in order, but for jumps.
+  std::deque<std::uint64_t> waiting_;
+  std::optional<std::uint64_t> last_sent_;
+  std::deque<std::uint64_t> distances_;  // the newest between two access units
 };
 
 }  // namespace player

@@ -21,8 +21,15 @@ Playback::Playback(PlayCounts& counts, Settings settings)
       frames_(settings_.limits),
       pictures_(kPicturesAhead),
       sound_(clock_),
-      video_thread_([this] { DecodeVideo(); }),
-      audio_thread_([this] { DecodeAudio(); }) {}
+      video_thread_([this] { DecodeVideo(); }) {
+  try {
+    audio_thread_ = std::thread([this] { DecodeAudio(); });
+  } catch (...) {  // no room for another thread: the first must have ended before it is destroyed
+    Close();
+    video_thread_.join();
+    throw;
+  }
+}
 
 void Playback::Close() {
   closed_ = true;

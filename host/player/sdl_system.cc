@@ -1,6 +1,5 @@
 #include "sdl_system.h"
 
-#define SDL_MAIN_HANDLED
 #include <SDL.h>
 
 #include <string_view>
@@ -28,9 +27,15 @@ bool ShowsNothing() {
   return name == "offscreen" || name == "dummy" || name == "evdev";
 }
 
-std::string StartDisplay() {
-  // Without this directory there is no Wayland, and its library would print so.
+// Without this directory there is no Wayland, and its library would print so. Other systems have
+// drivers of their own.
+void KeepWaylandQuiet() {
+  if (std::string_view(SDL_GetPlatform()) != "Linux") return;
   if (SDL_getenv("XDG_RUNTIME_DIR") == nullptr) SDL_SetHint(SDL_HINT_VIDEODRIVER, "x11,KMSDRM");
+}
+
+std::string StartDisplay() {
+  KeepWaylandQuiet();
   if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
     return std::string("neither X11 nor Wayland can be used (") + SDL_GetError() + ")";
   }

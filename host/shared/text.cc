@@ -28,6 +28,34 @@ std::string EscapeOf(unsigned char control) {
   }
 }
 
+struct ByteRange {
+  unsigned char first;
+  unsigned char last;
+};
+
+// What may follow the first byte of a character of several bytes: with less it would be a control
+// character or one that fewer bytes can hold, with more a surrogate or none at all.
+ByteRange SecondBytes(unsigned char first) {
+  switch (first) {
+    case 0xc2:
+    case 0xe0:
+      return {0xa0, 0xbf};
+    case 0xed:
+      return {0x80, 0x9f};
+    case 0xf0:
+      return {0x90, 0xbf};
+    case 0xf4:
+      return {0x80, 0x8f};
+    default:
+      return {0x80, 0xbf};
+  }
+}
+
+bool IsIn(const ByteRange& range, char byte) {
+  const auto value = static_cast<unsigned char>(byte);
+  return value >= range.first && value <= range.last;
+}
+
 // Length of the printable UTF-8 character that `bytes` begin with; 0 when they begin with none.
 std::size_t CharacterLength(std::string_view bytes) {
   const auto first = static_cast<unsigned char>(bytes.front());
@@ -36,8 +64,9 @@ std::size_t CharacterLength(std::string_view bytes) {
   if (first < 0xc2 || first > 0xf4) return 0;
   const std::size_t length = first < 0xe0 ? 2 : first < 0xf0 ? 3 : 4;
   if (bytes.size() < length) return 0;
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((static_cast<unsigned char>(bytes[i]) & 0xc0) != 0x80) return 0;
+  if (!IsIn(SecondBytes(first), bytes[1])) return 0;
+  for (std::size_t i = 2; i < length; ++i) {
+    if (!IsIn({0x80, 0xbf}, bytes[i])) return 0;
   }
   return length;
 }

@@ -17,10 +17,9 @@ std::string ExactText(float value);
 // Eight lower-case hexadecimal digits.
 std::string HexText(std::uint32_t value);
 
-// `bytes` made fit for one line of a terminal: control bytes, and bytes that are no UTF-8,
-// become
-// "\n", "\r", "\t" or "\x1b", and what follows the first few hundred is only counted. They come
-// from servers and could otherwise move the cursor.
+// `bytes` made fit for one line of a terminal: the bytes of control characters, and bytes that are
+// no UTF-8, become "\n", "\r", "\t" or "\x1b", and what follows the first few hundred is only
+// counted. They come from servers and could otherwise move the cursor.
 std::string PrintableText(std::string_view bytes);
 
 }  // namespace host

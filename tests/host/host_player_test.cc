@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "tests/host/every_call.h"
 #include "tests/host/host_support.h"
 
 namespace host {
@@ -141,24 +142,25 @@ TEST_F(HostPlayerTest, UnrecordedTimeLeavesOnlyItsTexts) {
 TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
   CallReport report;
   HostPlayer player(clock_, screen_, nullptr, &report);
-  const auto call_all = [&player](std::uint64_t pts) {
-    player.OnMessage("m");
-    player.OnPlayResult("r");
-    player.OnDuration(1);
-    player.OnBufferedTime(1);
-    player.OnAudioClock(1);
-    player.OnAudioFrame(FrameOf(pts, "a"));
-    player.OnVideoFrame(FrameOf(pts, "v"));
-  };
   player.OpenRun();
   player.SetRecording(false);
-  call_all(1);
+  MakeEveryCall(player, 1);
   EXPECT_THAT(report.calls, ElementsAre("run", "message m", "result r"));
   report.calls.clear();
   player.SetRecording(true);
-  call_all(2);
+  MakeEveryCall(player, 2);
   EXPECT_THAT(report.calls, ElementsAre("message m", "result r", "duration", "buffered", "clock",
                                         "audio 2", "video 2"));
+}
+
+TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineTellsSo) {
+  ReportWithoutMemory report;
+  HostPlayer player(clock_, screen_, nullptr, &report);
+  testing::internal::CaptureStderr();
+  EXPECT_NO_THROW(MakeEveryCall(player, 1));
+  const std::string told = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(told, testing::StartsWith("a call of the library could not be taken: "));
+  EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
 }
 
 TEST_F(HostPlayerTest, OpenRunForgetsTheRunBefore) {

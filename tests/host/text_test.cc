@@ -42,6 +42,39 @@ TEST(TextTest, Utf8IsLeftAloneAndOtherHighBytesBecomeVisible) {
   EXPECT_EQ(PrintableText("\xff\xc3(\xe4\xb8"), "\\xff\\xc3(\\xe4\\xb8");
 }
 
+TEST(TextTest, ControlCharactersOfTwoBytesBecomeVisible) {
+  EXPECT_EQ(PrintableText("a\xc2\x9b"
+                          "2J"),
+            "a\\xc2\\x9b2J");
+  EXPECT_EQ(PrintableText("\xc2\x80 \xc2\x9f"), "\\xc2\\x80 \\xc2\\x9f");
+  EXPECT_EQ(PrintableText("\xc2\xa0\xc2\xbf"), "\xc2\xa0\xc2\xbf");
+}
+
+TEST(TextTest, CharactersInMoreBytesThanTheyTakeBecomeVisible) {
+  EXPECT_EQ(PrintableText("\xc0\x9b \xc1\xbf"), "\\xc0\\x9b \\xc1\\xbf");
+  EXPECT_EQ(PrintableText("\xe0\x80\x9b"), "\\xe0\\x80\\x9b");
+  EXPECT_EQ(PrintableText("\xe0\x9f\xbf"), "\\xe0\\x9f\\xbf");
+  EXPECT_EQ(PrintableText("\xf0\x80\x80\x9b"), "\\xf0\\x80\\x80\\x9b");
+  EXPECT_EQ(PrintableText("\xf0\x8f\xbf\xbf"), "\\xf0\\x8f\\xbf\\xbf");
+  EXPECT_EQ(PrintableText("\xe0\xa0\x80\xf0\x90\x80\x80"), "\xe0\xa0\x80\xf0\x90\x80\x80");
+}
+
+TEST(TextTest, SurrogatesBecomeVisible) {
+  EXPECT_EQ(PrintableText("\xed\xa0\x80"), "\\xed\\xa0\\x80");
+  EXPECT_EQ(PrintableText("\xed\xbf\xbf"), "\\xed\\xbf\\xbf");
+  EXPECT_EQ(PrintableText("\xed\x9f\xbf\xee\x80\x80"), "\xed\x9f\xbf\xee\x80\x80");
+}
+
+TEST(TextTest, NumbersBeyondTheLastCharacterBecomeVisible) {
+  EXPECT_EQ(PrintableText("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");
+  EXPECT_EQ(PrintableText("\xf5\x80\x80\x80"), "\\xf5\\x80\\x80\\x80");
+  EXPECT_EQ(PrintableText("\xf4\x8f\xbf\xbf"), "\xf4\x8f\xbf\xbf");
+}
+
+TEST(TextTest, LaterBytesThatContinueNothingBecomeVisible) {
+  EXPECT_EQ(PrintableText("\xe4\xb8(\xf0\x9f\x8e("), "\\xe4\\xb8(\\xf0\\x9f\\x8e(");
+}
+
 TEST(TextTest, LongTextIsCutAndCounted) {
   const std::string text = PrintableText(std::string(16384, 'x'));
   EXPECT_EQ(text, std::string(400, 'x') + "... (16384 bytes)");

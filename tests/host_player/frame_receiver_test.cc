@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/host/every_call.h"
 #include "tests/host_player/frame_at.h"
 
 namespace player {
@@ -42,6 +43,13 @@ TEST_F(FrameReceiverTest, FrameWithoutQueueOrBytesIsCountedOnly) {
   receiver_.OnVideoFrame(broken);
   EXPECT_TRUE(queue_.IsEmpty(Kind::kVideo));
   EXPECT_EQ(counts_.video_frames, 3U);
+}
+
+TEST_F(FrameReceiverTest, WithoutMemoryNoCallThrowsAndEachIsAnError) {
+  host::ReportWithoutMemory witness;
+  FrameReceiver receiver(clock_, counts_, &witness);
+  EXPECT_NO_THROW(host::MakeEveryCall(receiver, 1));
+  EXPECT_EQ(counts_.errors, host::kEveryCall);
 }
 
 TEST_F(FrameReceiverTest, NewestOfEachIsKept) {

@@ -10,6 +10,7 @@ namespace {
 // Decode order I P B B P, as it leaves the decoder: I B B P P.
 const std::vector<std::uint64_t> kOrder = {0, 2, 3, 1, 4};
 constexpr std::uint64_t kStep = 3600;
+constexpr std::uint64_t kSecond = 90'000;
 
 std::vector<std::uint64_t> TimesOf(PictureTimes& times, int depth) {
   for (std::uint64_t i = 0; i < kOrder.size(); ++i) times.Sent(i * kStep, i * kStep);
@@ -18,6 +19,48 @@ std::vector<std::uint64_t> TimesOf(PictureTimes& times, int depth) {
     shown.push_back(times.TimeOf(place * kStep, place == 0, depth) / kStep);
   }
   return shown;
+}
+
+// So many times, a step apart.
+std::vector<std::uint64_t> Steady(std::uint64_t first, std::size_t count,
+                                  std::uint64_t step = kStep) {
+  std::vector<std::uint64_t> times;
+  for (std::size_t i = 0; i < count; ++i) times.push_back(first + i * step);
+  return times;
+}
+
+std::vector<std::uint64_t> Joined(std::vector<std::uint64_t> times,
+                                  const std::vector<std::uint64_t>& more) {
+  times.insert(times.end(), more.begin(), more.end());
+  return times;
+}
+
+std::vector<std::uint64_t> Later(std::vector<std::uint64_t> times, std::uint64_t distance) {
+  for (std::uint64_t& time : times) time += distance;
+  return times;
+}
+
+// Sends groups in kOrder, each begun by a key picture, with these decoding times, through a decoder
+// that holds two pictures back. Returns when they are shown, in the order of showing.
+std::vector<std::uint64_t> ShownOf(PictureTimes& times, const std::vector<std::uint64_t>& sent) {
+  constexpr std::size_t kDepth = 2;
+  std::vector<std::uint64_t> shown;
+  const auto show = [&] {
+    const std::size_t place = shown.size() % kOrder.size();
+    const std::size_t own = shown.size() - place + kOrder[place];
+    shown.push_back(times.TimeOf(sent[own], place == 0, kDepth));
+  };
+  for (std::size_t i = 0; i < sent.size(); ++i) {
+    times.Sent(sent[i], sent[i]);
+    if (i >= kDepth) show();
+  }
+  while (shown.size() < sent.size()) show();
+  return shown;
+}
+
+void ExpectEachLaterByTwoSteps(const std::vector<std::uint64_t>& sent, std::uint64_t step = kStep) {
+  PictureTimes times(true);
+  EXPECT_EQ(ShownOf(times, sent), Later(sent, 2 * step));
 }
 
 TEST(PictureTimesTest, DecodingTimesAreGivenInOrder) {
@@ -43,6 +86,63 @@ TEST(PictureTimesTest, PresentationTimesAreTakenAsTheyAre) {
   EXPECT_EQ(times.TimeOf(2 * kStep, true, 2), 2 * kStep);
   EXPECT_EQ(times.TimeOf(3 * kStep, false, 2), 3 * kStep);
   EXPECT_EQ(times.TimeOf(5 * kStep, false, 2), 5 * kStep);
+}
+
+TEST(PictureTimesTest, EvenPaceIsKeptForLong) { ExpectEachLaterByTwoSteps(Steady(0, 300)); }
+
+TEST(PictureTimesTest, SlowStreamIsLateByItsOwnSteps) {
+  constexpr std::uint64_t kSlow = 2 * kSecond;
+  ExpectEachLaterByTwoSteps(Steady(0, 20, kSlow), kSlow);
+}
+
+TEST(PictureTimesTest, GapAtAKeyPictureDoesNotDelayWhatFollows) {
+  ExpectEachLaterByTwoSteps(Joined(Steady(0, 100), Steady(34 * kSecond, 50)));
+}
+
+TEST(PictureTimesTest, GapBetweenKeyPicturesDoesNotDelayWhatFollows) {
+  ExpectEachLaterByTwoSteps(Joined(Steady(0, 102), Steady(34 * kSecond, 48)));
+}
+
+TEST(PictureTimesTest, JumpOfAnHourDoesNotDelayWhatFollows) {
+  ExpectEachLaterByTwoSteps(Joined(Steady(0, 100), Steady(3600 * kSecond, 50)));
+}
+
+TEST(PictureTimesTest, JumpBehindTheFirstPictureDoesNotDelayIt) {
+  ExpectEachLaterByTwoSteps(Joined(Steady(0, 1), Steady(3600 * kSecond, 49)));
+}
+
+TEST(PictureTimesTest, PictureBeforeTheOnlyJumpSoFarIsNotDelayed) {
+  PictureTimes times(true);
+  times.Sent(0, 0);
+  times.Sent(30 * kSecond, 30 * kSecond);
+  EXPECT_EQ(times.TimeOf(0, true, 1), 0U);
+}
+
+TEST(PictureTimesTest, JumpBackAtAKeyPictureLeavesEachPictureItsTime) {
+  ExpectEachLaterByTwoSteps(Joined(Steady(60 * kSecond, 100), Steady(0, 50)));
+}
+
+TEST(PictureTimesTest, JumpBackBetweenKeyPicturesLeavesEachPictureItsTime) {
+  ExpectEachLaterByTwoSteps(Joined(Steady(60 * kSecond, 103), Steady(0, 47)));
+}
+
+TEST(PictureTimesTest, JumpThereAndBackLeavesEachPictureItsTime) {
+  ExpectEachLaterByTwoSteps(
+      Joined(Steady(0, 50), Joined(Steady(3600 * kSecond, 1), Steady(51 * kStep, 49))));
+}
+
+TEST(PictureTimesTest, NewPaceIsKnownAFewPicturesAfterAJump) {
+  constexpr std::uint64_t kFast = kStep / 2;
+  PictureTimes times(true);
+  const std::vector<std::uint64_t> sent = Joined(Steady(0, 100), Steady(34 * kSecond, 50, kFast));
+  const std::vector<std::uint64_t> shown = ShownOf(times, sent);
+  for (std::size_t i = 110; i < sent.size(); ++i) EXPECT_EQ(shown[i], sent[i] + 2 * kFast) << i;
+}
+
+TEST(PictureTimesTest, TimesThatGoBackByLessThanASecondArePutInOrder) {
+  PictureTimes times(false);
+  const std::vector<std::uint64_t> sent = {0, 4 * kStep, 2 * kStep, 1 * kStep, 3 * kStep};
+  EXPECT_EQ(ShownOf(times, sent), Steady(0, 5));
 }
 
 TEST(PictureTimesTest, PictureThatNeverCameIsForgottenAtTheNextKeyPicture) {

@@ -1,0 +1,35 @@
+#include "host/shared/guarded_call.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <stdexcept>
+
+namespace host {
+namespace {
+
+TEST(GuardedCallTest, CallThatThrowsNothingIsRunAndNothingTold) {
+  int runs = 0;
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(GuardedCall([&] { ++runs; }));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(runs, 1);
+}
+
+TEST(GuardedCallTest, FirstExceptionIsToldInOneLineAndTheNextNotAnyMore) {
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(GuardedCall([] { throw std::runtime_error("the disk is full"); }));
+  EXPECT_FALSE(GuardedCall([] { throw std::bad_alloc(); }));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "a call of the library could not be taken: the disk is full\n");
+}
+
+TEST(GuardedCallTest, WhatIsNoExceptionOfTheLibraryIsToldToo) {
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(GuardedCall([] { throw 1; }));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "a call of the library could not be taken: no reason given\n");
+}
+
+}  // namespace
+}  // namespace host

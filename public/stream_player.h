@@ -10,10 +10,10 @@
 //
 // Threads. The component calls the player from several of its threads at once: status lines and
 // durations from the caller of the facade and from download and parse threads, video frames from
-// one thread, audio clocks and audio frames from another. It holds no lock of its own meanwhile, so
-// a call that blocks stalls the calling thread only (and an EndDownload that waits for it). The
-// player must be safe to call concurrently, must not throw, and must not call the facade from
-// inside a call.
+// one thread, audio clocks and audio frames from another; two more after each further start that no
+// EndDownload came before. It holds no lock of its own meanwhile, so a call that blocks stalls the
+// calling thread only (and an EndDownload that waits for it). The player must be safe to call
+// concurrently, must not throw, and must not call the facade from inside a call.
 //
 // Units. Timestamps are unsigned 64-bit counts of the 90 kHz system clock of ISO/IEC 13818-1
 // (seconds = ticks / 90000). Durations, positions and clocks are 32-bit floats in seconds.

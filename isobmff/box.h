@@ -36,6 +36,7 @@ struct Box {
   std::uint32_t type = 0;
   ByteRange whole;
   ByteRange body;
+  bool is_open = false;  // its size is not told: it goes on to the end of the file
 };
 
 // Not for use by several threads at once. The file must outlive it.
@@ -48,17 +49,24 @@ class HeaderReader {
   const File& GetFile() const { return file_; }
   std::uint64_t FileSize() const { return file_size_; }
 
+  // To be asked before each box. False once there were more of them than in any file that plays: a
+  // thousand tracks have fewer. A large file of nothing but tiny boxes would hold up a stop.
+  bool MayGoOn() { return boxes_++ < kMostBoxes; }
+
   // The first `size` (at most kMostAtOnce) bytes of `range`, valid until the next call. Null where
   // the range is shorter or the file cannot be read there.
   const std::uint8_t* Peek(const ByteRange& range, std::size_t size);
 
  private:
+  static constexpr int kMostBoxes = 100'000;
+
   bool Load(std::uint64_t offset);
 
   const File& file_;
   std::uint64_t file_size_;
   std::uint64_t loaded_at_ = 0;
   std::size_t loaded_ = 0;
+  int boxes_ = 0;
   std::array<std::uint8_t, 4096> bytes_;
 };
 

@@ -47,7 +47,8 @@ std::shared_ptr<const MovieIndex> MovieIndex::Read(const File& file) {
 }
 
 bool MovieIndex::LiesIn(const File& file) const {
-  return place_.end <= file.OpenedSize() && Holds(file, place_.begin, head_) &&
+  const std::uint64_t size = file.OpenedSize();
+  return (is_open_ ? place_.end == size : place_.end <= size) && Holds(file, place_.begin, head_) &&
          Holds(file, place_.end - tail_.size(), tail_);
 }
 
@@ -72,6 +73,7 @@ bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
 
 bool MovieIndex::Remember(const File& file, const Box& movie) {
   place_ = movie.whole;
+  is_open_ = movie.is_open;
   const std::uint64_t tail = std::min(kTailSize, place_.Size());
   return Load(file, place_.begin, std::min(kHeadSize, place_.Size()), head_) &&
          Load(file, place_.end - tail, tail, tail_);

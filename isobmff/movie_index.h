@@ -33,7 +33,7 @@ struct Timing {
 struct TrackFacts {
   std::uint32_t id = 0;
   Timing timing;
-  std::string handler;  // "vide", "soun", ...
+  std::string handler;  // "vide", "soun", ..., in small letters whatever they are in the file
   SampleEntry entry;
   SampleTableBoxes tables;
 };
@@ -64,6 +64,7 @@ class MovieIndex {
   Timing timing_;
   std::deque<Track> tracks_;  // tables cannot be moved
   ByteRange place_;
+  bool is_open_ = false;  // it goes on to the end of the file: more of it comes as the file grows
   Bytes head_;
   Bytes tail_;
 };

@@ -34,7 +34,7 @@ class OpenMovie {
 
   bool FindTime(std::uint32_t track_id, std::uint32_t sample_id, SampleTime& time);
   bool FindPlace(std::uint32_t track_id, std::uint32_t sample_id, SamplePlace& place);
-  // False where the sample is not there or its bytes are not in the file.
+  // False where the sample is not there, its bytes are not in the file or it is absurdly large.
   bool ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Sample& sample);
 
  private:
@@ -46,7 +46,7 @@ class OpenMovie {
   OpenMovie(File file, std::shared_ptr<const MovieIndex> index);
 
   Reading* FindReading(std::uint32_t track_id);
-  bool IsInFile(const SamplePlace& place) const;
+  bool MayBeRead(const SamplePlace& place) const;
 
   File file_;
   std::shared_ptr<const MovieIndex> index_;

@@ -1,5 +1,6 @@
 #include "isobmff/track_parser.h"
 
+#include <span>
 #include <utility>
 
 #include "isobmff/big_endian.h"
@@ -8,6 +9,10 @@ namespace isobmff {
 namespace {
 
 constexpr std::size_t kBehindVersion = 4;  // where a full box's content begins
+
+char SmallLetter(std::uint8_t letter) {
+  return static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
+}
 
 // Where the fields behind the two times of mvhd, mdhd and tkhd lie.
 std::optional<std::size_t> SizeOfTimes(HeaderReader& reader, const ByteRange& body) {
@@ -117,8 +122,11 @@ class TrackReader {
     constexpr std::size_t kTypeAt = kBehindVersion + 4;
     const std::uint8_t* const bytes = reader_.Peek(body, kTypeAt + 4);
     if (bytes == nullptr || Read32(bytes + kTypeAt) == 0) return false;
-    facts_.handler.assign(bytes + kTypeAt, bytes + kTypeAt + 4);
-    handler_ = Read32(bytes + kTypeAt);
+    handler_ = 0;
+    for (const std::uint8_t letter : std::span(bytes + kTypeAt, 4)) {
+      facts_.handler.push_back(SmallLetter(letter));
+      handler_ = handler_ << 8 | static_cast<std::uint8_t>(facts_.handler.back());
+    }
     return true;
   }
 

@@ -16,10 +16,16 @@ void DownloadedRanges::Add(std::uint64_t start, std::uint64_t end) {
       next = ranges_.erase(next);
     }
   }
+  Set(start, end);
+}
+
+void DownloadedRanges::Set(std::uint64_t start, std::uint64_t end) {
   ranges_[start] = end;
+  largest_end_ = std::max(largest_end_, end);
 }
 
 bool DownloadedRanges::Hold(std::uint64_t start, std::uint64_t size) const {
+  if (!ByteRange{0, largest_end_}.Holds(start, size)) return false;
   return std::any_of(ranges_.begin(), ranges_.end(), [start, size](const auto& range) {
     return ByteRange{range.first, range.second}.Holds(start, size);
   });

@@ -18,18 +18,22 @@ struct ByteRange {
 // Ranges of file offsets, each from its start up to and not including its end, ordered by start.
 class DownloadedRanges {
  public:
-  void Clear() { ranges_.clear(); }
+  void Clear() {
+    ranges_.clear();
+    largest_end_ = 0;
+  }
 
   // Takes the whole of a local file for downloaded. One that is longer than this is not played to
   // its end: kept on purpose.
-  void MarkLocalFile() { ranges_[0] = 999'999'999; }
+  void MarkLocalFile() { Set(0, 999'999'999); }
 
   // Adds a range and merges it with the one before it, and with those behind it that it reaches;
   // the latter only if some range began where it begins then. Kept on purpose: ranges may touch or
   // overlap without being one.
   void Add(std::uint64_t start, std::uint64_t end);
 
-  // Whether one of the ranges holds all of these bytes.
+  // Whether one of the ranges holds all of these bytes. For bytes behind all ranges, as a download
+  // asks for them piece by piece, it looks at none of the ranges, of which there may be very many.
   bool Hold(std::uint64_t start, std::uint64_t size) const;
 
   // The first range, empty when there is none. It alone says which samples are there: one that lies
@@ -42,7 +46,10 @@ class DownloadedRanges {
   const std::map<std::uint64_t, std::uint64_t>& All() const { return ranges_; }
 
  private:
+  void Set(std::uint64_t start, std::uint64_t end);
+
   std::map<std::uint64_t, std::uint64_t> ranges_;  // start to end
+  std::uint64_t largest_end_ = 0;                  // no range ends behind it
 };
 
 #endif  // MP4_DOWNLOADED_RANGES_H_

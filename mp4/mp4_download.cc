@@ -103,11 +103,15 @@ bool Mp4Transfer::WriteToFile(const std::string& path) const {
   return std::fclose(file.release()) == 0 && written;
 }
 
-// With g_mp4FileLock held.
+// With g_mp4FileLock held. A seek to where this transfer passes is served by it, and the next start
+// goes on behind it.
 void Mp4Transfer::Advance() {
+  Mp4File& file = *g_mp4File;
+  const std::uint64_t before = offset_;
   offset_ += static_cast<std::uint64_t>(pending_.Length());
   pending_.Reset();
-  if (seeks_ == g_mp4File->seeks) g_mp4File->write_offset = offset_;
+  if (before <= file.write_offset && file.write_offset <= offset_) seeks_ = file.seeks;
+  if (seeks_ == file.seeks) file.write_offset = offset_;
 }
 
 void DownloadMp4(const std::string& url, std::uint64_t address) {

@@ -46,29 +46,42 @@ bool CMp4Downloader::EndDownload() {
 bool CMp4Downloader::SetStartPostion(float seconds) {
   const std::clock_t before = std::clock();
   start_position_ = seconds;
-  const std::uint64_t offset = reader_.Seek(seconds, Mp4MediaPath(url_));
-  {
-    const std::lock_guard lock(g_mp4FileLock);
-    g_mp4File->write_offset = g_mp4File->ranges.EndOfRangeAt(offset);
-    ++g_mp4File->seeks;
-  }
+  Seek(seconds);
   const std::clock_t elapsed = std::clock() - before;
   player_.Message(StartPositionLine("MP4", seconds, elapsed));
   return true;
 }
 
-// Another address starts from nothing, with an empty restart file; the same one keeps what it has.
-// Returns the number of the address.
+// Whether what is process-wide is still that of the address that this pipeline started last. The
+// pipeline of another facade may have started one meanwhile.
+bool CMp4Downloader::OwnsFile() const {
+  const std::lock_guard lock(g_mp4FileLock);
+  return address_ == g_mp4File->addresses;
+}
+
+// Where the file is another pipeline's, it and its next start are left alone: this one's next start
+// begins from nothing.
+void CMp4Downloader::Seek(float seconds) {
+  if (!OwnsFile()) return;
+  const std::uint64_t offset = reader_.Seek(seconds, Mp4MediaPath(url_));
+  const std::lock_guard lock(g_mp4FileLock);
+  Mp4File& file = *g_mp4File;
+  if (address_ != file.addresses) return;
+  file.write_offset = file.ranges.EndOfRangeAt(offset);
+  ++file.seeks;
+}
+
+// Another address starts from nothing, with an empty restart file; the same one keeps what it has,
+// unless another pipeline has used the file since. Returns the number of the address.
 std::uint64_t CMp4Downloader::UseUrl(const std::string& url) {
   if (url == url_) {
     player_.Message("PLAY MP4 RE:" + url);
-    const std::lock_guard lock(g_mp4FileLock);
-    return g_mp4File->addresses;
+    if (OwnsFile()) return address_;
   }
   url_ = url;
-  const std::uint64_t address = NextMp4Address("mebo.mp4");
-  reader_.Reset(address);
-  return address;
+  address_ = NextMp4Address("mebo.mp4");
+  reader_.Reset(address_);
+  return address_;
 }
 
 void CMp4Downloader::RunDownload(const std::string& url, std::uint64_t address,

@@ -28,8 +28,9 @@ class CMp4Downloader {
   CMp4Downloader& operator=(const CMp4Downloader&) = delete;
 
   // Starts to play `url`, already cleaned. The address that played last goes on where it got to, or
-  // where SetStartPostion put it; another one starts from its beginning. Always true. A second
-  // start without a stop adds four tasks to those that run.
+  // where SetStartPostion put it; another one starts from its beginning, and so does the same one
+  // when another pipeline has played meanwhile. Always true. A second start without a stop adds
+  // four tasks to those that run.
   bool BeginDownload(const std::string& url);
 
   // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position
@@ -37,17 +38,20 @@ class CMp4Downloader {
   bool EndDownload();
 
   // Sets the position below which samples are dropped, and makes the next start go on from there,
-  // as far as the file's index is known. Always true.
+  // as far as the file's index is known, unless another pipeline has played meanwhile. Always true.
   bool SetStartPostion(float seconds);
 
  private:
   std::uint64_t UseUrl(const std::string& url);
+  bool OwnsFile() const;
+  void Seek(float seconds);
   static void RunDownload(const std::string& url, std::uint64_t address,
                           std::atomic<bool>& downloading);
   void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
 
   const PlayerPort player_;
   std::string url_;
+  std::uint64_t address_ = 0;  // number of the address that it started last
   std::atomic<float> start_position_{0};
   Mp4TrackReader reader_;
   TaskGate gate_;

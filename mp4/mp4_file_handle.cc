@@ -2,6 +2,15 @@
 
 #include "common/temp_files.h"
 
+#ifdef STREAM_MP4_READER_LOGS
+namespace {
+
+// An installed library would write to the host's console whenever a sample is not there yet.
+[[maybe_unused]] const bool g_is_quiet = (MP4LogSetLevel(MP4_LOG_NONE), true);
+
+}  // namespace
+#endif
+
 Mp4FileHandle OpenMp4(const std::string& path) {
   return Mp4FileHandle(MP4Read(AnsiToUtf8(path).c_str()));
 }

@@ -14,11 +14,6 @@ namespace {
 
 constexpr std::uint64_t kNowhere = UINT64_MAX;
 
-#ifdef STREAM_MP4_READER_LOGS
-// The library would write to the host's console whenever a sample is not there yet.
-[[maybe_unused]] const bool g_is_quiet = (MP4LogSetLevel(MP4_LOG_NONE), true);
-#endif
-
 // The properties of one track's sample tables.
 class Properties {
  public:
@@ -70,8 +65,12 @@ class TrackOffsets {
       last_ = first;
       last_offset_ = *start;
     }
+    if (same_size_ != 0) {
+      last_offset_ += (sample - last_) * same_size_;
+      last_ = sample;
+    }
     while (last_ < sample) {
-      const auto size = Size(last_);
+      const auto size = properties_.FindEntry(size_table_, last_, "entrySize");
       if (!size) return kNowhere;
       last_offset_ += *size;
       ++last_;
@@ -125,11 +124,6 @@ class TrackOffsets {
         [](std::uint64_t wanted, const ChunkRun& run) { return wanted < run.first_sample; });
     if (behind == runs_.begin() || (behind - 1)->samples_a_chunk == 0) return nullptr;
     return &*(behind - 1);
-  }
-
-  std::optional<std::uint64_t> Size(std::uint64_t sample) const {
-    if (same_size_ != 0) return same_size_;
-    return properties_.FindEntry(size_table_, sample, "entrySize");
   }
 
   Properties properties_;

@@ -16,12 +16,13 @@ using Bytes = std::span<const std::uint8_t>;
 
 constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
 
-// A film of ten hours has fewer frames, and a restart file fewer bytes.
-constexpr FrameBacklog kMaxBacklog = {4'000'000, std::uint64_t{3} << 30};
+enum class Kind { kFirstVideo, kVideo, kAudio };
 
-// A frame made of these parts, one behind the other. False when there was no memory for it.
-bool EmitFrame(const Mp4Sample& sample, bool is_video, std::initializer_list<Bytes> parts) {
+// A frame made of these parts, one behind the other. False when there was no memory for it, or when
+// the first video frame must come before it: a start meanwhile has made the queues new.
+bool EmitFrame(const Mp4Sample& sample, Kind kind, std::initializer_list<Bytes> parts) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
+  const bool is_video = kind != Kind::kAudio;
   std::size_t size = 0;
   for (const Bytes part : parts) size += part.size();
   if (size > std::numeric_limits<std::int32_t>::max()) return false;
@@ -36,7 +37,8 @@ bool EmitFrame(const Mp4Sample& sample, bool is_video, std::initializer_list<Byt
   for (const Bytes part : parts) end = std::copy(part.begin(), part.end(), end);
   const std::lock_guard lock(g_frameQueueMutex);
   FrameQueue* const queue = EnsureQueue(is_video ? g_videoQueue : g_audioQueue);
-  if (PushFrame(frame, queue) == 0) return true;
+  const bool is_late = kind == Kind::kVideo && queue != nullptr && queue->pushed == 0;
+  if (!is_late && PushFrame(frame, queue) == 0) return true;
   ReleasePayload(frame);
   return false;
 }
@@ -84,17 +86,16 @@ bool Mp4VideoHasBegun() {
 }
 
 bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_sets) {
-  bool begun = Mp4VideoHasBegun();
   bool was_first = false;
   Bytes left(sample.bytes.get(), sample.size);
   Bytes nal_unit;
   for (int units = 0; MayGoOn(units) && TakeNalUnit(left, nal_unit); ++units) {
-    AwaitFrameRoom(g_mp4Running, kMaxBacklog);
-    if (begun) {
-      EmitFrame(sample, true, {kStartCode, nal_unit});
+    AwaitFrameRoom(g_mp4Running, kMaxFrameBacklog);
+    if (Mp4VideoHasBegun()) {  // asked for each unit: another start may come at any time
+      EmitFrame(sample, Kind::kVideo, {kStartCode, nal_unit});
     } else if (BeginsStream(nal_unit)) {
-      begun = was_first =
-          EmitFrame(sample, true,
+      was_first |=
+          EmitFrame(sample, Kind::kFirstVideo,
                     {StartCodeOf(parameter_sets.sps), parameter_sets.sps,
                      StartCodeOf(parameter_sets.pps), parameter_sets.pps, kStartCode, nal_unit});
     }
@@ -103,7 +104,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
 }
 
 void EmitMp4Audio(const Mp4Sample& sample, const AdtsFields& fields) {
-  AwaitFrameRoom(g_mp4Running, kMaxBacklog);
+  AwaitFrameRoom(g_mp4Running, kMaxFrameBacklog);
   const AdtsHeader header = MakeAdtsHeader(fields, sample.size);
-  EmitFrame(sample, false, {header, Bytes(sample.bytes.get(), sample.size)});
+  EmitFrame(sample, Kind::kAudio, {header, Bytes(sample.bytes.get(), sample.size)});
 }

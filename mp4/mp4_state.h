@@ -24,7 +24,8 @@ struct Mp4File {
   // Where the next start asks for the stream from, and where the running download has got to.
   std::uint64_t write_offset = 0;
   std::uint64_t addresses = 0;  // counts the addresses: what still serves an earlier one ends
-  std::uint64_t seeks = 0;      // counts the seeks: a download before one leaves write_offset alone
+  // Counts the seeks: a download before one leaves write_offset alone until it passes there.
+  std::uint64_t seeks = 0;
 };
 
 extern std::mutex g_mp4FileLock;

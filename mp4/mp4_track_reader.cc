@@ -43,12 +43,18 @@ bool Mp4TrackReader::MayFindMore(const Source& source) const {
   const std::lock_guard lock(mutex_);
   if (!revision_) return true;
   if (*revision_ == source.revision) return false;
-  if (!discovered_) return true;
+  if (!discovered_ || LacksATrack()) return true;
   const auto has_come = [&source](const Track& track) {
     return track.missing &&
            source.there.Holds(track.missing->start, track.missing->end - track.missing->start);
   };
   return has_come(video_) || has_come(audio_);
+}
+
+// Whether a track may still be found: an index that goes on to the end of its file can be read
+// before all of its tracks have come. With mutex_ held.
+bool Mp4TrackReader::LacksATrack() const {
+  return !refused_ && (video_.id == MP4_INVALID_TRACK_ID || audio_.id == MP4_INVALID_TRACK_ID);
 }
 
 bool Mp4TrackReader::RunPass(const Source& source) {
@@ -143,6 +149,7 @@ void Mp4TrackReader::ReadSamples(Pass& pass) {
   bool audio_done = false;
   while (g_mp4Running.load() && !(video_done && audio_done)) {
     video_done = video_done || !ReadNextVideo(pass);
+    if (!g_mp4Running.load()) break;  // a large sample takes its time
     audio_done = audio_done || (video_done && AudioMustWait()) || !ReadNextAudio(pass);
   }
 }
@@ -194,8 +201,9 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   sample.time = Mp4Milliseconds(time, scale);
   const std::uint64_t offset = MP4GetSampleFileOffset(file, track.id, track.next);
   track.index.Record(sample.time, {track.next, offset});
-  // How long it is shows only once it was read, so it is asked twice whether it is there.
-  if (!IsThere(pass, track, offset, 1)) return std::nullopt;
+  // How long it is, which may be nothing at all, shows only once it was read; so it is asked twice
+  // whether it is there.
+  if (!IsThere(pass, track, offset, 0)) return std::nullopt;
 
   std::uint8_t* bytes = nullptr;
   MP4Timestamp start = 0;

@@ -79,6 +79,7 @@ class Mp4TrackReader {
     std::uint64_t changes;       // what changes_ was
   };
 
+  bool LacksATrack() const;
   bool Open(Pass& pass);
   bool Discover(const Pass& pass);
   std::optional<std::string> DiscoverVideo(MP4FileHandle file);

@@ -24,19 +24,35 @@ std::string CodecName(const std::string& sample_entry) {
   return sample_entry;
 }
 
-// Takes a list of parameter sets, which ends at a size of 0, out of the library's hands.
-std::vector<std::vector<std::uint8_t>> TakeParameterSets(std::uint8_t** headers,
-                                                         std::uint32_t* sizes) {
-  const Mp4Block<std::uint8_t*> header_list(headers);
-  const Mp4Block<std::uint32_t> size_list(sizes);
-  std::vector<std::vector<std::uint8_t>> sets;
-  if (headers == nullptr || sizes == nullptr) return sets;
-  for (std::size_t i = 0; sizes[i] != 0; ++i) {
-    const Mp4Block<std::uint8_t> header(headers[i]);
-    sets.emplace_back(header.get(), header.get() + sizes[i]);
+// A list of parameter sets as the library gives it, which ends at a size of 0. Both of its blocks
+// and all that they list are freed with it, also when there is no memory for a copy.
+struct ParameterSetList {
+  ParameterSetList() = default;
+  ParameterSetList(const ParameterSetList&) = delete;
+  ParameterSetList& operator=(const ParameterSetList&) = delete;
+  ~ParameterSetList() {
+    for (std::size_t i = 0, count = Count(); i < count; ++i) Mp4Freer()(sets[i]);
+    const Mp4Block<std::uint8_t*> set_list(sets);
+    const Mp4Block<std::uint32_t> size_list(sizes);
   }
-  return sets;
-}
+
+  std::size_t Count() const {
+    std::size_t count = 0;
+    while (sets != nullptr && sizes != nullptr && sizes[count] != 0) ++count;
+    return count;
+  }
+
+  std::vector<std::vector<std::uint8_t>> Copy() const {
+    std::vector<std::vector<std::uint8_t>> copies;
+    for (std::size_t i = 0, count = Count(); i < count; ++i) {
+      copies.emplace_back(sets[i], sets[i] + sizes[i]);
+    }
+    return copies;
+  }
+
+  std::uint8_t** sets = nullptr;
+  std::uint32_t* sizes = nullptr;
+};
 
 }  // namespace
 
@@ -55,14 +71,12 @@ Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id) {
   track.id = id;
   track.codec = CodecName(TextOrEmpty(MP4GetTrackMediaDataName(file, id)));
   // On a track of another codec the call may succeed and leave the pointers untouched.
-  std::uint8_t** sps = nullptr;
-  std::uint32_t* sps_sizes = nullptr;
-  std::uint8_t** pps = nullptr;
-  std::uint32_t* pps_sizes = nullptr;
-  MP4GetTrackH264SeqPictHeaders(file, id, &sps, &sps_sizes, &pps, &pps_sizes);
-  track.has_headers = sps != nullptr;
-  track.sps = TakeParameterSets(sps, sps_sizes);
-  track.pps = TakeParameterSets(pps, pps_sizes);
+  ParameterSetList sps;
+  ParameterSetList pps;
+  MP4GetTrackH264SeqPictHeaders(file, id, &sps.sets, &sps.sizes, &pps.sets, &pps.sizes);
+  track.has_headers = sps.sets != nullptr;
+  track.sps = sps.Copy();
+  track.pps = pps.Copy();
   return track;
 }
 

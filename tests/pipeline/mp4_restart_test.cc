@@ -337,6 +337,65 @@ TEST_F(Mp4RestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
 }
 
+// --- Two facades that play in turn ---
+
+class Mp4OtherFacadeTest : public Mp4RestartTest {
+ protected:
+  Mp4OtherFacadeTest() {
+    other_server_.Serve(mp4_test::BuildMp4(other_movie_).bytes);
+    other_server_.Answer({{.until = kOtherPart, .end = Mp4Reply::End::kStall}, {}});
+  }
+
+  // The first facade plays all of its address, then the other one a part of its own.
+  void PlayInTurn() {
+    EXPECT_EQ(PlayToTheEnd(), Expected());
+    StartAgain();
+    other_.BeginDownload(other_server_.Address());
+    EXPECT_TRUE(WaitForBytes(kOtherPart));
+    EXPECT_TRUE(other_.EndDownload());
+    StartAgain();
+  }
+
+  static constexpr std::size_t kOtherPart = 40'000;
+
+  Movie other_movie_ = MakeMovie({.samples = 100, .video_size = 700, .audio_size = 200});
+  Mp4Server other_server_;
+  CStreamDownloader other_{&player_};
+};
+
+TEST_F(Mp4OtherFacadeTest, SameAddressOfTheFirstOneBeginsAnew) {
+  PlayInTurn();
+  const std::string url = server_.Address();
+  EXPECT_EQ(PlayToTheEnd(), Expected());
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", "bytes=0-"));
+  EXPECT_THAT(player_.Snapshot().messages,
+              ElementsAre("PLAY MP4:" + url, "PLAY MP4 RE:" + url, "PLAY MP4 H264:" + url,
+                          "PLAY MP4 OK:" + url));
+  ExpectWholeFile();
+}
+
+TEST_F(Mp4OtherFacadeTest, SameAddressOfTheSecondOneBeginsAnewAfterTheFirstHasPlayedAgain) {
+  PlayInTurn();
+  PlayToTheEnd();
+  StartAgain();
+  other_.BeginDownload(other_server_.Address());
+  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(other_.EndDownload());
+  EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(ExpectedFrames(other_movie_)));
+  EXPECT_THAT(other_server_.Ranges(), ElementsAre("bytes=0-", "bytes=0-"));
+}
+
+TEST_F(Mp4OtherFacadeTest, PositionOfTheIdleOneLeavesTheFileOfTheOtherAlone) {
+  PlayInTurn();
+  downloader_.SetStartPostion(2.4F);
+  EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 StartPostion:00:00:02.400 Q:"),
+              testing::SizeIs(1));
+  other_.BeginDownload(other_server_.Address());
+  EXPECT_TRUE(other_server_.WaitForRequests(2));
+  EXPECT_TRUE(other_.EndDownload());
+  EXPECT_THAT(other_server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(kOtherPart)));
+}
+
 // --- A restart file that cannot be written ---
 
 class Mp4BlockedFileTest : public Mp4RestartTest {

@@ -322,6 +322,24 @@ inline File BuildMp4(const Movie& movie) {
   return file;
 }
 
+// The same with an index that tells no size: it goes on to the end of the file.
+inline File BuildWithOpenIndex(Movie movie) {
+  movie.index_first = false;
+  File file = BuildMp4(movie);
+  std::fill_n(file.bytes.begin() + static_cast<std::ptrdiff_t>(file.index_begin), 4,
+              std::uint8_t{0});
+  return file;
+}
+
+// Where the box of that track begins, counted from 0, in its index.
+inline std::size_t TrackBegin(const File& file, std::size_t track) {
+  const Bytes type = Text("trak");
+  auto found = file.bytes.begin() + static_cast<std::ptrdiff_t>(file.index_begin);
+  for (std::size_t i = 0; i <= track; ++i)
+    found = std::search(found + 1, file.bytes.end(), type.begin(), type.end());
+  return static_cast<std::size_t>(found - file.bytes.begin()) - 4;
+}
+
 // --- Movies ---
 
 // So many samples, each of another size and content.

@@ -79,14 +79,11 @@ TEST(IsobmffOpenTest, EditListIsIgnored) {
 
 // The last box may have a size of 0: it goes on to the end of the file.
 TEST(IsobmffOpenTest, LastBoxWithoutSizeGoesOnToTheEnd) {
-  Movie movie = mp4_boxes::SmallMovie();
+  const Movie movie = mp4_boxes::SmallMovie();
   mp4_boxes::File built = BuildMp4(movie);
   std::fill_n(built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_end), 4, 0);  // mdat
   EXPECT_TRUE(Opens(built.bytes));
-  movie.index_first = false;
-  built = BuildMp4(movie);
-  std::fill_n(built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_begin), 4, 0);  // moov
-  EXPECT_TRUE(Opens(built.bytes));
+  EXPECT_TRUE(Opens(mp4_boxes::BuildWithOpenIndex(movie).bytes));
 }
 
 TEST(IsobmffOpenTest, MovieWithoutTracksOpens) {
@@ -223,6 +220,33 @@ TEST(IsobmffOpenTest, CountThatDoesNotFitItsBoxIsRefused) {
       EXPECT_FALSE(Opens(bytes)) << type << ' ' << count;
     }
   }
+}
+
+TEST(IsobmffOpenTest, TableOfMoreThan32MiBIsRefused) {
+  constexpr std::size_t kMost = std::size_t{8} << 20;  // entries of four bytes
+  for (const std::size_t count : {kMost, kMost + 1}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.tracks[0].replaced["stsz"] =
+        FullBox("stsz", 0, Join({U32(0), U32(count), Zeros(count * 4)}));
+    EXPECT_EQ(OpenMp4Movie(movie) != nullptr, count == kMost) << count;
+  }
+}
+
+TEST(IsobmffOpenTest, IndexOfVeryManyTinyBoxesIsGivenUp) {
+  Bytes tiny;
+  for (int i = 0; i < 4000; ++i) mp4_boxes::Append(tiny, Box("free", {}));
+  const auto opens = [&tiny](std::uint32_t tracks) {
+    Movie movie;
+    for (std::uint32_t id = 1; id <= tracks; ++id) {
+      mp4_boxes::Track track = mp4_boxes::SmallMovie().tracks[0];
+      track.id = id;
+      track.more = tiny;
+      movie.tracks.push_back(track);
+    }
+    return Opens(BuildMp4(movie).bytes);
+  };
+  EXPECT_TRUE(opens(24));
+  EXPECT_FALSE(opens(25));
 }
 
 // A file of nothing but empty boxes ends the search for the index.

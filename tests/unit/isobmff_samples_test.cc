@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/mp4_memory.h"
 #include "tests/support/mp4_reading.h"
 
 namespace {
@@ -354,6 +355,41 @@ TEST(IsobmffSamplesTest, SampleOf4GiBInASmallFile) {
   EXPECT_FALSE(ReadMp4(file, 1, 1));
   EXPECT_FALSE(ReadMp4(file, 1, 2)) << "it lies behind the first one";
 }
+
+// A sparse file.
+TEST(IsobmffSamplesTest, SampleOfMoreThan64MiBIsNotRead) {
+  constexpr std::uint32_t kMost = 64U << 20;
+  for (const std::uint32_t size : {kMost, kMost + 1}) {
+    Track track = VideoTrack(1);
+    track.replaced["stsz"] = mp4_boxes::FullBox("stsz", 0, Join({U32(size), U32(1)}));
+    const mp4_boxes::File built = BuildMp4(OneTrack(track));
+    mp4_boxes::WriteFile("movie.mp4", built.bytes);
+    std::filesystem::resize_file("movie.mp4", built.offsets[0][0] + size);
+    const Mp4FileHandle file(MP4Read("movie.mp4"));
+    ASSERT_TRUE(file);
+    EXPECT_EQ(ReadMp4(file, 1, 1).has_value(), size == kMost) << size;
+  }
+}
+
+#ifdef STREAM_TEST_FAILING_NEW
+TEST(IsobmffSamplesTest, SampleIsFreedWhereThereIsNoMemoryToReadAhead) {
+  const Mp4FileHandle first = OpenMp4Movie(OneTrack(VideoTrack(5)));
+  ASSERT_TRUE(ReadMp4(first, 1, 2)) << "what the handles share is there now";
+  for (int i = 0; i < 20; ++i) {
+    const Mp4FileHandle file(MP4Read("movie.mp4"));
+    std::uint8_t* bytes = nullptr;
+    std::uint32_t size = 0;
+    bool is_read = true;
+    {
+      const FailingNew failing(0);
+      is_read = MP4ReadSample(file.get(), 1, 2, &bytes, &size);
+    }
+    EXPECT_FALSE(is_read);
+    EXPECT_EQ(bytes, nullptr);
+    EXPECT_TRUE(ReadMp4(file, 1, 2)) << "there is memory again";
+  }
+}
+#endif
 
 TEST(IsobmffSamplesTest, FileThatShrinksWhileOpen) {
   const Movie movie = mp4_boxes::SmallMovie();

@@ -89,6 +89,23 @@ TEST(IsobmffSharingTest, FileThatGrowsBetweenTheOpens) {
   EXPECT_EQ(read, 10U);
 }
 
+// Until all of it has come, an index that goes on to the end of its file looks like one of fewer
+// tracks.
+TEST(IsobmffSharingTest, IndexWithoutSizeIsReadAnewWhenItsFileHasGrown) {
+  const mp4_boxes::File built = mp4_boxes::BuildWithOpenIndex(mp4_boxes::SmallMovie());
+  Mp4FileHandle file;
+  for (std::uint32_t tracks = 0; tracks < 2; ++tracks) {
+    const auto size = static_cast<std::ptrdiff_t>(mp4_boxes::TrackBegin(built, tracks));
+    file = OpenMp4Bytes({built.bytes.begin(), built.bytes.begin() + size});
+    ASSERT_TRUE(file);
+    EXPECT_EQ(MP4GetNumberOfTracks(file.get()), tracks);
+  }
+  file = OpenMp4Bytes(built.bytes);
+  ASSERT_TRUE(file);
+  EXPECT_EQ(MP4GetNumberOfTracks(file.get()), 2U);
+  EXPECT_EQ(IndexOf(Open("movie.mp4")), IndexOf(file)) << "shared while the file stays as it is";
+}
+
 // The cache file of a pipeline is emptied and filled anew for another address.
 TEST(IsobmffSharingTest, FileThatIsWrittenAnewHasAnIndexOfItsOwn) {
   Movie movie = mp4_boxes::SmallMovie();

@@ -116,6 +116,7 @@ TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsBound) {
   EXPECT_THAT(ranges.All(), ElementsAre(Pair(0, 999'999'999)));
   EXPECT_TRUE(ranges.First().Holds(0, 999'999'999));
   EXPECT_FALSE(ranges.First().Holds(999'999'998, 2));
+  EXPECT_TRUE(ranges.Hold(999'999'998, 1));
 }
 
 TEST(DownloadedRangesTest, OffsetsAndSizesThatWrapAroundAreNotHeld) {
@@ -132,6 +133,24 @@ TEST(DownloadedRangesTest, ClearedRangesHoldNothing) {
   DownloadedRanges ranges = Ranges({{0, 10}});
   ranges.Clear();
   EXPECT_FALSE(ranges.First().Holds(0, 1));
+  EXPECT_FALSE(ranges.Hold(0, 1));
+  EXPECT_FALSE(ranges.Hold(0, 0));
+  ranges.Add(2, 5);
+  EXPECT_TRUE(ranges.Hold(2, 3));
+}
+
+// As a download after a seek adds them; so many that a look at every range would take half a
+// minute.
+TEST(DownloadedRangesTest, PiecesBehindAGapAreRangesOfTheirOwn) {
+  constexpr std::uint64_t kPiece = 10;
+  constexpr std::uint64_t kPieces = 100'000;
+  DownloadedRanges ranges = Ranges({{0, kPiece}});
+  for (std::uint64_t i = 2; i < kPieces; ++i) {
+    ASSERT_FALSE(ranges.Hold(i * kPiece, kPiece));
+    ranges.Add(i * kPiece, (i + 1) * kPiece);
+  }
+  EXPECT_EQ(ranges.All().size(), kPieces - 1);
+  EXPECT_TRUE(ranges.Hold(kPieces / 2 * kPiece, kPiece));
 }
 
 // The rules as they are told, over a plain list that is sorted by start.

@@ -238,6 +238,23 @@ TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
   EXPECT_EQ(dump.audio.size(), 1U);
 }
 
+TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAUnitThatMay) {
+  Begin();
+  {
+    const std::lock_guard lock(g_frameQueueMutex);
+    g_videoQueue->count = 4'000'001;  // so many seem to wait that the next unit has to
+  }
+  const std::future<void> emitted = std::async(std::launch::async, [] {
+    EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(9), Nal(5), Nal(1, 7)})), {kSps, kPps});
+  });
+  EXPECT_EQ(emitted.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+  ResetFrameQueues();
+  emitted.wait();
+  EXPECT_EQ(
+      Payloads(TakeQueuedFrames().video),
+      (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(5))}), StartCoded(Nal(1, 7))}));
+}
+
 // --- Streams that make more frames than are taken ---
 
 struct Backlog {

@@ -217,6 +217,15 @@ TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFileWaitsUntilItGrowsPastI
   EXPECT_THAT(Pass(UpTo(laid, end)).video, IsEmpty());
 }
 
+TEST_F(Mp4TrackReaderTest, SampleWithoutBytesIsThereAtTheEndOfTheRange) {
+  Movie movie = MovieOf({VideoTrack({.samples = 3})});
+  movie.tracks[0].samples[1].data.clear();
+  const Laid laid = Lay(movie);
+  EXPECT_THAT(Pass(Part(laid.path, laid.Video(1))).video, SizeIs(1));
+  EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.04F));
+  EXPECT_THAT(Pass(Whole(laid.path)).video, SizeIs(1));
+}
+
 TEST_F(Mp4TrackReaderTest, SampleInsideTheSecondRangeStaysUnavailable) {
   const Laid laid = Lay(MakeMovie({.samples = 4}));
   DownloadedRanges ranges;
@@ -315,6 +324,14 @@ TEST_F(Mp4TrackReaderTest, OtherCodecsAreToldByTheNameOfTheirSampleEntry) {
   movie.tracks[0].entry = VideoEntry("mp4v", {});
   EXPECT_EQ(DumpText(PassOver(movie)), "");
   EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
+}
+
+TEST_F(Mp4TrackReaderTest, TracksWhoseTypesAreInCapitalsPlay) {
+  Movie movie = MakeMovie({.samples = 5});
+  movie.tracks[0].handler = "ViDE";
+  movie.tracks[1].handler = "SOUN";
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
+  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
 }
 
 TEST_F(Mp4TrackReaderTest, FirstOfTwoVideoTracksPlays) {
@@ -441,13 +458,13 @@ TEST_F(Mp4PassUnderWayTest, OtherAddressInTheMiddleOfItEndsIt) {
   EXPECT_THAT(TakeQueuedFrames().video, SizeIs(1)) << "the sample that was in hand";
 }
 
-TEST_F(Mp4PassUnderWayTest, StopInTheMiddleOfItEndsItBehindTheSamplesInHand) {
+TEST_F(Mp4PassUnderWayTest, StopInTheMiddleOfItEndsItBehindTheSampleInHand) {
   const auto source = Whole(Lay(MakeMovie()).path);
   busy_.once = [] { g_mp4Running = false; };
   reader_.RunPass(source);
   const FrameDump dump = TakeQueuedFrames();
   EXPECT_THAT(dump.video, SizeIs(1));
-  EXPECT_THAT(dump.audio, SizeIs(1));
+  EXPECT_THAT(dump.audio, IsEmpty());
 }
 
 // --- Whether a pass is worth its while ---
@@ -501,6 +518,33 @@ TEST_F(Mp4MayFindMoreTest, NothingMayOnceBothTracksHaveEnded) {
   const Laid laid = Lay(MakeMovie());
   Pass(Part(laid.path, laid.file.bytes.size()));
   EXPECT_FALSE(MayFindMore(Part(laid.path, laid.file.bytes.size() + 100)));
+}
+
+TEST_F(Mp4MayFindMoreTest, NewBytesMayBringATrackThatIsNotKnownYet) {
+  if (!kKeepMp4Open) GTEST_SKIP() << "whether it reads such an index is an installed library's own";
+  const Movie movie = MakeMovie({.samples = 5});
+  const mp4_boxes::File file = mp4_boxes::BuildWithOpenIndex(movie);
+  const Laid laid{file, WriteLocalFile("movie.mp4", file.bytes)};
+  for (std::size_t tracks = 0; tracks < 2; ++tracks) {
+    SCOPED_TRACE(tracks);
+    StartAnother();
+    const FrameDump before = Pass(UpTo(laid, TrackBegin(file, tracks)));
+    EXPECT_THAT(before.video, SizeIs(tracks == 0 ? 0 : 5));
+    const auto source = UpTo(laid, file.bytes.size());
+    EXPECT_TRUE(MayFindMore(source));
+    const FrameDump rest = Pass(source);
+    EXPECT_THAT(rest.video, SizeIs(tracks == 0 ? 5 : 0));
+    EXPECT_THAT(rest.audio, SizeIs(5));
+    EXPECT_FALSE(MayFindMore(Whole(laid.path)));
+  }
+}
+
+TEST_F(Mp4MayFindMoreTest, NothingMayOnceTheVideoWasRefused) {
+  Movie movie = MovieOf({VideoTrack({.samples = 5})});
+  movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
+  const Laid laid = Lay(movie);
+  Pass(Part(laid.path, laid.Video(3)));
+  EXPECT_FALSE(MayFindMore(Whole(laid.path)));
 }
 
 TEST_F(Mp4MayFindMoreTest, PassAfterASeekMay) {

@@ -130,6 +130,32 @@ TEST_F(Mp4TransferTest, SeekWhileATransferRunsChangesNeitherItsPlaceNorTheNextSt
   EXPECT_EQ(Mp4Transfer(Address()).Offset(), 100U);
 }
 
+// A seek back goes to the end of what is there, which is where the transfer is.
+TEST_F(Mp4TransferTest, NextStartGoesOnBehindTheTransferThatWasThereAtTheSeek) {
+  Mp4Transfer running(Address());
+  Take(running, {1, 2});
+  SeekTo(2);
+  Take(running, {3, 4});
+  EXPECT_EQ(WriteOffset(), 4U);
+  Take(running, {5});
+  EXPECT_EQ(Mp4Transfer(Address()).Offset(), 5U);
+}
+
+TEST_F(Mp4TransferTest, NextStartGoesOnBehindTheTransferOnceItHasPassedWhereASeekPutIt) {
+  Mp4Transfer running(Address());
+  Take(running, {1, 2});
+  SeekTo(5);
+  Take(running, {3, 4});
+  EXPECT_EQ(WriteOffset(), 5U) << "not there yet";
+  Take(running, {5, 6, 7});
+  EXPECT_EQ(WriteOffset(), 7U);
+  Take(running, {8});
+  EXPECT_EQ(WriteOffset(), 8U);
+  SeekTo(1);
+  Take(running, {9});
+  EXPECT_EQ(WriteOffset(), 1U) << "what it does not pass is left alone";
+}
+
 TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsPlace) {
   Mp4Transfer one(Address());
   Mp4Transfer other(Address());

@@ -101,6 +101,16 @@ TEST_F(Mp4InstalledOffsetTest, SamplesOfOneSize) {
   EXPECT_EQ(Places({1, 1000}), Offsets({50, 50 + 4 * 999}));
 }
 
+// A walk over them would take minutes.
+TEST_F(Mp4InstalledOffsetTest, VeryManySamplesOfOneSizeInAChunkAreNotWalkedOver) {
+  constexpr std::uint32_t kSamples = 4'000'000'000;
+  SetRuns({1}, {kSamples});
+  SetOffsets("stco", {50});
+  Set("stsz.sampleSize", 4);
+  Set("stsz.sampleCount", kSamples);
+  EXPECT_EQ(Places({1, kSamples, 3}), Offsets({50, 50 + std::uint64_t{4} * (kSamples - 1), 58}));
+}
+
 TEST_F(Mp4InstalledOffsetTest, SamplesThatAreNotThere) {
   SetSmallTrack();
   EXPECT_EQ(Places({0, 8, 0xFFFFFFFF}), Offsets({UINT64_MAX, UINT64_MAX, UINT64_MAX}));

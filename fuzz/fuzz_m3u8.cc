@@ -2,6 +2,7 @@
 // bounds, no more comes out than went in, and numbers are what the C library scans, wherever that
 // is defined.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -46,12 +47,20 @@ void ParseTwice(std::string_view base, std::string_view text) {
 
 void ParseAttributes(std::string_view text) {
   std::size_t bytes = 0;
-  for (const auto& [key, value] : ParseAttributeList(text, ",", "=")) {
+  const M3u8Attributes attributes = ParseAttributeList(text, ",", "=");
+  for (const auto& [key, value] : attributes) {
     Require(Trimmed(key, kM3u8Blanks) == key && Trimmed(value, kM3u8Blanks) == value);
     Require(key.find_first_of(",=") == std::string::npos && value.find(',') == std::string::npos);
     bytes += key.size() + value.size();
   }
   Require(bytes <= text.size());
+  std::array<WantedAttribute, 3> wanted = {{{"PROGRAM-ID"}, {"BANDWIDTH"}, {"A"}}};
+  FindAttributes(text, ",", "=", wanted);
+  for (const auto& [key, value] : wanted) {
+    const auto listed = attributes.find(key);
+    Require(value ? listed != attributes.end() && listed->second == *value
+                  : listed == attributes.end());
+  }
 }
 
 bool SameFloat(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }

@@ -23,15 +23,21 @@ void Deliver(HlsPipeline& pipeline, const HlsDelivery& delivery) {
     if (frame.isVideo == delivery.is_video && pipeline.listedDuration.load() > 0) {
       pipeline.listedDuration = 0;
     }
-    if (delivery.skip.load() >= 0) return true;
-    ++delivery.skip;
-    return false;
+    return !CountSkippedFrame(delivery.skip);
   };
   delivery.deliver({pipeline.running, pipeline.player, wanted, delivery.stop_line});
   pipeline.player.Message(delivery.stop_line);
 }
 
 }  // namespace
+
+bool CountSkippedFrame(std::atomic<std::int32_t>& skip) {
+  std::int32_t count = skip.load();
+  while (count < 0) {
+    if (skip.compare_exchange_weak(count, count + 1)) return true;
+  }
+  return false;
+}
 
 void DeliverHlsVideo(HlsPipeline& pipeline) {
   Deliver(pipeline, {DeliverVideoFrames, 1, g_videoSkip, "m3u8 video thread stop."});

@@ -4,6 +4,8 @@
 
 #include <functional>
 #include <map>
+#include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -15,7 +17,15 @@ using M3u8Attributes = std::map<std::string, std::string, std::less<>>;
 M3u8Attributes ParseAttributeList(std::string_view text, std::string_view listSeparator,
                                   std::string_view keyValueSeparator);
 
-// The value of `key`, empty when it is not there. Lives as long as `attributes` stay as they are.
-std::string_view AttributeValue(const M3u8Attributes& attributes, std::string_view key);
+// An attribute that is looked for. The value, when there is one, is a part of the text.
+struct WantedAttribute {
+  std::string_view key;
+  std::optional<std::string_view> value = {};
+};
+
+// Fills in what ParseAttributeList finds for each of these. Makes no table, which for a line of
+// millions of names takes seconds.
+void FindAttributes(std::string_view text, std::string_view listSeparator,
+                    std::string_view keyValueSeparator, std::span<WantedAttribute> wanted);
 
 #endif  // HLS_M3U8_ATTRIBUTES_H_

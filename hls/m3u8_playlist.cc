@@ -1,5 +1,8 @@
 #include "hls/m3u8_playlist.h"
 
+#include <array>
+#include <utility>
+
 #include "hls/m3u8_attributes.h"
 #include "hls/m3u8_scan.h"
 #include "hls/m3u8_text.h"
@@ -16,6 +19,7 @@ struct Pass {
   M3u8Entry working{};  // copied into the table at each address
   float duration = 0;   // announced for the next address
   std::int32_t segment_index = 0;
+  std::size_t room = kMaxResolvedBytes;  // for further addresses
 };
 
 void OnSegmentInfo(Pass& pass, std::string_view value) {
@@ -33,10 +37,12 @@ void ScanResolution(std::string_view value, M3u8Entry& entry) {
 
 void OnVariantInfo(Pass& pass, std::string_view value) {
   pass.header.streamInfPending = true;
-  const M3u8Attributes attributes = ParseAttributeList(value, ",", "=");
-  pass.working.programId = ToInt32(AttributeValue(attributes, "PROGRAM-ID"));
-  pass.working.bandwidth = ToInt32(AttributeValue(attributes, "BANDWIDTH"));
-  ScanResolution(AttributeValue(attributes, "RESOLUTION"), pass.working);
+  std::array<WantedAttribute, 3> wanted = {{{"PROGRAM-ID"}, {"BANDWIDTH"}, {"RESOLUTION"}}};
+  FindAttributes(value, ",", "=", wanted);
+  const auto& [program_id, bandwidth, resolution] = wanted;
+  pass.working.programId = ToInt32(program_id.value.value_or(""));
+  pass.working.bandwidth = ToInt32(bandwidth.value.value_or(""));
+  ScanResolution(resolution.value.value_or(""), pass.working);
 }
 
 void OnHeader(Pass& pass, std::string_view /*value*/) { pass.header.hasHeader = true; }
@@ -94,15 +100,24 @@ bool IsAddress(const Pass& pass, std::string_view line) {
   return announced && !line.starts_with('#');
 }
 
+// Takes room for an address. Once one did not fit, no shorter one gets in either: a playlist that
+// ends early plays, one with holes would not.
+bool TakeRoom(Pass& pass, std::string_view uri) {
+  const bool fits = uri.size() <= pass.room;
+  pass.room = fits ? pass.room - uri.size() : 0;
+  return fits;
+}
+
 // What announces a variant stays in force until the next tag line (kept on purpose), but its
 // further addresses have the same key, so only the first is kept.
 void OnAddress(Pass& pass, std::string_view line) {
-  pass.working.duration = pass.duration;
+  pass.working.duration = std::exchange(pass.duration, 0.0F);
+  if (pass.room == 0) return;  // before it is resolved: that takes time too
   pass.working.uri = ResolveM3u8Uri(pass.base_url, line);
+  if (!TakeRoom(pass, pass.working.uri)) return;
   const std::int32_t key =
       pass.header.streamInfPending ? pass.working.bandwidth : pass.segment_index++;
   pass.entries.try_emplace(pass.entries.end(), key, pass.working);
-  pass.duration = 0;
 }
 
 void OnLine(Pass& pass, std::string_view raw) {

@@ -8,6 +8,7 @@
 #ifndef HLS_M3U8_PLAYLIST_H_
 #define HLS_M3U8_PLAYLIST_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <string>
@@ -40,11 +41,17 @@ struct M3u8Entry {
 // comes first. An entry that is there already is never replaced.
 using M3u8Table = std::map<std::int32_t, M3u8Entry>;
 
+// So many bytes may the addresses of one text have, once they are resolved. A line of two
+// characters becomes as long as the address of its playlist, so a text of megabytes could fill the
+// memory. A playlist of a day in segments of a second has a tenth of it.
+inline constexpr std::size_t kMaxResolvedBytes = std::size_t{256} << 20;
+
 // Parses `text`, resolves its addresses against `baseUrl` and adds them to `entries`.
 // `mediaSequence` is written only when the text has one. Returns `header.hasHeader`: when that is
 // false, what was found is stored all the same.
 //
 // A segment whose duration is 0 is dropped on purpose. Numbers that are out of range are clamped.
+// Addresses beyond kMaxResolvedBytes are left out; what was added before them counts.
 bool ParseM3u8(M3u8Header& header, std::string_view baseUrl, std::string_view text,
                std::int64_t& mediaSequence, M3u8Table& entries);
 

@@ -1,13 +1,13 @@
 #include "hls/segment_parse.h"
 
 #include <cstdio>
-#include <mutex>
 
 #include "common/console.h"
-#include "common/frame_queue.h"
+#include "common/frame_backlog.h"
 #include "common/platform.h"
 #include "common/temp_files.h"
 #include "hls/hls_state.h"
+#include "hls/video_watch.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 #include "ts/ts_stream_type.h"
@@ -16,20 +16,16 @@ namespace {
 
 constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
 
-std::uint64_t VideoFramesPushed() {
-  const std::lock_guard lock(g_frameQueueMutex);
-  return g_videoQueue == nullptr ? 0 : g_videoQueue->pushed;
-}
-
 // Feeds the segment that waits, one packet a call; a tail shorter than a packet is dropped. False
 // when a stop came in between, since the rest would only be dropped too. With the demultiplexer's
 // lock held.
-bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length) {
+bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoWatch& video) {
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
   for (std::size_t i = 0; i < packets; ++i) {
     if (!pipeline.running.load()) return false;
     ts_demux_feed(g_parseBuffer->data() + i * kTsPacketSize,
                   static_cast<std::int32_t>(kTsPacketSize));
+    video.HasCome();  // it may be thrown away before the segment ends
   }
   return true;
 }
@@ -59,9 +55,9 @@ bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
     const TsDemuxLock lock;
     const std::int32_t length = g_parseLength.load();
     if (length < 1) return false;
-    const std::uint64_t before = VideoFramesPushed();
-    if (!FeedSegment(pipeline, length)) return false;
-    const bool has_video = VideoFramesPushed() != before;
+    VideoWatch video;
+    if (!FeedSegment(pipeline, length, video)) return false;
+    const bool has_video = video.HasCome();
     const bool begins_file = first.is_next && pipeline.player;
     if (!has_video && begins_file) first.status = "DATAERR ";
     if (!has_video) KeepForInspection(length, begins_file ? "wb+" : "ab+");
@@ -77,6 +73,7 @@ bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
 void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
   FirstSegment first;
   while (pipeline.running.load()) {
+    AwaitFrameRoom(pipeline.running, kMaxFrameBacklog);
     if (ParseSegment(pipeline, first) && first.is_next) {
       pipeline.player.Message("PLAY M3U8 " + first.status + ":" + url);
       first.is_next = false;

@@ -4,7 +4,6 @@
 #include <chrono>
 #include <iterator>
 #include <mutex>
-#include <set>
 #include <utility>
 
 #include "common/console.h"
@@ -55,9 +54,10 @@ class PlaylistPass {
   bool ParseVariant(const std::string& variant_url);
   bool FollowSequence(const std::string& source, std::int64_t first, const M3u8Table& entries);
   void QueueVariant(const M3u8Entry& variant);
-  bool QueueIfNew(const M3u8Entry& segment);
+  bool QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys);
   void NoteListed() const;
   bool HandToSegmentThread();
+  bool IsOver() const { return doubtful_ || !pipeline_.running.load(); }
 
   HlsPipeline& pipeline_;
   const std::string& url_;
@@ -65,7 +65,9 @@ class PlaylistPass {
   M3u8Table variant_segments_;
   bool sequence_followed_ = false;
   bool doubtful_ = false;  // nothing of this pass is to be played
-  std::set<std::string> listed_keys_;
+  // Into the texts of the two tables above.
+  SegmentKeys top_keys_;
+  SegmentKeys variant_keys_;
   std::vector<QueuedSegment> fresh_;
   const std::size_t room_ = RoomInQueue();
 };
@@ -104,16 +106,16 @@ bool PlaylistPass::ParseVariant(const std::string& variant_url) {
   if (!ParseM3u8(header, url_, *g_variantText, mediaSequence, entries)) return false;
   g_variantText->clear();
   const bool is_played = FollowSequence(variant_url, mediaSequence, entries);
-  if (is_played) variant_segments_.merge(entries);
+  variant_segments_.merge(entries);
   ConsoleCount("QUEUEED2", variant_segments_.size());
   return is_played;
 }
 
-bool PlaylistPass::QueueIfNew(const M3u8Entry& segment) {
-  const std::string key = MakeSegmentKey(segment.uri);
-  listed_keys_.insert(key);
+// Notes it as listed in any case.
+bool PlaylistPass::QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys) {
+  listed_keys.insert(SegmentKeyIn(segment.uri));
   if (fresh_.size() >= room_ || !AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
-  fresh_.push_back({segment, key, g_sequenceEpoch});
+  fresh_.push_back({segment, MakeSegmentKey(segment.uri), g_sequenceEpoch});
   return true;
 }
 
@@ -121,17 +123,19 @@ void PlaylistPass::QueueVariant(const M3u8Entry& variant) {
   if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant(variant.uri)) return;
   for (const auto& [index, segment] : variant_segments_) {
     if (!pipeline_.running.load()) return;
-    if (IsSegment(segment) && QueueIfNew(segment)) ConsoleLine("[QUEUEED]: " + segment.uri);
+    if (IsSegment(segment) && QueueIfNew(segment, variant_keys_)) {
+      ConsoleLine("[QUEUEED]: " + segment.uri);
+    }
   }
 }
 
 // A playlist that lists nothing, or whose variants could not be had, says nothing about what is
 // still listed.
 void PlaylistPass::NoteListed() const {
-  if (listed_keys_.empty()) return;
-  ForgetDoneSegments(listed_keys_);
+  if (top_keys_.empty() && variant_keys_.empty()) return;
+  ForgetDoneSegments(top_keys_, variant_keys_);
   const std::lock_guard lock(g_segmentQueueMutex);
-  g_listedSegments = listed_keys_.size();
+  g_listedSegments = top_keys_.size() + variant_keys_.size();
 }
 
 // All at once, so that the segment thread takes a playlist's new segments as one batch. False when
@@ -154,19 +158,19 @@ bool PlaylistPass::Run(const std::string& text) {
 
 void PlaylistPass::QueueListed() {
   for (const auto& [key, entry] : top_) {
-    if (doubtful_ || !pipeline_.running.load()) return;
+    if (IsOver()) return;
     if (IsSegment(entry)) {
-      QueueIfNew(entry);
+      QueueIfNew(entry, top_keys_);
     } else {
       QueueVariant(entry);
     }
   }
-  if (doubtful_) return;
+  if (IsOver()) return;  // a stop leaves the walk over a variant's segments half done
   NoteListed();
   // Compared with the variants' segments alone, on purpose: for a playlist of segments all those
   // that were downloaded are forgotten, and queued once more at the next refresh. The segment
   // thread passes over them.
-  if (HandToSegmentThread()) RemoveStaleSegments(variant_segments_, kSegmentDownloaded);
+  if (HandToSegmentThread()) RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <mutex>
+#include <set>
 
 #include "common/console.h"
 #include "common/never_destroyed.h"
@@ -12,15 +13,11 @@ std::mutex g_statesMutex;
 NeverDestroyed<std::map<std::string, std::int32_t>> g_segmentStates;  // guarded by g_statesMutex
 NeverDestroyed<std::set<std::string>> g_doneSegments;                 // guarded by g_statesMutex
 
-std::set<std::string> KeysOf(const M3u8Table& entries) {
-  std::set<std::string> keys;
-  for (const auto& [index, entry] : entries) keys.insert(MakeSegmentKey(entry.uri));
-  return keys;
-}
-
 }  // namespace
 
-std::string MakeSegmentKey(const std::string& uri) {
+std::string MakeSegmentKey(const std::string& uri) { return std::string(SegmentKeyIn(uri)); }
+
+std::string_view SegmentKeyIn(std::string_view uri) {
   const std::size_t query = uri.find('?');
   return query == 0 ? uri : uri.substr(0, query);
 }
@@ -37,10 +34,15 @@ void SetSegmentState(const std::string& uri, std::int32_t state) {
 }
 
 void RemoveStaleSegments(const M3u8Table& currentEntries, std::int32_t state) {
-  const std::set<std::string> current = KeysOf(currentEntries);
+  SegmentKeys current_keys;
+  for (const auto& [index, entry] : currentEntries) current_keys.insert(SegmentKeyIn(entry.uri));
+  RemoveStaleSegments(current_keys, state);
+}
+
+void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state) {
   const std::lock_guard lock(g_statesMutex);
   for (auto known = g_segmentStates->begin(); known != g_segmentStates->end();) {
-    if (known->second == state && !current.contains(known->first)) {
+    if (known->second == state && !current_keys.contains(known->first)) {
       ConsoleLine("[REMOVE]: " + known->first);
       known = g_segmentStates->erase(known);
     } else {
@@ -54,10 +56,10 @@ void NoteSegmentDone(const std::string& uri) {
   g_doneSegments->insert(MakeSegmentKey(uri));
 }
 
-void ForgetDoneSegments(const std::set<std::string>& listed_keys) {
+void ForgetDoneSegments(const SegmentKeys& top_keys, const SegmentKeys& variant_keys) {
   const std::lock_guard lock(g_statesMutex);
-  std::erase_if(*g_doneSegments, [&listed_keys](const std::string& key) {
-    if (listed_keys.contains(key)) return false;
+  std::erase_if(*g_doneSegments, [&top_keys, &variant_keys](const std::string& key) {
+    if (top_keys.contains(key) || variant_keys.contains(key)) return false;
     const auto known = g_segmentStates->find(key);
     if (known != g_segmentStates->end() && known->second == kSegmentQueued) {
       g_segmentStates->erase(known);

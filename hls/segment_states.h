@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <set>
 #include <string>
+#include <string_view>
 
 #include "hls/m3u8_playlist.h"
 
@@ -17,6 +18,11 @@ inline constexpr std::int32_t kSegmentDownloaded = 1;
 
 // What tells segments apart: the address without its query. One that begins with "?" is kept whole.
 std::string MakeSegmentKey(const std::string& uri);
+
+// The same as a part of `uri`, and many of them. For playlists of a million segments, which live
+// longer than the keys.
+std::string_view SegmentKeyIn(std::string_view uri);
+using SegmentKeys = std::set<std::string_view>;
 
 // Adds the segment in that state. False, with nothing changed, when it is known.
 bool AddSegmentIfNew(const std::string& uri, std::int32_t state);
@@ -27,14 +33,16 @@ void SetSegmentState(const std::string& uri, std::int32_t state);
 // Forgets every segment in that state that is not among the current ones, and says so on the
 // console, a line for each.
 void RemoveStaleSegments(const M3u8Table& currentEntries, std::int32_t state);
+void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state);
 
 // Remembers that the segment thread has done with a segment, queued once more perhaps, that it did
 // not download: it was passed over, or its download failed. Its state stays kSegmentQueued, which
 // no removal asks for, so without this a live stream would leave one behind for every such segment.
 void NoteSegmentDone(const std::string& uri);
 
-// Forgets, in silence, what was noted as done and is not listed any more.
-void ForgetDoneSegments(const std::set<std::string>& listed_keys);
+// Forgets, in silence, what was noted as done and is not listed any more: neither by the top-level
+// playlist nor by its variants.
+void ForgetDoneSegments(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {});
 
 // Forgets everything.
 void ForgetAllSegments();

@@ -6,10 +6,16 @@
 #include <regex>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "hls/hls_delivery.h"
 #include "hls/m3u8_downloader.h"
+#include "hls/playlist_thread.h"
+#include "hls/segment_download.h"
+#include "hls/segment_parse.h"
 #include "tests/support/hls_play.h"
+#include "tests/support/hls_tasks.h"
 #include "tests/support/local_file.h"
 #include "tests/support/wait_until.h"
 
@@ -168,6 +174,49 @@ TEST_F(HlsOnDemandTest, WithoutAPlayerFramesAreTakenAndReleased) {
   }));
   EXPECT_TRUE(silent.EndDownload());
   EXPECT_FALSE(bad_.Exists());
+}
+
+// All five tasks of a pipeline whose fields a test can see.
+class HlsFiveTasksTest : public HlsTasks {
+ protected:
+  void Begin(const std::string& url) {
+    ResetFrameQueues();
+    threads_.emplace_back([this, url] { PlaylistThread(pipeline_, url); });
+    threads_.emplace_back([this] { DownloadPartsThread(pipeline_); });
+    threads_.emplace_back([this, url] { ParseSegmentsThread(pipeline_, url); });
+    threads_.emplace_back([this] { DeliverHlsVideo(pipeline_); });
+    threads_.emplace_back([this] { DeliverHlsAudio(pipeline_); });
+  }
+
+  void Stop() {
+    pipeline_.running = false;
+    WakeHlsTasks();
+    for (std::thread& thread : threads_) thread.join();
+    ReleaseFrameQueues();
+  }
+
+  std::vector<std::thread> threads_;
+  HlsServer server_;
+};
+
+TEST_F(HlsFiveTasksTest, ListedDurationOfThreeSegmentsIsForgottenWithTheFirstFrame) {
+  const auto names = SegmentUris(0, 3);
+  const auto segments = hls_test::CutIntoSegments(MakeStream(30), names.size());
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    server_.Put("/" + names[i], GatedAfter(1, Whole(segments[i])));
+  }
+  server_.Put("/list.m3u8", OnDemandPlaylist(names));
+  testing::internal::CaptureStdout();
+  Begin(server_.Url("/list.m3u8"));
+  EXPECT_TRUE(server_.WaitForRequests("/seg0.ts", 1));
+  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
+  EXPECT_THAT(player_.Snapshot().durations, ElementsAre(30.0F));
+  for (const std::string& name : names) server_.Release("/" + name);
+  EXPECT_TRUE(player_.WaitFor(
+      [](const auto& record) { return !record.video.empty() && !record.audio.empty(); }));
+  EXPECT_EQ(pipeline_.listedDuration.load(), 0.0F);
+  Stop();
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("QUEUEED3:3"));
 }
 
 // A pipeline without the facade, for what is set before its first start.

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "hls/clear_hls_stream.h"
@@ -168,14 +169,18 @@ TEST_F(HlsPlaylistTest, ErrorPageOfTheServerIsTakenAsABody) {
 }
 
 TEST_F(HlsPlaylistTest, BodyThatSaysFailedEndsTheThreadAfterItsOutcome) {
-  for (const std::string& body :
-       {LivePlaylist(0, {"failed.ts"}), OnDemandPlaylist({"failed.ts"}), std::string("failed")}) {
+  const std::string url = server_.Url(kList);
+  const std::vector<std::pair<std::string, std::string>> bodies = {
+      {LivePlaylist(0, {"failed.ts"}), "OK"},
+      {OnDemandPlaylist({"failed.ts"}), "OK"},
+      {"failed", "NO"}};
+  for (const auto& [body, outcome] : bodies) {
     player_.Forget();
     ClearHlsStream();
     server_.Put(kList, body);
-    EXPECT_EQ(Run(), "[DOWNLOAD]: " + server_.Url(kList) + "\nm3u8 Download thread stop.\n");
-    EXPECT_EQ(player_.Snapshot().messages.size(), 1U);
-    EXPECT_EQ(player_.Snapshot().results.size(), 1U);
+    EXPECT_EQ(Run(), "[DOWNLOAD]: " + url + "\nm3u8 Download thread stop.\n");
+    EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY M3U8 " + outcome + ":" + url));
+    EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:M3U8 " + outcome + ":" + url));
     EXPECT_EQ(WaitingSegments(), 0U);
   }
   EXPECT_EQ(server_.Requests().size(), 3U);

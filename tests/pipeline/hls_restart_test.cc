@@ -124,7 +124,7 @@ TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY M3U8 OK:").size(), 1U);
 }
 
-TEST_F(HlsRestartTest, SecondStartWithoutAStopPlaysBesideTheFirst) {
+TEST_F(HlsRestartTest, SecondStartWithoutAStopReadsAndTellsThePlaylistBesideTheFirst) {
   PutSegments(MakeStream(60), SegmentUris(0, 6));
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 6)));
   testing::internal::CaptureStdout();
@@ -141,13 +141,14 @@ TEST_F(HlsRestartTest, SecondStartWithoutAStopPlaysBesideTheFirst) {
   EXPECT_EQ(CountOf("QUEUEED1:", console), CountOf("QUEUEED1:6", console)) << "no text is mixed";
 }
 
-TEST_F(HlsRestartTest, SecondStartOfAnotherAddressPlaysBesideASilentOne) {
+TEST_F(HlsRestartTest, SecondStartBehindASilentOneIsStoppedInTimeToo) {
   PutOnDemand(MakeStream(20), 2);
   server_.Put("/silent.m3u8", Silent());
   downloader_.BeginDownload(server_.Url("/silent.m3u8"));
   ASSERT_TRUE(server_.WaitForRequests(1));
   downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(Stop()) << "the second request waits for the first to end";
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(server_.CountRequests(kList), 0U) << "the second request waits for the first to end";
 }
 
 TEST_F(HlsRestartTest, ThreeStartsAtOnceAreForgottenByOneStop) {

@@ -7,8 +7,11 @@
 #include <thread>
 #include <vector>
 
+#include "common/frame_backlog.h"
 #include "common/user_agent.h"
+#include "hls/segment_parse.h"
 #include "tests/support/hls_play.h"
+#include "tests/support/hls_tasks.h"
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
@@ -305,6 +308,63 @@ TEST_F(HlsBadSegmentTest, OneThatFollowsFramesStillQueuedIsBadAllTheSame) {
   PlayUntilPts({MakeStream(200), Bytes(50, 'y'), MakeStream(4, 90'000'000)},
                90'000'000 + 2 * 3'600);
   EXPECT_EQ(bad_.Contents(), std::string(50, 'y'));
+}
+
+// A parse thread with a segment before it, while more than enough frames wait for delivery.
+class HlsBacklogTest : public HlsTasks {
+ protected:
+  HlsBacklogTest() {
+    ResetFrameQueues();
+    SetHeldBytes(kMaxFrameBacklog.bytes + 1);
+    const Bytes segment = MakeStream(4);
+    {
+      const TsDemuxLock lock;
+      std::copy(segment.begin(), segment.end(), g_parseBuffer->begin());
+      g_parseLength = static_cast<std::int32_t>(segment.size());
+    }
+    testing::internal::CaptureStdout();
+    thread_ = std::thread([this] { ParseSegmentsThread(pipeline_, kUrl); });
+  }
+  ~HlsBacklogTest() override { ReleaseFrameQueues(); }
+
+  // As if that many bytes were queued.
+  static void SetHeldBytes(std::uint64_t bytes) {
+    const std::lock_guard lock(g_frameQueueMutex);
+    g_videoQueue->heldBytes = bytes;
+  }
+
+  bool IsParsed(std::chrono::milliseconds limit) {
+    return player_.WaitFor(
+        [](const auto& record) { return record.HasMessage("PLAY M3U8 H264:" + std::string(kUrl)); },
+        limit);
+  }
+
+  void Stop() {
+    pipeline_.running = false;
+    thread_.join();
+    testing::internal::GetCapturedStdout();
+  }
+
+  static constexpr std::chrono::milliseconds kShort{200};
+  static constexpr std::chrono::seconds kLong{20};
+  std::thread thread_;
+};
+
+TEST_F(HlsBacklogTest, SegmentWaitsUntilThereIsRoomForItsFrames) {
+  EXPECT_FALSE(IsParsed(kShort));
+  SetHeldBytes(0);
+  EXPECT_TRUE(IsParsed(kLong));
+  Stop();
+  const std::lock_guard lock(g_frameQueueMutex);
+  EXPECT_EQ(g_videoQueue->pushed, 3U);
+}
+
+TEST_F(HlsBacklogTest, StopEndsTheWaitForRoom) {
+  EXPECT_FALSE(IsParsed(kShort));
+  Stop();
+  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "nothing but the end was told";
+  const std::lock_guard lock(g_frameQueueMutex);
+  EXPECT_EQ(g_videoQueue->pushed, 0U);
 }
 
 class HlsHandOverTest : public HlsPlay {};

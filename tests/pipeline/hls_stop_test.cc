@@ -113,6 +113,16 @@ TEST_F(HlsStopTest, WhileASegmentStalls) {
   StopAndExpectNothingLeft();
 }
 
+TEST_F(HlsStopTest, WhileTheBytesOfAnEndlessSegmentFlow) {
+  server_.Put("/seg1.ts", Trickling(Whole(std::string(kTsPacketSize, '\0'))));
+  downloader_.BeginDownload(ListUrl());
+  ASSERT_TRUE(server_.WaitForTrickles("/seg1.ts", 20) && WaitForBufferedTimes(1));
+  StopAndExpectNothingLeft();
+  EXPECT_TRUE(server_.WaitForHangUp("/seg1.ts"));
+  EXPECT_EQ(player_.Snapshot().buffered_times.size(), 2U) << "it was given up before the end";
+  EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
+}
+
 class HlsStopInHandOverTest : public HlsStopTest {
  protected:
   // Calls `stop` while the segment thread waits to hand over its second segment, since the parse

@@ -3,10 +3,12 @@
 
 #include <algorithm>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -144,6 +146,41 @@ TEST_F(HlsVariantTest, SequenceThatBeginsAnewIsPlayedAgainOnceItMovesOn) {
   PutLow(LivePlaylist(1, SegmentUris(1, 3)));
   EXPECT_TRUE(Pass());
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg1.ts", "seg2.ts", "seg3.ts"));
+}
+
+TEST_F(HlsVariantTest, ConsoleCountsAlsoWhatIsNotToBePlayedYet) {
+  server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
+  PutLow(LivePlaylist(100, SegmentUris(0, 3)));
+  EXPECT_TRUE(Pass());
+  PutLow(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_THAT(Console(), testing::EndsWith("QUEUEED2:3"));
+}
+
+TEST_F(HlsVariantTest, StopAmidItsSegmentsLeavesTheRestUndone) {
+  constexpr int kMany = 100'000;
+  server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
+  PutLow(LivePlaylist(0, SegmentUris(0, kMany)));
+  testing::internal::CaptureStdout();
+  std::thread stopper([this] {
+    EXPECT_TRUE(WaitUntil([] { return KnownSegments() > 0; }));
+    pipeline_.running = false;
+  });
+  const auto text = FetchPlaylist(pipeline_, {server_.Url(kMaster), true});
+  EXPECT_TRUE(text && QueueSegmentsFromPlaylist(pipeline_, server_.Url(kMaster), *text));
+  stopper.join();
+  testing::internal::GetCapturedStdout();
+  EXPECT_LT(KnownSegments(), std::size_t{kMany});
+  EXPECT_EQ(WaitingSegments(), 0U);
+}
+
+TEST_F(HlsVariantTest, DownloadedSegmentOfTheTopLevelIsForgottenAlsoBesideAVariant) {
+  server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}) + SegmentLines({"top.ts"}));
+  PutLow(LivePlaylist(0, {"low0.ts"}));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("top.ts", "low0.ts"));
+  PutLow(LivePlaylist(0, {"low0.ts", "low1.ts"}));
+  EXPECT_THAT(Console(), testing::EndsWith("[REMOVE]: " + server_.Url("/live/top.ts") + "\n"));
+  EXPECT_EQ(KnownSegments(), 2U);
 }
 
 TEST_F(HlsVariantTest, SequencesOfTwoVariantsAreNotComparedWithEachOther) {

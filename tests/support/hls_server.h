@@ -3,20 +3,30 @@
 #ifndef TESTS_SUPPORT_HLS_SERVER_H_
 #define TESTS_SUPPORT_HLS_SERVER_H_
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "tests/support/local_server.h"
+#include "tests/support/wait_until.h"
 
 // How one path is answered: the status, the first `sent` bytes of the body, and what comes then.
 struct Reply {
-  enum class Then { kRest, kConnectionEnds, kNothing, kRestOnceReleased, kNotEvenAnAnswer };
+  enum class Then {
+    kRest,
+    kConnectionEnds,
+    kNothing,
+    kRestOnceReleased,
+    kNotEvenAnAnswer,
+    kItselfForEver
+  };
 
   std::string body;
   Then then = Then::kRest;
@@ -42,6 +52,11 @@ inline Reply StalledAfter(std::size_t sent, Reply reply) {
 inline Reply GatedAfter(std::size_t sent, Reply reply) {
   reply.then = Reply::Then::kRestOnceReleased;
   reply.sent = sent;
+  return reply;
+}
+// The body over and over, with a pause after each, for as long as the client listens.
+inline Reply Trickling(Reply reply) {
+  reply.then = Reply::Then::kItselfForEver;
   return reply;
 }
 inline Reply Silent() { return {"", Reply::Then::kNotEvenAnAnswer}; }
@@ -79,6 +94,22 @@ class HlsServer final : public LocalServer {
       released_.insert(path);
     }
     changed_.notify_all();
+  }
+
+  // Waits until the body of a trickling reply for this path was sent so often.
+  bool WaitForTrickles(const std::string& path, std::size_t count) {
+    return WaitUntil([&] {
+      const std::lock_guard lock(mutex_);
+      return trickles_[path] >= count;
+    });
+  }
+
+  // Whether the client has hung up on a trickling reply for this path.
+  bool WaitForHangUp(const std::string& path) {
+    return WaitUntil([&] {
+      const std::lock_guard lock(mutex_);
+      return hung_up_.contains(path);
+    });
   }
 
  private:
@@ -126,6 +157,7 @@ class HlsServer final : public LocalServer {
   }
 
   void Send(const std::string& path, const SharedReply& reply, httplib::Response& response) {
+    if (reply->then == Reply::Then::kItselfForEver) return Trickle(path, reply, response);
     if (reply->body.empty()) return response.set_content("", "text/plain");
     response.set_content_provider(
         reply->body.size(), "application/octet-stream",
@@ -134,6 +166,21 @@ class HlsServer final : public LocalServer {
           if (offset < reply->sent) return sink.write(body.data() + offset, reply->sent - offset);
           return GoesOn(path, reply->then) &&
                  sink.write(body.data() + offset, body.size() - offset);
+        });
+  }
+
+  // Without a length, which an endless body does not have.
+  void Trickle(const std::string& path, const SharedReply& reply, httplib::Response& response) {
+    response.set_chunked_content_provider(
+        "application/octet-stream", [this, path, reply](std::size_t, httplib::DataSink& sink) {
+          const bool sent = sink.write(reply->body.data(), reply->body.size());
+          {
+            const std::lock_guard lock(mutex_);
+            ++trickles_[path];
+            if (!sent) hung_up_.insert(path);
+          }
+          std::this_thread::sleep_for(std::chrono::milliseconds(1));
+          return sent && !IsEnding();
         });
   }
 
@@ -150,8 +197,10 @@ class HlsServer final : public LocalServer {
     }
   }
 
-  std::map<std::string, SharedReply> replies_;  // guarded by mutex_
-  std::set<std::string> released_;              // guarded by mutex_
+  std::map<std::string, SharedReply> replies_;   // guarded by mutex_
+  std::set<std::string> released_;               // guarded by mutex_
+  std::map<std::string, std::size_t> trickles_;  // guarded by mutex_
+  std::set<std::string> hung_up_;                // guarded by mutex_
 };
 
 #endif  // TESTS_SUPPORT_HLS_SERVER_H_

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <latch>
 #include <thread>
 
 #include "common/frame_queue.h"
@@ -72,6 +74,28 @@ TEST_F(HlsDeliveryTest, FirstVideoFrameAfterAStopIsLeftOutAndNoAudioFrameIs) {
       [](const Record& record) { return record.video.size() >= 2 && record.audio.size() >= 3; });
   EXPECT_EQ(player_.Snapshot().video.front().pts, 2U);
   EXPECT_EQ(player_.Snapshot().audio.front().pts, 1U);
+}
+
+// After a second start two threads deliver video.
+TEST_F(HlsDeliveryTest, TwoThreadsLeaveOutNoMoreFramesThanAreAskedFor) {
+  constexpr int kRounds = 3'000'000;
+  std::atomic<std::int32_t> skip{0};
+  std::atomic<bool> too_many{false};
+  std::latch both(2);
+  const auto deliver = [&] {
+    both.arrive_and_wait();
+    for (int i = 0; i < kRounds; ++i) {
+      --skip;
+      while (CountSkippedFrame(skip)) continue;
+      if (skip.load() > 0) too_many = true;
+    }
+  };
+  std::thread first(deliver);
+  std::thread second(deliver);
+  first.join();
+  second.join();
+  EXPECT_FALSE(too_many.load());
+  EXPECT_EQ(skip.load(), 0);
 }
 
 TEST_F(HlsDeliveryTest, ListedDurationIsForgottenWithTheFirstFrameOfEitherKind) {

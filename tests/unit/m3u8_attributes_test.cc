@@ -1,10 +1,17 @@
 #include "hls/m3u8_attributes.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 namespace {
+
+using testing::ElementsAre;
 
 M3u8Attributes Parsed(const std::string& text) { return ParseAttributeList(text, ",", "="); }
 
@@ -45,10 +52,28 @@ TEST(ParseAttributeListTest, EmptyListSeparatorCutsNothing) {
   EXPECT_EQ(ParseAttributeList("a=1,b=2", "", "="), M3u8Attributes({{"a", "1,b=2"}}));
 }
 
-TEST(AttributeValueTest, MissingKeyIsEmpty) {
-  const M3u8Attributes attributes = Parsed("a=1");
-  EXPECT_EQ(AttributeValue(attributes, "a"), "1");
-  EXPECT_EQ(AttributeValue(attributes, "A"), "");
+// What is found for "a" and for "b".
+std::vector<std::optional<std::string_view>> Found(std::string_view text) {
+  std::array<WantedAttribute, 2> wanted = {{{"a"}, {"b"}}};
+  FindAttributes(text, ",", "=", wanted);
+  return {wanted[0].value, wanted[1].value};
+}
+
+TEST(FindAttributesTest, ValuesAreTrimmedWhateverTheirOrder) {
+  EXPECT_THAT(Found("c=3, b = 2 ,\ta=1\r\n"), ElementsAre("1", "2"));
+}
+
+TEST(FindAttributesTest, MissingKeyHasNoValue) {
+  EXPECT_THAT(Found("a=1,A=2,ab=3"), ElementsAre("1", std::nullopt));
+  EXPECT_THAT(Found(""), ElementsAre(std::nullopt, std::nullopt));
+}
+
+TEST(FindAttributesTest, RepeatedKeyKeepsItsFirstValueAlsoWhereThatIsEmpty) {
+  EXPECT_THAT(Found("a=1,a=2,b=,b=3"), ElementsAre("1", ""));
+}
+
+TEST(FindAttributesTest, PieceWithoutSeparatorIsNoKey) {
+  EXPECT_THAT(Found("a,b=1"), ElementsAre(std::nullopt, "1"));
 }
 
 }  // namespace

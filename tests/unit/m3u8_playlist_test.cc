@@ -198,4 +198,34 @@ TEST(ParseM3u8Test, LinesOfMegabytesAreParsed) {
   EXPECT_EQ(parsed.entries.at(5).uri, "http://host/a/b/v.m3u8");
 }
 
+// Hundreds of megabytes if each were remembered, and seconds in which no stop is looked at.
+TEST(ParseM3u8Test, BandwidthBehindMillionsOfOtherAttributesIsFound) {
+  constexpr int kMany = 2'000'000;
+  std::string text = "#EXTM3U\n#EXT-X-STREAM-INF:";
+  for (int i = 0; i < kMany; ++i) text += std::to_string(i) + "=,";
+  const Parsed parsed(text + "BANDWIDTH=5,BANDWIDTH=6\nv.m3u8\n");
+  ASSERT_EQ(parsed.entries.size(), 1U);
+  EXPECT_EQ(parsed.entries.at(5).uri, "http://host/a/b/v.m3u8");
+}
+
+// A playlist of so many segments, and one more whose address is a short one whatever the base is.
+std::string SegmentsAndAShortOne(int count) {
+  std::string text = "#EXTM3U\n";
+  for (int i = 0; i < count; ++i) text += "#EXTINF:1\nab\n";
+  return text + "#EXTINF:1\nhttp://short/ab\n#EXT-X-ENDLIST\n";
+}
+
+TEST(ParseM3u8Test, AddressesBeyondTheLimitOfTheirSumAreLeftOut) {
+  constexpr std::size_t kMebibyte = 1 << 20;
+  constexpr int kFitting = 256;
+  const std::string base = "http://host/" + std::string(kMebibyte - 16, 'x') + "/";
+  const Parsed full(SegmentsAndAShortOne(kFitting + 1), base);
+  EXPECT_TRUE(full.result);
+  EXPECT_FALSE(full.header.isLive);
+  EXPECT_EQ(full.header.totalDuration, kFitting + 2.0F);
+  ASSERT_EQ(full.entries.size(), std::size_t{kFitting});
+  EXPECT_EQ(full.entries.rbegin()->second.uri, base + "ab");
+  EXPECT_EQ(full.entries.rbegin()->second.uri.size(), kMebibyte - 1);
+}
+
 }  // namespace

@@ -1,0 +1,72 @@
+#include "ts/ts_parse.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <mutex>
+#include <thread>
+
+#include "common/frame_backlog.h"
+#include "common/frame_queue.h"
+#include "tests/support/ts_packets.h"
+#include "tests/support/wait_until.h"
+#include "ts/ts_state.h"
+
+namespace {
+
+// A parse task with a whole stream before it, while more than enough frames wait for delivery.
+class TsBacklogTest : public testing::Test {
+ protected:
+  TsBacklogTest() {
+    ResetFrameQueues();
+    SetHeldBytes(kMaxFrameBacklog.bytes + 1);
+    const ts_test::Bytes stream = ts_test::MakeStream(4);
+    {
+      const std::lock_guard lock(g_tsStreamLock);
+      g_tsStreamBuffer->Initialize();
+      g_tsStreamBuffer->Reset();
+      g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
+    }
+    g_tsRunning = true;
+    thread_ = std::thread(ParseTs);
+  }
+  ~TsBacklogTest() override {
+    Stop();
+    ReleaseFrameQueues();
+  }
+
+  // As if that many bytes were queued.
+  static void SetHeldBytes(std::uint64_t bytes) {
+    const std::lock_guard lock(g_frameQueueMutex);
+    g_videoQueue->heldBytes = bytes;
+  }
+
+  static std::uint32_t Unread() {
+    const std::lock_guard lock(g_tsStreamLock);
+    return g_tsStreamBuffer->Size();
+  }
+
+  void Stop() {
+    g_tsRunning = false;
+    if (thread_.joinable()) thread_.join();
+  }
+
+  static void PauseForAWhile() { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }
+
+  std::thread thread_;
+};
+
+TEST_F(TsBacklogTest, StreamWaitsUntilThereIsRoomForItsFrames) {
+  PauseForAWhile();
+  EXPECT_GT(Unread(), 0U);
+  SetHeldBytes(0);
+  EXPECT_TRUE(WaitUntil([] { return Unread() == 0; }));
+}
+
+TEST_F(TsBacklogTest, StopEndsTheWaitForRoom) {
+  PauseForAWhile();
+  Stop();
+  EXPECT_EQ(g_videoQueue->pushed, 0U);
+}
+
+}  // namespace

@@ -37,9 +37,9 @@ class FlvStream {
   std::uint64_t Begin();
 
   // Puts a piece that begins at `offset` of the stream behind what is there, as far as it is not
-  // there yet: a local file comes from two sides, and each byte of it is parsed once. A slow parser
-  // lets grow what is unread, up to kMostUnread or more: then it waits until there is less. False
-  // for an older stream, at a stop, and when memory runs out.
+  // there yet: a local file comes from two sides, and each byte of it is parsed once. Where a
+  // slow parser has let kMostUnread bytes gather, waits until there are fewer. False for an older
+  // stream, when a stop ends that wait, and when memory runs out.
   bool Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes, std::uint32_t size);
 
   // Nothing more will be staged.

@@ -39,7 +39,7 @@ bool HeaderReader::Load(std::uint64_t offset) {
 
 std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool may_be_open) {
   const ByteRange in_file{space.begin, std::min(space.end, reader.FileSize())};
-  if (in_file.end < in_file.begin || !reader.MayGoOn()) return std::nullopt;
+  if (in_file.end < in_file.begin || !reader.CountBox()) return std::nullopt;
   const std::uint8_t* header = reader.Peek(in_file, kHeaderSize);
   if (header == nullptr) return std::nullopt;
   Box box;

@@ -49,9 +49,10 @@ class HeaderReader {
   const File& GetFile() const { return file_; }
   std::uint64_t FileSize() const { return file_size_; }
 
-  // To be asked before each box. False once there were more of them than in any file that plays: a
-  // thousand tracks have fewer. A large file of nothing but tiny boxes would hold up a stop.
-  bool MayGoOn() { return boxes_++ < kMostBoxes; }
+  // Counts a box that is to be read. False once there were more of them than in any file that
+  // plays: a thousand tracks have fewer. A large file of nothing but tiny boxes would hold up a
+  // stop.
+  bool CountBox() { return boxes_++ < kMostBoxes; }
 
   // The first `size` (at most kMostAtOnce) bytes of `range`, valid until the next call. Null where
   // the range is shorter or the file cannot be read there.

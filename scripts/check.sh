@@ -71,7 +71,7 @@ build_and_test() {
   fi
   run_step "tests-$1" run_tests "$1"
   if [[ -s $junit ]]; then
-    step_passed || python3 "$ROOT/scripts/lib/failed_tests.py" "$junit"
+    step_passed || python3 -B "$ROOT/scripts/lib/failed_tests.py" "$junit"
     count_tests "$junit"
   fi
 }

@@ -3,13 +3,15 @@
 import sys
 import xml.etree.ElementTree as ElementTree
 
+from count_tests import is_failed
+
 MOST_TESTS = 10
 LAST_LINES = 60
 
 
 def failed(path):
     for case in ElementTree.parse(path).getroot().iter("testcase"):
-        if case.find("failure") is not None or case.get("status") == "fail":
+        if is_failed(case):
             yield case.get("name"), case.findtext("system-out") or ""
 
 

@@ -7,9 +7,9 @@
 #include <thread>
 #include <vector>
 
-#include "common/frame_backlog.h"
 #include "common/user_agent.h"
 #include "hls/segment_parse.h"
+#include "tests/support/claimed_backlog.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
 #include "tests/support/wait_until.h"
@@ -315,7 +315,7 @@ class HlsBacklogTest : public HlsTasks {
  protected:
   HlsBacklogTest() {
     ResetFrameQueues();
-    SetHeldBytes(kMaxFrameBacklog.bytes + 1);
+    ClaimTooManyBytes();
     const Bytes segment = MakeStream(4);
     {
       const TsDemuxLock lock;
@@ -326,12 +326,6 @@ class HlsBacklogTest : public HlsTasks {
     thread_ = std::thread([this] { ParseSegmentsThread(pipeline_, kUrl); });
   }
   ~HlsBacklogTest() override { ReleaseFrameQueues(); }
-
-  // As if that many bytes were queued.
-  static void SetHeldBytes(std::uint64_t bytes) {
-    const std::lock_guard lock(g_frameQueueMutex);
-    g_videoQueue->heldBytes = bytes;
-  }
 
   bool IsParsed(std::chrono::milliseconds limit) {
     return player_.WaitFor(
@@ -352,7 +346,7 @@ class HlsBacklogTest : public HlsTasks {
 
 TEST_F(HlsBacklogTest, SegmentWaitsUntilThereIsRoomForItsFrames) {
   EXPECT_FALSE(IsParsed(kShort));
-  SetHeldBytes(0);
+  ClaimNothing();
   EXPECT_TRUE(IsParsed(kLong));
   Stop();
   const std::lock_guard lock(g_frameQueueMutex);

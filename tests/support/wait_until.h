@@ -3,6 +3,7 @@
 #define TESTS_SUPPORT_WAIT_UNTIL_H_
 
 #include <chrono>
+#include <future>
 #include <thread>
 
 // False when `met` did not hold within the time limit.
@@ -14,6 +15,12 @@ bool WaitUntil(Condition met) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
+}
+
+// Whether it has not come to its end, given some time to do so.
+template <typename Result>
+bool StillWaits(const std::future<Result>& waiting) {
+  return waiting.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout;
 }
 
 #endif  // TESTS_SUPPORT_WAIT_UNTIL_H_

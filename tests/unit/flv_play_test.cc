@@ -6,6 +6,7 @@
 #include <future>
 #include <mutex>
 
+#include "tests/support/claimed_backlog.h"
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tasks.h"
 #include "tests/support/wait_until.h"
@@ -144,6 +145,20 @@ TEST_F(FlvPlayTest, StopEndsTheWaitForTheRestOfALongHeader) {
   BeginToStop();
   play.wait();
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
+}
+
+TEST_F(FlvPlayTest, ParserWaitsUntilThereIsRoomForItsFrames) {
+  const Bytes start = flv_test::Header();
+  Take(start);
+  auto play = PlayAside();
+  ClaimTooManyBytes();
+  Take(flv_test::Join({flv_test::NalTag(0, {{0x65, 1}}), flv_test::NalTag(40, {{0x41, 2}})}));
+  EndOfDownload();
+  EXPECT_TRUE(StillWaits(play));
+  EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "the second tag is not read yet";
+  ClaimNothing();
+  play.wait();
+  EXPECT_EQ(g_videoQueue->pushed, 2U);
 }
 
 // The tag itself would hold the parser for ever, or for as long as its bytes come.

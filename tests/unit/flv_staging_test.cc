@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "tests/support/flv_tasks.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -132,7 +133,7 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
   EndOfDownload();
   FlvStreamSource source(newer);
   auto reader = std::async(std::launch::async, [&source] { return source.Await(2); });
-  EXPECT_EQ(reader.wait_for(std::chrono::milliseconds(300)), std::future_status::timeout);
+  EXPECT_TRUE(StillWaits(reader));
   FlvTransfer transfer(newer);
   EXPECT_EQ(transfer.Take("a", 1), 1U);
   EXPECT_EQ(transfer.Take("b", 1), 1U);
@@ -245,10 +246,6 @@ class FlvFullStreamTest : public FlvTasks {
 
   std::future<bool> StageLater(std::uint64_t offset, std::uint32_t size) {
     return std::async(std::launch::async, [=, this] { return Stage(offset, size); });
-  }
-
-  static bool StillWaits(const std::future<bool>& waiting) {
-    return waiting.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
   }
 
   FlvStream full_{10};

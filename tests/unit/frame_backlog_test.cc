@@ -3,15 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <future>
 #include <mutex>
 
 #include "common/frame_queue.h"
+#include "tests/support/wait_until.h"
 
 namespace {
-
-constexpr std::chrono::milliseconds kLongEnough{50};
 
 class FrameBacklogTest : public testing::Test {
  protected:
@@ -30,10 +28,6 @@ class FrameBacklogTest : public testing::Test {
 
   std::future<void> Await(const FrameBacklog& limit) {
     return std::async(std::launch::async, [this, limit] { AwaitFrameRoom(running_, limit); });
-  }
-
-  static bool StillWaits(const std::future<void>& waiting) {
-    return waiting.wait_for(kLongEnough) == std::future_status::timeout;
   }
 
   std::atomic<bool> running_{true};

@@ -15,7 +15,9 @@
 #include "common/frame_queue.h"
 #include "mp4/mp4_state.h"
 #include "tests/golden/frame_dump.h"
+#include "tests/support/claimed_backlog.h"
 #include "tests/support/mp4_movies.h"
+#include "tests/support/wait_until.h"
 
 namespace {
 
@@ -240,14 +242,11 @@ TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
 
 TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAUnitThatMay) {
   Begin();
-  {
-    const std::lock_guard lock(g_frameQueueMutex);
-    g_videoQueue->count = 4'000'001;  // so many seem to wait that the next unit has to
-  }
+  ClaimTooManyBytes();
   const std::future<void> emitted = std::async(std::launch::async, [] {
     EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(9), Nal(5), Nal(1, 7)})), {kSps, kPps});
   });
-  EXPECT_EQ(emitted.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+  EXPECT_TRUE(StillWaits(emitted));
   ResetFrameQueues();
   emitted.wait();
   EXPECT_EQ(
@@ -267,15 +266,9 @@ void PrintTo(const Backlog& backlog, std::ostream* out) { *out << backlog.name; 
 
 class Mp4BacklogTest : public Mp4SampleTest, public testing::WithParamInterface<Backlog> {
  protected:
-  // So much waits in the video queue, or seems to.
-  static void Claim(std::uint32_t frames, std::uint64_t bytes) {
-    const std::lock_guard lock(g_frameQueueMutex);
-    g_videoQueue->count = frames;
-    g_videoQueue->heldBytes = bytes;
-  }
   static void ClaimTooMuch() {
     const Backlog& most = GetParam();
-    Claim(most.frames == 0 ? 0 : most.frames + 1, most.bytes == 0 ? 0 : most.bytes + 1);
+    ClaimBacklog(most.frames == 0 ? 0 : most.frames + 1, most.bytes == 0 ? 0 : most.bytes + 1);
   }
   static std::future<void> Emit() {
     return std::async(std::launch::async, [] {
@@ -284,7 +277,7 @@ class Mp4BacklogTest : public Mp4SampleTest, public testing::WithParamInterface<
     });
   }
   static void ExpectToWait(const std::future<void>& emitted) {
-    EXPECT_EQ(emitted.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    EXPECT_TRUE(StillWaits(emitted));
     const std::lock_guard lock(g_frameQueueMutex);
     EXPECT_EQ(g_audioQueue->pushed + g_videoQueue->pushed, 0U);
   }
@@ -294,7 +287,7 @@ TEST_P(Mp4BacklogTest, HoldsTheNextFramesBackUntilThereIsRoom) {
   ClaimTooMuch();
   const std::future<void> emitted = Emit();
   ExpectToWait(emitted);
-  Claim(0, 0);
+  ClaimNothing();
   emitted.wait();
   const FrameDump dump = TakeQueuedFrames();
   EXPECT_EQ(dump.audio.size(), 1U);
@@ -302,9 +295,9 @@ TEST_P(Mp4BacklogTest, HoldsTheNextFramesBackUntilThereIsRoom) {
 }
 
 TEST_P(Mp4BacklogTest, OfTheMostThatThereMayBeHoldsNothingBack) {
-  Claim(GetParam().frames, GetParam().bytes);
+  ClaimBacklog(GetParam().frames, GetParam().bytes);
   EmitMp4Audio(SampleOf({1}), {});
-  Claim(0, 0);
+  ClaimNothing();
   EXPECT_EQ(TakeQueuedFrames().audio.size(), 1U);
 }
 
@@ -314,12 +307,12 @@ TEST_P(Mp4BacklogTest, DoesNotHoldUpTheStop) {
   ExpectToWait(emitted);
   g_mp4Running = false;
   EXPECT_EQ(emitted.wait_for(std::chrono::seconds(1)), std::future_status::ready);
-  Claim(0, 0);
+  ClaimNothing();
 }
 
 INSTANTIATE_TEST_SUITE_P(Backlogs, Mp4BacklogTest,
-                         testing::Values(Backlog{"Frames", 4'000'000, 0},
-                                         Backlog{"Bytes", 0, std::uint64_t{3} << 30}),
+                         testing::Values(Backlog{"Frames", kMaxFrameBacklog.frames, 0},
+                                         Backlog{"Bytes", 0, kMaxFrameBacklog.bytes}),
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace

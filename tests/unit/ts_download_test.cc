@@ -2,11 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
+#include <cstdint>
 #include <future>
 #include <mutex>
 #include <vector>
 
+#include "tests/support/wait_until.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -29,10 +30,6 @@ class TsStreamRoomTest : public testing::Test {
 
   static std::future<void> Await(std::uint32_t most_unread) {
     return std::async(std::launch::async, AwaitStreamRoom, most_unread);
-  }
-
-  static bool StillWaits(const std::future<void>& waiting) {
-    return waiting.wait_for(std::chrono::milliseconds(50)) == std::future_status::timeout;
   }
 };
 

@@ -7,8 +7,8 @@
 #include <mutex>
 #include <thread>
 
-#include "common/frame_backlog.h"
 #include "common/frame_queue.h"
+#include "tests/support/claimed_backlog.h"
 #include "tests/support/ts_packets.h"
 #include "tests/support/wait_until.h"
 #include "ts/ts_state.h"
@@ -20,7 +20,7 @@ class TsBacklogTest : public testing::Test {
  protected:
   TsBacklogTest() {
     ResetFrameQueues();
-    SetHeldBytes(kMaxFrameBacklog.bytes + 1);
+    ClaimTooManyBytes();
     const ts_test::Bytes stream = ts_test::MakeStream(4);
     {
       const std::lock_guard lock(g_tsStreamLock);
@@ -34,12 +34,6 @@ class TsBacklogTest : public testing::Test {
   ~TsBacklogTest() override {
     Stop();
     ReleaseFrameQueues();
-  }
-
-  // As if that many bytes were queued.
-  static void SetHeldBytes(std::uint64_t bytes) {
-    const std::lock_guard lock(g_frameQueueMutex);
-    g_videoQueue->heldBytes = bytes;
   }
 
   static std::uint32_t Unread() {
@@ -60,7 +54,7 @@ class TsBacklogTest : public testing::Test {
 TEST_F(TsBacklogTest, StreamWaitsUntilThereIsRoomForItsFrames) {
   PauseForAWhile();
   EXPECT_GT(Unread(), 0U);
-  SetHeldBytes(0);
+  ClaimNothing();
   EXPECT_TRUE(WaitUntil([] { return Unread() == 0; }));
 }
 

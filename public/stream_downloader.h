@@ -11,6 +11,12 @@
 // Threads. Call the members from one thread at a time. No member may be called from inside a call
 // to the player: EndDownload waits for the threads that make those calls. Members throw nothing of
 // their own, only what the standard library throws when memory or threads run out.
+//
+// Standard output. The component writes lines to the standard output of the process, some of them
+// for every damaged packet of a stream. If that is a pipe, something has to read it: a full pipe
+// blocks the component, and with it the stop.
+//
+// End of the process. Call EndDownload before `main` returns, as before the player is destroyed.
 #ifndef STREAM_DOWNLOADER_STREAM_DOWNLOADER_H_
 #define STREAM_DOWNLOADER_STREAM_DOWNLOADER_H_
 
@@ -54,12 +60,14 @@ class STREAM_DOWNLOADER_API CStreamDownloader {
 
   // Stops whatever plays and waits until no thread of the component calls the player any more, at
   // most about 1.5 seconds after the player's own calls have returned. Frames not delivered yet are
-  // dropped. The pipelines stay and can be started again; TS and MP4 then go on with what they keep
-  // of the same address. Returns false when nothing was playing.
+  // dropped. The pipelines stay and can be started again; for the same address TS and MP4 then
+  // continue after what they have received. So a TS or MP4 stream that has ended plays again only
+  // after SetStartPostion(0). Returns false when nothing was playing.
   bool EndDownload();
 
-  // Sets where the next BeginDownload starts, in seconds from the beginning of the stream. It goes
-  // to the pipelines that exist, so something must have been started before; returns false if not.
+  // Sets where the next BeginDownload starts, in seconds from the beginning of the stream. Only
+  // pipelines that exist receive it: a position set before the first start of a format is lost.
+  // Returns false when no pipeline exists.
   // EndDownload sets the position back to 0: the order of a seek is EndDownload, SetStartPostion,
   // BeginDownload. Given while TS or MP4 plays, it makes what plays drop frames that lie before it;
   // HLS passes over whole segments, and FLV plays from its beginning all the same.

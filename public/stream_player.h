@@ -15,6 +15,15 @@
 // calling thread only (and an EndDownload that waits for it). The player must be safe to call
 // concurrently, must not throw, and must not call the facade from inside a call.
 //
+// End of stream. No call reports it for every format; the frames that are still queued follow
+// whatever line is reported.
+//   HLS   On demand: OnBufferedTime has reached OnDuration and no frame follows. A live stream ends
+//         only when its frames cease: "#EXT-X-ENDLIST" in a later refresh is not reported.
+//   TS    Nothing is reported: no frame follows, and OnDuration stops growing.
+//   FLV   Nothing is reported: no frame follows.
+//   MP4   "PLAY:MP4 OK:" (OnPlayResult): the download has ended and every sample is queued.
+// A host therefore takes a stream for ended when no call was made for some seconds.
+//
 // Units. Timestamps are unsigned 64-bit counts of the 90 kHz system clock of ISO/IEC 13818-1
 // (seconds = ticks / 90000). Durations, positions and clocks are 32-bit floats in seconds.
 #ifndef STREAM_DOWNLOADER_STREAM_PLAYER_H_
@@ -24,18 +33,32 @@
 #include <cstdint>
 #include <string>
 
-// One access unit, passed by value: the record is the receiver's copy, the payload is not.
+// One frame, passed by value: the record is the receiver's copy, the payload is not.
+//
+// What a frame is depends on the format. In MP4 and FLV a video frame is one NAL unit
+// (ISO/IEC 14496-10) with a start code: the units of one picture follow each other with the same
+// timestamps, and parameter sets precede the first picture. An audio frame is one AAC frame. In TS
+// and HLS a frame is the payload of one PES packet (ISO/IEC 13818-1 2.4.3.6) as it was carried:
+// usually one whole picture, and one or several ADTS frames.
 struct MediaFrame {
-  std::uint64_t pts;       // presentation timestamp, 90 kHz
-  std::uint64_t dts;       // decode timestamp, 90 kHz
-  std::uint64_t playTime;  // delivery timestamp, 90 kHz: what start position and audio clock go by
+  // Presentation timestamp, 90 kHz. MP4 and FLV report the decode time here, without the
+  // composition offset: where a stream has B-frames, the decoder's output has to be reordered.
+  std::uint64_t pts;
+
+  // Decode timestamp, 90 kHz. MP4 and FLV: the same as pts. TS and HLS: that of the PES packet. A
+  // PES packet without one, which is usual in streams without B-frames, yields an arbitrary number
+  // here (kept for compatibility): use dts only in a stream whose dts advances with pts and stays
+  // close to it, otherwise use pts.
+  std::uint64_t dts;
+
+  std::uint64_t playTime;  // delivery timestamp, 90 kHz: start position and audio clock follow it
   std::int32_t size;       // payload length in bytes
   // Four bytes of padding that are never written.
 
-  // First byte of the payload: H.264 or H.265 in Annex B form, or AAC in ADTS form. A transport
-  // stream gives the payload of one PES packet as it was carried, so there a frame may hold several
-  // ADTS frames, or another codec that the stream names (MPEG-2 video, MPEG audio, LATM). The
-  // payload belongs to the component and is valid only until the call returns; copy what must last.
+  // First byte of the payload: H.264 or H.265 in Annex B form, or AAC in ADTS form. TS and HLS may
+  // carry another codec that the stream declares (MPEG-2 video, MPEG audio, LATM); FLV and MP4 put
+  // an ADTS header in front of any audio, whatever its codec. The payload belongs to the component
+  // and is valid only until the call returns; copy what must last.
   const std::uint8_t* data;
 
   std::uint64_t reserved;  // never written by the component; do not read it
@@ -73,10 +96,10 @@ class CStreamPlayerImp {
   // 7: the play time, in whole seconds, of the audio frame that the same thread delivers next.
   virtual void OnAudioClock(float seconds) = 0;
 
-  // 8: one AAC access unit. `frame.data` is valid during the call only.
+  // 8: one audio frame. `frame.data` is valid during the call only.
   virtual void OnAudioFrame(MediaFrame frame) = 0;
 
-  // 9: one H.264 or H.265 access unit. `frame.data` is valid during the call only.
+  // 9: one video frame. `frame.data` is valid during the call only.
   virtual void OnVideoFrame(MediaFrame frame) = 0;
 
   // 10: one status line, for example "PLAY TS OK:" followed by the address. The string is the

@@ -60,6 +60,28 @@ Movie LongRuns() {
   return movie;
 }
 
+Movie Padded() {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.index_first = false;
+  for (Track& track : movie.tracks)
+    track.padding = {{"trak", 4}, {"mdia", 8}, {"minf", 12}, {"stbl", 3}};
+  movie.in_index = Bytes(8);
+  return movie;
+}
+
+Movie WithDamagedTracks() {
+  Movie movie = mp4_boxes::SmallMovie();
+  for (const char* const type : {"stsd", "stts", "stco"}) {
+    Track track = movie.tracks[0];
+    track.id = static_cast<std::uint32_t>(movie.tracks.size() + 1);
+    track.samples.resize(2);
+    track.replaced[type] = Bytes();
+    movie.tracks.insert(movie.tracks.begin(), track);
+  }
+  movie.tracks[0].handler = "tmcd";
+  return movie;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -75,6 +97,8 @@ int main(int argc, char** argv) {
                                                  {"sizes_of_8_bits", CompactSizes(8)},
                                                  {"sizes_of_16_bits", CompactSizes(16)},
                                                  {"quicktime", QuickTime()},
+                                                 {"padded", Padded()},
+                                                 {"damaged_tracks", WithDamagedTracks()},
                                                  {"long_runs", LongRuns()}};
   for (const auto& [name, movie] : seeds) {
     const std::filesystem::path path =

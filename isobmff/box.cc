@@ -13,8 +13,8 @@ constexpr std::size_t kLargeHeaderSize = 16;
 constexpr std::uint32_t kToTheEnd = 0;
 constexpr std::uint32_t kLargeSize = 1;
 
-// No type of the standard has a zero in it: one that ends so has not come as a whole.
-bool HasCome(std::uint32_t type) { return (type & 0xFF) != 0; }
+// No type of the standard has a zero in it: one that ends so has not been received as a whole.
+bool IsReceived(std::uint32_t type) { return (type & 0xFF) != 0; }
 
 }  // namespace
 
@@ -37,6 +37,14 @@ bool HeaderReader::Load(std::uint64_t offset) {
   return loaded_ != 0;
 }
 
+bool HeaderReader::IsZero(const ByteRange& range) {
+  if (range.Size() > kMostAtOnce) return false;
+  const auto size = static_cast<std::size_t>(range.Size());
+  const std::uint8_t* const bytes = Peek(range, size);
+  return bytes != nullptr &&
+         std::all_of(bytes, bytes + size, [](std::uint8_t byte) { return byte == 0; });
+}
+
 std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool may_be_open) {
   const ByteRange in_file{space.begin, std::min(space.end, reader.FileSize())};
   if (in_file.end < in_file.begin || !reader.CountBox()) return std::nullopt;
@@ -55,7 +63,7 @@ std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool ma
     size = space.Size();
     box.is_open = true;
   }
-  if (!HasCome(box.type) || size < header_size ||
+  if (!IsReceived(box.type) || size < header_size ||
       size > std::numeric_limits<std::uint64_t>::max() - space.begin) {
     return std::nullopt;
   }
@@ -71,6 +79,15 @@ std::optional<Box> BoxWalk::Next() {
   if (!box || box->whole.end > left_.end) return std::nullopt;
   left_.begin = box->whole.end;
   return box;
+}
+
+RowEnd BoxWalk::End() {
+  if (left_.Size() == 0) return RowEnd::kNothing;
+  if (reader_.IsZero(left_)) return RowEnd::kZeros;
+  if (left_.Size() < kHeaderSize) return RowEnd::kMalformed;
+  const std::uint8_t* const header = reader_.Peek(left_, kHeaderSize);
+  return header != nullptr && IsReceived(Read32(header + 4)) ? RowEnd::kMalformed
+                                                             : RowEnd::kNotReceived;
 }
 
 std::span<const std::uint8_t> FindBox(std::span<const std::uint8_t> boxes, std::uint32_t type) {

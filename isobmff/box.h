@@ -3,7 +3,8 @@
 //
 // HeaderReader reads small pieces of a file that lie close together; box walking stands on it. A
 // file that is still being downloaded may have holes, which read as zeros: a type that
-// ends in zero is therefore never that of a box, but of bytes that have not come yet.
+// ends in zero is therefore never that of a box, but of bytes that have not been received yet.
+// Zeros up to the end of a box may also be padding.
 #ifndef ISOBMFF_BOX_H_
 #define ISOBMFF_BOX_H_
 
@@ -53,10 +54,14 @@ class HeaderReader {
   // plays: a thousand tracks have fewer. A large file of nothing but tiny boxes would hold up a
   // stop.
   bool CountBox() { return boxes_++ < kMostBoxes; }
+  bool HadTooManyBoxes() const { return boxes_ > kMostBoxes; }
 
   // The first `size` (at most kMostAtOnce) bytes of `range`, valid until the next call. Null where
   // the range is shorter or the file cannot be read there.
   const std::uint8_t* Peek(const ByteRange& range, std::size_t size);
+
+  // Whether all of `range` is zeros. False where it is longer than kMostAtOnce.
+  bool IsZero(const ByteRange& range);
 
  private:
   static constexpr int kMostBoxes = 100'000;
@@ -76,7 +81,15 @@ class HeaderReader {
 // `may_be_open`.
 std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool may_be_open);
 
-// The children of a box, which must fill its body exactly.
+// What follows the last child of a box.
+enum class RowEnd {
+  kNothing,
+  kZeros,        // up to the end of the box: padding, or bytes that have not been received yet
+  kNotReceived,  // a box was to begin where nothing has been received yet
+  kMalformed,
+};
+
+// The children of a box.
 class BoxWalk {
  public:
   BoxWalk(HeaderReader& reader, const ByteRange& body) : reader_(reader), left_(body) {}
@@ -84,8 +97,9 @@ class BoxWalk {
   // The next child. Nothing behind the last one, or where there is none though there should be.
   std::optional<Box> Next();
 
-  // Once Next gave nothing: whether all was well.
-  bool Filled() const { return left_.Size() == 0; }
+  // Once Next returned nothing: why, and the bytes from there to the end of the box.
+  RowEnd End();
+  const ByteRange& Left() const { return left_; }
 
  private:
   static constexpr int kMostBoxes = 4096;  // of one parent; there are about ten

@@ -24,6 +24,15 @@ std::optional<Box> FindMovie(HeaderReader& reader) {
   return std::nullopt;
 }
 
+// Whether the children of the moov box are all there. Where the zeros after the last one may not
+// have been received yet, they are padding only if no track fits there.
+bool IsWhole(BoxWalk& walk, const UnreceivedTail& tail) {
+  constexpr std::uint64_t kSmallerThanATrack = 128;
+  const RowEnd end = walk.End();
+  if (end != RowEnd::kZeros) return end == RowEnd::kNothing;
+  return !tail.Reaches(walk.Left().end) || walk.Left().Size() <= kSmallerThanATrack;
+}
+
 bool Holds(const File& file, std::uint64_t offset, const Bytes& expected) {
   std::uint8_t found[kHeadSize];
   return file.ReadAt(offset, found, expected.size()) == expected.size() &&
@@ -53,7 +62,7 @@ bool MovieIndex::LiesIn(const File& file) const {
 }
 
 bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
-  constexpr std::size_t kMostTracks = 1024;
+  const UnreceivedTail tail(reader, movie.whole);
   bool has_header = false;
   BoxWalk walk(reader, movie.body);
   while (const auto box = walk.Next()) {
@@ -63,12 +72,20 @@ bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
       timing_ = *timing;
       has_header = true;
     } else if (box->type == FourCc("trak")) {
-      auto facts = ReadTrack(reader, box->body);
-      if (!facts || tracks_.size() == kMostTracks) return false;
-      tracks_.emplace_back(*std::move(facts));
+      if (!AddTrack(reader, tail, *box)) return false;
     }
   }
-  return walk.Filled() && has_header;
+  return has_header && !reader.HadTooManyBoxes() && IsWhole(walk, tail);
+}
+
+// False where the index is not whole. A damaged track does not hide the others.
+bool MovieIndex::AddTrack(HeaderReader& reader, const UnreceivedTail& tail, const Box& box) {
+  constexpr std::size_t kMostTracks = 1024;
+  TrackFacts facts;
+  const TrackState state = ReadTrack(reader, tail, box.body, facts);
+  if (state == TrackState::kNotReceived || tracks_.size() == kMostTracks) return false;
+  if (state == TrackState::kUsable) tracks_.emplace_back(std::move(facts));
+  return true;
 }
 
 bool MovieIndex::Remember(const File& file, const Box& movie) {

@@ -1,9 +1,11 @@
 // The index of a file: its moov box, as far as reading samples needs it.
 //
-// An index that is not whole is none: the moov box must lie in the file, each box on the way down
-// to the tables must be well-formed and fill its parent exactly, every track must have all that is
-// needed, and every count must fit its box. Edit lists are not looked at, and what a fragmented
-// file holds outside the moov box is not either, so such a file has no samples.
+// An index that is not whole is none: the moov box must be in the file, and its children must be
+// well-formed and fill it, but for zeros that pad it. A track that is damaged is skipped: each one
+// that is listed has all that is needed, and every count of it fits its box. Zeros that may stand
+// for bytes of a video or audio track that have not been received yet make the index one that is
+// not whole. Edit lists are not looked at, and what a fragmented file holds outside the moov box is
+// not either, so such a file has no samples.
 //
 // One index is shared by all handles of a file and by their threads. It never changes, but for
 // tables that are loaded when they are first needed.
@@ -21,6 +23,7 @@
 #include "isobmff/file.h"
 #include "isobmff/sample_entry.h"
 #include "isobmff/sample_tables.h"
+#include "isobmff/unreceived_tail.h"
 
 namespace isobmff {
 
@@ -59,6 +62,7 @@ class MovieIndex {
 
  private:
   bool ReadMovie(HeaderReader& reader, const Box& movie);
+  bool AddTrack(HeaderReader& reader, const UnreceivedTail& tail, const Box& box);
   bool Remember(const File& file, const Box& movie);
 
   Timing timing_;

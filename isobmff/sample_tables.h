@@ -88,8 +88,8 @@ struct SampleTableBoxes {
   std::optional<TableBox> offsets;      // stco, co64
   std::optional<TableBox> sync;         // stss; may be missing: every sample is a sync sample
 
-  // Whether all that a track needs is there. Samples without any entry to place them in the other
-  // tables are those of an index whose rest has not come yet.
+  // Whether all that a track needs is there. Samples need an entry to place them in the other
+  // tables.
   bool Complete() const;
 };
 

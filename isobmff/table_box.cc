@@ -47,7 +47,7 @@ std::optional<TableBox> ReadCompactSizeTableBox(HeaderReader& reader, const Byte
   return WithEntries({Read32(head + kTableHeadSize), entry_bits, 0, {}}, body, kSizeTableHeadSize);
 }
 
-bool LastEntryHasCome(HeaderReader& reader, const TableBox& table) {
+bool LastEntryIsReceived(HeaderReader& reader, const TableBox& table) {
   if (table.count == 0) return true;
   const std::size_t entry_bytes = table.entry_bits / 8;
   const std::uint8_t* const entry =

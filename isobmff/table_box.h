@@ -1,7 +1,7 @@
 // Where one of a track's sample tables lies in the file, and its bytes once they are needed.
 //
 // Opening a file looks at the heads of the tables only: that their entries lie inside their box,
-// and that the last entry has come. An index of megabytes is so opened in microseconds.
+// and that the last entry has been received. An index of megabytes is so opened in microseconds.
 #ifndef ISOBMFF_TABLE_BOX_H_
 #define ISOBMFF_TABLE_BOX_H_
 
@@ -32,8 +32,8 @@ std::optional<TableBox> ReadSizeTableBox(HeaderReader& reader, const ByteRange& 
 std::optional<TableBox> ReadCompactSizeTableBox(HeaderReader& reader, const ByteRange& body);
 
 // Whether the last entry of a table whose entries are numbers from 1 on is there. Zeros are bytes
-// that have not been downloaded yet.
-bool LastEntryHasCome(HeaderReader& reader, const TableBox& table);
+// that have not been received yet, or damage.
+bool LastEntryIsReceived(HeaderReader& reader, const TableBox& table);
 
 // The entries as they lie in the file.
 class TableBytes {

@@ -21,135 +21,173 @@ std::optional<std::size_t> SizeOfTimes(HeaderReader& reader, const ByteRange& bo
   return *version == 1 ? 16 : 8;
 }
 
-// What the boxes of a track bring together; the first of each kind counts.
+// Collects what the boxes of a track hold; the first of each kind counts.
 class TrackReader {
  public:
-  explicit TrackReader(HeaderReader& reader) : reader_(reader) {}
+  TrackReader(HeaderReader& reader, const UnreceivedTail& tail) : reader_(reader), tail_(tail) {}
 
-  std::optional<TrackFacts> Read(const ByteRange& body) {
-    if (!Children(body, &TrackReader::TrackChild) || facts_.id == 0 || !has_timing_ ||
-        facts_.handler.empty() || !description_ || !facts_.tables.Complete() ||
-        !ReadDescription()) {
-      return std::nullopt;
-    }
-    return std::move(facts_);
+  TrackState Read(const ByteRange& body, TrackFacts& facts) {
+    ReadChildren(body, &TrackReader::TrackChild);
+    ReadDescription();
+    RequireEntries();
+    // Nobody waits for the rest of a track of another kind.
+    const bool is_played =
+        handler_ == 0 || handler_ == FourCc("vide") || handler_ == FourCc("soun");
+    if (is_incomplete_ && is_played) return TrackState::kNotReceived;
+    if (is_incomplete_ || is_damaged_ || !HasAll()) return TrackState::kDamaged;
+    facts = std::move(facts_);
+    return TrackState::kUsable;
   }
 
  private:
-  using Child = bool (TrackReader::*)(const Box&);
+  using Child = void (TrackReader::*)(const Box&);
 
-  // False where a child is malformed or the children do not fill the body.
-  bool Children(const ByteRange& body, Child child) {
+  bool HasAll() const {
+    return facts_.id != 0 && has_timing_ && handler_ != 0 && has_entry_ && facts_.tables.Complete();
+  }
+
+  // What is malformed ends the children; whether they were enough shows later.
+  void ReadChildren(const ByteRange& body, Child child) {
+    // A table with one entry is larger, so a shorter row of zeros is padding.
+    constexpr std::uint64_t kSmallestTable = 20;
     BoxWalk walk(reader_, body);
-    while (const auto box = walk.Next()) {
-      if (!(this->*child)(*box)) return false;
-    }
-    return walk.Filled();
+    while (const auto box = walk.Next()) (this->*child)(*box);
+    const RowEnd end = walk.End();
+    is_incomplete_ |=
+        end == RowEnd::kNotReceived ||
+        (end == RowEnd::kZeros && tail_.Reaches(body.end) && walk.Left().Size() >= kSmallestTable);
   }
 
-  bool TrackChild(const Box& box) {
-    if (box.type == FourCc("tkhd") && facts_.id == 0) return ReadId(box.body);
-    if (box.type == FourCc("mdia")) return Children(box.body, &TrackReader::MediaChild);
-    return true;
+  void TrackChild(const Box& box) {
+    if (box.type == FourCc("tkhd") && facts_.id == 0) ReadId(box.body);
+    if (box.type == FourCc("mdia")) ReadChildren(box.body, &TrackReader::MediaChild);
   }
 
-  bool MediaChild(const Box& box) {
-    if (box.type == FourCc("mdhd") && !has_timing_) return ReadMediaTiming(box.body);
-    if (box.type == FourCc("hdlr") && facts_.handler.empty()) return ReadHandler(box.body);
-    if (box.type == FourCc("minf")) return Children(box.body, &TrackReader::InformationChild);
-    return true;
+  void MediaChild(const Box& box) {
+    if (box.type == FourCc("mdhd") && !has_timing_) ReadMediaTiming(box.body);
+    if (box.type == FourCc("hdlr") && handler_ == 0) ReadHandler(box.body);
+    if (box.type == FourCc("minf")) ReadChildren(box.body, &TrackReader::InformationChild);
   }
 
-  bool InformationChild(const Box& box) {
-    return box.type != FourCc("stbl") || Children(box.body, &TrackReader::TableChild);
+  void InformationChild(const Box& box) {
+    if (box.type == FourCc("stbl")) ReadChildren(box.body, &TrackReader::TableChild);
   }
 
-  bool TableChild(const Box& box) {
+  void TableChild(const Box& box) {
     SampleTableBoxes& tables = facts_.tables;
     switch (box.type) {
       case FourCc("stsd"):
         if (!description_) description_ = box.body;
-        return true;
+        break;
       case FourCc("stts"):
-        return Keep(tables.times, ReadTableBox(reader_, box.body, 8));
+        Keep(tables.times, ReadTableBox(reader_, box.body, 8));
+        break;
       case FourCc("ctts"):
-        return Keep(tables.composition, ReadTableBox(reader_, box.body, 8));
+        Keep(tables.composition, ReadTableBox(reader_, box.body, 8));
+        break;
       case FourCc("stsc"):
-        return KeepNumbers(tables.chunk_runs, ReadTableBox(reader_, box.body, 12));
+        KeepNumbers(tables.chunk_runs, ReadTableBox(reader_, box.body, 12));
+        break;
       case FourCc("stsz"):
-        return Keep(tables.sizes, ReadSizeTableBox(reader_, box.body));
+        Keep(tables.sizes, ReadSizeTableBox(reader_, box.body));
+        break;
       case FourCc("stz2"):
-        return Keep(tables.sizes, ReadCompactSizeTableBox(reader_, box.body));
+        Keep(tables.sizes, ReadCompactSizeTableBox(reader_, box.body));
+        break;
       case FourCc("stco"):
-        return KeepNumbers(tables.offsets, ReadTableBox(reader_, box.body, 4));
+        KeepNumbers(tables.offsets, ReadTableBox(reader_, box.body, 4));
+        break;
       case FourCc("co64"):
-        return KeepNumbers(tables.offsets, ReadTableBox(reader_, box.body, 8));
+        KeepNumbers(tables.offsets, ReadTableBox(reader_, box.body, 8));
+        break;
       case FourCc("stss"):
-        return KeepNumbers(tables.sync, ReadTableBox(reader_, box.body, 4));
+        KeepNumbers(tables.sync, ReadTableBox(reader_, box.body, 4));
+        break;
       default:
-        return true;
+        break;
     }
   }
 
-  static bool Keep(std::optional<TableBox>& kept, const std::optional<TableBox>& found) {
+  // Notes whether bytes that end at `end` are what they have to be. Zeros in their place may be
+  // bytes that have not been received yet.
+  void Require(bool is_right, std::uint64_t end) {
+    if (!is_right) (tail_.Reaches(end) ? is_incomplete_ : is_damaged_) = true;
+  }
+
+  // A table that claims more than its box holds does not do so for want of bytes.
+  void Keep(std::optional<TableBox>& kept, const std::optional<TableBox>& found) {
     if (!kept) kept = found;
-    return found.has_value();
+    is_damaged_ |= !found.has_value();
   }
 
   // Of a table whose entries are never 0.
-  bool KeepNumbers(std::optional<TableBox>& kept, const std::optional<TableBox>& found) {
-    return Keep(kept, found) && LastEntryHasCome(reader_, *found);
+  void KeepNumbers(std::optional<TableBox>& kept, const std::optional<TableBox>& found) {
+    Keep(kept, found);
+    if (found) Require(LastEntryIsReceived(reader_, *found), found->entries.end);
   }
 
-  bool ReadId(const ByteRange& body) {
+  // Samples without any entry to place them in the other tables.
+  void RequireEntries() {
+    const SampleTableBoxes& tables = facts_.tables;
+    if (!tables.sizes || tables.sizes->count == 0) return;
+    for (const auto& table : {tables.times, tables.chunk_runs, tables.offsets}) {
+      if (table) Require(table->count != 0, table->entries.begin);
+    }
+  }
+
+  void ReadId(const ByteRange& body) {
     const auto times = SizeOfTimes(reader_, body);
-    if (!times) return false;
-    const std::uint8_t* const bytes = reader_.Peek(body, kBehindVersion + *times + 4);
-    if (bytes == nullptr) return false;
-    facts_.id = Read32(bytes + kBehindVersion + *times);
-    return true;
+    const std::size_t id_at = kBehindVersion + times.value_or(0);
+    const std::uint8_t* const bytes = times ? reader_.Peek(body, id_at + 4) : nullptr;
+    if (bytes != nullptr) facts_.id = Read32(bytes + id_at);
+    Require(facts_.id != 0, body.begin + id_at + 4);
   }
 
-  bool ReadMediaTiming(const ByteRange& body) {
+  void ReadMediaTiming(const ByteRange& body) {
     const auto timing = ReadTiming(reader_, body);
-    if (!timing) return false;
-    facts_.timing = *timing;
-    has_timing_ = true;
-    return true;
+    has_timing_ = timing.has_value();
+    is_damaged_ |= !has_timing_;
+    if (timing) facts_.timing = *timing;
   }
 
-  bool ReadHandler(const ByteRange& body) {
+  void ReadHandler(const ByteRange& body) {
     constexpr std::size_t kTypeAt = kBehindVersion + 4;
     const std::uint8_t* const bytes = reader_.Peek(body, kTypeAt + 4);
-    if (bytes == nullptr || Read32(bytes + kTypeAt) == 0) return false;
-    handler_ = 0;
+    const bool is_there = bytes != nullptr && bytes[kTypeAt + 3] != 0;  // else it may be a part
+    Require(is_there, body.begin + kTypeAt + 4);
+    if (!is_there) return;
     for (const std::uint8_t letter : std::span(bytes + kTypeAt, 4)) {
       facts_.handler.push_back(SmallLetter(letter));
       handler_ = handler_ << 8 | static_cast<std::uint8_t>(facts_.handler.back());
     }
-    return true;
   }
 
-  bool ReadDescription() {
+  void ReadDescription() {
     constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 24;
-    if (description_->Size() > kMostBytes) return false;
+    if (!description_ || description_->Size() > kMostBytes) return;
     Bytes bytes(static_cast<std::size_t>(description_->Size()));
-    if (const std::uint8_t* const near = reader_.Peek(*description_, bytes.size()))
+    if (const std::uint8_t* const near = reader_.Peek(*description_, bytes.size())) {
       bytes.assign(near, near + bytes.size());
-    else if (reader_.GetFile().ReadAt(description_->begin, bytes.data(), bytes.size()) !=
-             bytes.size())
-      return false;
+    } else if (reader_.GetFile().ReadAt(description_->begin, bytes.data(), bytes.size()) !=
+               bytes.size()) {
+      is_incomplete_ = true;
+      return;
+    }
     auto entry = ParseSampleEntry(bytes, handler_);
-    if (!entry) return false;
-    facts_.entry = *std::move(entry);
-    return true;
+    has_entry_ = entry.has_value();
+    Require(has_entry_, description_->end);
+    if (entry) facts_.entry = *std::move(entry);
   }
 
   HeaderReader& reader_;
+  const UnreceivedTail& tail_;
   TrackFacts facts_;
   bool has_timing_ = false;
-  std::uint32_t handler_ = 0;
+  bool has_entry_ = false;
+  std::uint32_t handler_ = 0;             // its type, in small letters
   std::optional<ByteRange> description_;  // the body of stsd
+  bool is_damaged_ = false;
+  bool is_incomplete_ = false;
 };
 
 }  // namespace
@@ -165,8 +203,9 @@ std::optional<Timing> ReadTiming(HeaderReader& reader, const ByteRange& body) {
   return Timing{Read32(bytes + scale_at), is_long ? Read64(duration) : Read32(duration)};
 }
 
-std::optional<TrackFacts> ReadTrack(HeaderReader& reader, const ByteRange& body) {
-  return TrackReader(reader).Read(body);
+TrackState ReadTrack(HeaderReader& reader, const UnreceivedTail& tail, const ByteRange& body,
+                     TrackFacts& facts) {
+  return TrackReader(reader, tail).Read(body, facts);
 }
 
 }  // namespace isobmff

@@ -133,12 +133,13 @@ struct Track {
   Bytes entry = AvcEntry();
   std::vector<Sample> samples;
   std::size_t samples_a_chunk = 1;
-  unsigned version = 0;                   // of tkhd and mdhd
-  unsigned size_bits = 32;                // below 32 in an stz2 box
-  bool large_offsets = false;             // co64
-  unsigned composition_version = 0;       // of ctts, which is there where any sample needs it
-  Bytes more;                             // boxes behind tkhd
-  std::map<std::string, Bytes> replaced;  // whole boxes of the sample table, by type
+  unsigned version = 0;                        // of tkhd and mdhd
+  unsigned size_bits = 32;                     // below 32 in an stz2 box
+  bool large_offsets = false;                  // co64
+  unsigned composition_version = 0;            // of ctts, which is there where any sample needs it
+  Bytes more;                                  // boxes behind tkhd
+  std::map<std::string, Bytes> replaced;       // whole boxes of the sample table, by type
+  std::map<std::string, std::size_t> padding;  // zeros at the end of trak, mdia, minf or stbl
 };
 
 struct Movie {
@@ -232,6 +233,11 @@ inline Bytes SyncBox(const Track& track) {
   return entries.size() == track.samples.size() ? Bytes() : Table("stss", entries);
 }
 
+inline Bytes PaddedBox(const Track& track, const std::string& type, const Bytes& body) {
+  const auto padding = track.padding.find(type);
+  return Box(type, Join({body, Zeros(padding == track.padding.end() ? 0 : padding->second)}));
+}
+
 inline Bytes SampleTableBox(const Track& track, const std::vector<std::uint64_t>& offsets) {
   const bool reordered = std::any_of(track.samples.begin(), track.samples.end(),
                                      [](const Sample& s) { return s.composition != 0; });
@@ -251,7 +257,7 @@ inline Bytes SampleTableBox(const Track& track, const std::vector<std::uint64_t>
     const auto other = track.replaced.find(type);
     Append(body, other == track.replaced.end() ? box : other->second);
   }
-  return Box("stbl", body);
+  return PaddedBox(track, "stbl", body);
 }
 
 inline Bytes TrackBox(const Track& track, const std::vector<std::uint64_t>& offsets) {
@@ -265,8 +271,9 @@ inline Bytes TrackBox(const Track& track, const std::vector<std::uint64_t>& offs
       FullBox("mdhd", version,
               Join({Times(version), U32(track.time_scale), Length(version, duration), Zeros(4)}));
   const Bytes hdlr = FullBox("hdlr", 0, Join({Zeros(4), Text(track.handler), Zeros(13)}));
-  const Bytes minf = Box("minf", SampleTableBox(track, offsets));
-  return Box("trak", Join({tkhd, track.more, Box("mdia", Join({mdhd, hdlr, minf}))}));
+  const Bytes minf = PaddedBox(track, "minf", SampleTableBox(track, offsets));
+  const Bytes mdia = PaddedBox(track, "mdia", Join({mdhd, hdlr, minf}));
+  return PaddedBox(track, "trak", Join({tkhd, track.more, mdia}));
 }
 
 inline Bytes IndexBox(const Movie& movie, const std::vector<std::vector<std::uint64_t>>& offsets) {

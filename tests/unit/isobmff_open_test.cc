@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 
 #include "isobmff/box.h"
 #include "isobmff/file.h"
@@ -78,6 +79,105 @@ TEST(IsobmffOpenTest, EditListIsIgnored) {
   movie.tracks[0].more =
       Box("edts", FullBox("elst", 0, Join({U32(1), U32(100), U32(256), U32(0x10000)})));
   ExpectWhole(movie);
+}
+
+// --- Padding ---
+
+// Zeros behind the last child of each container of one track.
+Movie PaddedTrack(std::size_t track, const std::string& container, std::size_t zeros,
+                  bool index_first) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.index_first = index_first;
+  movie.tracks[track].padding[container] = zeros;
+  return movie;
+}
+
+TEST(IsobmffOpenTest, ZerosBehindTheLastBoxOfATrackArePadding) {
+  for (const char* const container : {"trak", "mdia", "minf", "stbl"}) {
+    for (const std::size_t zeros : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 12U, 15U, 16U, 19U}) {
+      for (const bool index_first : {true, false}) {
+        SCOPED_TRACE(std::string(container) + ' ' + std::to_string(zeros));
+        ExpectWhole(PaddedTrack(0, container, zeros, index_first));
+        ExpectWhole(PaddedTrack(1, container, zeros, index_first));
+      }
+    }
+    ExpectWhole(PaddedTrack(0, container, 1024, false));
+    ExpectWhole(PaddedTrack(1, container, 1024, true));
+  }
+}
+
+TEST(IsobmffOpenTest, ZerosBehindTheLastBoxOfTheIndexArePadding) {
+  for (const std::size_t zeros : {1U, 3U, 4U, 7U, 8U, 12U, 16U, 100U, 128U}) {
+    for (const bool index_first : {true, false}) {
+      SCOPED_TRACE(zeros);
+      Movie movie = mp4_boxes::SmallMovie();
+      movie.index_first = index_first;
+      movie.in_index = Zeros(zeros);
+      ExpectWhole(movie);
+      movie.large_boxes = true;
+      ExpectWhole(movie);
+    }
+  }
+}
+
+TEST(IsobmffOpenTest, ZerosInAllContainersAtOnceArePadding) {
+  Movie movie = mp4_boxes::SmallMovie();
+  for (mp4_boxes::Track& track : movie.tracks) {
+    track.padding = {{"trak", 4}, {"mdia", 8}, {"minf", 12}, {"stbl", 3}};
+    track.more = Box("udta", Join({Box("name", Text("x")), Zeros(4)}));
+  }
+  movie.in_index = Join({Box("udta", Zeros(12)), Zeros(8)});
+  ExpectWhole(movie);
+  movie.index_first = false;
+  ExpectWhole(movie);
+}
+
+TEST(IsobmffOpenTest, ZerosBehindTheIndexAtTheEndOfTheFileArePadding) {
+  for (const std::size_t zeros : {1U, 4U, 8U, 12U, 5000U}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.index_first = false;
+    EXPECT_TRUE(Opens(Join({BuildMp4(movie).bytes, Zeros(zeros)}))) << zeros;
+  }
+}
+
+TEST(IsobmffOpenTest, ZerosAtTheEndOfAnIndexWithoutSizeArePadding) {
+  for (const std::size_t zeros : {1U, 4U, 8U, 12U}) {
+    const Bytes built = mp4_boxes::BuildWithOpenIndex(mp4_boxes::SmallMovie()).bytes;
+    EXPECT_TRUE(Opens(Join({built, Zeros(zeros)}))) << zeros;
+  }
+}
+
+// Zeros at the end of a file may be space that is reserved for it.
+TEST(IsobmffOpenTest, ZerosAtTheEndOfTheFileThatCouldBeATableOrATrackAreNoPadding) {
+  for (const char* const container : {"trak", "mdia", "minf", "stbl"})
+    EXPECT_FALSE(OpenMp4Movie(PaddedTrack(1, container, 20, false))) << container;
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.index_first = false;
+  movie.in_index = Zeros(129);
+  EXPECT_FALSE(OpenMp4Movie(movie));
+  movie.index_first = true;
+  EXPECT_TRUE(OpenMp4Movie(movie));
+}
+
+TEST(IsobmffOpenTest, ZerosInFrontOfAnotherBoxAreNoPadding) {
+  for (const std::size_t zeros : {8U, 12U, 16U}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.in_index = Join({Zeros(zeros), Box("udta", Text("text"))});
+    EXPECT_FALSE(OpenMp4Movie(movie)) << zeros;
+  }
+}
+
+// Below the file no box goes on to the end of anything.
+TEST(IsobmffOpenTest, ChildWithoutSizeIsRefused) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.in_index = Join({U32(0), Text("udta"), Zeros(12)});
+  EXPECT_FALSE(OpenMp4Movie(movie));
+}
+
+TEST(IsobmffOpenTest, RestOfTheIndexThatIsTooShortForABoxAndNotZeroIsRefused) {
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.in_index = {0, 0, 1};
+  EXPECT_FALSE(OpenMp4Movie(movie));
 }
 
 // The last box may have a size of 0: it goes on to the end of the file.
@@ -156,18 +256,34 @@ TEST(IsobmffOpenTest, FileCutOffAnywhereInItsIndexDoesNotOpen) {
   }
 }
 
+void ExpectToOpenInNoPart(const Movie& movie) {
+  const mp4_boxes::File built = BuildMp4(movie);
+  constexpr std::size_t kLastEntry = 4;  // a chunk offset
+  for (std::size_t size = 0; size + kLastEntry <= built.index_end; ++size) {
+    Bytes holed = built.bytes;
+    std::fill(holed.begin() + static_cast<std::ptrdiff_t>(size), holed.end(), std::uint8_t{0});
+    ASSERT_FALSE(Opens(holed)) << size << " bytes, the index ends at " << built.index_end;
+  }
+}
+
 // A sparse file that is being downloaded: what has not come yet reads as zeros, up to the end.
 TEST(IsobmffOpenTest, IndexOfWhichTheRestIsZerosDoesNotOpen) {
   for (const bool index_first : {true, false}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.index_first = index_first;
-    const mp4_boxes::File built = BuildMp4(movie);
-    constexpr std::size_t kLastEntry = 4;  // a chunk offset
-    for (std::size_t size = 0; size + kLastEntry <= built.index_end; ++size) {
-      Bytes holed = built.bytes;
-      std::fill(holed.begin() + static_cast<std::ptrdiff_t>(size), holed.end(), std::uint8_t{0});
-      ASSERT_FALSE(Opens(holed)) << size << " bytes, the index ends at " << built.index_end;
-    }
+    ExpectToOpenInNoPart(movie);
+    std::swap(movie.tracks[0], movie.tracks[1]);
+    ExpectToOpenInNoPart(movie);
+  }
+}
+
+// A damaged track must not make an index look whole whose rest is missing.
+TEST(IsobmffOpenTest, IndexWithADamagedTrackOfWhichTheRestIsZerosDoesNotOpen) {
+  for (const bool index_first : {true, false}) {
+    Movie movie = mp4_boxes::SmallMovie();
+    movie.index_first = index_first;
+    movie.tracks[0].replaced["stsd"] = Bytes();
+    ExpectToOpenInNoPart(movie);
   }
 }
 
@@ -190,38 +306,15 @@ TEST(IsobmffOpenTest, OpensOnceTheRestOfTheIndexHasCome) {
   EXPECT_TRUE(Opens(built.bytes));
 }
 
-TEST(IsobmffOpenTest, MissingBoxIsRefused) {
-  for (const char* const box : {"stsd", "stts", "stsc", "stsz", "stco"}) {
-    Movie movie = mp4_boxes::SmallMovie();
-    movie.tracks[1].replaced[box] = Bytes();
-    EXPECT_FALSE(OpenMp4Movie(movie)) << box;
-  }
-}
-
-// Renames one box at a time, so that it counts as unknown.
-TEST(IsobmffOpenTest, IndexWithoutAnyOfItsHeadersIsRefused) {
+TEST(IsobmffOpenTest, FileWithoutAMovieHeaderIsRefused) {
   const Bytes bytes = BuildMp4(mp4_boxes::SmallMovie()).bytes;
-  for (const char* const type :
-       {"moov", "mvhd", "tkhd", "mdia", "mdhd", "hdlr", "minf", "stbl", "stsd"}) {
+  for (const char* const type : {"moov", "mvhd"}) {
     Bytes renamed = bytes;
     const Bytes name = Text(type);
     const auto found = std::search(renamed.begin(), renamed.end(), name.begin(), name.end());
     ASSERT_NE(found, renamed.end());
     *found = 'X';
     EXPECT_FALSE(Opens(renamed)) << type;
-  }
-}
-
-TEST(IsobmffOpenTest, CountThatDoesNotFitItsBoxIsRefused) {
-  for (const char* const type : {"stts", "stsc", "stsz", "stco", "stss"}) {
-    for (const std::uint32_t count : {100U, 0x20000000U, 0x40000000U, 0xFFFFFFFFU}) {
-      Bytes bytes = BuildMp4(mp4_boxes::SmallMovie()).bytes;
-      const Bytes name = Text(type);
-      const auto found = std::search(bytes.begin(), bytes.end(), name.begin(), name.end());
-      const Bytes lie = U32(count);
-      std::copy(lie.begin(), lie.end(), found + (std::string(type) == "stsz" ? 12 : 8));
-      EXPECT_FALSE(Opens(bytes)) << type << ' ' << count;
-    }
   }
 }
 

@@ -271,15 +271,6 @@ TEST(IsobmffSamplesTest, ChunksThatEndEarly) {
   EXPECT_EQ(ReadableSamples("stco", Table("stco", {offset, offset, offset})), 6U);
 }
 
-// Such an index is one whose rest has not come yet.
-TEST(IsobmffSamplesTest, SamplesWithoutAnyEntryInOtherTablesAreRefused) {
-  for (const char* const type : {"stts", "stsc", "stco"}) {
-    Track track = VideoTrack(10);
-    track.replaced[type] = Table(type, {});
-    EXPECT_FALSE(OpenMp4Movie(OneTrack(track))) << type;
-  }
-}
-
 TEST(IsobmffSamplesTest, ChunkRunsThatMakeNoSense) {
   const auto run = [](std::uint32_t chunk, std::uint32_t samples) {
     return Join({U32(chunk), U32(samples), U32(1)});

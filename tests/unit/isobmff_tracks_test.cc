@@ -198,11 +198,6 @@ TEST(IsobmffTracksTest, H264WithoutConfigurationHasNoParameterSets) {
   EXPECT_FALSE(sets.touched);
 }
 
-TEST(IsobmffTracksTest, SampleEntryThatIsCutOffIsRefused) {
-  EXPECT_FALSE(WithVideo(Text("avc1")));
-  EXPECT_FALSE(WithVideo(Join({U32(500), Text("avc1"), Zeros(40)})));
-}
-
 TEST(IsobmffTracksTest, TrackWithoutSampleEntryHasNoName) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.tracks[0].replaced["stsd"] = Table("stsd", {});

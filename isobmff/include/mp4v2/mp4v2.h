@@ -38,7 +38,8 @@ typedef uint64_t MP4Duration;
 #define MP4_INVALID_TIMESTAMP UINT64_MAX
 #define MP4_INVALID_DURATION UINT64_MAX
 
-/* Null where the file cannot be opened or holds no complete movie index. */
+/* Null where the file cannot be opened or holds no complete movie index. A track that is damaged is
+ * not listed. */
 MP4FileHandle MP4Read(const char* fileName);
 void MP4Close(MP4FileHandle hFile, uint32_t flags MP4V2_DEFAULT(0));
 void MP4Free(void* block);

@@ -1,0 +1,31 @@
+#include "isobmff/unreceived_tail.h"
+
+#include <algorithm>
+
+namespace isobmff {
+namespace {
+
+// Where the file goes on after the index.
+bool IsFollowed(HeaderReader& reader, const ByteRange& index) {
+  constexpr std::uint64_t kHeaderSize = 8;
+  const ByteRange next{index.end, index.end + std::min(reader.FileSize() - index.end, kHeaderSize)};
+  return next.Size() != 0 && !reader.IsZero(next);
+}
+
+// Where the zeros at the end of the index begin. Of more zeros than are looked at, it is not known.
+std::uint64_t TrailingZeros(HeaderReader& reader, const ByteRange& index) {
+  constexpr std::uint64_t kMost = HeaderReader::kMostAtOnce;
+  const auto size = static_cast<std::size_t>(std::min(index.Size(), kMost));
+  const std::uint8_t* const bytes = reader.Peek({index.end - size, index.end}, size);
+  if (bytes == nullptr) return index.begin;
+  std::size_t kept = size;
+  while (kept > 0 && bytes[kept - 1] == 0) --kept;
+  return kept == 0 ? index.begin : index.end - (size - kept);
+}
+
+}  // namespace
+
+UnreceivedTail::UnreceivedTail(HeaderReader& reader, const ByteRange& index)
+    : begin_(IsFollowed(reader, index) ? index.end : TrailingZeros(reader, index)) {}
+
+}  // namespace isobmff

@@ -54,22 +54,45 @@ struct ParameterSetList {
   std::uint32_t* sizes = nullptr;
 };
 
+std::string SampleEntryName(MP4FileHandle file, MP4TrackId id) {
+  return TextOrEmpty(MP4GetTrackMediaDataName(file, id));
+}
+
+// Whether the samples of a track can be told apart and have a time.
+bool CanBeRead(MP4FileHandle file, MP4TrackId id) {
+  return !SampleEntryName(file, id).empty() && MP4GetTrackTimeScale(file, id) != 0;
+}
+
+// A codec that is not supported is none of this: such a track is taken, and then refused.
+bool CanBePlayed(MP4FileHandle file, MP4TrackId id) {
+  if (MP4GetSampleTime(file, id, 1) == MP4_INVALID_TIMESTAMP) return false;
+  const std::string name = SampleEntryName(file, id);
+  return (name != "avc1" && name != "avc3") || DescribeVideoTrack(file, id).has_headers;
+}
+
 }  // namespace
 
 MP4TrackId FindMp4Track(MP4FileHandle file, const char* type) {
+  constexpr int kMostThatCannotBePlayed = 16;  // the tables of each of them are loaded
+  MP4TrackId first = MP4_INVALID_TRACK_ID;
+  int unplayable = 0;
   const std::uint32_t count = MP4GetNumberOfTracks(file);
-  for (std::uint32_t index = 0; index < count; ++index) {
+  for (std::uint32_t index = 0; index < count && unplayable < kMostThatCannotBePlayed; ++index) {
     const MP4TrackId id = MP4FindTrackId(file, static_cast<std::uint16_t>(index));
     if (id == MP4_INVALID_TRACK_ID) break;
-    if (EqualIgnoringCase(TextOrEmpty(MP4GetTrackType(file, id)), type)) return id;
+    if (!EqualIgnoringCase(TextOrEmpty(MP4GetTrackType(file, id)), type) || !CanBeRead(file, id))
+      continue;
+    if (CanBePlayed(file, id)) return id;
+    if (first == MP4_INVALID_TRACK_ID) first = id;
+    ++unplayable;
   }
-  return MP4_INVALID_TRACK_ID;
+  return first;
 }
 
 Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id) {
   Mp4VideoTrack track;
   track.id = id;
-  track.codec = CodecName(TextOrEmpty(MP4GetTrackMediaDataName(file, id)));
+  track.codec = CodecName(SampleEntryName(file, id));
   // On a track of another codec the call may succeed and leave the pointers untouched.
   ParameterSetList sps;
   ParameterSetList pps;

@@ -26,7 +26,9 @@ struct Mp4AudioTrack {
   std::uint16_t channels = 0;
 };
 
-// The first track of the handler type ("vide", "soun"); MP4_INVALID_TRACK_ID when there is none.
+// The first track of the handler type ("vide", "soun") that can be played. A track without a sample
+// entry or a time scale never can, and hides no other. Where every other one lacks its samples or
+// its H.264 parameter sets, the first of these. MP4_INVALID_TRACK_ID when there is none.
 MP4TrackId FindMp4Track(MP4FileHandle file, const char* type);
 
 Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id);

@@ -222,6 +222,28 @@ TEST_F(Mp4PipelineTest, FirstOfTwoVideoTracksPlays) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
 }
 
+TEST_F(Mp4PipelineTest, DamagedTracksAndPaddingDoNotKeepTheOthersFromPlaying) {
+  const Movie movie = MakeMovie({.samples = 50, .key_interval = 25});
+  for (const bool index_first : {true, false}) {
+    Movie with = movie;
+    with.index_first = index_first;
+    for (const std::uint32_t id : {8U, 9U}) {
+      mp4_boxes::Track damaged = with.tracks.back();
+      damaged.id = id;
+      damaged.replaced[id == 8 ? "stsd" : "stco"] = Bytes();
+      with.tracks.insert(with.tracks.begin(), damaged);
+    }
+    with.in_index = mp4_boxes::Zeros(8);
+    player_.Forget();
+    ServeMovie(with);
+    const std::string url = server_.Url(index_first ? "/first.mp4" : "/last.mp4");
+    EXPECT_EQ(PlayToTheEnd(url), DumpText(ExpectedFrames(movie)));
+    EXPECT_THAT(player_.Snapshot().messages,
+                ElementsAre("PLAY MP4:" + url, "PLAY MP4 H264:" + url, "PLAY MP4 OK:" + url));
+    StartAgain();
+  }
+}
+
 TEST_F(Mp4PipelineTest, H265IsToldOnceAndGivesNoFrame) {
   Movie movie = MakeMovie({.samples = 50, .video_size = 3000});
   movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));

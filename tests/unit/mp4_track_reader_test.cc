@@ -326,6 +326,74 @@ TEST_F(Mp4TrackReaderTest, OtherCodecsAreToldByTheNameOfTheirSampleEntry) {
   EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
 }
 
+// A film of one video and one audio track, with a track in front of them that cannot be played.
+Movie Behind(Track damaged, const Movie& movie) {
+  Movie with = movie;
+  damaged.id = 9;
+  with.tracks.insert(with.tracks.begin(), std::move(damaged));
+  return with;
+}
+
+TEST_F(Mp4TrackReaderTest, DamagedTracksDoNotHideTheOthers) {
+  const Movie movie = MakeMovie({.samples = 20, .key_interval = 5});
+  for (const char* const type : {"stsd", "stts", "stsc", "stsz", "stco"}) {
+    for (const Track& track : movie.tracks) {
+      SCOPED_TRACE(track.handler + " without " + type);
+      Track damaged = track;
+      damaged.replaced[type] = Bytes();
+      StartAnother();
+      player_.Forget();
+      EXPECT_EQ(DumpText(PassOver(Behind(damaged, movie))), DumpText(ExpectedFrames(movie)));
+      EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+    }
+  }
+}
+
+TEST_F(Mp4TrackReaderTest, TracksWithoutTimeScaleOrSamplesDoNotHideTheOthers) {
+  const Movie movie = MakeMovie({.samples = 20, .key_interval = 5});
+  for (const Track& track : movie.tracks) {
+    Track timeless = track;
+    timeless.time_scale = 0;
+    StartAnother();
+    EXPECT_EQ(DumpText(PassOver(Behind(timeless, movie))), DumpText(ExpectedFrames(movie)));
+    Track empty = track;
+    empty.samples.clear();
+    StartAnother();
+    EXPECT_EQ(DumpText(PassOver(Behind(empty, movie))), DumpText(ExpectedFrames(movie)));
+  }
+}
+
+TEST_F(Mp4TrackReaderTest, VideoPlaysBesideADamagedAudioTrack) {
+  Movie movie = MakeMovie({.samples = 20});
+  movie.tracks[1].replaced["stsd"] = Bytes();
+  const Movie video_alone = MovieOf({movie.tracks[0]});
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(video_alone)));
+  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+}
+
+TEST_F(Mp4TrackReaderTest, DamagedVideoTrackIsNotReported) {
+  Movie movie = MakeMovie({.samples = 20});
+  movie.tracks[0].replaced["stsd"] = Bytes();
+  EXPECT_EQ(DumpText(PassOver(movie)), "");
+  EXPECT_THAT(Told().messages, IsEmpty());
+  EXPECT_THAT(Told().durations, SizeIs(1));
+}
+
+TEST_F(Mp4TrackReaderTest, H265IsRefusedThoughAnH264TrackFollows) {
+  const Movie movie = MakeMovie({.samples = 5});
+  Track other = movie.tracks[0];
+  other.entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
+  EXPECT_EQ(DumpText(PassOver(Behind(other, movie))), "");
+  EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
+}
+
+TEST_F(Mp4TrackReaderTest, PaddedIndexPlays) {
+  Movie movie = MakeMovie({.samples = 20, .key_interval = 5});
+  movie.tracks[0].padding["trak"] = 12;
+  movie.in_index = mp4_boxes::Zeros(4);
+  EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
+}
+
 TEST_F(Mp4TrackReaderTest, TracksWhoseTypesAreInCapitalsPlay) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].handler = "ViDE";

@@ -64,6 +64,89 @@ TEST(Mp4TracksTest, FirstTrackOfATypeIsTaken) {
   EXPECT_EQ(FindMp4Track(file.get(), "soun"), 4U);
 }
 
+// --- Tracks that cannot be played ---
+
+Track Numbered(std::uint32_t id, Track track) {
+  track.id = id;
+  return track;
+}
+
+Track WithoutSampleEntry(Track track) {
+  track.replaced["stsd"] = mp4_boxes::Table("stsd", {});
+  return track;
+}
+
+Track WithoutTimeScale(Track track) {
+  track.time_scale = 0;
+  return track;
+}
+
+Track WithoutSamples(Track track) {
+  track.samples.clear();
+  return track;
+}
+
+Track WithEntry(Track track, const Bytes& entry) {
+  track.entry = entry;
+  return track;
+}
+
+MP4TrackId FoundIn(const std::vector<Track>& tracks, const char* type) {
+  const Mp4FileHandle file = Open(MovieOf(tracks));
+  EXPECT_NE(file, nullptr);
+  return FindMp4Track(file.get(), type);
+}
+
+TEST(Mp4TracksTest, TrackThatCannotBePlayedDoesNotHideTheNextOfItsType) {
+  for (Track (*const make)(Track) : {WithoutSampleEntry, WithoutTimeScale, WithoutSamples}) {
+    const Track video = VideoTrack();
+    const Track audio = AudioTrack();
+    EXPECT_EQ(FoundIn({Numbered(5, make(video)), Numbered(6, video)}, "vide"), 6U);
+    EXPECT_EQ(FoundIn({Numbered(6, video), Numbered(5, make(video))}, "vide"), 6U);
+    EXPECT_EQ(FoundIn({Numbered(5, make(audio)), Numbered(6, audio)}, "soun"), 6U);
+  }
+}
+
+TEST(Mp4TracksTest, H264TrackWithoutParameterSetsDoesNotHideTheNextVideoTrack) {
+  for (const char* const name : {"avc1", "avc3"}) {
+    const Track damaged = WithEntry(VideoTrack(), VideoEntry(name, {}));
+    EXPECT_EQ(FoundIn({Numbered(5, damaged), Numbered(6, VideoTrack())}, "vide"), 6U) << name;
+    EXPECT_EQ(FoundIn({Numbered(5, damaged), Numbered(6, damaged)}, "vide"), 5U) << name;
+  }
+}
+
+TEST(Mp4TracksTest, TrackWithoutSampleEntryOrTimeScaleIsNeverTaken) {
+  EXPECT_EQ(FoundIn({WithoutSampleEntry(VideoTrack())}, "vide"), MP4_INVALID_TRACK_ID);
+  EXPECT_EQ(FoundIn({WithoutTimeScale(AudioTrack())}, "soun"), MP4_INVALID_TRACK_ID);
+}
+
+// As those of a fragmented file are.
+TEST(Mp4TracksTest, FirstOfTracksThatAllLackSamplesIsTaken) {
+  const Track empty = WithoutSamples(VideoTrack());
+  EXPECT_EQ(
+      FoundIn({WithoutSampleEntry(Numbered(4, empty)), Numbered(5, empty), Numbered(6, empty)},
+              "vide"),
+      5U);
+}
+
+// A codec that is not supported is no damage.
+TEST(Mp4TracksTest, TrackOfAnotherCodecHidesTheNextOne) {
+  for (const char* const name : {"hvc1", "hev1", "mp4v"}) {
+    const Track other = WithEntry(VideoTrack(), VideoEntry(name, {}));
+    EXPECT_EQ(FoundIn({Numbered(5, other), Numbered(6, VideoTrack())}, "vide"), 5U) << name;
+  }
+}
+
+TEST(Mp4TracksTest, SixteenTracksThatCannotBePlayedEndTheSearch) {
+  std::vector<Track> tracks;
+  for (std::uint32_t id = 1; id <= 15; ++id)
+    tracks.push_back(Numbered(id, WithoutSamples(VideoTrack())));
+  tracks.push_back(Numbered(20, VideoTrack()));
+  EXPECT_EQ(FoundIn(tracks, "vide"), 20U);
+  tracks.insert(tracks.begin(), Numbered(19, WithoutSamples(VideoTrack())));
+  EXPECT_EQ(FoundIn(tracks, "vide"), 19U);
+}
+
 TEST(Mp4TracksTest, TypeInCapitalsIsTheSame) {
   Track audio = AudioTrack({}, 88200);
   audio.handler = "SOUN";

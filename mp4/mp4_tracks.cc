@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "mp4/audio_specific_config.h"
 #include "mp4/mp4_file_handle.h"
 
 namespace {
@@ -53,6 +54,21 @@ struct ParameterSetList {
   std::uint8_t** sets = nullptr;
   std::uint32_t* sizes = nullptr;
 };
+
+constexpr std::uint8_t kNoMpeg4Audio = 0;
+
+// The channel configuration of the AudioSpecificConfig, 0 where it gives none that an ADTS header
+// holds. Most files have 2 in the sample entry, however many channels there are.
+std::uint16_t ConfiguredChannels(MP4FileHandle file, MP4TrackId id) {
+  constexpr std::uint32_t kMost = 7;
+  std::uint8_t* bytes = nullptr;
+  std::uint32_t size = 0;
+  if (!MP4GetTrackESConfiguration(file, id, &bytes, &size)) return 0;
+  const Mp4Block<std::uint8_t> owner(bytes);
+  const auto config = ParseAudioSpecificConfig({bytes, size});
+  if (!config || config->channel_configuration > kMost) return 0;
+  return static_cast<std::uint16_t>(config->channel_configuration);
+}
 
 std::string SampleEntryName(MP4FileHandle file, MP4TrackId id) {
   return TextOrEmpty(MP4GetTrackMediaDataName(file, id));
@@ -105,11 +121,15 @@ Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id) {
 
 Mp4AudioTrack DescribeAudioTrack(MP4FileHandle file, MP4TrackId id) {
   constexpr std::uint8_t kSbr = 5;
+  constexpr std::uint8_t kPs = 29;
+  const std::uint8_t type = MP4GetTrackAudioMpeg4Type(file, id);
   Mp4AudioTrack track;
   track.id = id;
-  track.channels = static_cast<std::uint16_t>(MP4GetTrackAudioChannels(file, id));
+  track.channels = type == kNoMpeg4Audio ? std::uint16_t{0} : ConfiguredChannels(file, id);
+  if (track.channels == 0)
+    track.channels = static_cast<std::uint16_t>(MP4GetTrackAudioChannels(file, id));
   track.sample_rate = MP4GetTrackTimeScale(file, id);
-  if (MP4GetTrackAudioMpeg4Type(file, id) == kSbr) track.sample_rate /= 2;
+  if (type == kSbr || type == kPs) track.sample_rate /= 2;
   return track;
 }
 

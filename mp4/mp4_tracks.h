@@ -22,8 +22,8 @@ struct Mp4VideoTrack {
 
 struct Mp4AudioTrack {
   MP4TrackId id = MP4_INVALID_TRACK_ID;
-  std::uint32_t sample_rate = 0;  // as the ADTS header is to tell it, in Hz
-  std::uint16_t channels = 0;
+  std::uint32_t sample_rate = 0;  // as the ADTS header reports it, in Hz
+  std::uint16_t channels = 0;     // likewise: a channel configuration
 };
 
 // The first track of the handler type ("vide", "soun") that can be played. A track without a sample

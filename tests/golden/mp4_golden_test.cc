@@ -38,7 +38,6 @@ constexpr char kTone[] = " -f lavfi -i sine=frequency=440:sample_rate=48000:dura
 constexpr char kH264[] = " -c:v libx264 -preset ultrafast -g 25 -pix_fmt yuv420p";
 constexpr char kH265[] =
     " -c:v libx265 -preset ultrafast -x265-params log-level=error:pools=1 -pix_fmt yuv420p";
-// Of any other number of channels ffmpeg writes that it were two.
 constexpr char kAac[] = " -c:a aac -b:a 96k -ac 2";
 
 struct Mp4GoldenSample {
@@ -273,16 +272,6 @@ TEST_F(Mp4OddSampleTest, Mp3ComesBehindAdtsHeaders) {
   EXPECT_THAT(dump.audio, SizeIs(ReadMp4Packets(file_, "a:0", scratch_).size()));
 }
 
-TEST_F(Mp4OddSampleTest, ChannelsAreThoseThatTheFileTells) {
-  const FrameDump dump = PassOverSample(std::string(kPicture) + kTone + " -map 0:v -map 1:a" +
-                                        kH264 + kAac + " -ac 6");
-  ASSERT_FALSE(dump.audio.empty());
-  for (const DumpedFrame& frame : dump.audio) {
-    const Bytes body = Piece(frame.payload, 7, frame.payload.size() - 7);
-    ASSERT_EQ(frame.payload, mp4_test::WithAdtsHeader(body, 3, 2));
-  }
-}
-
 TEST_F(Mp4OddSampleTest, VideoAloneComesWhole) {
   const FrameDump dump = PassOverSample(std::string(kPicture) + kH264);
   ExpectSameUnits(UnitsOf(dump.video), ReadMp4Units(file_, "v:0", scratch_));
@@ -317,6 +306,73 @@ TEST_F(Mp4OddSampleTest, FragmentedFileGivesNoFrame) {
             "");
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 H264:http://host/a.mp4"));
 }
+
+// --- Channels ---
+
+struct ChannelSample {
+  int channels;
+  std::string layout;  // as ffprobe calls it
+};
+
+void PrintTo(const ChannelSample& sample, std::ostream* out) { *out << sample.layout; }
+
+// AAC of any number of channels, of which ffmpeg writes into the sample entry that they were two.
+class Mp4ChannelsTest : public Mp4PlayFixture, public testing::WithParamInterface<ChannelSample> {
+ protected:
+  std::filesystem::path Make() {
+    const std::string channels = std::to_string(GetParam().channels);
+    auto file = MakeMp4({"", std::string(kPicture) + kTone + " -map 0:v -map 1:a" + kH264 +
+                                 " -c:a aac -b:a 192k -ac " + channels},
+                        scratch_);
+    EXPECT_EQ(MP4GetTrackAudioChannels(Mp4FileHandle(MP4Read(file.c_str())).get(), 2), 2);
+    return file;
+  }
+
+  // What ffmpeg makes of the frames. Throws where it cannot decode one, or has anything to say.
+  std::string Decoded(const std::vector<DumpedFrame>& frames) {
+    Bytes stream;
+    for (const DumpedFrame& frame : frames) Append(stream, frame.payload);
+    const auto aac = scratch_.File("frames.aac");
+    mp4_boxes::WriteFile(aac.string(), stream);
+    RunTool("ffmpeg -nostdin -v warning -xerror -err_detect explode -i " + Quoted(aac) +
+                " -f s16le -ac " + std::to_string(GetParam().channels) + " -y " +
+                Quoted(scratch_.File("pcm")) + " 2>&1",
+            scratch_.File("said"));
+    EXPECT_EQ(TextOf("said"), "");
+    RunTool(
+        "ffprobe -v fatal -show_entries stream=channels,channel_layout,sample_rate -of csv=p=0 " +
+            Quoted(aac),
+        scratch_.File("probe"));
+    return TextOf("probe");
+  }
+
+  std::string TextOf(const std::string& name) {
+    const Bytes bytes = ReadWholeFile(scratch_.File(name));
+    return {bytes.begin(), bytes.end()};
+  }
+
+  ScratchDirectory scratch_;
+};
+
+TEST_P(Mp4ChannelsTest, FramesThatReachThePlayerAreDecoded) {
+  const auto file = Make();
+  server_.Serve(ReadWholeFile(file));
+  PlayToTheEnd();
+  const FrameDump dump = DumpOf(player_.Snapshot());
+  EXPECT_EQ(dump.audio.size(), ReadMp4Packets(file, "a:0", scratch_).size());
+  EXPECT_EQ(Decoded(dump.audio),
+            "48000," + std::to_string(GetParam().channels) + ',' + GetParam().layout + '\n');
+  constexpr std::uintmax_t kSamples = 1024;  // of each channel in a frame, two bytes each
+  EXPECT_EQ(std::filesystem::file_size(scratch_.File("pcm")),
+            dump.audio.size() * kSamples * 2 * static_cast<unsigned>(GetParam().channels));
+}
+
+INSTANTIATE_TEST_SUITE_P(Layouts, Mp4ChannelsTest,
+                         testing::Values(ChannelSample{1, "mono"}, ChannelSample{2, "stereo"},
+                                         ChannelSample{6, "5.1"}),
+                         [](const auto& suite) {
+                           return std::to_string(suite.param.channels) + "Channels";
+                         });
 
 // --- Over HTTP ---
 

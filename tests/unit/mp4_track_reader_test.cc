@@ -161,6 +161,13 @@ TEST_F(Mp4TrackReaderTest, SbrTrackOf88200HzGivesIndexFourToo) {
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 2));
 }
 
+TEST_F(Mp4TrackReaderTest, PsTrackOf88200HzGivesIndexFourToo) {
+  Movie movie = MakeMovie({.samples = 1});
+  movie.tracks[1] = AudioTrack({.samples = 1}, 88200);
+  movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0xEA, 0x09, 0x88, 0x00}));
+  EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 1));
+}
+
 TEST_F(Mp4TrackReaderTest, TrackOf96000HzKeepsIndexZero) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[1] = AudioTrack({.samples = 1}, 96000);
@@ -177,7 +184,7 @@ TEST_F(Mp4TrackReaderTest, RateThatIsNotMappedKeepsTheIndexOfTheFileBefore) {
 
 TEST_F(Mp4TrackReaderTest, ChannelsAreThoseOfTheTrack) {
   Movie movie = MakeMovie({.samples = 1});
-  movie.tracks[1].entry = SoundEntry("mp4a", 6, Esds(0x40, {0x11, 0xB0}));
+  movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0x11, 0xB0}));
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 3, 6));
 }
 

@@ -157,7 +157,7 @@ TEST(Mp4TracksTest, TypeInCapitalsIsTheSame) {
   EXPECT_EQ(FindMp4Track(file.get(), "soun"), 2U);
   EXPECT_TRUE(DescribeVideoTrack(file.get(), 6).has_headers);
   EXPECT_THAT(DescribeVideoTrack(file.get(), 6).sps, ElementsAre(kSps));
-  EXPECT_EQ(DescribeAudioTrack(file.get(), 2).channels, 6U);
+  EXPECT_EQ(DescribeAudioTrack(file.get(), 2).channels, 2U);
   EXPECT_EQ(DescribeAudioTrack(file.get(), 2).sample_rate, 44100U);
 }
 
@@ -216,6 +216,26 @@ TEST(Mp4TracksTest, OtherCodecsKeepTheNameOfTheirSampleEntry) {
   }
 }
 
+TEST(Mp4TracksTest, ChannelsAreThoseOfTheAudioSpecificConfig) {
+  for (std::uint8_t channels = 1; channels <= 7; ++channels) {
+    const Bytes config = {0x11, static_cast<std::uint8_t>(0x80 | channels << 3)};
+    EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, config))).channels, channels);
+  }
+}
+
+TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheConfigGivesNone) {
+  for (const Bytes& config : {Bytes{0x11, 0x80}, Bytes{0x11, 0xC0}, Bytes{0x11, 0xF8}, Bytes{0x11},
+                              Bytes{0xF9}, Bytes{}}) {
+    EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, Esds(0x40, config))).channels, 3U);
+  }
+  EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, {})).channels, 3U);
+}
+
+// Of a stream that is not MPEG-4 audio these bytes are something else.
+TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheStreamIsOfAnotherKind) {
+  EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x6B, {0x11, 0xB0}))).channels, 2U);
+}
+
 TEST(Mp4TracksTest, AacTrackTellsItsRateAndChannels) {
   const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 6, Esds(0x40, {0x12, 0x30})));
   EXPECT_EQ(track.id, 2U);
@@ -226,6 +246,14 @@ TEST(Mp4TracksTest, AacTrackTellsItsRateAndChannels) {
 TEST(Mp4TracksTest, SbrTrackTellsHalfItsRate) {
   EXPECT_EQ(Audio(88200, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 44100U);
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 24000U);
+}
+
+// Mono below PS, which makes it stereo.
+TEST(Mp4TracksTest, PsTrackTellsHalfItsRate) {
+  const Bytes ps = {0xEB, 0x8A, 0x08, 0x00};  // audio object type 29
+  const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 2, Esds(0x40, ps)));
+  EXPECT_EQ(track.sample_rate, 22050U);
+  EXPECT_EQ(track.channels, 1U);
 }
 
 TEST(Mp4TracksTest, AudioWithoutAConfigurationTellsItsRateAsItIs) {

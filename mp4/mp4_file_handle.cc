@@ -1,5 +1,7 @@
 #include "mp4/mp4_file_handle.h"
 
+#include <limits>
+
 #include "common/temp_files.h"
 
 #ifdef STREAM_MP4_READER_LOGS
@@ -17,5 +19,17 @@ Mp4FileHandle OpenMp4(const std::string& path) {
 
 std::uint64_t Mp4Milliseconds(std::uint64_t value, std::uint32_t time_scale) {
   constexpr std::uint64_t kMillisecondsPerSecond = 1000;
-  return time_scale == 0 ? 0 : value * kMillisecondsPerSecond / time_scale;
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  if (time_scale == 0) return 0;
+  const std::uint64_t seconds = value / time_scale;
+  const std::uint64_t rest = value % time_scale * kMillisecondsPerSecond / time_scale;
+  if (seconds > (kMost - rest) / kMillisecondsPerSecond) return kMost;
+  return seconds * kMillisecondsPerSecond + rest;
+}
+
+std::int64_t Mp4OffsetMilliseconds(std::uint64_t offset, std::uint32_t time_scale) {
+  constexpr std::int64_t kMillisecondsPerSecond = 1000;
+  if (time_scale == 0) return 0;
+  const std::int64_t value = static_cast<std::int32_t>(static_cast<std::uint32_t>(offset));
+  return value * kMillisecondsPerSecond / time_scale;
 }

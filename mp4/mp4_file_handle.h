@@ -38,7 +38,12 @@ inline constexpr bool kKeepMp4Open = false;
 // index is not whole (yet).
 Mp4FileHandle OpenMp4(const std::string& path);
 
-// A time in milliseconds; modulo 2^64 as the multiplication comes out. 0 where the scale is 0.
+// A time in whole milliseconds, 2^64 - 1 at most. 0 where the scale is 0.
 std::uint64_t Mp4Milliseconds(std::uint64_t value, std::uint32_t time_scale);
+
+// A composition offset, of which the reader returns 32 bits unsigned, in whole milliseconds. It is
+// signed: in tables of version 1 by the standard (ISO/IEC 14496-12, 8.6.1.3), in those of version 0
+// because many programs write negative offsets there as well.
+std::int64_t Mp4OffsetMilliseconds(std::uint64_t offset, std::uint32_t time_scale);
 
 #endif  // MP4_MP4_FILE_HANDLE_H_

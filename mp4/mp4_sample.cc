@@ -80,6 +80,12 @@ bool TakeNalUnit(Bytes& left, Bytes& nal_unit) {
 
 }  // namespace
 
+std::uint64_t Mp4Sample::PresentationTime() const {
+  const auto offset = static_cast<std::uint64_t>(rendering_offset);
+  if (rendering_offset < 0) return time - std::min(time, 0 - offset);
+  return time + std::min(offset, std::numeric_limits<std::uint64_t>::max() - time);
+}
+
 bool Mp4VideoHasBegun() {
   const std::lock_guard lock(g_frameQueueMutex);
   return g_videoQueue != nullptr && g_videoQueue->pushed > 0;

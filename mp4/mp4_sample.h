@@ -13,11 +13,12 @@
 struct Mp4Sample {
   Mp4Block<std::uint8_t> bytes;  // owned
   std::uint32_t size = 0;
-  std::uint64_t time = 0;              // decode time, from the time tables
-  std::uint64_t start = 0;             // decode time, as the sample itself was read with
-  std::uint64_t rendering_offset = 0;  // of the presentation, behind the decode time
+  std::uint64_t time = 0;             // decode time, from the time tables
+  std::uint64_t start = 0;            // decode time, as the sample itself was read with
+  std::int64_t rendering_offset = 0;  // of the presentation, after the decode time
 
-  std::uint64_t PresentationTime() const { return time + rendering_offset; }
+  // 0 where it would be negative.
+  std::uint64_t PresentationTime() const;
 };
 
 struct Mp4ParameterSets {

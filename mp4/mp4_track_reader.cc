@@ -221,7 +221,7 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   }
   if (!IsThere(pass, track, offset, sample.size)) return std::nullopt;
   sample.start = Mp4Milliseconds(start, scale);
-  sample.rendering_offset = Mp4Milliseconds(rendering_offset, scale);
+  sample.rendering_offset = Mp4OffsetMilliseconds(rendering_offset, scale);
   return sample;
 }
 

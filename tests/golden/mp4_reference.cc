@@ -29,11 +29,12 @@ std::vector<Mp4ReferencePacket> ReadMp4Packets(const fs::path& file, const std::
   std::vector<Mp4ReferencePacket> packets;
   const auto& listed = json.at("packets");
   const auto first = listed.at(0).at("dts").get<std::int64_t>();
-  const auto milliseconds = [first, scale](const nlohmann::json& time) {
-    return static_cast<std::uint64_t>(time.get<std::int64_t>() - first) * 1000 / scale;
+  const auto milliseconds = [scale](std::int64_t time) {
+    return static_cast<std::uint64_t>(time) * 1000 / scale;
   };
   for (const auto& packet : listed) {
-    packets.push_back({milliseconds(packet.at("dts")), milliseconds(packet.at("pts")),
+    packets.push_back({milliseconds(packet.at("dts").get<std::int64_t>() - first),
+                       milliseconds(packet.at("pts").get<std::int64_t>()),
                        std::stoul(packet.at("size").get<std::string>())});
   }
   return packets;

@@ -10,7 +10,9 @@
 
 #include "tests/golden/media_tools.h"
 
-// Times count from the first decode time; their fractions are dropped.
+// Fractions of the times are dropped. Decode times count from the first one: where an offset is
+// negative, ffprobe shows them earlier than the file has them, and the presentation times as they
+// are.
 struct Mp4ReferencePacket {
   std::uint64_t dts_ms;
   std::uint64_t pts_ms;

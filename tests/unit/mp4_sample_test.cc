@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <future>
+#include <limits>
 #include <mutex>
 #include <ostream>
 #include <string>
@@ -194,6 +195,24 @@ TEST_F(Mp4SampleTest, RenderingOffsetBelongsToThePresentationTimeOnly) {
   EXPECT_EQ(sample.PresentationTime(), kTimeMs + 40);
   EmitMp4Video(sample, {});
   EXPECT_EQ(TakeQueuedFrames().video.at(0).pts, kTimeMs * 90);
+}
+
+TEST_F(Mp4SampleTest, PresentationTimeNeverWraps) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  constexpr std::int64_t kLeast = std::numeric_limits<std::int64_t>::min();
+  const auto presented = [](std::uint64_t time, std::int64_t offset) {
+    Mp4Sample sample;
+    sample.time = time;
+    sample.rendering_offset = offset;
+    return sample.PresentationTime();
+  };
+  EXPECT_EQ(presented(1000, -80), 920U);
+  EXPECT_EQ(presented(80, -80), 0U);
+  EXPECT_EQ(presented(79, -80), 0U);
+  EXPECT_EQ(presented(0, kLeast), 0U);
+  EXPECT_EQ(presented(kMost, kLeast), kMost / 2);
+  EXPECT_EQ(presented(kMost - 1, 1), kMost);
+  EXPECT_EQ(presented(kMost, 1), kMost);
 }
 
 TEST_F(Mp4SampleTest, AudioFrameStandsBehindItsAdtsHeader) {

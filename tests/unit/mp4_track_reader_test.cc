@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -206,6 +207,45 @@ TEST_F(Mp4TrackReaderTest, RenderingOffsetCountsForTheStartPosition) {
   EXPECT_EQ(dump.video[0].pts, 40U * 90) << "presented at 80 ms";
   ASSERT_THAT(dump.audio, SizeIs(1));
   EXPECT_EQ(dump.audio[0].pts, 80U * 90);
+}
+
+// Both versions of the table: many programs write negative offsets into either.
+Movie WithOffsets(unsigned version, const std::vector<std::int32_t>& offsets) {
+  Movie movie = MakeMovie({.samples = offsets.size()});
+  movie.tracks[0].composition_version = version;
+  for (std::size_t i = 0; i < offsets.size(); ++i)
+    movie.tracks[0].samples[i].composition = offsets[i];
+  return movie;
+}
+
+TEST_F(Mp4TrackReaderTest, NegativeOffsetsAreReportedAsEarlierTimes) {
+  for (const unsigned version : {0U, 1U}) {
+    StartAnother();
+    player_.Forget();
+    PassOver(WithOffsets(version, {0, 80, -40, -40, 40, -160}));
+    EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.12F, 0.04F, 0.08F, 0.2F, 0.04F));
+  }
+}
+
+TEST_F(Mp4TrackReaderTest, TimeBeforeTheBeginningIsReportedAsZero) {
+  for (const unsigned version : {0U, 1U}) {
+    StartAnother();
+    player_.Forget();
+    const auto least = std::numeric_limits<std::int32_t>::min();
+    EXPECT_THAT(PassOver(WithOffsets(version, {-1, -80, least, -80})).video, SizeIs(4));
+    EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0, 0, 0.04F));
+  }
+}
+
+TEST_F(Mp4TrackReaderTest, NegativeOffsetCountsForTheStartPosition) {
+  for (const unsigned version : {0U, 1U}) {
+    StartAnother();
+    start_position_ = 0.08F;
+    const FrameDump dump = PassOver(WithOffsets(version, {-40, -40, -40, -40, -40}));
+    ASSERT_THAT(dump.video, SizeIs(2));
+    EXPECT_EQ(dump.video[0].pts, 120U * 90) << "presented at 80 ms";
+    EXPECT_EQ(dump.video[0].dts, 120U * 90);
+  }
 }
 
 TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFirstRangeWaitsUntilItGrowsPastIt) {

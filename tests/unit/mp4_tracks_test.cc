@@ -283,8 +283,27 @@ TEST(Mp4TracksTest, MillisecondsAreWholeOnes) {
   EXPECT_EQ(Mp4Milliseconds(1023, 1024), 999U);
   EXPECT_EQ(Mp4Milliseconds(1024, 1024), 1000U);
   EXPECT_EQ(Mp4Milliseconds(7, 0), 0U);
-  EXPECT_EQ(Mp4Milliseconds(std::numeric_limits<std::uint64_t>::max(), 1000),
-            (std::numeric_limits<std::uint64_t>::max() - 999) / 1000);
+}
+
+TEST(Mp4TracksTest, MillisecondsNeverWrap) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  EXPECT_EQ(Mp4Milliseconds(kMost, 1000), kMost);
+  EXPECT_EQ(Mp4Milliseconds(kMost - 1, 1000), kMost - 1);
+  EXPECT_EQ(Mp4Milliseconds(kMost, 1001), 18'428'315'757'951'600'014U);
+  EXPECT_EQ(Mp4Milliseconds(kMost, 0xFFFFFFFF), 4'294'967'297'000U);
+  EXPECT_EQ(Mp4Milliseconds(kMost, 999), kMost);
+  EXPECT_EQ(Mp4Milliseconds(kMost, 1), kMost);
+  EXPECT_EQ(Mp4Milliseconds(0xFFFFFFFF, 0xFFFFFFFF), 1000U);
+}
+
+TEST(Mp4TracksTest, CompositionOffsetIsA32BitNumberWithASign) {
+  EXPECT_EQ(Mp4OffsetMilliseconds(0x7FFFFFFF, 1000), 0x7FFFFFFF);
+  EXPECT_EQ(Mp4OffsetMilliseconds(0xFFFFFFFF, 1000), -1);
+  EXPECT_EQ(Mp4OffsetMilliseconds(0x80000000, 1), std::int64_t{-2'147'483'648} * 1000);
+  EXPECT_EQ(Mp4OffsetMilliseconds(0xFFFFFE00, 12800), -40);
+  EXPECT_EQ(Mp4OffsetMilliseconds(1023, 1024), 999);
+  EXPECT_EQ(Mp4OffsetMilliseconds(std::uint64_t{0} - 1023, 1024), -999) << "of 64 bits";
+  EXPECT_EQ(Mp4OffsetMilliseconds(7, 0), 0);
 }
 
 TEST(SetSamplingFrequencyIndexTest, EveryMappedRateHasItsIndex) {

@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "mp4/mp4_tracks.h"
 #include "tests/support/mp4_exercise.h"
 #include "tests/support/mp4_reading.h"
 
@@ -76,6 +77,14 @@ void AskAgain(const char* path, const std::vector<Known>& all) {
   for (const Known& known : all) Require(Ask(file, known.track, known.sample) == known);
 }
 
+// What the pipeline looks at before it reads samples.
+void DescribeTracks(const Mp4FileHandle& file) {
+  const MP4TrackId video = FindMp4Track(file.get(), "vide");
+  const MP4TrackId audio = FindMp4Track(file.get(), "soun");
+  if (video != MP4_INVALID_TRACK_ID) Require(!DescribeVideoTrack(file.get(), video).codec.empty());
+  if (audio != MP4_INVALID_TRACK_ID) DescribeAudioTrack(file.get(), audio);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -84,6 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Require(result.largest_sample <= size);
   Mp4FileHandle file(MP4Read(memory.Path()));
   if (file == nullptr) return 0;
+  DescribeTracks(file);
   std::vector<Known> all = AskInOrder(file);
   std::reverse(all.begin(), all.end());
   AskAgain(memory.Path(), all);  // with the index that `file` has

@@ -30,7 +30,7 @@ class TrackReader {
     ReadChildren(body, &TrackReader::TrackChild);
     ReadDescription();
     RequireEntries();
-    // Nobody waits for the rest of a track of another kind.
+    // A track of another kind is not played, so nothing waits for the rest of it.
     const bool is_played =
         handler_ == 0 || handler_ == FourCc("vide") || handler_ == FourCc("soun");
     if (is_incomplete_ && is_played) return TrackState::kNotReceived;
@@ -46,7 +46,7 @@ class TrackReader {
     return facts_.id != 0 && has_timing_ && handler_ != 0 && has_entry_ && facts_.tables.Complete();
   }
 
-  // What is malformed ends the children; whether they were enough shows later.
+  // A malformed child ends the walk. Read decides whether the children before it are enough.
   void ReadChildren(const ByteRange& body, Child child) {
     // A table with one entry is larger, so a shorter row of zeros is padding.
     constexpr std::uint64_t kSmallestTable = 20;

@@ -74,12 +74,13 @@ std::string SampleEntryName(MP4FileHandle file, MP4TrackId id) {
   return TextOrEmpty(MP4GetTrackMediaDataName(file, id));
 }
 
-// Whether the samples of a track can be told apart and have a time.
+// Whether a track has a sample entry and a time scale.
 bool CanBeRead(MP4FileHandle file, MP4TrackId id) {
   return !SampleEntryName(file, id).empty() && MP4GetTrackTimeScale(file, id) != 0;
 }
 
-// A codec that is not supported is none of this: such a track is taken, and then refused.
+// False for a track without samples or, in H.264, without parameter sets. A codec that is not
+// supported is no damage: such a track is taken, and then refused.
 bool CanBePlayed(MP4FileHandle file, MP4TrackId id) {
   if (MP4GetSampleTime(file, id, 1) == MP4_INVALID_TIMESTAMP) return false;
   const std::string name = SampleEntryName(file, id);

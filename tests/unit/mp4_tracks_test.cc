@@ -231,7 +231,7 @@ TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheConfigGivesNone) {
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, {})).channels, 3U);
 }
 
-// Of a stream that is not MPEG-4 audio these bytes are something else.
+// The same bytes mean something else where the stream is not MPEG-4 audio.
 TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheStreamIsOfAnotherKind) {
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x6B, {0x11, 0xB0}))).channels, 2U);
 }
@@ -248,7 +248,7 @@ TEST(Mp4TracksTest, SbrTrackTellsHalfItsRate) {
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 24000U);
 }
 
-// Mono below PS, which makes it stereo.
+// The core is mono; PS makes it stereo.
 TEST(Mp4TracksTest, PsTrackTellsHalfItsRate) {
   const Bytes ps = {0xEB, 0x8A, 0x08, 0x00};  // audio object type 29
   const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 2, Esds(0x40, ps)));

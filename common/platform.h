@@ -26,6 +26,17 @@ std::wstring ModuleFileNameWide();
 // Makes one directory. False when it could not be made, also because it exists.
 bool MakeDirectory(const std::wstring& path);
 
+// The same for a directory that this user alone may enter.
+bool MakePrivateDirectory(const std::wstring& path);
+
+// Removes a directory, if it is empty.
+void RemoveEmptyDirectory(const std::wstring& path);
+
+// The directory in which the user's programs keep what they can make again, with a separator at its
+// end; empty where the user has none.
+std::string UserCacheDirectory();
+std::wstring UserCacheDirectoryWide();
+
 // Converts 8-bit text from the system code page to UTF-8. POSIX has no code page of its own: there
 // the text comes back as it is.
 std::string CodePageToUtf8(const std::string& text);

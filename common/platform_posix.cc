@@ -6,7 +6,9 @@
 #include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 #include <ctime>
+#include <string>
 
 #include "common/platform.h"
 
@@ -39,6 +41,25 @@ std::string ModuleFileName() {
 std::wstring ModuleFileNameWide() { return Widen(ModuleFileName()); }
 
 bool MakeDirectory(const std::wstring& path) { return mkdir(Narrow(path).c_str(), 0777) == 0; }
+
+bool MakePrivateDirectory(const std::wstring& path) {
+  return mkdir(Narrow(path).c_str(), S_IRWXU) == 0;
+}
+
+void RemoveEmptyDirectory(const std::wstring& path) { rmdir(Narrow(path).c_str()); }
+
+// As the XDG Base Directory Specification has it: a relative path does not count.
+std::string UserCacheDirectory() {
+  const auto absolute = [](const char* name) {
+    const char* const value = std::getenv(name);
+    return value != nullptr && value[0] == '/' ? std::string(value) : std::string();
+  };
+  if (const std::string cache = absolute("XDG_CACHE_HOME"); !cache.empty()) return cache + "/";
+  const std::string home = absolute("HOME");
+  return home.empty() ? home : home + "/.cache/";
+}
+
+std::wstring UserCacheDirectoryWide() { return Widen(UserCacheDirectory()); }
 
 std::string CodePageToUtf8(const std::string& text) { return text; }
 

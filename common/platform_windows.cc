@@ -4,6 +4,7 @@
 #include <timeapi.h>
 
 #include <array>
+#include <string>
 
 #include "common/platform.h"
 
@@ -76,6 +77,27 @@ std::wstring ModuleFileNameWide() {
 
 bool MakeDirectory(const std::wstring& path) {
   return CreateDirectoryW(path.c_str(), nullptr) != 0;
+}
+
+// Below the user's profile, whose rights it inherits.
+bool MakePrivateDirectory(const std::wstring& path) { return MakeDirectory(path); }
+
+void RemoveEmptyDirectory(const std::wstring& path) { RemoveDirectoryW(path.c_str()); }
+
+std::string UserCacheDirectory() {
+  std::array<char, kModuleNameSize> path{};
+  const DWORD length =
+      GetEnvironmentVariableA("LOCALAPPDATA", path.data(), static_cast<DWORD>(path.size()));
+  if (length == 0 || length >= path.size()) return {};
+  return std::string(path.data()) + '\\';
+}
+
+std::wstring UserCacheDirectoryWide() {
+  std::array<wchar_t, kModuleNameSize> path{};
+  const DWORD length =
+      GetEnvironmentVariableW(L"LOCALAPPDATA", path.data(), static_cast<DWORD>(path.size()));
+  if (length == 0 || length >= path.size()) return {};
+  return std::wstring(path.data()) + L'\\';
 }
 
 std::string CodePageToUtf8(const std::string& text) {

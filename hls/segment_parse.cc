@@ -32,7 +32,7 @@ bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoWatch& v
 
 // Nothing is said where the file cannot be opened.
 void KeepForInspection(std::int32_t length, const char* mode) {
-  const platform::File file = platform::OpenFile(GetTempDirA() + "tmpE.ts", mode);
+  const platform::File file = OpenTempFile("tmpE.ts", mode);
   if (file == nullptr) return;
   std::fwrite(g_parseBuffer->data(), 1, static_cast<std::size_t>(length), file.get());
 }

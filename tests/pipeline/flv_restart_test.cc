@@ -9,6 +9,7 @@
 
 #include "common/temp_files.h"
 #include "flv/flv_stream.h"
+#include "tests/support/blocked_temp_folder.h"
 #include "tests/support/flv_play.h"
 
 namespace {
@@ -194,6 +195,34 @@ TEST_F(FlvRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
   }
   player_.Forget();
   ExpectAllFrames(server_.Url("/plain/b.flv"), stream);
+}
+
+class FlvBlockedFolderTest : public FlvRestartTest {
+ protected:
+  // Plays a stream whole and returns what the console shows of it.
+  std::string PlayWhole() {
+    const Bytes stream = MakeStream(30);
+    const FrameDump expected = ParseFlv(stream).frames;
+    server_.Serve(stream);
+    testing::internal::CaptureStdout();
+    downloader_.BeginDownload(server_.Url("/plain/a.flv"));
+    EXPECT_TRUE(WaitForVideo(expected.video.size()) && WaitForAudio(expected.audio.size()));
+    EXPECT_TRUE(Stop());
+    EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(expected));
+    return testing::internal::GetCapturedStdout();
+  }
+
+  BlockedTempFolder folder_;
+};
+
+TEST_F(FlvBlockedFolderTest, RestartFileIsInTheUsersCache) {
+  EXPECT_THAT(PlayWhole(), testing::StartsWith(folder_.Line()));
+  EXPECT_TRUE(std::filesystem::exists(folder_.InCache() + "mebo.flv"));
+}
+
+TEST_F(FlvBlockedFolderTest, StreamPlaysWhereNoDirectoryCanBeWritten) {
+  folder_.BlockCache();
+  EXPECT_THAT(PlayWhole(), testing::StartsWith("Cache files cannot be written in "));
 }
 
 }  // namespace

@@ -3,12 +3,15 @@
 
 #include <chrono>
 #include <filesystem>
+#include <fstream>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "common/user_agent.h"
 #include "hls/segment_parse.h"
+#include "tests/support/blocked_temp_folder.h"
 #include "tests/support/claimed_backlog.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
@@ -293,6 +296,15 @@ TEST_F(HlsBadSegmentTest, WithoutADirectoryNothingIsKeptAndPlayingGoesOn) {
   std::filesystem::remove_all(GetTempDirA());
   PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
   EXPECT_FALSE(bad_.Exists());
+}
+
+TEST_F(HlsBadSegmentTest, FileIsInTheUsersCacheWhereTheDirectoryCannotBeMade) {
+  const BlockedTempFolder folder;
+  PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
+  std::ostringstream kept;
+  kept << std::ifstream(folder.InCache() + "tmpE.ts", std::ios::binary).rdbuf();
+  EXPECT_EQ(kept.str(), Text(programs_ + Bytes(50, 'y')));
+  EXPECT_TRUE(folder.IsBlocked());
 }
 
 TEST_F(HlsBadSegmentTest, OneWhoseFramesWereDeliveredMeanwhileIsGood) {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "mp4/mp4_downloader.h"
+#include "tests/support/blocked_temp_folder.h"
 #include "tests/support/mp4_play.h"
 
 namespace {
@@ -444,6 +445,48 @@ TEST_F(Mp4BlockedFileTest, StopDoesNotWaitForIt) {
   // Nothing is told if the stop came before a worker had taken the task that reads.
   EXPECT_THAT(player_.Snapshot().results,
               testing::IsSubsetOf({"PLAY:MP4 NO:" + server_.Address()}));
+}
+
+// --- A directory that cannot be made ---
+
+class Mp4BlockedFolderTest : public Mp4RestartTest {
+ protected:
+  Mp4BlockedFolderTest() { testing::internal::CaptureStdout(); }
+  ~Mp4BlockedFolderTest() override {
+    downloader_.EndDownload();
+    testing::internal::GetCapturedStdout();
+  }
+
+  // What was written since the last call.
+  static std::string Console() {
+    std::string text = testing::internal::GetCapturedStdout();
+    testing::internal::CaptureStdout();
+    return text;
+  }
+
+  BlockedTempFolder folder_;
+};
+
+TEST_F(Mp4BlockedFolderTest, RestartFileIsInTheUsersCache) {
+  EXPECT_EQ(PlayToTheEnd(), Expected());
+  EXPECT_THAT(Console(), testing::StartsWith(folder_.Line()));
+  EXPECT_EQ(RestartFile(), folder_.InCache() + "mebo.mp4");
+  ExpectWholeFile();
+  EXPECT_TRUE(folder_.IsBlocked());
+}
+
+// Also where the other directory can be made again: what is there was written to the cache.
+TEST_F(Mp4BlockedFolderTest, SameAddressResumesInTheUsersCache) {
+  server_.Answer({FirstPart(), {}});
+  PlayFirstPart();
+  Console();
+  folder_.Unblock();
+  EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(PartEnd())));
+  EXPECT_EQ(RestartFile(), folder_.InCache() + "mebo.mp4");
+  ExpectWholeFile();
+  EXPECT_FALSE(std::filesystem::exists(folder_.Beside()));
+  EXPECT_THAT(Console(), testing::Not(testing::HasSubstr("Cache files")));
 }
 
 // --- A start without a stop ---

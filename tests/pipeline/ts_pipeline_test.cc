@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,6 +14,7 @@
 #include "common/frame_queue.h"
 #include "common/platform.h"
 #include "common/temp_files.h"
+#include "tests/support/blocked_temp_folder.h"
 #include "tests/support/ts_play.h"
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
@@ -193,6 +195,33 @@ TEST_F(TsPipelineTest, CacheFileIsKeptForTheSameAddressAndEmptiedForAnother) {
   downloader_.BeginDownload("file:///no/such/other.ts");
   downloader_.EndDownload();
   EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
+class TsBlockedFolderTest : public TsPipelineTest {
+ protected:
+  // Plays a stream and returns what the console shows of it.
+  std::string Play() {
+    server_.Serve(MakeStream(50));
+    testing::internal::CaptureStdout();
+    downloader_.BeginDownload(server_.Url("/plain/a.ts"));
+    EXPECT_TRUE(WaitForVideo(49) && WaitForAudio(49));
+    EXPECT_TRUE(Stop());
+    return testing::internal::GetCapturedStdout();
+  }
+
+  BlockedTempFolder folder_;
+};
+
+TEST_F(TsBlockedFolderTest, CacheFileIsInTheUsersCache) {
+  EXPECT_THAT(Play(), StartsWith(folder_.Line()));
+  const std::lock_guard lock(g_tsStateLock);
+  EXPECT_EQ(*g_tsTempPath, folder_.InCache() + "mebo.ts");
+  EXPECT_TRUE(std::filesystem::exists(*g_tsTempPath));
+}
+
+TEST_F(TsBlockedFolderTest, StreamPlaysWhereNoDirectoryCanBeWritten) {
+  folder_.BlockCache();
+  EXPECT_THAT(Play(), StartsWith("Cache files cannot be written in "));
 }
 
 }  // namespace

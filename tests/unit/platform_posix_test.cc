@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <string>
 
 #include "common/platform.h"
@@ -35,6 +36,54 @@ TEST(PlatformPosixTest, LocalTimeIsThatOfTheTimeZone) {
   EXPECT_EQ(east.tm_min, 59);
   EXPECT_EQ(east.tm_sec, 59);
   EXPECT_EQ(LocalTimeIn("UTC0", 1'704'067'199).tm_mday, 31);
+}
+
+// --- The user's cache ---
+
+class UserCacheTest : public testing::Test {
+ protected:
+  // Of this process, which is the test's own.
+  static std::string CacheOf(const char* cache, const char* home) {
+    Set("XDG_CACHE_HOME", cache);
+    Set("HOME", home);
+    return platform::UserCacheDirectory();
+  }
+
+ private:
+  static void Set(const char* name, const char* value) {
+    if (value == nullptr) {
+      unsetenv(name);  // NOLINT(concurrency-mt-unsafe): no other thread runs
+    } else {
+      setenv(name, value, 1);  // NOLINT(concurrency-mt-unsafe)
+    }
+  }
+};
+
+TEST_F(UserCacheTest, VariableOfItsOwnComesFirst) {
+  EXPECT_EQ(CacheOf("/fast/cache", "/home/u"), "/fast/cache/");
+  EXPECT_EQ(platform::UserCacheDirectoryWide(), L"/fast/cache/");
+}
+
+TEST_F(UserCacheTest, HomeIsUsedWhereItIsUnsetOrEmptyOrRelative) {
+  for (const char* const cache : {static_cast<const char*>(nullptr), "", "cache", "./cache"}) {
+    EXPECT_EQ(CacheOf(cache, "/home/u"), "/home/u/.cache/");
+  }
+}
+
+TEST_F(UserCacheTest, ThereIsNoneWithoutAHome) {
+  EXPECT_EQ(CacheOf(nullptr, nullptr), "");
+  EXPECT_EQ(CacheOf("", ""), "");
+  EXPECT_EQ(CacheOf("cache", "u"), "");
+}
+
+TEST(PlatformPosixTest, PrivateDirectoryIsForItsUserAlone) {
+  const std::filesystem::path path = std::filesystem::current_path() / "private";
+  std::filesystem::remove(path);
+  EXPECT_TRUE(platform::MakePrivateDirectory(path.wstring()));
+  EXPECT_EQ(std::filesystem::status(path).permissions(), std::filesystem::perms::owner_all);
+  EXPECT_FALSE(platform::MakePrivateDirectory(path.wstring())) << "it exists";
+  platform::RemoveEmptyDirectory(path.wstring());
+  EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 }  // namespace

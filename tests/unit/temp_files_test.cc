@@ -8,21 +8,6 @@
 
 namespace {
 
-TEST(TempFilesTest, DirectoryLiesBesideTheExecutable) {
-  EXPECT_EQ(TempDirBeside(std::string("C:\\App\\player.exe")), "C:\\App\\tmp/");
-  EXPECT_EQ(TempDirBeside(std::wstring(L"C:\\App\\player.exe")), L"C:\\App\\tmp");
-  EXPECT_EQ(TempDirBeside(std::string("/opt/app/player")), "/opt/app/tmp/");
-}
-
-TEST(TempFilesTest, LastSeparatorOfEitherKindCounts) {
-  EXPECT_EQ(TempDirBeside(std::string("C:/App\\bin/player.exe")), "C:/App\\bin/tmp/");
-}
-
-TEST(TempFilesTest, NameWithoutASeparatorIsKeptWhole) {
-  EXPECT_EQ(TempDirBeside(std::string("player.exe")), "player.exetmp/");
-  EXPECT_EQ(TempDirBeside(std::wstring(L"player.exe")), L"player.exetmp");
-}
-
 TEST(TempFilesTest, DirectoryOfThisProcessIsWhereItsExecutableLies) {
   const std::filesystem::path narrow = GetTempDirA();
   EXPECT_TRUE(std::filesystem::equivalent(narrow.parent_path().parent_path(),

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/environment.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -97,12 +99,14 @@ class WindowsTempFolderTest : public testing::Test {
     fs::remove_all(folder_);
     fs::create_directory(folder_);
     fs::copy_file("path_probe.exe", folder_ / "path_probe.exe");
+    SetUserCache(user_cache_.string());
     const std::vector<std::string> lines = Lines(OutputOf(folder_ / "path_probe.exe"));
-    ASSERT_EQ(lines.size(), 5U) << "the probe did not run";
+    ASSERT_GE(lines.size(), 5U) << "the probe did not run";
     narrow_ = FromHex<std::string>(lines[0]);
     utf8_ = FromHex<std::string>(lines[1]);
     wide_ = FromHex<std::wstring>(lines[2]);
-    cache_file_ = FromHex<std::string>(lines[3]);
+    console_.assign(lines.begin() + 3, lines.end() - 2);
+    cache_file_ = FromHex<std::string>(lines[lines.size() - 2]);
   }
 
   void ExpectWideFormIsExact() {
@@ -115,13 +119,16 @@ class WindowsTempFolderTest : public testing::Test {
     EXPECT_EQ(utf8_, Narrow(folder_.wstring(), CP_UTF8).first + "\\tmp/");
     EXPECT_EQ(cache_file_, narrow_ + "mebo.ts");
     EXPECT_TRUE(fs::is_regular_file(folder_ / "tmp" / "mebo.ts"));
+    EXPECT_TRUE(console_.empty()) << console_.front();
   }
 
   fs::path folder_;
   std::string narrow_;
   std::string utf8_;
   std::wstring wide_;
+  std::vector<std::string> console_;  // lines behind those of the directories
   std::string cache_file_;
+  const fs::path user_cache_ = fs::current_path() / "user_cache";
 };
 
 TEST_F(WindowsTempFolderTest, PlainFolder) {
@@ -145,15 +152,33 @@ TEST_F(WindowsTempFolderTest, FolderWithLettersOfTheCodePage) {
 }
 
 // The code page has no form of such a path: the directory is made all the same, no file in it
-// opens.
+// opens, and the user's cache takes its place.
 TEST_F(WindowsTempFolderTest, FolderWithLettersOutsideTheCodePage) {
   const std::wstring folder = L"\u65e5\u672c \u0434";
   if (Narrow(folder, CP_ACP).second) GTEST_SKIP() << "the code page has all letters";
+  fs::remove_all(user_cache_);
   RunIn(folder);
   ExpectWideFormIsExact();
   EXPECT_EQ(narrow_, Narrow(folder_.wstring(), CP_ACP).first + "\\tmp/");
-  EXPECT_EQ(cache_file_, narrow_ + "mebo.ts");
   EXPECT_TRUE(fs::is_empty(folder_ / "tmp"));
+  const std::string in_cache = (user_cache_ / "stream_downloader" / "tmp" / "").string();
+  EXPECT_EQ(cache_file_.substr(0, in_cache.size()), in_cache);
+  EXPECT_TRUE(fs::is_regular_file(cache_file_));
+  ASSERT_EQ(console_.size(), 1U);
+  EXPECT_EQ(console_.front(), "Cache files are in " +
+                                  cache_file_.substr(0, cache_file_.size() - 7) + ": " + narrow_ +
+                                  " cannot be written.");
+}
+
+// What tells them apart is the wide form: the narrow ones are the same.
+TEST_F(WindowsTempFolderTest, TwoFoldersWithLettersOutsideTheCodePageShareNoCacheFile) {
+  const std::wstring one = L"\u65e5";
+  const std::wstring other = L"\u672c";
+  if (Narrow(one + other, CP_ACP).second) GTEST_SKIP() << "the code page has both letters";
+  RunIn(one);
+  const std::string first = cache_file_;
+  RunIn(other);
+  EXPECT_NE(cache_file_, first);
 }
 
 }  // namespace

@@ -1,0 +1,182 @@
+#include "common/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <set>
+#include <string>
+#include <system_error>
+
+#include "common/platform.h"
+#include "common/temp_files.h"
+#include "tests/support/blocked_temp_folder.h"
+
+namespace {
+
+TEST(TempFolderTest, DirectoryIsBesideTheExecutable) {
+  EXPECT_EQ(TempDirBeside(std::string("C:\\App\\player.exe")), "C:\\App\\tmp/");
+  EXPECT_EQ(TempDirBeside(std::wstring(L"C:\\App\\player.exe")), L"C:\\App\\tmp");
+  EXPECT_EQ(TempDirBeside(std::string("/opt/app/player")), "/opt/app/tmp/");
+}
+
+TEST(TempFolderTest, LastSeparatorOfEitherKindCounts) {
+  EXPECT_EQ(TempDirBeside(std::string("C:/App\\bin/player.exe")), "C:/App\\bin/tmp/");
+}
+
+TEST(TempFolderTest, NameWithoutASeparatorIsKeptWhole) {
+  EXPECT_EQ(TempDirBeside(std::string("player.exe")), "player.exetmp/");
+  EXPECT_EQ(TempDirBeside(std::wstring(L"player.exe")), L"player.exetmp");
+}
+
+TEST(TempFolderTest, DirectoryInTheCacheIsNamedByAHashOfTheExecutable) {
+  const std::wstring module = L"a";  // a published test vector of the hash
+  EXPECT_EQ(TempDirInCache(std::string("/home/u/.cache/"), module),
+            "/home/u/.cache/stream_downloader/tmp/af63dc4c8601ec8c/");
+  EXPECT_EQ(TempDirInCache(std::string("C:\\Local\\"), module),
+            "C:\\Local\\stream_downloader\\tmp\\af63dc4c8601ec8c/");
+  EXPECT_EQ(TempDirInCache(std::wstring(L"C:\\Local\\"), module),
+            L"C:\\Local\\stream_downloader\\tmp\\af63dc4c8601ec8c");
+}
+
+TEST(TempFolderTest, TwoExecutablesShareNoDirectoryInTheCache) {
+  const std::string cache = "/home/u/.cache/";
+  EXPECT_NE(TempDirInCache(cache, L"/usr/bin/one"), TempDirInCache(cache, L"/usr/bin/two"));
+}
+
+// --- A directory that cannot be made ---
+
+class BlockedTempFolderTest : public testing::Test {
+ protected:
+  static std::string ConsoleOf(const std::function<void()>& action) {
+    testing::internal::CaptureStdout();
+    action();
+    return testing::internal::GetCapturedStdout();
+  }
+
+  std::set<std::string> FilesInCache() const {
+    std::set<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.InCache()))
+      names.insert(entry.path().filename().string());
+    return names;
+  }
+
+  // Where neither directory can be written.
+  std::string LineAboutBoth() const {
+    return "Cache files cannot be written in " + folder_.Beside().string() + "/ nor in " +
+           folder_.InCache() + ".\n";
+  }
+
+  BlockedTempFolder folder_;
+};
+
+TEST_F(BlockedTempFolderTest, CacheFileIsMadeInTheUsersCache) {
+  std::string path;
+  EXPECT_EQ(ConsoleOf([&path] { path = CreateCacheFile("mebo.ts"); }), folder_.Line());
+  EXPECT_EQ(path, folder_.InCache() + "mebo.ts");
+  EXPECT_EQ(FilesInCache(), std::set<std::string>{"mebo.ts"});
+  EXPECT_TRUE(folder_.IsBlocked()) << "what is in its place was changed";
+}
+
+TEST_F(BlockedTempFolderTest, BothFormsOfTheDirectoryFollow) {
+  ConsoleOf([] { CreateCacheFile("mebo.ts"); });
+  EXPECT_EQ(GetTempDirA(), folder_.InCache());
+  EXPECT_EQ(std::filesystem::path(GetTempDirW()) / "", std::filesystem::path(folder_.InCache()));
+  EXPECT_TRUE(TempFolderIsWritable());
+}
+
+TEST_F(BlockedTempFolderTest, CacheFileThatExistsInTheUsersCacheIsEmptied) {
+  ConsoleOf([this] {
+    std::ofstream(CreateCacheFile("mebo.ts")) << "left from another address";
+    ASSERT_GT(std::filesystem::file_size(folder_.InCache() + "mebo.ts"), 0U);
+    CreateCacheFile("mebo.ts");
+  });
+  EXPECT_EQ(std::filesystem::file_size(folder_.InCache() + "mebo.ts"), 0U);
+}
+
+TEST_F(BlockedTempFolderTest, EachNewCacheFileIsReportedOnce) {
+  EXPECT_EQ(ConsoleOf([] {
+              CreateCacheFile("mebo.ts");
+              CreateCacheFile("mebo.flv");
+            }),
+            folder_.Line() + folder_.Line());
+}
+
+TEST_F(BlockedTempFolderTest, LinkToNowhereInItsPlaceCountsToo) {
+  folder_.Unblock();
+  std::error_code failure;
+  std::filesystem::create_symlink("nowhere/at/all", folder_.Beside(), failure);
+  if (failure) GTEST_SKIP() << "no links here: " << failure.message();
+  EXPECT_EQ(ConsoleOf([] { CreateCacheFile("mebo.ts"); }), folder_.Line());
+  EXPECT_EQ(FilesInCache(), std::set<std::string>{"mebo.ts"});
+}
+
+TEST_F(BlockedTempFolderTest, DirectoryThatCanBeMadeLaterIsUsedForTheNextCacheFile) {
+  ConsoleOf([] { CreateCacheFile("mebo.ts"); });
+  folder_.Unblock();
+  const std::string beside = TempDirBeside(platform::ModuleFileName());
+  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }), "");
+  EXPECT_EQ(GetTempDirA(), beside);
+  EXPECT_TRUE(std::filesystem::exists(beside + "mebo.ts"));
+}
+
+TEST_F(BlockedTempFolderTest, CacheThatCannotBeWrittenEitherIsReportedAndThePathStays) {
+  folder_.BlockCache();
+  const std::string beside = TempDirBeside(platform::ModuleFileName());
+  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }),
+            LineAboutBoth());
+  EXPECT_EQ(GetTempDirA(), beside);
+  EXPECT_FALSE(TempFolderIsWritable());
+}
+
+TEST_F(BlockedTempFolderTest, UserWithoutACacheIsReportedAndThePathStays) {
+  SetUserCache("");
+  const std::string beside = TempDirBeside(platform::ModuleFileName());
+  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }),
+            "Cache files cannot be written in " + beside + ".\n");
+}
+
+TEST_F(BlockedTempFolderTest, FileOpenedWithoutACacheFileIsInTheUsersCacheToo) {
+  EXPECT_EQ(ConsoleOf([] { EXPECT_NE(OpenTempFile("tmpE.ts", "wb+"), nullptr); }), folder_.Line());
+  EXPECT_EQ(ConsoleOf([] { EXPECT_NE(OpenTempFile("tmpE.ts", "ab+"), nullptr); }), "");
+  EXPECT_EQ(FilesInCache(), std::set<std::string>{"tmpE.ts"});
+}
+
+TEST_F(BlockedTempFolderTest, FilesThatCanBeOpenedNowhereAreReportedOnce) {
+  folder_.BlockCache();
+  EXPECT_EQ(ConsoleOf([] {
+              EXPECT_EQ(OpenTempFile("tmpE.ts", "wb+"), nullptr);
+              EXPECT_EQ(OpenTempFile("tmpE.ts", "ab+"), nullptr);
+            }),
+            LineAboutBoth());
+}
+
+// --- A directory that can be written ---
+
+class FreeTempFolderTest : public BlockedTempFolderTest {
+ protected:
+  FreeTempFolderTest() { folder_.Unblock(); }
+
+  const std::string beside_ = TempDirBeside(platform::ModuleFileName());
+};
+
+TEST_F(FreeTempFolderTest, MissingDirectoryIsNotMadeForAFileThatIsOnlyOpened) {
+  EXPECT_EQ(ConsoleOf([] { EXPECT_EQ(OpenTempFile("tmpE.ts", "wb+"), nullptr); }), "");
+  EXPECT_FALSE(std::filesystem::exists(folder_.Beside()));
+  EXPECT_EQ(GetTempDirA(), beside_);
+}
+
+TEST_F(FreeTempFolderTest, CacheFileThatCannotBeOpenedThereStaysThere) {
+  std::filesystem::create_directories(beside_ + "mebo.mp4");  // a directory in its place
+  EXPECT_EQ(ConsoleOf([this] { EXPECT_EQ(CreateCacheFile("mebo.mp4"), beside_ + "mebo.mp4"); }),
+            "");
+  EXPECT_EQ(GetTempDirA(), beside_);
+  EXPECT_TRUE(TempFolderIsWritable());
+  EXPECT_FALSE(std::filesystem::exists(folder_.InCache()));
+  const std::filesystem::directory_iterator entries(beside_);
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "the check left something behind";
+}
+
+}  // namespace

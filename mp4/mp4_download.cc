@@ -1,8 +1,10 @@
 #include "mp4/mp4_download.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <limits>
 #include <mutex>
+#include <system_error>
 #include <utility>
 
 #include "common/console.h"
@@ -35,11 +37,16 @@ void PerformInto(Mp4Transfer& transfer, const std::string& url) {
   t_download = nullptr;
 }
 
-bool WriteAt(std::FILE* file, std::uint64_t offset, const CopyBuffer& bytes) {
+int LastError() { return errno != 0 ? errno : EIO; }
+
+// Both return 0, or the value of errno.
+int WriteAt(std::FILE* file, std::uint64_t offset, const CopyBuffer& bytes) {
   const auto size = static_cast<std::size_t>(bytes.Length());
-  return std::fseek(file, static_cast<long>(offset), SEEK_SET) == 0 &&
-         std::fwrite(bytes.Data(), 1, size, file) == size;
+  const bool is_written = std::fseek(file, static_cast<long>(offset), SEEK_SET) == 0 &&
+                          std::fwrite(bytes.Data(), 1, size, file) == size;
+  return is_written ? 0 : LastError();
 }
+int Close(platform::File file) { return std::fclose(file.release()) == 0 ? 0 : LastError(); }
 
 }  // namespace
 
@@ -47,6 +54,7 @@ Mp4Transfer::Mp4Transfer(std::uint64_t address) : address_(address) {
   const std::lock_guard lock(g_mp4FileLock);
   offset_ = g_mp4File->write_offset;
   seeks_ = g_mp4File->seeks;
+  failure_reported_ = std::exchange(g_mp4File->failure_reported, false);
 }
 
 bool Mp4Transfer::AcceptReply(CURL* handle) {
@@ -88,7 +96,10 @@ Mp4Transfer::Outcome Mp4Transfer::WritePending() {
       ConsoleLine("mp4 download ends at 2 GiB.");
       return Outcome::kNever;
     }
-    if (!WriteToFile(file.path)) return Outcome::kLater;
+    if (const int error = WriteToFile(file.path); error != 0) {
+      ReportFailure(file.path, error);
+      return Outcome::kLater;
+    }
     file.ranges.Add(offset_, offset_ + size);
     ++file.revision;
   }
@@ -96,11 +107,19 @@ Mp4Transfer::Outcome Mp4Transfer::WritePending() {
   return Outcome::kDone;
 }
 
-bool Mp4Transfer::WriteToFile(const std::string& path) const {
+// Returns 0, or the value of errno.
+int Mp4Transfer::WriteToFile(const std::string& path) const {
   platform::File file = platform::OpenFile(path, "rb+");
-  if (file == nullptr) return false;
-  const bool written = WriteAt(file.get(), offset_, pending_);
-  return std::fclose(file.release()) == 0 && written;
+  if (file == nullptr) return LastError();
+  const int write_error = WriteAt(file.get(), offset_, pending_);
+  const int close_error = Close(std::move(file));
+  return write_error != 0 ? write_error : close_error;
+}
+
+// Once a start, since it is tried again every millisecond.
+void Mp4Transfer::ReportFailure(const std::string& path, int error) {
+  if (std::exchange(failure_reported_, true)) return;
+  ConsoleLine("mp4 cannot write " + path + ": " + std::generic_category().message(error));
 }
 
 // With g_mp4FileLock held. A seek to where this transfer passes is served by it, and the next start

@@ -30,20 +30,23 @@ class Mp4Transfer {
 
   // Takes a piece of the body, which may be empty, and writes all that waits. Returns how many
   // bytes it took: 0 ends the transfer. Bytes that cannot be written now wait for the next call;
-  // when too many of them do, this one waits.
+  // when too many of them do, this one waits. The first time that they cannot be written is
+  // reported in a console line.
   std::size_t Take(const char* data, std::size_t length);
 
  private:
   enum class Outcome { kDone, kLater, kNever };
 
   Outcome WritePending();
-  bool WriteToFile(const std::string& path) const;
+  int WriteToFile(const std::string& path) const;
+  void ReportFailure(const std::string& path, int error);
   void Advance();
 
   const std::uint64_t address_;
   std::uint64_t seeks_;
   std::uint64_t offset_;  // of the first byte that waits
   bool reply_seen_ = false;
+  bool failure_reported_ = false;
   CopyBuffer pending_;  // received and not written yet
 };
 

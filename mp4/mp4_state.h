@@ -20,6 +20,8 @@ struct Mp4File {
   std::string path;            // of the restart file
   DownloadedRanges ranges;     // what of the stream is in it
   std::uint64_t revision = 0;  // counts the changes of `ranges`
+  // Whether the console has a line already that the file cannot be written, for the next download.
+  bool failure_reported = false;
 
   // Where the next start asks for the stream from, and where the running download has got to.
   std::uint64_t write_offset = 0;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <map>
 #include <mutex>
 #include <random>
@@ -454,7 +455,7 @@ class Mp4BlockedFolderTest : public Mp4RestartTest {
   Mp4BlockedFolderTest() { testing::internal::CaptureStdout(); }
   ~Mp4BlockedFolderTest() override {
     downloader_.EndDownload();
-    testing::internal::GetCapturedStdout();
+    std::cout << testing::internal::GetCapturedStdout();  // what failed is written there too
   }
 
   // What was written since the last call.

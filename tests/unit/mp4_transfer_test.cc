@@ -6,16 +6,20 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iostream>
 #include <iterator>
 #include <limits>
 #include <map>
 #include <mutex>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include "common/http_transfer.h"
+#include "common/temp_files.h"
 #include "mp4/mp4_download.h"
+#include "tests/support/blocked_temp_folder.h"
 #include "tests/support/mp4_tasks.h"
 
 namespace {
@@ -225,6 +229,66 @@ TEST_F(Mp4TransferTest, FileThatTakesNoBytesKeepsThemWaiting) {
   EXPECT_TRUE(transfer.HasPending());
   EXPECT_THAT(Ranges(), IsEmpty());
   EXPECT_EQ(WriteOffset(), 0U);
+}
+
+// --- What the console reports of it ---
+
+class Mp4WriteFailureTest : public Mp4TransferTest {
+ protected:
+  Mp4WriteFailureTest() { testing::internal::CaptureStdout(); }
+  ~Mp4WriteFailureTest() override {
+    std::cout << testing::internal::GetCapturedStdout();  // what failed is written there too
+  }
+
+  // What was written since the last call.
+  static std::string Console() {
+    std::string text = testing::internal::GetCapturedStdout();
+    testing::internal::CaptureStdout();
+    return text;
+  }
+
+  static std::string Line(const std::string& path, std::errc reason) {
+    return "mp4 cannot write " + path + ": " + std::make_error_code(reason).message() + "\n";
+  }
+};
+
+TEST_F(Mp4WriteFailureTest, FullDiskIsReportedOnceADownload) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+  UsePath("/dev/full");
+  const std::string line = Line("/dev/full", std::errc::no_space_on_device);
+  Mp4Transfer first(Address());
+  for (int i = 0; i < 5; ++i) Take(first, Filler(10'000, 1));
+  EXPECT_EQ(Console(), line);
+  Mp4Transfer next_start(Address());
+  for (int i = 0; i < 5; ++i) Take(next_start, Filler(10'000, 1));
+  EXPECT_EQ(Console(), line);
+}
+
+TEST_F(Mp4WriteFailureTest, FileThatVanishedIsReportedOnceADownload) {
+  Mp4Transfer transfer(Address());
+  Take(transfer, {1, 2});
+  EXPECT_EQ(Console(), "");
+  std::filesystem::remove(path_);
+  for (int i = 0; i < 5; ++i) Take(transfer, {3});
+  EXPECT_EQ(Console(), Line(path_, std::errc::no_such_file_or_directory));
+  EXPECT_TRUE(transfer.HasPending());
+}
+
+// The start of an address reports it where no directory can be written; the next start of the same
+// address makes no file.
+TEST_F(Mp4WriteFailureTest, EachStartHasOneLineWhereNoDirectoryCanBeWritten) {
+  const BlockedTempFolder folder;
+  folder.BlockCache();
+  Mp4Transfer transfer(NextMp4Address("mebo.mp4"));
+  for (int i = 0; i < 5; ++i) Take(transfer, {1});
+  const std::string first = Console();
+  EXPECT_THAT(first, testing::StartsWith("Cache files cannot be written in "));
+  EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 1) << first;
+  Mp4Transfer next_start(Address());
+  for (int i = 0; i < 5; ++i) Take(next_start, {1});
+  const std::string next = Console();
+  EXPECT_THAT(next, testing::StartsWith("mp4 cannot write " + GetTempDirA() + "mebo.mp4: "));
+  EXPECT_EQ(std::count(next.begin(), next.end(), '\n'), 1) << next;
 }
 
 TEST_F(Mp4TransferTest, EmptyPieceWithNothingWaitingTouchesNoFile) {

@@ -94,14 +94,20 @@ def _frame(row):
     return Frame(row["kind"], *numbers, int(row["crc32"], 16))
 
 
-def _environment():
+def _environment(more=()):
     """Without proxies, which have no way to this machine's loopback."""
-    return {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
+    kept = {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
+    return {**kept, **dict(more)}
 
 
 def _host():
     """The command that starts the host: an emulator may come first."""
     return shlex.split(os.environ["STREAM_HOST"])
+
+
+def is_emulated():
+    """Whether the host was built for another system than this one."""
+    return len(_host()) > 1
 
 
 def copy_host(directory):
@@ -124,15 +130,16 @@ def _command(host, address, dump, options):
     return [*host, address, "--dump", str(dump), "--json", *options]
 
 
-def run_host(address, directory, *options, host=None, prefix=(), idle_exit=2):
-    """Plays to the end of the stream; the dump goes to a new directory in `directory`."""
+def run_host(address, directory, *options, host=None, prefix=(), idle_exit=2, environment=()):
+    """Plays to the end of the stream; the dump goes to a new directory in `directory`. `environment`
+    has variables that the host sees besides the test's own."""
     dump = pathlib.Path(directory) / "dump"
     dump.mkdir()
     options = ["--idle-exit", str(idle_exit), *options]
     command = [*prefix, *_command(host or _host(), address, dump, options)]
     ended = subprocess.run(
         command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-        env=_environment(), timeout=_LIMIT_SECONDS, text=True, errors="surrogateescape")
+        env=_environment(environment), timeout=_LIMIT_SECONDS, text=True, errors="surrogateescape")
     return HostRun(ended.returncode, ended.stdout, dump)
 
 

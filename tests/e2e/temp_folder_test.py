@@ -1,0 +1,74 @@
+"""Cache files where the directory beside the host, or the disk, takes none."""
+
+import concurrent.futures
+
+from support import host
+from support.mp4 import Mp4Case
+from support.waiting import wait_until
+
+_REPORT = "mp4 cannot write "
+
+
+class TempFolderTest(Mp4Case):
+    def setUp(self):
+        super().setUp()
+        if host.is_emulated():
+            self.skipTest("another system has its cache and its full disk elsewhere")
+        self.cache = self.directory / "cache"
+        self.tmp = self.directory / "host" / "tmp"
+
+    def play(self, address, *options, **settings):
+        environment = {"XDG_CACHE_HOME": str(self.cache)}
+        return super().play(address, *options, environment=environment, **settings)
+
+    def lines(self, run, start):
+        return [line for line in run.output.splitlines() if line.startswith(start)]
+
+    def test_film_plays_from_the_users_cache_where_a_file_is_in_the_way(self):
+        self.tmp.write_text("no directory")
+        sample = self.make_mp4()
+        run = self.play(self.serve().url("sample.mp4"))
+        self.assert_plays_whole(run, sample)
+        (line,) = self.lines(run, "Cache files are in ")
+        self.assertTrue(line.endswith(f"{self.tmp}/ cannot be written."), line)
+        (restart_file,) = self.cache.glob("stream_downloader/tmp/*/*")
+        self.assertEqual(restart_file.name, "mebo.mp4")
+        self.assertIn(f"{restart_file.parent}/:", line)
+        self.assertEqual(restart_file.read_bytes(), sample.read_bytes())
+        self.assertEqual(self.tmp.read_text(), "no directory")
+
+    def test_nothing_is_in_the_users_cache_where_the_directory_can_be_made(self):
+        sample = self.make_mp4(2)
+        run = self.play(self.serve().url("sample.mp4"))
+        self.assert_plays_whole(run, sample)
+        self.assertEqual(self.lines(run, "Cache files"), [])
+        self.assertFalse(self.cache.exists())
+
+    def test_full_disk_is_reported_once_a_start(self):
+        self.make_mp4()
+        self.tmp.mkdir()
+        self.restart_file.symlink_to("/dev/full")  # takes no byte
+        run = self.play(self.serve().url("sample.mp4"), "--repeat", "1")
+        self.assert_no_frame(run)
+        reports = self.lines(run, _REPORT)
+        self.assertEqual(len(reports), 2, run.output)
+        self.assertEqual(len(set(reports)), 1)
+        self.assertTrue(reports[0].startswith(f"{_REPORT}{self.restart_file}: "), reports)
+
+    def test_restart_file_that_vanishes_in_mid_download_is_reported_once(self):
+        sample = self.make_index_first(8)
+        server = self.serve("limit_rate 300k; output_buffers 1 4k;")
+
+        def remove_when_it_grows():
+            wait_until(lambda: self.restart_file.exists()
+                       and self.restart_file.stat().st_size > sample.stat().st_size // 4, "it grows")
+            self.restart_file.unlink()
+
+        with concurrent.futures.ThreadPoolExecutor(1) as pool:
+            removal = pool.submit(remove_when_it_grows)
+            run = self.play(server.url("sample.mp4"))
+            removal.result()
+        self.assertGreater(len(run.frames), 0, run.output)
+        (report,) = self.lines(run, _REPORT)
+        self.assertTrue(report.startswith(f"{_REPORT}{self.restart_file}: "), report)
+        self.assertFalse(self.restart_file.exists())

@@ -1,32 +1,49 @@
-# Who answers behind <mp4v2/mp4v2.h>: the installed libmp4v2 where there is one, else the bundled reader in
-# isobmff/, which offers a header of the same name.
+# Who answers behind <mp4v2/mp4v2.h>: the bundled reader in isobmff/ or, where the build asks for it, an
+# installed libmp4v2, which has a header of the same name.
 #
-#   -DMP4_READER=auto|installed|bundled     -DCMAKE_PREFIX_PATH=...  where to look besides
+#   -DMP4_READER=bundled     the default
+#   -DMP4_READER=installed   libmp4v2; an error where no program builds with it
+#   -DMP4_READER=auto        libmp4v2 where a program builds with it, else the bundled reader
+#   -DCMAKE_PREFIX_PATH=...  where to look for libmp4v2 besides
 #
 # Defines the target mp4_reader, which whatever is made of stream_core links, and STREAM_MP4_READER, the
-# reader that was taken.
+# reader that was chosen.
 include(CheckCXXSourceCompiles)
 
-set(MP4_READER auto CACHE STRING "The MP4 reader: auto, installed (libmp4v2) or bundled")
-set_property(CACHE MP4_READER PROPERTY STRINGS auto installed bundled)
+set(MP4_READER bundled CACHE STRING "The MP4 reader: bundled, installed (libmp4v2) or auto")
+set_property(CACHE MP4_READER PROPERTY STRINGS bundled installed auto)
 if(NOT MP4_READER MATCHES "^(auto|installed|bundled)$")
-  message(FATAL_ERROR "MP4_READER is '${MP4_READER}': it must be auto, installed or bundled")
+  message(FATAL_ERROR "MP4_READER is '${MP4_READER}': it must be bundled, installed or auto")
 endif()
 
-# stream_find_mp4v2(TARGET) - a target to link that stands for the installed libmp4v2; empty where there is
-# none.
-function(stream_find_mp4v2 result)
+# Each of these two looks in one way. RESULT is a target to link that stands for the library, empty where
+# nothing was found; RESULT_place says where it is, for people.
+function(stream_mp4v2_by_pkg_config result)
   set(${result} "" PARENT_SCOPE)
-  if(NOT CMAKE_CROSSCOMPILING)  # pkg-config would tell of the machine that builds
-    find_package(PkgConfig QUIET)
-    if(PkgConfig_FOUND)
-      pkg_check_modules(mp4v2 QUIET IMPORTED_TARGET GLOBAL mp4v2)
-    endif()
+  if(CMAKE_CROSSCOMPILING)
+    return()  # pkg-config knows the machine that builds
+  endif()
+  find_package(PkgConfig QUIET)
+  if(PkgConfig_FOUND)
+    pkg_check_modules(mp4v2 QUIET IMPORTED_TARGET GLOBAL mp4v2)
   endif()
   if(TARGET PkgConfig::mp4v2)
+    # A folder that does not exist would end the configure step instead of a check in it.
+    get_target_property(folders PkgConfig::mp4v2 INTERFACE_INCLUDE_DIRECTORIES)
+    set(existing "")
+    foreach(folder IN LISTS folders)
+      if(IS_DIRECTORY ${folder})
+        list(APPEND existing ${folder})
+      endif()
+    endforeach()
+    set_target_properties(PkgConfig::mp4v2 PROPERTIES INTERFACE_INCLUDE_DIRECTORIES "${existing}")
     set(${result} PkgConfig::mp4v2 PARENT_SCOPE)
-    return()
+    set(${result}_place "by pkg-config" PARENT_SCOPE)
   endif()
+endfunction()
+
+function(stream_mp4v2_by_search result)
+  set(${result} "" PARENT_SCOPE)
   find_path(MP4V2_INCLUDE_DIR mp4v2/mp4v2.h)
   find_library(MP4V2_LIBRARY NAMES mp4v2 libmp4v2)
   mark_as_advanced(MP4V2_INCLUDE_DIR MP4V2_LIBRARY)
@@ -35,6 +52,7 @@ function(stream_find_mp4v2 result)
     target_include_directories(mp4v2_found SYSTEM INTERFACE ${MP4V2_INCLUDE_DIR})
     target_link_libraries(mp4v2_found INTERFACE ${MP4V2_LIBRARY})
     set(${result} mp4v2_found PARENT_SCOPE)
+    set(${result}_place "in ${MP4V2_LIBRARY}" PARENT_SCOPE)
   endif()
 endfunction()
 
@@ -50,18 +68,42 @@ function(stream_mp4v2_compiles result target body)
   unset(stream_mp4v2_check CACHE)
 endfunction()
 
+# stream_find_mp4v2(TARGET PLACE FAILED) - the first libmp4v2 with which a program builds, and where it is;
+# both are empty where there is none. FAILED lists where one was found with which none builds: the
+# pkg-config file of a library may be wrong while a plain search finds it.
+function(stream_find_mp4v2 target place failed)
+  set(${target} "" PARENT_SCOPE)
+  set(${place} "" PARENT_SCOPE)
+  set(places_that_failed "")
+  foreach(way pkg_config search)
+    cmake_language(CALL stream_mp4v2_by_${way} candidate)
+    if(NOT candidate)
+      continue()
+    endif()
+    stream_mp4v2_compiles(works ${candidate} "MP4Close(MP4Read(\"\"));")
+    if(works)
+      set(${target} ${candidate} PARENT_SCOPE)
+      set(${place} ${candidate_place} PARENT_SCOPE)
+      break()
+    endif()
+    message(STATUS "MP4 reader: a program with the libmp4v2 found ${candidate_place} does not build")
+    list(APPEND places_that_failed ${candidate_place})
+  endforeach()
+  set(${failed} "${places_that_failed}" PARENT_SCOPE)
+endfunction()
+
 add_library(mp4_reader INTERFACE)
 set(STREAM_MP4_READER bundled)
-set(mp4v2_target "")
 if(NOT MP4_READER STREQUAL "bundled")
-  stream_find_mp4v2(mp4v2_target)
-endif()
-if(mp4v2_target)
-  stream_mp4v2_compiles(mp4v2_works ${mp4v2_target} "MP4Close(MP4Read(\"\"));")
-  if(mp4v2_works)
+  stream_find_mp4v2(mp4v2_target mp4v2_place mp4v2_failed)
+  if(mp4v2_target)
     set(STREAM_MP4_READER installed)
-  else()
-    message(STATUS "MP4 reader: a program with the installed libmp4v2 (${mp4v2_target}) does not build")
+  elseif(MP4_READER STREQUAL "installed" AND mp4v2_failed)
+    list(JOIN mp4v2_failed " and " mp4v2_failed)
+    message(FATAL_ERROR
+      "MP4_READER is installed, but a program with the libmp4v2 found ${mp4v2_failed} does not build")
+  elseif(MP4_READER STREQUAL "installed")
+    message(FATAL_ERROR "MP4_READER is installed, but libmp4v2 was not found: see CMAKE_PREFIX_PATH")
   endif()
 endif()
 
@@ -71,23 +113,21 @@ if(STREAM_MP4_READER STREQUAL "installed")
   stream_mp4v2_compiles(mp4v2_has_offset ${mp4v2_target}
     "return MP4GetSampleFileOffset(MP4Read(\"\"), 1, 1) != 0;")
   if(mp4v2_has_offset)
-    message(STATUS "MP4 reader: installed libmp4v2 (${mp4v2_target})")
+    message(STATUS "MP4 reader: libmp4v2 found ${mp4v2_place}")
   else()
-    message(STATUS "MP4 reader: installed libmp4v2 (${mp4v2_target}), with file offsets by the adapter")
+    message(STATUS "MP4 reader: libmp4v2 found ${mp4v2_place}, with file offsets by the adapter")
     target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_OFFSETS_BY_ADAPTER)
-    target_sources(stream_core PRIVATE ${PROJECT_SOURCE_DIR}/mp4/mp4_installed_offset.cc)
+    target_sources(stream_core PRIVATE ${CMAKE_CURRENT_LIST_DIR}/../mp4/mp4_installed_offset.cc)
   endif()
   # The library logs to the console by itself, and where it can be silenced it is.
   stream_mp4v2_compiles(mp4v2_logs ${mp4v2_target} "MP4LogSetLevel(MP4_LOG_NONE);")
   if(mp4v2_logs)
     target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_READER_LOGS)
   endif()
-elseif(MP4_READER STREQUAL "installed")
-  message(FATAL_ERROR "MP4_READER is installed, but libmp4v2 was not found: see CMAKE_PREFIX_PATH")
 else()
   message(STATUS "MP4 reader: bundled")
   target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_READER_BUNDLED)
   # As that of an installed library: its C is not held to the rules of our C++.
-  target_include_directories(mp4_reader SYSTEM INTERFACE ${PROJECT_SOURCE_DIR}/isobmff/include)
+  target_include_directories(mp4_reader SYSTEM INTERFACE ${CMAKE_CURRENT_LIST_DIR}/../isobmff/include)
 endif()
 target_link_libraries(stream_core PUBLIC mp4_reader)

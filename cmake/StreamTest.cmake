@@ -1,6 +1,6 @@
-# stream_add_test(NAME label... SOURCES file... [LIBRARIES target...])
+# stream_add_test(NAME label... SOURCES file... [LIBRARIES target...] [COMPONENT object...])
 #
-# A GoogleTest program linked with all of the component. Each of its cases is a CTest test of its own,
+# A GoogleTest program linked with all of the component, or with those objects of it. Each of its cases is a CTest test of its own,
 # and so a process of its own: much of the component's state is process-wide. The program lies in a
 # directory of its own, since cache files are made beside the executable; cases of one program never
 # run side by side for the same reason. The tests themselves are not optimised, nor looked at by the
@@ -10,11 +10,14 @@ find_package(GTest REQUIRED)
 include(GoogleTest)
 
 function(stream_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;TIMEOUT" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "LABEL;TIMEOUT" "SOURCES;LIBRARIES;COMPONENT")
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
-  add_executable(${name} ${arg_SOURCES} $<TARGET_OBJECTS:stream_core>)
+  if(NOT arg_COMPONENT)
+    set(arg_COMPONENT $<TARGET_OBJECTS:stream_core>)
+  endif()
+  add_executable(${name} ${arg_SOURCES} ${arg_COMPONENT})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   if(NOT WIN32)
     target_compile_options(${name} PRIVATE -O0)

@@ -110,6 +110,7 @@ Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id) {
   Mp4VideoTrack track;
   track.id = id;
   track.codec = CodecName(SampleEntryName(file, id));
+  if (track.codec.empty()) return track;  // an installed libmp4v2 crashes below without a name
   // On a track of another codec the call may succeed and leave the pointers untouched.
   ParameterSetList sps;
   ParameterSetList pps;

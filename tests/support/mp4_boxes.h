@@ -260,6 +260,14 @@ inline Bytes SampleTableBox(const Track& track, const std::vector<std::uint64_t>
   return PaddedBox(track, "stbl", body);
 }
 
+// The media data is in this file (ISO/IEC 14496-12, 8.7.1). The bundled reader does not ask, but
+// libmp4v2 reads no sample of a track without it.
+inline Bytes DataInformationBox() {
+  constexpr unsigned kInThisFile = 1;
+  const Bytes url = Box("url ", Join({U8(0), Zeros(2), U8(kInThisFile)}));
+  return Box("dinf", Table("dref", {url}));
+}
+
 inline Bytes TrackBox(const Track& track, const std::vector<std::uint64_t>& offsets) {
   std::uint64_t duration = 0;
   for (const Sample& sample : track.samples) duration += sample.duration;
@@ -271,7 +279,8 @@ inline Bytes TrackBox(const Track& track, const std::vector<std::uint64_t>& offs
       FullBox("mdhd", version,
               Join({Times(version), U32(track.time_scale), Length(version, duration), Zeros(4)}));
   const Bytes hdlr = FullBox("hdlr", 0, Join({Zeros(4), Text(track.handler), Zeros(13)}));
-  const Bytes minf = PaddedBox(track, "minf", SampleTableBox(track, offsets));
+  const Bytes minf =
+      PaddedBox(track, "minf", Join({DataInformationBox(), SampleTableBox(track, offsets)}));
   const Bytes mdia = PaddedBox(track, "mdia", Join({mdhd, hdlr, minf}));
   return PaddedBox(track, "trak", Join({tkhd, track.more, mdia}));
 }

@@ -17,7 +17,8 @@ void Screen::Line(std::string_view line) {
 
 void Screen::Status(double at_ms, std::string_view text) {
   if (form_.quiet) return;
-  Line("[" + FixedText(at_ms / 1000, 3) + " s] " + std::string(text));
+  std::string line = "[";
+  Line(line.append(FixedText(at_ms / 1000, 3)).append(" s] ").append(text));
 }
 
 void Screen::Progress(std::string_view text) {
@@ -40,7 +41,8 @@ void Screen::Write(const std::string& text) {
 
 std::string Screen::Blank() {
   if (progress_width_ == 0) return {};
-  std::string blank = "\r" + std::string(progress_width_, ' ') + "\r";
+  std::string blank = "\r";
+  blank.append(progress_width_, ' ').append("\r");
   progress_width_ = 0;
   return blank;
 }

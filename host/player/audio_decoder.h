@@ -7,6 +7,8 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 

@@ -6,6 +6,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 }
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 

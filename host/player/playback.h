@@ -4,9 +4,11 @@
 #define HOST_PLAYER_PLAYBACK_H_
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <thread>
+#include <vector>
 
 #include "access_units.h"
 #include "bounded_queue.h"

@@ -9,7 +9,8 @@ namespace player {
 namespace {
 
 std::string TwoDigits(long long number) {
-  return (number < 10 ? "0" : "") + std::to_string(number);
+  std::string digits = number < 10 ? "0" : "";
+  return digits.append(std::to_string(number));
 }
 
 const char* StateText(PlayState state) {

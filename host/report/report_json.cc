@@ -1,7 +1,10 @@
 #include "report_json.h"
 
 #include <cmath>
+#include <cstdint>
 #include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
 
 #include "findings.h"
 

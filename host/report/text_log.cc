@@ -1,6 +1,7 @@
 #include "text_log.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace report {

@@ -4,6 +4,7 @@
 #define HOST_REPORT_TEXT_LOG_H_
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <string>

@@ -12,6 +12,7 @@
 #include "hls/hls_state.h"
 #include "hls/segment_queue.h"
 #include "hls/segment_states.h"
+#include "ts/ts_packet.h"
 
 namespace {
 
@@ -29,6 +30,12 @@ void DropLeftover() {
 
 bool Fits(std::size_t length) {
   return length <= kSegmentBufferSize - static_cast<std::size_t>(g_downloadLength);
+}
+
+// Of a partial body only whole packets stay, so that the packets of the next segment, which is
+// appended to them, are whole too. With g_downloadMutex held.
+void KeepWholePackets() {
+  g_downloadLength -= g_downloadLength % static_cast<std::int32_t>(kTsPacketSize);
 }
 
 // With g_downloadMutex held.
@@ -59,6 +66,7 @@ void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
     SetSegmentState(url, kSegmentDownloaded);
     HandOver(pipeline);
   } else {
+    KeepWholePackets();
     NoteSegmentDone(url);
   }
 }

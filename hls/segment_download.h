@@ -7,9 +7,10 @@
 
 #include "hls/hls_pipeline.h"
 
-// Runs until the pipeline is stopped. Segments that end before the start position are passed over;
-// a download that fails is not tried again, and what came of it stays in front of the next segment
-// (kept on purpose). Tells the player the duration queued so far and the position reached.
+// Runs until the pipeline is stopped. Segments that end before the start position are skipped. A
+// download that fails is not repeated; the whole packets that it received stay before the next
+// segment (kept for compatibility). Reports the duration queued so far and the position reached to
+// the player.
 void DownloadPartsThread(HlsPipeline& pipeline);
 
 // The write callback: appends to g_downloadBuffer. A segment that does not fit is given up whole;

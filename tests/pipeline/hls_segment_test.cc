@@ -112,12 +112,25 @@ TEST_F(HlsSegmentTest, WhatCameOfOneThatWasCutOffIsPlayedInFrontOfTheNext) {
   PlayAndExpect(parts_[0] + FirstBytes(parts_[1], came) + parts_[2] + parts_[3]);
 }
 
-TEST_F(HlsSegmentTest, OneThatWasCutOffWithinAPacketPutsTheNextOutOfStep) {
-  const std::size_t came = 30 * kTsPacketSize + 100;
-  server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
-  Bytes joined = FirstBytes(parts_[1], came) + parts_[2];
-  joined.resize(joined.size() / kTsPacketSize * kTsPacketSize);  // the tail is dropped
-  PlayAndExpect(parts_[0] + joined + parts_[3]);
+TEST_F(HlsSegmentTest, OneThatWasCutOffWithinAPacketKeepsItsWholePacketsAndTheNextOneIsWhole) {
+  const std::size_t whole = 30 * kTsPacketSize;
+  server_.Put("/seg1.ts", CutAfter(whole + 100, Whole(parts_[1])));
+  const std::string console =
+      PlayAndExpect(parts_[0] + FirstBytes(parts_[1], whole) + parts_[2] + parts_[3]);
+  EXPECT_THAT(console, Not(HasSubstr("sync byte")));
+}
+
+TEST_F(HlsSegmentTest, OneThatWasCutOffWithinItsFirstPacketLeavesNothing) {
+  server_.Put("/seg1.ts", CutAfter(kTsPacketSize - 1, Whole(parts_[1])));
+  PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
+}
+
+TEST_F(HlsSegmentTest, TwoInARowThatWereCutOffWithinAPacketAreBothKeptInWholePackets) {
+  const std::size_t whole = 10 * kTsPacketSize;
+  server_.Put("/seg1.ts", CutAfter(whole + 1, Whole(parts_[1])));
+  server_.Put("/seg2.ts", CutAfter(whole + 187, Whole(parts_[2])));
+  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], whole) + FirstBytes(parts_[2], whole) +
+                parts_[3]);
 }
 
 TEST_F(HlsSegmentTest, TwoInARowThatWereCutOffAreBothKept) {

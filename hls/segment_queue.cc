@@ -21,6 +21,10 @@ constexpr std::size_t kRememberedSegments = 1000;
 // How many segments the live playlist lists. Guarded by g_segmentQueueMutex.
 std::size_t g_listedSegments = 0;
 
+// Whether an on-demand playlist was queued, which wakes the segment thread also where it lists
+// nothing. Guarded by g_segmentQueueMutex.
+bool g_onDemandQueued = false;
+
 // How often its media sequence began anew. Guarded by g_playlistMutex.
 std::uint64_t g_sequenceEpoch = 0;
 
@@ -193,6 +197,7 @@ void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
   {
     const std::lock_guard lock(g_segmentQueueMutex);
     std::move(all.begin(), all.end(), std::back_inserter(*g_segmentQueue));
+    g_onDemandQueued = true;
   }
   WakeHlsTasks();
 }
@@ -201,6 +206,7 @@ void ClearSegmentQueue() {
   const std::lock_guard lock(g_segmentQueueMutex);
   *g_segmentQueue = {};  // gives its memory back
   g_listedSegments = 0;
+  g_onDemandQueued = false;
 }
 
 std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history) {
@@ -208,9 +214,11 @@ std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory&
   std::size_t limit = 0;
   {
     std::unique_lock lock(g_segmentQueueMutex);
-    g_segmentQueueCond->wait(
-        lock, [&pipeline] { return !g_segmentQueue->empty() || !pipeline.running.load(); });
+    g_segmentQueueCond->wait(lock, [&pipeline] {
+      return !g_segmentQueue->empty() || g_onDemandQueued || !pipeline.running.load();
+    });
     waiting.swap(*g_segmentQueue);
+    g_onDemandQueued = false;
     limit = std::max(kRememberedSegments, g_listedSegments);
   }
   std::vector<M3u8Entry> batch;

@@ -25,7 +25,7 @@ bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlis
                                const std::string& text);
 
 // Queues every entry of an on-demand playlist, whatever its address is, and adds up their
-// durations. Says how many there are on the console.
+// durations. Prints how many there are. The segment thread wakes also where there are none.
 void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries);
 
 // Forgets what waits, and what the playlist listed.
@@ -37,8 +37,8 @@ struct SegmentHistory {
   std::uint64_t epoch = 0;  // of the sequence numbers that they belong to
 };
 
-// Waits until segments are queued or the pipeline is stopped, then takes all that wait, but for
-// those that were taken before, and adds up their durations. May be empty.
+// Waits until segments or an on-demand playlist are queued or the pipeline is stopped, then takes
+// all pending segments but those that were taken before, and adds up their durations. May be empty.
 std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history);
 
 // Sleeps until the next refresh is due, or until the pipeline is stopped.

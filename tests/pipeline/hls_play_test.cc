@@ -131,6 +131,14 @@ TEST_F(HlsOnDemandTest, PlaylistIsRequestedOnceAndEverySegmentOnce) {
   }
 }
 
+TEST_F(HlsOnDemandTest, PlaylistWithoutEntriesReportsADurationOfZeroAtOnce) {
+  server_.Put(kList, OnDemandPlaylist({}));
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(player_.WaitFor([](const Record& record) { return !record.durations.empty(); }));
+  EXPECT_THAT(player_.Snapshot().durations, ElementsAre(0.0F));
+  Stop();
+}
+
 TEST_F(HlsOnDemandTest, SegmentsNeedNoTsInTheirAddress) {
   const hls_test::Uris names = {"one.aac", "two.bin", "three"};
   PutSegments(MakeStream(30), names);

@@ -147,6 +147,26 @@ TEST_F(SegmentQueueTest, OnDemandSegmentThatIsListedTwiceIsTakenOnce) {
   EXPECT_EQ(pipeline_.queuedDuration.load(), 10.0F);
 }
 
+TEST_F(SegmentQueueTest, OnDemandPlaylistWithoutEntriesEndsTheWaitOnceWithAnEmptyBatch) {
+  testing::internal::CaptureStdout();
+  QueueAllSegments(pipeline_, {});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "QUEUEED3:0");
+  EXPECT_THAT(TakeQueuedSegments(pipeline_, history_), IsEmpty()) << "and returns at once";
+  std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
+  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U) << "waited for";
+  producer.join();
+}
+
+TEST_F(SegmentQueueTest, OnDemandPlaylistWithoutEntriesThatWasStoppedDoesNotWakeTheNextRun) {
+  testing::internal::CaptureStdout();
+  QueueAllSegments(pipeline_, {});
+  testing::internal::GetCapturedStdout();
+  ClearHlsStream();
+  std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
+  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U);
+  producer.join();
+}
+
 TEST_F(SegmentQueueTest, StopEndsTheWaitForSegments) {
   std::thread stopper([this] {
     pipeline_.running = false;

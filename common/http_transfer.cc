@@ -4,6 +4,7 @@
 
 #include "common/console.h"
 #include "common/format_text.h"
+#include "common/silence_watch.h"
 #include "common/user_agent.h"
 
 namespace {
@@ -21,6 +22,37 @@ int EndWhenStopped(void* running, curl_off_t, curl_off_t, curl_off_t, curl_off_t
 
 // A stop must not wait for a name server either: libcurl leaves a look-up that still runs behind.
 void DoNotWaitForNameServers(CURL* handle) { curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); }
+
+// A transfer with a silence limit, while it is performed.
+struct WatchedTransfer {
+  const std::atomic<bool>& running;
+  SilenceWatch silence;
+  std::uint64_t header_bytes = 0;
+};
+
+std::size_t CountHeaderBytes(char*, std::size_t size, std::size_t count, void* watched) {
+  static_cast<WatchedTransfer*>(watched)->header_bytes += size * count;
+  return size * count;
+}
+
+int EndWhenStoppedOrSilent(void* watched, curl_off_t, curl_off_t body_bytes, curl_off_t,
+                           curl_off_t) {
+  auto& transfer = *static_cast<WatchedTransfer*>(watched);
+  if (!transfer.running.load()) return 1;
+  const auto received = transfer.header_bytes + static_cast<std::uint64_t>(body_bytes);
+  return transfer.silence.IsTooLong(received, SilenceWatch::Clock::now()) ? 1 : 0;
+}
+
+CURLcode PerformWatched(CURL* handle, const Transfer& transfer) {
+  WatchedTransfer watched{transfer.running, {transfer.silence_limit, SilenceWatch::Clock::now()}};
+  curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, CountHeaderBytes);
+  curl_easy_setopt(handle, CURLOPT_HEADERDATA, &watched);
+  curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndWhenStoppedOrSilent);
+  curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &watched);
+  const CURLcode result = curl_easy_perform(handle);
+  curl_easy_reset(handle);  // `watched` does not outlive this call
+  return result;
+}
 
 }  // namespace
 
@@ -44,9 +76,10 @@ void SetUpTransfer(CURL* handle, const Transfer& transfer) {
   DoNotWaitForNameServers(handle);
 }
 
-CURLcode PerformTransfer(CURL* handle, const std::string& url) {
-  const CURLcode result = curl_easy_perform(handle);
-  if (result == CURLE_OK) ConsoleLine("[DOWNLOAD]: " + url);
+CURLcode PerformTransfer(CURL* handle, const Transfer& transfer) {
+  const bool is_watched = transfer.silence_limit > std::chrono::milliseconds::zero();
+  const CURLcode result = is_watched ? PerformWatched(handle, transfer) : curl_easy_perform(handle);
+  if (result == CURLE_OK) ConsoleLine("[DOWNLOAD]: " + transfer.url);
   return result;
 }
 
@@ -65,7 +98,7 @@ CurlHandle SetUpDownload(const Transfer& transfer, std::uint64_t offset) {
 
 void PerformDownload(const CurlHandle& handle, const Transfer& transfer) {
   if (handle == nullptr) return;
-  if (PerformTransfer(handle.get(), transfer.url) == CURLE_ABORTED_BY_CALLBACK) {
+  if (PerformTransfer(handle.get(), transfer) == CURLE_ABORTED_BY_CALLBACK) {
     char nothing = '\0';
     transfer.on_bytes(&nothing, 1, 0, nullptr);
   }

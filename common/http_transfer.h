@@ -12,6 +12,7 @@
 #include <curl/curl.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -29,6 +30,9 @@ struct Transfer {
   std::string url;
   curl_write_callback on_bytes;      // called on the thread that performs the transfer
   const std::atomic<bool>& running;  // outlives the transfer
+
+  // A transfer that receives no byte, of headers or body, for so long fails. Zero: it never does.
+  std::chrono::milliseconds silence_limit{0};
 };
 
 // Makes a write callback of a function that may throw, when memory runs out say: nothing is thrown
@@ -46,7 +50,8 @@ std::size_t GuardedCallback(char* bytes, std::size_t size, std::size_t count, vo
 void SetUpTransfer(CURL* handle, const Transfer& transfer);
 
 // Performs a transfer that was set up, and logs "[DOWNLOAD]: " and the address on success. Blocks.
-CURLcode PerformTransfer(CURL* handle, const std::string& url);
+// `transfer` is the one that the handle was set up with.
+CURLcode PerformTransfer(CURL* handle, const Transfer& transfer);
 
 // The open-ended range "N-" that asks for everything from `offset`. The offset is written as a
 // 32-bit signed number on purpose: resuming past 2 GiB is not supported.

@@ -4,6 +4,7 @@
 #define HLS_HLS_PIPELINE_H_
 
 #include <atomic>
+#include <chrono>
 
 #include "common/http_transfer.h"
 #include "common/player_port.h"
@@ -12,6 +13,10 @@
 struct HlsPipeline {
   PlayerPort player;
   std::atomic<bool> running{false};  // every task loops on it
+
+  // A playlist or segment that receives no byte for so long has failed, so that one connection that
+  // hangs does not end a live stream.
+  std::chrono::milliseconds silence_limit{10'000};
 
   // Handles for the whole life of the pipeline; where one could not be made, what it is for is
   // left undone. The first two are guarded by g_playlistMutex, the third by g_downloadMutex.

@@ -26,7 +26,7 @@ bool Perform(CURL* handle, const Transfer& transfer, bool with_user_agent) {
   if (handle == nullptr || !transfer.running.load()) return false;
   SetUpTransfer(handle, transfer);
   if (with_user_agent) SetUserAgent(handle, transfer.url);
-  return PerformTransfer(handle, transfer.url) == CURLE_OK;
+  return PerformTransfer(handle, transfer) == CURLE_OK;
 }
 
 }  // namespace
@@ -43,7 +43,8 @@ std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRe
   const std::lock_guard lock(g_playlistMutex);
   MakeRoomBehind(*g_playlistText);
   if (!Perform(pipeline.playlistHandle.get(),
-               {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running},
+               {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running,
+                pipeline.silence_limit},
                request.with_user_agent)) {
     return std::nullopt;
   }
@@ -58,5 +59,6 @@ void LeavePlaylist(const std::string& text) {
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
   MakeRoomBehind(*g_variantText);
   return Perform(pipeline.variantHandle.get(),
-                 {url, GuardedCallback<TakeVariantBytes>, pipeline.running}, true);
+                 {url, GuardedCallback<TakeVariantBytes>, pipeline.running, pipeline.silence_limit},
+                 true);
 }

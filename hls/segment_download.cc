@@ -43,9 +43,11 @@ bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
   CURL* const handle = pipeline.segmentHandle.get();
   if (handle == nullptr || !pipeline.running.load()) return false;
   g_leftoverLength = g_downloadLength;
-  SetUpTransfer(handle, {url, GuardedCallback<TakeSegmentBytes>, pipeline.running});
+  const Transfer transfer{url, GuardedCallback<TakeSegmentBytes>, pipeline.running,
+                          pipeline.silence_limit};
+  SetUpTransfer(handle, transfer);
   SetUserAgent(handle, url);
-  return PerformTransfer(handle, url) == CURLE_OK;
+  return PerformTransfer(handle, transfer) == CURLE_OK;
 }
 
 // Waits until the parse thread has taken the segment before. With g_downloadMutex held.

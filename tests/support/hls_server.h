@@ -32,7 +32,8 @@ struct Reply {
   Then then = Then::kRest;
   std::size_t sent = 0;
   int status = 200;
-  std::string location = {};  // where it is redirected, if anywhere
+  std::string location = {};           // where it is redirected, if anywhere
+  std::chrono::milliseconds pause{0};  // before the answer
 };
 
 inline Reply Whole(std::string body) { return {std::move(body)}; }
@@ -66,6 +67,10 @@ inline Reply WithStatus(int status, Reply reply) {
 }
 inline Reply RedirectTo(std::string location) {
   return {"", Reply::Then::kRest, 0, 302, std::move(location)};
+}
+inline Reply After(std::chrono::milliseconds pause, Reply reply) {
+  reply.pause = pause;
+  return reply;
 }
 
 class HlsServer final : public LocalServer {
@@ -132,6 +137,7 @@ class HlsServer final : public LocalServer {
       // In this order: once a request is known to have come, a new reply is not for it.
       const SharedReply reply = ReplyTo(request.path);
       Remember(request);
+      if (reply != nullptr) std::this_thread::sleep_for(reply->pause);
       Answer(request.path, reply, response);
     });
   }

@@ -1,6 +1,7 @@
 #include "hls/m3u8_playlist.h"
 
 #include <array>
+#include <limits>
 #include <utility>
 
 #include "hls/m3u8_attributes.h"
@@ -16,13 +17,16 @@ struct Pass {
   std::string_view base_url;
   std::int64_t& media_sequence;
   M3u8Table& entries;
-  M3u8Entry working{};  // copied into the table at each address
-  float duration = 0;   // announced for the next address
+  M3u8Entry working{};                // copied into the table at each address
+  float duration = 0;                 // announced for the next address
+  bool is_segment_announced = false;  // also by a duration of 0
   std::int32_t segment_index = 0;
+  std::int64_t next_number = kNoSequenceNumber;
   std::size_t room = kMaxResolvedBytes;  // for further addresses
 };
 
 void OnSegmentInfo(Pass& pass, std::string_view value) {
+  pass.is_segment_announced = true;
   // Without a number the duration before stays, and counts again (kept on purpose).
   ScanFloat(value, pass.duration);
   pass.header.totalDuration += pass.duration;
@@ -58,7 +62,9 @@ void OnTargetDuration(Pass& pass, std::string_view value) {
   ScanInt32(value, pass.header.targetDuration);
 }
 
-void OnMediaSequence(Pass& pass, std::string_view value) { ScanInt64(value, pass.media_sequence); }
+void OnMediaSequence(Pass& pass, std::string_view value) {
+  if (ScanInt64(value, pass.media_sequence)) pass.next_number = pass.media_sequence;
+}
 
 void OnEndList(Pass& pass, std::string_view /*value*/) { pass.header.isLive = false; }
 
@@ -93,6 +99,24 @@ void OnTagLine(Pass& pass, std::string_view line) {
   }
 }
 
+// The number of the next segment, which is counted. There is none after the largest.
+std::int64_t TakeNumber(Pass& pass) {
+  const std::int64_t number = pass.next_number;
+  const bool is_last = number == std::numeric_limits<std::int64_t>::max();
+  if (is_last || number == kNoSequenceNumber) {
+    pass.next_number = kNoSequenceNumber;
+  } else {
+    ++pass.next_number;
+  }
+  return number;
+}
+
+// A segment of duration 0 is dropped, but has its number.
+void CountDroppedSegment(Pass& pass, std::string_view line) {
+  if (line.starts_with('#') || !std::exchange(pass.is_segment_announced, false)) return;
+  TakeNumber(pass);
+}
+
 // A line that nothing has announced is no address, and so a segment of duration 0 is dropped on
 // purpose.
 bool IsAddress(const Pass& pass, std::string_view line) {
@@ -112,6 +136,8 @@ bool TakeRoom(Pass& pass, std::string_view uri) {
 // further addresses have the same key, so only the first is kept.
 void OnAddress(Pass& pass, std::string_view line) {
   pass.working.duration = std::exchange(pass.duration, 0.0F);
+  pass.is_segment_announced = false;
+  pass.working.number = pass.header.streamInfPending ? kNoSequenceNumber : TakeNumber(pass);
   if (pass.room == 0) return;  // before it is resolved: that takes time too
   pass.working.uri = ResolveM3u8Uri(pass.base_url, line);
   if (!TakeRoom(pass, pass.working.uri)) return;
@@ -127,6 +153,7 @@ void OnLine(Pass& pass, std::string_view raw) {
   if (IsAddress(pass, line)) {
     OnAddress(pass, line);
   } else {
+    CountDroppedSegment(pass, line);
     OnTagLine(pass, line);
   }
 }

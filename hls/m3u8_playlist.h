@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
@@ -26,6 +27,9 @@ struct M3u8Header {
   bool streamInfPending = false;  // the last tag line was "#EXT-X-STREAM-INF:"
 };
 
+// A segment that has no media sequence number: its text had no "#EXT-X-MEDIA-SEQUENCE:" before it.
+inline constexpr std::int64_t kNoSequenceNumber = std::numeric_limits<std::int64_t>::min();
+
 // A segment or a variant playlist. A segment bears the numbers of the last variant before it in the
 // same text (kept on purpose).
 struct M3u8Entry {
@@ -35,6 +39,10 @@ struct M3u8Entry {
   std::int32_t bandwidth = 0;  // bits a second
   std::int32_t width = 0;      // pixels
   std::int32_t height = 0;
+
+  // Of a segment: the last "#EXT-X-MEDIA-SEQUENCE:" before it and the count of segments in between,
+  // those that are dropped included, so that it stays the same while the window moves on.
+  std::int64_t number = kNoSequenceNumber;
 };
 
 // Segments by their index in the text, from 0; variants by their bandwidth, so that the slowest

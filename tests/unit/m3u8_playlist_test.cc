@@ -22,6 +22,12 @@ struct Parsed {
     result = ParseM3u8(header, base, text, sequence, entries);
   }
 
+  std::vector<std::int64_t> Numbers() const {
+    std::vector<std::int64_t> numbers;
+    for (const auto& [key, entry] : entries) numbers.push_back(entry.number);
+    return numbers;
+  }
+
   std::vector<std::string> Uris() const {
     std::vector<std::string> uris;
     for (const auto& [key, entry] : entries) uris.push_back(entry.uri);
@@ -226,6 +232,56 @@ TEST(ParseM3u8Test, AddressesBeyondTheLimitOfTheirSumAreLeftOut) {
   ASSERT_EQ(full.entries.size(), std::size_t{kFitting});
   EXPECT_EQ(full.entries.rbegin()->second.uri, base + "ab");
   EXPECT_EQ(full.entries.rbegin()->second.uri.size(), kMebibyte - 1);
+}
+
+using Numbers = std::vector<std::int64_t>;
+
+TEST(M3u8NumberTest, SegmentsCountFromTheMediaSequence) {
+  const Parsed parsed("#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:41\n#EXTINF:1,\na.ts\n#EXTINF:1,\nb.ts\n");
+  EXPECT_EQ(parsed.Numbers(), Numbers({41, 42}));
+}
+
+TEST(M3u8NumberTest, DroppedSegmentOfDurationZeroHasItsNumberToo) {
+  const Parsed parsed(
+      "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:41\n#EXTINF:0,\na.ts\n#EXTINF:1,\nb.ts\n"
+      "#EXTINF:0,\n#EXT-X-BYTERANGE:5\nc.ts\n#EXTINF:1,\nd.ts\n");
+  EXPECT_EQ(parsed.Numbers(), Numbers({42, 44}));
+  EXPECT_EQ(parsed.entries.count(1), 1U) << "the keys of the table do not count it";
+}
+
+TEST(M3u8NumberTest, LineThatNothingAnnouncesHasNone) {
+  const Parsed parsed(
+      "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:41\nstray.ts\n#EXTINF:0,\na.ts\nstray.ts\n"
+      "#EXTINF:1,\nb.ts\nstray.ts\n#EXTINF:1,\nc.ts\n");
+  EXPECT_EQ(parsed.Numbers(), Numbers({42, 43}));
+}
+
+TEST(M3u8NumberTest, WithoutAMediaSequenceThereIsNone) {
+  EXPECT_EQ(Parsed("#EXTM3U\n#EXTINF:1,\na.ts\n").Numbers(), Numbers({kNoSequenceNumber}));
+  EXPECT_EQ(Parsed("#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:x\n#EXTINF:1,\na.ts\n").Numbers(),
+            Numbers({kNoSequenceNumber}));
+}
+
+TEST(M3u8NumberTest, SegmentsCountFromTheLastMediaSequenceBeforeThem) {
+  const Parsed parsed(
+      "#EXTINF:1,\nrest.ts\n#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:7\n#EXTINF:1,\na.ts\n"
+      "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:6\n#EXTINF:1,\nb.ts\n");
+  EXPECT_EQ(parsed.Numbers(), Numbers({kNoSequenceNumber, 7, 6}));
+}
+
+TEST(M3u8NumberTest, VariantHasNoneAndIsNotCounted) {
+  const Parsed parsed(
+      "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:7\n#EXT-X-STREAM-INF:BANDWIDTH=500\nlow.m3u8\n"
+      "#EXTINF:1,\na.ts\n");
+  EXPECT_EQ(parsed.entries.at(500).number, kNoSequenceNumber);
+  EXPECT_EQ(parsed.entries.at(0).number, 7);
+}
+
+TEST(M3u8NumberTest, ThereIsNoneAfterTheLargest) {
+  const Parsed parsed(
+      "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:9223372036854775807\n#EXTINF:1,\na.ts\n#EXTINF:1,\nb.ts\n"
+      "#EXTINF:1,\nc.ts\n");
+  EXPECT_EQ(parsed.Numbers(), Numbers({9223372036854775807, kNoSequenceNumber, kNoSequenceNumber}));
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "hls/hls_state.h"
-#include "hls/live_window.h"
+#include "hls/live_sequences.h"
 #include "hls/segment_queue.h"
 #include "hls/segment_states.h"
 #include "ts/ts_demux.h"
@@ -15,7 +15,7 @@ void ClearHlsStream() {
     const std::lock_guard lock(g_playlistMutex);
     *g_playlistText = std::string();  // gives its memory back
     *g_variantText = std::string();
-    g_liveWindow->Forget();
+    g_liveSequences->Forget();
   }
   {
     const std::lock_guard lock(g_downloadMutex);

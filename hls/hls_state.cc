@@ -13,6 +13,7 @@ NeverDestroyed<std::string> g_variantText;
 
 std::mutex g_segmentQueueMutex;
 NeverDestroyed<std::vector<QueuedSegment>> g_segmentQueue;
+NeverDestroyed<std::set<std::pair<std::uint64_t, std::string>>> g_replacedSegments;
 NeverDestroyed<std::condition_variable> g_segmentQueueCond;
 
 std::mutex g_downloadMutex;

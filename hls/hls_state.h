@@ -12,7 +12,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "common/never_destroyed.h"
@@ -29,12 +31,16 @@ extern NeverDestroyed<std::string> g_variantText;
 // A segment that waits for the segment thread.
 struct QueuedSegment {
   M3u8Entry entry;
-  std::string key;          // by which it is told whether it was taken before
-  std::uint64_t epoch = 0;  // counts how often the media sequence had begun anew
+  std::string identity;     // by which the segment thread knows whether it took it before
+  std::uint64_t epoch = 0;  // counts the restarts of the stream before it
 };
 
 extern std::mutex g_segmentQueueMutex;
 extern NeverDestroyed<std::vector<QueuedSegment>> g_segmentQueue;  // guarded by g_segmentQueueMutex
+
+// Pending segments whose address names another segment by now, by epoch and identity: what it would
+// bring is queued too. Guarded by g_segmentQueueMutex.
+extern NeverDestroyed<std::set<std::pair<std::uint64_t, std::string>>> g_replacedSegments;
 
 // Notified, after g_segmentQueueMutex was held, when segments were queued, when the parse thread
 // has taken a segment, and at a stop.

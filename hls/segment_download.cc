@@ -73,13 +73,14 @@ void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
   }
 }
 
-void DownloadPart(HlsPipeline& pipeline, const M3u8Entry& segment) {
+void DownloadPart(HlsPipeline& pipeline, const QueuedSegment& queued) {
+  const M3u8Entry& segment = queued.entry;
   const float position = pipeline.position += segment.duration;
   if (pipeline.startPosition.load() > position) {
     NoteSegmentDone(segment.uri);
     return;
   }
-  FetchAndHandOver(pipeline, segment.uri);
+  if (!IsReplaced(queued)) FetchAndHandOver(pipeline, segment.uri);
   pipeline.player.BufferedTime(position);
 }
 
@@ -104,9 +105,9 @@ std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, vo
 void DownloadPartsThread(HlsPipeline& pipeline) {
   SegmentHistory history;
   while (pipeline.running.load()) {
-    const std::vector<M3u8Entry> batch = TakeQueuedSegments(pipeline, history);
+    const std::vector<QueuedSegment> batch = TakeQueuedSegments(pipeline, history);
     pipeline.player.Duration(pipeline.queuedDuration.load());
-    for (const M3u8Entry& segment : batch) {
+    for (const QueuedSegment& segment : batch) {
       if (!pipeline.running.load()) break;
       DownloadPart(pipeline, segment);
     }

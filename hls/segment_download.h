@@ -9,8 +9,8 @@
 
 // Runs until the pipeline is stopped. Segments that end before the start position are skipped. A
 // download that fails is not repeated; the whole packets that it received stay before the next
-// segment (kept for compatibility). Reports the duration queued so far and the position reached to
-// the player.
+// segment (kept for compatibility). A segment whose address names another one by now is skipped
+// like one that failed. Reports the duration queued so far and the position reached to the player.
 void DownloadPartsThread(HlsPipeline& pipeline);
 
 // The write callback: appends to g_downloadBuffer. A segment that does not fit is given up whole;

@@ -4,12 +4,13 @@
 #include <chrono>
 #include <iterator>
 #include <mutex>
+#include <set>
 #include <utility>
 
 #include "common/console.h"
 #include "common/format_text.h"
 #include "hls/hls_state.h"
-#include "hls/live_window.h"
+#include "hls/live_sequences.h"
 #include "hls/playlist_fetch.h"
 #include "hls/segment_states.h"
 
@@ -25,14 +26,17 @@ std::size_t g_listedSegments = 0;
 // nothing. Guarded by g_segmentQueueMutex.
 bool g_onDemandQueued = false;
 
-// How often its media sequence began anew. Guarded by g_playlistMutex.
+// How often it restarted. Guarded by g_playlistMutex.
 std::uint64_t g_sequenceEpoch = 0;
 
-bool IsSegment(const M3u8Entry& entry) { return entry.uri.find(".ts") != std::string::npos; }
+bool ListsSegments(const M3u8Table& entries) {
+  return std::any_of(entries.begin(), entries.end(),
+                     [](const auto& row) { return IsSegment(row.second); });
+}
 
-std::size_t CountSegments(const M3u8Table& entries) {
-  return static_cast<std::size_t>(std::count_if(
-      entries.begin(), entries.end(), [](const auto& row) { return IsSegment(row.second); }));
+// Tokens in the query of a variant may change, and two variants may differ in nothing else.
+std::string SourceOf(const M3u8Entry& variant) {
+  return MakeSegmentKey(variant.uri) + '\n' + std::to_string(variant.bandwidth);
 }
 
 void ConsoleCount(const char* tag, std::size_t count) {
@@ -42,6 +46,25 @@ void ConsoleCount(const char* tag, std::size_t count) {
 std::size_t RoomInQueue() {
   const std::lock_guard lock(g_segmentQueueMutex);
   return kMaxWaitingSegments - std::min(kMaxWaitingSegments, g_segmentQueue->size());
+}
+
+// The segment thread has finished all segments that it took before. With g_segmentQueueMutex held.
+void ForgetReplacedBut(const std::vector<QueuedSegment>& waiting) {
+  if (g_replacedSegments->empty()) return;
+  std::set<std::pair<std::uint64_t, std::string>> pending;
+  for (const QueuedSegment& segment : waiting) {
+    const auto replaced = g_replacedSegments->find({segment.epoch, segment.identity});
+    if (replaced != g_replacedSegments->end()) pending.insert(*replaced);
+  }
+  *g_replacedSegments = std::move(pending);
+}
+
+// A pending segment of that name is gone from the server, which serves the new one there.
+void Replace(const ReusedKey& reused) {
+  ForgetSegment(reused.key);
+  const std::lock_guard lock(g_segmentQueueMutex);
+  if (g_replacedSegments->size() >= kMaxWaitingSegments) return;
+  g_replacedSegments->emplace(g_sequenceEpoch, reused.former_identity);
 }
 
 // One playlist text on its way into the queue.
@@ -55,20 +78,21 @@ class PlaylistPass {
  private:
   bool ParseTop(const std::string& text);
   void QueueListed();
-  bool ParseVariant(const std::string& variant_url);
+  bool ParseVariant(const M3u8Entry& variant);
   bool FollowSequence(const std::string& source, std::int64_t first, const M3u8Table& entries);
   void QueueVariant(const M3u8Entry& variant);
   bool QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys);
   void NoteListed() const;
   bool HandToSegmentThread();
-  bool IsOver() const { return doubtful_ || !pipeline_.running.load(); }
+  std::string IdentityOf(const std::string& uri) const;
+  bool IsOver() const { return is_late_copy_ || !pipeline_.running.load(); }
 
   HlsPipeline& pipeline_;
   const std::string& url_;
   M3u8Table top_;
   M3u8Table variant_segments_;
-  bool sequence_followed_ = false;
-  bool doubtful_ = false;  // nothing of this pass is to be played
+  const SequenceLedger* ledger_ = nullptr;  // of the first playlist that lists segments
+  bool is_late_copy_ = false;               // nothing of this pass is to be played
   // Into the texts of the two tables above.
   SegmentKeys top_keys_;
   SegmentKeys variant_keys_;
@@ -76,25 +100,33 @@ class PlaylistPass {
   const std::size_t room_ = RoomInQueue();
 };
 
-// Follows the media sequence of the first text in this pass that lists segments. Where it begins
-// anew, the segments are others than before, whatever their names are. False when the text is not
-// to be played yet.
+// Follows the media sequence of the first playlist in this pass that lists segments. After a
+// restart every segment is new, whatever its name is, and so is one whose name was reused. False
+// when the playlist is a late copy, which is not to be played.
 bool PlaylistPass::FollowSequence(const std::string& source, std::int64_t first,
                                   const M3u8Table& entries) {
-  const std::size_t count = CountSegments(entries);
-  if (count == 0 || std::exchange(sequence_followed_, true)) return true;
-  const LiveWindow::Verdict verdict = g_liveWindow->Follow(source, first, count);
-  if (verdict == LiveWindow::Verdict::kBeginsAnew) {
+  if (ledger_ != nullptr || !ListsSegments(entries)) return true;
+  SequenceLedger& ledger = g_liveSequences->LedgerOf(source);
+  const SequenceVerdict verdict = ledger.Follow(WindowOf(entries, first));
+  ledger_ = &ledger;
+  is_late_copy_ = verdict == SequenceVerdict::kLateCopy;
+  if (verdict == SequenceVerdict::kRestart) {
+    g_liveSequences->ForgetOthers();
     ForgetAllSegments();
     ++g_sequenceEpoch;
   }
-  doubtful_ = verdict == LiveWindow::Verdict::kDoubtful;
-  return !doubtful_;
+  for (const ReusedKey& reused : ledger.ReusedKeys()) Replace(reused);
+  return !is_late_copy_;
+}
+
+std::string PlaylistPass::IdentityOf(const std::string& uri) const {
+  const std::string_view key = SegmentKeyIn(uri);
+  return ledger_ == nullptr ? std::string(key) : ledger_->IdentityOf(key);
 }
 
 bool PlaylistPass::ParseTop(const std::string& text) {
   M3u8Header header;
-  std::int64_t mediaSequence = LiveWindow::kNoSequence;
+  std::int64_t mediaSequence = kNoSequenceNumber;
   if (!ParseM3u8(header, url_, text, mediaSequence, top_)) return false;
   ConsoleCount("QUEUEED1", top_.size());
   FollowSequence(url_, mediaSequence, top_);
@@ -103,13 +135,13 @@ bool PlaylistPass::ParseTop(const std::string& text) {
 
 // Adds the segments of g_variantText. What a text without a header lists is dropped, and the text
 // stays, for the next one to be appended to it (kept on purpose).
-bool PlaylistPass::ParseVariant(const std::string& variant_url) {
+bool PlaylistPass::ParseVariant(const M3u8Entry& variant) {
   M3u8Header header;
-  std::int64_t mediaSequence = LiveWindow::kNoSequence;
+  std::int64_t mediaSequence = kNoSequenceNumber;
   M3u8Table entries;
   if (!ParseM3u8(header, url_, *g_variantText, mediaSequence, entries)) return false;
   g_variantText->clear();
-  const bool is_played = FollowSequence(variant_url, mediaSequence, entries);
+  const bool is_played = FollowSequence(SourceOf(variant), mediaSequence, entries);
   variant_segments_.merge(entries);
   ConsoleCount("QUEUEED2", variant_segments_.size());
   return is_played;
@@ -119,12 +151,12 @@ bool PlaylistPass::ParseVariant(const std::string& variant_url) {
 bool PlaylistPass::QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys) {
   listed_keys.insert(SegmentKeyIn(segment.uri));
   if (fresh_.size() >= room_ || !AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
-  fresh_.push_back({segment, MakeSegmentKey(segment.uri), g_sequenceEpoch});
+  fresh_.push_back({segment, IdentityOf(segment.uri), g_sequenceEpoch});
   return true;
 }
 
 void PlaylistPass::QueueVariant(const M3u8Entry& variant) {
-  if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant(variant.uri)) return;
+  if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant(variant)) return;
   for (const auto& [index, segment] : variant_segments_) {
     if (!pipeline_.running.load()) return;
     if (IsSegment(segment) && QueueIfNew(segment, variant_keys_)) {
@@ -205,11 +237,12 @@ void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
 void ClearSegmentQueue() {
   const std::lock_guard lock(g_segmentQueueMutex);
   *g_segmentQueue = {};  // gives its memory back
+  g_replacedSegments->clear();
   g_listedSegments = 0;
   g_onDemandQueued = false;
 }
 
-std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history) {
+std::vector<QueuedSegment> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history) {
   std::vector<QueuedSegment> waiting;
   std::size_t limit = 0;
   {
@@ -218,21 +251,27 @@ std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory&
       return !g_segmentQueue->empty() || g_onDemandQueued || !pipeline.running.load();
     });
     waiting.swap(*g_segmentQueue);
+    ForgetReplacedBut(waiting);
     g_onDemandQueued = false;
     limit = std::max(kRememberedSegments, g_listedSegments);
   }
-  std::vector<M3u8Entry> batch;
+  std::vector<QueuedSegment> batch;
   for (QueuedSegment& segment : waiting) {
     if (!pipeline.running.load()) break;
     if (std::exchange(history.epoch, segment.epoch) != segment.epoch) history.taken.Forget();
-    if (!history.taken.Take(segment.key, limit)) {
+    if (!history.taken.Take(segment.identity, limit)) {
       NoteSegmentDone(segment.entry.uri);
       continue;
     }
     pipeline.queuedDuration += segment.entry.duration;
-    batch.push_back(std::move(segment.entry));
+    batch.push_back(std::move(segment));
   }
   return batch;
+}
+
+bool IsReplaced(const QueuedSegment& segment) {
+  const std::lock_guard lock(g_segmentQueueMutex);
+  return g_replacedSegments->contains({segment.epoch, segment.identity});
 }
 
 void PauseBetweenRefreshes(const HlsPipeline& pipeline) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "hls/hls_pipeline.h"
+#include "hls/hls_state.h"
 #include "hls/m3u8_playlist.h"
 #include "hls/taken_segments.h"
 
@@ -39,7 +40,10 @@ struct SegmentHistory {
 
 // Waits until segments or an on-demand playlist are queued or the pipeline is stopped, then takes
 // all pending segments but those that were taken before, and adds up their durations. May be empty.
-std::vector<M3u8Entry> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history);
+std::vector<QueuedSegment> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history);
+
+// Whether the address of a segment that was taken names another segment by now.
+bool IsReplaced(const QueuedSegment& segment);
 
 // Sleeps until the next refresh is due, or until the pipeline is stopped.
 void PauseBetweenRefreshes(const HlsPipeline& pipeline);

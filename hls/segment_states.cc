@@ -22,6 +22,8 @@ std::string_view SegmentKeyIn(std::string_view uri) {
   return query == 0 ? uri : uri.substr(0, query);
 }
 
+bool IsSegment(const M3u8Entry& entry) { return entry.uri.find(".ts") != std::string::npos; }
+
 bool AddSegmentIfNew(const std::string& uri, std::int32_t state) {
   const std::lock_guard lock(g_statesMutex);
   return g_segmentStates->emplace(MakeSegmentKey(uri), state).second;
@@ -66,6 +68,12 @@ void ForgetDoneSegments(const SegmentKeys& top_keys, const SegmentKeys& variant_
     }
     return true;
   });
+}
+
+void ForgetSegment(const std::string& key) {
+  const std::lock_guard lock(g_statesMutex);
+  g_segmentStates->erase(key);
+  g_doneSegments->erase(key);
 }
 
 void ForgetAllSegments() {

@@ -24,6 +24,9 @@ std::string MakeSegmentKey(const std::string& uri);
 std::string_view SegmentKeyIn(std::string_view uri);
 using SegmentKeys = std::set<std::string_view>;
 
+// Whether a live playlist, or one of variants, lists a segment here: its address has ".ts" in it.
+bool IsSegment(const M3u8Entry& entry);
+
 // Adds the segment in that state. False, with nothing changed, when it is known.
 bool AddSegmentIfNew(const std::string& uri, std::int32_t state);
 
@@ -43,6 +46,9 @@ void NoteSegmentDone(const std::string& uri);
 // Forgets, in silence, what was noted as done and is not listed any more: neither by the top-level
 // playlist nor by its variants.
 void ForgetDoneSegments(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {});
+
+// Forgets one segment, in silence: its key names another one from now on.
+void ForgetSegment(const std::string& key);
 
 // Forgets everything.
 void ForgetAllSegments();

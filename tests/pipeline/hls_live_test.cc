@@ -2,11 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "hls/segment_download.h"
+#include "hls/segment_parse.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
 
@@ -104,6 +109,45 @@ TEST_F(HlsLiveTest, EncoderThatWasRestartedPlaysOnUnderTheSameNames) {
   EXPECT_THAT(CountRequests(SegmentUris(0, 3)), ElementsAre(2U, 2U, 1U));
 }
 
+TEST_F(HlsLiveTest, LateCopyPlaysNothingTwice) {
+  const ts_test::Bytes stream = MakeStream(60);
+  PutSegments(stream, SegmentUris(0, 6));
+  PutWindow(0, 3);
+  downloader_.BeginDownload(ListUrl());
+  for (const int first : {2, 0, 1, 3}) {
+    EXPECT_TRUE(WaitForRefreshes(2));
+    PutWindow(first, 3);
+  }
+  EXPECT_TRUE(WaitForVideo(59) && WaitForAudio(59));
+  Stop();
+  EXPECT_THAT(CountRequests(SegmentUris(0, 6)), Each(1U));
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+}
+
+TEST_F(HlsLiveTest, NamesThatAreReusedInARingPlayOn) {
+  constexpr int kSegments = 7;
+  constexpr int kNames = 3;
+  const ts_test::Bytes stream = MakeStream(70);
+  const auto parts = hls_test::CutIntoSegments(stream, kSegments);
+  const auto put = [&](int first) {  // two segments, the second of which may take an old name
+    Uris names;
+    for (int i = first; i < first + 2; ++i) {
+      names.push_back("r" + std::to_string(i % kNames) + ".ts");
+      server_.Put("/" + names.back(), parts[static_cast<std::size_t>(i)]);
+    }
+    server_.Put(kList, LivePlaylist(first, names));
+  };
+  put(0);
+  downloader_.BeginDownload(ListUrl());
+  for (int first = 0; first + 2 < kSegments; ++first) {
+    EXPECT_TRUE(WaitForBufferedTimes(static_cast<std::size_t>(first) + 2));
+    put(first + 1);
+  }
+  EXPECT_TRUE(WaitForVideo(69) && WaitForAudio(69));
+  Stop();
+  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+}
+
 // How a playlist can be had in a way that brings nothing new.
 struct Trouble {
   std::string name;
@@ -182,6 +226,160 @@ TEST_F(HlsRefreshTest, PlaylistCutOffAnywhereLosesAndDoublesNothing) {
     EXPECT_THAT(TakeAndDownload(), IsEmpty());
     EXPECT_THAT(RefreshWindow(first, 3), ElementsAre("seg" + std::to_string(first + 2) + ".ts"))
         << "cut off after " << cut << " bytes";
+  }
+}
+
+TEST_F(HlsRefreshTest, SegmentWhoseNameWasReusedWhileItWaitedIsNotFetchedTwice) {
+  for (const char* path : {"/r0.ts", "/r1.ts", "/r2.ts"}) server_.Put(path, std::string("x"));
+  QueueOrLeave(ListUrl(), LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
+  QueueOrLeave(ListUrl(), LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
+  std::thread parse([this] { ParseSegmentsThread(pipeline_, ListUrl()); });
+  std::thread download([this] { DownloadPartsThread(pipeline_); });
+  EXPECT_TRUE(
+      player_.WaitFor([](const auto& record) { return record.buffered_times.size() == 4; }));
+  pipeline_.running = false;
+  WakeHlsTasks();
+  download.join();
+  parse.join();
+  std::vector<std::string> paths;
+  for (const auto& request : server_.Requests()) paths.push_back(request.path);
+  EXPECT_THAT(paths, ElementsAre("/r1.ts", "/r2.ts", "/r0.ts"));
+  EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10.0F, 20.0F, 30.0F, 40.0F));
+}
+
+// Names out of a ring.
+Uris RingUris(int first, int count, int ring) {
+  Uris uris;
+  for (int i = first; i < first + count; ++i)
+    uris.push_back("r" + std::to_string(i % ring) + ".ts");
+  return uris;
+}
+
+// A live playlist, by itself or as the variant of a master playlist.
+class HlsSequenceTest : public HlsRefreshTest, public testing::WithParamInterface<bool> {
+ protected:
+  HlsSequenceTest() {
+    if (GetParam()) {
+      server_.Put("/list.m3u8", hls_test::MasterPlaylist({{500'000, "low.m3u8"}}));
+    }
+  }
+
+  // One refresh of this window, and what is asked for after it.
+  Uris See(std::int64_t first, const Uris& uris) {
+    server_.Put(GetParam() ? "/low.m3u8" : "/list.m3u8", LivePlaylist(first, uris));
+    EXPECT_TRUE(Refresh(ListUrl()));
+    Uris asked_for = TakeAndDownload();
+    played_.insert(played_.end(), asked_for.begin(), asked_for.end());
+    return asked_for;
+  }
+  Uris See(int first, int count) { return See(first, SegmentUris(first, count)); }
+
+  Uris played_;
+};
+
+INSTANTIATE_TEST_SUITE_P(, HlsSequenceTest, testing::Bool(), [](const auto& source) {
+  return source.param ? "OfAVariant" : "OfTheTopLevel";
+});
+
+TEST_P(HlsSequenceTest, CacheNodeThatLagsSixSegmentsAndMovesOnPlaysNothingTwice) {
+  for (int first = 0; first < 40; ++first) {
+    See(first, 6);
+    if (first < 6) continue;
+    EXPECT_THAT(See(first - 6, 6), IsEmpty());
+    EXPECT_THAT(See(first - first % 6, 6), IsEmpty()) << "as fresh or older";
+  }
+  EXPECT_EQ(played_, SegmentUris(0, 45));
+}
+
+TEST_P(HlsSequenceTest, CacheNodeThatLagsAndAnswersAloneForAWhilePlaysNothingTwice) {
+  for (int first = 0; first <= 20; ++first) See(first, 6);
+  for (int first = 15; first <= 40; ++first) See(first, 6);
+  EXPECT_EQ(played_, SegmentUris(0, 46));
+}
+
+TEST_P(HlsSequenceTest, OneOldCopyForFourRefreshesPlaysNothingTwice) {
+  for (int first = 0; first <= 10; ++first) See(first, 4);
+  for (const int old : {9, 3, 0}) {
+    for (int i = 0; i < 4; ++i) EXPECT_THAT(See(old, 4), IsEmpty());
+  }
+  See(11, 4);
+  EXPECT_EQ(played_, SegmentUris(0, 15));
+}
+
+TEST_P(HlsSequenceTest, RestartWithNewNamesUnderSmallerNumbersIsAskedForAtOnce) {
+  for (int first = 100; first <= 110; ++first) See(first, 3);
+  for (int count = 1; count <= 3; ++count) {
+    const Uris names = SegmentUris(0, count, "new");
+    EXPECT_THAT(See(0, names), ElementsAre(names.back()));
+  }
+  EXPECT_THAT(See(1, SegmentUris(1, 3, "new")), ElementsAre("new3.ts"));
+}
+
+TEST_P(HlsSequenceTest, RestartUnderTheSameNamesPlaysEachOnceBetweenLateCopiesOfTheRunBefore) {
+  for (int first = 100; first <= 110; ++first) See(first, SegmentUris(first - 100, 3));
+  played_.clear();
+  for (int first = 0; first < 10; ++first) {
+    See(first, 3);
+    EXPECT_THAT(See(110, SegmentUris(10, 3)), IsEmpty());
+  }
+  EXPECT_EQ(played_, SegmentUris(0, 12));
+}
+
+TEST_P(HlsSequenceTest, RestartUnderTheSameNamesAndNumbersPlaysInTheEnd) {
+  for (int first = 0; first <= 60; ++first) See(first, 3);
+  played_.clear();
+  for (int first = 0; first < 40; ++first) See(first, 3);
+  EXPECT_EQ(played_, SegmentUris(13, 29));
+}
+
+TEST_P(HlsSequenceTest, RingOfEightNamesPlaysOnOverFortyWindows) {
+  for (const int length : {3, 5, 8}) {
+    SCOPED_TRACE(length);
+    history_ = {};
+    ClearHlsStream();
+    played_.clear();
+    for (int first = 0; first < 40; ++first) {
+      See(first, RingUris(first, length, 8));
+      EXPECT_THAT(See(first, RingUris(first, length, 8)), IsEmpty()) << "it has not moved";
+    }
+    EXPECT_EQ(played_, RingUris(0, 39 + length, 8));
+  }
+}
+
+TEST_P(HlsSequenceTest, SegmentsOfDurationZeroThatLeaveTheWindowShiftNoNumber) {
+  for (int first = 0; first < 30; ++first) {
+    std::string text = "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
+    for (int i = first; i < first + 5; ++i) {  // every third is announced with a duration of 0
+      text += (i % 3 == 0 ? "#EXTINF:0,\nr" : "#EXTINF:2,\nr") + std::to_string(i % 6) + ".ts\n";
+    }
+    server_.Put(GetParam() ? "/low.m3u8" : "/list.m3u8", text);
+    EXPECT_TRUE(Refresh(ListUrl()));
+    for (const std::string& name : TakeAndDownload()) played_.push_back(name);
+  }
+  Uris expected;
+  for (int i = 0; i < 34; ++i) {
+    if (i % 3 != 0) expected.push_back("r" + std::to_string(i % 6) + ".ts");
+  }
+  EXPECT_EQ(played_, expected);
+}
+
+TEST_P(HlsSequenceTest, NumbersThatCountNoSegmentsPlayEverySegmentOnce) {
+  const std::vector<std::function<std::int64_t(int refresh, int first)>> numberings = {
+      [](int, int) { return 0; },
+      [](int, int) { return 1; },
+      [](int refresh, int) { return refresh; },
+      [](int refresh, int) { return 1'700'000'000 + refresh; },
+      [](int, int first) { return 1'700'000'000 + first * 10; },
+  };
+  for (const auto& number : numberings) {
+    history_ = {};
+    ClearHlsStream();
+    played_.clear();
+    for (int refresh = 0; refresh < 60; ++refresh) {
+      const int first = refresh / 3;
+      See(number(refresh, first), SegmentUris(first, 3));
+    }
+    EXPECT_EQ(played_, SegmentUris(0, 22));
   }
 }
 

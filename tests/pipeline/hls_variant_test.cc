@@ -136,24 +136,76 @@ TEST_F(HlsVariantTest, OneThatIsMissingForAWhileGoesOnWhereItWas) {
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
 }
 
-TEST_F(HlsVariantTest, SequenceThatBeginsAnewIsPlayedAgainOnceItMovesOn) {
+TEST_F(HlsVariantTest, StreamThatRestartsUnderTheSameNamesIsPlayedAtOnce) {
   PutLow(LivePlaylist(100, SegmentUris(0, 3)));
   EXPECT_TRUE(Pass());
   TakeAndDownload();
   PutLow(LivePlaylist(0, SegmentUris(0, 3)));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   PutLow(LivePlaylist(1, SegmentUris(1, 3)));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg1.ts", "seg2.ts", "seg3.ts"));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
 }
 
-TEST_F(HlsVariantTest, ConsoleCountsAlsoWhatIsNotToBePlayedYet) {
+TEST_F(HlsVariantTest, LateCopyIsCountedAndOtherwiseSkipped) {
   server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
-  PutLow(LivePlaylist(100, SegmentUris(0, 3)));
-  EXPECT_TRUE(Pass());
-  PutLow(LivePlaylist(0, SegmentUris(0, 3)));
+  for (const int first : {100, 101}) {
+    PutLow(LivePlaylist(first, SegmentUris(first, 3)));
+    EXPECT_TRUE(Pass());
+    TakeAndDownload();
+  }
+  PutLow(LivePlaylist(100, SegmentUris(100, 3)));
   EXPECT_THAT(Console(), testing::EndsWith("QUEUEED2:3"));
+  EXPECT_EQ(WaitingSegments(), 0U);
+}
+
+TEST_F(HlsVariantTest, OneWhoseNamesAreReusedPlaysOnAfterAnotherTookItsPlace) {
+  const auto list = [](const std::string& prefix, int first) {
+    std::vector<std::string> names;
+    for (int i = first; i < first + 5; ++i) names.push_back(prefix + std::to_string(i % 8) + ".ts");
+    return LivePlaylist(first, names);
+  };
+  std::vector<std::string> played;
+  for (int first = 0; first < 40; ++first) {
+    PutLow(first % 10 == 9 ? "" : list("low", first));
+    PutHigh(list("high", first));
+    EXPECT_TRUE(Pass());
+    for (const std::string& name : TakeAndDownload()) {
+      if (name.starts_with("low")) played.push_back(name);
+    }
+  }
+  std::vector<std::string> expected;
+  for (int i = 0; i < 43; ++i) expected.push_back("low" + std::to_string(i % 8) + ".ts");
+  EXPECT_EQ(played, expected);
+}
+
+TEST_F(HlsVariantTest, RestartOfOneIsARestartOfAll) {
+  PutLow(LivePlaylist(100, SegmentUris(0, 3, "low")));
+  EXPECT_TRUE(Pass());
+  PutLow("");
+  PutHigh(LivePlaylist(100, SegmentUris(0, 3, "high")));
+  EXPECT_TRUE(Pass());
+  PutLow(LivePlaylist(0, SegmentUris(0, 3, "low")));
+  EXPECT_TRUE(Pass());
+  EXPECT_EQ(TakeAndDownload().size(), 9U);
+  PutLow("");
+  PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("high0.ts", "high1.ts", "high2.ts"));
+  PutLow(LivePlaylist(1, SegmentUris(1, 3, "low")));
+  EXPECT_TRUE(Pass());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("low3.ts"));
+}
+
+TEST_F(HlsVariantTest, OneWithATokenThatChangesIsTheSameOne) {
+  for (int first = 0; first < 40; ++first) {
+    server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8?token=" + std::to_string(first)}}));
+    PutLow(LivePlaylist(first, {"r" + std::to_string(first % 3) + ".ts",
+                                "r" + std::to_string((first + 1) % 3) + ".ts"}));
+    EXPECT_TRUE(Pass());
+    EXPECT_EQ(TakeAndDownload().size(), first == 0 ? 2U : 1U);
+  }
 }
 
 TEST_F(HlsVariantTest, StopAmidItsSegmentsLeavesTheRestUndone) {

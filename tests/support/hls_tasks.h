@@ -55,9 +55,10 @@ class HlsTasks : public testing::Test {
   std::vector<std::string> Take() {
     if (WaitingSegments() == 0) return {};
     std::vector<std::string> names;
-    for (const M3u8Entry& segment : TakeQueuedSegments(pipeline_, history_)) {
-      names.push_back(segment.uri.substr(segment.uri.rfind('/') + 1));
-      taken_.push_back(segment);
+    for (const QueuedSegment& segment : TakeQueuedSegments(pipeline_, history_)) {
+      const std::string& uri = segment.entry.uri;
+      names.push_back(uri.substr(uri.rfind('/') + 1));
+      taken_.push_back(segment.entry);
     }
     return names;
   }

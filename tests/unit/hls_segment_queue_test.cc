@@ -24,6 +24,12 @@ using hls_test::Uris;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+// Lets so many segments wait that there is room for `room` more.
+void LeaveRoomFor(std::size_t room) {
+  const std::lock_guard lock(g_segmentQueueMutex);
+  g_segmentQueue->resize(kMaxWaitingSegments - room);
+}
+
 class SegmentQueueTest : public HlsTasks {
  protected:
   SegmentQueueTest() { pipeline_.variantHandle.reset(); }  // variants cannot be fetched
@@ -197,28 +203,28 @@ TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueuedMeanwhile) {
   producer.join();
 }
 
-TEST_F(SegmentQueueTest, StreamThatBeginsAnewIsPlayedAgainOnceItMovesOn) {
+TEST_F(SegmentQueueTest, StreamThatRestartsUnderTheSameNamesIsPlayedAtOnce) {
   Queue(LivePlaylist(100, SegmentUris(0, 3)));
   TakeAndDownload();
   Queue(LivePlaylist(103, SegmentUris(3, 3)));
   TakeAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
-  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   Queue(LivePlaylist(0, SegmentUris(0, 4)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts", "seg3.ts"));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
   Queue(LivePlaylist(1, SegmentUris(1, 4)));
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg4.ts"));
 }
 
-TEST_F(SegmentQueueTest, StreamThatBeginsAnewAndStandsStillIsPlayedAtItsThirdRefresh) {
+TEST_F(SegmentQueueTest, StreamThatRestartsAndStandsStillIsPlayedOnce) {
   Queue(LivePlaylist(100, SegmentUris(0, 3)));
   TakeAndDownload();
-  for (int i = 0; i < 2; ++i) {
+  Queue(LivePlaylist(0, SegmentUris(0, 3)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  for (int i = 0; i < 20; ++i) {
     Queue(LivePlaylist(0, SegmentUris(0, 3)));
     EXPECT_THAT(TakeAndDownload(), IsEmpty());
   }
-  Queue(LivePlaylist(0, SegmentUris(0, 3)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
 }
 
 TEST_F(SegmentQueueTest, SegmentsStillWaitingWhenTheStreamBeginsAnewArePlayedToo) {
@@ -228,19 +234,71 @@ TEST_F(SegmentQueueTest, SegmentsStillWaitingWhenTheStreamBeginsAnewArePlayedToo
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg0.ts", "seg1.ts"));
 }
 
-TEST_F(SegmentQueueTest, LateCopyOfAPlaylistPlaysNothingAgain) {
-  for (const int late : {100, 90}) {
-    history_ = {};
-    ClearHlsStream();
-    Queue(LivePlaylist(100, SegmentUris(10, 3)));
-    TakeAndDownload();
-    Queue(LivePlaylist(101, SegmentUris(11, 3)));
-    TakeAndDownload();
-    Queue(LivePlaylist(late, SegmentUris(late - 90, 3)));
-    EXPECT_THAT(TakeAndDownload(), IsEmpty());
-    Queue(LivePlaylist(102, SegmentUris(12, 3)));
-    EXPECT_THAT(TakeAndDownload(), ElementsAre("seg14.ts"));
+TEST_F(SegmentQueueTest, LateCopyOfAPlaylistIsCountedAndOtherwiseSkipped) {
+  Queue(LivePlaylist(100, SegmentUris(10, 3)));
+  TakeAndDownload();
+  Queue(LivePlaylist(101, SegmentUris(11, 3)));
+  TakeAndDownload();
+  EXPECT_EQ(Queue(LivePlaylist(100, SegmentUris(10, 3))), "QUEUEED1:3");
+  EXPECT_EQ(WaitingSegments(), 0U) << "not even queued again";
+  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  Queue(LivePlaylist(102, SegmentUris(12, 3)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg14.ts"));
+}
+
+TEST_F(SegmentQueueTest, SegmentsThatWereNeverListedAreQueuedAtOnceAlsoUnderSmallerNumbers) {
+  Queue(LivePlaylist(100, SegmentUris(10, 3)));
+  TakeAndDownload();
+  Queue(LivePlaylist(90, SegmentUris(0, 3)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  Queue(LivePlaylist(101, SegmentUris(11, 3)));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg13.ts"));
+}
+
+TEST_F(SegmentQueueTest, ReusedNameForWhichThereIsNoRoomIsLeftForALaterRefresh) {
+  const auto list = [](int first) {
+    Uris names;
+    for (int i = first; i < first + 3; ++i) names.push_back("r" + std::to_string(i % 4) + ".ts");
+    return LivePlaylist(first, names);
+  };
+  Queue(list(0));
+  TakeAndDownload();
+  Queue(list(1));
+  TakeAndDownload();
+  LeaveRoomFor(0);
+  Queue(list(2));
+  LeaveRoomFor(kMaxWaitingSegments);
+  Queue(list(2));
+  EXPECT_THAT(TakeAndDownload(), ElementsAre("r0.ts"));
+}
+
+TEST_F(SegmentQueueTest, SegmentWhoseNameWasReusedWhileItWaitedIsReplaced) {
+  Queue(LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
+  const auto first = TakeQueuedSegments(pipeline_, history_);
+  Queue(LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
+  Queue(LivePlaylist(2, {"r2.ts", "r0.ts", "r1.ts"}));
+  EXPECT_TRUE(IsReplaced(first[0])) << "while the segment thread works on its batch";
+  EXPECT_TRUE(IsReplaced(first[1]));
+  EXPECT_FALSE(IsReplaced(first[2]));
+  Queue(LivePlaylist(4, {"r1.ts", "r2.ts", "r0.ts"}));
+  const auto second = TakeQueuedSegments(pipeline_, history_);
+  ASSERT_EQ(second.size(), 4U);
+  EXPECT_TRUE(IsReplaced(second[0])) << "while it waited in the queue";
+  EXPECT_FALSE(IsReplaced(second[1]));
+  EXPECT_FALSE(IsReplaced(second[2]));
+  EXPECT_FALSE(IsReplaced(second[3]));
+}
+
+TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotPileUp) {
+  for (int first = 0; first < 300; ++first) {
+    Uris names;
+    for (int i = first; i < first + 5; ++i) names.push_back("r" + std::to_string(i % 8) + ".ts");
+    Queue(LivePlaylist(first, names));
+    EXPECT_EQ(TakeAndDownload().size(), first == 0 ? 5U : 1U);
+    const std::lock_guard lock(g_segmentQueueMutex);
+    EXPECT_LE(g_replacedSegments->size(), 1U);
   }
+  EXPECT_LE(KnownSegments(), 8U);
 }
 
 TEST_F(SegmentQueueTest, PlaylistWithoutASequenceNeverBeginsAnew) {
@@ -266,12 +324,6 @@ TEST_F(SegmentQueueTest, SegmentsThatAllEndBeforeTheStartPositionAreWalkedAndNot
   EXPECT_TRUE(player_.Snapshot().buffered_times.empty());
   EXPECT_EQ(player_.Snapshot().durations.front(), 30.0F);
   EXPECT_EQ(KnownSegments(), 3U) << "their state stays as it was queued";
-}
-
-// Lets so many segments wait that there is room for `room` more.
-void LeaveRoomFor(std::size_t room) {
-  const std::lock_guard lock(g_segmentQueueMutex);
-  g_segmentQueue->resize(kMaxWaitingSegments - room);
 }
 
 TEST_F(SegmentQueueTest, SegmentsForWhichThereIsNoRoomAreLeftForALaterRefresh) {

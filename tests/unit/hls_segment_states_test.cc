@@ -131,4 +131,17 @@ TEST_F(SegmentStatesTest, EverythingIsForgottenAtOnce) {
   EXPECT_EQ(KnownSegments(), 1U) << "and so is what was noted";
 }
 
+TEST_F(SegmentStatesTest, ForgottenSegmentIsNewAgainAndTheOthersStay) {
+  AddSegmentIfNew("a.ts?1", kSegmentQueued);
+  AddSegmentIfNew("b.ts", kSegmentQueued);
+  NoteSegmentDone("a.ts?1");
+  testing::internal::CaptureStdout();
+  ForgetSegment("a.ts");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_TRUE(AddSegmentIfNew("a.ts?2", kSegmentQueued));
+  EXPECT_FALSE(AddSegmentIfNew("b.ts", kSegmentQueued));
+  ForgetDoneSegments({});
+  EXPECT_FALSE(AddSegmentIfNew("a.ts", kSegmentQueued)) << "it is not done any more";
+}
+
 }  // namespace

@@ -1,0 +1,150 @@
+#include "hls/sequence_ledger.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+
+// A cache node may lag so many segments behind, and as many windows must number their segments
+// rightly before numbers that were wrong are believed again.
+constexpr int kLongLag = 12;
+
+// So many windows must have been right before numbers are believed where nothing overlaps.
+constexpr int kProved = 3;
+
+// How far `to` lies above `from`, which is not larger.
+std::uint64_t Distance(std::int64_t from, std::int64_t to) {
+  return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
+}
+
+// Whether a window that reaches down to the number of this pair, which was listed before, does not
+// list the pair. One that lists its key twice does not contradict it.
+bool Contradicts(const SequenceWindow& window, const NumberedSegment& pair) {
+  if (pair.number < window.segments.front().number) return false;
+  const auto found = std::lower_bound(
+      window.segments.begin(), window.segments.end(), pair.number,
+      [](const NumberedSegment& listed, std::int64_t number) { return listed.number < number; });
+  return found == window.segments.end() || found->number != pair.number || found->key != pair.key;
+}
+
+}  // namespace
+
+std::string SequenceLedger::IdentityOf(std::string_view key) const {
+  const auto reused_at = memory_.ReusedAt(key);
+  if (!reused_at) return std::string(key);
+  return std::string(key) + '\n' + std::to_string(*reused_at);  // no key has a line break
+}
+
+SequenceVerdict SequenceLedger::Follow(const SequenceWindow& window) {
+  reused_.clear();
+  if (window.segments.empty()) return SequenceVerdict::kGoesOn;
+  Comparison found = Compare(window);
+  const SequenceVerdict verdict = Judge(window, found);
+  if (verdict == SequenceVerdict::kLateCopy) return verdict;
+  if (verdict == SequenceVerdict::kRestart) {
+    Forget(late_run_.has_value());
+    found = Comparison();
+  }
+  Accept(window, found);
+  return verdict;
+}
+
+SequenceLedger::Comparison SequenceLedger::Compare(const SequenceWindow& window) const {
+  Comparison found;
+  for (const NumberedSegment& pair : window.segments) {
+    const auto number = memory_.NumberOf(pair.key);
+    if (memory_.Contains(pair)) {
+      ++found.agreeing;
+    } else if (!number) {
+      ++found.unknown;
+    } else if (*number < window.first) {
+      ++found.below;
+    } else if (Contradicts(window, {*number, pair.key})) {
+      ++found.contradicted;
+    }
+  }
+  return found;
+}
+
+SequenceVerdict SequenceLedger::Judge(const SequenceWindow& window, const Comparison& found) {
+  if (!first_ || proof_ < 0) return SequenceVerdict::kGoesOn;
+  const bool is_below = window.first < *first_;
+  const bool is_old = found.agreeing == 0 && IsOfThePreviousRun(window);
+  if (is_old || (is_below && found.unknown == 0 && !found.IsRenumbered())) {
+    return HasMovedOnForLong(window) ? SequenceVerdict::kRestart : SequenceVerdict::kLateCopy;
+  }
+  late_run_.reset();
+  const bool restarts = is_below && found.IsRenumbered();
+  return restarts ? SequenceVerdict::kRestart : SequenceVerdict::kGoesOn;
+}
+
+bool SequenceLedger::IsOfThePreviousRun(const SequenceWindow& window) const {
+  return std::all_of(window.segments.begin(), window.segments.end(),
+                     [this](const NumberedSegment& pair) { return previous_.Contains(pair); });
+}
+
+// A restart under the same names and numbers looks like a late copy, but moves on for longer than
+// any cache node lags behind. A copy that jumps is another node's, and the run starts again.
+bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
+  constexpr int kSteps = 3;
+  const std::int64_t end = window.segments.back().number;
+  const bool follows = late_run_ && end >= late_run_->end &&
+                       (window.first <= late_run_->end || window.first - 1 == late_run_->end);
+  if (!follows) {
+    late_run_ = LateRun{end, end};
+  } else if (end > late_run_->end) {
+    late_run_->end = end;
+    ++late_run_->steps;
+  }
+  return late_run_->steps >= kSteps &&
+         Distance(late_run_->begin, late_run_->end) > std::uint64_t{kLongLag};
+}
+
+// Late copies of the run before are still served for a while. Where a late run became the stream
+// they cannot be told from it.
+void SequenceLedger::Forget(bool is_late_run) {
+  SequenceLedger empty;
+  if (!is_late_run) empty.previous_ = std::move(memory_);
+  *this = std::move(empty);
+}
+
+void SequenceLedger::WeighNumbers(const SequenceWindow& window, const Comparison& found) {
+  if (!first_) return;
+  const bool has_moved = window.first > *first_;
+  const bool is_plausible = found.agreeing > 0 || (has_moved && proof_ >= kProved);
+  if (found.contradicted > 0 || (found.below > 0 && !is_plausible)) {
+    proof_ = -kLongLag;
+  } else if (found.below > 0 && found.agreeing == 0) {
+    proof_ = 0;  // believed this once
+  } else if (has_moved && found.agreeing > 0) {
+    proof_ = std::min(proof_ + 1, kLongLag);
+  }
+  if (proof_ < 0 || proof_ == kLongLag) previous_ = SequenceMemory();
+}
+
+// Whether the key of a pair returns for another segment. Where no pair agrees, it must have been
+// away for a whole window, since inside one playlist a key is one segment.
+bool SequenceLedger::IsReused(const SequenceWindow& window, const NumberedSegment& pair,
+                              bool overlaps) const {
+  const auto number = memory_.NumberOf(pair.key);
+  if (!number || *number >= window.first || memory_.Contains(pair)) return false;
+  return overlaps || Distance(*number, pair.number) >= window.segments.size();
+}
+
+void SequenceLedger::Accept(const SequenceWindow& window, const Comparison& found) {
+  WeighNumbers(window, found);
+  const bool may_reuse = first_ && window.first >= *first_ && proof_ >= 0;
+  for (const NumberedSegment& pair : window.segments) {
+    if (may_reuse && IsReused(window, pair, found.agreeing > 0)) {
+      reused_.push_back({std::string(pair.key), IdentityOf(pair.key)});
+      memory_.RecordReused(pair);
+    } else {
+      memory_.Record(pair);
+    }
+  }
+  // Somewhat more than the segment thread remembers, so that no key that it knows is forgotten
+  // here.
+  memory_.Trim(std::max(kRemembered, window.segments.size()) + kRemembered);
+  first_ = window.first;
+  late_run_.reset();
+}

@@ -1,0 +1,113 @@
+#include "hls/live_sequences.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tests/support/hls_playlists.h"
+
+namespace {
+
+using hls_test::LivePlaylist;
+using hls_test::SegmentUris;
+
+constexpr char kBase[] = "http://host/";
+
+// The window of a text, a line for each pair.
+class WindowTest : public testing::Test {
+ protected:
+  std::vector<std::string> PairsOf(const std::string& text) {
+    M3u8Header header;
+    std::int64_t first = kNoSequenceNumber;
+    entries_.clear();
+    ParseM3u8(header, kBase, text, first, entries_);
+    window_ = WindowOf(entries_, first);
+    std::vector<std::string> lines;
+    for (const NumberedSegment& pair : window_.segments) {
+      lines.push_back(std::to_string(pair.number) + " " + std::string(pair.key));
+    }
+    return lines;
+  }
+
+  using Pairs = std::vector<std::string>;
+
+  M3u8Table entries_;
+  SequenceWindow window_;
+};
+
+TEST_F(WindowTest, SegmentsHaveTheirNumbersAndTheirKeysWithoutTheQuery) {
+  EXPECT_EQ(PairsOf(LivePlaylist(7, {"a.ts?token=1", "b.ts"})),
+            Pairs({"7 http://host/a.ts", "8 http://host/b.ts"}));
+  EXPECT_EQ(window_.first, 7);
+}
+
+TEST_F(WindowTest, WhatIsNoSegmentHasANumberAndIsSkipped) {
+  EXPECT_EQ(PairsOf(LivePlaylist(7, {"a.aac", "b.ts"})), Pairs({"8 http://host/b.ts"}));
+  EXPECT_EQ(window_.first, 7);
+}
+
+TEST_F(WindowTest, PlaylistWithoutASequenceHasNone) {
+  EXPECT_EQ(PairsOf("#EXTM3U\n" + hls_test::SegmentLines({"a.ts"})), Pairs());
+}
+
+TEST_F(WindowTest, RestOfAnEarlierTextIsNotPartOfIt) {
+  EXPECT_EQ(PairsOf(LivePlaylist(7, {"a.ts", "b.ts"}) + LivePlaylist(8, {"b.ts", "c.ts"})),
+            Pairs({"8 http://host/b.ts", "9 http://host/c.ts"}));
+  EXPECT_EQ(PairsOf(LivePlaylist(1, {"a.ts"}) + LivePlaylist(8, {"b.ts", "c.ts"})),
+            Pairs({"8 http://host/b.ts", "9 http://host/c.ts"}));
+  EXPECT_EQ(PairsOf(LivePlaylist(8, {"b.ts", "c.ts"}) + LivePlaylist(1, {"a.ts"})),
+            Pairs({"1 http://host/a.ts"}));
+  EXPECT_EQ(PairsOf(hls_test::SegmentLines({"a.ts"}) + LivePlaylist(8, {"b.ts"})),
+            Pairs({"8 http://host/b.ts"}));
+}
+
+TEST_F(WindowTest, NewestOfAVeryLongPlaylistAreCompared) {
+  constexpr int kMore = 5;
+  const int count = static_cast<int>(kMostCompared) + kMore;
+  PairsOf(LivePlaylist(0, SegmentUris(0, count)));
+  EXPECT_EQ(window_.segments.size(), kMostCompared);
+  EXPECT_EQ(window_.segments.front().number, kMore);
+  EXPECT_EQ(window_.segments.back().number, count - 1);
+  EXPECT_EQ(window_.first, 0);
+}
+
+class LiveSequencesTest : public testing::Test {
+ protected:
+  SequenceVerdict Follow(const std::string& source, std::int64_t first) {
+    return sequences_.LedgerOf(source).Follow({first, {{first, "a"}}});
+  }
+
+  LiveSequences sequences_;
+};
+
+TEST_F(LiveSequencesTest, PlaylistsAreNotComparedWithEachOther) {
+  EXPECT_EQ(Follow("low", 100), SequenceVerdict::kGoesOn);
+  EXPECT_EQ(Follow("high", 1), SequenceVerdict::kGoesOn);
+  EXPECT_EQ(Follow("low", 100), SequenceVerdict::kGoesOn);
+  EXPECT_EQ(Follow("low", 2), SequenceVerdict::kRestart) << "compared with 100";
+}
+
+TEST_F(LiveSequencesTest, PlaylistsThatWereAskedForLastAreRemembered) {
+  Follow("first", 100);
+  for (std::size_t i = 0; i < LiveSequences::kRememberedSources; ++i) {
+    EXPECT_LE(sequences_.Size(), LiveSequences::kRememberedSources);
+    Follow(std::to_string(i), 100);
+  }
+  EXPECT_EQ(Follow("0", 1), SequenceVerdict::kRestart);
+  EXPECT_EQ(Follow("first", 1), SequenceVerdict::kGoesOn) << "forgotten";
+}
+
+TEST_F(LiveSequencesTest, OthersAreForgotten) {
+  Follow("low", 100);
+  Follow("high", 100);
+  sequences_.ForgetOthers();
+  EXPECT_EQ(sequences_.Size(), 1U);
+  EXPECT_EQ(Follow("high", 1), SequenceVerdict::kRestart);
+  sequences_.Forget();
+  sequences_.ForgetOthers();
+  EXPECT_EQ(Follow("high", 0), SequenceVerdict::kGoesOn);
+}
+
+}  // namespace

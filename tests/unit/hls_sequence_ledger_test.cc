@@ -1,0 +1,442 @@
+#include "hls/sequence_ledger.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <ostream>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "hls/m3u8_playlist.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Verdict = SequenceVerdict;
+using Keys = std::vector<std::string>;
+
+constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kSmallest = kNoSequenceNumber + 1;
+
+// "s<first>" and so on.
+Keys Names(int first, int count) {
+  Keys keys;
+  for (int i = first; i < first + count; ++i) keys.push_back("s" + std::to_string(i));
+  return keys;
+}
+
+// The same out of a ring of names.
+Keys RingNames(int first, int count, int ring) {
+  Keys keys;
+  for (int i = first; i < first + count; ++i) keys.push_back("r" + std::to_string(i % ring));
+  return keys;
+}
+
+class SequenceLedgerTest : public testing::Test {
+ protected:
+  Verdict Follow(std::int64_t first, const Keys& keys) {
+    SequenceWindow window{first, {}};
+    for (std::size_t i = 0; i < keys.size(); ++i) {
+      window.segments.push_back({first + static_cast<std::int64_t>(i), keys[i]});
+    }
+    const Verdict verdict = ledger_.Follow(window);
+    Note(keys, verdict);
+    return verdict;
+  }
+
+  // What a window brings that is new, if it is played.
+  void Note(const Keys& keys, Verdict verdict) {
+    new_.clear();
+    if (verdict == Verdict::kLateCopy) return;
+    if (verdict == Verdict::kRestart) known_.clear();
+    for (const std::string& key : keys) {
+      if (known_.insert(ledger_.IdentityOf(key)).second) new_.push_back(key);
+    }
+  }
+
+  // Windows of a stream whose numbers are right, so that they are believed.
+  void ProveNumbers(int first, int count) {
+    for (int i = 0; i < 5; ++i) Follow(first + i, Names(first + i, count));
+  }
+
+  SequenceLedger ledger_;
+  std::set<std::string> known_;
+  Keys new_;  // of the last window
+};
+
+TEST_F(SequenceLedgerTest, FirstWindowGoesOn) {
+  EXPECT_EQ(Follow(100, Names(0, 3)), Verdict::kGoesOn);
+  EXPECT_EQ(new_, Names(0, 3));
+}
+
+TEST_F(SequenceLedgerTest, SameAndLaterWindowsGoOn) {
+  Follow(100, Names(0, 3));
+  EXPECT_EQ(Follow(100, Names(0, 3)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, IsEmpty());
+  EXPECT_EQ(Follow(101, Names(1, 3)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("s3"));
+  EXPECT_EQ(Follow(5'000, Names(4'900, 3)), Verdict::kGoesOn);
+  EXPECT_EQ(new_, Names(4'900, 3));
+}
+
+TEST_F(SequenceLedgerTest, WindowWithoutSegmentsGoesOnAndChangesNothing) {
+  Follow(100, Names(0, 3));
+  EXPECT_EQ(Follow(0, {}), Verdict::kGoesOn);
+  Follow(101, Names(1, 3));
+  EXPECT_EQ(Follow(100, Names(0, 3)), Verdict::kLateCopy);
+}
+
+// Late copies.
+
+TEST_F(SequenceLedgerTest, EarlierWindowThatAgreesIsALateCopy) {
+  Follow(94, Names(94, 6));
+  Follow(97, Names(97, 6));
+  Follow(100, Names(100, 6));
+  EXPECT_EQ(Follow(94, Names(94, 6)), Verdict::kLateCopy) << "all of it below";
+  EXPECT_EQ(Follow(97, Names(97, 6)), Verdict::kLateCopy) << "some of it below";
+  EXPECT_EQ(Follow(100, Names(100, 6)), Verdict::kGoesOn) << "the window that was accepted last";
+}
+
+TEST_F(SequenceLedgerTest, OldCopyThatDoesNotMoveIsNeverBelieved) {
+  for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
+  for (int i = 0; i < 1'000; ++i) EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kLateCopy);
+}
+
+TEST_F(SequenceLedgerTest, CacheNodeThatLagsAndMovesOnBetweenFreshCopiesIsNeverBelieved) {
+  for (int first = 0; first < 100; ++first) {
+    EXPECT_EQ(Follow(first, Names(first, 4)), Verdict::kGoesOn);
+    if (first < 6) continue;
+    EXPECT_EQ(Follow(first - 6, Names(first - 6, 4)), Verdict::kLateCopy);
+  }
+}
+
+TEST_F(SequenceLedgerTest, CacheNodeThatAloneAnswersPlaysNothingAgainAndCatchesUp) {
+  for (int first = 0; first <= 20; ++first) Follow(first, Names(first, 4));
+  for (int first = 9; first < 20; ++first) {
+    EXPECT_EQ(Follow(first, Names(first, 4)), Verdict::kLateCopy);
+  }
+  EXPECT_EQ(Follow(20, Names(20, 4)), Verdict::kGoesOn);
+  EXPECT_EQ(Follow(21, Names(21, 4)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("s24"));
+}
+
+TEST_F(SequenceLedgerTest, LateCopiesOfTwoNodesAreNotTakenForOneThatMovesOn) {
+  for (int first = 0; first <= 60; ++first) Follow(first, Names(first, 30));
+  for (int i = 0; i < 20; ++i) {
+    EXPECT_EQ(Follow(20 + i, Names(20 + i, 30)), Verdict::kLateCopy);
+    EXPECT_EQ(Follow(38 + i, Names(38 + i, 30)), Verdict::kLateCopy);
+  }
+}
+
+TEST_F(SequenceLedgerTest, OlderWindowWithAKeyThatIsInNoTableIsNoCopy) {
+  Follow(100, Names(100, 3));
+  EXPECT_EQ(Follow(98, Names(98, 3)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("s98", "s99"));
+}
+
+// Restarts.
+
+TEST_F(SequenceLedgerTest, SameNamesUnderSmallerNumbersRestartAtOnce) {
+  Follow(100, Names(0, 3));
+  EXPECT_EQ(Follow(0, Names(0, 1)), Verdict::kRestart);
+  EXPECT_THAT(new_, ElementsAre("s0"));
+  EXPECT_EQ(Follow(0, Names(0, 2)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("s1"));
+}
+
+TEST_F(SequenceLedgerTest, RestartThatStandsStillPlaysOnce) {
+  Follow(100, Names(0, 3));
+  EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kRestart);
+  for (int i = 0; i < 30; ++i) EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, IsEmpty());
+}
+
+TEST_F(SequenceLedgerTest, SecondRestartIsOneToo) {
+  Follow(100, Names(0, 3));
+  EXPECT_EQ(Follow(50, Names(0, 3)), Verdict::kRestart);
+  EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kRestart);
+}
+
+TEST_F(SequenceLedgerTest, RestartWithKnownAndUnknownKeysPlaysAllOfThem) {
+  Follow(100, Names(5, 3));
+  EXPECT_EQ(Follow(0, Names(6, 3)), Verdict::kRestart);
+  EXPECT_EQ(new_, Names(6, 3));
+}
+
+TEST_F(SequenceLedgerTest, NewNamesUnderSmallerNumbersGoOnAtOnce) {
+  ProveNumbers(100, 3);
+  EXPECT_EQ(Follow(0, {"new0"}), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("new0"));
+  EXPECT_EQ(Follow(0, {"new0", "new1"}), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("new1"));
+}
+
+TEST_F(SequenceLedgerTest, NumbersCountFromTheNewNames) {
+  ProveNumbers(100, 3);
+  Follow(5, {"new5", "new6"});
+  Follow(6, {"new6", "new7"});
+  EXPECT_EQ(Follow(5, {"new5", "new6"}), Verdict::kLateCopy);
+  EXPECT_EQ(Follow(104, Names(104, 3)), Verdict::kGoesOn) << "a late copy of the run before";
+  EXPECT_THAT(new_, IsEmpty());
+  EXPECT_EQ(Follow(6, {"new6", "new7", "new8"}), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("new8"));
+}
+
+TEST_F(SequenceLedgerTest, NewNamesUnderNumbersThatOthersHadGoOn) {
+  for (int first = 0; first < 20; ++first) Follow(first, Names(first, 3));
+  EXPECT_EQ(Follow(0, {"new0", "new1"}), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("new0", "new1"));
+}
+
+TEST_F(SequenceLedgerTest, LateCopiesOfTheRunBeforeARestartPlayNothing) {
+  ProveNumbers(100, 3);
+  EXPECT_EQ(Follow(0, Names(100, 3)), Verdict::kRestart);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_EQ(Follow(104, Names(104, 3)), Verdict::kLateCopy);
+    EXPECT_EQ(Follow(i, Names(100 + i, 3)), Verdict::kGoesOn);
+    EXPECT_EQ(new_.size(), i == 0 ? 0U : 1U);
+  }
+}
+
+TEST_F(SequenceLedgerTest, RunBeforeARestartIsForgottenOnceTheNumbersWereRightForLong) {
+  Follow(1'000, Names(0, 3));
+  Follow(0, Names(0, 3));
+  EXPECT_EQ(ledger_.Size(), 6U);
+  for (int first = 1; first <= 12; ++first) Follow(first, Names(first, 3));
+  EXPECT_EQ(ledger_.Size(), 15U);
+}
+
+TEST_F(SequenceLedgerTest, RestartUnderTheSameNamesAndNumbersIsBelievedOnceItHasMovedOnForLong) {
+  for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
+  int restarted_at = -1;
+  for (int first = 0; first < 50 && restarted_at < 0; ++first) {
+    if (Follow(first, Names(first, 3)) == Verdict::kRestart) restarted_at = first;
+  }
+  EXPECT_EQ(restarted_at, 13);
+  EXPECT_EQ(new_, Names(13, 3));
+  EXPECT_EQ(Follow(14, Names(14, 3)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("s16"));
+}
+
+TEST_F(SequenceLedgerTest, RestartThatGrowsUnderTheSameNamesAndNumbersIsBelievedToo) {
+  for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
+  for (int count = 1; count <= 13; ++count) {
+    EXPECT_EQ(Follow(0, Names(0, count)), Verdict::kLateCopy);
+  }
+  EXPECT_EQ(Follow(0, Names(0, 14)), Verdict::kRestart);
+}
+
+// Rings of names.
+
+class SequenceRingTest : public SequenceLedgerTest,
+                         public testing::WithParamInterface<std::pair<int, int>> {};
+
+INSTANTIATE_TEST_SUITE_P(, SequenceRingTest,
+                         testing::Values(std::pair(8, 8), std::pair(8, 5), std::pair(8, 1 + 1),
+                                         std::pair(3, 3), std::pair(1'500, 6),
+                                         std::pair(2'100, 2'000)),
+                         [](const auto& ring) {
+                           return std::to_string(ring.param.first) + "NamesInWindowsOf" +
+                                  std::to_string(ring.param.second);
+                         });
+
+TEST_P(SequenceRingTest, EverySegmentIsNewOnceAndInOrder) {
+  const auto [names, length] = GetParam();
+  Keys played;
+  const int windows = names < 100 ? 200 : names + 300;
+  for (int first = 0; first < windows; ++first) {
+    const Keys window = RingNames(first, length, names);
+    EXPECT_EQ(Follow(first, window), Verdict::kGoesOn);
+    played.insert(played.end(), new_.begin(), new_.end());
+    EXPECT_EQ(Follow(first, window), Verdict::kGoesOn);
+    EXPECT_THAT(new_, IsEmpty()) << "it has not moved";
+  }
+  EXPECT_EQ(played, RingNames(0, windows - 1 + length, names));
+}
+
+TEST_F(SequenceLedgerTest, RingThatIsSeenEveryFewSegmentsPlaysOn) {
+  for (int first = 0; first < 120; first += 3) {
+    Follow(first, RingNames(first, 5, 8));
+    EXPECT_EQ(new_.size(), first == 0 ? 5U : 3U);
+  }
+}
+
+TEST_F(SequenceLedgerTest, RingWhoseNumbersWereRightPlaysOnAfterAGap) {
+  for (int first = 0; first < 10; ++first) Follow(first, RingNames(first, 5, 8));
+  Follow(17, RingNames(17, 5, 8));  // the names of 9 to 13 again
+  EXPECT_EQ(new_, RingNames(17, 5, 8));
+}
+
+TEST_F(SequenceLedgerTest, RingWhoseWindowGrowsBeforeItMovesPlaysOn) {
+  Follow(0, RingNames(0, 4, 8));
+  Follow(4, RingNames(4, 4, 8));
+  EXPECT_EQ(Follow(4, RingNames(4, 6, 8)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("r0", "r1"));
+}
+
+TEST_F(SequenceLedgerTest, LateCopiesOfARingPlayNothing) {
+  for (int first = 0; first < 100; ++first) {
+    EXPECT_EQ(Follow(first, RingNames(first, 5, 8)), Verdict::kGoesOn);
+    EXPECT_EQ(new_.size(), first == 0 ? 5U : 1U);
+    if (first < 6) continue;
+    EXPECT_EQ(Follow(first - 6, RingNames(first - 6, 5, 8)), Verdict::kLateCopy);
+  }
+}
+
+TEST_F(SequenceLedgerTest, KeyThatIsListedTwiceIsOneSegment) {
+  Follow(10, {"filler", "s1", "filler"});
+  EXPECT_THAT(new_, ElementsAre("filler", "s1"));
+  Follow(11, {"s1", "filler", "s2", "filler"});
+  EXPECT_THAT(new_, ElementsAre("s2"));
+  Follow(13, {"s2", "filler", "s3"});
+  EXPECT_THAT(new_, ElementsAre("s3"));
+  EXPECT_EQ(Follow(11, {"s1", "filler", "s2", "filler"}), Verdict::kLateCopy)
+      << "the numbers are believed all the same";
+}
+
+TEST_F(SequenceLedgerTest, NamesThatStartAgainUnderRisingNumbersAreNew) {
+  ProveNumbers(0, 3);  // up to the window from 4 on
+  EXPECT_EQ(Follow(7, Names(0, 3)), Verdict::kGoesOn);
+  EXPECT_EQ(new_, Names(0, 3));
+  EXPECT_EQ(Follow(8, Names(1, 3)), Verdict::kGoesOn);
+  EXPECT_THAT(new_, ElementsAre("s3"));
+}
+
+// Servers that number otherwise. Every segment must be new once, and in order.
+
+class SequenceBrokenNumbersTest : public SequenceLedgerTest {
+ protected:
+  // Follows a window that slides by one when `slides` says so, `number` says under which number.
+  template <typename Slides, typename Number>
+  void ExpectEachOnce(int length, Slides slides, Number number) {
+    Keys played;
+    int first = 0;
+    for (int refresh = 0; refresh < 200; ++refresh) {
+      if (refresh > 0 && slides(refresh)) ++first;
+      EXPECT_EQ(Follow(number(refresh, first), Names(first, length)), Verdict::kGoesOn);
+      played.insert(played.end(), new_.begin(), new_.end());
+    }
+    EXPECT_EQ(played, Names(0, first + length));
+  }
+  template <typename Number>
+  void ExpectEachOnce(Number number) {
+    const auto always = [](int) { return true; };
+    const auto sometimes = [](int refresh) { return refresh % 3 == 0; };
+    for (const int length : {1, 2, 3, 6, 20}) {
+      SCOPED_TRACE(length);
+      Restart();
+      ExpectEachOnce(length, always, number);
+      Restart();
+      ExpectEachOnce(length, sometimes, number);
+    }
+  }
+  void Restart() {
+    ledger_ = SequenceLedger();
+    known_.clear();
+  }
+};
+
+TEST_F(SequenceBrokenNumbersTest, NumberThatNeverChanges) {
+  ExpectEachOnce([](int, int) { return 0; });
+  ExpectEachOnce([](int, int) { return 1; });
+  ExpectEachOnce([](int, int) { return 1'000; });
+}
+
+TEST_F(SequenceBrokenNumbersTest, NumberThatCountsRefreshes) {
+  ExpectEachOnce([](int refresh, int) { return refresh; });
+}
+
+TEST_F(SequenceBrokenNumbersTest, NumberThatIsTheTime) {
+  ExpectEachOnce([](int refresh, int) { return 1'700'000'000 + refresh; });
+  ExpectEachOnce([](int refresh, int) { return 1'700'000'000 + refresh * 10; });
+}
+
+TEST_F(SequenceBrokenNumbersTest, NumberThatIsTheTimeAtWhichTheWindowSlid) {
+  ExpectEachOnce([](int, int first) { return 1'700'000'000 + first * 10; });
+  ExpectEachOnce([](int, int first) { return 1'700'000'000 + first * 2; });
+}
+
+TEST_F(SequenceBrokenNumbersTest, NumberThatWasRightForAWhileAndThenSticks) {
+  ExpectEachOnce([](int, int first) { return first < 20 ? first : 20; });
+}
+
+TEST_F(SequenceBrokenNumbersTest, NumberThatRunsAheadAfterAWhile) {
+  for (const int length : {2, 3, 6, 20}) {
+    Restart();
+    ExpectEachOnce(
+        length, [](int) { return true; },
+        [](int, int first) { return first < 20 ? first : 20 + (first - 20) * 2; });
+  }
+}
+
+TEST_F(SequenceLedgerTest, NumbersThatJumpAfterTheyWereRightPlayOneWindowAgainAtMost) {
+  std::size_t played = 0;
+  for (int first = 0; first < 60; ++first) {
+    Follow(first < 20 ? first : first * 100, Names(first, 3));
+    played += new_.size();
+  }
+  EXPECT_LE(played, 62U + 2U);
+}
+
+TEST_F(SequenceLedgerTest, NumbersThatWereWrongAreBelievedOnceTheyWereRightForLong) {
+  Follow(0, Names(0, 3));
+  Follow(0, Names(1, 3));
+  int first = 2;
+  for (; first < 14; ++first) {
+    Follow(first, Names(first, 3));
+    EXPECT_EQ(Follow(first - 1, Names(first - 1, 3)), Verdict::kGoesOn) << "the keys alone decide";
+    EXPECT_THAT(new_, IsEmpty());
+  }
+  for (; first < 30; ++first) Follow(first, Names(first, 3));
+  EXPECT_EQ(Follow(20, Names(20, 3)), Verdict::kLateCopy);
+}
+
+TEST_F(SequenceLedgerTest, TwoServersThatNumberTheSameSegmentsDifferentlyPlayThemAgainOnceAtMost) {
+  std::size_t played = 0;
+  for (int first = 0; first < 100; ++first) {
+    Follow(first + 1'000, Names(first, 3));
+    played += new_.size();
+    Follow(first, Names(first, 3));
+    played += new_.size();
+  }
+  EXPECT_LE(played, 102U + 3U);
+}
+
+// Bounds.
+
+TEST_F(SequenceLedgerTest, MemoryIsBoundedOverAStreamOfDays) {
+  for (int first = 0; first < 10'000; ++first) Follow(first, Names(first, 6));
+  EXPECT_LE(ledger_.Size(), 2 * SequenceLedger::kRemembered);
+  EXPECT_GE(ledger_.Size(), SequenceLedger::kRemembered);
+}
+
+TEST_F(SequenceLedgerTest, LateCopyOfAThousandSegmentsAgoIsKnown) {
+  for (int first = 0; first < 5'000; ++first) Follow(first, Names(first, 6));
+  EXPECT_EQ(Follow(4'000, Names(4'000, 6)), Verdict::kLateCopy);
+}
+
+TEST_F(SequenceLedgerTest, LongWindowIsRememberedWhole) {
+  Follow(0, Names(0, 20'000));
+  Follow(3, Names(3, 20'000));
+  EXPECT_EQ(Follow(0, Names(0, 20'000)), Verdict::kLateCopy);
+}
+
+TEST_F(SequenceLedgerTest, LargestAndSmallestNumbersDoNotOverflow) {
+  Follow(kMax, Names(0, 1));
+  EXPECT_EQ(Follow(kMax, Names(0, 1)), Verdict::kGoesOn);
+  EXPECT_EQ(Follow(kSmallest, Names(0, 1)), Verdict::kRestart);
+  EXPECT_EQ(Follow(kSmallest + 1, Names(1, 3)), Verdict::kGoesOn);
+  EXPECT_EQ(Follow(kSmallest + 2, Names(2, 3)), Verdict::kGoesOn);
+  EXPECT_EQ(Follow(kMax, Names(0, 1)), Verdict::kLateCopy) << "of the run before";
+  for (std::int64_t i = 0; i < 20; ++i) {
+    Follow(kSmallest + i, Names(static_cast<int>(i), 3));
+    Follow(kMax - 2, Names(static_cast<int>(i), 3));
+  }
+}
+
+}  // namespace

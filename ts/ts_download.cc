@@ -17,19 +17,66 @@ std::string TextOf(const char* bytes, std::size_t size) {
   return bytes == nullptr ? std::string() : std::string(bytes, strnlen(bytes, size));
 }
 
-void ReportRefused(const char* data, std::size_t size) {
-  TsPlayer().Message("PLAY TS NO:" + TsUrl() + ":" + TextOf(data, size));
+// The download of this thread, for the write callback, which is given no pointer of its own.
+struct RunningDownload {
+  RunningDownload(CURL* used_handle, TsTransfer& used_transfer);
+  ~RunningDownload();
+  RunningDownload(const RunningDownload&) = delete;
+  RunningDownload& operator=(const RunningDownload&) = delete;
+
+  CURL* const handle;  // null for a local file
+  TsTransfer& transfer;
+};
+
+thread_local RunningDownload* t_download = nullptr;
+
+RunningDownload::RunningDownload(CURL* used_handle, TsTransfer& used_transfer)
+    : handle(used_handle), transfer(used_transfer) {
+  t_download = this;
+}
+
+RunningDownload::~RunningDownload() { t_download = nullptr; }
+
+// A server that does not answer with a part sends the stream from its beginning.
+bool IsPartialReply(CURL* handle) {
+  constexpr long kPartialContent = 206;
+  long status = 0;
+  return handle == nullptr ||
+         (curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK &&
+          status == kPartialContent);
+}
+
+// The write callback: libcurl calls it, and for local files the reader.
+std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+  if (t_download == nullptr) return 0;
+  TsTransfer& transfer = t_download->transfer;
+  if (transfer.IsAtStart() && !IsPartialReply(t_download->handle)) transfer.BodyBeginsAt(0);
+  return transfer.Take(data, static_cast<std::uint32_t>(size * count));
+}
+
+void FetchUrl(const std::string& url, TsTransfer& transfer) {
+  const Transfer request{url, GuardedCallback<TakeTsBytes>, g_tsRunning};
+  const CurlHandle handle = SetUpDownload(request, transfer.Offset());
+  const RunningDownload running(handle.get(), transfer);
+  PerformDownload(handle, request);
+}
+
+// Returns where the file is read from: its beginning where it cannot be positioned. The offset is
+// taken as a 32-bit number: kept for compatibility.
+std::uint64_t SeekTo(std::uint64_t offset, std::FILE* file) {
+  const auto position = static_cast<std::int32_t>(offset);
+  return std::fseek(file, position, SEEK_SET) == 0 ? static_cast<std::uint64_t>(position) : 0;
 }
 
 // Reads to the end of the file, no faster than 10240 bytes in 10 ms on purpose. What the callback
 // returns does not end the reading, but a stop does, after the callback was told of it once.
-void ReadLocalFile(const std::string& path) {
+void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr unsigned kPauseMilliseconds = 10;
   const platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return;
-  // The offset is taken as a 32-bit number on purpose.
-  std::fseek(file.get(), static_cast<std::int32_t>(g_tsDownloaded.load()), SEEK_SET);
+  transfer.BodyBeginsAt(SeekTo(transfer.Offset(), file.get()));
+  const RunningDownload running(nullptr, transfer);
 
   std::array<char, kPieceSize> piece;
   while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0) {
@@ -51,24 +98,28 @@ void AwaitStreamRoom(std::uint32_t most_unread) {
   while (g_tsRunning.load() && UnreadSize() >= most_unread) platform::SleepMilliseconds(1);
 }
 
-std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
-  const auto length = static_cast<std::uint32_t>(size * count);
+TsTransfer::TsTransfer(const PlayerPort& player, std::uint64_t offset)
+    : player_(player), offset_(offset), packets_(offset) {}
+
+std::size_t TsTransfer::Take(const char* data, std::uint32_t length) {
+  is_at_start_ = false;
   if (!g_tsRunning.load() || IsHtmlPage(data, length)) {
-    ReportRefused(data, length);
+    player_.Message("PLAY TS NO:" + TsUrl() + ":" + TextOf(data, length));
     return 0;
   }
-  if (g_tsDownloaded.load() == 0) TsPlayer().Message("PLAY TS OK:" + TsUrl());
+  if (g_tsDownloaded.load() == 0) player_.Message("PLAY TS OK:" + TsUrl());
   AwaitStreamRoom(kMostUnreadTsBytes);
   const std::lock_guard lock(g_tsStreamLock);
-  if (data != nullptr && g_tsStreamBuffer->Append(data, length) != kBufferOk) return 0;
+  if (data != nullptr && !packets_.Append(data, length, *g_tsStreamBuffer)) return 0;
   g_tsDownloaded += length;
   return length;
 }
 
-void DownloadTs(const std::string& url) {
+void DownloadTs(const std::string& url, const PlayerPort& player) {
+  TsTransfer transfer(player, g_tsDownloaded.load());
   if (IsFileUrl(url)) {
-    ReadLocalFile(FileUrlPath(url));
+    ReadLocalFile(FileUrlPath(url), transfer);
   } else {
-    Download({url, GuardedCallback<TakeTsBytes>, g_tsRunning}, g_tsDownloaded.load());
+    FetchUrl(url, transfer);
   }
 }

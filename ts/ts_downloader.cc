@@ -30,11 +30,8 @@ void ResetStreamBuffer() {
 
 }  // namespace
 
-CTsDownloader::CTsDownloader(CStreamPlayerImp* player) : CThreadPool(kPipelineWorkers) {
-  {
-    const std::lock_guard lock(g_tsStateLock);
-    g_tsPlayer = PlayerPort(player);
-  }
+CTsDownloader::CTsDownloader(CStreamPlayerImp* player)
+    : CThreadPool(kPipelineWorkers), player_(player) {
   ResetStreamBuffer();
   ReleaseScratch();
 }
@@ -53,11 +50,14 @@ bool CTsDownloader::BeginDownload(const std::string& url) {
   ResetStreamBuffer();
   UseUrl(url);
   AddGated([this, url] { RunDownload(url); });
-  AddGated([] { ParseTs(); });
+  AddGated([this] { ParseTs(player_); });
   const auto wanted = [this](const FrameRecord& frame) { return IsWanted(frame); };
-  const PlayerPort player = TsPlayer();
-  AddGated([=] { DeliverVideoFrames({g_tsRunning, player, wanted, "ts video thread stop."}); });
-  AddGated([=] { DeliverAudioFrames({g_tsRunning, player, wanted, "ts audio thread stop."}); });
+  AddGated([=, this] {
+    DeliverVideoFrames({g_tsRunning, player_, wanted, "ts video thread stop."});
+  });
+  AddGated([=, this] {
+    DeliverAudioFrames({g_tsRunning, player_, wanted, "ts audio thread stop."});
+  });
   return true;
 }
 
@@ -72,14 +72,14 @@ bool CTsDownloader::SetStartPostion(float seconds) {
   const std::clock_t before = std::clock();
   g_tsDownloaded = 0;
   const std::clock_t elapsed = std::clock() - before;
-  TsPlayer().Message(StartPositionLine("TS", seconds, elapsed));
+  player_.Message(StartPositionLine("TS", seconds, elapsed));
   return true;
 }
 
 // Another address starts from nothing, with an empty cache file; the same one keeps what it has.
 void CTsDownloader::UseUrl(const std::string& url) {
   if (url == TsUrl()) {
-    TsPlayer().Message("PLAY TS RE:" + url);
+    player_.Message("PLAY TS RE:" + url);
     return;
   }
   {
@@ -98,6 +98,6 @@ bool CTsDownloader::IsWanted(const FrameRecord& frame) const {
 
 void CTsDownloader::RunDownload(const std::string& url) {
   const AtExit end([this] { downloading = false; });
-  DownloadTs(url);
+  DownloadTs(url, player_);
   ConsoleLine("ts Download thread stop.");
 }

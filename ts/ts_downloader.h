@@ -2,7 +2,8 @@
 // it downloads. Four tasks run on its pool: download, parse, video delivery, audio delivery.
 //
 // The facade makes one, on the first ".ts" address, and forwards its own operations to it. Most of
-// the state is process-wide (ts_state.h): one TS pipeline plays at a time. The player is borrowed.
+// the state is process-wide (ts_state.h): one TS pipeline plays at a time. The player is borrowed
+// until EndDownload has returned.
 //
 // Threads: call the members from one thread at a time, never from inside a call to the player.
 #ifndef TS_TS_DOWNLOADER_H_
@@ -40,6 +41,7 @@ class CTsDownloader : private CThreadPool {
   void RunDownload(const std::string& url);
   void AddGated(Task task) { AddTask(gate_.Admit(std::move(task))); }
 
+  const PlayerPort player_;
   TaskGate gate_;
   std::atomic<float> startSeconds{0};
   std::atomic<bool> downloading{true};

@@ -41,8 +41,7 @@ bool FeedBatch() {
   return true;
 }
 
-void ReportDuration(TsDurationReport& report) {
-  const PlayerPort player = TsPlayer();
+void ReportDuration(TsDurationReport& report, const PlayerPort& player) {
   if (!player) return;
   float seconds = 0;
   {
@@ -68,14 +67,14 @@ float TsDurationReport::Update(const FrameQueue* queue) {
   return static_cast<float>(static_cast<double>(newest - first_pts_) / kTicksPerSecond);
 }
 
-void ParseTs() {
+void ParseTs(const PlayerPort& player) {
   constexpr unsigned kEmptyPauseMilliseconds = 10;
   constexpr unsigned kBatchPauseMilliseconds = 1;
   TsDurationReport report;
   while (g_tsRunning.load()) {
     AwaitFrameRoom(g_tsRunning, kMaxFrameBacklog);
     if (FeedBatch()) {
-      ReportDuration(report);
+      ReportDuration(report, player);
       platform::SleepMilliseconds(kBatchPauseMilliseconds);
     } else {
       platform::SleepMilliseconds(kEmptyPauseMilliseconds);

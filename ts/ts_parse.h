@@ -5,10 +5,11 @@
 #include <cstdint>
 
 #include "common/frame_queue.h"
+#include "common/player_port.h"
 
 // Parses what is staged, as it comes, until g_tsRunning is cleared, and reports the growing
-// duration. Blocks. The stream is taken to be aligned to packets from its first byte.
-void ParseTs();
+// duration to `player`. Blocks. What is staged is aligned to packets.
+void ParseTs(const PlayerPort& player);
 
 // Works out the duration report from the ends of the video queue.
 class TsDurationReport {

@@ -4,7 +4,6 @@ std::atomic<bool> g_tsRunning{false};
 std::atomic<std::uint64_t> g_tsDownloaded{0};
 
 std::mutex g_tsStateLock;
-PlayerPort g_tsPlayer;
 NeverDestroyed<std::string> g_tsUrl;
 NeverDestroyed<std::string> g_tsTempPath;
 
@@ -12,11 +11,6 @@ std::mutex g_tsStreamLock;
 NeverDestroyed<CByteBuffer> g_tsStreamBuffer;
 
 NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
-
-PlayerPort TsPlayer() {
-  const std::lock_guard lock(g_tsStateLock);
-  return g_tsPlayer;
-}
 
 std::string TsUrl() {
   const std::lock_guard lock(g_tsStateLock);

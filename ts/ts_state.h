@@ -1,6 +1,7 @@
 // What the TS pipeline keeps for the whole process: one stream at a time, whichever CTsDownloader
-// plays it. The facade only forgets its TS pipeline when it is destroyed (kept on purpose), so this
-// state outlives every pipeline object; it is set up afresh at each start instead.
+// plays it. No player is in it: each start has its own, which its tasks hold. The facade only
+// forgets its TS pipeline when it is destroyed (kept on purpose), so this state outlives every
+// pipeline object; it is set up afresh at each start instead.
 #ifndef TS_TS_STATE_H_
 #define TS_TS_STATE_H_
 
@@ -14,7 +15,6 @@
 #include "common/byte_buffer.h"
 #include "common/copy_buffer.h"
 #include "common/never_destroyed.h"
-#include "common/player_port.h"
 
 // The run flag: the loops of all four tasks run while it is set.
 extern std::atomic<bool> g_tsRunning;
@@ -23,11 +23,10 @@ extern std::atomic<bool> g_tsRunning;
 extern std::atomic<std::uint64_t> g_tsDownloaded;
 
 extern std::mutex g_tsStateLock;
-extern PlayerPort g_tsPlayer;                     // guarded by g_tsStateLock
 extern NeverDestroyed<std::string> g_tsUrl;       // guarded by g_tsStateLock
 extern NeverDestroyed<std::string> g_tsTempPath;  // guarded by g_tsStateLock
 
-// Bytes received and not parsed yet.
+// Bytes received and not parsed yet: whole packets only.
 extern std::mutex g_tsStreamLock;
 extern NeverDestroyed<CByteBuffer> g_tsStreamBuffer;  // guarded by g_tsStreamLock
 
@@ -35,8 +34,7 @@ extern NeverDestroyed<CByteBuffer> g_tsStreamBuffer;  // guarded by g_tsStreamLo
 extern NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
 inline constexpr std::size_t kParseScratch = 1;
 
-// Copies taken under the lock.
-PlayerPort TsPlayer();
+// A copy taken under the lock.
 std::string TsUrl();
 
 #endif  // TS_TS_STATE_H_

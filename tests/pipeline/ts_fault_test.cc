@@ -22,7 +22,7 @@ class TsFaultTest : public TsPlay {
   void DownloadToItsEnd(const std::string& url) {
     CTsDownloader pipeline(&player_);
     g_tsRunning = true;
-    DownloadTs(url);
+    DownloadTs(url, PlayerPort(&player_));
     g_tsRunning = false;
   }
 };

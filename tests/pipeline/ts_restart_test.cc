@@ -2,18 +2,187 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
 #include <string>
+#include <vector>
 
+#include "common/frame_queue.h"
 #include "tests/support/ts_play.h"
+#include "tests/support/wait_until.h"
+#include "ts/ts_demux.h"
+#include "ts/ts_packet.h"
 #include "ts/ts_state.h"
 
 namespace {
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
 using ts_test::MakeStream;
 
 using TsRestartTest = TsPlay;
+
+constexpr char kNoSyncByte[] = "The ts packet has not sync byte";
+
+// Plays an address, stops in mid-stream and starts it again.
+class TsResumeTest : public TsPlay {
+ protected:
+  // A whole number of packets in all, and not in its first half.
+  static constexpr int kFrames = 31;
+  static constexpr std::size_t kTablesSize = 2 * kTsPacketSize;
+
+  static bool AllIsParsed() {
+    const TsDemuxLock feeding;
+    const std::lock_guard lock(g_tsStreamLock);
+    return g_tsStreamBuffer->Size() < kTsPacketSize;
+  }
+
+  // The first run, which receives `received` bytes, parses them and is stopped.
+  void PlayUpTo(const std::string& url, std::size_t received) {
+    {
+      const TsDemuxLock feeding;
+      ts_demux_forget();
+    }
+    player_.Reopen();
+    downloader_.BeginDownload(url);
+    ASSERT_TRUE(WaitUntil([&] { return g_tsDownloaded.load() == received && AllIsParsed(); }));
+    Stop();
+    player_.Reopen();
+    player_.Forget();
+  }
+
+  // The second run, which is to deliver exactly these frames; what it wrote to the console.
+  std::string PlayAgain(const std::string& url, const std::vector<std::string>& expected) {
+    testing::internal::CaptureStdout();
+    downloader_.BeginDownload(url);
+    player_.WaitFor([&](const Record& record) {
+      return record.video.size() + record.audio.size() >= expected.size();
+    });
+    const bool parsed = WaitUntil(AllIsParsed);
+    downloader_.EndDownload();
+    player_.Close();
+    const std::string console = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(parsed);
+    EXPECT_EQ(Dump(player_.Snapshot()), expected);
+    return console;
+  }
+
+  // The frames that the demultiplexer makes of the packets from `resumed` on, when it had parsed
+  // those of the first `received` bytes before.
+  static std::vector<std::string> FramesFrom(const ts_test::Bytes& stream, std::size_t resumed,
+                                             std::size_t received) {
+    const TsDemuxLock feeding;
+    ts_demux_forget();
+    ResetFrameQueues();
+    Feed(stream, 0, received / kTsPacketSize * kTsPacketSize);
+    TakeFrames();
+    ResetFrameQueues();
+    Feed(stream, (resumed + kTsPacketSize - 1) / kTsPacketSize * kTsPacketSize, stream.size());
+    return Dump(TakeFrames());
+  }
+
+ private:
+  static void Feed(const ts_test::Bytes& stream, std::size_t from, std::size_t to) {
+    for (; from < to; from += kTsPacketSize) ts_demux_feed(stream.data() + from, kTsPacketSize);
+  }
+
+  static Record TakeFrames() {
+    Record record;
+    const auto copy = [](const FrameNode& frame) {
+      return RecordedFrame{
+          frame.pts, frame.dts, frame.playTime, {frame.data, frame.data + frame.size}};
+    };
+    while (const FrameNodePtr frame = PopVideoFrame()) record.video.push_back(copy(*frame));
+    while (const FrameNodePtr frame = PopAudioFrame()) record.audio.push_back(copy(*frame));
+    return record;
+  }
+};
+
+TEST_F(TsResumeTest, FramesBehindTheReceivedBytesPlayWhereverTheStopWas) {
+  const ts_test::Bytes stream = MakeStream(kFrames);
+  server_.Serve(stream);
+  std::size_t count = 0;
+  for (std::size_t received = kTablesSize; received < stream.size() - 3 * kTsPacketSize;
+       received += 5 * kTsPacketSize / 2 + 3) {
+    const std::string url = server_.Url("/ends/" + std::to_string(received) + "/a.ts");
+    SCOPED_TRACE(received % kTsPacketSize);
+    const auto expected = FramesFrom(stream, received, received);
+    ASSERT_GT(expected.size(), 2U);
+    PlayUpTo(url, received);
+    EXPECT_THAT(PlayAgain(url, expected), Not(HasSubstr(kNoSyncByte)));
+    ++count;
+    ASSERT_EQ(server_.Requests().size(), 2 * count);
+    EXPECT_EQ(server_.Requests().back().range, "bytes=" + std::to_string(received) + "-");
+  }
+  EXPECT_GT(count, 30U);
+}
+
+TEST_F(TsResumeTest, StopOfAStalledDownloadInMidPacketPlaysOnFromTheNextPacket) {
+  const ts_test::Bytes stream = MakeStream(kFrames);
+  server_.Serve(stream);
+  const std::string url = server_.Url("/gated/a.ts");
+  const std::size_t received = stream.size() / 2;
+  ASSERT_NE(received % kTsPacketSize, 0U);
+  const auto expected = FramesFrom(stream, received, received);
+  PlayUpTo(url, received);
+  server_.Release();
+  EXPECT_THAT(PlayAgain(url, expected), Not(HasSubstr(kNoSyncByte)));
+  EXPECT_EQ(player_.Snapshot().messages,
+            (std::vector<std::string>{"PLAY TS:" + url, "PLAY TS RE:" + url}));
+}
+
+TEST_F(TsResumeTest, LocalFileResumesAtTheNextPacket) {
+  const ts_test::Bytes stream = MakeStream(kFrames);
+  for (const std::size_t received : {1000U, 10'000U, 10'241U}) {
+    const std::string path =
+        (std::filesystem::current_path() / (std::to_string(received) + ".ts")).string();
+    const auto append = [&](std::size_t from, std::size_t to) {
+      std::ofstream(path, std::ios::binary | std::ios::app)
+          .write(reinterpret_cast<const char*>(stream.data()) + from,
+                 static_cast<std::streamsize>(to - from));
+    };
+    std::filesystem::remove(path);
+    append(0, received);
+    const auto expected = FramesFrom(stream, received, received);
+    PlayUpTo("file://" + path, received);
+    append(received, stream.size());
+    EXPECT_THAT(PlayAgain("file://" + path, expected), Not(HasSubstr(kNoSyncByte)));
+  }
+}
+
+TEST_F(TsResumeTest, ServerWithoutRangesPlaysFromItsBeginning) {
+  const ts_test::Bytes stream = MakeStream(kFrames);
+  server_.Serve(stream);
+  constexpr std::size_t kReceived = 2001;
+  const std::string url = server_.Url("/whole/" + std::to_string(kReceived) + "/a.ts");
+  const auto expected = FramesFrom(stream, 0, kReceived);
+  PlayUpTo(url, kReceived);
+  EXPECT_THAT(PlayAgain(url, expected), Not(HasSubstr(kNoSyncByte)));
+  EXPECT_EQ(server_.Requests().back().range, "bytes=2001-");
+}
+
+TEST_F(TsResumeTest, SecondStartInMidPacketWithoutAStopBreaksIntoNoPacket) {
+  const ts_test::Bytes stream = MakeStream(kFrames);
+  server_.Serve(stream);
+  const std::string url = server_.Url("/gated/a.ts");
+  testing::internal::CaptureStdout();
+  downloader_.BeginDownload(url);
+  ASSERT_TRUE(
+      WaitUntil([&] { return g_tsDownloaded.load() == stream.size() / 2 && AllIsParsed(); }));
+  downloader_.BeginDownload(url);
+  ASSERT_TRUE(server_.WaitForRequests(2));
+  server_.Release();
+  // Both downloads receive the second half.
+  const bool received = WaitUntil([&] { return g_tsDownloaded.load() == stream.size() / 2 * 3; });
+  const bool parsed = WaitUntil(AllIsParsed);
+  downloader_.EndDownload();
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), Not(HasSubstr(kNoSyncByte)));
+  EXPECT_TRUE(received && parsed);
+}
 
 TEST_F(TsRestartTest, SameAddressResumesAtTheReceivedCount) {
   const ts_test::Bytes stream = MakeStream(30);

@@ -67,16 +67,17 @@ TEST_F(TsStopTest, EndOfAStoppedPipelineStillResetsTheStartPosition) {
   Stop();
 }
 
-TEST_F(TsStopTest, WriteCallbackTakesEverythingWhileRunningAndNothingAfterTheStop) {
+TEST_F(TsStopTest, TransferTakesEverythingWhileRunningAndNothingAfterTheStop) {
   CTsDownloader pipeline(nullptr);
   ts_test::Packet packet = ts_test::MakePat();
-  char* bytes = reinterpret_cast<char*>(packet.data());
+  const char* bytes = reinterpret_cast<const char*>(packet.data());
+  TsTransfer transfer(PlayerPort(), 0);
   g_tsRunning = true;
-  EXPECT_EQ(TakeTsBytes(bytes, 1, packet.size(), nullptr), packet.size());
-  EXPECT_EQ(TakeTsBytes(bytes, 94, 2, nullptr), packet.size());
+  EXPECT_EQ(transfer.Take(bytes, 188), packet.size());
+  EXPECT_EQ(transfer.Take(bytes, 188), packet.size());
   EXPECT_EQ(g_tsDownloaded.load(), 2 * packet.size());
   g_tsRunning = false;
-  EXPECT_EQ(TakeTsBytes(bytes, 1, packet.size(), nullptr), 0U);
+  EXPECT_EQ(transfer.Take(bytes, 188), 0U);
   EXPECT_EQ(g_tsDownloaded.load(), 2 * packet.size());
 }
 

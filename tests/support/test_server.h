@@ -28,9 +28,12 @@ class TestServer final : public LocalServer {
 
   // An address with this path, for example "/plain/a.ts", "/pieces/17/a.ts", "/cut/a.ts" (the first
   // half, then the connection ends), "/stall/a.ts" (the first half, then nothing), "/silent/a.ts"
-  // (not even an answer), "/endless/a.ts" (the body over and over), "/paced/17/a.ts" (pieces with
-  // pauses between them) or "/live/100/a.flv" (the first 100 bytes, then the rest over and over, a
-  // little at a time). Anything else is answered with an error page that is no HTML.
+  // (not even an answer), "/ends/17/a.ts" (the first 17 bytes, then the connection ends; a range
+  // behind them is honoured), "/whole/17/a.ts" (the same, but every request is answered with the
+  // body from its beginning, the second one with all of it), "/endless/a.ts" (the body over and
+  // over), "/paced/17/a.ts" (pieces with pauses between them) or "/live/100/a.flv" (the first 100
+  // bytes, then the rest over and over, a little at a time). Anything else is answered with an
+  // error page that is no HTML.
   using LocalServer::Url;
 
   // Lets the second half of gated replies go.
@@ -50,7 +53,8 @@ class TestServer final : public LocalServer {
     server.Serve(std::string("warm"));
     server.Open();
     server.Release();
-    return server.Answers({"/plain/a", "/pieces/1/a", "/paced/1/a", "/gated/a", "/nowhere"});
+    return server.Answers({"/plain/a", "/pieces/1/a", "/paced/1/a", "/gated/a", "/ends/0/a",
+                           "/whole/0/a", "/nowhere"});
   }
 
   void SetUpReplies() {
@@ -65,6 +69,14 @@ class TestServer final : public LocalServer {
     server_.Get("/cut/.*", [this](const auto& request, auto& response) {
       Remember(request);
       SendHalf(response, [](auto&) { return false; });
+    });
+    server_.Get("/ends/(\\d+)/.*", [this](const auto& request, auto& response) {
+      Remember(request);
+      SendUpTo(response, std::stoul(request.matches[1]));
+    });
+    server_.Get("/whole/(\\d+)/.*", [this](const auto& request, auto& response) {
+      Remember(request);
+      SendFromTheBeginning(response, Requests().size() == 1 ? std::stoul(request.matches[1]) : 0);
     });
     server_.Get("/stall/.*", [this](const auto& request, auto& response) {
       Remember(request);
@@ -148,7 +160,30 @@ class TestServer final : public LocalServer {
         });
   }
 
+  // Breaks off at `end`, unless a range from there on was asked for.
+  void SendUpTo(httplib::Response& response, std::size_t end) {
+    response.set_content_provider(body_.size(), "video/mp2t",
+                                  [this, end](std::size_t offset, std::size_t length, auto& sink) {
+                                    const bool breaks_off = offset < end;
+                                    const bool sent = sink.write(
+                                        body_.data() + offset, breaks_off ? end - offset : length);
+                                    return sent && !breaks_off;
+                                  });
+  }
+
+  // As a server that knows no ranges. Breaks off at `end`, unless that is 0.
+  void SendFromTheBeginning(httplib::Response& response, std::size_t end) {
+    response.status = 200;
+    response.set_chunked_content_provider("video/mp2t", [this, end](auto, auto& sink) {
+      if (!sink.write(body_.data(), end == 0 ? body_.size() : end) || end != 0) return false;
+      sink.done();
+      return true;
+    });
+  }
+
+  // From the beginning, whatever range was asked for.
   void SendEndlessly(httplib::Response& response) {
+    response.status = 200;
     response.set_chunked_content_provider("video/mp2t", [this](auto, auto& sink) {
       return !IsEnding() && sink.write(body_.data(), body_.size());
     });

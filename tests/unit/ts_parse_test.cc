@@ -29,7 +29,7 @@ class TsBacklogTest : public testing::Test {
       g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
     }
     g_tsRunning = true;
-    thread_ = std::thread(ParseTs);
+    thread_ = std::thread([] { ParseTs(PlayerPort()); });
   }
   ~TsBacklogTest() override {
     Stop();

@@ -3,13 +3,24 @@
 #include "common/console.h"
 #include "common/frame_queue.h"
 
-bool StopPipeline(const StoppingPipeline& pipeline) {
-  if (!pipeline.running.load()) return false;
-  ConsoleLine(pipeline.name + " EndDownload...");
-  pipeline.running.store(false);
+namespace {
+
+void JoinTasks(const StoppingPipeline& pipeline) {
   pipeline.gate.Close();
   pipeline.wake();
   pipeline.pool.Stop();
+}
+
+}  // namespace
+
+bool StopPipeline(const StoppingPipeline& pipeline) {
+  if (!pipeline.running.load()) {
+    JoinTasks(pipeline);
+    return false;
+  }
+  ConsoleLine(pipeline.name + " EndDownload...");
+  pipeline.running.store(false);
+  JoinTasks(pipeline);
   ClearVideoQueue();
   ConsoleLine(pipeline.name + " video clear.");
   ClearAudioQueue();

@@ -18,8 +18,12 @@ struct StoppingPipeline {
 };
 
 // Ends a pipeline: clears its flag, wakes and joins its tasks, and releases what the two frame
-// queues still hold. Blocks until no task runs. Returns false, having done nothing, when the
-// pipeline was not running. Not to be called from one of the pipeline's own tasks.
+// queues still hold. Blocks until no task runs. Not to be called from one of the pipeline's own
+// tasks.
+//
+// Returns false when the flag is clear already, without a line, and leaves the queues alone. The
+// tasks are joined all the same: where pipelines share a flag another one may have cleared it, and
+// the host may destroy the player once this has returned.
 bool StopPipeline(const StoppingPipeline& pipeline);
 
 #endif  // COMMON_STOP_PROTOCOL_H_

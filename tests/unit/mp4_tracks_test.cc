@@ -271,6 +271,17 @@ TEST(Mp4TracksTest, DurationIsThatOfTheMovieInWholeMilliseconds) {
   EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 100'000);
 }
 
+TEST(Mp4TracksTest, DurationThatDoesNotFitInMillisecondsNeverWraps) {
+  Movie movie = MovieOf({VideoTrack()});
+  movie.version = 1;
+  movie.time_scale = 90'000;
+  movie.duration = std::numeric_limits<std::uint64_t>::max() / 1000 + 90'000;  // wraps to 1 s
+  EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 204'963'823'041.0F);
+  movie.duration = std::numeric_limits<std::uint64_t>::max();  // "not known"
+  movie.time_scale = 1;
+  EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 18'446'744'073'709'551.0F);
+}
+
 TEST(Mp4TracksTest, TimeScaleOfZeroGivesADurationOfZero) {
   Movie movie = MovieOf({VideoTrack()});
   movie.time_scale = 0;

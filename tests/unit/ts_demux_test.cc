@@ -155,11 +155,21 @@ TEST_F(TsDemuxTest, PesThatNeverEndsIsCutAtOneMebibyte) {
   EXPECT_EQ(frame->intact, 0U);
 }
 
-TEST_F(TsDemuxTest, StreamWithoutAudioGivesNoAudioFrames) {
-  // The PAT's own PID, 0, is what an audio PID that was never set reads as.
+// The PAT's own PID, 0, is what the audio PID of a program without audio reads as.
+TEST_F(TsDemuxTest, PatOfAProgramWithoutAudioIsNeverAudio) {
   for (int i = 0; i < 3; ++i) {
     Feed(MakePat());
     Feed(MakePmt({{0x1B, kVideoPid}}));
+    FeedVideo(90'000 + static_cast<std::uint64_t>(i) * 3600, Bytes(10, 1));
+  }
+  EXPECT_EQ(PopAudioFrame(), nullptr);
+  EXPECT_EQ(CountVideo(), 2U);
+}
+
+TEST_F(TsDemuxTest, PatIsNeverAudioWhereThePmtNamesItsPidAsAudio) {
+  for (int i = 0; i < 3; ++i) {
+    Feed(MakePat());
+    Feed(MakePmt({{0x1B, kVideoPid}, {0x0F, 0}}));
     FeedVideo(90'000 + static_cast<std::uint64_t>(i) * 3600, Bytes(10, 1));
   }
   EXPECT_EQ(PopAudioFrame(), nullptr);

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <limits>
+
 #include "ts/ts_parse.h"
 
 namespace {
@@ -42,10 +45,17 @@ TEST_F(TsDurationReportTest, EmptyOrMissingQueueReportsNothing) {
   EXPECT_LT(report_.Update(nullptr), 0);
 }
 
-TEST_F(TsDurationReportTest, FrameBeforeTheFirstOneIsNoSpan) {
+TEST_F(TsDurationReportTest, DurationNeverWrapsWhereTheNewestFrameIsBeforeTheFirst) {
   Update(90'000, 90'000);
   EXPECT_LT(Update(90'000, 80'000), 0);
   EXPECT_EQ(Update(90'000, 180'000), 1.0F);
+}
+
+TEST_F(TsDurationReportTest, LargestTimeStampGivesAFiniteDuration) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  Update(1, 1);
+  EXPECT_FLOAT_EQ(Update(1, kMost), 18446744073709551615.0F / 90'000);
+  EXPECT_LT(Update(1, 0), 0);
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
+#include <optional>
 
 namespace report {
 namespace {
@@ -58,18 +59,18 @@ std::string WidestText(const Jumps& jumps) {
          std::to_string(widest.index) + ", which came after " + AtMs(widest.ms) + ".";
 }
 
-void AddJumps(const FrameWatch& watch, const std::string& kind, Findings& findings) {
-  if (watch.gaps.count > 0) {
+void AddJumps(const StepWatch& steps, const std::string& kind, Findings& findings) {
+  if (steps.gaps.count > 0) {
     findings.push_back({Weight::kOdd, "Gap in the " + kind,
                         "The " + kind + " time stamps leave out " +
-                            Count(watch.gaps.count, "stretch", "stretches") + " of the stream." +
-                            WidestText(watch.gaps)});
+                            Count(steps.gaps.count, "stretch", "stretches") + " of the stream." +
+                            WidestText(steps.gaps)});
   }
-  if (watch.backs.count > 0) {
+  if (steps.backs.count > 0) {
     findings.push_back({Weight::kOdd, "Jump back of the " + kind,
                         "The " + kind + " time stamps go back " +
-                            Count(watch.backs.count, "time", "times") + "." +
-                            WidestText(watch.backs)});
+                            Count(steps.backs.count, "time", "times") + "." +
+                            WidestText(steps.backs)});
   }
 }
 
@@ -80,9 +81,9 @@ void AddPayloads(const FrameWatch& watch, const std::string& kind, Findings& fin
 }
 
 void AddPlayTimes(const FrameWatch& watch, const std::string& kind, Findings& findings) {
-  if (watch.without_play_time > 0) {
+  if (watch.Steps().without_play_time > 0) {
     findings.push_back({Weight::kOdd, "Frames without playTime",
-                        Frames(watch.without_play_time, kind) + " of " +
+                        Frames(watch.Steps().without_play_time, kind) + " of " +
                             std::to_string(watch.frames) +
                             " have playTime 0 though the stream has gone on."});
   }
@@ -93,13 +94,27 @@ void AddPlayTimes(const FrameWatch& watch, const std::string& kind, Findings& fi
   }
 }
 
-void AddLateness(const FrameWatch& watch, const std::string& kind, Findings& findings) {
-  if (watch.latest_seconds <= kMostLateSeconds) return;
+void AddLateness(const StepWatch& steps, const std::string& kind, Findings& findings) {
+  if (steps.latest_seconds <= kMostLateSeconds) return;
   findings.push_back({Weight::kOdd, "Late " + kind,
                       "A player that starts with the first " + kind +
-                          " frame would have waited for " + Frames(watch.late_frames, kind) +
-                          ", up to " + Seconds(watch.latest_seconds) + " for the one after " +
-                          AtMs(watch.latest_at_ms) + "."});
+                          " frame would have waited for " + Frames(steps.late_frames, kind) +
+                          ", up to " + Seconds(steps.latest_seconds) + " for the one after " +
+                          AtMs(steps.latest_at_ms) + "."});
+}
+
+// Frames that nobody paces arrive as fast as they are made, those of one kind faster than those of
+// the other. A viewer notices a distance only where the one behind is awaited.
+void AddDistanceOnTheWay(const ReportRecord& record, Findings& findings) {
+  const std::optional<Range>& range =
+      record.host_paces ? record.distance.range : record.awaited_distance;
+  if (!range) return;
+  const double widest = std::abs(range->low) > range->high ? range->low : range->high;
+  if (std::abs(widest) <= kMostDistance) return;
+  findings.push_back({Weight::kNote, "Video and audio come apart",
+                      std::string(widest > 0 ? "Video" : "Audio") + " was up to " +
+                          Seconds(std::abs(widest)) +
+                          " of stream time ahead while frames were delivered."});
 }
 
 void AddDistances(const ReportRecord& record, Findings& findings) {
@@ -111,21 +126,15 @@ void AddDistances(const ReportRecord& record, Findings& findings) {
                             (start > 0 ? " behind" : " before") +
                             " the first video frame, by their time stamps."});
   }
-  const double end = SecondsBetween(record.video.reached_pts, record.audio.reached_pts);
+  const double end =
+      SecondsBetween(record.video.Steps().reached_pts, record.audio.Steps().reached_pts);
   if (std::abs(end) > kMostEndDistance) {
     findings.push_back({Weight::kOdd, "Video and audio end apart",
                         std::string(end > 0 ? "Audio" : "Video") + " goes on for " +
                             Seconds(std::abs(end)) + " after the end of " +
                             (end > 0 ? "video." : "audio.")});
   }
-  const Range& range = *record.distance.range;
-  const double widest = std::abs(range.low) > range.high ? range.low : range.high;
-  if (std::abs(widest) > kMostDistance) {
-    findings.push_back({Weight::kNote, "Video and audio come apart",
-                        std::string(widest > 0 ? "Video" : "Audio") + " was up to " +
-                            Seconds(std::abs(widest)) +
-                            " of stream time ahead while frames were delivered."});
-  }
+  AddDistanceOnTheWay(record, findings);
 }
 
 void AddFailureLines(const ReportRecord& record, Findings& findings) {
@@ -165,10 +174,10 @@ void AddNumber(const NumberWatch& number, Weight weight, const std::string& name
 
 void AddKind(const FrameWatch& watch, const std::string& kind, bool host_paces,
              Findings& findings) {
-  AddJumps(watch, kind, findings);
+  AddJumps(watch.Steps(), kind, findings);
   AddPayloads(watch, kind, findings);
   AddPlayTimes(watch, kind, findings);
-  if (!host_paces) AddLateness(watch, kind, findings);
+  if (!host_paces) AddLateness(watch.Steps(), kind, findings);
 }
 
 }  // namespace

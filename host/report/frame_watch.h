@@ -1,77 +1,36 @@
 // Looks at the frames of one kind, each as it comes: exact counts, the points of the charts, and
 // where the time stamps do not go on as they should.
 //
-// The order of frames is that of their decode times: dts where it is plausible (at most ten seconds
-// before pts), else pts. A transport stream leaves dts meaningless where it equals pts.
-//
-//   gap        the decode time goes on by more than half a second, and by more than three times
-//              the median of the steps before
-//   jump back  it goes back by more than ten milliseconds
+// The order of frames is that of their decode times (decode_times.h). Whether `dts` counts shows
+// after a few frames only, so the steps are watched both with it and without it.
 //
 // A plain value without a lock.
 #ifndef HOST_REPORT_FRAME_WATCH_H_
 #define HOST_REPORT_FRAME_WATCH_H_
 
-#include <array>
-#include <cstddef>
 #include <cstdint>
-#include <optional>
-#include <vector>
 
 #include "bounded_series.h"
+#include "decode_times.h"
 #include "points.h"
+#include "step_watch.h"
 #include "stream_player.h"
 
 namespace report {
-
-inline constexpr double kGapSeconds = 0.5;
-inline constexpr double kGapTimesStep = 3;
-inline constexpr double kBackSeconds = 0.01;
-inline constexpr std::size_t kMostJumpsListed = 500;  // of each kind of frame
-
-// A place where the time stamps do not go on as they should.
-struct Jump {
-  std::uint64_t index;  // of the frame behind it, from 0
-  double ms;            // when that frame came
-  std::uint64_t from;   // decode times, 90 kHz
-  std::uint64_t to;
-
-  double Seconds() const { return SecondsBetween(from, to); }
-};
-
-// All of one sort; the first ones are listed.
-struct Jumps {
-  std::uint64_t count = 0;
-  std::vector<Jump> listed;
-  std::optional<Jump> widest;
-
-  void Add(const Jump& jump);
-};
-
-// The usual distance of neighbouring frames.
-class UsualStep {
- public:
-  void Add(double seconds);
-  // The median of the newest steps; nothing before there are a few.
-  std::optional<double> Median() const;
-
- private:
-  std::array<double, 31> newest_{};
-  std::size_t count_ = 0;
-};
 
 class FrameWatch {
  public:
   void Add(double ms, const MediaFrame& frame);
 
+  bool DtsCounts() const { return decode_times_.DtsCounts(); }
+  const StepWatch& Steps() const { return DtsCounts() ? by_dts_ : by_pts_; }
+
   std::uint64_t frames = 0;
   std::uint64_t bytes = 0;
   std::uint64_t smallest = 0;  // bytes
   std::uint64_t largest = 0;
-  std::uint64_t empty = 0;              // frames without a payload
-  std::uint64_t same_time = 0;          // frames with the decode time of the frame before
-  std::uint64_t without_play_time = 0;  // playTime 0 though the stream has gone on
-  std::uint64_t play_time_back = 0;     // playTime smaller than that of the frame before
+  std::uint64_t empty = 0;           // frames without a payload
+  std::uint64_t play_time_back = 0;  // playTime far smaller than that of the frame before
   double first_ms = 0;
   double last_ms = 0;
   double longest_silence_ms = 0;     // between two frames
@@ -79,32 +38,17 @@ class FrameWatch {
   std::uint64_t first_pts = 0;       // of the first frame
   std::uint64_t least_pts = 0;
   std::uint64_t most_pts = 0;
-  // The largest since the last jump back: how far the stream has got.
-  std::uint64_t reached_pts = 0;
 
-  // How long a player that starts with the first frame would have had to wait for a frame; 0 when
-  // every frame came in time. Jumps of the time stamps are no reason to wait.
-  double latest_seconds = 0;
-  double latest_at_ms = 0;
-  std::uint64_t late_frames = 0;  // by more than a tenth of a second
-
-  Jumps gaps;
-  Jumps backs;
   BoundedSeries<FramePoint> points;
 
  private:
-  void AddFirst(double ms, const MediaFrame& frame, std::uint64_t decode_time);
-  // The step from the frame before, in seconds.
-  double AddNext(double ms, const MediaFrame& frame, std::uint64_t decode_time);
-  void JudgeStep(double step, double ms, std::uint64_t decode_time);
-  void JudgePlayTime(const MediaFrame& frame, std::uint64_t decode_time);
-  void JudgeArrival(double ms);
+  void AddFirst(double ms, const MediaFrame& frame);
+  void AddNext(double ms, const MediaFrame& frame);
 
-  UsualStep usual_step_;
-  std::uint64_t first_decode_time_ = 0;
-  std::uint64_t last_decode_time_ = 0;
+  DecodeTimes decode_times_;
+  StepWatch by_dts_;
+  StepWatch by_pts_;
   std::uint64_t last_play_time_ = 0;
-  double played_seconds_ = 0;  // how far that player would be
 };
 
 }  // namespace report

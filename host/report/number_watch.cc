@@ -10,7 +10,7 @@ void NumberWatch::Add(double ms, double value) {
     ++not_finite;
     return;
   }
-  if (newest && value < *newest) {
+  if (newest && value < *newest - tolerance_) {
     if (went_back == 0) went_back_at_ms = ms;
     ++went_back;
   }

@@ -14,6 +14,10 @@ namespace report {
 
 class NumberWatch {
  public:
+  NumberWatch() = default;
+  // A step back of no more than `tolerance` is not counted.
+  explicit NumberWatch(double tolerance) : tolerance_(tolerance) {}
+
   void Add(double ms, double value);
 
   std::uint64_t count = 0;
@@ -25,6 +29,9 @@ class NumberWatch {
   std::optional<Range> range;
   double newest_ms = 0;
   BoundedSeries<NumberPoint> points;
+
+ private:
+  double tolerance_ = 0;
 };
 
 }  // namespace report

@@ -12,6 +12,8 @@ namespace report {
 
 inline constexpr double kTicksPerSecond = 90'000;
 inline constexpr double kMsPerSecond = 1000;
+// So far apart may neighbours be that are decoded in another order than they are shown.
+inline constexpr double kReorderSeconds = 1;
 
 // From one time stamp to another, in seconds; negative when that goes back.
 inline double SecondsBetween(std::uint64_t from, std::uint64_t to) {
@@ -49,17 +51,26 @@ struct FramePoint {
   std::uint64_t pts;  // of the first
   std::uint64_t frames = 1;
   std::uint64_t bytes;
-  std::uint64_t largest;       // bytes of the largest frame
-  std::optional<Range> steps;  // seconds from the frame before; nothing for the very first
+  std::uint64_t largest;  // bytes of the largest frame
+  // Seconds from the frame before, where dts counts and where it does not; nothing for the very
+  // first.
+  std::optional<Range> dts_steps;
+  std::optional<Range> pts_steps;
 
   void Join(const FramePoint& later) {
     frames += later.frames;
     bytes += later.bytes;
     largest = std::max(largest, later.largest);
-    if (steps && later.steps) {
-      steps->Join(*later.steps);
-    } else if (later.steps) {
-      steps = later.steps;
+    JoinSteps(dts_steps, later.dts_steps);
+    JoinSteps(pts_steps, later.pts_steps);
+  }
+
+ private:
+  static void JoinSteps(std::optional<Range>& steps, const std::optional<Range>& later) {
+    if (steps && later) {
+      steps->Join(*later);
+    } else if (later) {
+      steps = later;
     }
   }
 };

@@ -34,11 +34,12 @@ Json Column(const Points& points, const Value& value) {
   return column;
 }
 
-Json FramePointsJson(const BoundedSeries<FramePoint>& series) {
+Json FramePointsJson(const BoundedSeries<FramePoint>& series, bool dts_counts) {
   const auto& points = series.Points();
   using P = FramePoint;
-  const auto step = [](const P& point, double Range::*end) {
-    return point.steps ? Json(Rounded(*point.steps.*end)) : Json(nullptr);
+  const auto step = [dts_counts](const P& point, double Range::*end) {
+    const std::optional<Range>& steps = dts_counts ? point.dts_steps : point.pts_steps;
+    return steps ? Json(Rounded(*steps.*end)) : Json(nullptr);
   };
   return {{"per_point", series.PerPoint()},
           {"t", Column(points, [](const P& p) { return SecondsOfMs(p.ms); })},
@@ -83,25 +84,28 @@ void AddJumpRows(const Jumps& jumps, const char* kind, const char* what, Json& r
 
 Json JumpsJson(const ReportRecord& record) {
   Json rows = Json::array();
-  AddJumpRows(record.video.gaps, "video", "gap", rows);
-  AddJumpRows(record.video.backs, "video", "jump back", rows);
-  AddJumpRows(record.audio.gaps, "audio", "gap", rows);
-  AddJumpRows(record.audio.backs, "audio", "jump back", rows);
-  const std::uint64_t count = record.video.gaps.count + record.video.backs.count +
-                              record.audio.gaps.count + record.audio.backs.count;
+  const StepWatch& video = record.video.Steps();
+  const StepWatch& audio = record.audio.Steps();
+  AddJumpRows(video.gaps, "video", "gap", rows);
+  AddJumpRows(video.backs, "video", "jump back", rows);
+  AddJumpRows(audio.gaps, "audio", "gap", rows);
+  AddJumpRows(audio.backs, "audio", "jump back", rows);
+  const std::uint64_t count =
+      video.gaps.count + video.backs.count + audio.gaps.count + audio.backs.count;
   return {{"count", count}, {"listed", std::move(rows)}};
 }
 
 Json FramesJson(const FrameWatch& watch) {
+  const StepWatch& steps = watch.Steps();
   return {{"frames", watch.frames},
           {"bytes", watch.bytes},
           {"smallest", watch.smallest},
           {"largest", watch.largest},
           {"empty", watch.empty},
-          {"gaps", watch.gaps.count},
-          {"backs", watch.backs.count},
-          {"same_time", watch.same_time},
-          {"without_play_time", watch.without_play_time},
+          {"gaps", steps.gaps.count},
+          {"backs", steps.backs.count},
+          {"same_time", steps.same_time},
+          {"without_play_time", steps.without_play_time},
           {"play_time_back", watch.play_time_back},
           {"first_at", SecondsOfMs(watch.first_ms)},
           {"last_at", SecondsOfMs(watch.last_ms)},
@@ -109,9 +113,9 @@ Json FramesJson(const FrameWatch& watch) {
           {"first_pts", SecondsOfTicks(watch.least_pts)},
           {"last_pts", SecondsOfTicks(watch.most_pts)},
           {"span", Rounded(SecondsBetween(watch.least_pts, watch.most_pts))},
-          {"latest", Rounded(watch.latest_seconds)},
-          {"late_frames", watch.late_frames},
-          {"points", FramePointsJson(watch.points)}};
+          {"latest", Rounded(steps.latest_seconds)},
+          {"late_frames", steps.late_frames},
+          {"points", FramePointsJson(watch.points, watch.DtsCounts())}};
 }
 
 Json FindingsJson(const ReportRecord& record) {

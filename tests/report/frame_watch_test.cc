@@ -25,9 +25,9 @@ TEST(FrameWatchTest, PicturesThatAreShownInAnotherOrderAreNoJumps) {
     frame.dts = dts == frame.pts ? 8'528'338'974 : dts;  // means nothing where it equals pts
     watch.Add(0, frame);
   }
-  EXPECT_EQ(watch.gaps.count, 0U);
-  EXPECT_EQ(watch.backs.count, 0U);
-  EXPECT_EQ(watch.reached_pts, TicksOf(10));
+  EXPECT_EQ(watch.Steps().gaps.count, 0U);
+  EXPECT_EQ(watch.Steps().backs.count, 0U);
+  EXPECT_EQ(watch.Steps().reached_pts, TicksOf(10));
 }
 
 TEST(FrameWatchTest, DecodeTimeThatMeansNothingGivesWayToThePresentationTime) {
@@ -37,8 +37,8 @@ TEST(FrameWatchTest, DecodeTimeThatMeansNothingGivesWayToThePresentationTime) {
     frame.dts = 8'528'338'974 - static_cast<std::uint64_t>(n % 3);
     watch.Add(0, frame);
   }
-  EXPECT_EQ(watch.gaps.count, 0U);
-  EXPECT_EQ(watch.backs.count, 0U);
+  EXPECT_EQ(watch.Steps().gaps.count, 0U);
+  EXPECT_EQ(watch.Steps().backs.count, 0U);
 }
 
 TEST(FrameWatchTest, StepOfAlmostHalfASecondIsNoGapAndALongerOneIs) {
@@ -46,7 +46,7 @@ TEST(FrameWatchTest, StepOfAlmostHalfASecondIsNoGapAndALongerOneIs) {
     std::vector<std::uint64_t> ticks;
     for (int n = 0; n < 10; ++n) ticks.push_back(TicksOf(n));
     ticks.push_back(ticks.back() + step);
-    return WatchOf(ticks).gaps.count;
+    return WatchOf(ticks).Steps().gaps.count;
   };
   EXPECT_EQ(count_with_step(44'999), 0U);
   EXPECT_EQ(count_with_step(45'001), 1U);
@@ -55,41 +55,41 @@ TEST(FrameWatchTest, StepOfAlmostHalfASecondIsNoGapAndALongerOneIs) {
 TEST(FrameWatchTest, SlowSlidesHaveNoGapsButALostOneIsOne) {
   std::vector<std::uint64_t> ticks;
   for (std::uint64_t n = 0; n < 20; ++n) ticks.push_back(n * 90'000);
-  EXPECT_EQ(WatchOf(ticks).gaps.count, 0U);
+  EXPECT_EQ(WatchOf(ticks).Steps().gaps.count, 0U);
   ticks.push_back(ticks.back() + 4 * 90'000);
-  EXPECT_EQ(WatchOf(ticks).gaps.count, 1U);
+  EXPECT_EQ(WatchOf(ticks).Steps().gaps.count, 1U);
 }
 
 TEST(FrameWatchTest, GapAmongTheVeryFirstFramesIsSeenWhenItIsWide) {
-  EXPECT_EQ(WatchOf({0, 3600, 3600 + 181'000}).gaps.count, 1U);
+  EXPECT_EQ(WatchOf({0, 3600, 3600 + 181'000}).Steps().gaps.count, 1U);
 }
 
 TEST(FrameWatchTest, JumpBackIsListedWithBothEnds) {
   const FrameWatch watch = WatchOf({180'000, 183'600, 90'000, 93'600});
-  ASSERT_EQ(watch.backs.listed.size(), 1U);
-  EXPECT_EQ(watch.backs.listed[0].index, 2U);
-  EXPECT_EQ(watch.backs.listed[0].from, 183'600U);
-  EXPECT_EQ(watch.backs.listed[0].to, 90'000U);
-  EXPECT_EQ(watch.reached_pts, 93'600U);
+  ASSERT_EQ(watch.Steps().backs.listed.size(), 1U);
+  EXPECT_EQ(watch.Steps().backs.listed[0].index, 2U);
+  EXPECT_EQ(watch.Steps().backs.listed[0].from, 183'600U);
+  EXPECT_EQ(watch.Steps().backs.listed[0].to, 90'000U);
+  EXPECT_EQ(watch.Steps().reached_pts, 93'600U);
 }
 
 TEST(FrameWatchTest, ManyJumpsAreAllCountedAndOnlyTheFirstListed) {
   FrameWatch watch;
   for (int n = 0; n < 2000; ++n) watch.Add(n, FrameAt(n % 2 == 0 ? 900'000 : 90'000));
-  EXPECT_EQ(watch.backs.count, 1000U);
-  EXPECT_EQ(watch.backs.listed.size(), kMostJumpsListed);
-  EXPECT_GT(watch.gaps.count, 900U);
+  EXPECT_EQ(watch.Steps().backs.count, 1000U);
+  EXPECT_EQ(watch.Steps().backs.listed.size(), kMostJumpsListed);
+  EXPECT_GT(watch.Steps().gaps.count, 900U);
 }
 
 TEST(FrameWatchTest, TimeStampsAtTheEndsOfTheirRangeAreSurvived) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   const FrameWatch watch = WatchOf({0, kMost, 0, kMost, 0});
-  EXPECT_EQ(watch.backs.count, 2U);
-  EXPECT_EQ(watch.gaps.count, 2U);
+  EXPECT_EQ(watch.Steps().backs.count, 2U);
+  EXPECT_EQ(watch.Steps().gaps.count, 2U);
 }
 
 TEST(FrameWatchTest, SameTimeStampAgainIsCounted) {
-  EXPECT_EQ(WatchOf({0, 0, 0, 3600}).same_time, 2U);
+  EXPECT_EQ(WatchOf({0, 0, 0, 3600}).Steps().same_time, 2U);
 }
 
 TEST(FrameWatchTest, SizesAndSilencesAreKept) {
@@ -113,8 +113,8 @@ TEST(FrameWatchTest, GapThatTookAsLongToComeMakesNoLaterFrameLate) {
   for (int n = 0; n < 200; ++n) {
     if (n < 50 || n >= 100) watch.Add(n * kMsOfFrame, FrameAt(TicksOf(n)));
   }
-  EXPECT_EQ(watch.gaps.count, 1U);
-  EXPECT_EQ(watch.late_frames, 0U);
+  EXPECT_EQ(watch.Steps().gaps.count, 1U);
+  EXPECT_EQ(watch.Steps().late_frames, 0U);
 }
 
 }  // namespace

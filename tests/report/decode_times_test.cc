@@ -1,0 +1,83 @@
+#include "host/report/decode_times.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <limits>
+
+#include "tests/report/report_support.h"
+
+namespace report {
+namespace {
+
+MediaFrame Frame(std::uint64_t pts, std::uint64_t dts) {
+  MediaFrame frame = FrameAt(pts);
+  frame.dts = dts;
+  return frame;
+}
+
+TEST(DecodeTimesTest, DtsBeforeItsPtsCounts) {
+  DecodeTimes times;
+  EXPECT_EQ(times.Of(Frame(90'000, 86'400)), 86'400U);
+  EXPECT_EQ(times.Of(Frame(90'000, 90'000)), 90'000U);
+}
+
+TEST(DecodeTimesTest, DtsAboveItsPtsOrFarBelowItGivesWayToThePts) {
+  DecodeTimes times;
+  EXPECT_EQ(times.Of(Frame(90'000, 90'001)), 90'000U);
+  EXPECT_EQ(times.Of(Frame(1'000'000, 99'999)), 1'000'000U);
+  EXPECT_EQ(times.Of(Frame(0, std::numeric_limits<std::uint64_t>::max())), 0U);
+  EXPECT_TRUE(times.DtsCounts());
+}
+
+TEST(DecodeTimesTest, DtsThatWasReadFromThePayloadGivesWayToThePts) {
+  constexpr std::array<std::uint8_t, 6> kUnit = {0, 0, 0, 1, 0x67, 0x42};
+  DecodeTimes times;
+  MediaFrame frame = Frame(126'000, 179);  // (1 << 7) + (0x67 >> 1)
+  frame.data = kUnit.data();
+  frame.size = static_cast<std::int32_t>(kUnit.size());
+  EXPECT_EQ(times.Of(frame), 126'000U);
+  frame.dts = 180;
+  EXPECT_EQ(times.Of(frame), 180U);
+}
+
+TEST(DecodeTimesTest, FrameShorterThanATimeStampIsReadNoFurther) {
+  DecodeTimes times;
+  MediaFrame frame = Frame(90'000, 0);
+  frame.size = 0;
+  EXPECT_EQ(times.Of(frame), 90'000U);  // reads as zeros
+  frame.data = nullptr;
+  frame.size = 100;
+  EXPECT_EQ(times.Of(frame), 90'000U);
+  frame.size = -1;
+  EXPECT_EQ(times.Of(frame), 90'000U);
+}
+
+TEST(DecodeTimesTest, DtsThatStandsStillCountsForNoFrame) {
+  DecodeTimes times;
+  for (int n = 0; n < 3; ++n) times.Of(Frame(TicksOf(n), 387));
+  EXPECT_TRUE(times.DtsCounts());
+  times.Of(Frame(TicksOf(3), 387));
+  EXPECT_FALSE(times.DtsCounts());
+  for (int n = 0; n < 10; ++n) times.Of(Frame(TicksOf(n + 4), TicksOf(n + 3)));
+  EXPECT_FALSE(times.DtsCounts()) << "nor do later ones";
+}
+
+TEST(DecodeTimesTest, SingleJumpBackIsNoStandstill) {
+  DecodeTimes times;
+  for (int n = 0; n < 100; ++n) {
+    const int at = n % 25;  // ten times back by a second
+    times.Of(Frame(TicksOf(at + 2), TicksOf(at)));
+  }
+  EXPECT_TRUE(times.DtsCounts());
+}
+
+TEST(DecodeTimesTest, FrameThatIsRepeatedIsNoStandstill) {
+  DecodeTimes times;
+  for (int n = 0; n < 10; ++n) times.Of(Frame(TicksOf(2), TicksOf(1)));
+  EXPECT_TRUE(times.DtsCounts());
+}
+
+}  // namespace
+}  // namespace report

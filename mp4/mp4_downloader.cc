@@ -38,9 +38,9 @@ bool CMp4Downloader::BeginDownload(const std::string& url) {
 
 bool CMp4Downloader::EndDownload() {
   start_position_ = 0;
-  if (!StopPipeline({"mp4", g_mp4Running, pool_, gate_, [] {}})) return false;
-  reader_.Close();
-  return true;
+  const bool was_running = StopPipeline({"mp4", g_mp4Running, pool_, gate_, [] {}});
+  reader_.Close();  // also where another pipeline has cleared the flag
+  return was_running;
 }
 
 bool CMp4Downloader::SetStartPostion(float seconds) {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <memory>
 #include <string>
 
 #include "tests/support/ts_play.h"
+#include "tests/support/two_facades.h"
 #include "tests/support/wait_until.h"
 #include "ts/ts_state.h"
 
@@ -12,28 +12,20 @@ namespace {
 
 using ts_test::MakeStream;
 
-// A second facade with a player of its own, beside the first.
 class TsTwoFacadesTest : public TsPlay {
  protected:
-  static bool WaitForFrames(RecordingPlayer& player, std::size_t count) {
-    return player.WaitFor([count](const Record& record) { return record.video.size() >= count; });
-  }
-
-  // Another facade plays `url`, stops and is destroyed, then its player.
-  static void PlayOnAnother(const std::string& url) {
-    RecordingPlayer player;
-    CStreamDownloader facade(&player);
-    facade.BeginDownload(url);
-    EXPECT_TRUE(WaitForFrames(player, 4));
+  static bool WaitForReceived(std::size_t count) {
+    return WaitUntil([count] { return g_tsDownloaded.load() == count; });
   }
 };
 
 TEST_F(TsTwoFacadesTest, SeekAndStartAfterAnotherFacadeAndItsPlayerAreGone) {
-  server_.Serve(MakeStream(20));
+  const ts_test::Bytes stream = MakeStream(20);
+  server_.Serve(stream);
   const std::string url = server_.Url("/plain/a.ts");
   downloader_.BeginDownload(url);
-  ASSERT_TRUE(WaitForVideo(10));
-  PlayOnAnother(server_.Url("/plain/b.ts"));
+  ASSERT_TRUE(WaitForReceived(stream.size()));
+  PlayOnAnotherFacade(server_.Url("/plain/b.ts"), "PLAY TS OK:");
   player_.Forget();
   downloader_.SetStartPostion(0);
   downloader_.BeginDownload(url);
@@ -72,7 +64,7 @@ TEST_F(TsTwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
   RecordingPlayer other_player;
   CStreamDownloader other(&other_player);
   downloader_.BeginDownload(server_.Url("/stall/a.ts"));
-  ASSERT_TRUE(WaitUntil([&] { return g_tsDownloaded.load() == stream.size() / 2; }));
+  ASSERT_TRUE(WaitForReceived(stream.size() / 2));
   other.BeginDownload(server_.Url("/stall/b.ts"));
   ASSERT_TRUE(other_player.WaitFor(
       [](const Record& record) { return record.MessagesWith("PLAY TS OK:").size() == 1; }));
@@ -83,10 +75,11 @@ TEST_F(TsTwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
 }
 
 TEST_F(TsTwoFacadesTest, EndAfterAnotherFacadesStopStillWaitsForTheTasks) {
-  server_.Serve(MakeStream(31));
+  const ts_test::Bytes stream = MakeStream(31);
+  server_.Serve(stream);
   downloader_.BeginDownload(server_.Url("/stall/a.ts"));
-  ASSERT_TRUE(WaitForVideo(5));
-  PlayOnAnother(server_.Url("/plain/b.ts"));
+  ASSERT_TRUE(WaitForReceived(stream.size() / 2));
+  PlayOnAnotherFacade(server_.Url("/plain/b.ts"), "PLAY TS OK:");
   EXPECT_FALSE(g_tsRunning.load());
   EXPECT_FALSE(Stop());  // closes the player, which no task may call any more
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS NO:").size(), 1U);

@@ -1,78 +1,59 @@
 #include "common/frame_memory.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <limits>
 #include <mutex>
 #include <new>
-#include <utility>
 
 #include "common/platform.h"
-
-// The address sanitizer is to see each payload as a block of its own, its end and its leak.
-#if defined(__SANITIZE_ADDRESS__)
-#define STREAM_ONE_BLOCK_A_PAYLOAD 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define STREAM_ONE_BLOCK_A_PAYLOAD 1
-#endif
-#endif
+#include "common/separate_blocks.h"
 
 namespace {
 
-#ifdef STREAM_ONE_BLOCK_A_PAYLOAD
-constexpr bool kOneBlockAPayload = true;
-#else
-constexpr bool kOneBlockAPayload = false;
-#endif
-
 constexpr std::size_t kChunkSize = std::size_t{2} << 20;  // a large page of x86-64 and ARM
-constexpr std::size_t kLargestInChunk = kChunkSize / 16;  // what is larger is a block of its own
+constexpr std::size_t kLargestInChunk = kChunkSize / 2;   // what is larger has a chunk to itself
 constexpr std::size_t kAlignment = alignof(std::max_align_t);
 
 constexpr std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
 }
 
+// At the start of every chunk. A payload begins within the first kChunkSize bytes of its chunk, and
+// chunks are aligned to as many, so that its address alone leads here.
 struct Chunk {
   std::atomic<std::uint32_t> users{1};  // the payloads in it, and one while new ones go there
-  std::size_t used = 0;                 // bytes, this header included; guarded by g_mutex
+  PayloadKind kind;
+  std::size_t size;      // of the memory; guarded by g_mutex while new payloads go there
+  std::size_t used = 0;  // bytes, this header included; guarded by g_mutex
 };
 constexpr std::size_t kChunkHeader = RoundUp(sizeof(Chunk));
 
-// In front of every payload: where it came from, null for a block of its own.
-struct Owner {
-  Chunk* chunk = nullptr;
-};
-constexpr std::size_t kOwner = RoundUp(sizeof(Owner));
-
 std::mutex g_mutex;
-Chunk* g_current = nullptr;       // guarded by g_mutex
-std::array<Chunk*, 2> g_spare{};  // empty ones, or null; guarded by g_mutex
+std::array<Chunk*, 2>
+    g_current{};  // where new payloads of each kind go, or null; guarded by g_mutex
+std::atomic<std::size_t> g_held{0};
 
-Chunk* MakeChunk() {
-  void* const memory = ::operator new (kChunkSize, std::align_val_t{kChunkSize}, std::nothrow);
+Chunk*& CurrentOf(PayloadKind kind) { return g_current[static_cast<std::size_t>(kind)]; }
+
+Chunk* ChunkOf(const std::uint8_t* payload) {
+  const auto address = reinterpret_cast<std::uintptr_t>(payload);
+  return std::launder(reinterpret_cast<Chunk*>(address / kChunkSize * kChunkSize));  // NOLINT
+}
+
+Chunk* MakeChunk(std::size_t size, PayloadKind kind) {
+  void* const memory = platform::MapPages(size, kChunkSize);
   if (memory == nullptr) return nullptr;
-  platform::BringIntoMemory(memory, kChunkSize);
-  return new (memory) Chunk;
+  platform::BringIntoMemory(memory, size);
+  g_held += size;
+  return new (memory) Chunk{.kind = kind, .size = size, .used = kChunkHeader};
 }
 
-// With g_mutex held.
-Chunk* TakeSpareOrMake() {
-  for (Chunk*& spare : g_spare) {
-    if (spare != nullptr) return std::exchange(spare, nullptr);
-  }
-  return MakeChunk();
-}
-
-// With g_mutex held.
-void KeepOrRelease(Chunk* chunk) {
-  for (Chunk*& spare : g_spare) {
-    if (spare == nullptr) {
-      spare = chunk;
-      return;
-    }
-  }
-  ::operator delete (chunk, std::align_val_t{kChunkSize});
+void ReleaseChunk(Chunk* chunk) {
+  const std::size_t size = chunk->size;
+  g_held -= size;
+  platform::UnmapPages(chunk, size);
 }
 
 // Returns how many users the chunk has left.
@@ -80,60 +61,102 @@ std::uint32_t Leave(Chunk* chunk) {
   return chunk->users.fetch_sub(1, std::memory_order_acq_rel) - 1;
 }
 
-// Begins another chunk. With g_mutex held.
-bool BeginChunk() {
-  if (g_current != nullptr && Leave(g_current) == 0) KeepOrRelease(g_current);
-  g_current = TakeSpareOrMake();
-  if (g_current == nullptr) return false;
-  g_current->users.store(1, std::memory_order_relaxed);
-  g_current->used = kChunkHeader;
-  return true;
+bool IsEmpty(const Chunk* chunk) { return chunk->users.load(std::memory_order_acquire) == 1; }
+
+// No new payloads go to the chunk any more, so that what they left of it is released, and the chunk
+// itself with its last payload. With g_mutex held.
+void CloseChunk(Chunk* chunk) {
+  const std::size_t size = platform::TrimPages(chunk, chunk->size, chunk->used);
+  g_held -= chunk->size - size;
+  chunk->size = size;
+  if (Leave(chunk) == 0) ReleaseChunk(chunk);
 }
 
-// The current chunk begins anew when all its payloads are gone, so that a stream that comes slowly
-// stays in the same few pages. Any other chunk may be gone itself by now.
-void ReuseIfEmpty(const Chunk* chunk) {
+// Has a current chunk with space for that many bytes. With g_mutex held.
+bool MakeSpace(std::size_t needed, PayloadKind kind) {
+  Chunk*& current = CurrentOf(kind);
+  if (current != nullptr && needed <= kChunkSize - current->used) return true;
+  if (current != nullptr) CloseChunk(current);
+  current = MakeChunk(kChunkSize, kind);
+  return current != nullptr;
+}
+
+// The current chunk is filled from its start again when all its payloads have been released, so
+// that a slow stream stays in the same few pages. Any other chunk may have been released itself.
+void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
   const std::lock_guard lock(g_mutex);
-  if (chunk == g_current && g_current->users.load(std::memory_order_acquire) == 1) {
-    g_current->used = kChunkHeader;
-  }
+  Chunk* const current = CurrentOf(kind);
+  if (chunk == current && IsEmpty(current)) current->used = kChunkHeader;
 }
 
-std::uint8_t* Place(void* at, Chunk* chunk) {
-  new (at) Owner{chunk};
-  return static_cast<std::uint8_t*>(at) + kOwner;
-}
-
-std::uint8_t* AllocateInChunk(std::size_t needed) {
+std::uint8_t* AllocateInChunk(std::size_t size, PayloadKind kind) {
+  // At least a byte, so that a payload never begins at the end of the chunk.
+  const std::size_t needed = RoundUp(std::max<std::size_t>(size, 1));
   const std::lock_guard lock(g_mutex);
-  const bool fits = g_current != nullptr && needed <= kChunkSize - g_current->used;
-  if (!fits && !BeginChunk()) return nullptr;
-  void* const at = reinterpret_cast<std::uint8_t*>(g_current) + g_current->used;
-  g_current->used += needed;
-  g_current->users.fetch_add(1, std::memory_order_relaxed);
-  return Place(at, g_current);
+  if (!MakeSpace(needed, kind)) return nullptr;
+  Chunk* const current = CurrentOf(kind);
+  std::uint8_t* const payload = reinterpret_cast<std::uint8_t*>(current) + current->used;
+  current->used += needed;
+  current->users.fetch_add(1, std::memory_order_relaxed);
+  return payload;
+}
+
+std::uint8_t* AllocateAlone(std::size_t size, PayloadKind kind) {
+  if (size > std::numeric_limits<std::size_t>::max() - kChunkHeader) return nullptr;
+  Chunk* const chunk = MakeChunk(size + kChunkHeader, kind);
+  return chunk == nullptr ? nullptr : reinterpret_cast<std::uint8_t*>(chunk) + kChunkHeader;
+}
+
+// In front of a payload that is a block of its own.
+struct Block {
+  std::size_t size;
+  PayloadKind kind;
+};
+constexpr std::size_t kBlockHeader = RoundUp(sizeof(Block));
+
+Block* BlockOf(const std::uint8_t* payload) {
+  return std::launder(reinterpret_cast<Block*>(const_cast<std::uint8_t*>(payload) - kBlockHeader));
+}
+
+std::uint8_t* AllocateBlock(std::size_t size, PayloadKind kind) {
+  if (size > std::numeric_limits<std::size_t>::max() - kBlockHeader) return nullptr;
+  void* const memory = ::operator new(size + kBlockHeader, std::nothrow);
+  if (memory == nullptr) return nullptr;
+  new (memory) Block{size + kBlockHeader, kind};
+  g_held += size + kBlockHeader;
+  return static_cast<std::uint8_t*>(memory) + kBlockHeader;
+}
+
+void FreeBlock(Block* block) {
+  g_held -= block->size;
+  ::operator delete(block);
+}
+
+void FreeInChunk(Chunk* chunk) {
+  const PayloadKind kind = chunk->kind;
+  const std::uint32_t users = Leave(chunk);
+  if (users == 1) ReuseIfEmpty(chunk, kind);
+  if (users == 0) ReleaseChunk(chunk);
 }
 
 }  // namespace
 
-std::uint8_t* AllocatePayload(std::size_t size) {
-  if (!kOneBlockAPayload && size <= kLargestInChunk) return AllocateInChunk(RoundUp(size) + kOwner);
-  void* const block = ::operator new(size + kOwner, std::nothrow);
-  return block == nullptr ? nullptr : Place(block, nullptr);
+std::uint8_t* AllocatePayload(std::size_t size, PayloadKind kind) {
+  if (kSeparateBlocks) return AllocateBlock(size, kind);
+  return size <= kLargestInChunk ? AllocateInChunk(size, kind) : AllocateAlone(size, kind);
 }
 
 void FreePayload(std::uint8_t* payload) {
   if (payload == nullptr) return;
-  std::uint8_t* const at = payload - kOwner;
-  Chunk* const chunk = std::launder(reinterpret_cast<Owner*>(at))->chunk;
-  if (chunk == nullptr) {
-    ::operator delete(at);
-    return;
-  }
-  const std::uint32_t users = Leave(chunk);
-  if (users == 1) ReuseIfEmpty(chunk);
-  if (users == 0) {
-    const std::lock_guard lock(g_mutex);
-    KeepOrRelease(chunk);
+  if (kSeparateBlocks) {
+    FreeBlock(BlockOf(payload));
+  } else {
+    FreeInChunk(ChunkOf(payload));
   }
 }
+
+PayloadKind KindOfPayload(const std::uint8_t* payload) {
+  return kSeparateBlocks ? BlockOf(payload)->kind : ChunkOf(payload)->kind;
+}
+
+std::size_t HeldPayloadMemory() { return g_held.load(); }

@@ -5,8 +5,6 @@
 #include <cstring>
 #include <new>
 
-#include "common/frame_memory.h"
-
 std::mutex g_frameQueueMutex;
 FrameQueue* g_videoQueue = nullptr;
 FrameQueue* g_audioQueue = nullptr;
@@ -14,6 +12,11 @@ FrameQueue* g_audioQueue = nullptr;
 namespace {
 
 std::atomic<std::uint64_t> g_generation{0};
+
+// The payload decides, since `isVideo` is what the player is told.
+PayloadKind KindOf(const FrameRecord& frame) {
+  return frame.data == nullptr ? PayloadKind::kVideo : KindOfPayload(frame.data);
+}
 
 FrameNodePtr PopGlobal(FrameQueue* const& queue) {
   const std::lock_guard lock(g_frameQueueMutex);
@@ -42,6 +45,14 @@ void ReplaceQueue(FrameQueue*& queue) {
 
 }  // namespace
 
+void* FrameNode::operator new(std::size_t size, PayloadKind kind) noexcept {
+  return AllocatePayload(size, kind);
+}
+
+void FrameNode::operator delete(void* node) noexcept {  // NOLINT(misc-new-delete-overloads)
+  FreePayload(static_cast<std::uint8_t*>(node));
+}
+
 void FrameNodeDeleter::operator()(FrameNode* node) const {
   ReleasePayload(*node);
   delete node;
@@ -57,7 +68,8 @@ int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
 int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, std::int32_t size,
                       bool is_video, bool intact) {
   if (size < 0) return -1;
-  std::uint8_t* const payload = AllocatePayload(static_cast<std::size_t>(size));
+  const PayloadKind kind = is_video ? PayloadKind::kVideo : PayloadKind::kAudio;
+  std::uint8_t* const payload = AllocatePayload(static_cast<std::size_t>(size), kind);
   if (payload == nullptr) return -1;
   frame.pts = pts;
   frame.dts = dts;
@@ -75,7 +87,7 @@ void ReleasePayload(FrameRecord& frame) {
 
 int PushFrame(const FrameRecord& frame, FrameQueue* queue) {
   if (queue == nullptr) return -1;
-  auto* node = new (std::nothrow) FrameNode{frame, nullptr};
+  auto* node = new (KindOf(frame)) FrameNode{frame, nullptr};
   if (node == nullptr) return -1;
   if (queue->tail == nullptr || queue->head == nullptr) {
     queue->head = node;

@@ -11,9 +11,13 @@
 #ifndef COMMON_FRAME_QUEUE_H_
 #define COMMON_FRAME_QUEUE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <new>
+
+#include "common/frame_memory.h"
 
 // One frame: an access unit, or for a transport stream the payload of one PES packet.
 struct FrameRecord {
@@ -26,8 +30,13 @@ struct FrameRecord {
   std::uint32_t intact = 0;      // 1 when the frame was assembled without a continuity gap
 };
 
+// Nodes are stored beside their payloads (frame_memory.h), so that one that was delivered holds no
+// memory either. Hence a `new` that takes the kind.
 struct FrameNode : FrameRecord {
   FrameNode* next = nullptr;  // towards the tail
+
+  static void* operator new(std::size_t size, PayloadKind kind) noexcept;
+  static void operator delete(void* node) noexcept;  // NOLINT(misc-new-delete-overloads)
 };
 
 struct FrameQueue {
@@ -55,7 +64,9 @@ int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
                     const std::uint8_t* payload, std::int32_t size, bool is_video, bool intact);
 void ReleasePayload(FrameRecord& frame);
 
-// The same with the payload left for the caller to fill, who saves a copy by it.
+// The same with the payload left for the caller to fill, who saves a copy by it. `is_video` also
+// decides with which frames' payloads this one shares memory: a producer that marks an audio frame
+// as video does so afterwards.
 int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, std::int32_t size,
                       bool is_video, bool intact);
 

@@ -57,6 +57,21 @@ std::tm LocalTime(std::time_t time);
 // one at each first touch. Only a hint: where the system cannot, nothing happens.
 void BringIntoMemory(void* memory, std::size_t size);
 
+// Memory straight from the system: `size` bytes, rounded up to whole pages, at a multiple of
+// `alignment`, a power of two. Null when there is none. What is released goes
+// back to the system at once, which the heap promises of no block.
+void* MapPages(std::size_t size, std::size_t alignment);
+
+// Releases what MapPages returned for this size, or what TrimPages left of it.
+void UnmapPages(void* memory, std::size_t size);
+
+// Releases the whole pages after the first `used` bytes. Returns the size that is left.
+std::size_t TrimPages(void* memory, std::size_t size, std::size_t used);
+
+// Releases the whole pages of such memory and keeps the addresses: what is read there before the
+// next write is undefined. Only a hint.
+void DiscardPages(void* memory, std::size_t size);
+
 // Sleeps for about that long, whatever the resolution of the system's timer is.
 void SleepMilliseconds(unsigned milliseconds);
 

@@ -15,6 +15,29 @@
 namespace platform {
 namespace {
 
+std::size_t PageSize() {
+  static const auto size = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  return size;
+}
+
+std::size_t RoundUp(std::size_t value, std::size_t multiple) {
+  return (value + multiple - 1) / multiple * multiple;
+}
+
+// The whole pages of a stretch of memory.
+struct PageRange {
+  PageRange(void* memory, std::size_t size) {
+    const auto address = reinterpret_cast<std::uintptr_t>(memory);
+    const std::size_t skipped = RoundUp(address, PageSize()) - address;
+    if (size < skipped + PageSize()) return;
+    begin = static_cast<std::uint8_t*>(memory) + skipped;
+    length = (size - skipped) / PageSize() * PageSize();
+  }
+
+  std::uint8_t* begin = nullptr;
+  std::size_t length = 0;
+};
+
 // One byte a character, both ways (platform.h says why).
 std::wstring Widen(const std::string& text) {
   std::wstring wide(text.size(), L'\0');
@@ -74,17 +97,45 @@ std::tm LocalTime(std::time_t time) {
 }
 
 void BringIntoMemory(void* memory, std::size_t size) {
-  const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-  const std::size_t in_front = (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
-  if (size < in_front + page) return;
-  [[maybe_unused]] auto* const begin = static_cast<std::uint8_t*>(memory) + in_front;
-  [[maybe_unused]] const std::size_t whole_pages = (size - in_front) / page * page;
+  [[maybe_unused]] const PageRange pages(memory, size);
 #ifdef MADV_HUGEPAGE
-  madvise(begin, whole_pages, MADV_HUGEPAGE);
+  madvise(pages.begin, pages.length, MADV_HUGEPAGE);
 #endif
 #ifdef MADV_POPULATE_WRITE
-  madvise(begin, whole_pages, MADV_POPULATE_WRITE);
+  madvise(pages.begin, pages.length, MADV_POPULATE_WRITE);
 #endif
+}
+
+// More than is needed is mapped and what is not aligned unmapped again.
+void* MapPages(std::size_t size, std::size_t alignment) {
+  const std::size_t kept = RoundUp(size, PageSize());
+  const std::size_t mapped = kept + RoundUp(alignment, PageSize()) - PageSize();
+  if (kept < size || mapped < kept) return nullptr;
+  void* const memory =
+      mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) return nullptr;
+  auto* const begin = static_cast<std::uint8_t*>(memory);
+  const auto address = reinterpret_cast<std::uintptr_t>(memory);
+  const std::size_t skipped = RoundUp(address, alignment) - address;
+  const std::size_t after = mapped - skipped - kept;
+  if (skipped != 0) munmap(begin, skipped);
+  if (after != 0) munmap(begin + skipped + kept, after);
+  return begin + skipped;
+}
+
+void UnmapPages(void* memory, std::size_t size) { munmap(memory, RoundUp(size, PageSize())); }
+
+std::size_t TrimPages(void* memory, std::size_t size, std::size_t used) {
+  const std::size_t kept = RoundUp(used, PageSize());
+  const std::size_t mapped = RoundUp(size, PageSize());
+  if (kept >= mapped) return mapped;
+  munmap(static_cast<std::uint8_t*>(memory) + kept, mapped - kept);
+  return kept;
+}
+
+void DiscardPages(void* memory, std::size_t size) {
+  const PageRange pages(memory, size);
+  if (pages.length != 0) madvise(pages.begin, pages.length, MADV_DONTNEED);
 }
 
 void SleepMilliseconds(unsigned milliseconds) {

@@ -26,14 +26,15 @@ void ConsoleNumber(const char* format, std::int32_t number) {
 bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uint32_t size,
                std::uint32_t timestamp, FrameQueue*& queue) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
+  const bool is_video = &queue == &g_videoQueue;
   if (size > FlvTagParser::kMaxTagSize || !reader.Await(size)) return false;
   const std::uint64_t ticks = timestamp * kTicksPerMillisecond;
   FrameRecord frame;
-  // Audio frames are marked as video too: kept on purpose.
-  if (AllocateFrameNode(frame, ticks, ticks, static_cast<std::int32_t>(prefix.size() + size), true,
-                        true) != 0) {
+  if (AllocateFrameNode(frame, ticks, ticks, static_cast<std::int32_t>(prefix.size() + size),
+                        is_video, true) != 0) {
     return reader.Skip(static_cast<std::int32_t>(size));
   }
+  frame.isVideo = 1;  // audio frames are marked as video too: kept for compatibility
   frame.playTime = ticks;
   std::uint8_t* const body = std::copy(prefix.begin(), prefix.end(), frame.data);
   if (!reader.ReadBytes(body, size)) {

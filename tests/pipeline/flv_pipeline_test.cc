@@ -7,6 +7,7 @@
 #include "common/frame_queue.h"
 #include "flv/flv_downloader.h"
 #include "flv/flv_stream.h"
+#include "tests/support/blocked_audio.h"
 #include "tests/support/flv_play.h"
 #include "tests/support/wait_until.h"
 
@@ -117,6 +118,19 @@ TEST_F(FlvPipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
   }));
   EXPECT_TRUE(silent.SetStartPostion(1));
   EXPECT_TRUE(silent.EndDownload());
+}
+
+TEST_F(FlvPipelineTest, VideoDeliveredWhileThePlayerBlocksInAudioHoldsNoMemory) {
+  constexpr int kFrames = 300;
+  server_.Serve(MakeStream(kFrames, 100'000));
+  {
+    const BlockedAudio blocked(player_);
+    downloader_.BeginDownload(server_.Url("/plain/a.flv"));
+    EXPECT_TRUE(WaitForVideo(kFrames + 2));
+    EXPECT_TRUE(BlockedAudio::HoldsLittleBesideTheQueues());
+  }
+  EXPECT_TRUE(WaitForAudio(kFrames));
+  Stop();
 }
 
 TEST_F(FlvPipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {

@@ -14,6 +14,7 @@
 #include "common/frame_queue.h"
 #include "common/platform.h"
 #include "common/temp_files.h"
+#include "tests/support/blocked_audio.h"
 #include "tests/support/blocked_temp_folder.h"
 #include "tests/support/ts_play.h"
 #include "ts/ts_downloader.h"
@@ -113,6 +114,19 @@ TEST_F(TsPipelineTest, DurationIsTheSpanFromTheFirstFrameAndGrows) {
   const auto durations = player_.Snapshot().durations;
   EXPECT_TRUE(std::is_sorted(durations.begin(), durations.end()));
   EXPECT_LE(durations.back(), 58 * 0.04F + 0.001F);
+}
+
+TEST_F(TsPipelineTest, VideoDeliveredWhileThePlayerBlocksInAudioHoldsNoMemory) {
+  constexpr int kFrames = 300;
+  server_.Serve(MakeStream(kFrames, 90'000, 100'000));
+  {
+    const BlockedAudio blocked(player_);
+    downloader_.BeginDownload(server_.Url("/plain/a.ts"));
+    EXPECT_TRUE(WaitForVideo(kFrames - 1));
+    EXPECT_TRUE(BlockedAudio::HoldsLittleBesideTheQueues());
+  }
+  EXPECT_TRUE(WaitForAudio(kFrames - 1));
+  Stop();
 }
 
 TEST_F(TsPipelineTest, LocalFilePlays) {

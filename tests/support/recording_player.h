@@ -74,6 +74,7 @@ class RecordingPlayer final : public CStreamPlayerImp {
       }
       record.audio.push_back(Copy(frame));
     });
+    if (during_audio) during_audio();
   }
   void OnVideoFrame(MediaFrame frame) override {
     Note([&](Record& record) { record.video.push_back(Copy(frame)); });
@@ -113,8 +114,9 @@ class RecordingPlayer final : public CStreamPlayerImp {
     return changed_.wait_for(lock, limit, [&] { return met(record_); });
   }
 
-  // Run inside each video call, on the delivery thread. Set it before anything plays.
+  // Run inside each call of their kind, on the delivery thread. Set them before anything plays.
   std::function<void()> during_video;
+  std::function<void()> during_audio;
 
  private:
   static RecordedFrame Copy(const MediaFrame& frame) {

@@ -148,7 +148,8 @@ inline std::vector<Packet> Packetize(std::uint16_t pid, const Bytes& pes, int co
 // A short, whole stream: PAT, PMT and `frames` video PES packets of 300 bytes with an audio PES
 // packet of 60 bytes behind each, 40 ms apart, the first at `first_pts`. All but the last of each
 // kind come out as frames. Payload bytes hold the frame's number.
-inline Bytes MakeStream(int frames, std::uint64_t first_pts = 90'000) {
+inline Bytes MakeStream(int frames, std::uint64_t first_pts = 90'000,
+                        std::size_t video_size = 300) {
   Bytes stream;
   const auto add = [&stream](const Packet& packet) {
     stream.insert(stream.end(), packet.begin(), packet.end());
@@ -158,7 +159,7 @@ inline Bytes MakeStream(int frames, std::uint64_t first_pts = 90'000) {
   int video_counter = 0;
   for (int i = 0; i < frames; ++i) {
     const std::uint64_t pts = first_pts + static_cast<std::uint64_t>(i) * 3600;
-    const Bytes video(300, static_cast<std::uint8_t>(i));
+    const Bytes video(video_size, static_cast<std::uint8_t>(i));
     for (const Packet& packet : Packetize(kVideoPid, MakePes(pts, video, pts), video_counter)) {
       add(packet);
       ++video_counter;

@@ -88,6 +88,35 @@ TEST_F(FrameQueueTest, NodeCarriesAPrivateCopyOfThePayload) {
   EXPECT_EQ(node->intact, 0U);
 }
 
+// Nodes, too, are the memory of a frame: there may be far more of them than of payload bytes.
+TEST(FrameQueueMemoryTest, VideoFramesOfAFewBytesHoldNothingOnceTakenWhileAudioWaits) {
+  constexpr int kFrames = 300'000;
+  constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
+  FrameQueue video;
+  FrameQueue audio;
+  const std::uint8_t payload[] = {0, 0, 0, 1};
+  FrameRecord frame;
+  for (int i = 0; i < kFrames; ++i) {
+    ASSERT_EQ(CreateFrameNode(frame, 0, 0, payload, 4, true, true), 0);
+    ASSERT_EQ(PushFrame(frame, &video), 0);
+    if (i % 1000 != 0) continue;
+    ASSERT_EQ(CreateFrameNode(frame, 0, 0, payload, 4, false, true), 0);
+    ASSERT_EQ(PushFrame(frame, &audio), 0);
+  }
+  EXPECT_GT(HeldPayloadMemory(), kMostBeyond);
+  while (const FrameNodePtr node{PopFrame(&video)}) {
+  }
+  EXPECT_LE(HeldPayloadMemory(), kMostBeyond);
+  while (const FrameNodePtr node{PopFrame(&audio)}) {
+    ASSERT_EQ(node->data[3], 1);
+  }
+}
+
+TEST_F(FrameQueueTest, FrameWithoutAPayloadIsQueuedAndReleased) {
+  EXPECT_EQ(PushFrame(FrameRecord(), &queue_), 0);
+  EXPECT_EQ(Pop()->data, nullptr);
+}
+
 TEST_F(FrameQueueTest, NegativeSizeIsRefused) {
   FrameRecord frame;
   EXPECT_EQ(CreateFrameNode(frame, 0, 0, nullptr, -1, true, true), -1);

@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <limits>
-#include <new>
 #include <utility>
 
 namespace {
@@ -11,9 +10,9 @@ constexpr std::uint32_t kSlack =
     4096;  // room beyond what is needed, at the start and at each growth
 constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
 
-std::unique_ptr<std::uint8_t[]> Allocate(std::uint64_t size) {
-  return std::unique_ptr<std::uint8_t[]>(new (std::nothrow) std::uint8_t[size]);
-}
+// A block up to this size keeps the memory of what was consumed, which a later piece then finds.
+constexpr std::uint64_t kSmallBlock = std::uint64_t{4} << 20;
+constexpr std::uint64_t kLargePage = std::uint64_t{2} << 20;
 
 }  // namespace
 
@@ -32,12 +31,11 @@ std::uint32_t CByteBuffer::Reserve(std::uint32_t n) {
     if (grown > kMax) return kBufferImpossible;
     wanted = static_cast<std::uint32_t>(grown);
   }
-  const auto window_start = static_cast<std::uint64_t>(data - block_.get()) + readPos;
-  if (data != nullptr && FitsInBlock(window_start, wanted)) {
+  if (data != nullptr && FitsInBlock(OffsetInBlock(readPos), wanted)) {
     PlaceUnreadAt(ReadPtr(), wanted);  // the window moves, the bytes stay
   } else if (block_size_ / 2 >= wanted || !Reallocate(wanted)) {
     if (block_size_ < wanted) return kBufferOutOfMemory;
-    PlaceUnreadAt(block_.get(), wanted);  // rare: at least half the block was consumed since
+    MoveWindowToStart(wanted);  // rare: at least half the block was consumed since
   }
   return kBufferOk;
 }
@@ -54,6 +52,7 @@ std::uint32_t CByteBuffer::MoveStart(std::uint32_t n) {
   if (n == 0) return kBufferOk;
   if (n > writePos - readPos) return kBufferImpossible;
   readPos += n;
+  DiscardConsumed();
   return kBufferOk;
 }
 
@@ -65,9 +64,25 @@ std::uint32_t CByteBuffer::Append(const void* bytes, std::uint32_t n) {
 }
 
 void CByteBuffer::Reset() {
+  if (IsLarge()) DiscardPartOf(block_, discarded_, OffsetInBlock(writePos));
   readPos = 0;
   writePos = 0;
   pendingShift = 0;
+}
+
+bool CByteBuffer::IsLarge() const { return block_size_ > kSmallBlock; }
+
+std::uint64_t CByteBuffer::OffsetInBlock(std::uint32_t position) const {
+  return static_cast<std::uint64_t>(data - block_.get()) + position;
+}
+
+// In whole large pages, so that none is divided.
+void CByteBuffer::DiscardConsumed() {
+  if (!IsLarge()) return;
+  const std::uint64_t consumed = OffsetInBlock(readPos) / kLargePage * kLargePage;
+  if (consumed <= discarded_) return;
+  DiscardPartOf(block_, discarded_, consumed);
+  discarded_ = consumed;
 }
 
 bool CByteBuffer::FitsInBlock(std::uint64_t window_start, std::uint32_t window_size) const {
@@ -85,21 +100,29 @@ void CByteBuffer::PlaceUnreadAt(std::uint8_t* target, std::uint32_t new_capacity
   writePos = unread;
 }
 
+void CByteBuffer::MoveWindowToStart(std::uint32_t new_capacity) {
+  const std::uint64_t end = OffsetInBlock(writePos);
+  PlaceUnreadAt(block_.get(), new_capacity);
+  discarded_ = 0;
+  if (IsLarge()) DiscardPartOf(block_, writePos, end);
+}
+
 // Moves the unread bytes to a block twice as large as the window, so that the window can move and
 // grow for as many bytes as it holds before they are copied again. Where memory is too short for
 // that, a block of just the window's size will do, if the present one is smaller.
 bool CByteBuffer::Reallocate(std::uint32_t new_capacity) {
   std::uint64_t size = std::uint64_t{new_capacity} * 2;
-  auto block = Allocate(size);
+  LargeBlock block = AllocateLargeBlock(size);
   if (block == nullptr && block_size_ < new_capacity) {
     size = new_capacity;
-    block = Allocate(size);
+    block = AllocateLargeBlock(size);
   }
   if (block == nullptr) return false;
   const std::uint32_t unread = Size();
   if (unread != 0) std::memcpy(block.get(), ReadPtr(), unread);
   block_ = std::move(block);
   block_size_ = size;
+  discarded_ = 0;
   data = block_.get();
   capacity = new_capacity;
   pendingShift = unread;

@@ -7,12 +7,14 @@
 // every Reserve, and its members have exactly the values of such a buffer. The bytes themselves are
 // moved far more rarely: `data` is a window into a larger block, compaction moves the window
 // instead of the bytes, and growth widens it. So appending costs a constant per byte, whatever the
-// backlog.
+// backlog. Of a large block the part that was consumed holds no memory: a backlog that was parsed
+// leaves no more than 4 MiB behind.
 #ifndef COMMON_BYTE_BUFFER_H_
 #define COMMON_BYTE_BUFFER_H_
 
 #include <cstdint>
-#include <memory>
+
+#include "common/large_block.h"
 
 // Status codes of the buffer's operations (the values of the Windows HRESULTs of these meanings).
 inline constexpr std::uint32_t kBufferOk = 0;
@@ -58,6 +60,10 @@ class CByteBuffer {
   bool FitsInBlock(std::uint64_t window_start, std::uint32_t window_size) const;
   void PlaceUnreadAt(std::uint8_t* target, std::uint32_t new_capacity);
   bool Reallocate(std::uint32_t new_capacity);
+  std::uint64_t OffsetInBlock(std::uint32_t position) const;
+  void MoveWindowToStart(std::uint32_t new_capacity);
+  void DiscardConsumed();
+  bool IsLarge() const;
 
   // readPos <= writePos <= capacity; the window [data, data + capacity) lies within the block.
   std::uint8_t* data = nullptr;
@@ -66,8 +72,9 @@ class CByteBuffer {
   std::uint32_t readPos = 0;
   std::uint32_t writePos = 0;
 
-  std::unique_ptr<std::uint8_t[]> block_;
+  LargeBlock block_;
   std::uint64_t block_size_ = 0;
+  std::uint64_t discarded_ = 0;  // so many bytes of the block hold no memory, from its beginning
 };
 
 #endif  // COMMON_BYTE_BUFFER_H_

@@ -2,7 +2,6 @@
 
 #include <cstring>
 #include <limits>
-#include <new>
 #include <utility>
 
 bool CopyBuffer::Append(const std::uint8_t* bytes, std::uint32_t n) {
@@ -23,8 +22,7 @@ void CopyBuffer::Release() {
 }
 
 bool CopyBuffer::Grow(std::int32_t capacity) {
-  std::unique_ptr<std::uint8_t[]> block(new (std::nothrow)
-                                            std::uint8_t[static_cast<std::size_t>(capacity)]);
+  LargeBlock block = AllocateLargeBlock(static_cast<std::size_t>(capacity));
   if (block == nullptr) return false;
   if (length_ != 0) std::memcpy(block.get(), block_.get(), static_cast<std::size_t>(length_));
   block_ = std::move(block);

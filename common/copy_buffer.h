@@ -4,7 +4,8 @@
 #define COMMON_COPY_BUFFER_H_
 
 #include <cstdint>
-#include <memory>
+
+#include "common/large_block.h"
 
 class CopyBuffer {
  public:
@@ -22,7 +23,7 @@ class CopyBuffer {
  private:
   bool Grow(std::int32_t capacity);
 
-  std::unique_ptr<std::uint8_t[]> block_;
+  LargeBlock block_;
   std::int32_t length_ = 0;
   std::int32_t capacity_ = 0;
 };

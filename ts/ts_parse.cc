@@ -30,6 +30,7 @@ bool TakeBatch(CopyBuffer& batch) {
 // the order in which they arrived, even when two parse tasks run. A stop ends the batch: what is
 // left of it would only be dropped, and a stream of garbage prints a line for each packet.
 bool FeedBatch() {
+  constexpr std::int32_t kLargestKeptBatch = 1 << 20;
   const TsDemuxLock lock;
   CopyBuffer& batch = (*g_tsScratch)[kParseScratch];
   if (!TakeBatch(batch)) return false;
@@ -38,6 +39,7 @@ bool FeedBatch() {
   for (; packet < end && g_tsRunning.load(); packet += kPacketSize) {
     ts_demux_feed(packet, static_cast<std::int32_t>(kPacketSize));
   }
+  if (batch.Capacity() > kLargestKeptBatch) batch.Release();
   return true;
 }
 

@@ -192,4 +192,30 @@ TEST(ByteBufferTest, RandomUseGivesTheBytesAndMembersOfThePlainDesign) {
   }
 }
 
+// Of a large block the consumed part holds no memory, and what replaces it must be what was
+// written.
+TEST(ByteBufferTest, LargeBacklogThatMovesOnKeepsItsBytes) {
+  constexpr std::uint32_t kBacklog = 20'000'000;
+  constexpr std::uint32_t kStep = 256;  // of which the first number is looked at
+  std::vector<std::uint32_t> piece(250'048);
+  const auto piece_size = static_cast<std::uint32_t>(piece.size() * sizeof(std::uint32_t));
+  ASSERT_EQ(piece_size % kStep, 0U);
+  CByteBuffer buffer;
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  std::uint32_t written = 0;
+  std::uint32_t read = 0;
+  for (int i = 0; i < 150; ++i) {
+    for (std::uint32_t& number : piece) number = written++;
+    ASSERT_EQ(buffer.Append(piece.data(), piece_size), kBufferOk);
+    const bool is_drained = i % 50 == 49;
+    while (buffer.Size() > (is_drained ? 0 : kBacklog)) {
+      std::uint32_t number = 0;
+      std::memcpy(&number, buffer.ReadPtr(), sizeof(number));
+      ASSERT_EQ(number, read) << i;
+      ASSERT_EQ(buffer.MoveStart(kStep), kBufferOk);
+      read += kStep / sizeof(number);
+    }
+  }
+}
+
 }  // namespace

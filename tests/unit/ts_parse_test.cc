@@ -11,6 +11,7 @@
 #include "tests/support/claimed_backlog.h"
 #include "tests/support/ts_packets.h"
 #include "tests/support/wait_until.h"
+#include "ts/ts_demux.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -62,6 +63,31 @@ TEST_F(TsBacklogTest, StopEndsTheWaitForRoom) {
   PauseForAWhile();
   Stop();
   EXPECT_EQ(g_videoQueue->pushed, 0U);
+}
+
+TEST(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
+  const auto parse = [](const ts_test::Bytes& stream) {
+    ResetFrameQueues();
+    {
+      const std::lock_guard lock(g_tsStreamLock);
+      g_tsStreamBuffer->Initialize();
+      g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
+    }
+    g_tsRunning = true;
+    std::thread thread(ParseTs);
+    EXPECT_TRUE(WaitUntil([] {
+      const std::lock_guard lock(g_frameQueueMutex);
+      return g_audioQueue->pushed == 29;
+    }));
+    g_tsRunning = false;
+    thread.join();
+    return (*g_tsScratch)[kParseScratch].Capacity();
+  };
+  const ts_test::Bytes small = ts_test::MakeStream(30);
+  EXPECT_EQ(parse(small), static_cast<std::int32_t>(small.size()));
+  ts_demux_forget();
+  EXPECT_EQ(parse(ts_test::MakeStream(30, 90'000, 100'000)), 0);
+  ReleaseFrameQueues();
 }
 
 }  // namespace

@@ -1,0 +1,127 @@
+// Built for Linux without a sanitizer only: what the process holds in memory is that of the
+// component alone there, and can be read.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <fstream>
+#include <vector>
+
+#include "common/byte_buffer.h"
+#include "common/copy_buffer.h"
+#include "common/frame_queue.h"
+
+namespace {
+
+constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
+
+std::size_t ResidentSize() {
+  std::size_t total = 0;
+  std::size_t resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+// Of two hundred megabytes in all.
+constexpr int kFrames = 2'000;
+constexpr std::int32_t kVideoSize = 100'000;
+constexpr std::int32_t kAudioSize = 400;
+
+void Push(std::int32_t size, bool is_video, FrameQueue& queue) {
+  static const std::vector<std::uint8_t> payload(kVideoSize, 0x47);
+  FrameRecord frame;
+  ASSERT_EQ(CreateFrameNode(frame, 0, 0, payload.data(), size, is_video, true), 0);
+  ASSERT_EQ(PushFrame(frame, &queue), 0);
+}
+
+void Drain(FrameQueue& queue) {
+  while (const FrameNodePtr node{PopFrame(&queue)}) {
+  }
+}
+
+TEST(ResidentMemoryTest, VideoThatWasTakenWhileAudioWaitsIsNotResident) {
+  FrameQueue video;
+  FrameQueue audio;
+  const std::size_t before = ResidentSize();
+  for (int i = 0; i < kFrames; ++i) {
+    Push(kAudioSize, false, audio);
+    Push(kVideoSize, true, video);
+    const FrameNodePtr node{PopFrame(&video)};
+    ASSERT_LE(ResidentSize(), before + audio.heldBytes + kMostBeyond) << i;
+  }
+  Drain(audio);
+}
+
+TEST(ResidentMemoryTest, VideoDrainedFirstIsNotResidentAnyMore) {
+  FrameQueue video;
+  FrameQueue audio;
+  const std::size_t before = ResidentSize();
+  for (int i = 0; i < kFrames; ++i) {
+    Push(kVideoSize, true, video);
+    Push(kAudioSize, false, audio);
+  }
+  EXPECT_GT(ResidentSize(), before + video.heldBytes / 2) << "nothing is measured";
+  EXPECT_LE(ResidentSize(), before + video.heldBytes + audio.heldBytes + kMostBeyond);
+  Drain(video);
+  EXPECT_LE(ResidentSize(), before + audio.heldBytes + kMostBeyond);
+  Drain(audio);
+}
+
+void Append(CByteBuffer& buffer, std::size_t size) {
+  static const std::vector<std::uint8_t> piece(16'384, 0x47);
+  for (std::size_t done = 0; done < size; done += piece.size()) {
+    ASSERT_EQ(buffer.Append(piece.data(), static_cast<std::uint32_t>(piece.size())), kBufferOk);
+  }
+}
+
+TEST(ResidentMemoryTest, ConsumedPartOfALargeBacklogIsNotResident) {
+  constexpr std::size_t kBacklog = 200'000'000;
+  CByteBuffer buffer;
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  const std::size_t before = ResidentSize();
+  Append(buffer, kBacklog);
+  EXPECT_GT(ResidentSize(), before + kBacklog / 2) << "nothing is measured";
+  while (buffer.Size() >= 188) {
+    ASSERT_EQ(buffer.MoveStart(188), kBufferOk);
+    if (buffer.Size() % 1000 == 0) {
+      ASSERT_LE(ResidentSize(), before + buffer.Size() + kMostBeyond);
+    }
+  }
+  EXPECT_LE(ResidentSize(), before + kMostBeyond);
+}
+
+// After it was twice as large, and also when the unread bytes were moved to the start of the block.
+TEST(ResidentMemoryTest, BacklogThatKeepsItsSizeForLongHoldsNoMoreThanThat) {
+  constexpr std::uint32_t kStep = 1 << 20;
+  constexpr std::uint32_t kBacklog = 50 * kStep;
+  CByteBuffer buffer;
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  const std::size_t before = ResidentSize();
+  Append(buffer, 2 * kBacklog);
+  ASSERT_EQ(buffer.MoveStart(kBacklog), kBufferOk);
+  for (int i = 0; i < 300; ++i) {
+    ASSERT_EQ(buffer.MoveStart(kStep), kBufferOk);
+    Append(buffer, kStep);
+    ASSERT_EQ(buffer.Size(), kBacklog);
+    ASSERT_LE(ResidentSize(), before + kBacklog + kMostBeyond) << i;
+  }
+  buffer.Reset();
+  EXPECT_LE(ResidentSize(), before + kMostBeyond);
+}
+
+// The heap may place something small after a block, and then keeps the block when it is released.
+TEST(ResidentMemoryTest, ReleasedCopyBufferIsNotResident) {
+  constexpr std::int32_t kSize = 30'000'000;
+  const std::vector<std::uint8_t> bytes(kSize, 0x47);
+  const std::size_t before = ResidentSize();
+  std::vector<std::vector<std::uint8_t>> small;
+  for (int i = 0; i < 3; ++i) {
+    CopyBuffer buffer;
+    ASSERT_TRUE(buffer.Append(bytes.data(), kSize));
+    small.emplace_back(100'000);
+    buffer.Release();
+  }
+  EXPECT_LE(ResidentSize(), before + kMostBeyond);
+}
+
+}  // namespace

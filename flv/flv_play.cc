@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "common/address.h"
+#include "common/at_exit.h"
 #include "common/console.h"
 #include "common/frame_backlog.h"
 #include "common/platform.h"
@@ -49,6 +50,7 @@ void ReadTags(FlvTagParser& parser) {
 }  // namespace
 
 void PlayFlv(const FlvPlay& play) {
+  const AtExit end([&play] { g_flvStream->EndParsing(play.stream); });
   g_flvStream->AwaitReady(play.stream);
   if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url), play.stream);
   FlvStreamSource source(play.stream);

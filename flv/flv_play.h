@@ -16,7 +16,8 @@ struct FlvPlay {
 };
 
 // Waits until there is enough to begin with, then parses to the end of the stream or until
-// g_flvRunning is cleared, and tells the player whether it is one. Blocks.
+// g_flvRunning is cleared, and tells the player whether it is one. What is received afterwards is
+// dropped. Blocks.
 void PlayFlv(const FlvPlay& play);
 
 #endif  // FLV_FLV_PLAY_H_

@@ -26,7 +26,9 @@ std::uint64_t FlvStream::Begin() {
   unread_->Initialize();
   unread_->Reset();
   received_ = 0;
+  dropped_ = 0;
   downloading_ = true;
+  parsing_ = true;
   ready_.notify_all();  // who waits for an older stream waits in vain
   return ++stream_;
 }
@@ -38,7 +40,11 @@ bool FlvStream::Stage(std::uint64_t stream, std::uint64_t offset, const void* by
   const std::uint64_t overlap = received_ > offset ? received_ - offset : 0;
   if (overlap >= size) return true;
   const auto fresh = static_cast<std::uint32_t>(size - overlap);
-  if (unread_->Append(static_cast<const char*>(bytes) + overlap, fresh) != kBufferOk) return false;
+  if (!parsing_) {
+    dropped_ += fresh;
+  } else if (unread_->Append(static_cast<const char*>(bytes) + overlap, fresh) != kBufferOk) {
+    return false;
+  }
   received_ += fresh;
   if (unread_->Size() > kReadySize) ready_.notify_all();
   return true;
@@ -59,6 +65,14 @@ void FlvStream::EndDownload(std::uint64_t stream) {
   if (stream != stream_) return;
   downloading_ = false;
   ready_.notify_all();
+}
+
+void FlvStream::EndParsing(std::uint64_t stream) {
+  const std::lock_guard lock(mutex_);
+  if (stream != stream_) return;
+  parsing_ = false;
+  dropped_ += unread_->Size();
+  unread_.emplace();
 }
 
 void FlvStream::Release() {
@@ -117,4 +131,9 @@ bool FlvStream::Skip(std::uint64_t stream, std::uint32_t count) {
 std::uint32_t FlvStream::UnreadSize() const {
   const std::lock_guard lock(mutex_);
   return unread_->Size();
+}
+
+std::uint64_t FlvStream::DroppedSize() const {
+  const std::lock_guard lock(mutex_);
+  return dropped_;
 }

@@ -45,6 +45,11 @@ class FlvStream {
   // Nothing more will be staged.
   void EndDownload(std::uint64_t stream);
 
+  // Nothing more will be read: what is unread is dropped, and so is every later piece, for which
+  // Stage still returns true. So a transfer that goes on after its parser has ended, such as that
+  // of an endless stream that is no FLV, fills no memory.
+  void EndParsing(std::uint64_t stream);
+
   // Wakes whoever waits, once g_flvRunning was cleared.
   void Stop();
 
@@ -67,6 +72,9 @@ class FlvStream {
   // Bytes received and not read yet.
   std::uint32_t UnreadSize() const;
 
+  // Bytes dropped since the stream began.
+  std::uint64_t DroppedSize() const;
+
  private:
   using Lock = std::unique_lock<std::mutex>;
 
@@ -80,8 +88,10 @@ class FlvStream {
   // All guarded by mutex_.
   std::condition_variable ready_;
   std::optional<CByteBuffer> unread_{std::in_place};
-  std::uint64_t received_ = 0;  // bytes of the stream staged so far
+  std::uint64_t received_ = 0;  // bytes of the stream so far, dropped ones included
+  std::uint64_t dropped_ = 0;
   bool downloading_ = false;
+  bool parsing_ = false;
 };
 
 extern NeverDestroyed<FlvStream> g_flvStream;

@@ -133,6 +133,21 @@ TEST_F(FlvPipelineTest, VideoDeliveredWhileThePlayerBlocksInAudioHoldsNoMemory) 
   Stop();
 }
 
+TEST_F(FlvPipelineTest, EndlessStreamThatIsNoFlvFillsNoMemoryAndIsReceivedUntilTheStop) {
+  server_.Serve(Bytes(1'000'000, 0x47));
+  const std::string url = server_.Url("/endless/a.flv");
+  downloader_.BeginDownload(url);
+  ASSERT_TRUE(WaitForMessage("PLAY FLV NO:" + url));
+  ASSERT_TRUE(WaitUntil([] { return g_flvStream->DroppedSize() > 0; }));
+  EXPECT_TRUE(WaitUntil([] {
+    EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+    return g_flvStream->DroppedSize() > 100'000'000;
+  }));
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(server_.Requests().size(), 1U);
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV:" + url, "PLAY FLV NO:" + url));
+}
+
 TEST_F(FlvPipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {
   server_.Serve(MakeStream(3));
   const std::string url = server_.Url("/plain/a.flv");

@@ -26,14 +26,24 @@ class FlvPlayTest : public FlvTasks {
   std::string PlayAll(const Bytes& bytes) {
     Take(bytes);
     EndOfDownload();
-    testing::internal::CaptureStdout();
-    Play(kUrl);
-    return testing::internal::GetCapturedStdout();
+    return CapturedPlay();
+  }
+
+  // The same while the download goes on.
+  std::string PlayWithoutAnEnd(const Bytes& bytes) {
+    Take(bytes);
+    return CapturedPlay();
   }
 
   // The play task on a thread of its own, for as long as the test keeps it waiting.
   std::future<void> PlayAside() {
     return std::async(std::launch::async, [this] { Play(kUrl); });
+  }
+
+  std::string CapturedPlay() {
+    testing::internal::CaptureStdout();
+    Play(kUrl);
+    return testing::internal::GetCapturedStdout();
   }
 
   bool HasReported(std::chrono::milliseconds limit) {
@@ -52,7 +62,7 @@ TEST_F(FlvPlayTest, WholeStreamIsReportedParsedAndReadOver) {
   const FrameDump dump = TakeQueuedFrames();
   EXPECT_EQ(dump.video.size(), 7U);
   EXPECT_EQ(dump.audio.size(), 5U);
-  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
 }
 
 TEST_F(FlvPlayTest, WhatIsNoFlvFileIsReportedAndLeftAlone) {
@@ -60,6 +70,27 @@ TEST_F(FlvPlayTest, WhatIsNoFlvFileIsReportedAndLeftAlone) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV NO:http://host/a.flv"));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:FLV NO:http://host/a.flv"));
   EXPECT_EQ(console, "not flv file\nReadHead Err\n");
+}
+
+TEST_F(FlvPlayTest, WhatIsNoFlvFileIsDroppedAndItsTransferGoesOn) {
+  constexpr int kPieces = 500;
+  constexpr std::uint64_t kSignatureBytes = 3;
+  const Bytes piece(100'000, 0x47);
+  EXPECT_EQ(PlayWithoutAnEnd(piece), "not flv file\nReadHead Err\n");
+  for (int i = 0; i < kPieces; ++i) {
+    ASSERT_EQ(Take(piece), piece.size());
+    ASSERT_EQ(g_flvStream->UnreadSize(), 0U);
+  }
+  EXPECT_EQ(g_flvStream->DroppedSize(), (kPieces + 1) * piece.size() - kSignatureBytes);
+}
+
+TEST_F(FlvPlayTest, WhatFollowsAStreamThatIsReadOverIsDropped) {
+  const Bytes stream = flv_test::Join({MakeStream(5), Bytes(200'000)});  // ends at an empty tag
+  EXPECT_EQ(PlayWithoutAnEnd(stream), "headlength:9\nsssize:4\nppsize:3\nread over\n");
+  EXPECT_EQ(Take(stream), stream.size());
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_GT(g_flvStream->DroppedSize(), stream.size());
+  EXPECT_EQ(TakeQueuedFrames().video.size(), 7U);
 }
 
 TEST_F(FlvPlayTest, EmptyStreamIsReportedAsNone) {
@@ -76,7 +107,7 @@ TEST_F(FlvPlayTest, StreamOfThirteenBytesIsOneWithoutFrames) {
   const Bytes stream = flv_test::Join({flv_test::Header(), flv_test::LastBackPointer()});
   ASSERT_EQ(stream.size(), 13U);
   EXPECT_EQ(PlayAll(stream), "headlength:9\nread over\n");
-  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
 }
 
 TEST_F(FlvPlayTest, WithoutAPlayerItIsParsedAllTheSame) {
@@ -132,7 +163,7 @@ TEST_F(FlvPlayTest, StopEndsTheTagLoopWithBytesLeft) {
   ASSERT_TRUE(HasReported(kSurely));
   BeginToStop();
   play.wait();
-  EXPECT_GT(g_flvStream->UnreadSize(), 0U);
+  EXPECT_GT(g_flvStream->DroppedSize(), 0U);
 }
 
 TEST_F(FlvPlayTest, StopEndsTheWaitForTheRestOfALongHeader) {

@@ -236,6 +236,29 @@ TEST_F(FlvStagingTest, StopEndsEveryWait) {
   player.get();
 }
 
+TEST_F(FlvStagingTest, PiecesAfterTheEndOfTheParsingAreCountedAndDropped) {
+  Take({1, 2, 3});
+  g_flvStream->EndParsing(stream_);
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_EQ(Take({4, 5}), 2U);
+  EXPECT_TRUE(Stage(4, {5, 6}));  // one of them is there already
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
+  EXPECT_EQ(g_flvStream->DroppedSize(), 6U);
+  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U) << "an HTML page ends the transfer as before";
+}
+
+TEST_F(FlvStagingTest, EndOfTheParsingOfAnOlderStreamChangesNothingOfTheNewer) {
+  Take({1, 2, 3});
+  g_flvStream->EndParsing(stream_);
+  const std::uint64_t newer = g_flvStream->Begin();
+  EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
+  g_flvStream->EndParsing(stream_);
+  FlvTransfer transfer(newer);
+  EXPECT_EQ(transfer.Take("ab", 2), 2U);
+  FlvStreamSource source(newer);
+  EXPECT_EQ(Unread(source), (Bytes{'a', 'b'}));
+}
+
 // A stream of its own that keeps no more than ten unread bytes, or one piece more.
 class FlvFullStreamTest : public FlvTasks {
  protected:
@@ -282,6 +305,16 @@ TEST_F(FlvFullStreamTest, StopAndANewStreamEndTheWaitAndThePieceIsRefused) {
   g_flvRunning = false;
   full_.Stop();
   EXPECT_FALSE(stopped.get());
+}
+
+TEST_F(FlvFullStreamTest, EndOfTheParsingEndsTheWaitAndThePieceIsDropped) {
+  EXPECT_TRUE(Stage(0, 10));
+  auto piece = StageLater(10, 3);
+  EXPECT_TRUE(StillWaits(piece));
+  full_.EndParsing(number_);
+  EXPECT_TRUE(piece.get());
+  EXPECT_EQ(full_.UnreadSize(), 0U);
+  EXPECT_EQ(full_.DroppedSize(), 13U);
 }
 
 TEST_F(FlvFullStreamTest, SkipOfMoreThanCanBeUnreadPassesOverItAllTheSame) {

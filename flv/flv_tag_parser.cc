@@ -20,14 +20,14 @@ void ConsoleNumber(const char* format, std::int32_t number) {
   ConsoleText(FormatText(format, number));  // NOLINT(clang-diagnostic-format-nonliteral)
 }
 
-// Reads `size` bytes of the stream into a new frame, behind `prefix`, and queues it. False when the
+// Reads `size` bytes of a tag into a new frame, behind `prefix`, and queues it. False when the
 // bytes will not come, and nothing is queued then. Without memory for it the frame is dropped and
 // the stream goes on.
 bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uint32_t size,
                std::uint32_t timestamp, FrameQueue*& queue) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
   const bool is_video = &queue == &g_videoQueue;
-  if (size > FlvTagParser::kMaxTagSize || !reader.Await(size)) return false;
+  if (!reader.Await(size)) return false;
   const std::uint64_t ticks = timestamp * kTicksPerMillisecond;
   FrameRecord frame;
   if (AllocateFrameNode(frame, ticks, ticks, static_cast<std::int32_t>(prefix.size() + size),
@@ -72,14 +72,18 @@ bool FlvTagParser::ReadHeader() {
 
 bool FlvTagParser::ReadTag() {
   TagHeader tag;
-  std::uint32_t body_position = 0;
-  if (!ReadTagHeader(tag, body_position) || !ReadBody(tag)) return false;
-  const std::uint32_t consumed = reader_.Position() - body_position;
-  const auto remaining = static_cast<std::int32_t>(tag.data_size - consumed);
-  return remaining >= 0 && reader_.Skip(remaining);
+  if (!ReadTagHeader(tag) || !ReadBody(tag)) return false;
+  const std::int64_t left = LeftOf(tag);
+  return left >= 0 && reader_.Skip(static_cast<std::int32_t>(left));
 }
 
-bool FlvTagParser::ReadTagHeader(TagHeader& tag, std::uint32_t& body_position) {
+// The bytes of a tag that were not asked for yet. Negative behind the first byte of an empty one.
+std::int64_t FlvTagParser::LeftOf(const TagHeader& tag) const {
+  const std::uint32_t consumed = reader_.Position() - tag.body_position;
+  return std::int64_t{tag.data_size} - consumed;
+}
+
+bool FlvTagParser::ReadTagHeader(TagHeader& tag) {
   constexpr std::int32_t kPreviousTagSizeBytes = 4;
   constexpr std::int32_t kStreamIdBytes = 3;
   if (!reader_.Skip(kPreviousTagSizeBytes) || !reader_.Read8(tag.type) ||
@@ -87,7 +91,7 @@ bool FlvTagParser::ReadTagHeader(TagHeader& tag, std::uint32_t& body_position) {
       !reader_.Skip(kStreamIdBytes)) {
     return false;
   }
-  body_position = reader_.Position();
+  tag.body_position = reader_.Position();
   return reader_.Read8(tag.first_byte);
 }
 
@@ -101,18 +105,18 @@ bool FlvTagParser::ReadBody(const TagHeader& tag) {
 bool FlvTagParser::ReadVideo(const TagHeader& tag) {
   constexpr std::int32_t kCompositionTimeBytes = 3;
   std::uint8_t packet_type = 0;
+  if (LeftOf(tag) < 1 + kCompositionTimeBytes) return false;
   if (!reader_.Read8(packet_type) || !reader_.Skip(kCompositionTimeBytes)) return false;
   return packet_type == 0 ? ReadParameterSets(tag) : ReadNalUnits(tag);
 }
 
 // The length in front of each NAL unit is taken to have four bytes: kept on purpose.
 bool FlvTagParser::ReadNalUnits(const TagHeader& tag) {
-  constexpr std::uint64_t kVideoHeaderBytes = 5;
-  constexpr std::uint64_t kLengthBytes = 4;
-  for (std::uint64_t offset = kVideoHeaderBytes; offset < tag.data_size;) {
+  constexpr std::int64_t kLengthBytes = 4;
+  while (LeftOf(tag) > 0) {
     std::uint32_t size = 0;
-    if (!reader_.Runs() || !reader_.Read32(size) || !EmitNalUnit(tag, size)) return false;
-    offset += size + kLengthBytes;
+    if (LeftOf(tag) < kLengthBytes || !reader_.Runs() || !reader_.Read32(size)) return false;
+    if (!EmitNalUnit(tag, size)) return false;
   }
   return true;
 }
@@ -122,13 +126,15 @@ bool FlvTagParser::ReadNalUnits(const TagHeader& tag) {
 bool FlvTagParser::ReadParameterSets(const TagHeader& tag) {
   constexpr std::int32_t kBytesBeforeSps = 6;
   std::uint8_t pps_count = 0;
-  return reader_.Skip(kBytesBeforeSps) && ReadParameterSet(tag, "sssize:%d\n") &&
-         reader_.Read8(pps_count) && ReadParameterSet(tag, "ppsize:%d\n");
+  return LeftOf(tag) >= kBytesBeforeSps && reader_.Skip(kBytesBeforeSps) &&
+         ReadParameterSet(tag, "sssize:%d\n") && LeftOf(tag) >= 1 && reader_.Read8(pps_count) &&
+         ReadParameterSet(tag, "ppsize:%d\n");
 }
 
 bool FlvTagParser::ReadParameterSet(const TagHeader& tag, const char* message) {
+  constexpr std::int64_t kLengthBytes = 2;
   std::uint16_t size = 0;
-  if (!reader_.Read16(size)) return false;
+  if (LeftOf(tag) < kLengthBytes || !reader_.Read16(size)) return false;
   ConsoleNumber(message, size);
   return EmitNalUnit(tag, size);
 }
@@ -141,31 +147,38 @@ bool FlvTagParser::ReadAudio(const TagHeader& tag) {
 }
 
 bool FlvTagParser::ReadAac(const TagHeader& tag) {
-  constexpr std::uint32_t kAacHeaderBytes = 2;
   constexpr std::uint8_t kSequenceHeader = 0;
   constexpr std::uint8_t kRawFrame = 1;
   std::uint8_t packet_type = 0;
-  if (!reader_.Read8(packet_type)) return false;
-  if (packet_type == kSequenceHeader) {
-    std::uint16_t config = 0;
-    if (!reader_.Read16(config)) return false;
-    audio_config_ = config;
-  }
-  if (packet_type != kRawFrame) return true;
-  return tag.data_size >= kAacHeaderBytes && EmitAudio(tag, tag.data_size - kAacHeaderBytes);
+  if (LeftOf(tag) < 1 || !reader_.Read8(packet_type)) return false;
+  if (packet_type == kSequenceHeader) return ReadAudioConfig(tag);
+  return packet_type != kRawFrame || EmitAudio(tag);
+}
+
+// A header that is too short leaves the configuration as it was.
+bool FlvTagParser::ReadAudioConfig(const TagHeader& tag) {
+  constexpr std::int64_t kConfigBytes = 2;
+  if (LeftOf(tag) < kConfigBytes) return true;
+  std::uint16_t config = 0;
+  if (!reader_.Read16(config)) return false;
+  audio_config_ = config;
+  return true;
 }
 
 // Audio of another codec gets an ADTS header as well: kept on purpose.
 bool FlvTagParser::ReadOtherAudio(const TagHeader& tag) {
   ConsoleNumber("write autio data:%d\n", static_cast<std::int32_t>(tag.data_size) - 1);
-  return tag.data_size >= 1 && EmitAudio(tag, tag.data_size - 1);
+  return EmitAudio(tag);
 }
 
 bool FlvTagParser::EmitNalUnit(const TagHeader& tag, std::uint32_t size) {
-  return EmitFrame(reader_, kStartCode, size, tag.timestamp, g_videoQueue);
+  return size <= LeftOf(tag) && EmitFrame(reader_, kStartCode, size, tag.timestamp, g_videoQueue);
 }
 
-bool FlvTagParser::EmitAudio(const TagHeader& tag, std::uint32_t size) {
+// The rest of the tag is the frame.
+bool FlvTagParser::EmitAudio(const TagHeader& tag) {
+  if (LeftOf(tag) < 0) return false;
+  const auto size = static_cast<std::uint32_t>(LeftOf(tag));
   const AdtsHeader header = MakeAdtsHeader(FieldsOfAudioSpecificConfig(audio_config_.load()), size);
   return EmitFrame(reader_, header, size, tag.timestamp, g_audioQueue);
 }

@@ -85,6 +85,8 @@ std::vector<FlvSample> FlvSamples() {
       {"SeveralSlicesAPicture", both + " -x264-params slices=4" + kAac, true, "adts"},
       {"VideoOnly", Picture("testsrc2") + kH264, true, ""},
       {"AudioOnly", Tone(440) + kAac, false, "adts"},
+      // Begins with an AAC sequence header without a configuration.
+      {"CopyOfATransportStream", both + kAac, true, "adts", true},
       // Half of it lies behind what 24 bits of milliseconds hold.
       {"TimestampsPastTwentyFourBits", both + kAac + " -output_ts_offset 16775", true, "adts"},
   };
@@ -96,5 +98,11 @@ std::vector<FlvSample> FlvSamples() {
 }
 
 void MakeSample(const FlvSample& sample, const std::filesystem::path& file) {
-  Make(sample.arguments, "flv", file);
+  if (!sample.is_copy) {
+    Make(sample.arguments, "flv", file);
+    return;
+  }
+  const std::filesystem::path source = file.string() + ".ts";
+  Make(sample.arguments, "mpegts", source);
+  Make(" -i " + Quoted(source) + " -c copy", "flv", file);
 }

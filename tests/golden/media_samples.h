@@ -33,6 +33,7 @@ struct FlvSample {
   std::string arguments;
   bool has_video;
   std::string audio_format;  // as ffmpeg calls a file of just this audio; empty for none
+  bool is_copy = false;      // of a transport stream, whose packets ffmpeg took over as they are
 };
 
 void PrintTo(const FlvSample& sample, std::ostream* out);

@@ -64,21 +64,50 @@ TEST(FlvTagLoopTest, RestOfABodyThatItsHandlerLeftIsSkipped) {
   EXPECT_EQ(FramesOfTagAndAGoodOne(aac), 1U);
 }
 
-TEST(FlvTagLoopTest, TagWhoseHandlerConsumedMoreThanItsSizeEndsTheLoop) {
+TEST(FlvTagLoopTest, TagThatIsTooShortForItsNalUnitYieldsNoFrameAndEndsTheLoop) {
   const Bytes body = AvcBody(1, WithLength({0x41, 1, 2, 3}));
-  const Bytes lying = TagOfSize(body.size() - 1, kVideo, 0, body);
-  EXPECT_EQ(FramesOfTagAndAGoodOne(lying), 1U) << "only its own frame";
+  for (std::size_t missing = 1; missing <= 4; ++missing) {
+    const Bytes lying = TagOfSize(body.size() - missing, kVideo, 0, body);
+    EXPECT_EQ(FramesOfTagAndAGoodOne(lying), 0U) << missing;
+  }
 }
 
-TEST(FlvTagLoopTest, NalUnitThatGoesOnInTheNextTagIsAFrameAndEndsTheLoop) {
-  const Bytes lying = Tag(kVideo, 0, AvcBody(1, Join({BigEndian(10, 4), {0x41, 1, 2}})));
-  const ParsedFlv parsed = ParseTags({lying, NalTag(40, {{0x65, 1, 2, 3}})});
-  ASSERT_EQ(parsed.frames.video.size(), 1U);
-  EXPECT_EQ(parsed.frames.video.front().payload,
-            (Bytes{0, 0, 0, 1, 0x41, 1, 2, 0x70, 0x71, 0x72, 0x73, kVideo, 0, 0}));
+TEST(FlvTagLoopTest, NalUnitThatGoesOnInTheNextTagIsNoFrameAndEndsTheLoop) {
+  const Bytes units = Join({WithLength({0x65, 9}), BigEndian(10, 4), {0x41, 1, 2}});
+  const ParsedFlv parsed =
+      ParseTags({Tag(kVideo, 0, AvcBody(1, units)), NalTag(40, {{0x65, 1, 2, 3}})});
+  ASSERT_EQ(parsed.frames.video.size(), 1U) << "the one before it";
+  EXPECT_EQ(parsed.frames.video.front().payload, (Bytes{0, 0, 0, 1, 0x65, 9}));
 }
 
-TEST(FlvTagLoopTest, ShortVideoTagsReadWhatFollowsThemAndEndTheLoop) {
+TEST(FlvTagLoopTest, LengthThatGoesOnInTheNextTagEndsTheLoop) {
+  for (std::size_t bytes = 1; bytes < 4; ++bytes) {
+    const Bytes units = Join({WithLength({0x65, 9}), Bytes(bytes)});
+    EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, AvcBody(1, units))), 1U) << bytes;
+  }
+}
+
+TEST(FlvTagLoopTest, ParameterSetThatGoesOnInTheNextTagIsNoFrameAndEndsTheLoop) {
+  const Bytes record = flv_test::AvcRecord({{0x67, 1, 2, 3}}, {{0x68, 4, 5}});
+  const Bytes after = NalTag(40, {Bytes(100, 0x65)});
+  const auto parse = [&](std::size_t size) {
+    const Bytes cut(record.begin(), record.begin() + static_cast<std::ptrdiff_t>(size));
+    return ParseTags({Tag(kVideo, 0, AvcBody(0, cut)), after});
+  };
+  const std::size_t sps_end = 6 + 2 + 4;
+  for (std::size_t size = 0; size < record.size(); ++size) {
+    SCOPED_TRACE(size);
+    const ParsedFlv parsed = parse(size);
+    EXPECT_EQ(parsed.frames.video.size(), size < sps_end ? 0U : 1U);
+    const bool tells_sps = size >= 6 + 2;
+    const bool tells_pps = size >= sps_end + 1 + 2;
+    EXPECT_EQ(parsed.console, std::string("headlength:9\n") + (tells_sps ? "sssize:4\n" : "") +
+                                  (tells_pps ? "ppsize:3\n" : ""));
+  }
+  EXPECT_EQ(parse(record.size()).frames.video.size(), 3U);
+}
+
+TEST(FlvTagLoopTest, VideoTagTooShortForItsFixedFieldsEndsTheLoop) {
   for (std::size_t size = 1; size < 5; ++size) {
     Bytes body = AvcBody(1, {});
     body.resize(size);
@@ -86,11 +115,27 @@ TEST(FlvTagLoopTest, ShortVideoTagsReadWhatFollowsThemAndEndTheLoop) {
   }
 }
 
-TEST(FlvTagLoopTest, AacTagsTooShortForTheirPacketTypeYieldNoFrameAndEndTheLoop) {
-  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kAudio, 0, {0xAF})), 0U);
-  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kAudio, 0, {0xAF, 0})), 0U);
-  EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kAudio, 0, {0xAF, 0, 0x12})), 0U);
+TEST(FlvTagLoopTest, AacTagTooShortForItsPacketTypeYieldsNoFrameAndEndsTheLoop) {
+  for (const std::uint8_t next : Bytes{0, 1, 2}) {  // would be the packet type
+    Bytes after = NalTag(40, {{0x65, 1, 2, 3}});
+    after.front() = next;
+    const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, {0xAF}), after});
+    EXPECT_TRUE(parsed.frames.video.empty()) << int{next};
+    EXPECT_TRUE(parsed.frames.audio.empty()) << int{next};
+  }
   EXPECT_EQ(FramesOfTagAndAGoodOne(TagOfSize(1, kAudio, 0, {0xAF, 1, 9})), 0U);
+}
+
+TEST(FlvTagLoopTest, AacHeaderTooShortForAConfigurationLeavesItAndTheStreamGoesOn) {
+  for (const Bytes& body : {Bytes{0xAF, 0}, Bytes{0xAF, 0, 0x12}}) {
+    const ParsedFlv parsed = ParseFlv(Join({Header(), Tag(kAudio, 0, body), AacTag(20, {1, 2}),
+                                            NalTag(40, {{0x65, 1}}), flv_test::LastBackPointer()}),
+                                      flv_test::kStereo48);
+    EXPECT_EQ(parsed.audio_config, flv_test::kStereo48);
+    ASSERT_EQ(parsed.frames.audio.size(), 1U);
+    EXPECT_EQ(parsed.frames.audio.front().payload.size(), 7U + 2);
+    EXPECT_EQ(parsed.frames.video.size(), 1U);
+  }
 }
 
 TEST(FlvTagLoopTest, AacTagOfTwoBytesIsABareHeader) {
@@ -129,14 +174,6 @@ TEST(FlvTagLoopTest, HostileNalLengthsEndTheParserWithoutAFrame) {
     const Bytes body = AvcBody(1, Join({BigEndian(length, 4), {0x41, 1, 2}}));
     EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, body)), 0U) << length;
   }
-}
-
-// Its bytes are all there: the length alone ends the parser.
-TEST(FlvTagLoopTest, NalLengthThatNoTagCanHoldEndsTheParserThoughTheBytesAreThere) {
-  const Bytes longest(0xFFFFFF, 0x41);
-  const Bytes too_long(0x1000000, 0x41);
-  EXPECT_EQ(ParseTags({NalTag(0, {longest})}).frames.video.size(), 1U);
-  EXPECT_EQ(ParseTags({NalTag(0, {too_long})}).frames.video.size(), 0U);
 }
 
 TEST(FlvTagLoopTest, HostileParameterSetLengthsEndTheParserWithoutAFrame) {

@@ -107,4 +107,34 @@ TEST(FlvTruncationTest, BytesOfEveryFrameOfASpoiltStreamAreThoseOfTheStreamInOrd
   }
 }
 
+// Between two tags there is a PreviousTagSize, whose bytes are like no others of the stream.
+TEST(FlvTruncationTest, NoFrameOfASpoiltStreamGoesOnInTheNextTag) {
+  constexpr std::uint8_t kBetween[] = {0x70, 0x71, 0x72, 0x73};
+  std::mt19937 random(7);  // NOLINT: the same run every time
+  for (int run = 0; run < 2000; ++run) {
+    Bytes stream = flv_test::MakeStream(6, 40);
+    // Only bodies are spoilt: what a tag says of its size decides where it ends.
+    std::size_t at = flv_test::kHeaderSize;
+    for (int tag = static_cast<int>(random() % 14); tag > 0; --tag) {
+      at += flv_test::kBackPointerSize + flv_test::kTagHeaderSize + stream[at + 7];
+    }
+    const std::size_t body = at + flv_test::kBackPointerSize + flv_test::kTagHeaderSize;
+    if (body >= stream.size()) continue;
+    const std::size_t size = stream[at + 7];
+    for (int change = 0; change < 3; ++change) {
+      stream[body + random() % size] = static_cast<std::uint8_t>(random() % 64);
+    }
+    const FrameDump dump = ParseFlv(stream).frames;
+    for (const auto* frames : {&dump.video, &dump.audio}) {
+      for (const DumpedFrame& frame : *frames) {
+        const Bytes& payload = frame.payload;
+        EXPECT_EQ(
+            std::search(payload.begin(), payload.end(), std::begin(kBetween), std::end(kBetween)),
+            payload.end())
+            << "run " << run;
+      }
+    }
+  }
+}
+
 }  // namespace

@@ -43,6 +43,13 @@ def spoilt(tags, index, offset, value):
     return b"".join(result)
 
 
+def shortened(tags, index, size):
+    """The same with a tag that has only the first bytes of its body, and says so."""
+    tag = tags[index]
+    short = tag[:SIZE] + size.to_bytes(3, "big") + tag[SIZE + 3 : BODY + size]
+    return b"".join(tags[:index] + [short] + tags[index + 1 :])
+
+
 def is_kind(tag, kind, packet_type):
     return tag[4] == kind and tag[BODY + 1] == packet_type
 
@@ -56,6 +63,7 @@ def spoilt_tags(tags):
     avc = place(tags, 9, 0)
     picture = place(tags, 9, 1)
     aac = place(tags, 8, 1)
+    aac_header = place(tags, 8, 0)
     return {
         "tag_without_a_body": spoilt(tags, picture, SIZE, b"\0\0\0"),
         "tag_too_short": spoilt(tags, picture, SIZE, b"\0\0\x08"),
@@ -69,6 +77,9 @@ def spoilt_tags(tags):
         "audio_of_two_bytes": spoilt(tags, aac, SIZE, b"\0\0\x02"),
         "other_audio_codec": spoilt(tags, aac, BODY, b"\x2f"),
         "other_aac_packet_type": spoilt(tags, aac, BODY + 1, b"\x02"),
+        "aac_header_without_a_configuration": shortened(tags, aac_header, 2),
+        "aac_header_of_half_a_configuration": shortened(tags, aac_header, 3),
+        "avc_header_cut_in_its_sps": shortened(tags, avc, 20),
         "late_timestamp": spoilt(tags, picture, SIZE + 3, b"\xff\xff\xff\xff"),
         "unknown_tag_type": spoilt(tags, picture, 4, b"\x0c"),
     }

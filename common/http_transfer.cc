@@ -3,7 +3,9 @@
 #include <cstring>
 
 #include "common/console.h"
+#include "common/exit_guard.h"
 #include "common/format_text.h"
+#include "common/platform.h"
 #include "common/silence_watch.h"
 #include "common/user_agent.h"
 
@@ -15,13 +17,34 @@ constexpr long kConnectTimeoutSeconds = 3;
 // same; with as little as that to receive, a fast server costs three times as many system calls.
 constexpr long kReceiveSize = 256L * 1024;
 
+bool IsToEnd(const std::atomic<bool>& running) { return !running.load() || ProcessIsExiting(); }
+
 // libcurl calls this about once a second, or more often, whatever the server does.
 int EndWhenStopped(void* running, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-  return static_cast<const std::atomic<bool>*>(running)->load() ? 0 : 1;
+  return IsToEnd(*static_cast<const std::atomic<bool>*>(running)) ? 1 : 0;
 }
 
 // A stop must not wait for a name server either: libcurl leaves a look-up that still runs behind.
 void DoNotWaitForNameServers(CURL* handle) { curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); }
+
+CURLcode InitialiseLibcurl() {
+  const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
+  GuardExit();
+  return result;
+}
+
+// Keeps a task from continuing while the process exits: it would report the end of its transfer to
+// a player that may be gone. A stop by another exit handler still ends the task.
+void WaitForStop(const std::atomic<bool>& running) {
+  while (running.load()) platform::SleepMilliseconds(1);
+}
+
+CURLcode PerformUnlessExiting(CURL* handle, const std::atomic<bool>& running) {
+  CURLcode result = CURLE_ABORTED_BY_CALLBACK;
+  if (const LibcurlUse use; use) result = curl_easy_perform(handle);
+  if (ProcessIsExiting()) WaitForStop(running);
+  return result;
+}
 
 // A transfer with a silence limit, while it is performed.
 struct WatchedTransfer {
@@ -38,7 +61,7 @@ std::size_t CountHeaderBytes(char*, std::size_t size, std::size_t count, void* w
 int EndWhenStoppedOrSilent(void* watched, curl_off_t, curl_off_t body_bytes, curl_off_t,
                            curl_off_t) {
   auto& transfer = *static_cast<WatchedTransfer*>(watched);
-  if (!transfer.running.load()) return 1;
+  if (IsToEnd(transfer.running)) return 1;
   const auto received = transfer.header_bytes + static_cast<std::uint64_t>(body_bytes);
   return transfer.silence.IsTooLong(received, SilenceWatch::Clock::now()) ? 1 : 0;
 }
@@ -49,17 +72,24 @@ CURLcode PerformWatched(CURL* handle, const Transfer& transfer) {
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &watched);
   curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndWhenStoppedOrSilent);
   curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &watched);
-  const CURLcode result = curl_easy_perform(handle);
+  const CURLcode result = PerformUnlessExiting(handle, transfer.running);
   curl_easy_reset(handle);  // `watched` does not outlive this call
   return result;
 }
 
 }  // namespace
 
-CurlHandle MakeCurlHandle() {
-  static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
-  return CurlHandle(initialised == CURLE_OK ? curl_easy_init() : nullptr);
+// At exit the handle is left as it is: to close its connection takes the TLS library.
+void CurlHandleDeleter::operator()(CURL* handle) const {
+  if (const LibcurlUse use; use) curl_easy_cleanup(handle);
 }
+
+bool PrepareTransfers() {
+  static const bool prepared = InitialiseLibcurl() == CURLE_OK;
+  return prepared;
+}
+
+CurlHandle MakeCurlHandle() { return CurlHandle(PrepareTransfers() ? curl_easy_init() : nullptr); }
 
 void SetUpTransfer(CURL* handle, const Transfer& transfer) {
   curl_easy_reset(handle);
@@ -78,7 +108,8 @@ void SetUpTransfer(CURL* handle, const Transfer& transfer) {
 
 CURLcode PerformTransfer(CURL* handle, const Transfer& transfer) {
   const bool is_watched = transfer.silence_limit > std::chrono::milliseconds::zero();
-  const CURLcode result = is_watched ? PerformWatched(handle, transfer) : curl_easy_perform(handle);
+  const CURLcode result = is_watched ? PerformWatched(handle, transfer)
+                                     : PerformUnlessExiting(handle, transfer.running);
   if (result == CURLE_OK) ConsoleLine("[DOWNLOAD]: " + transfer.url);
   return result;
 }

@@ -19,11 +19,16 @@
 #include <string>
 
 struct CurlHandleDeleter {
-  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+  void operator()(CURL* handle) const;
 };
 using CurlHandle = std::unique_ptr<CURL, CurlHandleDeleter>;
 
-// A new easy handle, or null. The first call also initialises libcurl for the process.
+// Initialises libcurl for the process; only the first call does. False if that failed. The host's
+// thread calls it before any task runs: an exit that begins then finds its handler registered
+// (exit_guard.h).
+bool PrepareTransfers();
+
+// A new easy handle, or null.
 CurlHandle MakeCurlHandle();
 
 struct Transfer {

@@ -72,6 +72,11 @@ std::size_t TrimPages(void* memory, std::size_t size, std::size_t used);
 // next write is undefined. Only a hint.
 void DiscardPages(void* memory, std::size_t size);
 
+// Has exit() call `function`, before the functions registered so far. False, with nothing done,
+// where it must not: Windows ends all other threads before a library's exit functions run, so
+// nothing is left to wait for, and a lock that one of them held would never be released.
+bool CallAtExit(void (*function)());
+
 // Sleeps for about that long, whatever the resolution of the system's timer is.
 void SleepMilliseconds(unsigned milliseconds);
 

@@ -138,6 +138,8 @@ void DiscardPages(void* memory, std::size_t size) {
   if (pages.length != 0) madvise(pages.begin, pages.length, MADV_DONTNEED);
 }
 
+bool CallAtExit(void (*function)()) { return std::atexit(function) == 0; }
+
 void SleepMilliseconds(unsigned milliseconds) {
   timespec left{};
   left.tv_sec = static_cast<time_t>(milliseconds / 1000);

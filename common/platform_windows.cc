@@ -176,6 +176,8 @@ void DiscardPages(void* memory, std::size_t size) {
   VirtualUnlock(begin, length);
 }
 
+bool CallAtExit(void (* /*function*/)()) { return false; }
+
 void SleepMilliseconds(unsigned milliseconds) {
   thread_local const PreciseTimer timer;
   if (!timer.Wait(milliseconds)) Sleep(milliseconds);

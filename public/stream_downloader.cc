@@ -7,6 +7,7 @@
 #include <type_traits>
 
 #include "common/address.h"
+#include "common/http_transfer.h"
 #include "common/player_port.h"
 #include "flv/flv_downloader.h"
 #include "hls/m3u8_downloader.h"
@@ -106,6 +107,7 @@ bool CStreamDownloader::BeginDownload(
     player.Message("PLAY UNKOWN:" + url);  // spelt so on purpose
     return false;
   }
+  PrepareTransfers();
   const FormatRow& row = FormatOf(clean);
   player.Message(row.status + url);  // the address as it was given
   switch (row.format) {

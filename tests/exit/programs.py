@@ -1,0 +1,36 @@
+"""Runs of the programs that end without a stop."""
+
+import os
+import subprocess
+
+LIMIT_SECONDS = 60
+_PROXIES = ("http_proxy", "https_proxy", "all_proxy", "no_proxy")
+
+
+def _environment():
+    """Without proxies, which have no way to this machine's loopback."""
+    return {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
+
+
+def _run(command):
+    return subprocess.run(
+        command, stdin=subprocess.DEVNULL, capture_output=True, env=_environment(),
+        timeout=LIMIT_SECONDS, text=True, errors="surrogateescape")
+
+
+def _command(owner, when, address):
+    return [os.environ["EXIT_PROGRAM"], owner, str(when), address]
+
+
+def run(owner, when, address, prefix=()):
+    return _run([*prefix, *_command(owner, when, address)])
+
+
+def run_loader(when, address):
+    return _run([os.environ["EXIT_LOADER"], os.environ["EXIT_PLUGIN"], str(when), address])
+
+
+def start(owner, when, address):
+    return subprocess.Popen(
+        _command(owner, when, address), stdin=subprocess.DEVNULL,
+        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=_environment())

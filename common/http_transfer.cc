@@ -27,6 +27,12 @@ int EndWhenStopped(void* running, curl_off_t, curl_off_t, curl_off_t, curl_off_t
 // A stop must not wait for a name server either: libcurl leaves a look-up that still runs behind.
 void DoNotWaitForNameServers(CURL* handle) { curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); }
 
+// Whatever else the system's libcurl was built with is refused, and no server redirects to a file.
+void LimitProtocols(CURL* handle) {
+  curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https,file");
+  curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
+}
+
 CURLcode InitialiseLibcurl() {
   const CURLcode result = curl_global_init(CURL_GLOBAL_DEFAULT);
   GuardExit();
@@ -104,6 +110,7 @@ void SetUpTransfer(CURL* handle, const Transfer& transfer) {
   curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndWhenStopped);
   curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &transfer.running);
   DoNotWaitForNameServers(handle);
+  LimitProtocols(handle);
 }
 
 CURLcode PerformTransfer(CURL* handle, const Transfer& transfer) {

@@ -5,7 +5,8 @@
 // an error page is refused. A transfer also ends, within about a second, when its run flag is
 // cleared, even while the server sends nothing.
 //
-// Certificates and host names are verified as libcurl does by default. Redirects are followed.
+// Certificates and host names are verified as libcurl does by default. Addresses are http, https
+// and file addresses; any other fails. Redirects to http and https are followed.
 #ifndef COMMON_HTTP_TRANSFER_H_
 #define COMMON_HTTP_TRANSFER_H_
 

@@ -7,6 +7,7 @@
 #include "common/format_text.h"
 #include "common/platform.h"
 #include "common/silence_watch.h"
+#include "common/special_file.h"
 #include "common/user_agent.h"
 
 namespace {
@@ -114,6 +115,7 @@ void SetUpTransfer(CURL* handle, const Transfer& transfer) {
 }
 
 CURLcode PerformTransfer(CURL* handle, const Transfer& transfer) {
+  if (RefuseSpecialFileAddress(transfer.url)) return CURLE_FILE_COULDNT_READ_FILE;
   const bool is_watched = transfer.silence_limit > std::chrono::milliseconds::zero();
   const CURLcode result = is_watched ? PerformWatched(handle, transfer)
                                      : PerformUnlessExiting(handle, transfer.running);

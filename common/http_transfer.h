@@ -56,7 +56,8 @@ std::size_t GuardedCallback(char* bytes, std::size_t size, std::size_t count, vo
 void SetUpTransfer(CURL* handle, const Transfer& transfer);
 
 // Performs a transfer that was set up, and logs "[DOWNLOAD]: " and the address on success. Blocks.
-// `transfer` is the one that the handle was set up with.
+// `transfer` is the one that the handle was set up with. Fails at once for a local address that
+// names no regular file (special_file.h).
 CURLcode PerformTransfer(CURL* handle, const Transfer& transfer);
 
 // The open-ended range "N-" that asks for everything from `offset`. The offset is written as a

@@ -50,6 +50,10 @@ using File = std::unique_ptr<std::FILE, FileCloser>;
 // have it open at the same time.
 File OpenFile(const std::string& path, const char* mode);
 
+// Whether something other than a regular file is at a narrow path: a directory, FIFO, socket or
+// device. Symbolic links are followed. False if nothing is there.
+bool IsSpecialFile(const std::string& path);
+
 // `time` by the clock on the wall, in the system's time zone.
 std::tm LocalTime(std::time_t time);
 

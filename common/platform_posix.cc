@@ -90,6 +90,11 @@ File OpenFile(const std::string& path, const char* mode) {
   return File(std::fopen(path.c_str(), mode));
 }
 
+bool IsSpecialFile(const std::string& path) {
+  struct stat facts {};
+  return stat(path.c_str(), &facts) == 0 && !S_ISREG(facts.st_mode);
+}
+
 std::tm LocalTime(std::time_t time) {
   std::tm local{};
   localtime_r(&time, &local);

@@ -69,6 +69,36 @@ void* MapAt(void* address, std::size_t size, DWORD kind) {
   return VirtualAlloc(address, size, kind, PAGE_READWRITE);
 }
 
+std::wstring CodePageToWide(const std::string& text) {
+  const int size = MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, nullptr, 0);
+  if (size <= 0) return {};
+  std::wstring wide(static_cast<std::size_t>(size), L'\0');
+  MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, wide.data(), size);
+  wide.resize(static_cast<std::size_t>(size) - 1);  // without the terminating zero
+  return wide;
+}
+
+// The absolute path. That of a device ("NUL", "CON") is "\\.\" and its name.
+std::wstring FullPath(const std::wstring& path) {
+  const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+  std::wstring full(size, L'\0');
+  full.resize(size == 0 ? 0 : GetFullPathNameW(path.c_str(), size, full.data(), nullptr));
+  return full;
+}
+
+bool IsDrive(const std::wstring& path, std::size_t at) {
+  return path.size() > at + 1 && path[at + 1] == L':';
+}
+
+// "\\.\NUL" and "\\server\pipe\name" are, "\\.\C:\file" is not.
+bool IsDevicePath(const std::wstring& full) {
+  constexpr std::size_t kPrefixSize = 4;
+  if (full.starts_with(L"\\\\.\\") && !IsDrive(full, kPrefixSize)) return true;
+  if (!full.starts_with(L"\\\\")) return false;
+  const std::size_t share = full.find(L'\\', 2);
+  return share != std::wstring::npos && _wcsnicmp(full.c_str() + share, L"\\pipe\\", 6) == 0;
+}
+
 }  // namespace
 
 std::string ModuleFileName() {
@@ -111,11 +141,7 @@ std::wstring UserCacheDirectoryWide() {
 }
 
 std::string CodePageToUtf8(const std::string& text) {
-  const int wide_length = MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, nullptr, 0);
-  if (wide_length <= 0) return {};
-  std::wstring wide(static_cast<std::size_t>(wide_length) + 1, L'\0');
-  MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, wide.data(), wide_length);
-
+  const std::wstring wide = CodePageToWide(text);
   const int length =
       WideCharToMultiByte(CP_UTF8, 0, wide.c_str(), -1, nullptr, 0, nullptr, nullptr);
   if (length <= 0) return {};
@@ -127,6 +153,16 @@ std::string CodePageToUtf8(const std::string& text) {
 
 File OpenFile(const std::string& path, const char* mode) {
   return File(_fsopen(path.c_str(), mode, _SH_DENYNO));
+}
+
+bool IsSpecialFile(const std::string& path) {
+  std::wstring wide = CodePageToWide(path);
+  if (wide.starts_with(L'/') && IsDrive(wide, 1)) wide.erase(0, 1);  // "/C:/file", of a URL
+  const std::wstring full = FullPath(wide);
+  if (full.empty() || IsDevicePath(full)) return !full.empty();
+  const DWORD attributes = GetFileAttributesW(full.c_str());
+  constexpr DWORD kSpecial = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE;
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & kSpecial) != 0;
 }
 
 std::tm LocalTime(std::time_t time) {

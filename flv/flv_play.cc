@@ -19,6 +19,7 @@ namespace {
 void PreloadLocalFile(const std::string& path, std::uint64_t stream) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr std::uint32_t kPreloadLimit = 0xA00000;
+  if (platform::IsSpecialFile(path)) return;
   const platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return;
   std::array<char, kPieceSize> piece;

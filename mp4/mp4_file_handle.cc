@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "common/platform.h"
 #include "common/temp_files.h"
 
 #ifdef STREAM_MP4_READER_LOGS
@@ -14,6 +15,7 @@ namespace {
 #endif
 
 Mp4FileHandle OpenMp4(const std::string& path) {
+  if (platform::IsSpecialFile(path)) return nullptr;  // an installed library would wait for it
   return Mp4FileHandle(MP4Read(AnsiToUtf8(path).c_str()));
 }
 

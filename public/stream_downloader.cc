@@ -8,6 +8,7 @@
 
 #include "common/address.h"
 #include "common/http_transfer.h"
+#include "common/once_a_start.h"
 #include "common/player_port.h"
 #include "flv/flv_downloader.h"
 #include "hls/m3u8_downloader.h"
@@ -108,6 +109,7 @@ bool CStreamDownloader::BeginDownload(
     return false;
   }
   PrepareTransfers();
+  CountStart();
   const FormatRow& row = FormatOf(clean);
   player.Message(row.status + url);  // the address as it was given
   switch (row.format) {

@@ -8,6 +8,7 @@
 #include "common/address.h"
 #include "common/http_transfer.h"
 #include "common/platform.h"
+#include "common/special_file.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -118,7 +119,8 @@ std::size_t TsTransfer::Take(const char* data, std::uint32_t length) {
 void DownloadTs(const std::string& url, const PlayerPort& player) {
   TsTransfer transfer(player, g_tsDownloaded.load());
   if (IsFileUrl(url)) {
-    ReadLocalFile(FileUrlPath(url), transfer);
+    const std::string path = FileUrlPath(url);
+    if (!RefuseSpecialFile(path, url)) ReadLocalFile(path, transfer);
   } else {
     FetchUrl(url, transfer);
   }

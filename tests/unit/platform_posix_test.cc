@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "common/platform.h"
@@ -84,6 +86,27 @@ TEST(PlatformPosixTest, PrivateDirectoryIsForItsUserAlone) {
   EXPECT_FALSE(platform::MakePrivateDirectory(path.wstring())) << "it exists";
   platform::RemoveEmptyDirectory(path.wstring());
   EXPECT_FALSE(std::filesystem::exists(path));
+}
+
+TEST(PlatformPosixTest, EverythingButARegularFileIsSpecial) {
+  const std::filesystem::path directory = testing::TempDir() + "special_files";
+  std::filesystem::remove_all(directory);
+  std::filesystem::create_directory(directory);
+  const std::string file = directory / "file";
+  const std::string fifo = directory / "fifo";
+  std::ofstream(file) << "bytes";
+  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+  std::filesystem::create_symlink(file, directory / "link to file");
+  std::filesystem::create_symlink(fifo, directory / "link to fifo");
+  EXPECT_FALSE(platform::IsSpecialFile(file));
+  EXPECT_FALSE(platform::IsSpecialFile(directory / "link to file"));
+  EXPECT_FALSE(platform::IsSpecialFile(directory / "missing"));
+  EXPECT_FALSE(platform::IsSpecialFile(""));
+  EXPECT_TRUE(platform::IsSpecialFile(fifo));
+  EXPECT_TRUE(platform::IsSpecialFile(directory / "link to fifo"));
+  EXPECT_TRUE(platform::IsSpecialFile(directory));
+  EXPECT_TRUE(platform::IsSpecialFile("/dev/null"));
+  std::filesystem::remove_all(directory);
 }
 
 }  // namespace

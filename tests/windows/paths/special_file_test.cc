@@ -1,0 +1,28 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "common/platform.h"
+
+namespace {
+
+TEST(WindowsSpecialFileTest, DevicesAndPipesAreSpecial) {
+  for (const char* path : {"NUL", "nul", "CON", "COM1", R"(\\.\pipe\x)", R"(\\server\pipe\x)"}) {
+    EXPECT_TRUE(platform::IsSpecialFile(path)) << path;
+  }
+}
+
+TEST(WindowsSpecialFileTest, DirectoriesAreSpecialAndFilesAreNot) {
+  const std::filesystem::path file = std::filesystem::current_path() / "regular.ts";
+  std::ofstream(file) << "bytes";
+  EXPECT_FALSE(platform::IsSpecialFile(file.string()));
+  EXPECT_FALSE(platform::IsSpecialFile("/" + file.generic_string())) << "as libcurl has it";
+  EXPECT_FALSE(platform::IsSpecialFile(R"(\\.\)" + file.string()));
+  EXPECT_TRUE(platform::IsSpecialFile(file.parent_path().string()));
+  std::filesystem::remove(file);
+  EXPECT_FALSE(platform::IsSpecialFile(file.string())) << "nothing is there";
+}
+
+}  // namespace

@@ -24,5 +24,5 @@ std::string StartPositionLine(const char* format, float seconds) {
 
 std::string StartPositionLine(const char* format, float seconds, std::clock_t elapsed) {
   return StartPositionLine(format, seconds) +
-         FormatText(" Q:%fs", static_cast<double>(elapsed) / 1000.0);
+         " Q:" + FixedText(static_cast<double>(elapsed) / 1000.0) + "s";
 }

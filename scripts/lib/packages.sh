@@ -24,8 +24,8 @@ readonly PLAYER_PACKAGES=(
 readonly SAMPLE_PACKAGES=(ffmpeg nginx)
 # To build and run the tests.
 readonly TEST_PACKAGES=(
-  chromium googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev openbox openssl python3
-  util-linux xdotool xvfb
+  chromium googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev locales openbox openssl
+  python3 util-linux xdotool xvfb
 )
 # To check the sources, and to build the fuzzers and benchmarks.
 readonly CHECK_PACKAGES=(

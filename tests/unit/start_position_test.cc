@@ -47,4 +47,16 @@ TEST(FormatTextTest, TextOfMoreThan1024CharactersIsEmpty) {
   EXPECT_EQ(FormatText("%sy", longest.c_str()), "");
 }
 
+TEST(FormatTextTest, FixedTextHasSixDigitsAfterThePoint) {
+  EXPECT_EQ(FixedText(0), "0.000000");
+  EXPECT_EQ(FixedText(0.002), "0.002000");
+  EXPECT_EQ(FixedText(1234.5678915), "1234.567892");
+  EXPECT_EQ(FixedText(-0.5), "-0.500000");
+}
+
+TEST(FormatTextTest, FixedTextOfTheLargestNumberIsWhole) {
+  constexpr double kLowest = std::numeric_limits<double>::lowest();
+  EXPECT_EQ(FixedText(kLowest), FormatText("%f", kLowest));
+}
+
 }  // namespace

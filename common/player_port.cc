@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "common/caught.h"
+#include "common/once_a_start.h"
 #include "public/stream_player.h"
 
 namespace {
@@ -19,7 +21,22 @@ MediaFrame MakeMediaFrame(const FrameRecord& frame) {
   return media;
 }
 
+void LogThrow(const char* where) noexcept {
+  static OnceAStart line;
+  if (line.IsFirst()) LogCaught(where, "; a player must not throw");
+}
+
 }  // namespace
+
+template <typename Function>
+void PlayerPort::Call(const char* where, const Function& call) const noexcept {
+  if (player_ == nullptr) return;
+  try {
+    call();
+  } catch (...) {
+    LogThrow(where);
+  }
+}
 
 float WholeSeconds(std::uint64_t play_time) {
   const std::uint64_t seconds = play_time / kTicksPerSecond;
@@ -27,28 +44,31 @@ float WholeSeconds(std::uint64_t play_time) {
 }
 
 void PlayerPort::Message(std::string line) const {
-  if (player_ != nullptr) player_->OnMessage(std::move(line));
+  Call("the player threw in OnMessage: ", [&] { player_->OnMessage(std::move(line)); });
 }
 
 void PlayerPort::PlayResult(std::string line) const {
-  if (player_ != nullptr) player_->OnPlayResult(std::move(line));
+  Call("the player threw in OnPlayResult: ", [&] { player_->OnPlayResult(std::move(line)); });
 }
 
 void PlayerPort::Duration(float seconds) const {
-  if (player_ != nullptr) player_->OnDuration(seconds);
+  Call("the player threw in OnDuration: ", [&] { player_->OnDuration(seconds); });
 }
 
 void PlayerPort::BufferedTime(float seconds) const {
-  if (player_ != nullptr) player_->OnBufferedTime(seconds);
+  Call("the player threw in OnBufferedTime: ", [&] { player_->OnBufferedTime(seconds); });
 }
 
 void PlayerPort::VideoFrame(const FrameRecord& frame) const {
-  if (player_ == nullptr) return;
-  player_->OnVideoFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
+  Call("the player threw in OnVideoFrame: ", [&] {
+    player_->OnVideoFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
+  });
 }
 
 void PlayerPort::AudioFrame(const FrameRecord& frame) const {
-  if (player_ == nullptr) return;
-  player_->OnAudioClock(WholeSeconds(frame.playTime));
-  player_->OnAudioFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
+  Call("the player threw in OnAudioClock: ",
+       [&] { player_->OnAudioClock(WholeSeconds(frame.playTime)); });
+  Call("the player threw in OnAudioFrame: ", [&] {
+    player_->OnAudioFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
+  });
 }

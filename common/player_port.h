@@ -2,6 +2,9 @@
 // so that a pipeline reports and delivers without asking, and it is the one place below the facade
 // that knows the player interface.
 //
+// A player must not throw. What one throws ends here, on whatever thread, so that a task, a
+// transfer or a stop goes on: the call counts as returned, and the first one of a start is logged.
+//
 // It borrows the player and may be copied freely. Its calls go straight to the host's code on the
 // calling thread: never make one with a lock held.
 #ifndef COMMON_PLAYER_PORT_H_
@@ -34,6 +37,10 @@ class PlayerPort {
   void AudioFrame(const FrameRecord& frame) const;  // the audio clock first, then the frame
 
  private:
+  // Makes the call, if there is a player. `where` begins the line about what it throws.
+  template <typename Function>
+  void Call(const char* where, const Function& call) const noexcept;
+
   CStreamPlayerImp* player_ = nullptr;
 };
 

@@ -9,14 +9,14 @@
 #include <cstdint>
 #include <utility>
 
-#include "common/console.h"
+#include "common/caught.h"
 #include "common/thread_pool.h"
 
 // Safe from any thread. It must outlive the pool that runs the tasks.
 class TaskGate {
  public:
   // A task that runs `task`, or does nothing once Close was called. What `task` throws, when memory
-  // runs out, ends it alone: the pool's tasks must not throw, and the host goes on.
+  // runs out, ends it alone, and is logged: the pool's tasks must not throw, and the host goes on.
   CThreadPool::Task Admit(CThreadPool::Task task) {
     return [this, task = std::move(task), closings = closings_.load()] {
       if (closings_.load() == closings) RunGuarded(task);
@@ -31,7 +31,7 @@ class TaskGate {
     try {
       task();
     } catch (...) {
-      ConsoleText("a task ended: out of memory\n");  // allocates nothing
+      LogCaught("a task ended: ", "");
     }
   }
 

@@ -2,7 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/once_a_start.h"
 #include "tests/support/recording_player.h"
+#include "tests/support/throwing_player.h"
 
 namespace {
 
@@ -79,6 +85,32 @@ TEST(PlayerPortTest, WithoutAPlayerNothingIsCalled) {
   nobody.VideoFrame(ThreeByteFrame(payload));
   nobody.AudioFrame(ThreeByteFrame(payload));
   EXPECT_FALSE(static_cast<bool>(nobody));
+}
+
+TEST(PlayerPortTest, WhatThePlayerThrowsEndsTheCallOnly) {
+  ThrowingPlayer player;
+  const PlayerPort port(&player);
+  std::uint8_t payload[] = {1, 2, 3};
+  port.Message("PLAY TS:");
+  port.PlayResult("PLAY:M3U8 OK:");
+  port.Duration(1);
+  port.BufferedTime(1);
+  port.VideoFrame(ThreeByteFrame(payload));
+  port.AudioFrame(ThreeByteFrame(payload));
+  EXPECT_EQ(player.calls, 7) << "the frame follows its clock all the same";
+}
+
+TEST(PlayerPortTest, WhatThePlayerThrowsIsLoggedOnceAStart) {
+  ThrowingPlayer player;
+  const PlayerPort port(&player);
+  testing::internal::CaptureStdout();
+  for (int start = 0; start < 2; ++start) {
+    CountStart();
+    port.Duration(1);
+    port.BufferedTime(1);
+  }
+  const std::string line = "the player threw in OnDuration: boom; a player must not throw\n";
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), line + line);
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "hls/hls_state.h"
 #include "tests/support/recording_player.h"
+#include "tests/support/throwing_player.h"
 
 namespace {
 
@@ -171,6 +172,19 @@ TEST_F(StreamDownloaderTest, WithoutAPlayerEverythingIsSilent) {
   EXPECT_TRUE(silent.EndDownload());
   EXPECT_TRUE(silent.BeginDownload("file:///no/such.mp4"));
   EXPECT_TRUE(silent.EndDownload());
+}
+
+TEST_F(StreamDownloaderTest, PlayerThatThrowsDisturbsNoCallOfTheFacade) {
+  ThrowingPlayer player;
+  CStreamDownloader downloader(&player);
+  EXPECT_FALSE(downloader.BeginDownload("rtmp://host/a"));
+  for (const char* url : {"http://127.0.0.1:1/a.m3u8", "http://127.0.0.1:1/a.ts"}) {
+    EXPECT_TRUE(downloader.BeginDownload(url));
+    EXPECT_TRUE(downloader.SetStartPostion(1));
+    EXPECT_TRUE(downloader.EndDownload());
+    EXPECT_FALSE(downloader.EndDownload()) << "the stop was not whole";
+  }
+  EXPECT_GE(player.calls, 7);
 }
 
 TEST_F(StreamDownloaderTest, AssignmentSharesPlayerAndPipelines) {

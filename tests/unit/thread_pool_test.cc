@@ -7,10 +7,12 @@
 #include <condition_variable>
 #include <mutex>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
 #include "common/task_gate.h"
+#include "tests/support/mp4_memory.h"
 
 namespace {
 
@@ -161,11 +163,38 @@ TEST(TaskGateTest, TaskAdmittedBeforeTheGateClosedDoesNothing) {
   EXPECT_EQ(runs, 10);
 }
 
-TEST(TaskGateTest, TaskThatThrowsEndsAloneAndIsTold) {
+// What is logged of a task that throws.
+template <typename Exception>
+std::string LineOfATaskThatThrows(const Exception& exception) {
   TaskGate gate;
   testing::internal::CaptureStdout();
-  gate.Admit([] { throw std::bad_alloc(); })();
+  gate.Admit([&] { throw exception; })();
+  return testing::internal::GetCapturedStdout();
+}
+
+TEST(TaskGateTest, TaskThatThrowsEndsAloneAndIsLogged) {
+  EXPECT_EQ(LineOfATaskThatThrows(std::bad_alloc()), "a task ended: out of memory\n");
+  EXPECT_EQ(LineOfATaskThatThrows(std::runtime_error("no disk")), "a task ended: no disk\n");
+  EXPECT_EQ(LineOfATaskThatThrows(1), "a task ended: unknown\n");
+}
+
+TEST(TaskGateTest, LongTextOfAnExceptionIsCut) {
+  const std::string text(1'000, 'x');
+  EXPECT_EQ(LineOfATaskThatThrows(std::runtime_error(text)),
+            "a task ended: " + text.substr(0, 400) + "\n");
+}
+
+#ifdef STREAM_TEST_FAILING_NEW
+TEST(TaskGateTest, TaskThatRanOutOfMemoryIsLoggedWithoutAny) {
+  TaskGate gate;
+  const CThreadPool::Task task = gate.Admit([] { throw std::bad_alloc(); });
+  testing::internal::CaptureStdout();
+  {
+    const FailingNew nothing_left(0);
+    task();
+  }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "a task ended: out of memory\n");
 }
+#endif
 
 }  // namespace

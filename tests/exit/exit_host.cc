@@ -50,9 +50,12 @@ LinePlayer& Player() {
 }
 
 CStreamDownloader& Facade(bool is_static) {
-  if (!is_static) return *new CStreamDownloader(&Player());
-  static CStreamDownloader facade(&Player());
-  return facade;
+  if (is_static) {
+    static CStreamDownloader facade(&Player());
+    return facade;
+  }
+  static auto* const facade = new CStreamDownloader(&Player());
+  return *facade;
 }
 
 }  // namespace

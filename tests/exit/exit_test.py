@@ -42,7 +42,7 @@ class ExitTest(EndToEndCase):
     def test_exit_of_every_format_over_tls(self):
         server = self.serve(servers.unfinished_body, tls=True)
         for kind in _FORMATS:
-            for moment in moments(_RUNS // 2):
+            for moment in moments(_RUNS // 4):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("never", moment, server.url(f"a.{kind}")))
 
@@ -61,7 +61,7 @@ class ExitTest(EndToEndCase):
     def test_exit_that_destroys_the_facade(self):
         server = self.serve(servers.unfinished_body, tls=True)
         for kind in _FORMATS:
-            for moment in moments(_RUNS // 2):
+            for moment in moments(_RUNS // 4):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("static", moment, server.url(f"a.{kind}")))
 

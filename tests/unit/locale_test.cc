@@ -20,8 +20,16 @@ namespace {
 
 constexpr char kGerman[] = "de_DE.UTF-8";
 
-// Makes the locale in a directory of the test's own and sets it for C and C++. A test is a process
-// of its own.
+// What C++ streams write in a German locale.
+class GermanNumbers final : public std::numpunct<char> {
+ protected:
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+// Makes the locale in a directory of the test's own and sets it for C, and one like it for C++. A
+// test is a process of its own.
 class LocaleTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -32,8 +40,9 @@ class LocaleTest : public testing::Test {
     // NOLINTNEXTLINE(cert-env33-c,concurrency-mt-unsafe): the command is fixed, no thread runs
     ASSERT_EQ(std::system(("localedef -i de_DE -f UTF-8 '" + made + "'").c_str()), 0)
         << "the test needs localedef and the sources of locales";
-    setenv("LOCPATH", locales.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
-    std::locale::global(std::locale(kGerman));
+    setenv("LOCPATH", locales.c_str(), 1);                // NOLINT(concurrency-mt-unsafe)
+    ASSERT_NE(std::setlocale(LC_ALL, kGerman), nullptr);  // NOLINT(concurrency-mt-unsafe)
+    std::locale::global(std::locale(std::locale::classic(), new GermanNumbers));
     ASSERT_EQ(FormatText("%.1f", 0.5), "0,5") << "the locale has no effect";
     std::ostringstream grouped;
     grouped << 1'234;

@@ -28,6 +28,11 @@ void ResetStreamBuffer() {
   g_tsStreamBuffer->Reset();
 }
 
+void RecordPlayer(const PlayerPort& player) {
+  const std::lock_guard lock(g_tsStateLock);
+  g_tsPlayer = player;
+}
+
 }  // namespace
 
 CTsDownloader::CTsDownloader(CStreamPlayerImp* player)
@@ -48,6 +53,7 @@ bool CTsDownloader::BeginDownload(const std::string& url) {
   Start();
   ResetFrameQueues();
   ResetStreamBuffer();
+  RecordPlayer(player_);
   UseUrl(url);
   AddGated([this, url] { RunDownload(url); });
   AddGated([this] { ParseTs(player_); });

@@ -4,6 +4,7 @@ std::atomic<bool> g_tsRunning{false};
 std::atomic<std::uint64_t> g_tsDownloaded{0};
 
 std::mutex g_tsStateLock;
+PlayerPort g_tsPlayer;
 NeverDestroyed<std::string> g_tsUrl;
 NeverDestroyed<std::string> g_tsTempPath;
 

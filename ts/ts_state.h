@@ -1,7 +1,6 @@
 // What the TS pipeline keeps for the whole process: one stream at a time, whichever CTsDownloader
-// plays it. No player is in it: each start has its own, which its tasks hold. The facade only
-// forgets its TS pipeline when it is destroyed (kept on purpose), so this state outlives every
-// pipeline object; it is set up afresh at each start instead.
+// plays it. The facade only forgets its TS pipeline when it is destroyed (kept for compatibility),
+// so this state outlives every pipeline object; each start sets it up again instead.
 #ifndef TS_TS_STATE_H_
 #define TS_TS_STATE_H_
 
@@ -15,12 +14,17 @@
 #include "common/byte_buffer.h"
 #include "common/copy_buffer.h"
 #include "common/never_destroyed.h"
+#include "common/player_port.h"
 
 // The run flag: the loops of all four tasks run while it is set.
 extern std::atomic<bool> g_tsRunning;
 
 // Bytes received for the current address: also the offset at which the next start resumes.
 extern std::atomic<std::uint64_t> g_tsDownloaded;
+
+// The player of the start made last. Kept for compatibility: no task reads it, since the tasks of a
+// start use the player of the facade it was made on.
+extern PlayerPort g_tsPlayer;  // guarded by g_tsStateLock
 
 extern std::mutex g_tsStateLock;
 extern NeverDestroyed<std::string> g_tsUrl;       // guarded by g_tsStateLock

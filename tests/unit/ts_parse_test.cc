@@ -74,7 +74,7 @@ TEST(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
       g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
     }
     g_tsRunning = true;
-    std::thread thread(ParseTs);
+    std::thread thread([] { ParseTs(PlayerPort()); });
     EXPECT_TRUE(WaitUntil([] {
       const std::lock_guard lock(g_frameQueueMutex);
       return g_audioQueue->pushed == 29;

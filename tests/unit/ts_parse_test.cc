@@ -67,10 +67,13 @@ TEST_F(TsBacklogTest, StopEndsTheWaitForRoom) {
 
 TEST(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
   const auto parse = [](const ts_test::Bytes& stream) {
+    ts_demux_forget();
     ResetFrameQueues();
+    (*g_tsScratch)[kParseScratch].Release();
     {
       const std::lock_guard lock(g_tsStreamLock);
       g_tsStreamBuffer->Initialize();
+      g_tsStreamBuffer->Reset();
       g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
     }
     g_tsRunning = true;
@@ -85,7 +88,6 @@ TEST(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
   };
   const ts_test::Bytes small = ts_test::MakeStream(30);
   EXPECT_EQ(parse(small), static_cast<std::int32_t>(small.size()));
-  ts_demux_forget();
   EXPECT_EQ(parse(ts_test::MakeStream(30, 90'000, 100'000)), 0);
   ReleaseFrameQueues();
 }

@@ -46,6 +46,12 @@ class UnplayableCase(EndToEndCase):
         self.assertEqual(run.frames_of("audio"), [])
 
 
+    def assert_audio_has_adts_headers(self, run):
+        payloads = run.payloads("audio")
+        self.assertGreater(len(payloads), 25)
+        self.assertEqual({payload[:2] for payload in payloads}, {b"\xff\xf1"})
+
+
 class HlsTest(UnplayableCase):
     _OPENED = ("PLAY M3U8:", "PLAY M3U8 OK:", "PLAY:M3U8 OK:")
     _BAD_SEGMENT = (*_OPENED, "PLAY M3U8 DATAERR 0:")
@@ -121,10 +127,7 @@ class FlvTest(UnplayableCase):
 
     def test_mp3_has_adts_headers(self):
         self.make("a.flv", *_BOTH, *_H264, "-c:a", "libmp3lame")
-        run = self.play_from_server("a.flv")
-        payloads = run.payloads("audio")
-        self.assertGreater(len(payloads), 25)
-        self.assertEqual({payload[:2] for payload in payloads}, {b"\xff\xf1"})
+        self.assert_audio_has_adts_headers(self.play_from_server("a.flv"))
 
 
 class Mp4Test(UnplayableCase):
@@ -147,10 +150,7 @@ class Mp4Test(UnplayableCase):
 
     def test_mp3_has_adts_headers(self):
         self.make("a.mp4", *_BOTH, *_H264, "-c:a", "libmp3lame")
-        run = self.play_from_server("a.mp4")
-        payloads = run.payloads("audio")
-        self.assertGreater(len(payloads), 25)
-        self.assertEqual({payload[:2] for payload in payloads}, {b"\xff\xf1"})
+        self.assert_audio_has_adts_headers(self.play_from_server("a.mp4"))
 
     def test_matroska(self):
         self.make("a.mkv", *_BOTH, *_H264, *_AAC)

@@ -235,6 +235,27 @@ TEST_F(TsRestartTest, StartPositionFetchesFromZeroAndDropsWhatLiesBeforeIt) {
   }
 }
 
+TEST_F(TsRestartTest, StreamThatHasEndedPlaysAgainOnlyAfterAPositionWasSet) {
+  const ts_test::Bytes stream = MakeStream(30);
+  server_.Serve(stream);
+  const std::string url = server_.Url("/plain/a.ts");
+  downloader_.BeginDownload(url);
+  ASSERT_TRUE(WaitForVideo(29) && WaitForAudio(29));
+  Stop();
+  player_.Reopen();
+  player_.Forget();
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitUntil([&] { return server_.Requests().size() == 2; }));
+  downloader_.EndDownload();
+  EXPECT_TRUE(player_.Snapshot().video.empty());
+  EXPECT_EQ(server_.Requests()[1].range, "bytes=" + std::to_string(stream.size()) + "-");
+  downloader_.SetStartPostion(0);
+  downloader_.BeginDownload(url);
+  EXPECT_TRUE(WaitForVideo(29) && WaitForAudio(29));
+  Stop();
+  EXPECT_EQ(server_.Requests()[2].range, "bytes=0-");
+}
+
 TEST_F(TsRestartTest, StopForgetsTheStartPosition) {
   server_.Serve(MakeStream(30));
   const std::string url = server_.Url("/plain/a.ts");

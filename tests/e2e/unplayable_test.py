@@ -45,7 +45,6 @@ class UnplayableCase(EndToEndCase):
         self.assertGreater(len(run.frames_of("video")), 25)
         self.assertEqual(run.frames_of("audio"), [])
 
-
     def assert_audio_has_adts_headers(self, run):
         payloads = run.payloads("audio")
         self.assertGreater(len(payloads), 25)

@@ -53,9 +53,9 @@ class TrackReader {
     BoxWalk walk(reader_, body);
     while (const auto box = walk.Next()) (this->*child)(*box);
     const RowEnd end = walk.End();
-    is_incomplete_ |=
-        end == RowEnd::kNotReceived ||
-        (end == RowEnd::kZeros && tail_.Reaches(body.end) && walk.Left().Size() >= kSmallestTable);
+    const bool may_hold_a_table = end == RowEnd::kNotReceived ||
+                                  (end == RowEnd::kZeros && walk.Left().Size() >= kSmallestTable);
+    is_incomplete_ |= may_hold_a_table && tail_.Reaches(body.end);
   }
 
   void TrackChild(const Box& box) {

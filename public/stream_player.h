@@ -21,7 +21,8 @@
 //         only when its frames cease: "#EXT-X-ENDLIST" in a later refresh is not reported.
 //   TS    Nothing is reported: no frame follows, and OnDuration stops growing.
 //   FLV   Nothing is reported: no frame follows.
-//   MP4   "PLAY:MP4 OK:" (OnPlayResult): the download has ended and every sample is queued.
+//   MP4   "PLAY:MP4 OK:" or "PLAY:MP4 NO:" (OnPlayResult): the download has ended, and every sample
+//         that was received is queued. EndDownload in mid-stream causes that line too.
 // A host therefore takes a stream for ended when no call was made for some seconds.
 //
 // Units. Timestamps are unsigned 64-bit counts of the 90 kHz system clock of ISO/IEC 13818-1

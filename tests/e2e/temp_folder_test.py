@@ -68,7 +68,6 @@ class TempFolderTest(Mp4Case):
             removal = pool.submit(remove_when_it_grows)
             run = self.play(server.url("sample.mp4"))
             removal.result()
-        self.assertGreater(len(run.frames), 0, run.output)
         (report,) = self.lines(run, _REPORT)
         self.assertTrue(report.startswith(f"{_REPORT}{self.restart_file}: "), report)
         self.assertFalse(self.restart_file.exists())

@@ -63,6 +63,7 @@ std::vector<Damage> Damages() {
       Replaced("BoxOfTheTablesThatIsTooLarge", "stsd", Join({U32(0x7FFFFFFF), Text("stsd")})),
       Replaced("BoxOfTheTablesWithoutSize", "stsd", Join({U32(0), Text("stsd"), Zeros(8)})),
       Replaced("BoxOfTheTablesThatIsTooSmall", "stsd", Join({U32(7), Text("stsd")})),
+      Replaced("HoleInTheTables", "stsc", Join({Zeros(16), Text("more")})),
       WithEntry("SampleEntryThatIsCutOff", Text("avc1")),
       WithEntry("SampleEntryThatIsTooLarge", Join({U32(500), Text("avc1"), Zeros(40)})),
       WithMore("BoxOfTheTrackThatIsTooLarge", Join({U32(0x7FFFFFFF), Text("edts")})),

@@ -103,6 +103,7 @@ TEST(IsobmffOpenTest, ZerosBehindTheLastBoxOfATrackArePadding) {
     }
     ExpectWhole(PaddedTrack(0, container, 1024, false));
     ExpectWhole(PaddedTrack(1, container, 1024, true));
+    ExpectWhole(PaddedTrack(1, container, 1025, true));
   }
 }
 

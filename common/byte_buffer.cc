@@ -65,6 +65,7 @@ std::uint32_t CByteBuffer::Append(const void* bytes, std::uint32_t n) {
 
 void CByteBuffer::Reset() {
   if (IsLarge()) DiscardPartOf(block_, discarded_, OffsetInBlock(writePos));
+  discarded_ = 0;  // the block is filled again from where its window is
   readPos = 0;
   writePos = 0;
   pendingShift = 0;

@@ -109,6 +109,21 @@ TEST(ResidentMemoryTest, BacklogThatKeepsItsSizeForLongHoldsNoMoreThanThat) {
   EXPECT_LE(ResidentSize(), before + kMostBeyond);
 }
 
+TEST(ResidentMemoryTest, BufferThatIsUsedAgainAfterALargeBacklogHoldsNoMoreThanIsUnread) {
+  constexpr std::uint32_t kStep = 1 << 20;
+  CByteBuffer buffer;
+  ASSERT_EQ(buffer.Initialize(), kBufferOk);
+  const std::size_t before = ResidentSize();
+  Append(buffer, 100 * kStep);
+  ASSERT_EQ(buffer.MoveStart(100 * kStep), kBufferOk);
+  buffer.Reset();
+  for (int i = 0; i < 60; ++i) {
+    Append(buffer, kStep);
+    ASSERT_EQ(buffer.MoveStart(kStep), kBufferOk);
+    ASSERT_LE(ResidentSize(), before + kMostBeyond) << i;
+  }
+}
+
 // The heap may place something small after a block, and then keeps the block when it is released.
 TEST(ResidentMemoryTest, ReleasedCopyBufferIsNotResident) {
   constexpr std::int32_t kSize = 30'000'000;

@@ -83,8 +83,8 @@ bool SequenceLedger::IsOfThePreviousRun(const SequenceWindow& window) const {
                      [this](const NumberedSegment& pair) { return previous_.Contains(pair); });
 }
 
-// A restart under the same names and numbers looks like a late copy, but moves on for longer than
-// any cache node lags behind. A copy that jumps is another node's, and the run starts again.
+// A restart under the same names and numbers looks like a late copy, but moves on for longer than a
+// cache node is taken to lag behind. A copy that jumps is another node's, and the run starts again.
 bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
   constexpr int kSteps = 3;
   const std::int64_t end = window.segments.back().number;
@@ -123,19 +123,21 @@ void SequenceLedger::WeighNumbers(const SequenceWindow& window, const Comparison
 }
 
 // Whether the key of a pair returns for another segment. Where no pair agrees, it must have been
-// away for a whole window, since inside one playlist a key is one segment.
+// away for a whole window, since inside one playlist a key is one segment; and no key may be
+// unknown, since then another server counts otherwise and a part of what it lists was played.
 bool SequenceLedger::IsReused(const SequenceWindow& window, const NumberedSegment& pair,
-                              bool overlaps) const {
+                              const Comparison& found) const {
   const auto number = memory_.NumberOf(pair.key);
   if (!number || *number >= window.first || memory_.Contains(pair)) return false;
-  return overlaps || Distance(*number, pair.number) >= window.segments.size();
+  if (found.agreeing > 0) return true;
+  return found.unknown == 0 && Distance(*number, pair.number) >= window.segments.size();
 }
 
 void SequenceLedger::Accept(const SequenceWindow& window, const Comparison& found) {
   WeighNumbers(window, found);
   const bool may_reuse = first_ && window.first >= *first_ && proof_ >= 0;
   for (const NumberedSegment& pair : window.segments) {
-    if (may_reuse && IsReused(window, pair, found.agreeing > 0)) {
+    if (may_reuse && IsReused(window, pair, found)) {
       reused_.push_back({std::string(pair.key), IdentityOf(pair.key)});
       memory_.RecordReused(pair);
     } else {

@@ -2,7 +2,9 @@
 // listed, and decides from them what a new window of that playlist is.
 //
 // - A late copy shows segments that were listed before, under the numbers they had then: a cache
-//   node lags behind. Nothing of it is played.
+//   node lags behind. Nothing of it is played. Only when such copies alone are served, and have
+//   moved on step by step over more than twelve segments, are they taken for a restart under the
+//   same names and numbers, which looks alike.
 // - A restart lists known keys under other, smaller numbers: the encoder was restarted under the
 //   same names. Everything in it is new.
 // - A key that returns under a larger number, after its old one has left the window, names a new
@@ -82,7 +84,8 @@ class SequenceLedger {
   bool HasMovedOnForLong(const SequenceWindow& window);
   void Forget(bool is_late_run);
   void WeighNumbers(const SequenceWindow& window, const Comparison& found);
-  bool IsReused(const SequenceWindow& window, const NumberedSegment& pair, bool overlaps) const;
+  bool IsReused(const SequenceWindow& window, const NumberedSegment& pair,
+                const Comparison& found) const;
   void Accept(const SequenceWindow& window, const Comparison& found);
 
   SequenceMemory memory_;

@@ -63,7 +63,9 @@ CStreamDownloader& Facade(bool is_static) {
 void PlayUntil(const char* address, bool is_static, const char* when) {
   Facade(is_static).BeginDownload(address);
   const std::string moment = when;
-  if (moment.find_first_not_of("0123456789") == std::string::npos) {
+  if (moment == "stdin") {
+    std::getchar();
+  } else if (moment.find_first_not_of("0123456789") == std::string::npos) {
     std::this_thread::sleep_for(std::chrono::microseconds(std::stol(moment)));
   } else {
     Player().WaitForLine(moment);

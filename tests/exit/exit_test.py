@@ -8,6 +8,7 @@ import servers
 from support import namespaces, silent_name_server
 from support.case import EndToEndCase
 from support.certificates import make_certificates
+from support.https import HttpsMixin
 
 _FORMATS = ("ts", "m3u8", "flv", "mp4")
 _RUNS = 24
@@ -20,7 +21,7 @@ def moments(runs=_RUNS):
     return [run * _START_MICROSECONDS // runs for run in range(runs)]
 
 
-class ExitTest(EndToEndCase):
+class ExitTest(HttpsMixin, EndToEndCase):
     def serve(self, answer, tls):
         certificate = None
         if tls:
@@ -45,6 +46,13 @@ class ExitTest(EndToEndCase):
             for moment in moments(_RUNS // 4):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("never", moment, server.url(f"a.{kind}")))
+
+    def test_exit_while_a_tls_transfer_receives(self):
+        server = self.serve(servers.unfinished_body, tls=True)
+        trusting = self.trusting_only_the_test_authority()
+        for _ in range(_RUNS // 4):
+            run = programs.run("never", "PLAY TS OK:", server.url("a.ts"), trusting)
+            self.assert_exits(run)
 
     def test_exit_of_every_format_over_plain_http(self):
         server = self.serve(servers.unfinished_body, tls=False)
@@ -74,8 +82,9 @@ class ExitTest(EndToEndCase):
     def test_exit_while_a_server_does_not_answer(self):
         server = self.serve(servers.nothing, tls=False)
         address = server.url("a.ts").replace("http:", "https:")
-        with programs.start("never", 300_000, address) as program:
+        with programs.start("never", "stdin", address) as program:
             server.wait_for_connection()
+            program.stdin.close()
             self.assertEqual(program.wait(timeout=programs.LIMIT_SECONDS), 0)
 
     def test_exit_while_a_name_is_looked_up(self):
@@ -85,7 +94,7 @@ class ExitTest(EndToEndCase):
             self.skipTest("/etc/resolv.conf is not there to be mounted over")
         script = str(pathlib.Path(silent_name_server.__file__))
         prefix = [*namespaces.unshare(*_NAMESPACES), sys.executable, script, str(self.directory)]
-        run = programs.run("never", 300_000, "https://stream.example/a.ts", prefix)
+        run = programs.run("never", 2_000_000, "https://stream.example/a.ts", prefix)
         self.assert_exits(run)
         # Otherwise something else had ended the look-up.
         self.assertGreater(int((self.directory / "questions").read_text()), 0)

@@ -34,5 +34,5 @@ def run_loader(when, address):
 
 def start(owner, when, address):
     return subprocess.Popen(
-        _command(owner, when, address), stdin=subprocess.DEVNULL,
+        _command(owner, when, address), stdin=subprocess.PIPE,
         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=_environment())

@@ -43,7 +43,10 @@ TEST_F(Mp4TwoFacadesTest, EndAfterAnotherFacadesStopStillWaitsForTheTasks) {
 
 TEST_F(Mp4TwoFacadesTest, EndAfterAnotherFacadesStopClosesTheFile) {
   const std::filesystem::path open_files = "/proc/self/fd";
-  if (!std::filesystem::exists(open_files)) GTEST_SKIP() << "the system does not list open files";
+  // Under wine the folder is there, but it lists the files of wine.
+  constexpr bool kIsPosix = std::filesystem::path::preferred_separator == '/';
+  if (!kIsPosix || !std::filesystem::exists(open_files))
+    GTEST_SKIP() << "the system does not list open files";
   const auto count = [&] {
     std::size_t found = 0;
     std::error_code gone;  // what listed the folder is closed by then

@@ -71,7 +71,7 @@ bool MakePrivateDirectory(const std::wstring& path) {
 
 void RemoveEmptyDirectory(const std::wstring& path) { rmdir(Narrow(path).c_str()); }
 
-// As the XDG Base Directory Specification has it: a relative path does not count.
+// As the XDG base directories are defined: a relative path does not count.
 std::string UserCacheDirectory() {
   const auto absolute = [](const char* name) {
     const char* const value = std::getenv(name);

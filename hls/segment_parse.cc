@@ -30,7 +30,7 @@ bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoWatch& v
   return true;
 }
 
-// Nothing is said where the file cannot be opened.
+// temp_files.h says what is reported where the file cannot be opened.
 void KeepForInspection(std::int32_t length, const char* mode) {
   const platform::File file = OpenTempFile("tmpE.ts", mode);
   if (file == nullptr) return;

@@ -38,13 +38,15 @@ RunningDownload::RunningDownload(CURL* used_handle, TsTransfer& used_transfer)
 
 RunningDownload::~RunningDownload() { t_download = nullptr; }
 
-// A server that does not answer with a part sends the stream from its beginning.
+// A server that does not answer with a part sends the stream from its beginning. A local file that
+// libcurl reads has no status, and begins where it was asked to.
 bool IsPartialReply(CURL* handle) {
+  constexpr long kNoStatus = 0;
   constexpr long kPartialContent = 206;
   long status = 0;
   return handle == nullptr ||
          (curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status) == CURLE_OK &&
-          status == kPartialContent);
+          (status == kPartialContent || status == kNoStatus));
 }
 
 // The write callback: libcurl calls it, and for local files the reader.

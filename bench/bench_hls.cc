@@ -85,8 +85,8 @@ std::size_t QueueLists(const std::vector<std::string>& lists) {
   std::size_t downloads = 0;
   for (const std::string& list : lists) {
     QueueSegmentsFromPlaylist(pipeline, "http://host/a/b/list.m3u8", list);
-    for (const M3u8Entry& segment : TakeQueuedSegments(pipeline, history)) {
-      SetSegmentState(segment.uri, kSegmentDownloaded);
+    for (const QueuedSegment& segment : TakeQueuedSegments(pipeline, history)) {
+      SetSegmentState(segment.entry.uri, kSegmentDownloaded);
       ++downloads;
     }
   }

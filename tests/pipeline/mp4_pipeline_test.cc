@@ -222,26 +222,27 @@ TEST_F(Mp4PipelineTest, FirstOfTwoVideoTracksPlays) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
 }
 
-TEST_F(Mp4PipelineTest, DamagedTracksAndPaddingDoNotKeepTheOthersFromPlaying) {
+class Mp4DamagedTracksTest : public Mp4PlayFixture, public testing::WithParamInterface<bool> {};
+
+INSTANTIATE_TEST_SUITE_P(Index, Mp4DamagedTracksTest, testing::Bool(),
+                         [](const auto& tested) { return tested.param ? "First" : "Last"; });
+
+TEST_P(Mp4DamagedTracksTest, DamageAndPaddingDoNotKeepTheOtherTracksFromPlaying) {
   const Movie movie = MakeMovie({.samples = 50, .key_interval = 25});
-  for (const bool index_first : {true, false}) {
-    Movie with = movie;
-    with.index_first = index_first;
-    for (const std::uint32_t id : {8U, 9U}) {
-      mp4_boxes::Track damaged = with.tracks.back();
-      damaged.id = id;
-      damaged.replaced[id == 8 ? "stsd" : "stco"] = Bytes();
-      with.tracks.insert(with.tracks.begin(), damaged);
-    }
-    with.in_index = mp4_boxes::Zeros(8);
-    player_.Forget();
-    ServeMovie(with);
-    const std::string url = server_.Url(index_first ? "/first.mp4" : "/last.mp4");
-    EXPECT_EQ(PlayToTheEnd(url), DumpText(ExpectedFrames(movie)));
-    EXPECT_THAT(player_.Snapshot().messages,
-                ElementsAre("PLAY MP4:" + url, "PLAY MP4 H264:" + url, "PLAY MP4 OK:" + url));
-    StartAgain();
+  Movie with = movie;
+  with.index_first = GetParam();
+  for (const std::uint32_t id : {8U, 9U}) {
+    mp4_boxes::Track damaged = with.tracks.back();
+    damaged.id = id;
+    damaged.replaced[id == 8 ? "stsd" : "stco"] = Bytes();
+    with.tracks.insert(with.tracks.begin(), damaged);
   }
+  with.in_index = mp4_boxes::Zeros(8);
+  ServeMovie(with);
+  const std::string url = server_.Address();
+  EXPECT_EQ(PlayToTheEnd(), DumpText(ExpectedFrames(movie)));
+  EXPECT_THAT(player_.Snapshot().messages,
+              ElementsAre("PLAY MP4:" + url, "PLAY MP4 H264:" + url, "PLAY MP4 OK:" + url));
 }
 
 TEST_F(Mp4PipelineTest, H265IsToldOnceAndGivesNoFrame) {

@@ -13,7 +13,7 @@ namespace {
 
 std::atomic<std::uint64_t> g_generation{0};
 
-// The payload decides, since `isVideo` is what the player is told.
+// The payload decides: FLV sets `isVideo` on its audio frames as well.
 PayloadKind KindOf(const FrameRecord& frame) {
   return frame.data == nullptr ? PayloadKind::kVideo : KindOfPayload(frame.data);
 }

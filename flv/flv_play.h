@@ -15,9 +15,9 @@ struct FlvPlay {
   std::atomic<std::uint16_t>& audio_config;  // flv_tag_parser.h
 };
 
-// Waits until there is enough to begin with, then parses to the end of the stream or until
-// g_flvRunning is cleared, and tells the player whether it is one. What is received afterwards is
-// dropped. Blocks.
+// Waits until enough is received, reports to the player whether the stream begins as FLV does, and
+// parses it to its end or until g_flvRunning is cleared. Bytes received afterwards are dropped.
+// Blocks.
 void PlayFlv(const FlvPlay& play);
 
 #endif  // FLV_FLV_PLAY_H_

@@ -12,7 +12,7 @@ constexpr int kLongLag = 12;
 // So many windows must have been right before numbers are believed where nothing overlaps.
 constexpr int kProved = 3;
 
-// How far `to` lies above `from`, which is not larger.
+// The distance from `from` to `to`, which is not smaller.
 std::uint64_t Distance(std::int64_t from, std::int64_t to) {
   return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
 }
@@ -101,7 +101,7 @@ bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
 }
 
 // Late copies of the run before are still served for a while. Where a late run became the stream
-// they cannot be told from it.
+// the two cannot be distinguished.
 void SequenceLedger::Forget(bool is_late_run) {
   SequenceLedger empty;
   if (!is_late_run) empty.previous_ = std::move(memory_);

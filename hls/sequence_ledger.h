@@ -55,7 +55,7 @@ class SequenceLedger {
   // The keys that the last window, which was followed, has reused for new segments.
   const std::vector<ReusedKey>& ReusedKeys() const { return reused_; }
 
-  // What tells the segment that has this key now from those that had it before.
+  // Distinguishes the segment that has this key now from those that had it before.
   std::string IdentityOf(std::string_view key) const;
 
   std::size_t Size() const { return memory_.Size() + previous_.Size(); }

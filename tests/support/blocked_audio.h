@@ -11,7 +11,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
 
-// From its construction, which comes before anything plays, to its destruction.
+// From its construction, before anything plays, to its destruction.
 class BlockedAudio {
  public:
   explicit BlockedAudio(RecordingPlayer& player) {

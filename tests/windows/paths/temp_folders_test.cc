@@ -170,7 +170,7 @@ TEST_F(WindowsTempFolderTest, FolderWithLettersOutsideTheCodePage) {
                                   " cannot be written.");
 }
 
-// What tells them apart is the wide form: the narrow ones are the same.
+// The two differ in the wide form only: the narrow ones are the same.
 TEST_F(WindowsTempFolderTest, TwoFoldersWithLettersOutsideTheCodePageShareNoCacheFile) {
   const std::wstring one = L"\u65e5";
   const std::wstring other = L"\u672c";

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "common/clock.h"
 #include "common/never_destroyed.h"
 #include "common/platform.h"
 
@@ -21,7 +22,7 @@ NeverDestroyed<Users> g_users;
 void AwaitLibcurlUsers() {
   std::unique_lock lock(g_users->mutex);
   g_users->exiting = true;
-  g_users->left.wait_for(lock, kMaxExitWait, [] { return g_users->inside == 0; });
+  CurrentClock().WaitFor(g_users->left, lock, kMaxExitWait, [] { return g_users->inside == 0; });
 }
 
 bool Enter() {

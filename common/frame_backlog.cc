@@ -2,8 +2,8 @@
 
 #include <mutex>
 
+#include "common/clock.h"
 #include "common/frame_queue.h"
-#include "common/platform.h"
 
 namespace {
 
@@ -19,5 +19,5 @@ bool HasRoom(const FrameBacklog& limit) {
 }  // namespace
 
 void AwaitFrameRoom(const std::atomic<bool>& running, const FrameBacklog& limit) {
-  while (running.load() && !HasRoom(limit)) platform::SleepMilliseconds(1);
+  while (running.load() && !HasRoom(limit)) SleepFor(std::chrono::milliseconds(1));
 }

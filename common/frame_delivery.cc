@@ -1,7 +1,7 @@
 #include "common/frame_delivery.h"
 
+#include "common/clock.h"
 #include "common/console.h"
-#include "common/platform.h"
 
 namespace {
 
@@ -13,7 +13,7 @@ void Deliver(const DeliveryLoop& loop, PopFunction pop, HandOver hand_over) {
     if (const FrameNodePtr node = pop()) {
       if (!loop.wanted || loop.wanted(*node)) (loop.player.*hand_over)(*node);
     }
-    platform::SleepMilliseconds(1);  // whether or not a frame came
+    SleepFor(std::chrono::milliseconds(1));  // whether or not a frame came
   }
   ConsoleLine(loop.stop_line);
 }

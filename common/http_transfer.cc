@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/exit_guard.h"
 #include "common/format_text.h"
-#include "common/platform.h"
 #include "common/silence_watch.h"
 #include "common/special_file.h"
 #include "common/user_agent.h"
@@ -43,7 +43,7 @@ CURLcode InitialiseLibcurl() {
 // Keeps a task from continuing while the process exits: it would report the end of its transfer to
 // a player that may be gone. A stop by another exit handler still ends the task.
 void WaitForStop(const std::atomic<bool>& running) {
-  while (running.load()) platform::SleepMilliseconds(1);
+  while (running.load()) SleepFor(std::chrono::milliseconds(1));
 }
 
 CURLcode PerformUnlessExiting(CURL* handle, const std::atomic<bool>& running) {
@@ -70,11 +70,11 @@ int EndWhenStoppedOrSilent(void* watched, curl_off_t, curl_off_t body_bytes, cur
   auto& transfer = *static_cast<WatchedTransfer*>(watched);
   if (IsToEnd(transfer.running)) return 1;
   const auto received = transfer.header_bytes + static_cast<std::uint64_t>(body_bytes);
-  return transfer.silence.IsTooLong(received, SilenceWatch::Clock::now()) ? 1 : 0;
+  return transfer.silence.IsTooLong(received, CurrentClock().Now()) ? 1 : 0;
 }
 
 CURLcode PerformWatched(CURL* handle, const Transfer& transfer) {
-  WatchedTransfer watched{transfer.running, {transfer.silence_limit, SilenceWatch::Clock::now()}};
+  WatchedTransfer watched{transfer.running, {transfer.silence_limit, CurrentClock().Now()}};
   curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, CountHeaderBytes);
   curl_easy_setopt(handle, CURLOPT_HEADERDATA, &watched);
   curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndWhenStoppedOrSilent);

@@ -1,9 +1,9 @@
 #include "common/silence_watch.h"
 
-bool SilenceWatch::IsTooLong(std::uint64_t received, Clock::time_point now) {
+bool SilenceWatch::IsTooLong(std::uint64_t received, Clock::TimePoint now) {
   if (received != received_) {
     received_ = received;
     since_ = now;
   }
-  return limit_ > Clock::duration::zero() && now - since_ >= limit_;
+  return limit_ > Clock::Duration::zero() && now - since_ >= limit_;
 }

@@ -149,6 +149,8 @@ void ReturnToTempFolderBeside() {
   Choose(std::nullopt, true);
 }
 
+void ForgetTempFolder() { Choose(std::nullopt, true); }
+
 bool LeaveUnwritableTempFolder() {
   const TempFolder beside = FolderBeside();
   if (TempFolderInUse().narrow != beside.narrow || CanBeMadeAndWritten(beside)) return false;

@@ -40,4 +40,7 @@ void ReturnToTempFolderBeside();
 // whether it did. Makes no directory beside the executable that was not there before.
 bool LeaveUnwritableTempFolder();
 
+// Forgets the choice, as if there had been none. For tests.
+void ForgetTempFolder();
+
 #endif  // COMMON_TEMP_FOLDER_H_

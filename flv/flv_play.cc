@@ -6,6 +6,7 @@
 
 #include "common/address.h"
 #include "common/at_exit.h"
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/frame_backlog.h"
 #include "common/platform.h"
@@ -43,7 +44,7 @@ void Report(const FlvPlay& play, bool has_header) {
 void ReadTags(FlvTagParser& parser) {
   while (g_flvRunning.load() && parser.ReadTag()) {
     AwaitFrameRoom(g_flvRunning, kMaxFrameBacklog);
-    platform::SleepMilliseconds(1);
+    SleepFor(std::chrono::milliseconds(1));
   }
   ConsoleLine("read over");
 }

@@ -1,21 +1,21 @@
 #include "flv/flv_stream.h"
 
+#include "common/clock.h"
+
 #include <algorithm>
 #include <cstring>
-
-#include "common/platform.h"
 
 std::atomic<bool> g_flvRunning{false};
 NeverDestroyed<FlvStream> g_flvStream;
 
 namespace {
 
-constexpr unsigned kPollMilliseconds = 100;
-constexpr unsigned kRoomPollMilliseconds = 1;
+constexpr std::chrono::milliseconds kPoll{100};
+constexpr std::chrono::milliseconds kRoomPoll{1};
 
-void SleepUnlocked(std::unique_lock<std::mutex>& lock, unsigned milliseconds) {
+void SleepUnlocked(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds duration) {
   lock.unlock();
-  platform::SleepMilliseconds(milliseconds);
+  SleepFor(duration);
   lock.lock();
 }
 
@@ -55,7 +55,7 @@ bool FlvStream::AwaitRoom(std::uint64_t stream, std::uint64_t end, Lock& lock) c
   while (stream == stream_) {
     if (unread_->Size() < most_unread_ || received_ >= end) return true;
     if (!g_flvRunning.load()) return false;
-    SleepUnlocked(lock, kRoomPollMilliseconds);
+    SleepUnlocked(lock, kRoomPoll);
   }
   return false;
 }
@@ -98,7 +98,7 @@ void FlvStream::AwaitReady(std::uint64_t stream) {
 
 bool FlvStream::AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const {
   while (unread_->Size() < count && MoreMayCome(stream)) {
-    SleepUnlocked(lock, kPollMilliseconds);
+    SleepUnlocked(lock, kPoll);
   }
   return stream == stream_ && unread_->Size() >= count;
 }

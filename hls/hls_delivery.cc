@@ -51,3 +51,8 @@ void SkipFirstVideoFrame() {
   g_audioSkip = 0;
   g_videoSkip = -1;
 }
+
+void SkipNoFrame() {
+  g_audioSkip = 0;
+  g_videoSkip = 0;
+}

@@ -15,6 +15,9 @@ void DeliverHlsAudio(HlsPipeline& pipeline);
 // purpose.
 void SkipFirstVideoFrame();
 
+// Delivers every frame of the next run, as before the first stop of the process. For tests.
+void SkipNoFrame();
+
 // Whether a frame is left out, which a negative counter asks for; it is counted then. Each is left
 // out once, also where a second start has two threads deliver frames of one kind.
 bool CountSkippedFrame(std::atomic<std::int32_t>& skip);

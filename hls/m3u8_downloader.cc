@@ -1,5 +1,6 @@
 #include "hls/m3u8_downloader.h"
 
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/frame_queue.h"
 #include "common/platform.h"
@@ -14,7 +15,7 @@
 #include "hls/segment_parse.h"
 
 CM3u8Downloader::CM3u8Downloader(CStreamPlayerImp* player)
-    : start_time_(std::time(nullptr)), pool_(CThreadPool::kPipelineWorkers) {
+    : start_time_(CurrentClock().WallTime()), pool_(CThreadPool::kPipelineWorkers) {
   pipeline_.player = PlayerPort(player);
   pipeline_.variantHandle = MakeCurlHandle();
   pipeline_.playlistHandle = MakeCurlHandle();
@@ -43,7 +44,7 @@ bool CM3u8Downloader::BeginDownload(const std::string& url) {
 }
 
 void CM3u8Downloader::StartDownload(const std::string& url) {
-  start_time_ = std::time(nullptr);
+  start_time_ = CurrentClock().WallTime();
   ConsoleLine("StartDownload: " + DateText(platform::LocalTime(start_time_)));
   if (pipeline_.playlistHandle == nullptr) return;
   AddGated([this, url] { PlaylistThread(pipeline_, url); });
@@ -62,7 +63,7 @@ bool CM3u8Downloader::EndDownload() {
   SkipFirstVideoFrame();  // of the next run, so once no task of this one is left to use it up
   ClearHlsStream();
   ReleaseFrameQueues();
-  const std::time_t now = std::time(nullptr);
+  const std::time_t now = CurrentClock().WallTime();
   ConsoleLine("StopDownload: " + DateText(platform::LocalTime(now)) +
               " Running: " + std::to_string(now - start_time_) + kSecondsGb2312);
   pipeline_.player.Message("PLAY STOP OK");

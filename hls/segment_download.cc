@@ -5,9 +5,9 @@
 #include <utility>
 #include <vector>
 
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/format_text.h"
-#include "common/platform.h"
 #include "common/user_agent.h"
 #include "hls/hls_state.h"
 #include "hls/segment_queue.h"
@@ -111,7 +111,7 @@ void DownloadPartsThread(HlsPipeline& pipeline) {
       if (!pipeline.running.load()) break;
       DownloadPart(pipeline, segment);
     }
-    platform::SleepMilliseconds(1);
+    SleepFor(std::chrono::milliseconds(1));
   }
   ConsoleLine("m3u8 DownloadParts thread stop.");
 }

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/frame_backlog.h"
 #include "common/platform.h"
@@ -78,7 +79,7 @@ void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
       pipeline.player.Message("PLAY M3U8 " + first.status + ":" + url);
       first.is_next = false;
     }
-    platform::SleepMilliseconds(1);
+    SleepFor(std::chrono::milliseconds(1));
   }
   ConsoleLine(kStopLine);
   pipeline.player.Message(kStopLine);

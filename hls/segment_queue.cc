@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/format_text.h"
 #include "hls/hls_state.h"
@@ -277,5 +278,6 @@ bool IsReplaced(const QueuedSegment& segment) {
 void PauseBetweenRefreshes(const HlsPipeline& pipeline) {
   constexpr std::chrono::milliseconds kInterval{1000};
   std::unique_lock lock(g_segmentQueueMutex);
-  g_segmentQueueCond->wait_for(lock, kInterval, [&pipeline] { return !pipeline.running.load(); });
+  CurrentClock().WaitFor(*g_segmentQueueCond, lock, kInterval,
+                         [&pipeline] { return !pipeline.running.load(); });
 }

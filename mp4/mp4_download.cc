@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "common/clock.h"
 #include "common/console.h"
 #include "common/http_transfer.h"
 #include "common/platform.h"
@@ -75,7 +76,7 @@ std::size_t Mp4Transfer::Take(const char* data, std::size_t length) {
   constexpr std::int32_t kMaxPending = 16 << 20;
   Outcome outcome = WritePending();
   while (outcome == Outcome::kLater && g_mp4Running.load()) {
-    platform::SleepMilliseconds(1);
+    SleepFor(std::chrono::milliseconds(1));
     if (pending_.Length() <= kMaxPending) break;
     outcome = WritePending();
   }

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "common/address.h"
-#include "common/platform.h"
+#include "common/clock.h"
 #include "mp4/mp4_sample.h"
 #include "mp4/mp4_state.h"
 
@@ -31,7 +31,7 @@ bool ReadPasses(const Mp4Play& play) {
     const bool is_made =
         (all_has_come || play.reader.MayFindMore(*source)) && play.reader.RunPass(*source);
     if (all_has_come && is_made) return true;
-    if (g_mp4Running.load()) platform::SleepMilliseconds(1);
+    if (g_mp4Running.load()) SleepFor(std::chrono::milliseconds(1));
   }
   return true;
 }

@@ -9,6 +9,7 @@
 #include "ts/pes_assembler.h"
 #include "ts/play_times.h"
 #include "ts/ts_packet.h"
+#include "ts/ts_stream_type.h"
 
 namespace {
 
@@ -170,6 +171,7 @@ std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length) {
 }
 
 void ts_demux_forget() {
+  ts_last_stream_type = 0;
   g_context = ts_context();
   StartStreamsAfresh();
   g_video.assembler.length = 0;

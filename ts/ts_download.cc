@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "common/address.h"
+#include "common/clock.h"
 #include "common/http_transfer.h"
 #include "common/platform.h"
 #include "common/special_file.h"
@@ -75,7 +76,7 @@ std::uint64_t SeekTo(std::uint64_t offset, std::FILE* file) {
 // returns does not end the reading, but a stop does, after the callback was told of it once.
 void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
   constexpr std::size_t kPieceSize = 10240;
-  constexpr unsigned kPauseMilliseconds = 10;
+  constexpr std::chrono::milliseconds kPause{10};
   const platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return;
   transfer.BodyBeginsAt(SeekTo(transfer.Offset(), file.get()));
@@ -86,7 +87,7 @@ void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
     const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
     const std::size_t taken = GuardedCallback<TakeTsBytes>(piece.data(), 1, length, nullptr);
     if (taken == 0 && !g_tsRunning.load()) return;
-    platform::SleepMilliseconds(kPauseMilliseconds);
+    SleepFor(kPause);
   }
 }
 
@@ -98,7 +99,7 @@ std::uint32_t UnreadSize() {
 }  // namespace
 
 void AwaitStreamRoom(std::uint32_t most_unread) {
-  while (g_tsRunning.load() && UnreadSize() >= most_unread) platform::SleepMilliseconds(1);
+  while (g_tsRunning.load() && UnreadSize() >= most_unread) SleepFor(std::chrono::milliseconds(1));
 }
 
 TsTransfer::TsTransfer(const PlayerPort& player, std::uint64_t offset)

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <mutex>
 
+#include "common/clock.h"
 #include "common/frame_backlog.h"
-#include "common/platform.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 #include "ts/ts_state.h"
@@ -70,16 +70,16 @@ float TsDurationReport::Update(const FrameQueue* queue) {
 }
 
 void ParseTs(const PlayerPort& player) {
-  constexpr unsigned kEmptyPauseMilliseconds = 10;
-  constexpr unsigned kBatchPauseMilliseconds = 1;
+  constexpr std::chrono::milliseconds kEmptyPause{10};
+  constexpr std::chrono::milliseconds kBatchPause{1};
   TsDurationReport report;
   while (g_tsRunning.load()) {
     AwaitFrameRoom(g_tsRunning, kMaxFrameBacklog);
     if (FeedBatch()) {
       ReportDuration(report, player);
-      platform::SleepMilliseconds(kBatchPauseMilliseconds);
+      SleepFor(kBatchPause);
     } else {
-      platform::SleepMilliseconds(kEmptyPauseMilliseconds);
+      SleepFor(kEmptyPause);
     }
   }
 }

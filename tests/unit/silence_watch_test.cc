@@ -15,7 +15,7 @@ class SilenceWatchTest : public testing::Test {
     return watch.IsTooLong(received, start_ + after);
   }
 
-  const SilenceWatch::Clock::time_point start_{seconds(1'000)};
+  const Clock::TimePoint start_{seconds(1'000)};
   SilenceWatch watch_{seconds(10), start_};
 };
 

@@ -1,0 +1,36 @@
+#include "common/clock.h"
+
+#include <atomic>
+
+#include "common/never_destroyed.h"
+#include "common/platform.h"
+
+namespace {
+
+class SystemClock final : public Clock {
+ public:
+  TimePoint Now() override { return std::chrono::steady_clock::now(); }
+
+  std::time_t WallTime() override { return std::time(nullptr); }
+
+  void Sleep(Duration duration) override {
+    platform::SleepMilliseconds(static_cast<unsigned>(duration.count()));
+  }
+
+  bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+               Duration limit, const std::function<bool()>& met) override {
+    return condition.wait_for(lock, limit, met);
+  }
+};
+
+NeverDestroyed<SystemClock> g_systemClock;
+std::atomic<Clock*> g_replacement{nullptr};
+
+}  // namespace
+
+Clock& CurrentClock() {
+  Clock* const replacement = g_replacement.load(std::memory_order_acquire);
+  return replacement != nullptr ? *replacement : *g_systemClock;
+}
+
+void UseClock(Clock* clock) { g_replacement.store(clock, std::memory_order_release); }

@@ -1,0 +1,143 @@
+#include "tests/support/simulated_clock.h"
+
+#include <algorithm>
+#include <iterator>
+#include <thread>
+#include <vector>
+
+namespace {
+
+// Turns a hang into a failure; nothing that is asserted depends on it.
+constexpr std::chrono::seconds kLimit{20};
+
+}  // namespace
+
+// Not at the beginning of time, where a subtraction could run below it.
+SimulatedClock::SimulatedClock() : start_(std::chrono::hours(1000)) { UseClock(this); }
+
+SimulatedClock::~SimulatedClock() { UseClock(nullptr); }
+
+Clock::TimePoint SimulatedClock::Now() {
+  ++looks_;
+  return start_ + Elapsed();
+}
+
+std::time_t SimulatedClock::WallTime() {
+  return wall_time_.load() + std::chrono::duration_cast<std::chrono::seconds>(Elapsed()).count();
+}
+
+SimulatedClock::Waiters::iterator SimulatedClock::Enter(const Waiter& waiter) {
+  waiters_.push_back(waiter);
+  changed_.notify_all();
+  return std::prev(waiters_.end());
+}
+
+void SimulatedClock::Leave(Waiters::iterator waiter) {
+  waiters_.erase(waiter);
+  changed_.notify_all();
+}
+
+void SimulatedClock::Sleep(Duration duration) {
+  std::unique_lock lock(mutex_);
+  ++sleeps_[duration];
+  if (released_.load()) {
+    elapsed_ += duration.count();
+    lock.unlock();
+    std::this_thread::yield();
+    return;
+  }
+  const auto self = Enter({elapsed_.load() + duration.count(), nullptr, nullptr});
+  changed_.wait(lock, [&] { return IsDue(*self); });
+  Leave(self);
+}
+
+bool SimulatedClock::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                             Duration limit, const std::function<bool()>& met) {
+  Waiters::iterator self;
+  {
+    const std::lock_guard own(mutex_);
+    self = Enter({elapsed_.load() + limit.count(), &condition, lock.mutex()});
+  }
+  condition.wait(lock, [&] { return met() || IsDue(*self); });
+  const std::lock_guard own(mutex_);
+  Leave(self);
+  return met();
+}
+
+void SimulatedClock::Advance(Duration duration) {
+  elapsed_ += duration.count();
+  WakeThoseThatAreDue();
+}
+
+void SimulatedClock::Release() {
+  released_ = true;
+  WakeThoseThatAreDue();
+}
+
+// The condition variables live as long as the component, so they may be notified after their
+// waiters have left.
+void SimulatedClock::WakeThoseThatAreDue() {
+  std::vector<Waiter> due;
+  {
+    const std::lock_guard lock(mutex_);
+    for (const Waiter& waiter : waiters_) {
+      if (waiter.condition != nullptr && IsDue(waiter)) due.push_back(waiter);
+    }
+  }
+  changed_.notify_all();
+  for (const Waiter& waiter : due) {
+    { const std::lock_guard lock(*waiter.mutex); }  // nobody is between looking and waiting
+    waiter.condition->notify_all();
+  }
+}
+
+std::size_t SimulatedClock::Waiting() const {
+  const std::lock_guard lock(mutex_);
+  return WaitingLocked();
+}
+
+std::size_t SimulatedClock::WaitingLocked() const {
+  return static_cast<std::size_t>(std::count_if(
+      waiters_.begin(), waiters_.end(), [this](const Waiter& waiter) { return !IsDue(waiter); }));
+}
+
+bool SimulatedClock::AwaitWaiting(std::size_t count) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_for(lock, kLimit, [&] { return WaitingLocked() >= count; });
+}
+
+bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t count,
+                                  Duration step) {
+  for (;;) {
+    if (!AwaitWaitingOr(met, count)) return false;
+    if (met()) return true;
+    Advance(step);
+  }
+}
+
+// Looks at `met` every millisecond, since nobody notifies the clock of it.
+bool SimulatedClock::AwaitWaitingOr(const std::function<bool()>& met, std::size_t count) {
+  const auto limit = std::chrono::steady_clock::now() + kLimit;
+  std::unique_lock lock(mutex_);
+  while (!changed_.wait_for(lock, std::chrono::milliseconds(1),
+                            [&] { return WaitingLocked() >= count; })) {
+    lock.unlock();
+    if (met()) return true;
+    if (std::chrono::steady_clock::now() > limit) return false;
+    lock.lock();
+  }
+  return true;
+}
+
+std::size_t SimulatedClock::Sleeps() const {
+  const std::lock_guard lock(mutex_);
+  std::size_t all = 0;
+  for (const auto& [duration, count] : sleeps_) all += count;
+  return all;
+}
+
+std::size_t SimulatedClock::Sleeps(Duration duration) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = sleeps_.find(duration);
+  return found == sleeps_.end() ? 0 : found->second;
+}

@@ -1,0 +1,108 @@
+#include "common/clock.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+
+#include "tests/support/simulated_clock.h"
+
+namespace {
+
+using std::chrono::hours;
+using std::chrono::milliseconds;
+
+TEST(ClockTest, SystemClockSleepsNoShorterThanItWasAskedTo) {
+  Clock& clock = CurrentClock();
+  const Clock::TimePoint before = clock.Now();
+  SleepFor(milliseconds(3));
+  EXPECT_GE(clock.Now() - before, milliseconds(3));
+}
+
+TEST(ClockTest, SystemClockEndsAWaitThatIsNeverMetAfterItsLimit) {
+  std::mutex mutex;
+  std::condition_variable condition;
+  std::unique_lock lock(mutex);
+  EXPECT_FALSE(CurrentClock().WaitFor(condition, lock, milliseconds(2), [] { return false; }));
+  EXPECT_TRUE(lock.owns_lock());
+}
+
+TEST(ClockTest, ReplacementIsInUseUntilItIsGone) {
+  Clock* const system = &CurrentClock();
+  {
+    SimulatedClock simulated;
+    EXPECT_EQ(&CurrentClock(), &simulated);
+  }
+  EXPECT_EQ(&CurrentClock(), system);
+}
+
+TEST(SimulatedClockTest, TimeStandsStillUntilItIsMoved) {
+  SimulatedClock clock;
+  clock.SetWallTime(1'000);
+  const Clock::TimePoint before = clock.Now();
+  EXPECT_EQ(clock.Now(), before);
+  clock.Advance(hours(24));
+  EXPECT_EQ(clock.Now() - before, hours(24));
+  EXPECT_EQ(clock.WallTime(), 1'000 + 24 * 3'600);
+}
+
+TEST(SimulatedClockTest, SleeperSleepsUntilItsTimeHasCome) {
+  SimulatedClock clock;
+  std::atomic<bool> awake{false};
+  auto sleeper = std::async(std::launch::async, [&] {
+    SleepFor(milliseconds(100));
+    awake = true;
+  });
+  ASSERT_TRUE(clock.AwaitWaiting(1));
+  clock.Advance(milliseconds(99));
+  EXPECT_EQ(clock.Waiting(), 1U);
+  EXPECT_FALSE(awake);
+  clock.Advance(milliseconds(1));
+  sleeper.get();
+  EXPECT_EQ(clock.Waiting(), 0U);
+  EXPECT_EQ(clock.Sleeps(milliseconds(100)), 1U);
+}
+
+TEST(SimulatedClockTest, WaitEndsWithItsLimitOrWhenItIsMet) {
+  SimulatedClock clock;
+  std::mutex mutex;
+  std::condition_variable condition;
+  bool met = false;  // guarded by mutex
+  const auto wait = [&] {
+    std::unique_lock lock(mutex);
+    return clock.WaitFor(condition, lock, hours(1), [&] { return met; });
+  };
+  auto late = std::async(std::launch::async, wait);
+  ASSERT_TRUE(clock.AwaitWaiting(1));
+  clock.Advance(hours(1));
+  EXPECT_FALSE(late.get());
+
+  auto in_time = std::async(std::launch::async, wait);
+  ASSERT_TRUE(clock.AwaitWaiting(1));
+  {
+    const std::lock_guard lock(mutex);
+    met = true;
+  }
+  condition.notify_all();
+  EXPECT_TRUE(in_time.get());
+}
+
+TEST(SimulatedClockTest, AdvanceUntilGoesOnNoFurtherThanItMust) {
+  SimulatedClock clock;
+  std::atomic<int> turns{0};
+  auto loop = std::async(std::launch::async, [&] {
+    while (turns < 50) {
+      SleepFor(milliseconds(10));
+      ++turns;
+    }
+  });
+  EXPECT_TRUE(clock.AdvanceUntil([&] { return turns >= 20; }, 1, milliseconds(10)));
+  EXPECT_EQ(clock.Elapsed(), milliseconds(200));
+  clock.Release();
+  loop.get();
+  EXPECT_EQ(clock.Elapsed(), milliseconds(490)) << "the sleep that was released is cut short";
+}
+
+}  // namespace

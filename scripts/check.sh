@@ -57,6 +57,7 @@ build() {
 }
 
 run_tests() {
+  rm -rf "build/$1/test-results"
   run_sanitized ctest --preset "$1" -j "$TEST_JOBS" --output-junit "$LOG_DIR/tests-$1.xml"
 }
 
@@ -72,7 +73,7 @@ build_and_test() {
   run_step "tests-$1" run_tests "$1"
   if [[ -s $junit ]]; then
     step_passed || python3 -B "$ROOT/scripts/lib/failed_tests.py" "$junit"
-    count_tests "$junit"
+    count_tests "$junit" "build/$1/test-results"
   fi
 }
 

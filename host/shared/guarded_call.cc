@@ -7,10 +7,11 @@
 namespace host {
 namespace {
 
+std::atomic<bool> g_reported{false};
+
 // Without a string of its own: memory may be out.
 void Tell(const char* why) noexcept {
-  static std::atomic<bool> is_told{false};
-  if (is_told.exchange(true)) return;
+  if (g_reported.exchange(true)) return;
   std::fprintf(stderr, "a call of the library could not be taken: %s\n", why);
 }
 
@@ -25,5 +26,7 @@ void TellFailureOnce() noexcept {
     Tell("no reason given");
   }
 }
+
+void ReportNextFailure() noexcept { g_reported = false; }
 
 }  // namespace host

@@ -7,6 +7,9 @@ namespace host {
 // Tells the exception that is being handled in one line on standard error; later ones are not told.
 void TellFailureOnce() noexcept;
 
+// Has the next exception reported even if one was before. For tests.
+void ReportNextFailure() noexcept;
+
 // Runs `call`; false when it threw, which is told once. Safe from any thread.
 template <typename Call>
 bool GuardedCall(const Call& call) noexcept {

@@ -19,6 +19,7 @@ extern "C" void NoteInterrupt(int signal) {
 }  // namespace
 
 void NoteInterrupts() {
+  g_interrupted = false;
   std::signal(SIGINT, NoteInterrupt);
   std::signal(SIGTERM, NoteInterrupt);
 }

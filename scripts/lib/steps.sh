@@ -48,10 +48,10 @@ step_passed() { [[ $STEP_STATUS -eq 0 ]]; }
 
 skip_step() { end_step "$1" "left out: $2" 0; }
 
-# count_tests FILE - adds up a JUnit file of CTest.
+# count_tests FILE RESULTS - adds up a JUnit file of CTest, and those of the programs that it ran.
 count_tests() {
   local passed failed skipped
-  read -r passed failed skipped < <(python3 "$ROOT/scripts/lib/count_tests.py" "$1")
+  read -r passed failed skipped < <(python3 "$ROOT/scripts/lib/count_tests.py" "$1" "$2")
   note "             $passed passed, $failed failed, $skipped skipped"
   TESTS_PASSED=$((TESTS_PASSED + passed))
   TESTS_FAILED=$((TESTS_FAILED + failed))

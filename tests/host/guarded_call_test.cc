@@ -8,7 +8,12 @@
 namespace host {
 namespace {
 
-TEST(GuardedCallTest, CallThatThrowsNothingIsRunAndNothingTold) {
+class GuardedCallTest : public testing::Test {
+ protected:
+  GuardedCallTest() { ReportNextFailure(); }
+};
+
+TEST_F(GuardedCallTest, CallThatThrowsNothingIsRunAndNothingTold) {
   int runs = 0;
   testing::internal::CaptureStderr();
   EXPECT_TRUE(GuardedCall([&] { ++runs; }));
@@ -16,7 +21,7 @@ TEST(GuardedCallTest, CallThatThrowsNothingIsRunAndNothingTold) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST(GuardedCallTest, FirstExceptionIsToldInOneLineAndTheNextNotAnyMore) {
+TEST_F(GuardedCallTest, FirstExceptionIsToldInOneLineAndTheNextNotAnyMore) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(GuardedCall([] { throw std::runtime_error("the disk is full"); }));
   EXPECT_FALSE(GuardedCall([] { throw std::bad_alloc(); }));
@@ -24,7 +29,7 @@ TEST(GuardedCallTest, FirstExceptionIsToldInOneLineAndTheNextNotAnyMore) {
             "a call of the library could not be taken: the disk is full\n");
 }
 
-TEST(GuardedCallTest, WhatIsNoExceptionOfTheLibraryIsToldToo) {
+TEST_F(GuardedCallTest, WhatIsNoExceptionOfTheLibraryIsToldToo) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(GuardedCall([] { throw 1; }));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),

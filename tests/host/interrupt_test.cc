@@ -16,7 +16,6 @@ TEST_P(InterruptTest, SignalIsNotedAndSurvived) {
   EXPECT_TRUE(Interrupted());
 }
 
-// The note is never taken back, so each case needs the process of its own that CTest gives it.
 INSTANTIATE_TEST_SUITE_P(Signals, InterruptTest, testing::Values(SIGINT, SIGTERM));
 
 }  // namespace

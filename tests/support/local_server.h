@@ -3,17 +3,21 @@
 #ifndef TESTS_SUPPORT_LOCAL_SERVER_H_
 #define TESTS_SUPPORT_LOCAL_SERVER_H_
 
-#include <httplib.h>
-
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <memory>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
+
+namespace httplib {
+class DataSink;
+struct Request;
+struct Response;
+class Server;
+}  // namespace httplib
 
 class LocalServer {
  public:
@@ -58,53 +62,20 @@ class LocalServer {
   // since the library is not built with it, cannot tell from a race. So each kind of reply is asked
   // for once by `warm_up`, of a server whose threads have ended before those of the first real one
   // begin.
-  template <typename WarmUp>
-  explicit LocalServer(WarmUp warm_up) {
-    static const bool warm = warm_up();
-    if (!warm) throw std::runtime_error("the test server does not answer");
-    server_.set_keep_alive_max_count(1);
-  }
-  explicit LocalServer(Cold /*unused*/) { server_.set_keep_alive_max_count(1); }
+  explicit LocalServer(bool (*warm_up)());
+  explicit LocalServer(Cold cold);
 
-  ~LocalServer() { Close(); }
+  ~LocalServer();
 
-  void Open() {
-    port_ = server_.bind_to_any_port("127.0.0.1");
-    thread_ = std::thread([this] { server_.listen_after_bind(); });
-    while (!server_.is_running()) std::this_thread::yield();
-  }
+  void Open();
 
   // To be called by the destructor of the class that answers, and harmless a second time.
-  void Close() {
-    {
-      const std::lock_guard lock(mutex_);
-      ending_ = true;
-    }
-    changed_.notify_all();
-    server_.stop();
-    if (thread_.joinable()) thread_.join();
-  }
+  void Close();
 
   // Whether an open server answers all of these.
-  bool Answers(const std::vector<std::string>& paths) const {
-    httplib::Client client("127.0.0.1", port_);
-    bool answered = true;
-    for (const std::string& path : paths) {
-      answered = client.Get(path) && answered;
-      answered = client.Get(path, {{"Range", "bytes=0-"}}) && answered;
-    }
-    return answered;
-  }
+  bool Answers(const std::vector<std::string>& paths) const;
 
-  void Remember(const httplib::Request& request) {
-    {
-      const std::lock_guard lock(mutex_);
-      requests_.push_back({request.path, request.get_header_value("Range"),
-                           request.get_header_value("User-Agent"),
-                           request.has_header("User-Agent")});
-    }
-    changed_.notify_all();
-  }
+  void Remember(const httplib::Request& request);
 
   // Waits for `met`, which is asked with the mutex held, or for the end of the test. False, which
   // ends a reply, when that has come.
@@ -123,18 +94,14 @@ class LocalServer {
     return ending_;
   }
 
-  httplib::Server server_;
+  const std::unique_ptr<httplib::Server> server_;
   mutable std::mutex mutex_;
   std::condition_variable changed_;
 
  private:
   static constexpr std::chrono::seconds kLimit{20};
 
-  std::size_t CountLocked(const std::string& path) const {
-    return static_cast<std::size_t>(
-        std::count_if(requests_.begin(), requests_.end(),
-                      [&path](const Request& request) { return request.path == path; }));
-  }
+  std::size_t CountLocked(const std::string& path) const;
 
   int port_ = 0;
   std::thread thread_;

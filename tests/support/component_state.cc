@@ -1,0 +1,80 @@
+#include "tests/support/component_state.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <mutex>
+
+#include "common/clock.h"
+#include "common/frame_queue.h"
+#include "common/once_a_start.h"
+#include "common/temp_files.h"
+#include "common/temp_folder.h"
+#include "flv/flv_stream.h"
+#include "hls/clear_hls_stream.h"
+#include "hls/hls_delivery.h"
+#include "mp4/mp4_state.h"
+#include "ts/ts_demux.h"
+#include "ts/ts_state.h"
+
+namespace {
+
+void ResetTs() {
+  g_tsRunning = false;
+  {
+    const TsDemuxLock lock;
+    ts_demux_forget();
+    for (CopyBuffer& buffer : *g_tsScratch) buffer.Release();
+  }
+  {
+    const std::lock_guard lock(g_tsStreamLock);
+    g_tsStreamBuffer->Initialize();
+    g_tsStreamBuffer->Reset();
+  }
+  const std::lock_guard lock(g_tsStateLock);
+  g_tsUrl->clear();
+  g_tsTempPath->clear();
+  g_tsPlayer = PlayerPort();
+  g_tsDownloaded = 0;
+}
+
+void ResetHls() {
+  ClearHlsStream();
+  SkipNoFrame();
+}
+
+void ResetFlv() {
+  g_flvRunning = false;
+  g_flvStream->EndDownload(g_flvStream->Begin());
+  g_flvStream->Release();
+}
+
+// The counters go on: a pipeline that was forgotten must not own the file of a later one.
+void ResetMp4() {
+  g_mp4Running = false;
+  const std::lock_guard lock(g_mp4FileLock);
+  Mp4File& file = *g_mp4File;
+  file.path.clear();
+  file.ranges.Clear();
+  file.write_offset = 0;
+  file.failure_reported = false;
+  ++file.revision;
+  ++file.addresses;
+}
+
+void ResetCacheFiles() {
+  ForgetTempFolder();
+  std::filesystem::remove_all(GetTempDirA());
+}
+
+}  // namespace
+
+void ResetComponent() {
+  UseClock(nullptr);
+  ResetTs();
+  ResetHls();
+  ResetFlv();
+  ResetMp4();
+  ResetCacheFiles();
+  ReleaseFrameQueues();
+  CountStart();  // lines that are printed once a start are printed again
+}

@@ -1,0 +1,23 @@
+// The main function of the test programs that are linked with the component: each test begins with
+// the component in its first state, so that the order of the tests does not matter.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/component_state.h"
+
+namespace {
+
+class ResetBeforeEachTest final : public testing::EmptyTestEventListener {
+ public:
+  void OnTestStart(const testing::TestInfo& /*test*/) override { ResetComponent(); }
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  testing::InitGoogleMock(&argc, argv);
+  // Where threads of earlier tests may exist, a fork alone would not do.
+  testing::FLAGS_gtest_death_test_style = "threadsafe";
+  testing::UnitTest::GetInstance()->listeners().Append(new ResetBeforeEachTest);
+  return RUN_ALL_TESTS();
+}

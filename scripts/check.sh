@@ -61,18 +61,30 @@ run_tests() {
   run_sanitized ctest --preset "$1" -j "$TEST_JOBS" --output-junit "$LOG_DIR/tests-$1.xml"
 }
 
-# build_and_test PRESET - two steps; the totals count also where a test failed, and what the failed
-# ones wrote is shown.
-build_and_test() {
-  local junit=$LOG_DIR/tests-$1.xml
-  run_step "build-$1" build "$1"
-  if ! step_passed; then
+declare -A BUILT=()
+
+# build_step PRESET [TARGET...]
+build_step() {
+  run_step "build-$1" build "$@"
+  ! step_passed || BUILT[$1]=1
+}
+
+# start_tests PRESET - tests wait more than they compute, so they run beside what follows.
+start_tests() {
+  if [[ -n ${BUILT[$1]-} ]]; then
+    start_step "tests-$1" run_tests "$1"
+  else
     skip_step "tests-$1" "the build failed"
-    return
   fi
-  run_step "tests-$1" run_tests "$1"
+}
+
+# await_tests PRESET - the totals count also where a test failed; the output of failed ones is shown.
+await_tests() {
+  local junit=$LOG_DIR/tests-$1.xml
+  [[ -n ${BUILT[$1]-} ]] || return 0
+  await_step "tests-$1"
   if [[ -s $junit ]]; then
-    step_passed || python3 -B "$ROOT/scripts/lib/failed_tests.py" "$junit"
+    step_passed || python3 -B "$ROOT/scripts/lib/failed_tests.py" "$junit" "build/$1/test-results"
     count_tests "$junit" "build/$1/test-results"
   fi
 }
@@ -92,48 +104,93 @@ fuzz() {
     -print_final_stats=1 -close_fd_mask=1 -artifact_prefix="$LOG_DIR/$name-" "$FUZZ_CORPUS"
 }
 
+# As many at a time as there are cores.
 fuzz_each() {
-  local program
-  run_step build-fuzz build fuzz
-  if ! step_passed; then
+  local program names=()
+  build_step fuzz
+  if [[ -z ${BUILT[fuzz]-} ]]; then
     skip_step fuzz "the build failed"
     return
   fi
   for program in build/fuzz/bin/fuzz_*; do
-    run_step "$(basename "$program")" fuzz "$program"
+    if [[ ${#names[@]} -ge $JOBS ]]; then
+      await_step "${names[0]}"
+      names=("${names[@]:1}")
+    fi
+    names+=("$(basename "$program")")
+    start_step "${names[-1]}" fuzz "$program"
   done
+  for program in "${names[@]}"; do await_step "$program"; done
 }
+
+check_sources() { run_step format check_format; }
 
 check_fast() {
-  run_step format check_format
-  build_and_test dev
+  check_sources
+  build_step dev
+  start_tests dev
+  await_tests dev
 }
 
-check_all() {
-  check_fast
+# Leaves the last tests running.
+start_linux() {
+  build_step dev
+  start_tests dev
+  build_step asan
+  await_tests dev
+  start_tests asan
+  build_step tsan
+  await_tests asan
+  start_tests tsan
+}
+
+# What runs beside the last tests.
+check_rest() {
   if [[ -s build/dev/compile_commands.json ]]; then
     run_step tidy check_tidy
   fi
-  build_and_test asan
-  build_and_test tsan
   run_step release build release stream_downloader stream_host stream_player bench/all
   fuzz_each
 }
 
+check_all() {
+  check_sources
+  start_linux
+  check_rest
+  await_tests tsan
+}
+
 # The Windows library, its host and the tests, built by the cross compiler and run under wine.
-check_windows() {
-  run_step windows-tools scripts/windows/prepare.sh
-  if ! step_passed; then
+build_windows() {
+  await_step windows-tools
+  if step_passed; then
+    build_step windows
+  else
     skip_step build-windows "the tools for Windows are not ready"
-    return
   fi
-  build_and_test windows
+}
+
+end_windows() {
+  await_tests windows
   scripts/windows/stop_wine.sh
 }
 
+check_windows() {
+  start_step windows-tools scripts/windows/prepare.sh
+  build_windows
+  start_tests windows
+  end_windows
+}
+
 check_both() {
-  check_all
-  check_windows
+  start_step windows-tools scripts/windows/prepare.sh
+  check_sources
+  start_linux
+  build_windows
+  await_tests tsan
+  start_tests windows
+  check_rest
+  end_windows
 }
 
 main() {

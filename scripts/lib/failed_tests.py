@@ -1,28 +1,41 @@
-"""Prints the end of what each failed test of a CTest JUnit file wrote."""
+"""Prints why the failed tests of a CTest run failed.
 
+Of a program that wrote the results of its cases (count_tests.py), those of the failed cases; of any
+other test, and of a program that crashed or ran out of time, the end of what it wrote.
+"""
+
+import pathlib
 import sys
-import xml.etree.ElementTree as ElementTree
 
-from count_tests import is_failed
+from count_tests import cases_of, is_failed
 
 MOST_TESTS = 10
 LAST_LINES = 60
 
 
-def failed(path):
-    for case in ElementTree.parse(path).getroot().iter("testcase"):
-        if is_failed(case):
-            yield case.get("name"), case.findtext("system-out") or ""
+def end_of(text):
+    return "\n".join(text.splitlines()[-LAST_LINES:])
 
 
-def main(path):
-    tests = list(failed(path))
-    for name, output in tests[:MOST_TESTS]:
-        print(f"-- {name}:")
-        print("\n".join(output.splitlines()[-LAST_LINES:]))
-    if len(tests) > MOST_TESTS:
-        print(f"-- and {len(tests) - MOST_TESTS} more")
+def reasons(test, results):
+    """Pairs of a name and a text."""
+    path = results / f"{test.get('name')}.xml"
+    cases = [case for case in cases_of(path) if is_failed(case)] if path.exists() else []
+    if not cases:
+        yield test.get("name"), end_of(test.findtext("system-out") or "")
+    for case in cases:
+        texts = [failure.text or failure.get("message") or "" for failure in case.iter("failure")]
+        yield f"{case.get('classname')}.{case.get('name')}", end_of("\n".join(texts))
+
+
+def main(junit, results):
+    failed = [reason for test in cases_of(junit) if is_failed(test)
+              for reason in reasons(test, pathlib.Path(results))]
+    for name, text in failed[:MOST_TESTS]:
+        print(f"-- {name}:\n{text}")
+    if len(failed) > MOST_TESTS:
+        print(f"-- and {len(failed) - MOST_TESTS} more")
 
 
 if __name__ == "__main__":
-    main(sys.argv[1])
+    main(*sys.argv[1:])

@@ -1,15 +1,16 @@
 # shellcheck shell=bash
 # The named steps of a check: each runs with its output in a log of its own and ends with one line
-# that tells its result and how long it took. Needs log.sh.
+# that reports its result and how long it took. Needs log.sh.
 
 STEP_LINES=()
 FAILED_STEPS=()
 STEP_STATUS=0
+declare -A STEP_PIDS=()
 TESTS_PASSED=0
 TESTS_FAILED=0
 TESTS_SKIPPED=0
 
-# begin_steps DIR - where the logs go; what an earlier check left there goes.
+# begin_steps DIR - where the logs go; the logs of an earlier check are removed.
 begin_steps() {
   LOG_DIR=$1
   rm -rf "$LOG_DIR"
@@ -18,35 +19,50 @@ begin_steps() {
 
 end_step() {
   local line
-  line=$(printf '%-12s %s (%d s)' "$1" "$2" "$3")
+  line=$(printf '%-14s %s (%d s)' "$1" "$2" "$3")
   STEP_LINES+=("$line")
   note "$line"
 }
 
-# run_step NAME COMMAND... - step_passed tells how it went; the end of the log of a failed one is
-# shown. The command runs in a shell of its own that stops at its first error. That works only while
-# run_step itself is no condition (of an if, && or ||), so it always returns 0.
-run_step() {
-  local name=$1 log=$LOG_DIR/$1.log start=$SECONDS status
+# start_step NAME COMMAND... - the command runs beside what follows, in a shell of its own that stops
+# at its first error. Each step that was started must be awaited.
+start_step() {
+  local name=$1
   shift
   note "$name ..."
-  set +e
-  (set -e && "$@") >"$log" 2>&1 </dev/null
-  status=$?
-  set -e
-  STEP_STATUS=$status
-  if [[ $status -eq 0 ]]; then
-    end_step "$name" "ok" $((SECONDS - start))
+  (
+    start=$SECONDS
+    set +e
+    (set -e; "$@")  # no condition may stand around this: it would switch off the end at an error
+    printf '%d %d\n' $? $((SECONDS - start)) >"$LOG_DIR/$name.result"
+  ) >"$LOG_DIR/$name.log" 2>&1 </dev/null &
+  STEP_PIDS[$name]=$!
+}
+
+# await_step NAME - step_passed reports how it went; the end of the log of a failed one is shown.
+await_step() {
+  local name=$1 log=$LOG_DIR/$1.log elapsed=0
+  wait "${STEP_PIDS[$name]}" || true
+  STEP_STATUS=1
+  read -r STEP_STATUS elapsed <"$LOG_DIR/$name.result" || true
+  if step_passed; then
+    end_step "$name" "ok" "$elapsed"
   else
     tail -n 200 "$log"
     FAILED_STEPS+=("$name")
-    end_step "$name" "FAILED, see $log" $((SECONDS - start))
+    end_step "$name" "FAILED, see $log" "$elapsed"
   fi
+}
+
+# run_step NAME COMMAND... - both in one.
+run_step() {
+  start_step "$@"
+  await_step "$1"
 }
 
 step_passed() { [[ $STEP_STATUS -eq 0 ]]; }
 
-skip_step() { end_step "$1" "left out: $2" 0; }
+skip_step() { end_step "$1" "skipped: $2" 0; }
 
 # count_tests FILE RESULTS - adds up a JUnit file of CTest, and those of the programs that it ran.
 count_tests() {
@@ -62,7 +78,7 @@ count_tests() {
 # without a failed test of its own counts as one. False when anything failed.
 end_steps() {
   local skipped=""
-  note "summary"
+  note "summary, after $SECONDS s"
   printf '   %s\n' "${STEP_LINES[@]}"
   if [[ ${#FAILED_STEPS[@]} -gt 0 ]]; then
     note "failed: ${FAILED_STEPS[*]}"

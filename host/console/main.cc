@@ -29,8 +29,8 @@ struct Files {
   std::unique_ptr<host::Report> report;
 };
 
-host::Summary Play(const host::Options& options, host::Screen& screen, const Files& files) {
-  host::SteadyClock clock;
+host::Summary Play(const host::Options& options, host::Clock& clock, host::Screen& screen,
+                   const Files& files) {
   host::HostPlayer player(clock, screen, files.dump.get(), files.report.get());
   host::Summary summary;
   summary.options = options;
@@ -60,11 +60,11 @@ void Print(const host::Summary& summary, host::Screen& screen) {
 }
 
 // False, with one line, when one that is asked for cannot be opened.
-bool OpenFiles(const host::Options& options, Files& files) {
+bool OpenFiles(const host::Options& options, const host::Clock& clock, Files& files) {
   std::string error;
   if (!options.report_file.empty()) {
     files.report = host::OpenReport(host::PathOfArgument(options.report_file),
-                                    host::Pace::kOfTheStream, error);
+                                    host::Pace::kOfTheStream, clock, error);
     if (files.report == nullptr) error = "--report: " + error;
   }
   if (error.empty() && !options.dump_directory.empty()) {
@@ -76,11 +76,12 @@ bool OpenFiles(const host::Options& options, Files& files) {
 }
 
 int Run(const host::Options& options) {
+  host::SteadyClock clock;
   Files files;
-  if (!OpenFiles(options, files)) return host::kExitUsage;
+  if (!OpenFiles(options, clock, files)) return host::kExitUsage;
   host::NoteInterrupts();
   host::Screen screen(stdout, {host::StandardOutputIsTerminal(), options.quiet});
-  const host::Summary summary = Play(options, screen, files);
+  const host::Summary summary = Play(options, clock, screen, files);
   Print(summary, screen);
   return host::ExitStatusOf(summary);
 }

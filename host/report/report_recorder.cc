@@ -1,8 +1,15 @@
 #include "report_recorder.h"
 
+#include <utility>
+
 #include "points.h"
 
 namespace report {
+
+ReportRecorder::ReportRecorder(std::function<double()> now_ms, bool host_paces)
+    : now_ms_(std::move(now_ms)), start_ms_(now_ms_()) {
+  record_.host_paces = host_paces;
+}
 
 // The time is taken under the lock, so that what stands later in the record came later.
 
@@ -46,7 +53,7 @@ void ReportRecorder::Restart() {
   const bool host_paces = record_.host_paces;
   record_ = {};
   record_.host_paces = host_paces;
-  start_ = SteadyClock::now();
+  start_ms_ = now_ms_();
 }
 
 ReportRecord ReportRecorder::Snapshot() const {
@@ -54,10 +61,6 @@ ReportRecord ReportRecorder::Snapshot() const {
   ReportRecord record = record_;
   record.elapsed_ms = NowMs();
   return record;
-}
-
-double ReportRecorder::NowMs() const {
-  return std::chrono::duration<double, std::milli>(SteadyClock::now() - start_).count();
 }
 
 }  // namespace report

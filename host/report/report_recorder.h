@@ -8,7 +8,7 @@
 #ifndef HOST_REPORT_REPORT_RECORDER_H_
 #define HOST_REPORT_REPORT_RECORDER_H_
 
-#include <chrono>
+#include <functional>
 #include <mutex>
 #include <string>
 
@@ -19,8 +19,9 @@ namespace report {
 
 class ReportRecorder {
  public:
-  // `host_paces`: see ReportRecord.
-  explicit ReportRecorder(bool host_paces = false) { record_.host_paces = host_paces; }
+  // `now_ms` is the host's clock, which never runs backwards, in milliseconds; it is called from
+  // any thread. `host_paces`: see ReportRecord.
+  explicit ReportRecorder(std::function<double()> now_ms, bool host_paces = false);
 
   void Video(const MediaFrame& frame);
   void Audio(const MediaFrame& frame);
@@ -37,13 +38,12 @@ class ReportRecorder {
   ReportRecord Snapshot() const;
 
  private:
-  using SteadyClock = std::chrono::steady_clock;
+  double NowMs() const { return now_ms_() - start_ms_; }  // with mutex_ held
 
-  double NowMs() const;  // with mutex held
-
+  const std::function<double()> now_ms_;
   mutable std::mutex mutex_;
-  SteadyClock::time_point start_ = SteadyClock::now();  // guarded by mutex_
-  ReportRecord record_;                                 // guarded by mutex_
+  double start_ms_;      // guarded by mutex_
+  ReportRecord record_;  // guarded by mutex_
 };
 
 }  // namespace report

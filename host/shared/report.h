@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "clock.h"
 #include "stream_player.h"
 
 namespace host {
@@ -27,10 +28,10 @@ class Report : public CStreamPlayerImp {
 // second, frames that come late are nothing odd.
 enum class Pace { kOfTheStream, kOfTheHost };
 
-// Null when there can be no such file; then `error` says why. A build without npm has no reports,
+// The report borrows `clock`. Null when there can be no such file; then `error` says why. A build without npm has no reports,
 // and neither has a host that is built apart from the tree.
 std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace,
-                                   std::string& error);
+                                   const Clock& clock, std::string& error);
 
 inline constexpr const char* kNoReport =
     "this build has no report: that takes npm and the whole tree";

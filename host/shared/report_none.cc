@@ -4,7 +4,7 @@
 namespace host {
 
 std::unique_ptr<Report> OpenReport(const std::filesystem::path&, Pace /*pace*/,
-                                   std::string& error) {
+                                   const Clock& /*clock*/, std::string& error) {
   error = kNoReport;
   return nullptr;
 }

@@ -10,8 +10,9 @@ namespace {
 
 class PageFile final : public Report {
  public:
-  PageFile(std::filesystem::path file, Pace pace)
-      : file_(std::move(file)), recorder_(pace == Pace::kOfTheHost) {}
+  PageFile(std::filesystem::path file, Pace pace, const Clock& clock)
+      : file_(std::move(file)),
+        recorder_([&clock] { return clock.NowMs(); }, pace == Pace::kOfTheHost) {}
 
   void OnDuration(float seconds) override { recorder_.Duration(seconds); }
   void OnBufferedTime(float seconds) override { recorder_.BufferedTime(seconds); }
@@ -38,7 +39,7 @@ class PageFile final : public Report {
 
 }  // namespace
 
-std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace,
+std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace, const Clock& clock,
                                    std::string& error) {
   if (!report::CanWriteReports()) {
     error = kNoReport;
@@ -48,7 +49,7 @@ std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace,
     error = "cannot write " + file.string();
     return nullptr;
   }
-  return std::make_unique<PageFile>(file, pace);
+  return std::make_unique<PageFile>(file, pace, clock);
 }
 
 }  // namespace host

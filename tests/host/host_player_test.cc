@@ -8,6 +8,7 @@
 
 #include "tests/host/every_call.h"
 #include "tests/host/host_support.h"
+#include "tests/host/simulated_clock.h"
 
 namespace host {
 namespace {
@@ -45,15 +46,15 @@ class HostPlayerTest : public testing::Test {
   std::string error_;
   std::unique_ptr<Dump> dump_;
   OutputFile output_;
-  FakeClock clock_;
+  SimulatedClock clock_;
   Screen screen_;
   HostPlayer player_;
 };
 
 TEST_F(HostPlayerTest, FramesAreCountedByKind) {
-  clock_.now_ms = 40;
+  clock_.AdvanceTo(40);
   player_.OnVideoFrame(FrameOf(180'000, "1234"));
-  clock_.now_ms = 50;
+  clock_.AdvanceTo(50);
   player_.OnVideoFrame(FrameOf(90'000, "12"));
   player_.OnAudioFrame(FrameOf(270'000, "123"));
 
@@ -82,7 +83,7 @@ TEST_F(HostPlayerTest, NewestNumbersAreKept) {
 }
 
 TEST_F(HostPlayerTest, TextsAreKeptAndPrintedWithTheirTime) {
-  clock_.now_ms = 1500;
+  clock_.AdvanceTo(1500);
   player_.OnMessage("PLAY TS NO:a\x1b\n");
   player_.OnPlayResult("PLAY:FLV OK:b");
   EXPECT_THAT(player_.Record().messages, ElementsAre("PLAY TS NO:a\x1b\n"));
@@ -106,9 +107,9 @@ TEST_F(HostPlayerTest, EveryKindOfEventIsDumped) {
 
 TEST_F(HostPlayerTest, EveryCallIsAnArrival) {
   const auto expect_arrival = [this](const auto& call) {
-    clock_.now_ms += 10;
+    clock_.Advance(10);
     call();
-    EXPECT_EQ(player_.LastArrivalMs(), clock_.now_ms);
+    EXPECT_EQ(player_.LastArrivalMs(), clock_.NowMs());
   };
   expect_arrival([&] { player_.OnMessage("m"); });
   expect_arrival([&] { player_.OnPlayResult("r"); });

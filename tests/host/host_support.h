@@ -14,7 +14,6 @@
 #include <string>
 #include <string_view>
 
-#include "host/shared/clock.h"
 #include "stream_player.h"
 
 // A frame with that payload, which is borrowed.
@@ -27,16 +26,6 @@ inline MediaFrame FrameOf(std::uint64_t pts, std::string_view payload) {
   frame.data = reinterpret_cast<const std::uint8_t*>(payload.data());
   return frame;
 }
-
-// Time that stands still until somebody pauses. For one thread.
-class FakeClock : public host::Clock {
- public:
-  virtual ~FakeClock() = default;
-  double NowMs() const override { return now_ms; }
-  void Pause() override { now_ms += 10; }
-
-  double now_ms = 0;
-};
 
 // A file without a name, for what a screen prints.
 class OutputFile {

@@ -6,6 +6,7 @@
 #include <map>
 
 #include "tests/host/host_support.h"
+#include "tests/host/simulated_clock.h"
 
 namespace host {
 namespace {
@@ -13,11 +14,11 @@ namespace {
 using testing::ElementsAre;
 
 // Writes down what is called, and lets frames come at given times after each Begin.
-class FakeDownloader final : public Downloader, public FakeClock {
+class FakeDownloader final : public Downloader, public SimulatedClock {
  public:
   bool Begin(const std::string& address) override {
     calls.push_back("begin " + address);
-    began_ms_ = now_ms;
+    began_ms_ = NowMs();
     playing_ = true;
     return !refuses;
   }
@@ -25,7 +26,7 @@ class FakeDownloader final : public Downloader, public FakeClock {
     calls.emplace_back("end");
     playing_ = false;
     if (player != nullptr && on_end) on_end(*player);
-    now_ms += end_takes_ms;
+    Advance(end_takes_ms);
     return true;
   }
   bool SetStart(float seconds) override {
@@ -33,10 +34,10 @@ class FakeDownloader final : public Downloader, public FakeClock {
     return true;
   }
   void Pause() override {
-    FakeClock::Pause();
+    SimulatedClock::Pause();
     if (!playing_) return;
     for (const auto& [at_ms, event] : events) {
-      const double passed = now_ms - began_ms_;
+      const double passed = NowMs() - began_ms_;
       if (passed >= at_ms && passed - 10 < at_ms) event(*player);
     }
   }
@@ -65,7 +66,7 @@ class PlayRunTest : public testing::Test {
 
   std::vector<RunReport> Play() {
     return PlayRunner(options_, {library_, player_, library_, screen_,
-                                 [this] { return library_.now_ms >= interrupted_at_ms_; }})
+                                 [this] { return library_.NowMs() >= interrupted_at_ms_; }})
         .PlayAll();
   }
 

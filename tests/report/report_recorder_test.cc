@@ -9,8 +9,11 @@
 namespace report {
 namespace {
 
+// A clock of a host that stands still.
+double NoTime() { return 0; }
+
 TEST(ReportRecorderTest, EveryCallIsTakenDown) {
-  ReportRecorder recorder;
+  ReportRecorder recorder(NoTime);
   recorder.Message("line");
   recorder.PlayResult("result");
   recorder.Video(FrameAt(90'000));
@@ -28,11 +31,23 @@ TEST(ReportRecorderTest, EveryCallIsTakenDown) {
   EXPECT_EQ(record.audio_clock.newest, 1);
   EXPECT_EQ(record.duration.newest, 2);
   EXPECT_EQ(record.buffered_time.newest, 3);
-  EXPECT_GE(record.elapsed_ms, record.audio.last_ms);
+}
+
+TEST(ReportRecorderTest, TimesCountFromTheStart) {
+  double now_ms = 1000;
+  ReportRecorder recorder([&now_ms] { return now_ms; });
+  now_ms = 1030;
+  recorder.Audio(FrameAt(0));
+  now_ms = 1050;
+  EXPECT_EQ(recorder.Snapshot().audio.last_ms, 30);
+  EXPECT_EQ(recorder.Snapshot().elapsed_ms, 50);
+  recorder.Restart();
+  now_ms = 1057;
+  EXPECT_EQ(recorder.Snapshot().elapsed_ms, 7);
 }
 
 TEST(ReportRecorderTest, RestartForgetsWhatWasBefore) {
-  ReportRecorder recorder;
+  ReportRecorder recorder(NoTime);
   recorder.Message("line");
   recorder.Video(FrameAt(0));
   recorder.Restart();
@@ -43,7 +58,7 @@ TEST(ReportRecorderTest, RestartForgetsWhatWasBefore) {
 
 TEST(ReportRecorderTest, CallsOfManyThreadsAreAllCounted) {
   constexpr int kCalls = 5000;
-  ReportRecorder recorder;
+  ReportRecorder recorder(NoTime);
   const auto repeat = [](auto call) {
     for (int n = 0; n < kCalls; ++n) call(n);
   };

@@ -1,0 +1,50 @@
+// A host's clock that stands still until a test moves it on.
+#ifndef TESTS_HOST_SIMULATED_CLOCK_H_
+#define TESTS_HOST_SIMULATED_CLOCK_H_
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <utility>
+
+#include "host/shared/clock.h"
+
+// The time may be read, and waited for, from any thread. Only one thread moves it on, and gives and
+// gets the calls.
+class SimulatedClock : public host::Clock {
+ public:
+  virtual ~SimulatedClock() = default;
+
+  double NowMs() const override { return now_ms_.load(); }
+  void Pause() override { Advance(10); }
+  bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
+                 double until_ms, const std::function<bool()>& met) const override {
+    // Looks again and again, since the clock does not know who waits.
+    while (!met() && NowMs() < until_ms) changed.wait_for(lock, std::chrono::milliseconds(1));
+    return met();
+  }
+
+  void Advance(double ms) { AdvanceTo(NowMs() + ms); }
+  // Calls what is due until then, each at its moment and in the order of time.
+  void AdvanceTo(double ms) {
+    while (!calls_.empty() && calls_.begin()->first <= ms) {
+      const auto next = calls_.extract(calls_.begin());
+      now_ms_ = std::max(NowMs(), next.key());
+      next.mapped()();
+    }
+    now_ms_ = std::max(NowMs(), ms);
+  }
+
+  // A call may ask for further ones; it must not move the time on.
+  void CallAt(double ms, std::function<void()> call) { calls_.emplace(ms, std::move(call)); }
+
+ private:
+  std::atomic<double> now_ms_{0};
+  std::multimap<double, std::function<void()>> calls_;
+};
+
+#endif  // TESTS_HOST_SIMULATED_CLOCK_H_

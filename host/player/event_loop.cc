@@ -1,7 +1,5 @@
 #include "event_loop.h"
 
-#include <SDL.h>
-
 #include <utility>
 
 namespace player {
@@ -15,52 +13,50 @@ constexpr double kMoveSeconds = 10;
 void EventLoop::Run() {
   double patience = 0;
   while (WaitsForMore()) {
-    TakeEvents(patience);
-    around_.presenter.Prepare(*around_.control.playback());
-    around_.control.Tick();
-    patience = around_.presenter.ShowDue(*around_.control.playback(), kLongestWait);
-    around_.window.SetTitle(TitleText(around_.control.Facts()));
+    TakeCommands(patience);
+    dependencies_.presenter.Prepare(*dependencies_.control.playback());
+    dependencies_.control.Tick();
+    patience = dependencies_.presenter.ShowDue(*dependencies_.control.playback(), kLongestWait);
+    dependencies_.window.SetTitle(TitleText(dependencies_.control.Facts()));
   }
 }
 
 bool EventLoop::WaitsForMore() const {
-  if (end_wished_ || around_.interrupted()) return false;
-  return !exit_at_end_ || !around_.control.HasEnded();
+  if (is_ending_ || dependencies_.interrupted()) return false;
+  return !exit_at_end_ || !dependencies_.control.HasEnded();
 }
 
-void EventLoop::TakeEvents(double patience_seconds) {
-  SDL_Event event;
-  // Rounded down: rather a look too many than a picture too late.
-  if (SDL_WaitEventTimeout(&event, static_cast<int>(patience_seconds * 1000)) == 0) return;
-  do {
-    Obey(WishOf(event));
-  } while (!end_wished_ && SDL_PollEvent(&event) != 0);
-  // A key held down comes many times, and each move begins the stream anew.
+void EventLoop::TakeCommands(double patience_seconds) {
+  for (auto command = dependencies_.commands.Wait(patience_seconds); command && !is_ending_;
+       command = dependencies_.commands.Wait(0)) {
+    Handle(*command);
+  }
+  // A key held down comes many times, and each move starts the stream again.
   const double move = std::exchange(move_seconds_, 0);
-  if (!end_wished_ && move != 0) around_.control.Move(move);
+  if (!is_ending_ && move != 0) dependencies_.control.Move(move);
 }
 
-void EventLoop::Obey(Wish wish) {
-  switch (wish) {
-    case Wish::kNothing:
+void EventLoop::Handle(Command command) {
+  switch (command) {
+    case Command::kNothing:
       break;
-    case Wish::kPause:
-      around_.control.TogglePause();
+    case Command::kPause:
+      dependencies_.control.TogglePause();
       break;
-    case Wish::kBack:
+    case Command::kBack:
       move_seconds_ -= kMoveSeconds;
       break;
-    case Wish::kForward:
+    case Command::kForward:
       move_seconds_ += kMoveSeconds;
       break;
-    case Wish::kFullScreen:
-      around_.window.ToggleFullScreen();
+    case Command::kFullScreen:
+      dependencies_.window.ToggleFullScreen();
       break;
-    case Wish::kRedraw:
-      around_.window.Redraw();
+    case Command::kRedraw:
+      dependencies_.window.Redraw();
       break;
-    case Wish::kEnd:
-      end_wished_ = true;
+    case Command::kEnd:
+      is_ending_ = true;
       break;
   }
 }

@@ -3,10 +3,8 @@
 #define HOST_PLAYER_EVENT_LOOP_H_
 
 #include <functional>
-#include <string>
 
-#include "clock.h"
-#include "keys.h"
+#include "command.h"
 #include "play_control.h"
 #include "presenter.h"
 #include "window.h"
@@ -15,7 +13,8 @@ namespace player {
 
 class EventLoop {
  public:
-  struct Surroundings {
+  struct Dependencies {
+    CommandSource& commands;
     Window& window;
     Presenter& presenter;
     PlayControl& control;
@@ -23,21 +22,21 @@ class EventLoop {
   };
 
   // All are borrowed.
-  EventLoop(const Surroundings& around, bool exit_at_end)
-      : around_(around), exit_at_end_(exit_at_end) {}
+  EventLoop(const Dependencies& dependencies, bool exit_at_end)
+      : dependencies_(dependencies), exit_at_end_(exit_at_end) {}
 
-  // Until somebody wishes the end or, with `exit_at_end`, the stream has ended.
+  // Until the end is commanded or, with `exit_at_end`, the stream has ended.
   void Run();
 
  private:
   bool WaitsForMore() const;
-  void TakeEvents(double patience_seconds);
-  void Obey(Wish wish);
+  void TakeCommands(double patience_seconds);
+  void Handle(Command command);
 
-  const Surroundings around_;
+  const Dependencies dependencies_;
   const bool exit_at_end_;
-  bool end_wished_ = false;
-  double move_seconds_ = 0;  // wished and not done yet
+  bool is_ending_ = false;
+  double move_seconds_ = 0;  // commanded and not done yet
 };
 
 }  // namespace player

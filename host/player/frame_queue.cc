@@ -35,11 +35,11 @@ bool FrameQueue::Push(Kind kind, MediaUnit unit) {
   return true;
 }
 
-std::optional<MediaUnit> FrameQueue::Pop(Kind kind, std::chrono::milliseconds patience) {
+std::optional<MediaUnit> FrameQueue::Pop(Kind kind, bool until_end) {
   std::unique_lock lock(mutex_);
   Lane& lane = LaneOf(kind);
   lane.busy = false;
-  changed_.wait_for(lock, patience, [&] { return closed_ || !lane.units.empty(); });
+  changed_.wait(lock, [&] { return closed_ || !lane.units.empty() || (until_end && ended_); });
   if (closed_ || lane.units.empty()) return std::nullopt;
   MediaUnit unit = std::move(lane.units.front());
   lane.units.pop_front();
@@ -47,6 +47,16 @@ std::optional<MediaUnit> FrameQueue::Pop(Kind kind, std::chrono::milliseconds pa
   lane.busy = true;
   changed_.notify_all();
   return unit;
+}
+
+void FrameQueue::SetEnded(bool ended) {
+  const std::lock_guard lock(mutex_);
+  if (std::exchange(ended_, ended) != ended) changed_.notify_all();
+}
+
+bool FrameQueue::HasEnded() const {
+  const std::lock_guard lock(mutex_);
+  return ended_;
 }
 
 void FrameQueue::Close() {

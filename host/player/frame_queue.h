@@ -10,7 +10,6 @@
 #define HOST_PLAYER_FRAME_QUEUE_H_
 
 #include <array>
-#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -34,9 +33,13 @@ class FrameQueue {
   // Waits while there is no room. False when the queue was closed; then the unit is gone.
   bool Push(Kind kind, MediaUnit unit);
 
-  // The oldest unit, waited for that long; nothing when none came or the queue is closed. Whoever
-  // asks for the next one has done with the one before.
-  std::optional<MediaUnit> Pop(Kind kind, std::chrono::milliseconds patience);
+  // The oldest unit, waited for; nothing when the queue is closed and, with `until_end`, when none
+  // is left and the stream has ended. Whoever asks for the next one has done with the one before.
+  std::optional<MediaUnit> Pop(Kind kind, bool until_end);
+
+  // Whether the stream has ended, as far as is known: units may come again all the same.
+  void SetEnded(bool ended);
+  bool HasEnded() const;
 
   // Lets everybody go who waits, empties the queue, and keeps it closed.
   void Close();
@@ -66,6 +69,7 @@ class FrameQueue {
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   std::array<Lane, 2> lanes_;  // guarded by mutex_
+  bool ended_ = false;         // guarded by mutex_
   bool closed_ = false;        // guarded by mutex_
 };
 

@@ -16,9 +16,13 @@
 #include "player_options.h"
 #include "presenter.h"
 #include "report.h"
+#include "sdl_commands.h"
+#include "sdl_sound_device.h"
 #include "sdl_system.h"
+#include "sdl_window.h"
+#include "silent_sound_device.h"
 #include "sound_output.h"
-#include "window.h"
+#include "sync_log.h"
 
 namespace {
 
@@ -32,28 +36,66 @@ int NoDisplay(const std::string& why) {
   return player::kExitNoDisplay;
 }
 
-void PrintNoSound(const std::string& sound_error, const player::SoundOutput& output) {
+// A device that nobody hears where there is none.
+std::unique_ptr<player::SoundDevice> OpenSound(const host::Clock& clock,
+                                               const std::string& sound_error) {
+  std::string error;
+  if (auto device = player::SdlSoundDevice::Open(clock, error)) return device;
   PrintLine(stderr, "stream_player: there is no sound device, so it plays without sound: " +
-                        (sound_error.empty() ? output.why_silent() : sound_error));
+                        (sound_error.empty() ? error : sound_error));
+  return std::make_unique<player::SilentSoundDevice>(clock);
+}
+
+// What a run is written to; both may be null.
+struct Files {
+  std::unique_ptr<host::Report> report;
+  std::unique_ptr<player::SyncLog> sync_log;
+};
+
+// False, with one line, when one that is asked for cannot be opened.
+bool OpenFiles(const player::PlayerOptions& options, const host::Clock& clock, Files& files) {
+  std::string error;
+  if (!options.report_file.empty()) {
+    files.report = host::OpenReport(host::PathOfArgument(options.report_file),
+                                    host::Pace::kOfTheHost, clock, error);
+    if (files.report == nullptr) error = "--report: " + error;
+  }
+  if (error.empty() && !options.sync_log_file.empty()) {
+    files.sync_log = player::SyncLog::Open(host::PathOfArgument(options.sync_log_file), error);
+    if (files.sync_log == nullptr) error = "--sync-log: " + error;
+  }
+  if (!error.empty()) PrintLine(stderr, "stream_player: " + error);
+  return error.empty();
+}
+
+void CloseFiles(const player::PlayerOptions& options, const Files& files) {
+  if (files.report != nullptr && !files.report->Write(options.address)) {
+    PrintLine(stderr, "stream_player: the report could not be written");
+  }
+  if (files.sync_log != nullptr && !files.sync_log->Close()) {
+    PrintLine(stderr, "stream_player: the sync log could not be written");
+  }
 }
 
 struct Playing {
   const player::PlayerOptions& options;
   const std::string& sound_error;
+  const host::Clock& clock;
   player::Window& window;
   player::PlayCounts& counts;
-  host::Report* report;  // may be null
+  const Files& files;
 };
 
 void Play(const Playing& playing) {
   const player::PlayerOptions& options = playing.options;
   player::PlayCounts& counts = playing.counts;
-  host::Report* const report = playing.report;
-  const host::SteadyClock clock;
+  host::Report* const report = playing.files.report.get();
+  player::SyncLog* const sync_log = playing.files.sync_log.get();
+  const host::Clock& clock = playing.clock;
   player::FrameReceiver receiver(clock, counts, report);
   host::LibraryDownloader downloader(receiver);
-  player::SoundOutput output(clock);
-  if (!output.why_silent().empty()) PrintNoSound(playing.sound_error, output);
+  const auto device = OpenSound(clock, playing.sound_error);
+  player::SoundOutput output(*device);
   player::PlayControl control({options.address, options.start_seconds, options.idle_seconds},
                               {downloader, receiver, output, clock, counts, [report] {
                                  if (report != nullptr) report->OpenRun();
@@ -62,8 +104,13 @@ void Play(const Playing& playing) {
     PrintLine(stderr, "stream_player: the address was refused");
     return;
   }
-  player::Presenter presenter(playing.window, clock, counts);
-  player::EventLoop({playing.window, presenter, control, host::Interrupted}, options.exit_at_end)
+  player::Presenter presenter(playing.window, clock, counts,
+                              [sync_log](double picture, double sound) {
+                                if (sync_log != nullptr) sync_log->Add(picture, sound);
+                              });
+  player::SdlCommands commands;
+  player::EventLoop({commands, playing.window, presenter, control, host::Interrupted},
+                    options.exit_at_end)
       .Run();
   control.End();
 }
@@ -71,27 +118,19 @@ void Play(const Playing& playing) {
 int Run(const player::PlayerOptions& options) {
   const player::SdlSystem sdl;
   if (!sdl.display_error().empty()) return NoDisplay(sdl.display_error());
-  std::string error;
-  std::unique_ptr<host::Report> report;
-  if (!options.report_file.empty()) {
-    report =
-        host::OpenReport(host::PathOfArgument(options.report_file), host::Pace::kOfTheHost, error);
-    if (report == nullptr) {
-      PrintLine(stderr, "stream_player: --report: " + error);
-      return player::kExitUsage;
-    }
-  }
+  const host::SteadyClock clock;
+  Files files;
+  if (!OpenFiles(options, clock, files)) return player::kExitUsage;
   host::NoteInterrupts();
   player::CountAvErrors();
-  const std::unique_ptr<player::Window> window = player::Window::Open(error);
+  std::string error;
+  const std::unique_ptr<player::Window> window = player::SdlWindow::Open(error);
   if (window == nullptr) return NoDisplay(error);
   player::PlayCounts counts;
-  Play({options, sdl.sound_error(), *window, counts, report.get()});
+  Play({options, sdl.sound_error(), clock, *window, counts, files});
   counts.errors += player::AvErrors();
   PrintLine(stdout, player::CountsText(counts));
-  if (report != nullptr && !report->Write(options.address)) {
-    PrintLine(stderr, "stream_player: the report could not be written");
-  }
+  CloseFiles(options, files);
   return counts.video_frames + counts.audio_frames > 0 ? player::kExitPlayed : player::kExitNothing;
 }
 

@@ -2,46 +2,50 @@
 
 #include <cmath>
 
+#include "play_clock.h"
+
 namespace player {
 namespace {
 
-// A time so far away is no picture to wait for, but another count of time.
-constexpr double kFarAway = 10;
+using Action = PictureVerdict::Action;
 
 PictureVerdict JudgeNear(double ahead, std::optional<double> next_ahead) {
   constexpr double kSoonEnough = 0.002;
   constexpr double kTooLate = 0.02;
-  if (ahead > kSoonEnough) return {PictureVerdict::Deed::kWait, ahead};
+  if (ahead > kSoonEnough) return {Action::kWait, ahead};
   // Rather the next one in time than this one late.
-  const bool is_passed_over = -ahead > kTooLate && next_ahead && *next_ahead < -ahead;
-  return {is_passed_over ? PictureVerdict::Deed::kPassOver : PictureVerdict::Deed::kShow, {}};
+  const bool is_skipped = -ahead > kTooLate && next_ahead && *next_ahead < -ahead;
+  return {is_skipped ? Action::kSkip : Action::kShow};
+}
+
+PictureVerdict JudgeBy(double due, const PictureFacts& facts) {
+  if (!facts.next) return JudgeNear(facts.time - due, {});
+  return JudgeNear(facts.time - due, *facts.next - due);
 }
 
 }  // namespace
 
 PictureVerdict PictureTiming::Judge(const PictureFacts& facts) {
-  const double ahead = facts.time - facts.due;
-  if (std::abs(ahead) > kFarAway) return JudgeFarAway(facts);
+  if (std::abs(facts.time - facts.due) > kFarApart) return JudgeFarAway(facts);
   far_since_.reset();
   distance_.reset();
-  if (!facts.next) return JudgeNear(ahead, {});
-  return JudgeNear(ahead, *facts.next - facts.due);
+  return JudgeBy(facts.due, facts);
 }
 
 PictureVerdict PictureTiming::JudgeFarAway(const PictureFacts& facts) {
   constexpr double kPatience = 3;
-  if (!facts.is_heard) return {PictureVerdict::Deed::kSetClock, {}};
+  if (!facts.is_heard) return {Action::kSetClock};
   const double ahead = facts.time - facts.due;
-  if (distance_ && std::abs(ahead - *distance_) > kFarAway) distance_.reset();
+  if (distance_ && std::abs(ahead - *distance_) > kFarApart) distance_.reset();
   if (!distance_) {
     if (!far_since_) far_since_ = facts.now;
-    if (facts.now - *far_since_ < kPatience) return {PictureVerdict::Deed::kWait, {}};
+    if (facts.now - *far_since_ < kPatience) return {Action::kWait};
     far_since_.reset();
     distance_ = ahead;
   }
-  const double own_due = facts.due + *distance_;
-  if (!facts.next) return JudgeNear(facts.time - own_due, {});
-  return JudgeNear(facts.time - own_due, *facts.next - own_due);
+  PictureVerdict verdict = JudgeBy(facts.due + *distance_, facts);
+  verdict.follows_clock = false;
+  return verdict;
 }
 
 }  // namespace player

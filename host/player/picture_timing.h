@@ -1,8 +1,8 @@
-// What becomes of the picture that comes next: it is shown, waited for, or passed over.
+// What to do with the next picture: show it, wait for its time, or skip it.
 //
-// Pictures follow the clock, and the clock follows the sound. Where the times of a stream begin
-// anew, pictures and sound get there one after the other: the pictures wait for the sound. Where
-// the sound never gets there, they go on at their own distance from it.
+// Pictures follow the clock, and the clock follows the sound. Where the times of a stream jump,
+// pictures and sound get there one after the other: the pictures wait for the sound. Where the
+// sound never gets there, they go on at their own distance from it.
 //
 // All times in seconds. For one thread.
 #ifndef HOST_PLAYER_PICTURE_TIMING_H_
@@ -14,21 +14,24 @@ namespace player {
 
 struct PictureFacts {
   double time = 0;             // of the picture
-  std::optional<double> next;  // the time of the one behind it, if that is there
+  std::optional<double> next;  // the time of the one after it, if that is there
   double due = 0;              // the stream time that is due now
   bool is_heard = false;       // whether the sound sets the clock
   double now = 0;              // the host's time
 };
 
 struct PictureVerdict {
-  enum class Deed {
+  enum class Action {
     kShow,
-    kPassOver,
+    kSkip,
     kWait,
     kSetClock,  // to the time of the picture
   };
-  Deed deed = Deed::kShow;
-  std::optional<double> wait;  // how long, where that is known
+  Action action = Action::kShow;
+  std::optional<double> wait = {};  // how long, where that is known
+  // Whether the picture is judged by the clock alone, so that its time and that of the sound can be
+  // compared; else it goes on at its own distance from the sound.
+  bool follows_clock = true;
 };
 
 class PictureTiming {

@@ -1,14 +1,36 @@
 #include "play_clock.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <type_traits>
 
 namespace player {
+namespace {
+
+// A device asks for sound one portion ahead, so few lines and sounds lie ahead of now.
+constexpr std::size_t kMostKept = 16;
+
+// The last that counts at the moment `now`; the first where none does yet.
+template <typename Entry>
+auto EntryAt(const std::deque<Entry>& entries, double now) {
+  const auto counts = [now](const Entry& entry) { return entry.from <= now; };
+  const auto last = std::find_if(entries.rbegin(), entries.rend(), counts);
+  return last == entries.rend() ? entries.begin() : std::prev(last.base());
+}
+
+template <typename Entry>
+void Keep(std::deque<Entry>& entries, const std::type_identity_t<Entry>& entry) {
+  entries.push_back(entry);
+  if (entries.size() > kMostKept) entries.pop_front();
+}
+
+}  // namespace
 
 void PlayClock::Start(double stream, double now) {
   const std::lock_guard lock(mutex_);
   started_ = true;
-  stream_ = stream;
-  moment_ = now;
+  lines_ = {{now, stream, now, ++segment_}};
 }
 
 bool PlayClock::HasStarted() const {
@@ -16,25 +38,16 @@ bool PlayClock::HasStarted() const {
   return started_;
 }
 
-void PlayClock::Hear(double stream, double at) {
-  // Devices ask for sound in portions and not quite evenly. A larger distance is real.
-  constexpr double kUneven = 0.06;
-  constexpr double kShareTaken = 0.1;
+void PlayClock::Hear(double stream, double at, Order order) {
   const std::lock_guard lock(mutex_);
-  const bool goes_on = heard_;
-  heard_ = true;
-  heard_stream_ = stream;
-  heard_moment_ = at;
   if (!started_ || IsHeld()) return;
-  const double expected = StreamAt(at);
-  const double wrong = stream - expected;
-  stream_ = goes_on && std::abs(wrong) < kUneven ? expected + kShareTaken * wrong : stream;
-  moment_ = at;
+  FollowSound(stream, at, order);
+  Keep(sounds_, {at, stream, lines_.back().segment});
 }
 
-void PlayClock::HearNothing() {
+void PlayClock::HearNothing(double at) {
   const std::lock_guard lock(mutex_);
-  heard_ = false;
+  if (!sounds_.empty() && sounds_.back().stream) Keep(sounds_, {at, {}, 0});
 }
 
 void PlayClock::SetPaused(bool paused, double now) {
@@ -57,28 +70,58 @@ bool PlayClock::IsRunning() const {
   return started_ && !IsHeld();
 }
 
-std::optional<double> PlayClock::At(double now) const {
+std::optional<PlayClock::StreamTime> PlayClock::TimeAt(double now) const {
   const std::lock_guard lock(mutex_);
   if (!started_) return std::nullopt;
-  return StreamAt(now);
+  const Line& line = LineAt(now);
+  return StreamTime{IsHeld() ? line.stream : line.At(now), line.segment};
+}
+
+std::optional<double> PlayClock::At(double now) const {
+  const auto time = TimeAt(now);
+  return time ? std::optional(time->seconds) : std::nullopt;
+}
+
+std::optional<PlayClock::StreamTime> PlayClock::SoundAt(double now) const {
+  const std::lock_guard lock(mutex_);
+  if (sounds_.empty() || IsHeld()) return std::nullopt;
+  const auto sound = EntryAt(sounds_, now);
+  if (!sound->stream || sound->from > now) return std::nullopt;
+  return StreamTime{*sound->stream + (now - sound->from), sound->segment};
 }
 
 std::optional<double> PlayClock::HeardAt(double now) const {
-  const std::lock_guard lock(mutex_);
-  if (!heard_ || IsHeld()) return std::nullopt;
-  return heard_stream_ + (now - heard_moment_);
+  const auto sound = SoundAt(now);
+  return sound ? std::optional(sound->seconds) : std::nullopt;
 }
 
-double PlayClock::StreamAt(double now) const {
-  return IsHeld() ? stream_ : stream_ + (now - moment_);
-}
+const PlayClock::Line& PlayClock::LineAt(double now) const { return *EntryAt(lines_, now); }
 
 void PlayClock::SetHeld(bool& reason, bool held, double now) {
   if (reason == held) return;
-  stream_ = StreamAt(now);
-  moment_ = now;
+  const Line& line = LineAt(now);
+  lines_ = {{now, IsHeld() ? line.stream : line.At(now), now, line.segment}};
   reason = held;
-  if (held) heard_ = false;
+  if (held) sounds_.clear();
+}
+
+// The line changes at once, so that what is due next is known early; after a jump not before its
+// moment.
+void PlayClock::FollowSound(double stream, double at, Order order) {
+  // Devices ask for sound in portions and not quite evenly. A larger distance is real.
+  constexpr double kUneven = 0.06;
+  constexpr double kShareTaken = 0.1;
+  const bool goes_on = !sounds_.empty() && sounds_.back().stream;
+  const double expected = LineAt(at).At(at);
+  const double wrong = stream - expected;
+  const bool is_close = std::abs(wrong) < kUneven;
+  if (std::abs(wrong) > kFarApart || (order == Order::kJumps && !is_close)) {
+    Keep(lines_, {at, stream, at, ++segment_});
+    return;
+  }
+  Line& line = lines_.back();
+  line.stream = goes_on && is_close ? expected + kShareTaken * wrong : stream;
+  line.moment = at;
 }
 
 }  // namespace player

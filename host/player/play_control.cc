@@ -8,8 +8,8 @@
 
 namespace player {
 
-PlayControl::PlayControl(Settings settings, const Surroundings& around)
-    : settings_(std::move(settings)), around_(around) {}
+PlayControl::PlayControl(Settings settings, const Dependencies& dependencies)
+    : settings_(std::move(settings)), dependencies_(dependencies) {}
 
 bool PlayControl::Begin() { return StartDownload(); }
 
@@ -19,7 +19,7 @@ void PlayControl::End() {
 
 void PlayControl::Tick() {
   // The first frame tells where the stream begins, which is what the position counts from.
-  if (settings_.start_seconds && around_.receiver.OriginSeconds()) {
+  if (settings_.start_seconds && dependencies_.receiver.OriginSeconds()) {
     const double start = *std::exchange(settings_.start_seconds, {});
     if (CanMove()) SeekTo(start);
   }
@@ -37,17 +37,17 @@ void PlayControl::TogglePause() {
 
 void PlayControl::Move(double seconds) {
   if (!CanMove()) return;
-  const auto duration = around_.receiver.News().duration;
+  const auto duration = dependencies_.receiver.News().duration;
   SeekTo(SeekTarget(position_, seconds, duration));
 }
 
 TitleFacts PlayControl::Facts() const {
   TitleFacts facts;
-  const StreamNews news = around_.receiver.News();
+  const StreamNews news = dependencies_.receiver.News();
   const bool plays = playback_ != nullptr && playback_->clock().HasStarted();
   if (plays) facts.position = position_;
   facts.duration = news.duration;
-  facts.buffered = FromOrigin(around_.receiver.FarthestSeconds());
+  facts.buffered = FromOrigin(dependencies_.receiver.FarthestSeconds());
   if (news.buffered) facts.buffered = std::max<double>(facts.buffered.value_or(0), *news.buffered);
   facts.status = news.status;
   facts.state = paused_  ? PlayState::kPaused
@@ -58,42 +58,42 @@ TitleFacts PlayControl::Facts() const {
 }
 
 bool PlayControl::StartDownload() {
-  if (around_.before_start) around_.before_start();
+  if (dependencies_.before_start) dependencies_.before_start();
   Playback::Settings settings;
-  settings.pictures_shown_later = [this] { return around_.receiver.IsFlv(); };
+  settings.pictures_shown_later = [this] { return dependencies_.receiver.IsFlv(); };
   settings.may_begin_with_leftover = std::exchange(started_before_, true);
-  playback_ = std::make_unique<Playback>(around_.counts, std::move(settings));
+  playback_ = std::make_unique<Playback>(dependencies_.counts, std::move(settings));
   playback_->clock().SetPaused(paused_, Now());
-  around_.receiver.SetQueue(&playback_->frames());
-  around_.output.Play(&playback_->sound());
-  began_ms_ = around_.clock.NowMs();
+  dependencies_.receiver.SetQueue(&playback_->frames());
+  dependencies_.output.Play(&playback_->sound());
+  began_ms_ = dependencies_.clock.NowMs();
   frames_before_ = FramesSoFar();
   ended_ = false;
-  return around_.downloader.Begin(settings_.address);
+  return dependencies_.downloader.Begin(settings_.address);
 }
 
 void PlayControl::SeekTo(double seconds) {
   StopDownload();
-  around_.receiver.KeepOrigin();
+  dependencies_.receiver.KeepOrigin();
   has_moved_ = true;
   position_ = seconds;
-  around_.downloader.SetStart(static_cast<float>(seconds));
+  dependencies_.downloader.SetStart(static_cast<float>(seconds));
   StartDownload();
 }
 
 // Calls of the component that wait for room are let go first, since the stop waits for them.
 void PlayControl::StopDownload() {
   playback_->Close();
-  around_.downloader.End();
-  around_.receiver.SetQueue(nullptr);
-  around_.output.Play(nullptr);
+  dependencies_.downloader.End();
+  dependencies_.receiver.SetQueue(nullptr);
+  dependencies_.output.Play(nullptr);
   playback_.reset();
 }
 
 // FLV plays from its beginning whatever the position, and before the first frame there is nothing
 // to move in.
 bool PlayControl::CanMove() const {
-  return around_.receiver.OriginSeconds().has_value() && !around_.receiver.IsFlv();
+  return dependencies_.receiver.OriginSeconds().has_value() && !dependencies_.receiver.IsFlv();
 }
 
 // After a move the component may have much to pass over before it hands the first frame over.
@@ -104,18 +104,18 @@ double PlayControl::PatienceMs() const {
 }
 
 std::uint64_t PlayControl::FramesSoFar() const {
-  return around_.counts.video_frames + around_.counts.audio_frames;
+  return dependencies_.counts.video_frames + dependencies_.counts.audio_frames;
 }
 
 bool PlayControl::NothingComes() const {
   const host::EndRule rule{PatienceMs(), std::nullopt};
-  const double last = std::max(around_.receiver.LastArrivalMs(), began_ms_);
+  const double last = std::max(dependencies_.receiver.LastArrivalMs(), began_ms_);
   return playback_->frames().IsIdle() &&
-         host::ReasonToEnd(rule, {around_.clock.NowMs(), began_ms_, last, false}).has_value();
+         host::ReasonToEnd(rule, {dependencies_.clock.NowMs(), began_ms_, last, false}).has_value();
 }
 
 std::optional<double> PlayControl::FromOrigin(std::optional<double> stream_seconds) const {
-  const auto origin = around_.receiver.OriginSeconds();
+  const auto origin = dependencies_.receiver.OriginSeconds();
   if (!stream_seconds || !origin) return std::nullopt;
   return std::max(*stream_seconds - *origin, 0.0);
 }

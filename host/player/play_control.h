@@ -21,7 +21,7 @@ namespace player {
 
 class PlayControl {
  public:
-  struct Surroundings {
+  struct Dependencies {
     host::Downloader& downloader;
     FrameReceiver& receiver;
     SoundOutput& output;
@@ -38,8 +38,8 @@ class PlayControl {
     double idle_seconds = 10;
   };
 
-  // All surroundings are borrowed.
-  PlayControl(Settings settings, const Surroundings& around);
+  // All dependencies are borrowed.
+  PlayControl(Settings settings, const Dependencies& dependencies);
   ~PlayControl() { End(); }
 
   PlayControl(const PlayControl&) = delete;
@@ -72,11 +72,11 @@ class PlayControl {
   double PatienceMs() const;
   std::uint64_t FramesSoFar() const;
   bool NothingComes() const;
-  double Now() const { return around_.clock.NowMs() / 1000; }
+  double Now() const { return dependencies_.clock.NowMs() / 1000; }
   std::optional<double> FromOrigin(std::optional<double> stream_seconds) const;
 
   Settings settings_;  // the start position goes once it was taken
-  const Surroundings around_;
+  const Dependencies dependencies_;
   std::unique_ptr<Playback> playback_;
   double began_ms_ = 0;
   double position_ = 0;  // the last that was known

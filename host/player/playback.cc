@@ -1,6 +1,5 @@
 #include "playback.h"
 
-#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -11,7 +10,6 @@ namespace player {
 namespace {
 
 constexpr std::size_t kPicturesAhead = 8;
-constexpr std::chrono::milliseconds kPatience{20};  // how soon an end of the stream is noticed
 
 }  // namespace
 
@@ -56,7 +54,7 @@ void Playback::TryToStart(double now) {
   if (!facts.first_picture && !facts.first_sound) return;
   if (!first_ready_) first_ready_ = now;
   facts.waited = now - *first_ready_;
-  facts.full = frames_.IsFull(Kind::kVideo) || frames_.IsFull(Kind::kAudio) || stream_ended_.load();
+  facts.full = frames_.IsFull(Kind::kVideo) || frames_.IsFull(Kind::kAudio) || frames_.HasEnded();
   if (const auto time = StartTime(facts)) clock_.Start(*time, now);
 }
 
@@ -75,10 +73,10 @@ void Playback::Guarded(const std::function<void()>& step) {
 
 void Playback::DecodeVideo() {
   while (!closed_.load()) {
-    if (const auto frame = frames_.Pop(Kind::kVideo, kPatience)) {
+    if (const auto frame = frames_.Pop(Kind::kVideo, video_held_.load())) {
       video_held_ = true;
       Guarded([&] { DecodeVideoUnits(gatherer_.Add(*frame)); });
-    } else if (stream_ended_.load() && video_held_.load()) {
+    } else if (video_held_.load() && frames_.HasEnded()) {
       Guarded([this] { FinishVideo(); });
       gatherer_.AwaitEntry();
       video_held_ = false;
@@ -106,7 +104,7 @@ void Playback::FinishVideo() {
 void Playback::DecodeAudio() {
   std::optional<AudioDecoder> decoder;
   while (!closed_.load()) {
-    const auto frame = frames_.Pop(Kind::kAudio, kPatience);
+    const auto frame = frames_.Pop(Kind::kAudio, false);
     if (!frame || IsLeftover(*frame)) continue;
     Guarded([&] {
       if (!decoder) {

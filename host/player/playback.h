@@ -52,7 +52,7 @@ class Playback {
   void Tick(double now);
 
   // Nothing more comes: what the decoders hold comes out. Frames may come again all the same.
-  void SetStreamEnded(bool ended) { stream_ended_ = ended; }
+  void SetStreamEnded(bool ended) { frames_.SetEnded(ended); }
   // Whether all was played that came.
   bool IsPlayedOut() const;
 
@@ -72,7 +72,6 @@ class Playback {
   PlayClock clock_;
   SoundBuffer sound_;
   std::optional<double> first_ready_;  // when the first picture or sound was there
-  std::atomic<bool> stream_ended_{false};
   std::atomic<bool> closed_{false};
   std::atomic<bool> video_held_{false};  // whether the gatherer or decoder holds anything back
   // Of the video thread only.

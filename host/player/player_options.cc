@@ -39,6 +39,10 @@ void Describe(CLI::App& app, PlayerOptions& options) {
   app.add_option("--report", options.report_file, "write a page with charts of what came")
       ->check(host::NotEmpty())
       ->type_name("FILE");
+  app.add_option("--sync-log", options.sync_log_file,
+                 "write how far picture and sound were apart, picture by picture, as CSV")
+      ->check(host::NotEmpty())
+      ->type_name("FILE");
   app.add_option("--idle", options.idle_seconds,
                  "take the stream for ended when nothing came for so long (default 10)")
       ->check(host::SecondsAboveZero())

@@ -17,7 +17,8 @@ enum ExitStatus : int {
 struct PlayerOptions {
   std::string address;
   std::optional<double> start_seconds;
-  std::string report_file;  // empty: no report
+  std::string report_file;    // empty: no report
+  std::string sync_log_file;  // empty: none
   double idle_seconds = 10;
   bool exit_at_end = false;
 };

@@ -21,43 +21,51 @@ void Presenter::Prepare(const Playback& playback) {
 }
 
 double Presenter::ShowDue(Playback& playback, double longest) {
-  while (const auto facts = FactsOfNext(playback)) {
-    const PictureVerdict verdict = timing_.Judge(*facts);
-    if (verdict.deed == PictureVerdict::Deed::kWait) {
+  while (const auto next = NextOf(playback)) {
+    const PictureVerdict verdict = timing_.Judge(next->facts);
+    if (verdict.action == PictureVerdict::Action::kWait) {
       return std::min(verdict.wait.value_or(longest), longest);
     }
-    if (verdict.deed == PictureVerdict::Deed::kSetClock) {
-      playback.clock().Start(facts->time, facts->now);
+    if (verdict.action == PictureVerdict::Action::kSetClock) {
+      playback.clock().Start(next->facts.time, next->facts.now);
       continue;
     }
     const auto picture = playback.pictures().Pop();
     if (!picture) break;
-    if (verdict.deed != PictureVerdict::Deed::kPassOver) {
-      Show(*picture, playback.clock());
-      return 0;  // the keys are due before the next one
+    if (verdict.action == PictureVerdict::Action::kSkip) {
+      ++counts_.passed_over;
+      continue;
     }
-    ++counts_.passed_over;
+    if (Show(*picture) && verdict.follows_clock) {
+      Compare(picture->seconds, playback.clock(), next->segment);
+    }
+    return 0;  // commands are due before the next one
   }
   return longest;
 }
 
-std::optional<PictureFacts> Presenter::FactsOfNext(const Playback& playback) const {
+std::optional<Presenter::Next> Presenter::NextOf(const Playback& playback) const {
   const double now = Now();
   const auto time = TimeOf(playback, 0);
-  const auto due = playback.clock().At(now);
+  const auto due = playback.clock().TimeAt(now);
   if (!time || !due) return std::nullopt;
   const bool is_heard = playback.clock().HeardAt(now).has_value();
-  return PictureFacts{*time, TimeOf(playback, 1), *due, is_heard, now};
+  return Next{{*time, TimeOf(playback, 1), due->seconds, is_heard, now}, due->segment};
 }
 
-void Presenter::Show(const Picture& picture, const PlayClock& clock) {
-  if (!window_.Show(*picture.frame)) {
-    ++counts_.errors;
-    return;
-  }
-  ++counts_.shown;
-  // Where the sound is now, when the picture can be seen.
-  if (const auto heard = clock.HeardAt(Now())) counts_.Compare(picture.seconds, *heard);
+bool Presenter::Show(const Picture& picture) {
+  const bool is_shown = window_.Show(*picture.frame);
+  ++(is_shown ? counts_.shown : counts_.errors);
+  return is_shown;
+}
+
+// With the sound that is heard now, when the picture can be seen. The times may have jumped since
+// the picture was chosen: then there is nothing to compare.
+void Presenter::Compare(double picture, const PlayClock& clock, std::uint64_t segment) {
+  const auto sound = clock.SoundAt(Now());
+  if (!sound || sound->segment != segment) return;
+  counts_.Compare(picture, sound->seconds);
+  if (on_comparison_) on_comparison_(picture, sound->seconds);
 }
 
 }  // namespace player

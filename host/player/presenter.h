@@ -2,7 +2,10 @@
 #ifndef HOST_PLAYER_PRESENTER_H_
 #define HOST_PLAYER_PRESENTER_H_
 
+#include <cstdint>
+#include <functional>
 #include <optional>
+#include <utility>
 
 #include "clock.h"
 #include "picture_timing.h"
@@ -14,9 +17,14 @@ namespace player {
 
 class Presenter {
  public:
-  // All are borrowed.
-  Presenter(Window& window, const host::Clock& clock, PlayCounts& counts)
-      : window_(window), clock_(clock), counts_(counts) {}
+  // Given the stream times of a picture that was shown and of the sound heard when it could be
+  // seen.
+  using OnComparison = std::function<void(double picture, double sound)>;
+
+  // All are borrowed. `on_comparison` may be empty.
+  Presenter(Window& window, const host::Clock& clock, PlayCounts& counts,
+            OnComparison on_comparison = {})
+      : window_(window), clock_(clock), counts_(counts), on_comparison_(std::move(on_comparison)) {}
 
   // Makes the window ready for the first picture before time begins to go by, since that takes
   // long.
@@ -27,13 +35,21 @@ class Presenter {
   double ShowDue(Playback& playback, double longest);
 
  private:
-  std::optional<PictureFacts> FactsOfNext(const Playback& playback) const;
-  void Show(const Picture& picture, const PlayClock& clock);
+  // What comes next, and the segment of times in which it is due.
+  struct Next {
+    PictureFacts facts;
+    std::uint64_t segment = 0;
+  };
+
+  std::optional<Next> NextOf(const Playback& playback) const;
+  bool Show(const Picture& picture);
+  void Compare(double picture, const PlayClock& clock, std::uint64_t segment);
   double Now() const { return clock_.NowMs() / 1000; }
 
   Window& window_;
   const host::Clock& clock_;
   PlayCounts& counts_;
+  const OnComparison on_comparison_;
   PictureTiming timing_;
 };
 

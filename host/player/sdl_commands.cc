@@ -1,36 +1,45 @@
-#include "keys.h"
+#include "sdl_commands.h"
+
+#include <SDL.h>
 
 namespace player {
 namespace {
 
-Wish WishOfKey(SDL_Keycode key) {
+Command CommandOfKey(SDL_Keycode key) {
   switch (key) {
     case SDLK_SPACE:
-      return Wish::kPause;
+      return Command::kPause;
     case SDLK_LEFT:
-      return Wish::kBack;
+      return Command::kBack;
     case SDLK_RIGHT:
-      return Wish::kForward;
+      return Command::kForward;
     case SDLK_f:
-      return Wish::kFullScreen;
+      return Command::kFullScreen;
     case SDLK_q:
     case SDLK_ESCAPE:
-      return Wish::kEnd;
+      return Command::kEnd;
     default:
-      return Wish::kNothing;
+      return Command::kNothing;
   }
+}
+
+Command CommandOf(const SDL_Event& event) {
+  if (event.type == SDL_QUIT) return Command::kEnd;
+  if (event.type == SDL_WINDOWEVENT) return Command::kRedraw;
+  if (event.type != SDL_KEYDOWN) return Command::kNothing;
+  const Command command = CommandOfKey(event.key.keysym.sym);
+  // A key held down repeats: that is meant for moving only.
+  const bool moves = command == Command::kBack || command == Command::kForward;
+  return event.key.repeat != 0 && !moves ? Command::kNothing : command;
 }
 
 }  // namespace
 
-Wish WishOf(const SDL_Event& event) {
-  if (event.type == SDL_QUIT) return Wish::kEnd;
-  if (event.type == SDL_WINDOWEVENT) return Wish::kRedraw;
-  if (event.type != SDL_KEYDOWN) return Wish::kNothing;
-  const Wish wish = WishOfKey(event.key.keysym.sym);
-  // A key held down repeats: that is meant for moving only.
-  const bool moves = wish == Wish::kBack || wish == Wish::kForward;
-  return event.key.repeat != 0 && !moves ? Wish::kNothing : wish;
+std::optional<Command> SdlCommands::Wait(double seconds) {
+  SDL_Event event;
+  // Rounded down: rather a look too many than a picture too late.
+  if (SDL_WaitEventTimeout(&event, static_cast<int>(seconds * 1000)) == 0) return std::nullopt;
+  return CommandOf(event);
 }
 
 }  // namespace player

@@ -1,15 +1,18 @@
-// What keys and the window ask for.
-#ifndef HOST_PLAYER_KEYS_H_
-#define HOST_PLAYER_KEYS_H_
+// What keys and the window ask for, by SDL. For the main thread only.
+#ifndef HOST_PLAYER_SDL_COMMANDS_H_
+#define HOST_PLAYER_SDL_COMMANDS_H_
 
-#include <SDL.h>
+#include <optional>
+
+#include "command.h"
 
 namespace player {
 
-enum class Wish { kNothing, kPause, kBack, kForward, kFullScreen, kRedraw, kEnd };
-
-Wish WishOf(const SDL_Event& event);
+class SdlCommands final : public CommandSource {
+ public:
+  std::optional<Command> Wait(double seconds) override;
+};
 
 }  // namespace player
 
-#endif  // HOST_PLAYER_KEYS_H_
+#endif  // HOST_PLAYER_SDL_COMMANDS_H_

@@ -1,4 +1,4 @@
-#include "window.h"
+#include "sdl_window.h"
 
 #include <algorithm>
 
@@ -25,8 +25,8 @@ SDL_YUV_CONVERSION_MODE ConversionOf(const AVFrame& frame) {
 
 }  // namespace
 
-std::unique_ptr<Window> Window::Open(std::string& error) {
-  std::unique_ptr<Window> made(new Window);
+std::unique_ptr<SdlWindow> SdlWindow::Open(std::string& error) {
+  std::unique_ptr<SdlWindow> made(new SdlWindow);
   made->window_.reset(SDL_CreateWindow("stream_player", SDL_WINDOWPOS_CENTERED,
                                        SDL_WINDOWPOS_CENTERED, kFirstWidth, kFirstHeight,
                                        SDL_WINDOW_RESIZABLE));
@@ -41,14 +41,14 @@ std::unique_ptr<Window> Window::Open(std::string& error) {
   return made;
 }
 
-bool Window::Prepare(const AVFrame& frame) {
+bool SdlWindow::Prepare(const AVFrame& frame) {
   UseConversion(ConversionOf(frame));
   if (!PrepareTexture(frame)) return false;
   FitToPicture(ShownWidth(frame), frame.height);
   return true;
 }
 
-bool Window::Show(const AVFrame& frame) {
+bool SdlWindow::Show(const AVFrame& frame) {
   const AVFrame* planes = converter_.ToPlanes(frame);
   if (planes == nullptr) return false;
   if (!Prepare(*planes)) return false;
@@ -58,32 +58,32 @@ bool Window::Show(const AVFrame& frame) {
   return true;
 }
 
-void Window::Redraw() {
+void SdlWindow::Redraw() {
   SDL_SetRenderDrawColor(renderer_.get(), 0, 0, 0, SDL_ALPHA_OPAQUE);
   SDL_RenderClear(renderer_.get());
   if (texture_ != nullptr) SDL_RenderCopy(renderer_.get(), texture_.get(), nullptr, nullptr);
   SDL_RenderPresent(renderer_.get());
 }
 
-void Window::SetTitle(const std::string& title) {
+void SdlWindow::SetTitle(const std::string& title) {
   if (title == title_) return;
   title_ = title;
   SDL_SetWindowTitle(window_.get(), title.c_str());
 }
 
-void Window::ToggleFullScreen() {
+void SdlWindow::ToggleFullScreen() {
   full_screen_ = !full_screen_;
   SDL_SetWindowFullscreen(window_.get(), full_screen_ ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
 }
 
 // A renderer may take the mode when it makes the texture.
-void Window::UseConversion(SDL_YUV_CONVERSION_MODE mode) {
+void SdlWindow::UseConversion(SDL_YUV_CONVERSION_MODE mode) {
   if (SDL_GetYUVConversionMode() == mode) return;
   SDL_SetYUVConversionMode(mode);
   texture_.reset();
 }
 
-bool Window::PrepareTexture(const AVFrame& frame) {
+bool SdlWindow::PrepareTexture(const AVFrame& frame) {
   if (texture_ != nullptr && width_ == frame.width && height_ == frame.height) return true;
   SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "linear");
   texture_.reset(SDL_CreateTexture(renderer_.get(), SDL_PIXELFORMAT_IYUV,
@@ -94,7 +94,7 @@ bool Window::PrepareTexture(const AVFrame& frame) {
 }
 
 // The renderer keeps this aspect ratio, with bars where the window has another.
-void Window::FitToPicture(int width, int height) {
+void SdlWindow::FitToPicture(int width, int height) {
   SDL_RenderSetLogicalSize(renderer_.get(), width, height);
   if (has_picture_size_) return;
   has_picture_size_ = true;

@@ -29,19 +29,21 @@ void SoundBuffer::Fill(std::span<float> out, double heard_at) {
   const std::lock_guard lock(mutex_);
   const std::size_t wanted = out.size() / kSoundChannels;
   std::size_t done = 0;
-  bool heard = false;
+  bool heard = false;  // whether the clock knows of the sound at `done`
   while (done < wanted && !pieces_.empty()) {
     const double at = heard_at + SecondsOfFrames(done);
     if (const std::size_t silence = SilenceBefore(at); silence > 0) {
+      clock_.HearNothing(at);
+      heard = false;
       done += silence;
       continue;
     }
-    if (!going_on_) clock_.HearNothing();  // the next moment counts as it is
-    if (!std::exchange(heard, true)) clock_.Hear(Next(), at);
+    if (!heard || !Follows()) clock_.Hear(Next(), at, OrderOfNext());
+    heard = true;
     done += Take(out.subspan(done * kSoundChannels));
   }
-  if (pieces_.empty() && done < wanted) going_on_.reset();
-  if (!heard) clock_.HearNothing();
+  dry_ = done < wanted;
+  if (dry_) clock_.HearNothing(heard_at + SecondsOfFrames(done));
   room_came_.notify_one();
 }
 
@@ -67,14 +69,21 @@ void SoundBuffer::Close() {
 
 double SoundBuffer::Next() const { return pieces_.front().seconds + SecondsOfFrames(taken_); }
 
+bool SoundBuffer::Follows() const {
+  constexpr double kSameTime = 0.03;  // times of streams are rounded
+  return ended_ && std::abs(Next() - *ended_) < kSameTime;
+}
+
+PlayClock::Order SoundBuffer::OrderOfNext() const {
+  return !ended_ || Follows() ? PlayClock::Order::kFollows : PlayClock::Order::kJumps;
+}
+
 // Sound that goes on where the last ended is due whatever the clock says: it makes the clock.
 std::size_t SoundBuffer::SilenceBefore(double at) const {
-  constexpr double kSameTime = 0.03;  // times of streams are rounded
   constexpr double kExact = 0.001;
-  constexpr double kJump = 10;  // so far ahead is no gap but another count of time
-  if (going_on_ && std::abs(Next() - *going_on_) < kSameTime) return 0;
+  if (!dry_ && Follows()) return 0;
   const double ahead = Next() - clock_.At(at).value_or(Next());
-  if (ahead < kExact || ahead > kJump) return 0;
+  if (ahead < kExact || ahead > kFarApart) return 0;  // so far ahead is no gap but a jump
   return static_cast<std::size_t>(ahead * kSoundRate) + 1;
 }
 
@@ -85,7 +94,7 @@ std::size_t SoundBuffer::Take(std::span<float> out) {
   std::copy_n(from, count * kSoundChannels, out.begin());
   taken_ += count;
   frames_ -= count;
-  going_on_ = Next();
+  ended_ = Next();
   if (taken_ == piece.Frames()) {
     pieces_.pop_front();
     taken_ = 0;

@@ -38,16 +38,19 @@ class SoundBuffer {
  private:
   // All with mutex_ held.
   double Next() const;
+  bool Follows() const;
+  PlayClock::Order OrderOfNext() const;
   std::size_t SilenceBefore(double at) const;
   std::size_t Take(std::span<float> out);
 
   PlayClock& clock_;
   mutable std::mutex mutex_;
   std::condition_variable room_came_;
-  std::deque<SoundPiece> pieces_;   // all below guarded by mutex_
-  std::size_t frames_ = 0;          // in all pieces
-  std::size_t taken_ = 0;           // of the first piece
-  std::optional<double> going_on_;  // where the sound ended that was given out last
+  std::deque<SoundPiece> pieces_;  // all below guarded by mutex_
+  std::size_t frames_ = 0;         // in all pieces
+  std::size_t taken_ = 0;          // of the first piece
+  std::optional<double> ended_;    // where the sound ended that was given out last
+  bool dry_ = false;               // whether there was less sound than the device asked for
   bool closed_ = false;
 };
 

@@ -12,9 +12,6 @@
 namespace player {
 namespace {
 
-constexpr std::chrono::milliseconds kNoPatience{0};
-constexpr std::chrono::milliseconds kLongPatience{20'000};
-
 MediaUnit UnitAt(double seconds, std::size_t size = 10) {
   const auto ticks = static_cast<std::uint64_t>(seconds * kTicksPerSecond);
   return {std::vector<std::uint8_t>(size), ticks, ticks};
@@ -54,6 +51,12 @@ class FrameQueueTest : public testing::Test {
     }
   }
 
+  // The oldest unit, without waiting for one.
+  std::optional<MediaUnit> Pop(Kind kind) {
+    queue_.SetEnded(true);
+    return queue_.Pop(kind, true);
+  }
+
   FrameQueue queue_{{2, 100'000, 300'000}};
 };
 
@@ -61,20 +64,20 @@ TEST_F(FrameQueueTest, UnitsComeOutInTheirOrderKindByKind) {
   queue_.Push(Kind::kVideo, UnitAt(0.2));
   queue_.Push(Kind::kAudio, UnitAt(0.1));
   queue_.Push(Kind::kVideo, UnitAt(0.1));
-  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 18'000U);
-  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 9'000U);
-  EXPECT_EQ(queue_.Pop(Kind::kAudio, kNoPatience)->pts, 9'000U);
-  EXPECT_FALSE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+  EXPECT_EQ(Pop(Kind::kVideo)->pts, 18'000U);
+  EXPECT_EQ(Pop(Kind::kVideo)->pts, 9'000U);
+  EXPECT_EQ(Pop(Kind::kAudio)->pts, 9'000U);
+  EXPECT_FALSE(Pop(Kind::kAudio).has_value());
 }
 
 TEST_F(FrameQueueTest, FullLaneMakesTheGiverWaitUntilThereIsRoom) {
   FillBoth();
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
-  EXPECT_FALSE(queue_.Pop(Kind::kVideo, kNoPatience)->pts > 0);
+  EXPECT_FALSE(Pop(Kind::kVideo)->pts > 0);
   EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
   EXPECT_TRUE(pusher.taken());
-  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 180'000U);
-  EXPECT_EQ(queue_.Pop(Kind::kVideo, kNoPatience)->pts, 189'000U);
+  EXPECT_EQ(Pop(Kind::kVideo)->pts, 180'000U);
+  EXPECT_EQ(Pop(Kind::kVideo)->pts, 189'000U);
 }
 
 TEST_F(FrameQueueTest, NothingIsTakenWhileTheLaneIsFull) {
@@ -82,7 +85,7 @@ TEST_F(FrameQueueTest, NothingIsTakenWhileTheLaneIsFull) {
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
   // The other lane moves meanwhile; it does not run empty.
   for (int i = 0; i < 50; ++i) {
-    ASSERT_TRUE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+    ASSERT_TRUE(Pop(Kind::kAudio).has_value());
     ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(2)));
     ASSERT_FALSE(pusher.over());
   }
@@ -113,19 +116,19 @@ TEST_F(FrameQueueTest, TimeThatJumpsBackCountsAsTime) {
 
 TEST_F(FrameQueueTest, FullLaneGoesOnWhileTheOtherStarves) {
   FillBoth();
-  while (queue_.Pop(Kind::kAudio, kNoPatience)) {
+  while (Pop(Kind::kAudio)) {
   }
   ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3)));
   ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(4)));
   // Audio behind all this video can come at last.
   ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(0.1)));
-  EXPECT_TRUE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+  EXPECT_TRUE(Pop(Kind::kAudio).has_value());
 }
 
 TEST_F(FrameQueueTest, GiverThatWaitsGoesOnWhenTheOtherLaneRunsEmpty) {
   FillBoth();
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
-  while (queue_.Pop(Kind::kAudio, kNoPatience)) {
+  while (Pop(Kind::kAudio)) {
   }
   EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
   EXPECT_TRUE(pusher.taken());
@@ -133,11 +136,11 @@ TEST_F(FrameQueueTest, GiverThatWaitsGoesOnWhenTheOtherLaneRunsEmpty) {
 
 TEST_F(FrameQueueTest, StarvingLaneDoesNotLiftTheHardLimit) {
   FillBoth();
-  while (queue_.Pop(Kind::kAudio, kNoPatience)) {
+  while (Pop(Kind::kAudio)) {
   }
   ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3, 300'000)));
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(4));
-  while (!pusher.over() && queue_.Pop(Kind::kVideo, kNoPatience)) {
+  while (!pusher.over() && Pop(Kind::kVideo)) {
   }
   EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
 }
@@ -157,17 +160,37 @@ TEST_F(FrameQueueTest, CloseLetsGiversOfBothKindsAndTakersGo) {
   const Pusher audio(queue_, Kind::kAudio, UnitAt(3));
   queue_.Close();
   EXPECT_TRUE(WaitUntil([&] { return video.over() && audio.over(); }));
-  EXPECT_FALSE(queue_.Pop(Kind::kVideo, kLongPatience).has_value());
+  EXPECT_FALSE(queue_.Pop(Kind::kVideo, false).has_value());
   EXPECT_FALSE(queue_.Push(Kind::kVideo, UnitAt(0)));
+}
+
+TEST_F(FrameQueueTest, EndLetsATakerGoThatAskedForIt) {
+  std::atomic<bool> over{false};
+  std::thread taker([&] {
+    EXPECT_FALSE(queue_.Pop(Kind::kVideo, true).has_value());
+    over = true;
+  });
+  queue_.SetEnded(true);
+  EXPECT_TRUE(WaitUntil([&] { return over.load(); }));
+  taker.join();
+}
+
+TEST_F(FrameQueueTest, UnitAfterTheEndIsTakenAllTheSame) {
+  queue_.SetEnded(true);
+  std::atomic<std::uint64_t> pts{0};
+  std::thread taker([&] { pts = queue_.Pop(Kind::kVideo, false)->pts; });
+  queue_.Push(Kind::kVideo, UnitAt(2));
+  EXPECT_TRUE(WaitUntil([&] { return pts.load() == 180'000; }));
+  taker.join();
 }
 
 TEST_F(FrameQueueTest, QueueIsIdleOnlyWhenTheLastUnitIsDoneWith) {
   EXPECT_TRUE(queue_.IsIdle());
   queue_.Push(Kind::kAudio, UnitAt(0));
   EXPECT_FALSE(queue_.IsIdle());
-  queue_.Pop(Kind::kAudio, kNoPatience);
+  Pop(Kind::kAudio);
   EXPECT_FALSE(queue_.IsIdle());
-  queue_.Pop(Kind::kAudio, kNoPatience);
+  Pop(Kind::kAudio);
   EXPECT_TRUE(queue_.IsIdle());
 }
 

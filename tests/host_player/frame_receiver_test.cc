@@ -3,16 +3,15 @@
 #include <gtest/gtest.h>
 
 #include "tests/host/every_call.h"
+#include "tests/host/simulated_clock.h"
 #include "tests/host_player/frame_at.h"
 
 namespace player {
 namespace {
 
-constexpr std::chrono::milliseconds kNoPatience{0};
-
 class FrameReceiverTest : public testing::Test {
  protected:
-  host::SteadyClock clock_;
+  SimulatedClock clock_;
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FrameQueue queue_{{}};
@@ -24,12 +23,12 @@ TEST_F(FrameReceiverTest, FramesAreCopiedIntoTheQueueAndCounted) {
   receiver_.OnVideoFrame(FrameAt(9000, payload));
   payload = "xyz";
   receiver_.OnAudioFrame(FrameAt(100, payload));
-  const auto video = queue_.Pop(Kind::kVideo, kNoPatience);
+  const auto video = queue_.Pop(Kind::kVideo, false);
   ASSERT_TRUE(video.has_value());
   EXPECT_EQ(video->data, (std::vector<std::uint8_t>{'a', 'b', 'c'}));
   EXPECT_EQ(video->pts, 9000U);
   EXPECT_EQ(video->dts, 4500U);
-  EXPECT_TRUE(queue_.Pop(Kind::kAudio, kNoPatience).has_value());
+  EXPECT_TRUE(queue_.Pop(Kind::kAudio, false).has_value());
   EXPECT_EQ(counts_.video_frames, 1U);
   EXPECT_EQ(counts_.audio_frames, 1U);
 }

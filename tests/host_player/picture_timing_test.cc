@@ -5,7 +5,7 @@
 namespace player {
 namespace {
 
-using Deed = PictureVerdict::Deed;
+using Action = PictureVerdict::Action;
 
 // At the host's time 100, where sound is heard.
 PictureFacts Facts(double time, double due, std::optional<double> next = {}) {
@@ -15,59 +15,61 @@ PictureFacts Facts(double time, double due, std::optional<double> next = {}) {
 TEST(PictureTimingTest, PictureAheadIsWaitedFor) {
   PictureTiming timing;
   const PictureVerdict verdict = timing.Judge(Facts(5.03, 5));
-  EXPECT_EQ(verdict.deed, Deed::kWait);
+  EXPECT_EQ(verdict.action, Action::kWait);
   EXPECT_NEAR(verdict.wait.value_or(0), 0.03, 1e-9);
 }
 
 TEST(PictureTimingTest, PictureThatIsDueIsShown) {
   PictureTiming timing;
-  EXPECT_EQ(timing.Judge(Facts(5.001, 5)).deed, Deed::kShow);
-  EXPECT_EQ(timing.Judge(Facts(5, 5.015, 5.02)).deed, Deed::kShow);
+  EXPECT_EQ(timing.Judge(Facts(5.001, 5)).action, Action::kShow);
+  EXPECT_EQ(timing.Judge(Facts(5, 5.015, 5.02)).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, LatePictureIsPassedOverWhenTheNextIsNearer) {
+TEST(PictureTimingTest, LatePictureIsSkippedWhenTheNextIsNearer) {
   PictureTiming timing;
-  EXPECT_EQ(timing.Judge(Facts(5, 5.03, 5.04)).deed, Deed::kPassOver);
-  EXPECT_EQ(timing.Judge(Facts(5, 5.03, 5.10)).deed, Deed::kShow);
+  EXPECT_EQ(timing.Judge(Facts(5, 5.03, 5.04)).action, Action::kSkip);
+  EXPECT_EQ(timing.Judge(Facts(5, 5.03, 5.10)).action, Action::kShow);
 }
 
 TEST(PictureTimingTest, LatePictureIsShownWhenThereIsNoOther) {
   PictureTiming timing;
-  EXPECT_EQ(timing.Judge(Facts(5, 6)).deed, Deed::kShow);
+  EXPECT_EQ(timing.Judge(Facts(5, 6)).action, Action::kShow);
 }
 
 TEST(PictureTimingTest, OtherCountOfTimeWithoutSoundSetsTheClock) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   facts.is_heard = false;
-  EXPECT_EQ(timing.Judge(facts).deed, Deed::kSetClock);
+  EXPECT_EQ(timing.Judge(facts).action, Action::kSetClock);
   facts.time = 0;
   facts.due = 90;
-  EXPECT_EQ(timing.Judge(facts).deed, Deed::kSetClock);
+  EXPECT_EQ(timing.Judge(facts).action, Action::kSetClock);
 }
 
 TEST(PictureTimingTest, OtherCountOfTimeWaitsForTheSoundToGetThere) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
-  EXPECT_EQ(timing.Judge(facts).deed, Deed::kWait);
+  EXPECT_EQ(timing.Judge(facts).action, Action::kWait);
   facts.now += 0.5;
   facts.due = 104.99;  // the sound got there
   const PictureVerdict verdict = timing.Judge(facts);
-  EXPECT_EQ(verdict.deed, Deed::kWait);
+  EXPECT_EQ(verdict.action, Action::kWait);
   EXPECT_NEAR(verdict.wait.value_or(0), 0.01, 1e-9);
 }
 
 TEST(PictureTimingTest, SoundThatNeverGetsThereIsNotWaitedForForEver) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
-  EXPECT_EQ(timing.Judge(facts).deed, Deed::kWait);
+  EXPECT_EQ(timing.Judge(facts).action, Action::kWait);
   facts.now += 3.5;
   facts.due += 3.5;
-  EXPECT_EQ(timing.Judge(facts).deed, Deed::kShow);
+  const PictureVerdict own = timing.Judge(facts);
+  EXPECT_EQ(own.action, Action::kShow);
+  EXPECT_FALSE(own.follows_clock);
   // From here on at the speed of the stream.
   facts.time += 0.04;
   const PictureVerdict verdict = timing.Judge(facts);
-  EXPECT_EQ(verdict.deed, Deed::kWait);
+  EXPECT_EQ(verdict.action, Action::kWait);
   EXPECT_NEAR(verdict.wait.value_or(0), 0.04, 1e-9);
 }
 

@@ -44,11 +44,56 @@ TEST(PlayClockTest, LargeDistanceIsTakenAsItIs) {
   EXPECT_DOUBLE_EQ(*clock.At(100.02), 20);
 }
 
+TEST(PlayClockTest, JumpCountsFromTheMomentOnAtWhichItIsHeard) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  const std::uint64_t before = clock.TimeAt(100)->segment;
+  clock.Hear(110, 100.04, PlayClock::Order::kJumps);
+  EXPECT_DOUBLE_EQ(*clock.At(100.03), 10.03);
+  EXPECT_NEAR(*clock.HeardAt(100.03), 10.03, 1e-9);
+  EXPECT_EQ(clock.SoundAt(100.03)->segment, before);
+  EXPECT_DOUBLE_EQ(*clock.At(100.04), 110);
+  EXPECT_NEAR(*clock.HeardAt(100.05), 110.01, 1e-9);
+  EXPECT_NE(clock.SoundAt(100.04)->segment, before);
+  EXPECT_EQ(clock.SoundAt(100.04)->segment, clock.TimeAt(100.04)->segment);
+}
+
+TEST(PlayClockTest, JumpBackOfASecondBeginsASegment) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  clock.Hear(9, 100.02, PlayClock::Order::kJumps);
+  EXPECT_NE(clock.TimeAt(100.02)->segment, clock.TimeAt(100)->segment);
+}
+
+TEST(PlayClockTest, DeviceThatAsksLateBeginsNoSegment) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  const std::uint64_t before = clock.TimeAt(100)->segment;
+  clock.Hear(10.02, 100.52);
+  EXPECT_EQ(clock.TimeAt(100.52)->segment, before);
+  EXPECT_DOUBLE_EQ(*clock.At(100.52), 10.02);
+}
+
+TEST(PlayClockTest, JumpLostInAPauseIsMadeUpFor) {
+  PlayClock clock;
+  clock.Start(10, 100);
+  clock.Hear(10, 100);
+  clock.Hear(110, 100.04, PlayClock::Order::kJumps);
+  clock.SetPaused(true, 100.01);
+  clock.SetPaused(false, 101);
+  clock.Hear(110.02, 101.02);
+  EXPECT_DOUBLE_EQ(*clock.At(101.02), 110.02);
+  EXPECT_EQ(clock.SoundAt(101.02)->segment, clock.TimeAt(101.02)->segment);
+}
+
 TEST(PlayClockTest, TimeGoesOnWhenTheSoundRunsDry) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
-  clock.HearNothing();
+  clock.HearNothing(100.02);
   EXPECT_DOUBLE_EQ(*clock.At(102), 12);
   EXPECT_FALSE(clock.HeardAt(102).has_value());
 }
@@ -57,7 +102,7 @@ TEST(PlayClockTest, SoundThatComesLateTakesTheTimeBack) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
-  clock.HearNothing();
+  clock.HearNothing(100.02);
   clock.Hear(10.02, 102);
   EXPECT_DOUBLE_EQ(*clock.At(102), 10.02);
 }

@@ -6,51 +6,42 @@
 #include <string>
 #include <vector>
 
+#include "tests/host/simulated_clock.h"
+#include "tests/host_player/fake_downloader.h"
 #include "tests/host_player/frame_at.h"
-#include "tests/support/wait_until.h"
+#include "tests/host_player/simulated_sound_device.h"
 
 namespace player {
 namespace {
 
 using testing::ElementsAre;
 
-class FakeDownloader final : public host::Downloader {
- public:
-  bool Begin(const std::string& address) override {
-    calls.push_back("begin " + address);
-    return !refuses;
-  }
-  bool End() override {
-    calls.emplace_back("end");
-    return true;
-  }
-  bool SetStart(float seconds) override {
-    calls.push_back("start at " + std::to_string(static_cast<int>(seconds)));
-    return true;
-  }
-
-  std::vector<std::string> calls;
-  bool refuses = false;
-};
-
-// Without SDL there is no sound device, so a thread takes the sound.
 class PlayControlTest : public testing::Test {
  protected:
-  static constexpr double kIdleSeconds = 0.05;
+  static constexpr double kIdleSeconds = 2;
 
   PlayControl Make(std::optional<double> start_seconds = {}) {
     return {{"a.ts", start_seconds, kIdleSeconds},
             {downloader_, receiver_, output_, clock_, counts_, [this] { ++starts_; }}};
   }
 
-  // The stream begins, so that there is something to move in.
-  void FirstFrameComes() { receiver_.OnVideoFrame(FrameAt(90'000, "v")); }
+  // The stream begins, so that there is something to move in. Without a byte there is nothing to
+  // decode.
+  void FirstFrameComes() { receiver_.OnVideoFrame(FrameAt(90'000, "")); }
 
-  host::SteadyClock clock_;
+  // Whether the stream counts as ended after so much silence.
+  bool HasEndedAfter(PlayControl& control, double seconds) {
+    clock_.Advance(seconds * 1000);
+    control.Tick();
+    return control.HasEnded();
+  }
+
+  SimulatedClock clock_;
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FakeDownloader downloader_;
-  SoundOutput output_{clock_};
+  SimulatedSoundDevice device_{clock_};
+  SoundOutput output_{device_};
   int starts_ = 0;
 };
 
@@ -90,10 +81,8 @@ TEST_F(PlayControlTest, StreamThatNeverComesEnds) {
   for (const std::optional<double> start_seconds : {std::optional<double>(), {5.0}}) {
     PlayControl control = Make(start_seconds);
     ASSERT_TRUE(control.Begin());
-    EXPECT_TRUE(WaitUntil([&control] {
-      control.Tick();
-      return control.HasEnded();
-    }));
+    EXPECT_FALSE(HasEndedAfter(control, kIdleSeconds - 0.001));
+    EXPECT_TRUE(HasEndedAfter(control, 0.002));
     EXPECT_EQ(control.Facts().state, PlayState::kEnded);
   }
 }
@@ -132,12 +121,8 @@ TEST_F(PlayControlTest, SilenceAfterAMoveIsNotYetTheEnd) {
   ASSERT_TRUE(control.Begin());
   FirstFrameComes();
   control.Move(10);
-  const double moved = clock_.NowMs();
-  EXPECT_TRUE(WaitUntil([&control] {
-    control.Tick();
-    return control.HasEnded();
-  }));
-  EXPECT_GT(clock_.NowMs() - moved, 10 * kIdleSeconds * 1000);
+  EXPECT_FALSE(HasEndedAfter(control, 20 * kIdleSeconds - 0.001));
+  EXPECT_TRUE(HasEndedAfter(control, 0.002));
 }
 
 TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsForgotten) {

@@ -21,16 +21,18 @@ TEST(PlayerOptionsTest, AddressAloneGivesTheDefaults) {
   EXPECT_EQ(parsed.options->address, "http://h/a.ts");
   EXPECT_FALSE(parsed.options->start_seconds.has_value());
   EXPECT_EQ(parsed.options->report_file, "");
+  EXPECT_EQ(parsed.options->sync_log_file, "");
   EXPECT_EQ(parsed.options->idle_seconds, 10);
   EXPECT_FALSE(parsed.options->exit_at_end);
 }
 
 TEST(PlayerOptionsTest, EveryOptionIsTaken) {
-  const ParsedPlayerOptions parsed =
-      Parse({"a", "--start", "7.5", "--report", "r.html", "--idle", "1", "--exit"});
+  const ParsedPlayerOptions parsed = Parse({"a", "--start", "7.5", "--report", "r.html",
+                                            "--sync-log", "s.csv", "--idle", "1", "--exit"});
   ASSERT_TRUE(parsed.options.has_value());
   EXPECT_EQ(parsed.options->start_seconds, 7.5);
   EXPECT_EQ(parsed.options->report_file, "r.html");
+  EXPECT_EQ(parsed.options->sync_log_file, "s.csv");
   EXPECT_EQ(parsed.options->idle_seconds, 1);
   EXPECT_TRUE(parsed.options->exit_at_end);
 }
@@ -42,6 +44,7 @@ TEST(PlayerOptionsTest, WrongUsageIsOneLine) {
                                              {"a", "--start", "-1"},
                                              {"a", "--start", "x"},
                                              {"a", "--idle", "0"},
+                                             {"a", "--sync-log", ""},
                                              {"a", "b"}}) {
     const ParsedPlayerOptions parsed = Parse(wrong);
     EXPECT_FALSE(parsed.options.has_value());

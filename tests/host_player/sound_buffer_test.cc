@@ -56,7 +56,7 @@ TEST_F(SoundBufferTest, SoundOfALaterTimeWaitsInSilence) {
   sound_.Push(PieceAt(1.03, 0.1));
   EXPECT_EQ(SilentFrames(100), 960U);
   EXPECT_NEAR(static_cast<double>(SilentFrames(100.02)), 0.01 * kSoundRate, 50);
-  EXPECT_NEAR(*clock_.HeardAt(100.03), 1.03, kMs);
+  EXPECT_NEAR(*clock_.HeardAt(100.031), 1.031, kMs);
 }
 
 TEST_F(SoundBufferTest, GapInTheSoundIsSilentForItsLength) {
@@ -83,6 +83,23 @@ TEST_F(SoundBufferTest, DryBufferIsSilentAndTheClockIsAlone) {
   EXPECT_EQ(SilentFrames(100.02), 960U);
   EXPECT_FALSE(clock_.HeardAt(100.02).has_value());
   EXPECT_NEAR(*clock_.At(101), 2, kMs);
+}
+
+TEST_F(SoundBufferTest, JumpInAPortionIsHeardInItsMiddle) {
+  clock_.Start(1, 100);
+  sound_.Push(PieceAt(1, 0.01));
+  sound_.Push(PieceAt(101, 0.01));
+  EXPECT_EQ(SilentFrames(100), 0U);
+  EXPECT_NEAR(*clock_.HeardAt(100.005), 1.005, 1e-9);
+  EXPECT_NEAR(*clock_.HeardAt(100.015), 101.005, 1e-9);
+}
+
+TEST_F(SoundBufferTest, SoundThatEndsInAPortionIsHeardUntilThere) {
+  clock_.Start(1, 100);
+  sound_.Push(PieceAt(1, 0.01));
+  EXPECT_EQ(SilentFrames(100), 0U);
+  EXPECT_TRUE(clock_.HeardAt(100.009).has_value());
+  EXPECT_FALSE(clock_.HeardAt(100.011).has_value());
 }
 
 TEST_F(SoundBufferTest, LateSoundIsNotCut) {

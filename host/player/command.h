@@ -1,0 +1,22 @@
+// What the player is asked to do while it plays.
+#ifndef HOST_PLAYER_COMMAND_H_
+#define HOST_PLAYER_COMMAND_H_
+
+#include <optional>
+
+namespace player {
+
+enum class Command { kNothing, kPause, kBack, kForward, kFullScreen, kRedraw, kEnd };
+
+// For the main thread only.
+class CommandSource {
+ public:
+  virtual ~CommandSource() = default;
+
+  // The next command, waited for at most that long; nothing when there is none.
+  virtual std::optional<Command> Wait(double seconds) = 0;
+};
+
+}  // namespace player
+
+#endif  // HOST_PLAYER_COMMAND_H_

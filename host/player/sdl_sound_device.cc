@@ -1,0 +1,43 @@
+#include "sdl_sound_device.h"
+
+#include <SDL.h>
+
+#include <cstddef>
+#include <utility>
+
+namespace player {
+
+std::unique_ptr<SdlSoundDevice> SdlSoundDevice::Open(const host::Clock& clock, std::string& error) {
+  std::unique_ptr<SdlSoundDevice> made(new SdlSoundDevice(clock));
+  SDL_AudioSpec wanted{};
+  wanted.freq = kSoundRate;
+  wanted.format = AUDIO_F32SYS;
+  wanted.channels = kSoundChannels;
+  wanted.samples = kSoundPortion;
+  wanted.callback = Fill;
+  wanted.userdata = made.get();
+  made->device_ = SDL_OpenAudioDevice(nullptr, 0, &wanted, nullptr, 0);
+  if (made->device_ != 0) return made;
+  error = SDL_GetError();
+  return nullptr;
+}
+
+// A device that was opened pauses until it is told not to.
+void SdlSoundDevice::Start(Source source) {
+  source_ = std::move(source);
+  SDL_PauseAudioDevice(device_, 0);
+}
+
+void SdlSoundDevice::Close() {
+  if (device_ != 0) SDL_CloseAudioDevice(std::exchange(device_, 0));
+}
+
+void SdlSoundDevice::Fill(void* self, unsigned char* bytes, int size) {
+  const auto* device = static_cast<SdlSoundDevice*>(self);
+  const auto samples = static_cast<std::size_t>(size) / sizeof(float);
+  // It is heard when the portion before it has been played.
+  const double heard_at = device->clock_.NowMs() / 1000 + kSoundPortionSeconds;
+  device->source_({reinterpret_cast<float*>(bytes), samples}, heard_at);
+}
+
+}  // namespace player

@@ -1,0 +1,261 @@
+// Picture and sound, from the decoders to the window and the device: what can be seen is compared
+// with what the device plays at that very moment.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "host/player/picture_times.h"
+#include "tests/host_player/simulated_play.h"
+
+namespace player {
+namespace {
+
+using testing::DoubleNear;
+using testing::Pointwise;
+
+constexpr double kExact = 1e-6;
+constexpr double kSample = 1.0 / kSoundRate;
+constexpr double kPicture = DecodedStream::kPictureSeconds;
+constexpr double kPiece = DecodedStream::kPieceSeconds;
+
+// The numbers from `first` to before `end`.
+std::vector<std::size_t> Range(std::size_t first, std::size_t end) {
+  std::vector<std::size_t> numbers;
+  for (std::size_t i = first; i < end; ++i) numbers.push_back(i);
+  return numbers;
+}
+
+std::vector<double> TimesOf(const std::vector<DecodedStream::Item>& pictures) {
+  std::vector<double> times;
+  for (const DecodedStream::Item& picture : pictures) times.push_back(picture.seconds);
+  return times;
+}
+
+class InStepTest : public testing::Test {
+ protected:
+  const Shown& ShownAs(std::size_t place) const { return play_.shown().at(place); }
+
+  void ExpectShown(const std::vector<double>& times) const {
+    std::vector<double> shown;
+    for (const Shown& picture : play_.shown()) shown.push_back(picture.picture);
+    EXPECT_THAT(shown, Pointwise(DoubleNear(kExact), times));
+  }
+
+  // The device plays the sound of just that time when the picture can be seen.
+  void ExpectExact(const std::vector<std::size_t>& places, double tolerance = kExact) const {
+    for (const std::size_t place : places) {
+      ASSERT_TRUE(ShownAs(place).sound.has_value()) << place;
+      EXPECT_NEAR(ShownAs(place).picture, *ShownAs(place).sound, tolerance) << place;
+    }
+  }
+
+  // What the player compared is what the device played, and it compared these pictures.
+  void ExpectCompared(const std::vector<std::size_t>& places) const {
+    ASSERT_EQ(play_.compared().size(), places.size());
+    double apart = 0;
+    for (std::size_t i = 0; i < places.size(); ++i) {
+      const Shown& shown = ShownAs(places[i]);
+      ASSERT_TRUE(shown.sound.has_value()) << places[i];
+      EXPECT_NEAR(play_.compared()[i].picture, shown.picture, kExact) << places[i];
+      EXPECT_NEAR(play_.compared()[i].sound, *shown.sound, kExact) << places[i];
+      apart = std::max(apart, std::abs(shown.picture - *shown.sound));
+    }
+    EXPECT_NEAR(play_.counts().apart, apart, kExact);
+  }
+
+  SimulatedPlay play_;
+};
+
+TEST_F(InStepTest, PictureAndSoundStartTogether) {
+  const DecodedStream stream = DecodedStream().Pictures(1.4, 100).Sound(1.4, 190);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  // The first is shown at once; the first sound is heard when the device has played its silence.
+  EXPECT_EQ(ShownAs(0).at, 0);
+  EXPECT_FALSE(ShownAs(0).sound.has_value());
+  ExpectExact(Range(1, 100));
+  ExpectCompared(Range(1, 100));
+}
+
+TEST_F(InStepTest, SoundThatBeginsLaterMeetsThePictures) {
+  play_.Run(DecodedStream().Pictures(1.4, 50).Sound(1.91, 80));
+  EXPECT_FALSE(ShownAs(12).sound.has_value());
+  ExpectExact(Range(13, 50), 2 * kSample);
+  ExpectCompared(Range(13, 50));
+}
+
+TEST_F(InStepTest, PicturesThatBeginLaterMeetTheSound) {
+  play_.Run(DecodedStream().Pictures(1.91, 50).Sound(1.4, 120));
+  ASSERT_EQ(play_.shown().size(), 50U);
+  ExpectExact(Range(0, 50));
+  ExpectCompared(Range(0, 50));
+}
+
+// Decode order I P B B P, as it leaves the decoder: I B B P P. Only the times of decoding are
+// known, as in FLV.
+TEST_F(InStepTest, PicturesThatAreDecodedInAnotherOrderAreInStep) {
+  constexpr std::uint64_t kStep = 3600;
+  constexpr std::uint64_t kFirst = 126'000;
+  const std::vector<std::uint64_t> order = {0, 2, 3, 1, 4};
+  PictureTimes times(true);
+  DecodedStream stream;
+  for (std::uint64_t group = 0; group < 20; ++group) {
+    const std::uint64_t first = kFirst + group * order.size() * kStep;
+    for (std::uint64_t i = 0; i < order.size(); ++i)
+      times.Sent(first + i * kStep, first + i * kStep);
+    for (const std::uint64_t place : order) {
+      const std::uint64_t time = times.TimeOf(first + place * kStep, place == 0, 2);
+      stream.pictures.push_back({SecondsOf(time), 0});
+    }
+  }
+  play_.Run(stream.Sound(1.4, 250));
+  // Shown in the order in which they left the decoder, evenly, two pictures after the decoding.
+  ExpectShown(TimesOf(DecodedStream().Pictures(1.4 + 2 * kPicture, 100).pictures));
+  ExpectExact(Range(0, 100));
+}
+
+TEST_F(InStepTest, JumpOnLeavesEachPictureItsSound) {
+  const DecodedStream stream =
+      DecodedStream().Pictures(1.4, 25).Pictures(101.4, 25).Sound(1.4, 47).Sound(101.4, 50);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  ExpectExact(Range(1, 25));
+  // The first after the jump waits for the sound, and is shown within one turn of the loop.
+  EXPECT_GE(*ShownAs(25).sound, 101.4 - kExact);
+  EXPECT_LE(*ShownAs(25).sound, 101.41 + kExact);
+  ExpectExact(Range(26, 50));
+  ExpectCompared(Range(1, 50));
+}
+
+TEST_F(InStepTest, JumpBackLeavesEachPictureItsSound) {
+  const DecodedStream stream =
+      DecodedStream().Pictures(101.4, 25).Pictures(1.4, 25).Sound(101.4, 47).Sound(1.4, 50);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  ExpectExact(Range(1, 25));
+  EXPECT_GE(*ShownAs(25).sound, 1.4 - kExact);
+  EXPECT_LE(*ShownAs(25).sound, 1.41 + kExact);
+  ExpectExact(Range(26, 50));
+  ExpectCompared(Range(1, 50));
+}
+
+// The device has the sound of after the jump already, and plays that of before it.
+TEST_F(InStepTest, LastPictureBeforeAJumpIsShownWithTheSoundBeforeIt) {
+  const DecodedStream stream =
+      DecodedStream().Pictures(1.422, 10).Pictures(101.4, 25).Sound(1.4, 18).Sound(101.4, 50);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  ExpectExact({9});
+  EXPECT_NEAR(*ShownAs(9).sound, 1.4 + 18 * kPiece - 0.002, kExact);
+  ExpectExact(Range(11, 35));
+}
+
+TEST_F(InStepTest, PictureThatIsSeenAfterAJumpIsNotComparedWithItsSound) {
+  for (const double after : {101.4, -98.6}) {
+    SimulatedPlay play;
+    const double before = after > 0 ? 1.4 : 101.4;
+    const double second = after > 0 ? after : 1.4;
+    play.ShowSlowly(9, 100);
+    play.Run(DecodedStream()
+                 .Pictures(before, 10)
+                 .Pictures(second, 25)
+                 .Sound(before, 20)
+                 .Sound(second, 60));
+    const Shown& seen_late = play.shown().at(9);
+    EXPECT_GT(std::abs(seen_late.picture - seen_late.sound.value()), 90);
+    for (const auto& [picture, sound] : play.compared()) {
+      EXPECT_NE(picture, seen_late.picture);
+      EXPECT_LE(std::abs(picture - sound), 0.05);
+    }
+    EXPECT_EQ(play.compared().size(), play.shown().size() - 2);  // but for the first, before any
+  }
+}
+
+TEST_F(InStepTest, PicturesThatNeverGetToTheTimesOfTheSoundAreNotCompared) {
+  play_.Run(DecodedStream().Pictures(0, 150).Sound(50, 250));
+  EXPECT_EQ(play_.counts().shown, 150U);
+  EXPECT_FALSE(play_.counts().compared);
+}
+
+TEST_F(InStepTest, StallHoldsBothAndTheyGoOnInStep) {
+  constexpr double kStallMs = 2000;
+  const DecodedStream stream = DecodedStream()
+                                   .Pictures(1.4, 10)
+                                   .Pictures(1.8, 15, kStallMs)
+                                   .Sound(1.4, 18)
+                                   .Sound(1.4 + 18 * kPiece, 40, kStallMs);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  EXPECT_LT(ShownAs(9).at, 0.5);
+  EXPECT_GE(ShownAs(10).at, 2);
+  EXPECT_LT(ShownAs(10).at, 2.1);
+  ExpectExact(Range(1, 25));
+  ExpectCompared(Range(1, 25));
+}
+
+TEST_F(InStepTest, PauseHoldsBothAndTheyGoOnInStep) {
+  const DecodedStream stream = DecodedStream().Pictures(1.4, 50).Sound(1.4, 100);
+  play_.CommandAt(0.211, Command::kPause);
+  play_.CommandAt(60.005, Command::kPause);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  EXPECT_NEAR(ShownAs(4).at, 0.2, kExact);
+  EXPECT_GT(ShownAs(5).at, 60.005);
+  ExpectExact(Range(1, 50));
+  ExpectCompared(Range(1, 50));
+}
+
+TEST_F(InStepTest, SeekLeadsToPicturesAndSoundOfTheNewPosition) {
+  play_.CommandAt(0.211, Command::kForward);
+  double sought = 0;
+  play_.Run([&sought](double start_seconds) {
+    sought = start_seconds;
+    return DecodedStream().Pictures(1.4 + start_seconds, 25).Sound(1.4 + start_seconds, 50);
+  });
+  EXPECT_NEAR(sought, 10.17, 0.001);
+  ASSERT_EQ(play_.shown().size(), 5U + 25);
+  EXPECT_NEAR(ShownAs(5).picture, 1.4 + sought, kExact);
+  ExpectExact(Range(1, 5));
+  ExpectExact(Range(6, 30));
+  std::vector<std::size_t> compared = Range(1, 5);
+  for (const std::size_t place : Range(6, 30)) compared.push_back(place);
+  ExpectCompared(compared);
+}
+
+TEST_F(InStepTest, PicturesAfterTheSoundHasEndedKeepTheirPace) {
+  const DecodedStream stream = DecodedStream().Pictures(1.4, 50).Sound(1.4, 18);
+  play_.Run(stream);
+  ExpectShown(TimesOf(stream.pictures));
+  ExpectExact(Range(1, 10));
+  ExpectCompared(Range(1, 10));
+  for (const std::size_t place : Range(10, 50)) {
+    EXPECT_FALSE(ShownAs(place).sound.has_value()) << place;
+    EXPECT_NEAR(ShownAs(place).at - ShownAs(place - 1).at, kPicture, kExact) << place;
+  }
+}
+
+TEST_F(InStepTest, LatePicturesAreSkippedUntilOneIsInStep) {
+  play_.ShowSlowly(5, 130);
+  play_.Run(DecodedStream().Pictures(1.4, 50).Sound(1.4, 100));
+  EXPECT_EQ(play_.counts().passed_over, 2U);
+  EXPECT_EQ(play_.counts().shown, 48U);
+  EXPECT_NEAR(ShownAs(5).picture, 1.6, kExact);
+  EXPECT_NEAR(*ShownAs(5).sound, 1.73, kExact);
+  EXPECT_NEAR(ShownAs(6).picture, 1.72, kExact);
+  EXPECT_NEAR(*ShownAs(6).sound, 1.73, kExact);
+  ExpectExact(Range(7, 48));
+  ExpectCompared(Range(1, 48));
+}
+
+TEST_F(InStepTest, UnevenDeviceLeavesPicturesWithinHalfAPicture) {
+  play_.device().AskUnevenly({0, 7, 3, 12, 1});
+  play_.Run(DecodedStream().Pictures(1.4, 100).Sound(1.4, 200));
+  EXPECT_EQ(play_.shown().size(), 100U);
+  ExpectExact(Range(1, 100), kPicture / 2);
+}
+
+}  // namespace
+}  // namespace player

@@ -1,0 +1,210 @@
+// The player from decoded frames on, with a clock, a sound device, a window and keys that are all
+// simulated: what it does is the same in each run, to the microsecond. For one thread.
+#ifndef TESTS_HOST_PLAYER_SIMULATED_PLAY_H_
+#define TESTS_HOST_PLAYER_SIMULATED_PLAY_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/player/event_loop.h"
+#include "host/player/presenter.h"
+#include "tests/host/simulated_clock.h"
+#include "tests/host_player/fake_downloader.h"
+#include "tests/host_player/frame_at.h"
+#include "tests/host_player/simulated_sound_device.h"
+
+namespace player {
+
+// What the decoders of one start bring, in their order. Times in seconds; `after_ms` is how long
+// after the start it is decoded.
+struct DecodedStream {
+  struct Item {
+    double seconds = 0;
+    double after_ms = 0;
+  };
+
+  // Each piece has 1024 frames.
+  static constexpr std::size_t kPieceFrames = 1024;
+  static constexpr double kPieceSeconds = static_cast<double>(kPieceFrames) / kSoundRate;
+  static constexpr double kPictureSeconds = 0.04;
+
+  DecodedStream& Pictures(double first, int count, double after_ms = 0) {
+    for (int i = 0; i < count; ++i) pictures.push_back({first + i * kPictureSeconds, after_ms});
+    return *this;
+  }
+  DecodedStream& Sound(double first, int pieces, double after_ms = 0) {
+    for (int i = 0; i < pieces; ++i) sound.push_back({first + i * kPieceSeconds, after_ms});
+    return *this;
+  }
+
+  std::vector<Item> pictures;
+  std::vector<Item> sound;
+};
+
+// A picture that was shown.
+struct Shown {
+  double picture = 0;           // its stream time
+  double at = 0;                // the moment from which it could be seen, in seconds
+  std::optional<double> sound;  // the stream time that the device played then
+};
+
+class SimulatedPlay final : private Window, private CommandSource {
+ public:
+  SimulatedPlay() {
+    downloader_.on_begin = [this](double start_seconds) { Begin(start_seconds); };
+  }
+
+  // Plays to the end what `streams` has for the position of each start.
+  void Run(std::function<DecodedStream(double start_seconds)> streams) {
+    streams_ = std::move(streams);
+    ASSERT_TRUE(control_.Begin());
+    EventLoop({*this, *this, presenter_, control_, [] { return false; }}, true).Run();
+    control_.End();
+  }
+  void Run(const DecodedStream& stream) {
+    Run([stream](double) { return stream; });
+  }
+
+  void CommandAt(double seconds, Command command) { commands_.emplace(seconds * 1000, command); }
+  // How long the window takes to show the picture of that number.
+  void ShowSlowly(std::size_t picture, double ms) { slow_[picture] = ms; }
+
+  SimulatedSoundDevice& device() { return device_; }
+  const PlayCounts& counts() const { return counts_; }
+  const std::vector<Shown>& shown() const { return shown_; }
+  // What the player compared, as it did.
+  struct Comparison {
+    double picture = 0;
+    double sound = 0;
+  };
+  const std::vector<Comparison>& compared() const { return compared_; }
+
+  // The stream time of the sound that is heard at that moment; nothing while there is silence.
+  std::optional<double> SoundAt(double seconds) const {
+    const auto sample = device_.HeardAt(seconds);
+    if (!sample || sample->left == 0) return std::nullopt;
+    const double piece = piece_seconds_.at(static_cast<std::size_t>(sample->left) - 1);
+    return piece + (static_cast<double>(sample->right) - 1) / kSoundRate + sample->after;
+  }
+
+ private:
+  // Window. The frame carries the number of the picture as its pts.
+  bool Prepare(const AVFrame& /*frame*/) override { return true; }
+  bool Show(const AVFrame& frame) override {
+    const auto number = static_cast<std::size_t>(frame.pts);
+    if (const auto slow = slow_.find(number); slow != slow_.end()) clock_.Advance(slow->second);
+    shown_.push_back({picture_seconds_[number], Now(), SoundAt(Now())});
+    return true;
+  }
+  void Redraw() override {}
+  void SetTitle(const std::string& /*title*/) override {}
+  void ToggleFullScreen() override {}
+
+  // CommandSource: the loop asks for commands each turn, which is when the decoders work too.
+  std::optional<Command> Wait(double seconds) override {
+    Decode();
+    const double until = clock_.NowMs() + seconds * 1000;
+    const auto next = commands_.begin();
+    if (next == commands_.end() || next->first > until) {
+      clock_.AdvanceTo(until);
+      Decode();
+      return std::nullopt;
+    }
+    clock_.AdvanceTo(next->first);
+    const Command command = next->second;
+    commands_.erase(next);
+    return command;
+  }
+
+  void Begin(double start_seconds) {
+    stream_ = streams_(start_seconds);
+    began_ms_ = clock_.NowMs();
+    next_picture_ = next_piece_ = 0;
+    pictures_before_ = PicturesTaken();
+    frames_pushed_ = device_.FramesTaken();
+    // The first frames, which say where the stream begins; without a byte they are not decoded.
+    const auto ticks = [](double seconds) { return static_cast<std::uint64_t>(seconds * 90'000); };
+    if (!stream_.pictures.empty()) {
+      receiver_.OnVideoFrame(FrameAt(ticks(stream_.pictures.front().seconds), ""));
+    }
+  }
+
+  std::size_t PicturesTaken() const { return counts_.shown + counts_.passed_over; }
+
+  // No more than there is space for: a decoder would wait.
+  void Decode() {
+    constexpr std::size_t kPicturesAhead = 8;
+    constexpr std::size_t kFramesAhead = kSoundRate / 4;
+    Playback* const playback = control_.playback();
+    if (playback == nullptr) return;
+    while (next_picture_ - (PicturesTaken() - pictures_before_) < kPicturesAhead &&
+           IsDecoded(stream_.pictures, next_picture_)) {
+      AvFrame frame = MakeFrame();
+      frame->pts = static_cast<std::int64_t>(picture_seconds_.size());
+      picture_seconds_.push_back(stream_.pictures[next_picture_++].seconds);
+      playback->pictures().Push({std::move(frame), picture_seconds_.back()});
+    }
+    while (frames_pushed_ - device_.FramesTaken() < kFramesAhead &&
+           IsDecoded(stream_.sound, next_piece_)) {
+      playback->sound().Push(PieceAt(stream_.sound[next_piece_++].seconds));
+      frames_pushed_ += DecodedStream::kPieceFrames;
+    }
+  }
+
+  bool IsDecoded(const std::vector<DecodedStream::Item>& items, std::size_t place) const {
+    return place < items.size() && began_ms_ + items[place].after_ms <= clock_.NowMs();
+  }
+
+  // Each sample says which piece it is of, and which of its frames; 0 is left to silence.
+  SoundPiece PieceAt(double seconds) {
+    SoundPiece piece;
+    piece.seconds = seconds;
+    piece_seconds_.push_back(seconds);
+    for (std::size_t frame = 0; frame < DecodedStream::kPieceFrames; ++frame) {
+      piece.samples.push_back(static_cast<float>(piece_seconds_.size()));
+      piece.samples.push_back(static_cast<float>(frame + 1));
+    }
+    return piece;
+  }
+
+  double Now() const { return clock_.NowMs() / 1000; }
+
+  static constexpr double kIdleSeconds = 30;  // longer than any stream here
+
+  SimulatedClock clock_;
+  PlayCounts counts_;
+  FrameReceiver receiver_{clock_, counts_};
+  FakeDownloader downloader_;
+  SimulatedSoundDevice device_{clock_};
+  SoundOutput output_{device_};
+  PlayControl control_{{"a.ts", {}, kIdleSeconds},
+                       {downloader_, receiver_, output_, clock_, counts_, {}}};
+  std::vector<Shown> shown_;
+  std::vector<Comparison> compared_;
+  Presenter presenter_{*this, clock_, counts_, [this](double picture, double sound) {
+                         compared_.push_back({picture, sound});
+                       }};
+  std::multimap<double, Command> commands_;  // by their moments, in milliseconds
+  std::map<std::size_t, double> slow_;
+  std::function<DecodedStream(double)> streams_;
+  // Of the newest start.
+  DecodedStream stream_;
+  double began_ms_ = 0;
+  std::size_t next_picture_ = 0;
+  std::size_t next_piece_ = 0;
+  std::size_t pictures_before_ = 0;
+  std::size_t frames_pushed_ = 0;  // to be taken, and taken, since the first start
+  // Of all starts, by number.
+  std::vector<double> picture_seconds_;
+  std::vector<double> piece_seconds_;
+};
+
+}  // namespace player
+
+#endif  // TESTS_HOST_PLAYER_SIMULATED_PLAY_H_

@@ -1,0 +1,81 @@
+// A sound device that plays by a simulated clock and knows which sample is heard at which moment.
+#ifndef TESTS_HOST_PLAYER_SIMULATED_SOUND_DEVICE_H_
+#define TESTS_HOST_PLAYER_SIMULATED_SOUND_DEVICE_H_
+
+#include <cstddef>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "host/player/sound_device.h"
+#include "tests/host/simulated_clock.h"
+
+namespace player {
+
+// Asks for a portion every 20 ms and plays it 20 ms later. For one thread.
+class SimulatedSoundDevice final : public SoundDevice {
+ public:
+  struct Sample {
+    float left = 0;
+    float right = 0;
+    double after = 0;  // seconds since its first moment
+  };
+
+  explicit SimulatedSoundDevice(SimulatedClock& clock) : clock_(clock) {}
+
+  void Start(Source source) override {
+    source_ = std::move(source);
+    began_ms_ = clock_.NowMs();
+    ExpectPortion();
+  }
+  void Stop() override { source_ = {}; }
+
+  // How much later than even the portions are asked for, in turn; they are played evenly all the
+  // same. Less than a portion.
+  void AskUnevenly(std::vector<double> delays_ms) { delays_ms_ = std::move(delays_ms); }
+
+  // The sample that is heard at that moment, in seconds; nothing before the first.
+  std::optional<Sample> HeardAt(double seconds) const {
+    constexpr double kRounding = 1e-9;
+    const double since = seconds + kRounding - began_ms_ / 1000 - kSoundPortionSeconds;
+    const double frames = since * kSoundRate;
+    if (since < 0 || static_cast<std::size_t>(frames) * 2 >= played_.size()) return std::nullopt;
+    const auto frame = static_cast<std::size_t>(frames);
+    const double after = (frames - static_cast<double>(frame)) / kSoundRate;
+    return Sample{played_[frame * 2], played_[frame * 2 + 1], after};
+  }
+
+  // How many frames of sound, and not of silence, were given.
+  std::size_t FramesTaken() const { return frames_taken_; }
+
+ private:
+  void ExpectPortion() {
+    const double delay = delays_ms_.empty() ? 0 : delays_ms_[asked_ % delays_ms_.size()];
+    const double even = began_ms_ + static_cast<double>(asked_) * kSoundPortionSeconds * 1000;
+    clock_.CallAt(even + delay, [this] { TakePortion(); });
+  }
+
+  void TakePortion() {
+    if (!source_) return;
+    std::vector<float> portion(static_cast<std::size_t>(kSoundPortion) * kSoundChannels, -1.0F);
+    source_(portion, clock_.NowMs() / 1000 + kSoundPortionSeconds);
+    for (std::size_t i = 0; i < portion.size(); i += 2) {
+      if (portion[i] != 0) ++frames_taken_;
+    }
+    played_.insert(played_.end(), portion.begin(), portion.end());
+    ++asked_;
+    ExpectPortion();
+  }
+
+  SimulatedClock& clock_;
+  Source source_;
+  double began_ms_ = 0;
+  std::size_t asked_ = 0;
+  std::vector<double> delays_ms_;
+  std::vector<float> played_;
+  std::size_t frames_taken_ = 0;
+};
+
+}  // namespace player
+
+#endif  // TESTS_HOST_PLAYER_SIMULATED_SOUND_DEVICE_H_

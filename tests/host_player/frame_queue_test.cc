@@ -172,6 +172,7 @@ TEST_F(FrameQueueTest, EndLetsATakerGoThatAskedForIt) {
   });
   queue_.SetEnded(true);
   EXPECT_TRUE(WaitUntil([&] { return over.load(); }));
+  queue_.Close();
   taker.join();
 }
 

@@ -18,11 +18,6 @@ PictureVerdict JudgeNear(double ahead, std::optional<double> next_ahead) {
   return {is_skipped ? Action::kSkip : Action::kShow};
 }
 
-PictureVerdict JudgeBy(double due, const PictureFacts& facts) {
-  if (!facts.next) return JudgeNear(facts.time - due, {});
-  return JudgeNear(facts.time - due, *facts.next - due);
-}
-
 }  // namespace
 
 PictureVerdict PictureTiming::Judge(const PictureFacts& facts) {
@@ -32,11 +27,26 @@ PictureVerdict PictureTiming::Judge(const PictureFacts& facts) {
   return JudgeBy(facts.due, facts);
 }
 
+PictureVerdict PictureTiming::JudgeBy(double due, const PictureFacts& facts) {
+  std::optional<double> next_ahead;
+  if (facts.next) next_ahead = *facts.next - due;
+  const PictureVerdict verdict = JudgeNear(facts.time - due, next_ahead);
+  if (verdict.action == Action::kShow) last_ = Shown{facts.time, facts.now};
+  return verdict;
+}
+
+// When the picture is due by the one before it; nothing when it does not follow that one.
+std::optional<double> PictureTiming::OwnDue(const PictureFacts& facts) const {
+  if (!last_ || std::abs(facts.time - last_->time) > kFarApart) return std::nullopt;
+  return last_->time + (facts.now - last_->at);
+}
+
 PictureVerdict PictureTiming::JudgeFarAway(const PictureFacts& facts) {
   constexpr double kPatience = 3;
   if (!facts.is_heard) return {Action::kSetClock};
   const double ahead = facts.time - facts.due;
   if (distance_ && std::abs(ahead - *distance_) > kFarApart) distance_.reset();
+  if (const auto due = OwnDue(facts); !distance_ && due) distance_ = *due - facts.due;
   if (!distance_) {
     if (!far_since_) far_since_ = facts.now;
     if (facts.now - *far_since_ < kPatience) return {Action::kWait};

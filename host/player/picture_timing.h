@@ -1,8 +1,9 @@
 // What to do with the next picture: show it, wait for its time, or skip it.
 //
 // Pictures follow the clock, and the clock follows the sound. Where the times of a stream jump,
-// pictures and sound get there one after the other: the pictures wait for the sound. Where the
-// sound never gets there, they go on at their own distance from it.
+// pictures and sound get there one after the other. Pictures that get there first wait for the
+// sound; where it never does, they go on at their own distance from it. Pictures that are left when
+// the sound has got there go on at their own pace.
 //
 // All times in seconds. For one thread.
 #ifndef HOST_PLAYER_PICTURE_TIMING_H_
@@ -39,8 +40,16 @@ class PictureTiming {
   PictureVerdict Judge(const PictureFacts& facts);
 
  private:
-  PictureVerdict JudgeFarAway(const PictureFacts& facts);
+  struct Shown {
+    double time = 0;
+    double at = 0;  // the host's time
+  };
 
+  PictureVerdict JudgeBy(double due, const PictureFacts& facts);
+  PictureVerdict JudgeFarAway(const PictureFacts& facts);
+  std::optional<double> OwnDue(const PictureFacts& facts) const;
+
+  std::optional<Shown> last_;        // the last picture that was shown
   std::optional<double> far_since_;  // since when pictures wait for the sound
   std::optional<double> distance_;   // how far from the clock they go on
 };

@@ -153,6 +153,22 @@ TEST_F(InStepTest, LastPictureBeforeAJumpIsShownWithTheSoundBeforeIt) {
   ExpectExact(Range(11, 35));
 }
 
+// Two pictures are left when the sound is there: the first after the jump is too late then.
+TEST_F(InStepTest, SoundThatJumpsFirstDoesNotHoldThePictures) {
+  play_.Run(DecodedStream().Pictures(1.4, 20).Pictures(101.4, 50).Sound(1.4, 33).Sound(101.4, 100));
+  EXPECT_EQ(play_.counts().passed_over, 1U);
+  ExpectExact(Range(1, 18));
+  for (const std::size_t place : {18U, 19U}) {
+    EXPECT_NEAR(ShownAs(place).at - ShownAs(place - 1).at, kPicture, kExact) << place;
+  }
+  EXPECT_NEAR(ShownAs(20).picture, 101.44, kExact);
+  EXPECT_NEAR(*ShownAs(20).sound, 101.456, kExact);
+  ExpectExact(Range(21, 69));
+  std::vector<std::size_t> compared = Range(1, 18);
+  for (const std::size_t place : Range(20, 69)) compared.push_back(place);
+  ExpectCompared(compared);
+}
+
 TEST_F(InStepTest, PictureThatIsSeenAfterAJumpIsNotComparedWithItsSound) {
   for (const double after : {101.4, -98.6}) {
     SimulatedPlay play;

@@ -57,6 +57,20 @@ TEST(PictureTimingTest, OtherCountOfTimeWaitsForTheSoundToGetThere) {
   EXPECT_NEAR(verdict.wait.value_or(0), 0.01, 1e-9);
 }
 
+TEST(PictureTimingTest, PictureThatIsLeftWhenTheSoundHasJumpedKeepsItsPace) {
+  PictureTiming timing;
+  EXPECT_EQ(timing.Judge(Facts(5, 5)).action, Action::kShow);
+  PictureFacts facts = Facts(5.04, 105);
+  facts.now += 0.01;
+  const PictureVerdict verdict = timing.Judge(facts);
+  EXPECT_EQ(verdict.action, Action::kWait);
+  EXPECT_NEAR(verdict.wait.value_or(0), 0.03, 1e-9);
+  EXPECT_FALSE(verdict.follows_clock);
+  facts.now += 0.03;
+  facts.due += 0.03;
+  EXPECT_EQ(timing.Judge(facts).action, Action::kShow);
+}
+
 TEST(PictureTimingTest, SoundThatNeverGetsThereIsNotWaitedForForEver) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);

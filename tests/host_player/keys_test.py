@@ -32,7 +32,7 @@ class SeekKeysTest(PlayerCase):
         title = self.await_title(lambda title: title["state"] is None, "that it plays")
         self.assertIn(seconds_of(title["position"]), range(0, 10))
         self.display.press("q")
-        self.assert_ends_soon(run)
+        self.assert_ends(run)
         self.assertEqual(run.summary()["errors"], 0, run.summary())
         starts = [line for line in server.requests(3) if line.startswith(f"/{name} ")]
         self.assertGreaterEqual(len(starts), 3)  # the first, and one for each key
@@ -65,7 +65,7 @@ class OtherKeysTest(PlayerCase):
         self.display.press("f")
         self.display.await_colour("black", x=140, y=740)
 
-    def test_player_that_is_paused_with_all_queues_full_ends_at_once(self):
+    def test_player_that_is_paused_with_all_queues_full_ends(self):
         run = self.start_player(self.address)
         self.display.await_colour("red")
         self.display.press("space")
@@ -73,7 +73,7 @@ class OtherKeysTest(PlayerCase):
         # So much waits in the player that the calls of the component wait for room.
         self.await_title(lambda title: seconds_of(title["buffered"]) >= 5, "full queues")
         self.display.press("Escape")
-        self.assert_ends_soon(run)
+        self.assert_ends(run)
 
     def test_start_position_is_sought(self):
         make_colours(self.www / "other.ts", ["red", "lime"], 10)

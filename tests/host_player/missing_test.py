@@ -35,7 +35,8 @@ class MissingTest(PlayerCase):
     def test_nothing_there_ends_with_another_exit_code(self):
         for options in ((), ("--start", "2")):
             with self.subTest(options):
-                run = self.start_player(self.address.replace("sample", "nothing"), "--exit", *options)
+                run = self.start_player(self.address.replace("sample", "nothing"), "--exit", *options,
+                                        idle=1)
                 self.assertEqual(run.wait(), 1)
                 self.assertEqual(run.summary()["video_frames"], 0)
 

@@ -13,9 +13,11 @@
 
 #include "host/shared/clock.h"
 
+namespace host {
+
 // The time may be read, and waited for, from any thread. Only one thread moves it on, and gives and
 // gets the calls.
-class SimulatedClock : public host::Clock {
+class SimulatedClock : public Clock {
  public:
   virtual ~SimulatedClock() = default;
 
@@ -46,5 +48,7 @@ class SimulatedClock : public host::Clock {
   std::atomic<double> now_ms_{0};
   std::multimap<double, std::function<void()>> calls_;
 };
+
+}  // namespace host
 
 #endif  // TESTS_HOST_SIMULATED_CLOCK_H_

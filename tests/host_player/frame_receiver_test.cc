@@ -11,7 +11,7 @@ namespace {
 
 class FrameReceiverTest : public testing::Test {
  protected:
-  SimulatedClock clock_;
+  host::SimulatedClock clock_;
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FrameQueue queue_{{}};

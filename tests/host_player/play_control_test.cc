@@ -36,7 +36,7 @@ class PlayControlTest : public testing::Test {
     return control.HasEnded();
   }
 
-  SimulatedClock clock_;
+  host::SimulatedClock clock_;
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FakeDownloader downloader_;

@@ -16,7 +16,7 @@ using testing::DoubleEq;
 using testing::ElementsAre;
 
 TEST(SilentSoundDeviceTest, PortionIsTakenEveryTwentyMilliseconds) {
-  SimulatedClock clock;
+  host::SimulatedClock clock;
   SilentSoundDevice device(clock);
   std::vector<double> heard_at;  // read after the stop
   std::atomic<int> taken{0};
@@ -37,7 +37,7 @@ TEST(SilentSoundDeviceTest, PortionIsTakenEveryTwentyMilliseconds) {
 }
 
 TEST(SilentSoundDeviceTest, TimeThatWasMissedIsMadeUpFor) {
-  SimulatedClock clock;
+  host::SimulatedClock clock;
   SilentSoundDevice device(clock);
   std::atomic<int> taken{0};
   device.Start([&](std::span<float>, double) { ++taken; });
@@ -49,7 +49,7 @@ TEST(SilentSoundDeviceTest, TimeThatWasMissedIsMadeUpFor) {
 }
 
 TEST(SilentSoundDeviceTest, StopWithoutAStartAndASecondStopAreFine) {
-  SimulatedClock clock;
+  host::SimulatedClock clock;
   SilentSoundDevice device(clock);
   device.Stop();
   device.Stop();

@@ -177,7 +177,7 @@ class SimulatedPlay final : private Window, private CommandSource {
 
   static constexpr double kIdleSeconds = 30;  // longer than any stream here
 
-  SimulatedClock clock_;
+  host::SimulatedClock clock_;
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FakeDownloader downloader_;

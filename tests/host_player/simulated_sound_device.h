@@ -21,7 +21,7 @@ class SimulatedSoundDevice final : public SoundDevice {
     double after = 0;  // seconds since its first moment
   };
 
-  explicit SimulatedSoundDevice(SimulatedClock& clock) : clock_(clock) {}
+  explicit SimulatedSoundDevice(host::SimulatedClock& clock) : clock_(clock) {}
 
   void Start(Source source) override {
     source_ = std::move(source);
@@ -67,7 +67,7 @@ class SimulatedSoundDevice final : public SoundDevice {
     ExpectPortion();
   }
 
-  SimulatedClock& clock_;
+  host::SimulatedClock& clock_;
   Source source_;
   double began_ms_ = 0;
   std::size_t asked_ = 0;

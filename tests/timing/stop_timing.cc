@@ -2,6 +2,7 @@
 // of the transfer. Fails only when it could not measure.
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <cstdio>
 #include <string>
@@ -30,7 +31,8 @@ struct Silence {
 };
 constexpr Silence kSilences[] = {{"no answer", "/silent/"}, {"stalled in the body", "/stall/"}};
 
-// How long a stop takes, so long after the server received the request; nothing below 0.
+// How long a stop takes, so long after the server received the request; negative when the server
+// received none.
 double StopMs(const std::string& path, std::chrono::milliseconds after_request) {
   TestServer server;
   server.Serve(std::string(100'000, '\0'));
@@ -54,7 +56,8 @@ std::vector<double> StopsOf(const Format& format, const Silence& silence) {
 }
 
 double Quantile(const std::vector<double>& sorted, double share) {
-  return sorted[static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1) + 0.5)];
+  const double rank = std::ceil(share * static_cast<double>(sorted.size()));
+  return sorted[static_cast<std::size_t>(std::max(rank, 1.0)) - 1];
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // The host's time: milliseconds since the clock was made. All of a program run has one clock, so
-// times of different threads and of repeated runs can be compared. Hosts look at the time, pause and
-// wait for a time through it alone, so that tests can replace it. Safe from any thread.
+// times of different threads and of repeated runs can be compared. Hosts look at the time, pause
+// and wait for a time through it alone, so that tests can replace it. Safe from any thread.
 #ifndef HOST_SHARED_CLOCK_H_
 #define HOST_SHARED_CLOCK_H_
 

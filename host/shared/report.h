@@ -28,10 +28,10 @@ class Report : public CStreamPlayerImp {
 // second, frames that come late are nothing odd.
 enum class Pace { kOfTheStream, kOfTheHost };
 
-// The report borrows `clock`. Null when there can be no such file; then `error` says why. A build without npm has no reports,
-// and neither has a host that is built apart from the tree.
-std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace,
-                                   const Clock& clock, std::string& error);
+// The report borrows `clock`. Null when there can be no such file; then `error` says why. A build
+// without npm has no reports, and neither has a host that is built apart from the tree.
+std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace, const Clock& clock,
+                                   std::string& error);
 
 inline constexpr const char* kNoReport =
     "this build has no report: that takes npm and the whole tree";

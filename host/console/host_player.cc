@@ -61,6 +61,8 @@ void HostPlayer::OnPlayResult(std::string line) {
 void HostPlayer::OpenRun() {
   if (report_ != nullptr) report_->OpenRun();
   frames_seen_ = 0;
+  frames_recorded_ = 0;
+  has_expected_line_ = false;
   for (Kind* kind : {&video_, &audio_}) {
     const std::lock_guard lock(kind->mutex);
     kind->totals = {};
@@ -113,6 +115,7 @@ void HostPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame)
   const double now = Arrival();
   ++frames_seen_;
   if (!recording_.load()) return;
+  ++frames_recorded_;
   {
     const std::lock_guard lock(state.mutex);
     state.totals.Add(frame);
@@ -136,7 +139,10 @@ void HostPlayer::TakeText(const char* event, std::vector<std::string> RunRecord:
                           std::string&& line) {
   const double now = Arrival();
   screen_.Status(now, PrintableText(line));
-  if (dump_ != nullptr && recording_.load()) dump_->WriteEvent(now, event, line);
+  if (recording_.load()) {
+    if (dump_ != nullptr) dump_->WriteEvent(now, event, line);
+    if (!expected_line_.empty() && line.starts_with(expected_line_)) has_expected_line_ = true;
+  }
   const std::lock_guard lock(mutex_);
   (events_.*texts).push_back(std::move(line));
 }

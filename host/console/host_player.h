@@ -16,6 +16,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "clock.h"
@@ -48,12 +49,19 @@ class HostPlayer final : public CStreamPlayerImp {
   // is being downloaded.
   void SetRecording(bool recording) { recording_ = recording; }
 
+  // Watches for a message or result that begins so. Called before anything is started.
+  void ExpectLine(std::string start) { expected_line_ = std::move(start); }
+
   // What was recorded since OpenRun.
   RunRecord Record() const;
   PlayTotals Totals() const;
 
   // Frames since OpenRun, recorded or not.
   std::uint64_t FramesSeen() const { return frames_seen_.load(); }
+  // The same without those that were not recorded.
+  std::uint64_t FramesRecorded() const { return frames_recorded_.load(); }
+  // Whether the expected line was received while recording, since OpenRun.
+  bool HasExpectedLine() const { return has_expected_line_.load(); }
   // When anything came last, by the clock; 0 when nothing ever came.
   double LastArrivalMs() const { return last_arrival_ms_.load(); }
 
@@ -77,7 +85,10 @@ class HostPlayer final : public CStreamPlayerImp {
   Report* const report_;
   std::atomic<bool> recording_{true};
   std::atomic<std::uint64_t> frames_seen_{0};
+  std::atomic<std::uint64_t> frames_recorded_{0};
+  std::atomic<bool> has_expected_line_{false};
   std::atomic<double> last_arrival_ms_{0};
+  std::string expected_line_;  // empty: none
   Kind video_;
   Kind audio_;
   mutable std::mutex mutex_;

@@ -1,6 +1,9 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <sstream>
+#include <system_error>
 
 #include "option_checks.h"
 
@@ -14,6 +17,11 @@ constexpr const char* kDescription =
 constexpr const char* kFooter =
     R"(A run ends when nothing has come for --idle-exit seconds, at --stop-after, or at
 Ctrl-C, which also leaves out the repeats. EndDownload is always called and timed.
+
+--expect-frames and --expect-line end a run as well, 0.2 seconds after so many frames,
+video and audio together, or after such a line; what follows until then is received
+and counted too. What came before the seek of --start does not count. N may be a list,
+a number for each run of --repeat: 300,301 expects 301 frames of all runs but the first.
 
 --start first plays until a frame came, since a position can only be given to a
 pipeline that exists. The dump and the counts hold what came after that. Repeats
@@ -35,6 +43,27 @@ std::string CheckRepeat(const std::string& text) {
   if (count < 0) return "must not be negative";
   return count > kMaxRepeat ? "must not be more than " + std::to_string(kMaxRepeat) : "";
 }
+
+// The counts of a list such as "300,301"; nothing when one of them is no whole number above zero.
+std::optional<std::vector<std::uint64_t>> CountsOf(const std::string& text) {
+  std::vector<std::uint64_t> counts;
+  std::istringstream list(text + ',');
+  for (std::string part; std::getline(list, part, ',');) {
+    std::uint64_t count = 0;
+    const char* const end = part.data() + part.size();
+    const auto [parsed_to, error] = std::from_chars(part.data(), end, count);
+    if (error != std::errc() || parsed_to != end || count == 0) return std::nullopt;
+    counts.push_back(count);
+  }
+  return counts;
+}
+
+const CLI::Validator kCounts(
+    [](std::string& text) {
+      return CountsOf(text) ? std::string()
+                            : "'" + text + "' is not a whole number above 0 or a list of them";
+    },
+    "", "counts");
 
 const CLI::Validator kRepeat([](std::string& text) { return CheckRepeat(text); }, "", "repeat");
 
@@ -61,6 +90,16 @@ void Describe(CLI::App& app, Options& options) {
                  "end each run so long after its beginning")
       ->check(SecondsFromZero())
       ->type_name("SECONDS");
+  app.add_option_function<std::string>(
+         "--expect-frames",
+         [&options](const std::string& text) { options.expected_frames = *CountsOf(text); },
+         "end a run once it has received N frames")
+      ->check(kCounts)
+      ->type_name("N");
+  app.add_option("--expect-line", options.expected_line,
+                 "end a run once a message or result that begins with TEXT is received")
+      ->check(NotEmpty())
+      ->type_name("TEXT");
   app.add_option("--repeat", options.repeat, "start the same address again N times")
       ->check(kRepeat)
       ->type_name("N");

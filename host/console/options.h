@@ -2,8 +2,10 @@
 #ifndef HOST_CONSOLE_OPTIONS_H_
 #define HOST_CONSOLE_OPTIONS_H_
 
+#include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace host {
 
@@ -20,7 +22,11 @@ struct Options {
   std::string report_file;     // empty: no report
   double idle_exit_seconds = 3;
   std::optional<double> stop_after_seconds;
-  int repeat = 0;  // runs after the first one
+  // Frames that end a run, those of both kinds together: a count for each run, of which the last
+  // one holds for all later runs too. Empty: a run does not end so.
+  std::vector<std::uint64_t> expected_frames;
+  std::string expected_line;  // how a message or result that ends a run begins; empty: none does
+  int repeat = 0;             // runs after the first one
   bool json = false;
   bool quiet = false;
 };

@@ -20,12 +20,15 @@ EndRule RuleOf(const Options& options) {
 }  // namespace
 
 PlayRunner::PlayRunner(const Options& options, const Surroundings& around)
-    : options_(options), rule_(RuleOf(options)), around_(around) {}
+    : options_(options), rule_(RuleOf(options)), around_(around) {
+  around_.player.ExpectLine(options_.expected_line);
+}
 
 std::vector<RunReport> PlayRunner::PlayAll() {
   std::vector<RunReport> reports;
   for (int run = 0; run <= options_.repeat; ++run) {
     if (run > 0) around_.screen.Status(around_.clock.NowMs(), "repeat " + std::to_string(run));
+    run_ = static_cast<std::size_t>(run);
     reports.push_back(PlayOnce());
     if (reports.back().reason == EndReason::kInterrupted) break;
   }
@@ -36,6 +39,7 @@ RunReport PlayRunner::PlayOnce() {
   around_.player.OpenRun();
   stop_ms_.clear();
   run_began_ms_ = around_.clock.NowMs();
+  expected_since_ms_.reset();
 
   std::optional<EndReason> reason;
   if (options_.start_seconds && !has_pipeline_) reason = PlayToFirstFrame();
@@ -53,11 +57,11 @@ RunReport PlayRunner::PlayOnce() {
 }
 
 std::optional<EndReason> PlayRunner::PlayToFirstFrame() {
-  around_.player.SetRecording(false);
+  SetRecording(false);
   std::optional<EndReason> reason = EndReason::kRefused;
   if (Begin()) reason = WaitUntil([this] { return around_.player.FramesSeen() > 0; });
   End();
-  around_.player.SetRecording(true);
+  SetRecording(true);
   has_pipeline_ = !reason;
   return reason;
 }
@@ -68,6 +72,19 @@ EndReason PlayRunner::PlayToEnd() {
   if (Begin()) reason = WaitUntil([] { return false; });
   End();
   return *reason;
+}
+
+void PlayRunner::SetRecording(bool recording) {
+  is_recording_ = recording;
+  around_.player.SetRecording(recording);
+}
+
+bool PlayRunner::HasExpected() const {
+  if (!is_recording_) return false;
+  const std::vector<std::uint64_t>& frames = options_.expected_frames;
+  if (frames.empty()) return around_.player.HasExpectedLine();
+  return around_.player.HasExpectedLine() ||
+         around_.player.FramesRecorded() >= frames[std::min(run_, frames.size() - 1)];
 }
 
 bool PlayRunner::Begin() {
@@ -94,8 +111,10 @@ std::optional<EndReason> PlayRunner::WaitUntil(const std::function<bool()>& met)
   ProgressLine progress(around_.screen);
   while (!met()) {
     const double now = around_.clock.NowMs();
+    if (!expected_since_ms_ && HasExpected()) expected_since_ms_ = now;
     const double last = std::max(around_.player.LastArrivalMs(), download_began_ms_);
-    const auto reason = ReasonToEnd(rule_, {now, run_began_ms_, last, around_.interrupted()});
+    const auto reason =
+        ReasonToEnd(rule_, {now, run_began_ms_, last, around_.interrupted(), expected_since_ms_});
     if (reason) return reason;
     if (progress.IsDue(now)) progress.Draw(now, around_.player.Totals());
     around_.clock.Pause();

@@ -5,6 +5,7 @@
 #ifndef HOST_CONSOLE_PLAY_RUN_H_
 #define HOST_CONSOLE_PLAY_RUN_H_
 
+#include <cstddef>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -47,6 +48,10 @@ class PlayRunner {
   std::optional<EndReason> PlayToFirstFrame();
   EndReason PlayToEnd();
 
+  // Whether the frames or the line that the run ends with have been received.
+  bool HasExpected() const;
+
+  void SetRecording(bool recording);
   bool Begin();
   void End();
   void SetStart();
@@ -57,8 +62,11 @@ class PlayRunner {
   const EndRule rule_;
   const Surroundings around_;
   bool has_pipeline_ = false;
+  bool is_recording_ = true;
+  std::size_t run_ = 0;
   double run_began_ms_ = 0;
   double download_began_ms_ = 0;
+  std::optional<double> expected_since_ms_;
   std::vector<double> stop_ms_;  // of the run
 };
 

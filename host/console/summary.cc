@@ -36,6 +36,8 @@ std::string StopText(const std::vector<RunReport>& runs) {
 
 std::string EndText(EndReason reason, const Options& options) {
   switch (reason) {
+    case EndReason::kExpected:
+      return "what was expected has been received";
     case EndReason::kIdle:
       return "nothing came for " + SecondsText(options.idle_exit_seconds);
     case EndReason::kStopAfter:

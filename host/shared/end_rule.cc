@@ -4,6 +4,8 @@ namespace host {
 
 const char* NameOf(EndReason reason) {
   switch (reason) {
+    case EndReason::kExpected:
+      return "expected";
     case EndReason::kIdle:
       return "idle";
     case EndReason::kStopAfter:
@@ -20,6 +22,9 @@ std::optional<EndReason> ReasonToEnd(const EndRule& rule, const RunMoment& momen
   if (moment.interrupted) return EndReason::kInterrupted;
   if (rule.stop_after_ms && moment.now_ms - moment.began_ms >= *rule.stop_after_ms) {
     return EndReason::kStopAfter;
+  }
+  if (moment.expected_since_ms && moment.now_ms - *moment.expected_since_ms >= kSettleMs) {
+    return EndReason::kExpected;
   }
   if (moment.now_ms - moment.last_arrival_ms >= rule.idle_ms) return EndReason::kIdle;
   return std::nullopt;

@@ -7,14 +7,20 @@
 namespace host {
 
 enum class EndReason {
+  kExpected,     // the expected frames or line have been received
   kIdle,         // nothing came for too long
   kStopAfter,    // its time was over
   kInterrupted,  // Ctrl-C or a termination signal
   kRefused,      // BeginDownload said no
 };
 
-// "idle", "stop-after", "interrupted" or "refused".
+// "expected", "idle", "stop-after", "interrupted" or "refused".
 const char* NameOf(EndReason reason);
+
+// How long a run goes on after it has received what was expected: a frame that follows by
+// mistake, a repeated one for instance, is still received and counted. Nothing shows that none
+// follows.
+inline constexpr double kSettleMs = 200;
 
 struct EndRule {
   double idle_ms;
@@ -27,6 +33,8 @@ struct RunMoment {
   double began_ms;         // when the run began
   double last_arrival_ms;  // when anything came last, or what is waited for was started
   bool interrupted;
+  // Since when what was expected has been received.
+  std::optional<double> expected_since_ms = std::nullopt;
 };
 
 // Why the run ends at that moment; nothing when it goes on.

@@ -34,7 +34,23 @@ TEST(EndRuleTest, InterruptionComesFirst) {
   EXPECT_EQ(ReasonToEnd(kBoth, {1000, 1000, 1000, true}), EndReason::kInterrupted);
 }
 
+TEST(EndRuleTest, ExpectedRunGoesOnForAMomentEvenIfMoreFollows) {
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {10'000, 0, 10'000, false, 9801}), std::nullopt);
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {10'000, 0, 10'000, false, 9800}), EndReason::kExpected);
+}
+
+TEST(EndRuleTest, RunThatLacksSomethingExpectedEndsAfterTheIdleTimeOnly) {
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {10'000, 0, 7001, false, std::nullopt}), std::nullopt);
+  EXPECT_EQ(ReasonToEnd(kIdleOnly, {10'000, 0, 7000, false, std::nullopt}), EndReason::kIdle);
+}
+
+TEST(EndRuleTest, InterruptionAndStopAfterComeBeforeWhatWasExpected) {
+  EXPECT_EQ(ReasonToEnd(kBoth, {4000, 0, 1000, true, 1000}), EndReason::kInterrupted);
+  EXPECT_EQ(ReasonToEnd(kBoth, {5000, 0, 4000, false, 4000}), EndReason::kStopAfter);
+}
+
 TEST(EndRuleTest, ReasonsHaveTheNamesOfTheSummary) {
+  EXPECT_STREQ(NameOf(EndReason::kExpected), "expected");
   EXPECT_STREQ(NameOf(EndReason::kIdle), "idle");
   EXPECT_STREQ(NameOf(EndReason::kStopAfter), "stop-after");
   EXPECT_STREQ(NameOf(EndReason::kInterrupted), "interrupted");

@@ -109,6 +109,112 @@ TEST_F(PlayRunTest, StopAfterEndsARunThatStillGetsFrames) {
   EXPECT_EQ(reports[0].elapsed_ms, 1007);
 }
 
+TEST_F(PlayRunTest, ExpectedFramesOfBothKindsEndTheRun) {
+  options_.expected_frames = {3};
+  library_.events = {{100, SendVideo}, {200, SendAudio}, {300, SendVideo}};
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reports[0].reason, EndReason::kExpected);
+  EXPECT_EQ(reports[0].elapsed_ms, 300 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, FramesThatFollowTheExpectedOnesAreReceivedAndCountedForAMoment) {
+  options_.expected_frames = {1};
+  for (int ms = 100; ms < 5000; ms += 100) library_.events.emplace(ms, SendVideo);
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reports[0].reason, EndReason::kExpected);
+  EXPECT_EQ(reports[0].record.totals.Frames(), 3U);
+  EXPECT_EQ(reports[0].elapsed_ms, 100 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, FrameLessThanExpectedEndsAfterTheIdleTime) {
+  options_.expected_frames = {3};
+  options_.idle_exit_seconds = 0.5;
+  library_.events = {{100, SendVideo}, {200, SendAudio}};
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reports[0].reason, EndReason::kIdle);
+  EXPECT_EQ(reports[0].elapsed_ms, 200 + 500 + 7);
+}
+
+TEST_F(PlayRunTest, MessageThatBeginsAsExpectedEndsTheRun) {
+  options_.expected_line = "PLAY TS NO:";
+  library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("PLAY TS:a"); }},
+                     {700, [](CStreamPlayerImp& player) { player.OnMessage("PLAY TS NO:a"); }}};
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reports[0].reason, EndReason::kExpected);
+  EXPECT_EQ(reports[0].elapsed_ms, 700 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, ResultThatBeginsAsExpectedEndsTheRun) {
+  options_.expected_line = "PLAY:MP4 ";
+  library_.events = {{100, [](CStreamPlayerImp& player) { player.OnPlayResult("PLAY:MP4 OK:a"); }}};
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reports[0].reason, EndReason::kExpected);
+}
+
+TEST_F(PlayRunTest, LineThatHoldsTheExpectedTextElsewhereEndsNothing) {
+  options_.expected_line = "PLAY TS";
+  options_.idle_exit_seconds = 0.5;
+  library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("a PLAY TS"); }}};
+  EXPECT_EQ(Play()[0].reason, EndReason::kIdle);
+}
+
+TEST_F(PlayRunTest, FirstOfFramesAndLineEndsTheRunWhereBothAreExpected) {
+  options_.expected_frames = {1};
+  options_.expected_line = "m";
+  const auto line = [](CStreamPlayerImp& player) { player.OnMessage("m"); };
+  library_.events = {{100, SendVideo}, {900, line}};
+  EXPECT_EQ(Play()[0].elapsed_ms, 100 + kSettleMs + 7);
+  library_.events = {{150, line}, {900, SendVideo}};
+  EXPECT_EQ(Play()[0].elapsed_ms, 150 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, EachRunHasItsOwnExpectedFramesAndTheLastCountHoldsForTheRest) {
+  options_.repeat = 2;
+  options_.expected_frames = {2, 1};
+  library_.events = {{100, SendVideo}, {900, SendVideo}};
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 3U);
+  EXPECT_EQ(reports[0].elapsed_ms, 900 + kSettleMs + 7);
+  EXPECT_EQ(reports[1].elapsed_ms, 100 + kSettleMs + 7);
+  EXPECT_EQ(reports[2].elapsed_ms, 100 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, EachRunAwaitsItsOwnLine) {
+  options_.repeat = 1;
+  options_.expected_line = "m";
+  library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("m"); }}};
+  const std::vector<RunReport> reports = Play();
+  ASSERT_EQ(reports.size(), 2U);
+  EXPECT_EQ(reports[1].reason, EndReason::kExpected);
+  EXPECT_EQ(reports[1].elapsed_ms, 100 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, FramesBeforeTheSeekAreNotThoseExpected) {
+  options_.start_seconds = 5;
+  options_.expected_frames = {1};
+  library_.events = {{100, SendVideo}};
+  const std::vector<RunReport> reports = Play();
+  EXPECT_THAT(library_.calls, ElementsAre("begin a.ts", "end", "start 5", "begin a.ts", "end"));
+  EXPECT_EQ(reports[0].reason, EndReason::kExpected);
+  EXPECT_EQ(reports[0].elapsed_ms, 100 + 7 + 100 + kSettleMs + 7);
+}
+
+TEST_F(PlayRunTest, LineBeforeTheSeekIsNotTheOneExpected) {
+  options_.start_seconds = 5;
+  options_.expected_line = "m";
+  library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("m"); }},
+                     {900, SendVideo}};
+  const std::vector<RunReport> reports = Play();
+  EXPECT_THAT(library_.calls, ElementsAre("begin a.ts", "end", "start 5", "begin a.ts", "end"));
+  EXPECT_EQ(reports[0].reason, EndReason::kExpected);
+  EXPECT_EQ(reports[0].elapsed_ms, 900 + 7 + 100 + kSettleMs + 7);
+}
+
 TEST_F(PlayRunTest, RefusedAddressIsStoppedWithoutWaiting) {
   library_.refuses = true;
   const std::vector<RunReport> reports = Play();

@@ -126,6 +126,14 @@ TEST(SummaryTest, NoFrameGivesStatusOneAndTheReason) {
   EXPECT_EQ(ExitLine(SummaryOf({run})), "exit status 1: no frame came; the address was refused");
 }
 
+TEST(SummaryTest, RunThatReceivedWhatItExpectedIsToldInTheExitLine) {
+  RunReport run = SomeRun();
+  run.reason = EndReason::kExpected;
+  EXPECT_EQ(ExitLine(SummaryOf({run})),
+            "exit status 0: 2 video and 1 audio frames came; what was expected has been received");
+  EXPECT_EQ(JsonOf(SummaryOf({run}))["exit_reason"], "expected");
+}
+
 TEST(SummaryTest, StopAfterIsToldInTheExitLine) {
   RunReport run = SomeRun();
   run.reason = EndReason::kStopAfter;

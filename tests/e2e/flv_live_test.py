@@ -4,8 +4,6 @@ from support import reference
 from support.flv import FlvCase, expected_video
 from support.flv_relay import FlvRelay
 
-_SECONDS = 30
-
 
 class FlvLiveTest(FlvCase):
     def relay(self, seconds):
@@ -13,20 +11,16 @@ class FlvLiveTest(FlvCase):
         self.addCleanup(relay.stop)
         return relay
 
-    def test_stop_in_mid_transfer_after_half_a_minute(self):
-        relay = self.relay(4 * _SECONDS)
+    def test_stop_in_mid_transfer_leaves_a_beginning(self):
+        relay = self.relay(60)
         address = relay.url("live.flv")
-        run = self.play(address, "--stop-after", str(_SECONDS), idle_exit=10)
+        run = self.play(address, frames=100)
         self.assertTrue(relay.is_still_pushed())
         relay.end_push()
         self.assertEqual(run.exit_code, 0, run.output)
         self.assertIn(f"PLAY FLV CACHE_NO OK:{address}", run.messages())
         self.assertNotIn("[DOWNLOAD]", run.output)
         self.assert_is_beginning(run, relay.pushed)
-        # It came as it was made: a few seconds are lost to the encoder's start and look-ahead.
-        last = run.frames_of("video")[-1].dts / 90_000
-        self.assertGreater(last, _SECONDS * 2 / 3)
-        self.assertLess(last, _SECONDS + 1)
 
     def assert_is_beginning(self, run, pushed):
         self.assert_frames_are_those_of(run, pushed)
@@ -37,8 +31,10 @@ class FlvLiveTest(FlvCase):
         self.assert_decodes(audio)
 
     def test_end_of_the_broadcast_is_the_end_of_the_stream(self):
-        relay = self.relay(3)
-        run = self.play(relay.url("live.flv"), idle_exit=4)
+        seconds = 2
+        whole = self.make_flv(seconds=seconds)  # as it is pushed
+        relay = self.relay(seconds)
+        run = self.play(relay.url("live.flv"), frames=self.frames_of(whole))
         self.assertFalse(relay.is_still_pushed())
         self.assert_plays_flv(run, relay.pushed)
         self.assertIn("read over", run.output)

@@ -25,30 +25,17 @@ class LiveTest(HlsCase):
         first = everything.index(segments[0])
         self.assertEqual(segments, everything[first : first + len(segments)])
 
-    def test_stream_of_half_a_minute_plays_whole(self):
-        """From the first segment that was listed to the end of the encoder."""
-        encoder = self.encode(34)
+    def test_segments_that_appear_while_it_plays_are_played_without_a_gap(self):
+        encoder = self.encode(60)
+        listed = encoder.playlist.read_text().count(".ts")
         server = self.serve()
         address = server.url(encoder.playlist.name)
-        run = self.play(address, idle_exit=4)
-        self.assertGreaterEqual(run.summary["elapsed_ms"], 30_000)
-        self.assertIn(f"PLAY M3U8 OK:{address}", run.messages())
-        played = self.segments_that_were_asked_for(server, encoder)
-        self.assertGreaterEqual(len(played), 30)
-        self.assert_one_after_the_other(played, encoder)
-        self.assertEqual(played[-1], encoder.segments()[-1])
-        self.assert_plays_segments(run, played)
-        self.assertLess(len(list(self.www.glob("live*.ts"))), len(encoder.segments()))
-
-    def test_stop_in_mid_stream_leaves_a_beginning_without_a_gap(self):
-        encoder = self.encode(60)
-        server = self.serve()
-        run = self.play(server.url(encoder.playlist.name), "--stop-after", "8")
+        run = self.play(address, frames=80)  # of three segments at least
         encoder.stop()
-        self.assertEqual(run.exit_code, 0, run.output)
+        self.assertIn(f"PLAY M3U8 OK:{address}", run.messages())
         self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
         played = self.segments_that_were_asked_for(server, encoder)
-        self.assertGreater(len(played), 4)
+        self.assertGreater(len(played), listed)
         self.assert_one_after_the_other(played, encoder)
         for kind in ("video", "audio"):
             with self.subTest(kind):

@@ -3,6 +3,7 @@
 import os
 import unittest
 
+from support import host
 from support.case import EndToEndCase
 from support.https import HttpsMixin
 
@@ -18,19 +19,22 @@ class HttpsTest(HttpsMixin, EndToEndCase):
         self.make_sample()
         server = self.serve_https()
         address = server.url("sample.ts")
-        run = self.play(address)
+        run = self.play(address, until=host.TRANSFER_ENDED)
         self.assert_no_frame(run)
         self.assertEqual(run.messages(), [f"PLAY TS:{address}"])
 
     def test_trusted_certificate_plays(self):
         sample = self.make_sample()
         server = self.serve_https()
-        run = self.play(server.url("sample.ts"), prefix=self.trusting_only_the_test_authority())
-        self.assert_plays_whole(run, sample)
+        self.play_whole(server.url("sample.ts"), sample,
+                        prefix=self.trusting_only_the_test_authority())
 
     @refuses_certificates
     def test_trusted_certificate_for_another_host_gives_no_frame(self):
         self.make_sample()
         server = self.serve_https("DNS:another.example")
-        run = self.play(server.url("sample.ts"), prefix=self.trusting_only_the_test_authority())
+        address = server.url("sample.ts")
+        run = self.play(address, prefix=self.trusting_only_the_test_authority(),
+                        until=host.TRANSFER_ENDED)
         self.assert_no_frame(run)
+        self.assertEqual(run.messages(), [f"PLAY TS:{address}"])

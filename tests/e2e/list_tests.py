@@ -1,5 +1,7 @@
-"""Prints the names of all tests in a directory, one a line, as run_test.py takes them."""
+"""Prints the classes of the tests in a directory and how many cases each has, as in
+"hls_live_test.LiveTest 2", one a line."""
 
+import collections
 import sys
 import unittest
 
@@ -17,7 +19,9 @@ def main():
     suite = loader.discover(sys.argv[1], pattern="*_test.py")
     if loader.errors:
         sys.exit("\n".join(loader.errors))
-    print("\n".join(names(suite)))
+    classes = collections.Counter(name.rpartition(".")[0] for name in names(suite))
+    for name, count in classes.items():
+        print(name, count)
 
 
 if __name__ == "__main__":

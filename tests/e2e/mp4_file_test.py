@@ -1,6 +1,6 @@
 """An MP4 file on a web server, and beside the host."""
 
-from support.mp4 import Mp4Case
+from support.mp4 import VERDICT, Mp4Case
 
 
 class Mp4FileTest(Mp4Case):
@@ -13,8 +13,7 @@ class Mp4FileTest(Mp4Case):
         sample = self.make_mp4()
         server = self.serve()
         address = server.url("sample.mp4")
-        run = self.play(address)
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(address, sample)
         self.assert_lines(run, address)
         self.assertEqual(server.requests(1), ["/sample.mp4 206 range=bytes=0- agent=-"])
         self.assertEqual(self.restart_file.read_bytes(), sample.read_bytes())
@@ -22,41 +21,39 @@ class Mp4FileTest(Mp4Case):
     def test_index_in_front_of_the_data_plays_as_ffmpeg_reads_it(self):
         sample = self.make_index_first()
         address = self.serve().url("sample.mp4")
-        run = self.play(address)
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(address, sample)
         self.assert_lines(run, address)
 
     def test_address_of_no_known_ending_plays(self):
         sample = self.make_mp4(2, name="movie")
-        self.assert_plays_whole(self.play(self.serve().url("movie?x=1")), sample)
+        self.play_whole(self.serve().url("movie?x=1"), sample)
 
     def test_megabyte_a_second_plays_whole(self):
         sample = self.make_index_first(4, "-b:v", "6M", "-minrate", "6M", "-maxrate", "6M",
                                        "-bufsize", "1M", "-x264-params", "nal-hrd=cbr")
         self.assertGreater(sample.stat().st_size, 2_000_000)
         server = self.serve("limit_rate 1m; output_buffers 1 16k;")
-        run = self.play(server.url("sample.mp4"))
-        self.assert_plays_whole(run, sample)
+        self.play_whole(server.url("sample.mp4"), sample)
 
     def test_server_without_ranges_plays(self):
         sample = self.make_mp4()
         server = self.serve("max_ranges 0;")
-        self.assert_plays_whole(self.play(server.url("sample.mp4")), sample)
+        self.play_whole(server.url("sample.mp4"), sample)
         self.assertEqual(server.requests(1), ["/sample.mp4 200 range=bytes=0- agent=-"])
 
     def test_chunked_reply_without_length_plays(self):
         sample = self.make_mp4()
         server = self.serve('sub_filter_types *; sub_filter "no such text in it" "";')
-        self.assert_plays_whole(self.play(server.url("sample.mp4")), sample)
+        self.play_whole(server.url("sample.mp4"), sample)
 
     def test_redirect_is_followed(self):
         sample = self.make_mp4()
         server = self.serve("location /old { return 302 /sample.mp4; }")
-        self.assert_plays_whole(self.play(server.url("old")), sample)
+        self.play_whole(server.url("old"), sample)
 
     def test_missing_page_gives_no_frame(self):
         address = self.serve().url("missing.mp4")
-        run = self.play(address)
+        run = self.play(address, line=VERDICT)
         self.assert_no_frame(run)
         self.assertEqual(run.messages(), [f"PLAY MP4:{address}", f"PLAY MP4 NO:{address}"])
 
@@ -64,7 +61,7 @@ class Mp4FileTest(Mp4Case):
         self.make_mp4(1, "-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
                       "log-level=error:pools=1", "-tag:v", "hvc1")
         address = self.serve().url("sample.mp4")
-        run = self.play(address)
+        run = self.play(address, line=VERDICT)
         self.assert_no_frame(run)
         self.assertEqual(run.messages(), [f"PLAY MP4:{address}", f"PLAY MP4 H265:{address}",
                                           f"PLAY MP4 NO:{address}"])
@@ -74,13 +71,12 @@ class Mp4LocalFileTest(Mp4Case):
     def test_file_address_plays_and_the_file_stays_as_it_is(self):
         sample = self.make_mp4()
         before = sample.read_bytes()
-        run = self.play(f"file://{sample}")
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(f"file://{sample}", sample)
         self.assertIn(f"PLAY MP4 OK:file://{sample}", run.messages())
         self.assertEqual(sample.read_bytes(), before)
 
     def test_missing_file_gives_no_frame(self):
         address = f"file://{self.www}/missing.mp4"
-        run = self.play(address)
+        run = self.play(address, line=VERDICT)
         self.assert_no_frame(run)
         self.assertEqual(run.messages(), [f"PLAY MP4:{address}", f"PLAY MP4 NO:{address}"])

@@ -8,5 +8,5 @@ class Mp4HttpsTest(HttpsMixin, Mp4Case):
     def test_trusted_certificate_plays(self):
         sample = self.make_index_first()
         server = self.serve_https()
-        run = self.play(server.url("sample.mp4"), prefix=self.trusting_only_the_test_authority())
-        self.assert_plays_whole(run, sample)
+        self.play_whole(server.url("sample.mp4"), sample,
+                        prefix=self.trusting_only_the_test_authority())

@@ -11,8 +11,7 @@ class Mp4RepeatTest(Mp4Case):
         sample = self.make_mp4()
         server = self.serve()
         address = server.url("sample.mp4")
-        run = self.play(address, "--repeat", "2")
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(address, sample, "--repeat", "2", line="PLAY:MP4 NO:")
         size = sample.stat().st_size
         answers = [" ".join(request.split()[1:3]) for request in server.requests(3)]
         self.assertEqual(answers, ["206 range=bytes=0-"] + [f"416 range=bytes={size}-"] * 2)
@@ -24,21 +23,20 @@ class Mp4RepeatTest(Mp4Case):
     def test_server_without_ranges_changes_nothing_in_a_complete_file(self):
         sample = self.make_mp4()
         server = self.serve("max_ranges 0;")
-        run = self.play(server.url("sample.mp4"), "--repeat", "1")
-        self.assert_plays_whole(run, sample)
+        self.play_whole(server.url("sample.mp4"), sample, "--repeat", "1", line="PLAY:MP4 NO:")
         self.assertEqual(self.restart_file.read_bytes(), sample.read_bytes())
 
     def test_stop_in_mid_download_resumes_there_and_no_frame_comes_twice(self):
         # Each picture can begin the stream anew.
         sample = self.make_index_first(8, "-g", "1", "-bf", "0")
         server = self.serve("limit_rate 300k; output_buffers 1 4k;")
-        run = self.play(server.url("sample.mp4"), "--repeat", "1", "--stop-after", "1.5")
+        run = self.play(server.url("sample.mp4"), "--repeat", "1", frames=40)
         self.assertEqual(run.exit_code, 0, run.output)
         # An aborted request may be logged after the one that followed it.
         first, second = sorted(request.split()[2] for request in server.requests(2))
         self.assertEqual(first, "range=bytes=0-")
         received = int(second.removeprefix("range=bytes=").removesuffix("-"))
-        self.assertGreater(received, 100_000)
+        self.assertGreater(received, 0)
         self.assertLess(received, sample.stat().st_size)
         self.assert_each_came_once_and_in_order(run, sample)
 
@@ -62,7 +60,8 @@ class Mp4StartPositionTest(Mp4Case):
         sample = self.make_mp4(8)
         server = self.serve()
         address = server.url("sample.mp4")
-        run = self.play(address, "--start", str(start))
+        expected = self.times_from(sample, start * _TICKS)
+        run = self.play(address, "--start", str(start), frames=sum(map(len, expected.values())))
         self.assertEqual(run.exit_code, 0, run.output)
         self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
         lines = [line.partition(" Q:")[0] for line in run.messages()]
@@ -72,19 +71,19 @@ class Mp4StartPositionTest(Mp4Case):
         self.assertEqual(ranges, ["range=bytes=0-", f"range=bytes={sample.stat().st_size}-"])
         for kind in ("video", "audio"):
             with self.subTest(kind):
-                self.assert_starts_at(run, sample, kind, start)
+                self.assertGreater(len(expected[kind]), 10)
+                self.assertEqual([frame.dts for frame in run.frames_of(kind)], expected[kind])
 
-    def assert_starts_at(self, run, sample, kind, start):
-        """Both begin at the first key frame at or behind the position."""
-        expected = [packet.dts for packet in mp4.packets(sample, kind)]
-        times = list(dict.fromkeys(frame.dts for frame in run.frames_of(kind)))
-        self.assertGreater(len(times), 10)
-        self.assertEqual(times, expected[-len(times) :])
-        self.assertGreaterEqual(times[0], start * _TICKS)
-        self.assertLess(times[0], (start + 1.1) * _TICKS)
+    def times_from(self, sample, position):
+        """Of both kinds, which begin at the first key frame at or after the position. No picture but
+        the first one has more than one unit."""
+        video = mp4.packets(sample, "video")
+        first = next(packet.dts for packet in video if packet.is_key and packet.dts >= position)
+        return {kind: [packet.dts for packet in mp4.packets(sample, kind) if packet.dts >= first]
+                for kind in ("video", "audio")}
 
     def test_position_behind_the_end_gives_no_frame(self):
         sample = self.make_mp4(2)
-        run = self.play(self.serve().url("sample.mp4"), "--start", "100")
+        run = self.play(self.serve().url("sample.mp4"), "--start", "100", line="PLAY:MP4 NO:")
         self.assert_no_frame(run)
         self.assertEqual(sample.read_bytes(), self.restart_file.read_bytes())

@@ -8,15 +8,13 @@ class PlainFileTest(EndToEndCase):
         sample = self.make_sample()
         server = self.serve()
         address = server.url("sample.ts")
-        run = self.play(address)
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(address, sample)
         self.assertEqual(run.messages()[:2], [f"PLAY TS:{address}", f"PLAY TS OK:{address}"])
 
     def test_query_is_sent_and_its_marker_chooses_the_user_agent(self):
         sample = self.make_sample()
         server = self.serve()
-        run = self.play(server.url("sample.ts?token=a%20b&pt=android&x=1"))
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(server.url("sample.ts?token=a%20b&pt=android&x=1"), sample)
         (request,) = server.requests(1)
         self.assertTrue(request.startswith("/sample.ts?token=a%20b&pt=android&x=1 206 "), request)
         self.assertIn("Android 4.0.3", request)
@@ -27,25 +25,21 @@ class ReplyFormTest(EndToEndCase):
         sample = self.make_sample()
         # A filter that may change the body makes nginx send it in chunks.
         server = self.serve('sub_filter_types *; sub_filter "no such text in it" "";')
-        run = self.play(server.url("sample.ts"))
-        self.assert_plays_whole(run, sample)
+        self.play_whole(server.url("sample.ts"), sample)
 
     def test_server_without_ranges_plays(self):
         sample = self.make_sample()
         server = self.serve("max_ranges 0;")
-        run = self.play(server.url("sample.ts"))
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(server.url("sample.ts"), sample)
         self.assertEqual(server.requests(1), ["/sample.ts 200 range=bytes=0- agent=-"])
 
     def test_server_with_ranges_is_asked_for_all_of_it_as_a_range(self):
         sample = self.make_sample()
         server = self.serve()
-        run = self.play(server.url("sample.ts"))
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(server.url("sample.ts"), sample)
         self.assertEqual(server.requests(1), ["/sample.ts 206 range=bytes=0- agent=-"])
 
     def test_slow_server_plays_whole(self):
         sample = self.make_sample(seconds=2)
         server = self.serve("limit_rate 100k; output_buffers 1 4k;")
-        run = self.play(server.url("sample.ts"), idle_exit=4)
-        self.assert_plays_whole(run, sample)
+        run = self.play_whole(server.url("sample.ts"), sample)

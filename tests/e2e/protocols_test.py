@@ -5,8 +5,6 @@ import socket
 from support import host
 from support.case import EndToEndCase
 
-_FORMATS = ("ts", "m3u8", "flv", "mp4")
-
 
 class ProtocolsTest(EndToEndCase):
     def setUp(self):
@@ -23,20 +21,25 @@ class ProtocolsTest(EndToEndCase):
             self._listener.accept()
 
     def test_ftp_address_that_is_accepted_is_not_fetched(self):
-        for kind in _FORMATS:
+        for kind, ending in host.NOTHING_IS_FETCHED.items():
             with self.subTest(kind):
                 directory = self.directory / kind
                 directory.mkdir()
-                run = host.run_host(self.ftp(f"http.{kind}"), directory, idle_exit=1)
+                run = self.play(self.ftp(f"http.{kind}"), directory=directory, **ending)
                 self.assert_no_frame(run)
                 self.assert_nobody_has_connected()
 
     def test_redirect_to_ftp_is_not_followed(self):
         server = self.serve(f"location = /a.ts {{ return 302 {self.ftp('a.ts')}; }}")
-        self.assert_no_frame(self.play(server.url("a.ts")))
+        self.assert_nothing_is_received(server.url("a.ts"))
         self.assert_nobody_has_connected()
 
     def test_redirect_to_a_local_file_is_not_followed(self):
         sample = self.make_sample("other.ts")
         server = self.serve(f"location = /a.ts {{ return 302 file://{sample}; }}")
-        self.assert_no_frame(self.play(server.url("a.ts")))
+        self.assert_nothing_is_received(server.url("a.ts"))
+
+    def assert_nothing_is_received(self, address):
+        run = self.play(address, until=host.TRANSFER_ENDED)
+        self.assert_no_frame(run)
+        self.assertEqual(run.messages(), [f"PLAY TS:{address}"])

@@ -8,8 +8,6 @@ import unittest
 from support import host, reference, samples
 from support.nginx import Nginx
 
-MAX_STOP_MS = 1500
-
 
 class EndToEndCase(unittest.TestCase):
     maxDiff = 2000
@@ -28,14 +26,30 @@ class EndToEndCase(unittest.TestCase):
         self.addCleanup(server.stop)
         return server
 
-    def play(self, address, *options, **settings):
-        run = host.run_host(address, self.directory, *options, **settings)
-        self.assert_stopped_in_time(run)
+    def play(self, address, *options, frames=(), line="", until=None, directory=None, **settings):
+        """A run that ends at what support.host.Ending says of `frames`, `line` and `until`."""
+        ending = host.Ending(frames, line, until)
+        run = host.run_host(address, directory or self.directory, *options, ending=ending, **settings)
+        self.assert_stops_are_reported(run)
+        if ending.reason() is not None:
+            reasons = {one["exit_reason"] for one in run.summary["runs"]}
+            self.assertEqual(reasons, {ending.reason()}, run.output)
         return run
 
-    def assert_stopped_in_time(self, run):
-        self.assertGreater(len(run.summary["stop_ms"]), 0, run.output)
-        self.assertLessEqual(max(run.summary["stop_ms"]), MAX_STOP_MS, run.output)
+    def play_whole(self, address, sample, *options, **settings):
+        """Plays all frames of the sample."""
+        frames = self.frames_of(sample)
+        run = self.play(address, *options, frames=frames, **settings)
+        self.assert_plays_whole(run, sample)
+        return run
+
+    def frames_of(self, sample):
+        """How many frames a run that plays the sample receives."""
+        return sum(len(reference.pes_packets(sample, kind)) - 1 for kind in ("video", "audio"))
+
+    def assert_stops_are_reported(self, run):
+        for one in run.summary["runs"]:
+            self.assertGreater(len(one["stop_ms"]), 0, run.output)
 
     def assert_no_frame(self, run):
         self.assertEqual(run.exit_code, 1, run.output)

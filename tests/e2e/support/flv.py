@@ -11,6 +11,8 @@ TICKS = 90  # a millisecond
 _START_CODE = b"\0\0\0\1"
 _PARAMETER_SETS = (7, 8)
 _ADTS_SIZE = 7
+_AUDIO_TAG = 8
+_VIDEO_TAG = 9
 
 
 @dataclasses.dataclass(frozen=True)
@@ -55,9 +57,48 @@ def grouped_times(frames):
     return groups
 
 
+def _whole_tags(data):
+    """Type and payload of each tag that is there to its end."""
+    at = 9 + 4
+    while at + 11 <= len(data):
+        end = at + 11 + int.from_bytes(data[at + 1 : at + 4], "big")
+        if end > len(data):
+            return
+        yield data[at], data[at + 11 : end]
+        at = end + 4
+
+
+def _units_of_tag(payload):
+    """How many units of H.264, each after its length, a tag of video has."""
+    at, units = 5, 0
+    while at < len(payload):
+        at += 4 + int.from_bytes(payload[at : at + 4], "big")
+        units += 1
+    return units
+
+
+def frames_of_whole_tags(data):
+    """How many frames a stream has that was cut off, of AAC and of H.264 with its two parameter
+    sets."""
+    frames = len(_PARAMETER_SETS)
+    for kind, payload in _whole_tags(data):
+        is_data = kind in (_AUDIO_TAG, _VIDEO_TAG) and payload[1] == 1
+        frames += _units_of_tag(payload) if is_data and kind == _VIDEO_TAG else is_data
+    return frames
+
+
 class FlvCase(EndToEndCase):
     def make_flv(self, name="sample.flv", seconds=4):
         return samples.make_flv(self.www / name, seconds)
+
+    def play_flv(self, address, sample, *options, **settings):
+        """Plays all frames of the sample."""
+        run = self.play(address, *options, frames=self.frames_of(sample), **settings)
+        self.assert_plays_flv(run, sample)
+        return run
+
+    def frames_of(self, sample):
+        return len(expected_video(sample)) + len(reference.pes_packets(sample, "audio"))
 
     def assert_plays_flv(self, run, sample):
         """Everything came, in its order, with the times of the tags."""

@@ -2,10 +2,10 @@
 
 import dataclasses
 import pathlib
-import subprocess
 
 from support import host
 from support.case import EndToEndCase
+from support.media_tools import make_files
 
 _RATE = 25
 
@@ -33,13 +33,12 @@ def encoder_codecs(segment_seconds):
 
 def make_hls(directory, count, segment_seconds=1):
     """Writes list.m3u8, on demand, and that many segments."""
-    playlist = directory / "list.m3u8"
     command = ["ffmpeg", "-nostdin", "-v", "error", "-y"]
     command += [*encoder_inputs(count * segment_seconds), *encoder_codecs(segment_seconds)]
     command += ["-f", "hls", "-hls_time", str(segment_seconds), "-hls_playlist_type", "vod"]
-    command += ["-hls_segment_filename", str(directory / "seg%04d.ts"), str(playlist)]
-    subprocess.run(command, check=True, timeout=60)
-    return HlsSample(playlist, sorted(directory.glob("seg*.ts")))
+    command += ["-hls_segment_filename", "seg%04d.ts", "list.m3u8"]
+    make_files(command, directory)
+    return HlsSample(directory / "list.m3u8", sorted(directory.glob("seg*.ts")))
 
 
 def joined(segments, path):
@@ -66,8 +65,12 @@ class HlsCase(EndToEndCase):
         self.assertEqual(len(sample.segments), count)
         return sample
 
+    def play_segments(self, address, segments, *options, **settings):
+        """Plays all frames of the segments, which follow each other."""
+        return self.play_whole(address, self.joined(segments), *options, **settings)
+
     def play(self, address, *options, **settings):
-        return super().play(address, *options, host=self._host, **settings)
+        return super().play(address, *options, **{"host": self._host, **settings})
 
     def joined(self, segments):
         return joined(segments, self.directory / "joined.ts")

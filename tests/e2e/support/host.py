@@ -126,38 +126,96 @@ def copy_program(executable, directory):
     return [str(directory / executable.name)]
 
 
-def _command(host, address, dump, options):
-    return [*host, address, "--dump", str(dump), "--json", *options]
+class LiveRun:
+    """A run that goes on, as an `until` sees it."""
+
+    def __init__(self, output, dump):
+        self._output = output
+        self.dump = dump
+
+    def output(self):
+        """What the host and the library have printed so far."""
+        return self._output.read_text(errors="surrogateescape")
 
 
-def run_host(address, directory, *options, host=None, prefix=(), idle_exit=2, environment=()):
+class Prints:
+    """An `until`: the run has printed a line that begins with each of these texts, as often as they
+    are given. The library tells so when a transfer has ended, which it does not tell the player."""
+
+    def __init__(self, *starts):
+        self._starts = starts
+
+    def __call__(self, live):
+        lines = live.output().splitlines()
+        return all(sum(line.startswith(start) for line in lines) >= self._starts.count(start)
+                   for start in self._starts)
+
+
+TRANSFER_ENDED = Prints("ts Download thread stop.")  # of a transport stream, for whatever reason
+
+# How a run ends whose address cannot be fetched, by the ending of the address.
+NOTHING_IS_FETCHED = {
+    "ts": {"until": TRANSFER_ENDED},
+    "m3u8": {"line": "PLAY Failed:"},
+    "flv": {"line": "PLAY:FLV NO:"},
+    "mp4": {"line": "PLAY:MP4 NO:"},
+}
+
+
+@dataclasses.dataclass(frozen=True)
+class Ending:
+    """What ends a run: a number of frames, or a number for each run of --repeat; a message or result
+    that begins so; or an interruption once `until`, which is given a LiveRun, is true. Where none of
+    them follows the run ends after a silence so long that only a failure meets it."""
+
+    frames: int | tuple = ()
+    line: str = ""
+    until: object = None
+
+    def _is_expected(self):
+        return self.frames != () or self.line != ""
+
+    def options(self, idle_exit):
+        long_silence = 20 if self._is_expected() or self.until else 2
+        options = ["--idle-exit", str(idle_exit or long_silence)]
+        if self.frames != ():
+            counts = self.frames if isinstance(self.frames, tuple) else (self.frames,)
+            options += ["--expect-frames", ",".join(map(str, counts))]
+        return options + (["--expect-line", self.line] if self.line else [])
+
+    def reason(self):
+        """How the summary names it; None where it is silence or another option."""
+        if self.until:
+            return "interrupted"
+        return "expected" if self._is_expected() else None
+
+
+def _play(command, directory, dump, environment, until):
+    """The exit code and the output."""
+    output = pathlib.Path(directory) / "output"
+    live = LiveRun(output, dump)
+    with output.open("wb") as file:
+        host = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=file,
+                                stderr=subprocess.STDOUT, env=_environment(environment))
+    try:
+        if until is not None:
+            wait_until(lambda: host.poll() is not None or until(live), "what ends the run",
+                       _LIMIT_SECONDS)
+            if host.poll() is None:
+                host.send_signal(signal.SIGINT)
+        return host.wait(timeout=_LIMIT_SECONDS), live.output()
+    finally:
+        host.kill()
+        host.wait()
+
+
+def run_host(address, directory, *options, host=None, prefix=(), idle_exit=None, environment=(),
+             ending=Ending()):
     """Plays to the end of the stream; the dump goes to a new directory in `directory`. `environment`
     has variables that the host sees besides the test's own."""
     dump = pathlib.Path(directory) / "dump"
     dump.mkdir()
-    options = ["--idle-exit", str(idle_exit), *options]
-    command = [*prefix, *_command(host or _host(), address, dump, options)]
-    ended = subprocess.run(
-        command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-        env=_environment(environment), timeout=_LIMIT_SECONDS, text=True, errors="surrogateescape")
-    return HostRun(ended.returncode, ended.stdout, dump)
-
-
-def run_host_until_interrupted(address, directory, is_time):
-    """Plays until is_time(dump directory) is true, then does what Ctrl-C does."""
-    dump = pathlib.Path(directory) / "dump"
-    dump.mkdir()
-    command = _command(_host(), address, dump, ["--idle-exit", "60"])
-    with (pathlib.Path(directory) / "output").open("w+", errors="surrogateescape") as output:
-        host = subprocess.Popen(
-            command, stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.STDOUT,
-            env=_environment())
-        try:
-            wait_until(lambda: is_time(dump), "it plays")
-            host.send_signal(signal.SIGINT)
-            exit_code = host.wait(timeout=_LIMIT_SECONDS)
-        finally:
-            host.kill()
-            host.wait()
-        output.seek(0)
-        return HostRun(exit_code, output.read(), dump)
+    command = [*prefix, *(host or _host()), address, "--dump", str(dump), "--json",
+               *ending.options(idle_exit), *options]
+    exit_code, output = _play(command, directory, dump, environment, ending.until)
+    return HostRun(exit_code, output, dump)

@@ -3,26 +3,25 @@
 import dataclasses
 import json
 import re
-import subprocess
 
 from support import host, samples
 from support.case import EndToEndCase
+from support.media_tools import make_file, output_of
 
 _TICKS_PER_MS = 90
 _PARAMETER_SETS = (7, 8)
+VERDICT = "PLAY:MP4 "  # OK or NO
 
 
 def make_mp4(path, seconds, *options):
     """Of any other number of channels than two ffmpeg writes that it were two."""
-    command = [*samples.encoder(seconds), "-ac", "2", *options, "-f", "mp4", str(path)]
-    subprocess.run(command, check=True, timeout=60)
-    return path
+    return make_file([*samples.encoder(seconds), "-ac", "2", *options, "-f", "mp4"], path)
 
 
 def _copy(path, stream, *form):
     command = ["ffmpeg", "-nostdin", "-v", "error", "-ignore_editlist", "1", "-i", str(path)]
     command += ["-map", f"0:{stream}", "-c", "copy", *form, "-"]
-    return subprocess.run(command, check=True, capture_output=True, timeout=60).stdout
+    return output_of(command, path)
 
 
 def adts_stream(path):
@@ -48,20 +47,21 @@ class Packet:
     dts: int  # 90 kHz, as the component tells it: of whole milliseconds
     pts: int
     size: int
+    is_key: bool
 
 
 def packets(path, kind):
     stream = {"video": "v:0", "audio": "a:0"}[kind]
     command = ["ffprobe", "-v", "error", "-ignore_editlist", "1", "-select_streams", stream]
     command += ["-show_streams", "-show_packets", "-of", "json", str(path)]
-    output = subprocess.run(command, check=True, capture_output=True, timeout=60).stdout
-    found = json.loads(output)
+    found = json.loads(output_of(command, path))
     scale = int(found["streams"][0]["time_base"].partition("/")[2])
 
     def ticks(time):
         return time * 1000 // scale * _TICKS_PER_MS
 
-    return [Packet(ticks(packet["dts"]), ticks(packet["pts"]), int(packet["size"]))
+    return [Packet(ticks(packet["dts"]), ticks(packet["pts"]), int(packet["size"]),
+                   packet["flags"].startswith("K"))
             for packet in found["packets"]]
 
 
@@ -84,6 +84,9 @@ class Mp4Case(EndToEndCase):
 
     def play(self, address, *options, **settings):
         return super().play(address, *options, host=self._host, **settings)
+
+    def frames_of(self, sample):
+        return len(slices_of(sample)) + len(packets(sample, "audio"))
 
     def assert_plays_whole(self, run, sample):
         self.assertEqual(run.exit_code, 0, run.output)

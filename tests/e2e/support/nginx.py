@@ -76,13 +76,12 @@ class Nginx:
     def requests(self, count):
         """The requests that ended, one line each: path, status, range and user agent. A line comes
         when nginx notices the end, which may be after the client has seen it: waits for `count`."""
-        log = self.directory / "access.log"
+        wait_until(lambda: len(self.requests_so_far()) >= count, f"nginx logs {count} requests")
+        return self.requests_so_far()
 
-        def lines():
-            return log.read_text().splitlines()
-
-        wait_until(lambda: len(lines()) >= count, f"nginx logs {count} requests")
-        return lines()
+    def requests_so_far(self):
+        """Those that are logged already."""
+        return (self.directory / "access.log").read_text().splitlines()
 
     def stop(self):
         pid = int((self.directory / "nginx.pid").read_text())

@@ -3,7 +3,8 @@
 import dataclasses
 import itertools
 import json
-import subprocess
+
+from support.media_tools import output_of
 
 _STREAMS = {"video": ("v:0", "h264"), "audio": ("a:0", "adts")}
 
@@ -20,7 +21,7 @@ def elementary_stream(path, kind):
     stream, form = _STREAMS[kind]
     command = ["ffmpeg", "-nostdin", "-v", "error", "-i", str(path)]
     command += ["-map", f"0:{stream}", "-c", "copy", "-f", form, "-"]
-    return subprocess.run(command, check=True, capture_output=True, timeout=60).stdout
+    return output_of(command, path)
 
 
 def pes_packets(path, kind):
@@ -28,10 +29,9 @@ def pes_packets(path, kind):
     units nor given timestamps that they do not have."""
     command = ["ffprobe", "-v", "error", "-fflags", "+noparse+nofillin"]
     command += ["-select_streams", _STREAMS[kind][0], "-show_packets", "-of", "json", str(path)]
-    output = subprocess.run(command, check=True, capture_output=True, timeout=60).stdout
     return [
         PesPacket(packet["pts"], packet.get("dts", packet["pts"]), int(packet["size"]))
-        for packet in json.loads(output)["packets"]
+        for packet in json.loads(output_of(command, path))["packets"]
     ]
 
 

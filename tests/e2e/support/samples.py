@@ -1,6 +1,6 @@
 """Samples made by ffmpeg."""
 
-import subprocess
+from support.media_tools import make_file
 
 
 def encoder(seconds, *input_options):
@@ -15,14 +15,9 @@ def encoder(seconds, *input_options):
     return [*command, "-pix_fmt", "yuv420p", "-c:a", "aac", "-b:a", "96k"]
 
 
-def _make(path, seconds, form):
-    subprocess.run([*encoder(seconds), "-f", form, str(path)], check=True, timeout=60)
-    return path
-
-
 def make_ts(path, seconds):
-    return _make(path, seconds, "mpegts")
+    return make_file([*encoder(seconds), "-f", "mpegts"], path)
 
 
 def make_flv(path, seconds):
-    return _make(path, seconds, "flv")
+    return make_file([*encoder(seconds), "-f", "flv"], path)

@@ -6,6 +6,7 @@ usage: silent_name_server.py DIRECTORY COMMAND...   (DIRECTORY/questions gets th
 
 import fcntl
 import pathlib
+import signal
 import socket
 import struct
 import subprocess
@@ -43,7 +44,9 @@ def main():
     counting = threading.Thread(
         target=count_questions, args=(server, directory / "questions"), daemon=True)
     counting.start()
-    return subprocess.run(sys.argv[2:], check=False).returncode
+    command = subprocess.Popen(sys.argv[2:])
+    signal.signal(signal.SIGINT, lambda number, _: command.send_signal(number))
+    return command.wait()
 
 
 if __name__ == "__main__":

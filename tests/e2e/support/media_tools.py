@@ -1,0 +1,106 @@
+"""ffmpeg and ffprobe, each command run once: what it wrote is kept in the build tree and copied to
+every test that gives the same command. Safe for tests that run at the same time."""
+
+import atexit
+import contextlib
+import fcntl
+import functools
+import hashlib
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+
+_LIMIT_SECONDS = 120
+_OUTPUT = "standard output"
+
+
+@functools.cache
+def _kept():
+    """The directory of what was made; where a test runs by itself, one that goes with the process."""
+    named = os.environ.get("STREAM_SAMPLES")
+    if named is None:
+        directory = tempfile.TemporaryDirectory(prefix="stream-samples-")
+        atexit.register(directory.cleanup)
+        return pathlib.Path(directory.name)
+    pathlib.Path(named).mkdir(parents=True, exist_ok=True)
+    return pathlib.Path(named)
+
+
+@functools.cache
+def _program(name):
+    """What changes when another version of the program is installed."""
+    path = shutil.which(name)
+    if path is None:
+        raise FileNotFoundError(f"{name} is not installed")
+    status = os.stat(path)
+    return f"{path} {status.st_size} {status.st_mtime_ns}"
+
+
+def _digest(content):
+    return hashlib.sha256(content).hexdigest()
+
+
+def _key(command, inputs):
+    parts = [_program(command[0]), *command, *(f"{name}={_digest(inputs[name])}" for name in inputs)]
+    return _digest(json.dumps(parts).encode())
+
+
+@contextlib.contextmanager
+def _locked(path):
+    """Others that want the same wait until it is made."""
+    with path.open("w") as file:
+        fcntl.flock(file, fcntl.LOCK_EX)
+        yield
+
+
+def _run(command, inputs, directory):
+    for name, content in inputs.items():
+        (directory / name).write_bytes(content)
+    with (directory / _OUTPUT).open("wb") as output:
+        subprocess.run(command, check=True, stdin=subprocess.DEVNULL, stdout=output, cwd=directory,
+                       timeout=_LIMIT_SECONDS)
+    for name in inputs:
+        (directory / name).unlink()
+    for file in directory.iterdir():
+        file.chmod(0o444)  # tests get copies
+
+
+def _made(command, inputs):
+    """The directory that has what the command wrote. It appears under its name when it is whole."""
+    command = [str(argument) for argument in command]
+    key = _key(command, inputs)
+    made = _kept() / key
+    if not made.exists():
+        with _locked(_kept() / f"{key}.lock"):
+            if not made.exists():
+                with tempfile.TemporaryDirectory(prefix="making-", dir=_kept()) as place:
+                    work = pathlib.Path(place) / "made"
+                    work.mkdir()
+                    _run(command, inputs, work)
+                    work.rename(made)
+    return made
+
+
+def make_files(command, directory, inputs=None):
+    """Copies all files that the command writes into its working directory to `directory`. It finds
+    there the files of `inputs`, contents by name."""
+    for file in _made(command, inputs or {}).iterdir():
+        if file.name != _OUTPUT:
+            shutil.copyfile(file, directory / file.name)
+
+
+def make_file(command, path):
+    """The same for a command that lacks only the name of its one output, which comes last."""
+    name = f"made{path.suffix}"
+    shutil.copyfile(_made([*command, name], {}) / name, path)
+    return path
+
+
+def output_of(command, path):
+    """What the command prints that has the name of the file `path` among its arguments."""
+    place = "input" + pathlib.Path(path).suffix
+    command = [place if argument == str(path) else argument for argument in command]
+    return (_made(command, {place: pathlib.Path(path).read_bytes()}) / _OUTPUT).read_bytes()

@@ -1,0 +1,25 @@
+"""Bodies in which the demultiplexer finds nothing that plays."""
+
+from support.case import EndToEndCase
+
+_PACKET = 188
+_SYNC_BYTE = 0x47
+_REFUSED = "The packet isn't TS packet"
+
+
+def with_a_last_packet_that_is_refused(body):
+    """So that a line is printed when the parser has come to the end of the body."""
+    return body + bytes(-len(body) % _PACKET) + bytes(_PACKET)
+
+
+class NoStreamCase(EndToEndCase):
+    """Only silence ends these runs: what is printed of packets is not flushed before the stop. It
+    shows afterwards that the parser had come to the end."""
+
+    def assert_each_packet_is_refused(self, run, body):
+        """Each that does not begin as one, and nothing plays."""
+        whole = body[: len(body) // _PACKET * _PACKET]
+        refused = sum(byte != _SYNC_BYTE for byte in whole[::_PACKET])
+        self.assertGreater(refused, 0)
+        self.assertEqual(run.output.count(_REFUSED), refused)
+        self.assert_no_frame(run)

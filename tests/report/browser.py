@@ -72,25 +72,15 @@ def _start(pipe, profile):
 
 
 class Browser:
-    """One page in a browser of its own. Notes what the page complains of and what it asks for."""
+    """One browser, whose pages know nothing of each other."""
 
     def __init__(self):
-        self.complaints = []
-        self.requests = []
-        self.dialogs = []
         self._next_id = 0
-        self._loaded = False
+        self._pages = {}  # by the session that leads messages to them
         self._profile = tempfile.mkdtemp(prefix="stream-browser-")
         self._pipe = _Pipe()
         self._process = _start(self._pipe, self._profile)
         self._pipe.close_ends_of_browser()
-        self._route = {}  # what leads a message to the page
-        targets = self.call("Target.getTargets")["targetInfos"]
-        page = next(target for target in targets if target["type"] == "page")
-        attach = {"targetId": page["targetId"], "flatten": True}
-        self._route = self.call("Target.attachToTarget", **attach)
-        for domain in ("Page", "Runtime", "Log", "Network"):
-            self.call(f"{domain}.enable")
 
     def close(self):
         self._process.kill()
@@ -98,20 +88,67 @@ class Browser:
         self._pipe.close()
         shutil.rmtree(self._profile, ignore_errors=True)
 
-    def call(self, method, **parameters):
+    def open_page(self):
+        context = self.call("Target.createBrowserContext")["browserContextId"]
+        target = self.call("Target.createTarget", url="about:blank", browserContextId=context)
+        session = self.call("Target.attachToTarget", targetId=target["targetId"], flatten=True)
+        page = Page(self, context, session["sessionId"])
+        self._pages[session["sessionId"]] = page
+        for domain in ("Page", "Runtime", "Log", "Network"):
+            page.call(f"{domain}.enable")
+        return page
+
+    def close_page(self, context, session):
+        self.call("Target.disposeBrowserContext", browserContextId=context)
+        del self._pages[session]
+
+    def call(self, method, route=None, **parameters):
         self._next_id += 1
-        message = {"id": self._next_id, "method": method, "params": parameters, **self._route}
+        message = {"id": self._next_id, "method": method, "params": parameters, **(route or {})}
         self._pipe.send(message)
-        answer = self._wait(lambda message: message.get("id") == self._next_id, method)
+        answer = self.wait(lambda message: message.get("id") == self._next_id, method)
         if "error" in answer:
             raise RuntimeError(f"{method}: {answer['error']}")
         return answer["result"]
+
+    def wait(self, is_it, what):
+        """The first message that is it; pages note what those before it say."""
+        deadline = time.monotonic() + _LIMIT_SECONDS
+        while True:
+            message = self._pipe.receive(deadline)
+            if message is None:
+                raise TimeoutError(f"the browser does not answer: {what}")
+            page = self._pages.get(message.get("sessionId"))
+            if page is not None:
+                page.note(message)
+            if is_it(message):
+                return message
+
+
+class Page:
+    """A page with cookies and storage of its own. Notes what the page complains of and what it asks
+    for."""
+
+    def __init__(self, browser, context, session):
+        self.complaints = []
+        self.requests = []
+        self.dialogs = []
+        self._browser = browser
+        self._context = context
+        self._session = session
+        self._loaded = False
+
+    def close(self):
+        self._browser.close_page(self._context, self._session)
+
+    def call(self, method, **parameters):
+        return self._browser.call(method, {"sessionId": self._session}, **parameters)
 
     def open(self, path):
         self._loaded = False
         self.call("Page.navigate", url=pathlib.Path(path).as_uri())
         if not self._loaded:
-            self._wait(lambda message: self._loaded, "the page loads")
+            self._browser.wait(lambda _: self._loaded, "the page loads")
         self.settle()
 
     def settle(self):
@@ -139,17 +176,7 @@ class Browser:
         """What is seen, as a PNG."""
         return base64.b64decode(self.call("Page.captureScreenshot", format="png")["data"])
 
-    def _wait(self, is_it, what):
-        deadline = time.monotonic() + _LIMIT_SECONDS
-        while True:
-            message = self._pipe.receive(deadline)
-            if message is None:
-                raise TimeoutError(f"the browser does not answer: {what}")
-            self._note(message)
-            if is_it(message):
-                return message
-
-    def _note(self, message):
+    def note(self, message):
         method, parameters = message.get("method"), message.get("params")
         if method == "Page.loadEventFired":
             self._loaded = True

@@ -6,7 +6,9 @@ import subprocess
 import unittest
 
 from browser import Browser
+from support import host, mp4, reference
 from support.hls import HlsCase
+from support.media_tools import make_file
 
 _CHARTS = ("chart-status", "chart-arrival", "chart-distance", "chart-steps", "chart-told",
            "chart-sizes", "chart-rate")
@@ -29,15 +31,25 @@ _PIXELS = """
 })"""
 
 
+def setUpModule():
+    """One browser for all cases."""
+    ReportCase.shared_browser = Browser()
+    unittest.addModuleCleanup(ReportCase.shared_browser.close)
+
+
 class ReportCase(HlsCase):
+    """Each case has a page of its own in the browser."""
+
+    shared_browser = None
+
     def setUp(self):
         super().setUp()
         self.page = self.directory / "report.html"
-        self.browser = Browser()
+        self.browser = self.shared_browser.open_page()
         self.addCleanup(self.browser.close)
 
-    def play_and_report(self, address, *options):
-        return self.play(address, "--report", str(self.page), *options)
+    def play_and_report(self, address, *options, **ending):
+        return self.play(address, "--report", str(self.page), *options, **ending)
 
     def open(self):
         self.browser.open(self.page)
@@ -61,7 +73,9 @@ class ReportCase(HlsCase):
 
     def report_of_sample(self):
         """Of a sample without fault, opened."""
-        run = self.play_and_report(f"file://{self.make_hls(3).playlist}")
+        sample = self.make_hls(3)
+        frames = self.frames_of(self.joined(sample.segments))
+        run = self.play_and_report(f"file://{sample.playlist}", frames=frames)
         self.open()
         return run
 
@@ -161,7 +175,9 @@ class OddStreamTest(ReportCase):
         left_out = lines.index("seg0001.ts")
         del lines[left_out - 1:left_out + 1]
         sample.playlist.write_text("\n".join(lines) + "\n")
-        self.play_and_report(f"file://{sample.playlist}")
+        first, _, *others = sample.segments
+        self.play_and_report(f"file://{sample.playlist}",
+                             frames=self.frames_of(self.joined([first, *others])))
         self.open()
         self.assertIn("odd", self.text("#verdict"))
         self.assertIn("Gap in the video", self.texts("#findings strong"))
@@ -171,22 +187,25 @@ class OddStreamTest(ReportCase):
         self.assertIn(f"The widest is {gap[6]}", self.text("#findings ul"))
 
     def test_stream_without_audio_is_told_on_top(self):
-        path = self.www / "silent.ts"
-        subprocess.run(
+        path = make_file(
             ["ffmpeg", "-nostdin", "-v", "error", "-y", "-f", "lavfi",
-             "-i", "testsrc2=size=160x120:rate=25:duration=1", "-c:v", "libx264", "-f", "mpegts", str(path)],
-            check=True, timeout=60)
-        self.play_and_report(f"file://{path}")
+             "-i", "testsrc2=size=160x120:rate=25:duration=1", "-c:v", "libx264", "-f", "mpegts"],
+            self.www / "silent.ts")
+        frames = len(reference.pes_packets(path, "video")) - 1
+        self.play_and_report(f"file://{path}", frames=frames)
         self.open()
         self.assertIn("Video without audio", self.texts("#findings strong"))
 
     def test_address_that_gives_nothing_is_told_on_top(self):
-        self.play_and_report(f"file://{self.directory}/none.ts")
+        self.play_and_report(f"file://{self.directory}/none.ts", until=host.TRANSFER_ENDED)
         self.open()
         self.assertIn("No frame came", self.texts("#findings strong"))
 
     def test_last_run_of_a_repeat_is_reported(self):
-        run = self.play_and_report(f"file://{self.make_hls(2).playlist}", "--repeat", "1")
+        sample = self.make_hls(2)
+        whole = self.frames_of(self.joined(sample.segments))
+        run = self.play_and_report(f"file://{sample.playlist}", "--repeat", "1",
+                                   frames=(whole, whole + 1))
         self.open()
         frames = int(self.rows("table-frames")[0][1].replace(",", ""))
         self.assertEqual(frames, run.summary["runs"][1]["video"]["frames"])
@@ -196,7 +215,7 @@ class HostileTextTest(ReportCase):
     def test_markup_in_address_and_lines_runs_nothing(self):
         markup = "</script><script>window.harm=1</script><img src=x onerror='window.harm=1'>"
         address = f"file://{self.directory}/{markup}\x1b[31m<!--.ts"
-        self.play_and_report(address)
+        self.play_and_report(address, line=mp4.VERDICT)
         self.open()
         self.assertIn(markup, self.text("#address"))
         self.assertIn(markup, self.text("#table-lines"))
@@ -207,7 +226,7 @@ class HostileTextTest(ReportCase):
 
     def test_bytes_that_are_no_text_are_shown_as_such(self):
         address = os.fsencode(f"file://{self.directory}/") + b"\xff\xc3(\xed\xa0\x80.ts"
-        self.play_and_report(os.fsdecode(address))
+        self.play_and_report(os.fsdecode(address), line=mp4.VERDICT)
         self.open()
         self.assertIn("\ufffd", self.text("#address"))
 

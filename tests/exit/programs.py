@@ -32,7 +32,7 @@ def run_loader(when, address):
     return _run([os.environ["EXIT_LOADER"], os.environ["EXIT_PLUGIN"], str(when), address])
 
 
-def start(owner, when, address):
+def start(owner, when, address, prefix=()):
     return subprocess.Popen(
-        _command(owner, when, address), stdin=subprocess.PIPE,
+        [*prefix, *_command(owner, when, address)], stdin=subprocess.PIPE,
         stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=_environment())

@@ -4,6 +4,8 @@ import socketserver
 import ssl
 import threading
 
+from support.waiting import STOP_POLL_SECONDS
+
 _HEAD = b"HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n"
 _PACKET = b"\x47\x1f\xff\x10" + bytes(184)  # of a transport stream, with nothing in it
 
@@ -38,7 +40,7 @@ class Server:
         server = socketserver.ThreadingTCPServer(("127.0.0.1", 0), self._handler())
         server.daemon_threads = True
         self._server = server
-        self._serving = threading.Thread(target=server.serve_forever)
+        self._serving = threading.Thread(target=server.serve_forever, args=(STOP_POLL_SECONDS,))
         self._serving.start()
         return self
 

@@ -4,6 +4,8 @@ import contextlib
 import socketserver
 import threading
 
+from support.waiting import STOP_POLL_SECONDS
+
 
 @contextlib.contextmanager
 def cut_off_server(body, length):
@@ -17,7 +19,7 @@ def cut_off_server(body, length):
             self.wfile.write(head.encode() + body[:length])
 
     with socketserver.ThreadingTCPServer(("127.0.0.1", 0), Handler) as server:
-        serving = threading.Thread(target=server.serve_forever)
+        serving = threading.Thread(target=server.serve_forever, args=(STOP_POLL_SECONDS,))
         serving.start()
         try:
             yield server.server_address[1]

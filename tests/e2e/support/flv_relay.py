@@ -8,6 +8,7 @@ import subprocess
 import threading
 
 from support.samples import encoder
+from support.waiting import STOP_POLL_SECONDS
 
 
 class FlvRelay:
@@ -28,7 +29,7 @@ class FlvRelay:
         self._push_socket = socket.create_server(("127.0.0.1", 0))
         self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), self._viewer_handler())
         self._begin(self._take)
-        self._begin(self._server.serve_forever)
+        self._begin(lambda: self._server.serve_forever(STOP_POLL_SECONDS))
         port = self._push_socket.getsockname()[1]
         command = [*encoder(self._seconds, "-re"), "-f", "flv", f"tcp://127.0.0.1:{port}"]
         self._encoder = subprocess.Popen(command, stdin=subprocess.DEVNULL)

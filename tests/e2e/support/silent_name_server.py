@@ -33,6 +33,16 @@ def count_questions(server, counter):
         counter.write_text(str(questions))
 
 
+def run_and_pass_interrupts_on(arguments):
+    early = []
+    signal.signal(signal.SIGINT, lambda number, _: early.append(number))
+    command = subprocess.Popen(arguments)
+    signal.signal(signal.SIGINT, lambda number, _: command.send_signal(number))
+    for number in early:
+        command.send_signal(number)
+    return command.wait()
+
+
 def main():
     directory = pathlib.Path(sys.argv[1])
     resolver = directory / "resolv.conf"
@@ -44,9 +54,7 @@ def main():
     counting = threading.Thread(
         target=count_questions, args=(server, directory / "questions"), daemon=True)
     counting.start()
-    command = subprocess.Popen(sys.argv[2:])
-    signal.signal(signal.SIGINT, lambda number, _: command.send_signal(number))
-    return command.wait()
+    return run_and_pass_interrupts_on(sys.argv[2:])
 
 
 if __name__ == "__main__":

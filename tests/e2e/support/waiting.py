@@ -2,6 +2,8 @@
 
 import time
 
+STOP_POLL_SECONDS = 0.02  # how often the servers of socketserver look whether they are to stop
+
 
 def wait_until(condition, what, limit_seconds=30):
     """Returns the first true value of condition()."""

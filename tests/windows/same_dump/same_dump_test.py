@@ -6,7 +6,6 @@ import shutil
 import tempfile
 import unittest
 
-from support import host
 from support.case import EndToEndCase
 
 
@@ -20,7 +19,8 @@ class SameDumpTest(EndToEndCase):
     def test_http(self):
         sample = self.make_sample()
         address = self.serve().url(sample.name)
-        self.assert_same(self.play_on("NATIVE_HOST", address), self.play_on("WINDOWS_HOST", address))
+        self.assert_same(self.play_on("NATIVE_HOST", address, sample),
+                         self.play_on("WINDOWS_HOST", address, sample))
 
     def test_local_file(self):
         sample = self.make_sample()
@@ -30,15 +30,14 @@ class SameDumpTest(EndToEndCase):
         shutil.copy(sample, folder)
         windows_address = f"file://C:\\{folder.name}\\{sample.name}"
         self.assert_same(
-            self.play_on("NATIVE_HOST", f"file://{sample}"),
-            self.play_on("WINDOWS_HOST", windows_address))
+            self.play_on("NATIVE_HOST", f"file://{sample}", sample),
+            self.play_on("WINDOWS_HOST", windows_address, sample))
 
-    def play_on(self, name, address):
+    def play_on(self, name, address, sample):
         directory = self.directory / name
         directory.mkdir()
         os.environ["STREAM_HOST"] = os.environ[name]
-        run = host.run_host(address, directory)
-        self.assert_stopped_in_time(run)
+        run = self.play(address, directory=directory, frames=self.frames_of(sample))
         self.assertEqual(run.exit_code, 0, run.output)
         self.assertIn(f"PLAY TS OK:{address}", run.messages())
         return run

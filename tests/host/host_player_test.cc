@@ -6,6 +6,7 @@
 #include <thread>
 #include <vector>
 
+#include "host/shared/guarded_call.h"
 #include "tests/host/every_call.h"
 #include "tests/host/host_support.h"
 #include "tests/host/simulated_clock.h"
@@ -155,6 +156,7 @@ TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
 }
 
 TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineTellsSo) {
+  ReportNextFailure();
   ReportWithoutMemory report;
   HostPlayer player(clock_, screen_, nullptr, &report);
   testing::internal::CaptureStderr();

@@ -3,7 +3,7 @@
 import dataclasses
 import time
 import unittest
-import xml.etree.ElementTree as ElementTree
+from xml.etree import ElementTree
 
 
 @dataclasses.dataclass

@@ -5,7 +5,7 @@ import subprocess
 import sys
 import tempfile
 import unittest
-import xml.etree.ElementTree as ElementTree
+from xml.etree import ElementTree
 
 _CASES = '''
 import unittest
@@ -55,7 +55,7 @@ class CaseResultsTest(unittest.TestCase):
         runner = pathlib.Path(__file__).with_name("run_test.py")
         return subprocess.run(
             [sys.executable, "-B", str(runner), "--xml", str(self.xml), name], capture_output=True,
-            cwd=self.directory, env={"PYTHONPATH": str(self.directory)}, timeout=60).returncode
+            check=False, cwd=self.directory, env={"PYTHONPATH": str(self.directory)}, timeout=60).returncode
 
     def cases(self):
         """Of each case whether it failed, was skipped or passed."""

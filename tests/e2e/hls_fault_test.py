@@ -56,7 +56,7 @@ class NoSegmentTest(HlsCase):
         sample = self.make_hls(3)
         first, missing, last = sample.segments
         missing.unlink()
-        run = self.play_segments(self.serve().url(sample.playlist.name), [first, last])
+        self.play_segments(self.serve().url(sample.playlist.name), [first, last])
         page = self.kept.read_bytes()
         self.assertTrue(page.startswith(b"<html>"), page)
         self.assertIn(b"404 Not Found", page)
@@ -81,7 +81,7 @@ class NoSegmentTest(HlsCase):
 
     def test_good_segments_are_not_kept(self):
         sample = self.make_hls(3)
-        run = self.play_segments(self.serve().url(sample.playlist.name), sample.segments)
+        self.play_segments(self.serve().url(sample.playlist.name), sample.segments)
         self.assertFalse(self.kept.exists())
 
 

@@ -20,8 +20,8 @@ class MediaToolsTest(unittest.TestCase):
         patch = unittest.mock.patch.dict(os.environ, STREAM_SAMPLES=str(self.kept))
         patch.start()
         self.addCleanup(patch.stop)
-        media_tools._kept.cache_clear()
-        self.addCleanup(media_tools._kept.cache_clear)
+        media_tools.kept_directory.cache_clear()
+        self.addCleanup(media_tools.kept_directory.cache_clear)
         self.runs = self.directory / "runs"
 
     def counted(self, script):

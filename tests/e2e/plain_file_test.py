@@ -14,7 +14,7 @@ class PlainFileTest(EndToEndCase):
     def test_query_is_sent_and_its_marker_chooses_the_user_agent(self):
         sample = self.make_sample()
         server = self.serve()
-        run = self.play_whole(server.url("sample.ts?token=a%20b&pt=android&x=1"), sample)
+        self.play_whole(server.url("sample.ts?token=a%20b&pt=android&x=1"), sample)
         (request,) = server.requests(1)
         self.assertTrue(request.startswith("/sample.ts?token=a%20b&pt=android&x=1 206 "), request)
         self.assertIn("Android 4.0.3", request)
@@ -30,16 +30,16 @@ class ReplyFormTest(EndToEndCase):
     def test_server_without_ranges_plays(self):
         sample = self.make_sample()
         server = self.serve("max_ranges 0;")
-        run = self.play_whole(server.url("sample.ts"), sample)
+        self.play_whole(server.url("sample.ts"), sample)
         self.assertEqual(server.requests(1), ["/sample.ts 200 range=bytes=0- agent=-"])
 
     def test_server_with_ranges_is_asked_for_all_of_it_as_a_range(self):
         sample = self.make_sample()
         server = self.serve()
-        run = self.play_whole(server.url("sample.ts"), sample)
+        self.play_whole(server.url("sample.ts"), sample)
         self.assertEqual(server.requests(1), ["/sample.ts 206 range=bytes=0- agent=-"])
 
     def test_slow_server_plays_whole(self):
         sample = self.make_sample(seconds=2)
         server = self.serve("limit_rate 100k; output_buffers 1 4k;")
-        run = self.play_whole(server.url("sample.ts"), sample)
+        self.play_whole(server.url("sample.ts"), sample)

@@ -18,7 +18,7 @@ _OUTPUT = "standard output"
 
 
 @functools.cache
-def _kept():
+def kept_directory():
     """The directory of what was made; where a test runs by itself, one that goes with the process."""
     named = os.environ.get("STREAM_SAMPLES")
     if named is None:
@@ -72,11 +72,11 @@ def _made(command, inputs):
     """The directory that has what the command wrote. It appears under its name when it is whole."""
     command = [str(argument) for argument in command]
     key = _key(command, inputs)
-    made = _kept() / key
+    made = kept_directory() / key
     if not made.exists():
-        with _locked(_kept() / f"{key}.lock"):
+        with _locked(kept_directory() / f"{key}.lock"):
             if not made.exists():
-                with tempfile.TemporaryDirectory(prefix="making-", dir=_kept()) as place:
+                with tempfile.TemporaryDirectory(prefix="making-", dir=kept_directory()) as place:
                     work = pathlib.Path(place) / "made"
                     work.mkdir()
                     _run(command, inputs, work)

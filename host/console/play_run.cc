@@ -57,11 +57,11 @@ RunReport PlayRunner::PlayOnce() {
 }
 
 std::optional<EndReason> PlayRunner::PlayToFirstFrame() {
-  SetRecording(false);
+  around_.player.SetRecording(false);
   std::optional<EndReason> reason = EndReason::kRefused;
   if (Begin()) reason = WaitUntil([this] { return around_.player.FramesSeen() > 0; });
   End();
-  SetRecording(true);
+  around_.player.SetRecording(true);
   has_pipeline_ = !reason;
   return reason;
 }
@@ -74,13 +74,7 @@ EndReason PlayRunner::PlayToEnd() {
   return *reason;
 }
 
-void PlayRunner::SetRecording(bool recording) {
-  is_recording_ = recording;
-  around_.player.SetRecording(recording);
-}
-
 bool PlayRunner::HasExpected() const {
-  if (!is_recording_) return false;
   const std::vector<std::uint64_t>& frames = options_.expected_frames;
   if (frames.empty()) return around_.player.HasExpectedLine();
   return around_.player.HasExpectedLine() ||

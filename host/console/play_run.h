@@ -48,10 +48,9 @@ class PlayRunner {
   std::optional<EndReason> PlayToFirstFrame();
   EndReason PlayToEnd();
 
-  // Whether the frames or the line that the run ends with have been received.
+  // Whether the frames or the line that the run ends with have been recorded.
   bool HasExpected() const;
 
-  void SetRecording(bool recording);
   bool Begin();
   void End();
   void SetStart();
@@ -62,7 +61,6 @@ class PlayRunner {
   const EndRule rule_;
   const Surroundings around_;
   bool has_pipeline_ = false;
-  bool is_recording_ = true;
   std::size_t run_ = 0;
   double run_began_ms_ = 0;
   double download_began_ms_ = 0;

@@ -21,6 +21,11 @@ class SystemClock final : public Clock {
                Duration limit, const std::function<bool()>& met) override {
     return condition.wait_for(lock, limit, met);
   }
+
+  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+            const std::function<bool()>& met) override {
+    condition.wait(lock, met);
+  }
 };
 
 NeverDestroyed<SystemClock> g_systemClock;

@@ -1,6 +1,6 @@
-// The time as the component sees it: every look at the time, every sleep and every wait with a
-// time limit goes through the clock in use. It is the system's, unless a test replaces it by one
-// whose time the test moves.
+// The time as the component sees it: every look at the time, every sleep, every wait with a time
+// limit, and those without one that a test has to see, go through the clock in use. It is the
+// system's, unless a test replaces it by one whose time the test moves.
 //
 // Threads: all functions may be called from any thread.
 #ifndef COMMON_CLOCK_H_
@@ -30,6 +30,10 @@ class Clock {
   // passed. Returns whether it is met.
   virtual bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                        Duration limit, const std::function<bool()>& met) = 0;
+
+  // The same without a limit.
+  virtual void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                    const std::function<bool()>& met) = 0;
 
  protected:
   ~Clock() = default;

@@ -40,6 +40,11 @@ void SimulatedClock::Leave(Waiters::iterator waiter) {
 void SimulatedClock::Sleep(Duration duration) {
   std::unique_lock lock(mutex_);
   ++sleeps_[duration];
+  if (duration <= longest_real_sleep_.load()) {
+    lock.unlock();
+    std::this_thread::sleep_for(duration);
+    return;
+  }
   if (released_.load()) {
     elapsed_ += duration.count();
     lock.unlock();
@@ -53,15 +58,37 @@ void SimulatedClock::Sleep(Duration duration) {
 
 bool SimulatedClock::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                              Duration limit, const std::function<bool()>& met) {
+  return WaitUntilDue(limit, condition, lock, [&] {
+    const bool is_met = met();
+    if (!is_met) ++vain_checks_;
+    return is_met;
+  });
+}
+
+void SimulatedClock::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                          const std::function<bool()>& met) {
+  constexpr Duration kForEver = std::chrono::hours(1'000'000);
+  while (!WaitFor(condition, lock, kForEver, met)) condition.wait(lock);  // after Release
+}
+
+// It is looked at `met` before the thread counts as one that waits.
+bool SimulatedClock::WaitUntilDue(Duration limit, std::condition_variable& condition,
+                                  std::unique_lock<std::mutex>& lock,
+                                  const std::function<bool()>& met) {
+  if (met()) return true;
   Waiters::iterator self;
   {
     const std::lock_guard own(mutex_);
     self = Enter({elapsed_.load() + limit.count(), &condition, lock.mutex()});
   }
-  condition.wait(lock, [&] { return met() || IsDue(*self); });
+  bool is_met = false;
+  while (!is_met && !IsDue(*self)) {
+    condition.wait(lock);
+    is_met = met();
+  }
   const std::lock_guard own(mutex_);
   Leave(self);
-  return met();
+  return is_met;
 }
 
 void SimulatedClock::Advance(Duration duration) {

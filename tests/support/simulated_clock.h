@@ -30,6 +30,8 @@ class SimulatedClock final : public Clock {
   void Sleep(Duration duration) override;
   bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                Duration limit, const std::function<bool()>& met) override;
+  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+            const std::function<bool()>& met) override;
 
   // The time passed since the construction.
   Duration Elapsed() const { return Duration(elapsed_.load()); }
@@ -39,7 +41,8 @@ class SimulatedClock final : public Clock {
   // Moves the time and wakes whoever's time has come.
   void Advance(Duration duration);
 
-  // Threads that sleep or wait in the clock, those excluded whose time has come.
+  // Threads that sleep or wait in the clock, those excluded whose time has come. Who waits on a
+  // condition has found it not to be met.
   std::size_t Waiting() const;
 
   // Waits until so many threads sleep or wait, which is how a test knows that the component has
@@ -53,10 +56,17 @@ class SimulatedClock final : public Clock {
   // From now on no thread sleeps: a sleep moves the time itself. For the end of a test.
   void Release();
 
+  // Has sleeps of up to that length take real time and no simulated time. For tests in which the
+  // loops of the component run on while the time stands still for what waits longer.
+  void SetRealSleeps(Duration longest) { longest_real_sleep_ = longest; }
+
   // How often each kind of call has begun.
   std::size_t Sleeps() const;
   std::size_t Sleeps(Duration duration) const;  // those of exactly that length
   std::size_t Looks() const { return looks_.load(); }
+
+  // How often those who wait on a condition have found it not to be met.
+  std::size_t VainChecks() const { return vain_checks_.load(); }
 
  private:
   struct Waiter {
@@ -66,6 +76,8 @@ class SimulatedClock final : public Clock {
   };
   using Waiters = std::list<Waiter>;
 
+  bool WaitUntilDue(Duration limit, std::condition_variable& condition,
+                    std::unique_lock<std::mutex>& lock, const std::function<bool()>& met);
   bool IsDue(const Waiter& waiter) const {
     return released_.load() || elapsed_.load() >= waiter.due;
   }
@@ -79,7 +91,9 @@ class SimulatedClock final : public Clock {
   std::atomic<std::int64_t> elapsed_{0};  // milliseconds
   std::atomic<std::time_t> wall_time_{0};
   std::atomic<bool> released_{false};
+  std::atomic<Duration> longest_real_sleep_{Duration::zero()};
   std::atomic<std::size_t> looks_{0};
+  std::atomic<std::size_t> vain_checks_{0};
 
   mutable std::mutex mutex_;
   std::condition_variable changed_;

@@ -54,8 +54,9 @@ bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
 void HandOver(const HlsPipeline& pipeline) {
   {
     std::unique_lock lock(g_segmentQueueMutex);
-    g_segmentQueueCond->wait(
-        lock, [&pipeline] { return g_parseLength.load() == 0 || !pipeline.running.load(); });
+    CurrentClock().Wait(*g_segmentQueueCond, lock, [&pipeline] {
+      return g_parseLength.load() == 0 || !pipeline.running.load();
+    });
     if (!pipeline.running.load()) return;
   }
   std::swap(g_parseBuffer, g_downloadBuffer);

@@ -248,7 +248,7 @@ std::vector<QueuedSegment> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHist
   std::size_t limit = 0;
   {
     std::unique_lock lock(g_segmentQueueMutex);
-    g_segmentQueueCond->wait(lock, [&pipeline] {
+    CurrentClock().Wait(*g_segmentQueueCond, lock, [&pipeline] {
       return !g_segmentQueue->empty() || g_onDemandQueued || !pipeline.running.load();
     });
     waiting.swap(*g_segmentQueue);

@@ -12,6 +12,7 @@
 
 #include "hls/segment_download.h"
 #include "hls/segment_parse.h"
+#include "hls/segment_states.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
 
@@ -25,15 +26,35 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using ts_test::MakeStream;
 
-class HlsLiveTest : public HlsPlay {
+class HlsLiveTest : public HlsLivePlay {
  protected:
   void PutWindow(int first, int count) {
     server_.Put(kList, LivePlaylist(first, SegmentUris(first, count)));
   }
-  // Waits until `count` more requests for the playlist have come.
-  bool WaitForRefreshes(std::size_t count) {
-    return server_.WaitForRequests(kList, server_.CountRequests(kList) + count);
+
+  // Plays many windows of three segments, each of them answered so, and returns the most segments
+  // that are known in a pause.
+  std::size_t MostKnownOverManyWindows(const Reply& segment) {
+    for (const std::string& name : SegmentUris(0, kWindows + 2)) server_.Put("/" + name, segment);
+    PutWindow(0, 3);
+    downloader_.BeginDownload(ListUrl());
+    EXPECT_TRUE(WaitForPause());
+    downloader_.SetStartPostion(start_position_);
+    std::size_t most = 0;
+    for (int first = 1; first < kWindows; ++first) {
+      PutWindow(first, 3);
+      EXPECT_TRUE(NextRefreshes(2));
+      most = std::max(most, KnownSegments());
+    }
+    EXPECT_EQ(player_.Snapshot().durations.back(), 10.0F * (kWindows + 2));
+    Stop();
+    return most;
   }
+
+  static constexpr int kWindows = 30;
+  static constexpr std::size_t kTwoWindows = 6;
+
+  float start_position_ = 0;
 };
 
 TEST_F(HlsLiveTest, SameSegmentsRefreshedAreDownloadedOnce) {
@@ -41,8 +62,9 @@ TEST_F(HlsLiveTest, SameSegmentsRefreshedAreDownloadedOnce) {
   PutWindow(0, 3);
   downloader_.BeginDownload(ListUrl());
   EXPECT_TRUE(WaitForVideo(29));
-  EXPECT_TRUE(WaitForRefreshes(3));
+  EXPECT_TRUE(NextRefreshes(3));
   Stop();
+  EXPECT_EQ(server_.CountRequests(kList), 5U);
   EXPECT_THAT(CountRequests(SegmentUris(0, 3)), Each(1U));
   EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10.0F, 20.0F, 30.0F));
   EXPECT_EQ(player_.Snapshot().video.size(), 29U);
@@ -53,12 +75,12 @@ TEST_F(HlsLiveTest, NewSegmentsAreDownloadedOnceAsTheWindowMovesOn) {
   PutSegments(stream, SegmentUris(0, 6));
   PutWindow(0, 3);
   downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(WaitForRefreshes(2));
+  EXPECT_TRUE(WaitForPause());
   PutWindow(1, 4);
-  EXPECT_TRUE(WaitForRefreshes(2));
+  EXPECT_TRUE(NextRefreshes(2));
   PutWindow(2, 4);
+  EXPECT_TRUE(NextRefreshes(2));
   EXPECT_TRUE(WaitForVideo(59) && WaitForAudio(59));
-  EXPECT_TRUE(WaitForRefreshes(1));
   Stop();
   EXPECT_THAT(CountRequests(SegmentUris(0, 6)), Each(1U));
   EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
@@ -67,17 +89,51 @@ TEST_F(HlsLiveTest, NewSegmentsAreDownloadedOnceAsTheWindowMovesOn) {
   EXPECT_TRUE(std::is_sorted(durations.begin(), durations.end()));
 }
 
+TEST_F(HlsLiveTest, DurationIsReportedAgainWhenNothingOfWhatIsQueuedIsNew) {
+  PutSegments(MakeStream(40), SegmentUris(0, 4));
+  PutWindow(0, 3);
+  downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForPause());
+  PutWindow(1, 3);
+  EXPECT_TRUE(NextRefresh());
+  const std::size_t before = player_.Snapshot().durations.size();
+  EXPECT_TRUE(NextRefresh());  // queues again what was downloaded and is listed still
+  const auto durations = player_.Snapshot().durations;
+  ASSERT_EQ(durations.size(), before + 1);
+  EXPECT_EQ(durations[before - 1], 40.0F);
+  EXPECT_EQ(durations[before], 40.0F);
+  Stop();
+  EXPECT_THAT(CountRequests(SegmentUris(0, 4)), Each(1U));
+}
+
+TEST_F(HlsLiveTest, DownloadedSegmentsAreForgottenOnceTheyAreNotListed) {
+  EXPECT_LE(MostKnownOverManyWindows(Whole(MakeStream(1))), kTwoWindows);
+  EXPECT_THAT(CountRequests(SegmentUris(0, kWindows + 2)), Each(1U));
+}
+
+TEST_F(HlsLiveTest, SegmentsThatFailedAreForgottenOnceTheyAreNotListed) {
+  EXPECT_LE(MostKnownOverManyWindows(CutAfter(1, Whole(MakeStream(1)))), kTwoWindows);
+  EXPECT_THAT(CountRequests(SegmentUris(0, kWindows + 2)), Each(1U));
+}
+
+TEST_F(HlsLiveTest, SegmentsBeforeTheStartPositionAreForgottenOnceTheyAreNotListed) {
+  start_position_ = 10.0F * (kWindows + 3);
+  EXPECT_LE(MostKnownOverManyWindows(Whole(MakeStream(1))), kTwoWindows);
+  EXPECT_THAT(CountRequests(SegmentUris(3, kWindows - 1)), Each(0U));
+}
+
 TEST_F(HlsLiveTest, PlaylistThatBreaksForAWhileGoesOnWhereItWas) {
   const ts_test::Bytes stream = MakeStream(40);
   PutSegments(stream, SegmentUris(0, 4));
   PutWindow(0, 3);
   downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(WaitForVideo(20));
+  EXPECT_TRUE(WaitForPause());
   server_.Put(kList, std::string("<html>try again later</html>"));
-  EXPECT_TRUE(WaitForRefreshes(2));
+  EXPECT_TRUE(NextRefreshes(2));
   server_.Put(kList, WithStatus(503, Whole(std::string("busy"))));
-  EXPECT_TRUE(WaitForRefreshes(1));
+  EXPECT_TRUE(NextRefresh());
   PutWindow(1, 3);
+  EXPECT_TRUE(NextRefresh());
   EXPECT_TRUE(WaitForVideo(39) && WaitForAudio(39));
   Stop();
   EXPECT_THAT(CountRequests(SegmentUris(0, 4)), Each(1U));
@@ -88,8 +144,9 @@ TEST_F(HlsLiveTest, BodyThatIsNoPlaylistAtFirstIsFollowedByOne) {
   PutSegments(MakeStream(20), SegmentUris(0, 2));
   server_.Put(kList, std::string("not yet"));
   downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(WaitForMessage("PLAY M3U8 NO:" + ListUrl()));
+  EXPECT_TRUE(WaitForMessage("PLAY M3U8 NO:" + ListUrl()) && WaitForPause());
   PutWindow(0, 2);
+  EXPECT_TRUE(NextRefresh());
   EXPECT_TRUE(WaitForVideo(19));
   Stop();
   EXPECT_TRUE(player_.Snapshot().MessagesWith("PLAY M3U8 OK:").empty());
@@ -99,11 +156,12 @@ TEST_F(HlsLiveTest, EncoderThatWasRestartedPlaysOnUnderTheSameNames) {
   PutSegments(MakeStream(20), SegmentUris(0, 2));
   server_.Put(kList, LivePlaylist(100, SegmentUris(0, 2)));
   downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(WaitForVideo(19));
+  EXPECT_TRUE(WaitForVideo(19) && WaitForPause());
   PutSegments(MakeStream(30, 9'000'000), SegmentUris(0, 3));
   PutWindow(0, 2);
-  EXPECT_TRUE(WaitForRefreshes(2));
+  EXPECT_TRUE(NextRefreshes(2));
   PutWindow(0, 3);
+  EXPECT_TRUE(NextRefresh());
   EXPECT_TRUE(WaitForVideo(49));  // one that the first run left behind
   Stop();
   EXPECT_THAT(CountRequests(SegmentUris(0, 3)), ElementsAre(2U, 2U, 1U));
@@ -114,9 +172,10 @@ TEST_F(HlsLiveTest, LateCopyPlaysNothingTwice) {
   PutSegments(stream, SegmentUris(0, 6));
   PutWindow(0, 3);
   downloader_.BeginDownload(ListUrl());
+  EXPECT_TRUE(WaitForPause());
   for (const int first : {2, 0, 1, 3}) {
-    EXPECT_TRUE(WaitForRefreshes(2));
     PutWindow(first, 3);
+    EXPECT_TRUE(NextRefreshes(2));
   }
   EXPECT_TRUE(WaitForVideo(59) && WaitForAudio(59));
   Stop();
@@ -139,9 +198,11 @@ TEST_F(HlsLiveTest, NamesThatAreReusedInARingPlayOn) {
   };
   put(0);
   downloader_.BeginDownload(ListUrl());
-  for (int first = 0; first + 2 < kSegments; ++first) {
-    EXPECT_TRUE(WaitForBufferedTimes(static_cast<std::size_t>(first) + 2));
-    put(first + 1);
+  EXPECT_TRUE(WaitForPause());
+  for (int first = 1; first + 2 <= kSegments; ++first) {
+    put(first);
+    EXPECT_TRUE(NextRefresh());
+    EXPECT_EQ(player_.Snapshot().buffered_times.size(), static_cast<std::size_t>(first) + 2);
   }
   EXPECT_TRUE(WaitForVideo(69) && WaitForAudio(69));
   Stop();

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstddef>
 #include <string>
 #include <thread>
 #include <utility>
@@ -11,6 +13,7 @@
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
@@ -40,24 +43,28 @@ class HlsPlaylistTest : public HlsTasks {
   }
   std::string Run() { return Run(server_.Url(kList)); }
 
-  // Runs it beside the test until `met` holds, then stops it.
-  template <typename Condition>
-  void RunUntil(const std::string& url, Condition met) {
+  // Runs it beside `test`, then stops it.
+  template <typename Test>
+  void RunBeside(const std::string& url, Test test) {
     testing::internal::CaptureStdout();
     std::thread thread([&] { PlaylistThread(pipeline_, url); });
-    EXPECT_TRUE(met());
+    test();
     pipeline_.running = false;
     WakeHlsTasks();
     thread.join();
     testing::internal::GetCapturedStdout();
   }
 
+  // Runs it, one refresh after the other, until `met` holds.
+  template <typename Condition>
+  void RunUntil(const std::string& url, Condition met) {
+    RunBeside(url, [&] { EXPECT_TRUE(clock_.AdvanceUntil(met, 1, kPause)); });
+  }
+
   // The outcome told for a playlist whose body this is.
   std::vector<std::string> OutcomeOf(const std::string& body) {
     server_.Put(kList, body);
-    RunUntil(server_.Url(kList), [this] {
-      return player_.WaitFor([](const auto& record) { return !record.results.empty(); });
-    });
+    RunUntil(server_.Url(kList), [this] { return !player_.Snapshot().results.empty(); });
     const auto record = player_.Snapshot();
     std::vector<std::string> lines = record.messages;
     lines.insert(lines.end(), record.results.begin(), record.results.end());
@@ -65,6 +72,9 @@ class HlsPlaylistTest : public HlsTasks {
     return lines;
   }
 
+  static constexpr std::chrono::seconds kPause{1};
+
+  SimulatedClock clock_;
   HlsServer server_;
 };
 
@@ -119,7 +129,7 @@ TEST_F(HlsPlaylistTest, RefreshesRepeatTheRequestThatSucceeded) {
   server_.Put("/\xC1\xA1.m3u8", CutAfter(0, Whole(std::string("x"))));
   server_.Put("/b.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
   RunUntil(server_.Url("/\xC1\xA1.m3u8?x&pt=ios&"),
-           [this] { return server_.WaitForRequests("/b.m3u8", 2); });
+           [this] { return server_.CountRequests("/b.m3u8") == 2; });
   for (const auto& request : server_.Requests()) {
     EXPECT_EQ(request.has_user_agent, request.path != "/b.m3u8");
   }
@@ -129,7 +139,7 @@ TEST_F(HlsPlaylistTest, PlaylistVariantAndRefreshAskForTheUserAgentOfTheirOwnAdd
   server_.Put(kList, MasterPlaylist({{500'000, "low.m3u8?x&pt=android&"}, {900'000, "high.m3u8"}}));
   server_.Put("/low.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
   server_.Put("/high.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
-  RunUntil(server_.Url(kList) + "?x&pt=ios&", [this] { return server_.WaitForRequests(6); });
+  RunUntil(server_.Url(kList) + "?x&pt=ios&", [this] { return server_.Requests().size() == 6; });
   for (const auto& request : server_.Requests()) {
     const std::string expected = request.path == kList ? kIphone : kAndroid;
     EXPECT_EQ(request.has_user_agent, request.path != "/high.m3u8");
@@ -161,9 +171,7 @@ TEST_F(HlsPlaylistTest, WordsCountAnywhereInTheBody) {
 }
 
 TEST_F(HlsPlaylistTest, ErrorPageOfTheServerIsTakenAsABody) {
-  RunUntil(server_.Url("/nowhere.m3u8"), [this] {
-    return player_.WaitFor([](const auto& record) { return !record.results.empty(); });
-  });
+  RunUntil(server_.Url("/nowhere.m3u8"), [this] { return !player_.Snapshot().results.empty(); });
   EXPECT_THAT(player_.Snapshot().messages,
               ElementsAre("PLAY M3U8 NO:" + server_.Url("/nowhere.m3u8")));
 }
@@ -202,18 +210,31 @@ TEST_F(HlsPlaylistTest, OnDemandBodyWithoutAHeaderQueuesNothing) {
   EXPECT_EQ(player_.Snapshot().messages.front().substr(0, 13), "PLAY M3U8 NO:");
 }
 
+TEST_F(HlsPlaylistTest, FirstRefreshFollowsTheFirstPlaylistAtOnceAndTheOthersASecondApart) {
+  constexpr std::chrono::milliseconds kLittle{1};
+  server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
+  RunBeside(server_.Url(kList), [&] {
+    for (std::size_t refreshes = 1; refreshes <= 4; ++refreshes) {
+      EXPECT_TRUE(clock_.AwaitWaiting(1));
+      EXPECT_EQ(server_.Requests().size(), 1 + refreshes);
+      clock_.Advance(kPause - kLittle);
+      EXPECT_EQ(clock_.Waiting(), 1U) << "the pause ended early";
+      clock_.Advance(kLittle);
+    }
+  });
+}
+
 TEST_F(HlsPlaylistTest, LivePlaylistIsAskedForAgainUntilTheStop) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
-  RunUntil(server_.Url(kList), [this] { return server_.WaitForRequests(3); });
+  RunUntil(server_.Url(kList), [this] { return server_.Requests().size() == 30; });
   EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "refreshes are told to nobody";
 }
 
 TEST_F(HlsPlaylistTest, FailingRefreshesAreToldToNobodyAndGoOn) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
   RunUntil(server_.Url(kList), [this] {
-    server_.WaitForRequests(1);
-    server_.Put(kList, CutAfter(0, Whole(std::string("x"))));
-    return server_.WaitForRequests(4);
+    if (clock_.Waiting() == 1) server_.Put(kList, CutAfter(0, Whole(std::string("x"))));
+    return server_.Requests().size() == 12;
   });
   EXPECT_EQ(player_.Snapshot().messages.size(), 1U);
 }

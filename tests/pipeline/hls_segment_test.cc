@@ -15,6 +15,7 @@
 #include "tests/support/claimed_backlog.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
@@ -335,11 +336,51 @@ TEST_F(HlsBadSegmentTest, OneThatFollowsFramesStillQueuedIsBadAllTheSame) {
   EXPECT_EQ(bad_.Contents(), std::string(50, 'y'));
 }
 
-// A parse thread with a segment before it, while more than enough frames wait for delivery.
-class HlsBacklogTest : public HlsTasks {
+// A parse thread alone, in simulated time.
+class HlsParseLoopTest : public HlsTasks {
+ protected:
+  HlsParseLoopTest() { ResetFrameQueues(); }
+  ~HlsParseLoopTest() override { ReleaseFrameQueues(); }
+
+  void Begin() {
+    testing::internal::CaptureStdout();
+    thread_ = std::thread([this] { ParseSegmentsThread(pipeline_, kUrl); });
+  }
+
+  void Stop() {
+    pipeline_.running = false;
+    clock_.Release();
+    thread_.join();
+    testing::internal::GetCapturedStdout();
+  }
+
+  // Whether it looks for work once a millisecond, several times, and finds none.
+  bool FindsNothingToDo() {
+    for (int i = 0; i < 3; ++i) {
+      if (!clock_.AwaitWaiting(1)) return false;
+      const std::size_t sleeps = clock_.Sleeps();
+      clock_.Advance(kPace);
+      if (!clock_.AwaitWaiting(1) || clock_.Sleeps() != sleeps + 1) return false;
+    }
+    return clock_.Sleeps(kPace) == clock_.Sleeps() && player_.Snapshot().messages.empty();
+  }
+
+  static constexpr std::chrono::milliseconds kPace{1};
+
+  SimulatedClock clock_;
+  std::thread thread_;
+};
+
+TEST_F(HlsParseLoopTest, LooksOnceAMillisecondForASegment) {
+  Begin();
+  EXPECT_TRUE(FindsNothingToDo());
+  Stop();
+}
+
+// With a segment before it, while more than enough frames wait for delivery.
+class HlsBacklogTest : public HlsParseLoopTest {
  protected:
   HlsBacklogTest() {
-    ResetFrameQueues();
     ClaimTooManyBytes();
     const Bytes segment = MakeStream(4);
     {
@@ -347,76 +388,87 @@ class HlsBacklogTest : public HlsTasks {
       std::copy(segment.begin(), segment.end(), g_parseBuffer->begin());
       g_parseLength = static_cast<std::int32_t>(segment.size());
     }
-    testing::internal::CaptureStdout();
-    thread_ = std::thread([this] { ParseSegmentsThread(pipeline_, kUrl); });
-  }
-  ~HlsBacklogTest() override { ReleaseFrameQueues(); }
-
-  bool IsParsed(std::chrono::milliseconds limit) {
-    return player_.WaitFor(
-        [](const auto& record) { return record.HasMessage("PLAY M3U8 H264:" + std::string(kUrl)); },
-        limit);
+    Begin();
   }
 
-  void Stop() {
-    pipeline_.running = false;
-    thread_.join();
-    testing::internal::GetCapturedStdout();
+  bool IsParsed() const {
+    return player_.Snapshot().HasMessage("PLAY M3U8 H264:" + std::string(kUrl));
   }
 
-  static constexpr std::chrono::milliseconds kShort{200};
-  static constexpr std::chrono::seconds kLong{20};
-  std::thread thread_;
+  static std::uint64_t PushedVideo() {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->pushed;
+  }
 };
 
 TEST_F(HlsBacklogTest, SegmentWaitsUntilThereIsRoomForItsFrames) {
-  EXPECT_FALSE(IsParsed(kShort));
+  EXPECT_TRUE(FindsNothingToDo());
+  EXPECT_EQ(PushedVideo(), 0U);
   ClaimNothing();
-  EXPECT_TRUE(IsParsed(kLong));
+  EXPECT_TRUE(clock_.AdvanceUntil([this] { return IsParsed(); }, 1, kPace));
   Stop();
-  const std::lock_guard lock(g_frameQueueMutex);
-  EXPECT_EQ(g_videoQueue->pushed, 3U);
+  EXPECT_EQ(PushedVideo(), 3U);
 }
 
 TEST_F(HlsBacklogTest, StopEndsTheWaitForRoom) {
-  EXPECT_FALSE(IsParsed(kShort));
+  EXPECT_TRUE(FindsNothingToDo());
   Stop();
   EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "nothing but the end was told";
-  const std::lock_guard lock(g_frameQueueMutex);
-  EXPECT_EQ(g_videoQueue->pushed, 0U);
+  EXPECT_EQ(PushedVideo(), 0U);
 }
 
-class HlsHandOverTest : public HlsPlay {};
+// All of simulated time: the parse thread takes a segment when the test moves the time.
+class HlsHandOverTest : public HlsPlay {
+ protected:
+  ~HlsHandOverTest() override {
+    clock_.Release();
+    downloader_.EndDownload();
+  }
+
+  // The playlist answers once the loops for parsing and delivery sleep, and no segment was had.
+  void Begin(int segments) {
+    PutOnDemand(stream_, segments);
+    server_.Put(kList, Held(Whole(OnDemandPlaylist(SegmentUris(0, segments)))));
+    downloader_.BeginDownload(ListUrl());
+    EXPECT_TRUE(clock_.AwaitWaiting(kLoops + kSegmentTask));
+    server_.Release(kList);
+  }
+
+  // Moves the time whenever the segment thread has done all that it can.
+  void PlayToTheEnd() {
+    const auto all = [this] {
+      return player_.WaitFor(
+          [](const Record& record) {
+            return record.video.size() == kFrames - 1 && record.audio.size() == kFrames - 1;
+          },
+          std::chrono::milliseconds(0));
+    };
+    EXPECT_TRUE(clock_.AdvanceUntil(all, kLoops + kSegmentTask, std::chrono::milliseconds(1)));
+    clock_.Release();
+    Stop();
+    EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream_)));
+  }
+
+  static constexpr std::size_t kFrames = 200;
+  static constexpr std::size_t kLoops = 3;
+  static constexpr std::size_t kSegmentTask = 1;
+
+  const Bytes stream_ = MakeStream(kFrames);
+  SimulatedClock clock_;
+};
 
 TEST_F(HlsHandOverTest, SegmentWaitsUntilTheOneBeforeItWasTaken) {
-  const Bytes stream = MakeStream(80);
-  PutOnDemand(stream, 8);
-  {
-    const TsDemuxLock parse_thread_waits;
-    downloader_.BeginDownload(ListUrl());
-    EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
-    EXPECT_FALSE(
-        player_.WaitFor([](const Record& record) { return record.buffered_times.size() > 1; },
-                        std::chrono::milliseconds(300)));
-    EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
-  }
-  EXPECT_TRUE(WaitForVideo(79) && WaitForAudio(79));
-  Stop();
-  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+  Begin(8);
+  EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
+  EXPECT_TRUE(clock_.AwaitWaiting(kLoops + kSegmentTask)) << "it waits, and not for the server";
+  EXPECT_EQ(player_.Snapshot().buffered_times.size(), 1U);
+  EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
+  PlayToTheEnd();
 }
 
-TEST_F(HlsHandOverTest, SlowParseThreadLosesNothing) {
-  const Bytes stream = MakeStream(200);
-  PutOnDemand(stream, 40);
-  downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(WaitUntil([this] {
-    const TsDemuxLock parse_thread_waits;
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    return server_.CountRequests("/seg20.ts") == 1;
-  }));
-  EXPECT_TRUE(WaitForVideo(199) && WaitForAudio(199));
-  Stop();
-  EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
+TEST_F(HlsHandOverTest, ParseThreadThatIsAlwaysTheLastLosesNothing) {
+  Begin(40);
+  PlayToTheEnd();
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <functional>
+#include <future>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
 namespace {
@@ -26,10 +28,16 @@ using testing::ElementsAre;
 
 constexpr char kList[] = "/list.m3u8";
 
+constexpr std::chrono::seconds kPause{1};
+constexpr std::chrono::milliseconds kLimit{10'000};
+constexpr std::chrono::milliseconds kLittle{1};
+
+// In simulated time, which stands still until the test moves it: a transfer that is silent finds
+// out at the next progress tick of libcurl.
 class HlsSilenceTest : public HlsTasks {
  protected:
-  // Long enough for a busy machine to answer at all.
-  HlsSilenceTest() { pipeline_.silence_limit = std::chrono::seconds(1); }
+  HlsSilenceTest() { clock_.SetRealSleeps(std::chrono::milliseconds(1)); }
+  ~HlsSilenceTest() override { clock_.Release(); }
 
   // Runs a task beside the test until `met` holds, then stops it.
   template <typename Task, typename Condition>
@@ -47,16 +55,39 @@ class HlsSilenceTest : public HlsTasks {
     RunUntil([this] { PlaylistThread(pipeline_, server_.Url(kList)); }, met);
   }
 
+  // Waits until a transfer has looked at the time once more.
+  bool WaitForLook() {
+    const std::size_t looks = clock_.Looks();
+    return WaitUntil([&] { return clock_.Looks() > looks; });
+  }
+
+  // Moves the time by the limit, after each look of a transfer, until `met` holds. A silence that
+  // begins in a body takes two: the first look may be the one that finds the bytes.
+  bool FallSilentUntil(const std::function<bool()>& met) {
+    clock_.Advance(kLimit);
+    std::size_t looks = clock_.Looks();
+    return WaitUntil([&] {
+      if (met()) return true;
+      if (clock_.Looks() == looks) return false;
+      clock_.Advance(kLimit);
+      looks = clock_.Looks();
+      return false;
+    });
+  }
+
   // Refreshes a playlist, one of whose refreshes is answered so, and expects the next one to play.
-  void ExpectRefreshAfter(const Reply& trouble) {
+  // `fall_silent` moves the time until the refresh has failed.
+  void ExpectRefreshAfter(const Reply& trouble, const std::function<bool()>& fall_silent) {
     server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
     PlaylistUntil([&] {
-      const bool began = server_.WaitForRequests(kList, 1);
+      EXPECT_TRUE(clock_.AwaitWaiting(1));
       server_.Put(kList, trouble);
-      const std::size_t before = server_.CountRequests(kList);
-      const bool in_trouble = server_.WaitForRequests(kList, before + 1);
+      clock_.Advance(kPause);
+      EXPECT_TRUE(server_.WaitForRequests(kList, 3));
       server_.Put(kList, LivePlaylist(1, SegmentUris(1, 2)));
-      return began && in_trouble && WaitUntil([] { return WaitingSegments() == 3; });
+      EXPECT_TRUE(fall_silent());
+      clock_.Advance(kPause);
+      return WaitUntil([] { return WaitingSegments() == 3; });
     });
     pipeline_.running = true;  // what was queued is taken while it runs
     EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
@@ -72,29 +103,38 @@ class HlsSilenceTest : public HlsTasks {
     std::thread parser([this] { ParseSegmentsThread(pipeline_, kUrl); });
     RunUntil([this] { DownloadPartsThread(pipeline_); },
              [this] {
-               return player_.WaitFor(
-                   [](const auto& record) { return record.buffered_times.size() == 3; });
+               return server_.WaitForRequests("/seg0.ts", 1) &&
+                      FallSilentUntil([this] { return server_.CountRequests("/seg1.ts") == 1; }) &&
+                      player_.WaitFor(
+                          [](const auto& record) { return record.buffered_times.size() == 3; });
              });
     parser.join();
     EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10.0F, 20.0F, 30.0F));
     for (const std::string& name : SegmentUris(0, 3)) {
-      EXPECT_LE(server_.CountRequests("/" + name), 1U) << "no segment is tried again";
+      EXPECT_EQ(server_.CountRequests("/" + name), 1U) << "no segment is tried again";
     }
   }
 
+  SimulatedClock clock_;
   HlsServer server_;
 };
 
-TEST(HlsSilenceLimitTest, IsTenSeconds) {
-  EXPECT_EQ(HlsPipeline().silence_limit, std::chrono::seconds(10));
-}
+TEST(HlsSilenceLimitTest, IsTenSeconds) { EXPECT_EQ(HlsPipeline().silence_limit, kLimit); }
 
-TEST_F(HlsSilenceTest, RefreshThatIsNeverAnsweredIsFollowedByTheNext) {
-  ExpectRefreshAfter(Silent());
+TEST_F(HlsSilenceTest, RefreshThatIsNotAnsweredForTenSecondsIsFollowedByTheNext) {
+  ExpectRefreshAfter(Silent(), [this] {
+    clock_.Advance(kLimit - kLittle);
+    EXPECT_TRUE(WaitForLook());
+    EXPECT_TRUE(WaitForLook()) << "it goes on";
+    EXPECT_EQ(clock_.Waiting(), 0U) << "the pause began early";
+    clock_.Advance(kLittle);
+    return clock_.AwaitWaiting(1);
+  });
 }
 
 TEST_F(HlsSilenceTest, RefreshThatFallsSilentInItsBodyIsFollowedByTheNext) {
-  ExpectRefreshAfter(StalledAfter(5, Whole(LivePlaylist(1, SegmentUris(1, 2)))));
+  ExpectRefreshAfter(StalledAfter(5, Whole(LivePlaylist(1, SegmentUris(1, 2)))),
+                     [this] { return FallSilentUntil([this] { return clock_.Waiting() == 1; }); });
 }
 
 TEST_F(HlsSilenceTest, SegmentThatIsNeverAnsweredIsFollowedByTheNext) {
@@ -109,7 +149,10 @@ TEST_F(HlsSilenceTest, VariantThatIsNeverAnsweredIsFollowedByTheNext) {
   server_.Put(kList, MasterPlaylist({{500'000, "low.m3u8"}, {900'000, "high.m3u8"}}));
   server_.Put("/low.m3u8", Silent());
   server_.Put("/high.m3u8", LivePlaylist(0, SegmentUris(0, 2)));
-  EXPECT_TRUE(Refresh(server_.Url(kList)));
+  auto refreshed = std::async(std::launch::async, [this] { return Refresh(server_.Url(kList)); });
+  EXPECT_TRUE(server_.WaitForRequests("/low.m3u8", 1));
+  clock_.Advance(kLimit);
+  EXPECT_TRUE(refreshed.get());
   EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts"));
 }
 
@@ -117,30 +160,47 @@ TEST_F(HlsSilenceTest, FirstPlaylistThatIsNeverAnsweredIsTriedTwiceAndGivenUp) {
   server_.Put(kList, Silent());
   const std::string url = server_.Url(kList);
   PlaylistUntil([&] {
+    for (const std::size_t attempt : {1U, 2U}) {
+      EXPECT_TRUE(server_.WaitForRequests(attempt));
+      clock_.Advance(kLimit);
+    }
     return player_.WaitFor([&](const auto& record) { return record.messages.size() == 2; });
   });
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY Try:" + url, "PLAY Failed:" + url));
+  EXPECT_EQ(server_.Requests().size(), 2U);
 }
 
 TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitGoesOn) {
-  constexpr std::size_t kTrickles = 3'000;  // with a pause of a millisecond after each
-  pipeline_.silence_limit = std::chrono::seconds(1);
-  server_.Put("/seg0.ts", Trickling(Whole(std::string("x"))));
+  constexpr std::size_t kTrickles = 40;
+  server_.Put("/seg0.ts", Trickling(Whole(std::string("x")), kLimit - kLittle));
   QueueOrLeave(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));
   RunUntil([this] { DownloadPartsThread(pipeline_); },
-           [this] { return server_.WaitForTrickles("/seg0.ts", kTrickles); });
+           [this] {
+             bool goes_on = true;
+             for (std::size_t i = 1; goes_on && i <= kTrickles; ++i) {
+               const std::size_t looks = clock_.Looks();
+               goes_on = server_.WaitForTrickles("/seg0.ts", i) && clock_.AwaitWaiting(1) &&
+                         WaitUntil([&] { return clock_.Looks() > looks; });
+               clock_.Advance(kLimit - kLittle);
+             }
+             return goes_on;
+           });
+  EXPECT_EQ(server_.CountRequests("/seg0.ts"), 1U);
   EXPECT_EQ(server_.CountRequests("/seg1.ts"), 0U);
 }
 
 TEST_F(HlsSilenceTest, HeadersEndASilenceToo) {
-  constexpr int kRedirects = 4;
-  pipeline_.silence_limit = std::chrono::seconds(3);
-  for (int i = 0; i < kRedirects; ++i) {
-    server_.Put("/" + std::to_string(i),
-                After(std::chrono::seconds(1), RedirectTo("/" + std::to_string(i + 1))));
+  constexpr std::chrono::milliseconds kLongerThanHalf = kLimit / 2 + kLittle;
+  server_.Put("/0", Held(RedirectTo("/1")));
+  server_.Put("/1", Held(Whole(LivePlaylist(0, SegmentUris(0, 1)))));
+  auto refreshed = std::async(std::launch::async, [this] { return Refresh(server_.Url("/0")); });
+  for (const char* path : {"/0", "/1"}) {
+    EXPECT_TRUE(server_.WaitForRequests(path, 1));
+    clock_.Advance(kLongerThanHalf);
+    EXPECT_TRUE(WaitForLook());
+    server_.Release(path);
   }
-  server_.Put("/" + std::to_string(kRedirects), LivePlaylist(0, SegmentUris(0, 1)));
-  EXPECT_TRUE(Refresh(server_.Url("/0")));
+  EXPECT_TRUE(refreshed.get());
 }
 
 }  // namespace

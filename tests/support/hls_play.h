@@ -2,6 +2,8 @@
 #ifndef TESTS_SUPPORT_HLS_PLAY_H_
 #define TESTS_SUPPORT_HLS_PLAY_H_
 
+#include <chrono>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <mutex>
@@ -11,9 +13,12 @@
 
 #include "common/frame_queue.h"
 #include "common/temp_files.h"
+#include "hls/hls_state.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"
 #include "tests/support/play.h"
+#include "tests/support/simulated_clock.h"
+#include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
 // The file in which segments without video are kept. Every test begins without it, and with the
@@ -69,6 +74,48 @@ class HlsPlay : public Play<HlsServer> {
   static constexpr char kList[] = "/list.m3u8";
 
   BadSegmentFile bad_;
+};
+
+// HlsPlay in simulated time, for live streams: the pause before a refresh ends when the test says
+// so, and no transfer falls silent. The loops that look every millisecond run on meanwhile.
+class HlsLivePlay : public HlsPlay {
+ protected:
+  HlsLivePlay() { clock_.SetRealSleeps(std::chrono::milliseconds(1)); }
+  ~HlsLivePlay() override { downloader_.EndDownload(); }  // no task outlives the clock
+
+  // Waits until the playlist task pauses and the segment task has finished everything that was
+  // queued. From then on nothing is requested before the next refresh.
+  bool WaitForPause() {
+    return WaitUntil([this] { return IsPausing(); });
+  }
+
+  // Ends a pause and waits for the next one: exactly one refresh, and what follows from it.
+  bool NextRefresh() {
+    if (!WaitForPause()) return false;
+    clock_.Advance(kRefreshPause);
+    return WaitForPause();
+  }
+  bool NextRefreshes(int count) {
+    for (int i = 0; i < count; ++i) {
+      if (!NextRefresh()) return false;
+    }
+    return true;
+  }
+
+  static constexpr std::chrono::seconds kRefreshPause{1};
+
+  SimulatedClock clock_;
+
+ private:
+  // A segment task that downloads or hands over has g_downloadMutex. One that waits in the clock
+  // beside that mutex waits for segments, unless some are queued and it has not woken yet.
+  bool IsPausing() const {
+    constexpr std::size_t kTasks = 2;
+    const std::unique_lock hand_over(g_downloadMutex, std::try_to_lock);
+    if (!hand_over.owns_lock()) return false;
+    const std::lock_guard lock(g_segmentQueueMutex);
+    return g_segmentQueue->empty() && clock_.Waiting() == kTasks;
+  }
 };
 
 // The frames that the demultiplexer makes of a whole stream.

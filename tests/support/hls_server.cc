@@ -2,6 +2,8 @@
 
 #include <httplib.h>
 
+#include "common/clock.h"
+
 HlsServer::HlsServer() : LocalServer(WarmUp) {
   SetUpReplies();
   Open();
@@ -22,7 +24,7 @@ void HlsServer::SetUpReplies() {
     // In this order: once a request is known to have come, a new reply is not for it.
     const SharedReply reply = ReplyTo(request.path);
     Remember(request);
-    if (reply != nullptr) std::this_thread::sleep_for(reply->pause);
+    if (reply != nullptr && reply->is_held && !AwaitRelease(request.path)) return;
     Answer(request.path, reply, response);
   });
 }
@@ -71,9 +73,13 @@ void HlsServer::Trickle(const std::string& path, const SharedReply& reply,
           ++trickles_[path];
           if (!sent) hung_up_.insert(path);
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        SleepFor(reply->pause);
         return sent && !IsEnding();
       });
+}
+
+bool HlsServer::AwaitRelease(const std::string& path) {
+  return WaitFor([&] { return released_.contains(path); });
 }
 
 bool HlsServer::GoesOn(const std::string& path, Reply::Then then) {
@@ -81,7 +87,7 @@ bool HlsServer::GoesOn(const std::string& path, Reply::Then then) {
     case Reply::Then::kRest:
       return true;
     case Reply::Then::kRestOnceReleased:
-      return WaitFor([&] { return released_.contains(path); });
+      return AwaitRelease(path);
     case Reply::Then::kNothing:
       return WaitForEnd();
     default:

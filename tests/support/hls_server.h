@@ -10,7 +10,6 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -33,7 +32,8 @@ struct Reply {
   std::size_t sent = 0;
   int status = 200;
   std::string location = {};           // where it is redirected, if anywhere
-  std::chrono::milliseconds pause{0};  // before the answer
+  bool is_held = false;                // until it is released, not even a header is sent
+  std::chrono::milliseconds pause{1};  // of kItselfForEver, by the component's clock
 };
 
 inline Reply Whole(std::string body) { return {std::move(body)}; }
@@ -55,9 +55,12 @@ inline Reply GatedAfter(std::size_t sent, Reply reply) {
   reply.sent = sent;
   return reply;
 }
-// The body over and over, with a pause after each, for as long as the client listens.
-inline Reply Trickling(Reply reply) {
+// The body over and over, with a pause after each, for as long as the client listens. A test that
+// stands still in simulated time releases its clock before the server is destroyed.
+inline Reply Trickling(Reply reply,
+                       std::chrono::milliseconds pause = std::chrono::milliseconds(1)) {
   reply.then = Reply::Then::kItselfForEver;
+  reply.pause = pause;
   return reply;
 }
 inline Reply Silent() { return {"", Reply::Then::kNotEvenAnAnswer}; }
@@ -68,8 +71,8 @@ inline Reply WithStatus(int status, Reply reply) {
 inline Reply RedirectTo(std::string location) {
   return {"", Reply::Then::kRest, 0, 302, std::move(location)};
 }
-inline Reply After(std::chrono::milliseconds pause, Reply reply) {
-  reply.pause = pause;
+inline Reply Held(Reply reply) {
+  reply.is_held = true;
   return reply;
 }
 
@@ -89,7 +92,7 @@ class HlsServer final : public LocalServer {
     Put(path, Whole(body));
   }
 
-  // Lets the rest of gated replies for this path go.
+  // Lets held replies for this path go, and the rest of gated ones.
   void Release(const std::string& path) {
     {
       const std::lock_guard lock(mutex_);
@@ -131,6 +134,9 @@ class HlsServer final : public LocalServer {
 
   // Without a length, which an endless body does not have.
   void Trickle(const std::string& path, const SharedReply& reply, httplib::Response& response);
+
+  // False at the end of the test.
+  bool AwaitRelease(const std::string& path);
 
   bool GoesOn(const std::string& path, Reply::Then then);
 

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <set>
 #include <string>
 #include <thread>
@@ -13,6 +15,7 @@
 #include "hls/segment_download.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
 namespace {
@@ -189,18 +192,72 @@ TEST_F(SegmentQueueTest, SegmentsThatComeLaterEndTheWait) {
 }
 
 TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
+  SimulatedClock clock;
+  std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
+  EXPECT_TRUE(clock.AwaitWaiting(1));
   pipeline_.running = false;
-  const auto before = std::chrono::steady_clock::now();
+  WakeHlsTasks();
+  pause.join();
+  EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
+}
+
+TEST_F(SegmentQueueTest, PauseAfterAStopIsNone) {
+  const SimulatedClock clock;
+  pipeline_.running = false;
   PauseBetweenRefreshes(pipeline_);
-  EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(900));
+  EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
 }
 
 TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueuedMeanwhile) {
-  const auto before = std::chrono::steady_clock::now();
-  std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  PauseBetweenRefreshes(pipeline_);
-  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(1000));
-  producer.join();
+  constexpr std::chrono::milliseconds kSecond{1000};
+  SimulatedClock clock;
+  std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
+  EXPECT_TRUE(clock.AwaitWaiting(1));
+  Queue(LivePlaylist(0, SegmentUris(0, 1)));
+  clock.Advance(kSecond - std::chrono::milliseconds(1));
+  EXPECT_EQ(clock.Waiting(), 1U);
+  clock.Advance(std::chrono::milliseconds(1));
+  pause.join();
+}
+
+// The segment thread in simulated time. All that is queued ends before the start position, so
+// nothing is requested.
+class SegmentLoopTest : public SegmentQueueTest {
+ protected:
+  SegmentLoopTest() { pipeline_.startPosition = 1'000; }
+
+  bool IsTaken(std::size_t batches) {
+    return player_.WaitFor(
+        [batches](const auto& record) { return record.durations.size() == batches; });
+  }
+
+  void Stop() {
+    pipeline_.running = false;
+    clock_.Release();
+    WakeHlsTasks();
+    segments_.join();
+  }
+
+  static constexpr std::chrono::milliseconds kPace{1};
+
+  SimulatedClock clock_;
+  std::thread segments_;
+};
+
+TEST_F(SegmentLoopTest, NextBatchIsTakenAMillisecondLater) {
+  Queue(LivePlaylist(0, SegmentUris(0, 1)));
+  segments_ = std::thread([this] { DownloadPartsThread(pipeline_); });
+  for (int batch = 1; batch <= 3; ++batch) {
+    EXPECT_TRUE(IsTaken(static_cast<std::size_t>(batch)));
+    EXPECT_TRUE(clock_.AwaitWaiting(1));
+    EXPECT_EQ(clock_.Sleeps(kPace), static_cast<std::size_t>(batch));
+    Queue(LivePlaylist(batch, SegmentUris(batch, 1)));
+    EXPECT_EQ(WaitingSegments(), 1U) << "it is taken when the time has passed";
+    clock_.Advance(kPace);
+  }
+  EXPECT_TRUE(IsTaken(4));
+  EXPECT_EQ(clock_.Elapsed(), 3 * kPace);
+  Stop();
 }
 
 TEST_F(SegmentQueueTest, StreamThatRestartsUnderTheSameNamesIsPlayedAtOnce) {

@@ -55,29 +55,21 @@ class HlsSilenceTest : public HlsTasks {
     RunUntil([this] { PlaylistThread(pipeline_, server_.Url(kList)); }, met);
   }
 
-  // Waits until a transfer has looked at the time once more.
-  bool WaitForLook() {
+  // Waits until a transfer has looked at the time so often again.
+  bool WaitForLooks(std::size_t count) {
     const std::size_t looks = clock_.Looks();
-    return WaitUntil([&] { return clock_.Looks() > looks; });
+    return WaitUntil([&] { return clock_.Looks() >= looks + count; });
   }
 
-  // Moves the time by the limit, after each look of a transfer, until `met` holds. A silence that
-  // begins in a body takes two: the first look may be the one that finds the bytes.
-  bool FallSilentUntil(const std::function<bool()>& met) {
-    clock_.Advance(kLimit);
-    std::size_t looks = clock_.Looks();
-    return WaitUntil([&] {
-      if (met()) return true;
-      if (clock_.Looks() == looks) return false;
-      clock_.Advance(kLimit);
-      looks = clock_.Looks();
-      return false;
-    });
+  // Waits until the transfer has received what a stalled reply sends. libcurl looks at the time up
+  // to twice in each of its turns, so the last of these looks is of a turn that began later.
+  bool WaitForBytesBeforeTheStall(const std::string& path) {
+    return server_.WaitForStall(path) && WaitForLooks(4);
   }
 
   // Refreshes a playlist, one of whose refreshes is answered so, and expects the next one to play.
-  // `fall_silent` moves the time until the refresh has failed.
-  void ExpectRefreshAfter(const Reply& trouble, const std::function<bool()>& fall_silent) {
+  // `fall_silent` moves the time until the refresh has fallen silent.
+  void ExpectRefreshAfter(const Reply& trouble, const std::function<void()>& fall_silent) {
     server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
     PlaylistUntil([&] {
       EXPECT_TRUE(clock_.AwaitWaiting(1));
@@ -85,7 +77,8 @@ class HlsSilenceTest : public HlsTasks {
       clock_.Advance(kPause);
       EXPECT_TRUE(server_.WaitForRequests(kList, 3));
       server_.Put(kList, LivePlaylist(1, SegmentUris(1, 2)));
-      EXPECT_TRUE(fall_silent());
+      fall_silent();
+      EXPECT_TRUE(clock_.AwaitWaiting(1));
       clock_.Advance(kPause);
       return WaitUntil([] { return WaitingSegments() == 3; });
     });
@@ -95,18 +88,19 @@ class HlsSilenceTest : public HlsTasks {
   }
 
   // Plays three segments, the first of which is answered so, and expects the others to follow.
-  void ExpectSegmentsAfter(const Reply& trouble) {
+  // `fall_silent` moves the time until it has fallen silent.
+  void ExpectSegmentsAfter(const Reply& trouble, const std::function<void()>& fall_silent) {
     server_.Put("/seg0.ts", trouble);
     server_.Put("/seg1.ts", std::string(kTsPacketSize, '\0'));
     server_.Put("/seg2.ts", std::string(kTsPacketSize, '\0'));
     QueueOrLeave(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 3)));
     std::thread parser([this] { ParseSegmentsThread(pipeline_, kUrl); });
     RunUntil([this] { DownloadPartsThread(pipeline_); },
-             [this] {
-               return server_.WaitForRequests("/seg0.ts", 1) &&
-                      FallSilentUntil([this] { return server_.CountRequests("/seg1.ts") == 1; }) &&
-                      player_.WaitFor(
-                          [](const auto& record) { return record.buffered_times.size() == 3; });
+             [&] {
+               EXPECT_TRUE(server_.WaitForRequests("/seg0.ts", 1));
+               fall_silent();
+               return player_.WaitFor(
+                   [](const auto& record) { return record.buffered_times.size() == 3; });
              });
     parser.join();
     EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10.0F, 20.0F, 30.0F));
@@ -124,25 +118,28 @@ TEST(HlsSilenceLimitTest, IsTenSeconds) { EXPECT_EQ(HlsPipeline().silence_limit,
 TEST_F(HlsSilenceTest, RefreshThatIsNotAnsweredForTenSecondsIsFollowedByTheNext) {
   ExpectRefreshAfter(Silent(), [this] {
     clock_.Advance(kLimit - kLittle);
-    EXPECT_TRUE(WaitForLook());
-    EXPECT_TRUE(WaitForLook()) << "it goes on";
+    EXPECT_TRUE(WaitForLooks(2)) << "it goes on";
     EXPECT_EQ(clock_.Waiting(), 0U) << "the pause began early";
     clock_.Advance(kLittle);
-    return clock_.AwaitWaiting(1);
   });
 }
 
 TEST_F(HlsSilenceTest, RefreshThatFallsSilentInItsBodyIsFollowedByTheNext) {
-  ExpectRefreshAfter(StalledAfter(5, Whole(LivePlaylist(1, SegmentUris(1, 2)))),
-                     [this] { return FallSilentUntil([this] { return clock_.Waiting() == 1; }); });
+  ExpectRefreshAfter(StalledAfter(5, Whole(LivePlaylist(1, SegmentUris(1, 2)))), [this] {
+    EXPECT_TRUE(WaitForBytesBeforeTheStall(kList));
+    clock_.Advance(kLimit);
+  });
 }
 
 TEST_F(HlsSilenceTest, SegmentThatIsNeverAnsweredIsFollowedByTheNext) {
-  ExpectSegmentsAfter(Silent());
+  ExpectSegmentsAfter(Silent(), [this] { clock_.Advance(kLimit); });
 }
 
 TEST_F(HlsSilenceTest, SegmentThatFallsSilentInItsBodyIsFollowedByTheNext) {
-  ExpectSegmentsAfter(StalledAfter(kTsPacketSize, Whole(std::string(1'000, '\0'))));
+  ExpectSegmentsAfter(StalledAfter(kTsPacketSize, Whole(std::string(1'000, '\0'))), [this] {
+    EXPECT_TRUE(WaitForBytesBeforeTheStall("/seg0.ts"));
+    clock_.Advance(kLimit);
+  });
 }
 
 TEST_F(HlsSilenceTest, VariantThatIsNeverAnsweredIsFollowedByTheNext) {
@@ -197,7 +194,7 @@ TEST_F(HlsSilenceTest, HeadersEndASilenceToo) {
   for (const char* path : {"/0", "/1"}) {
     EXPECT_TRUE(server_.WaitForRequests(path, 1));
     clock_.Advance(kLongerThanHalf);
-    EXPECT_TRUE(WaitForLook());
+    EXPECT_TRUE(WaitForLooks(1));
     server_.Release(path);
   }
   EXPECT_TRUE(refreshed.get());

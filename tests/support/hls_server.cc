@@ -82,6 +82,14 @@ bool HlsServer::AwaitRelease(const std::string& path) {
   return WaitFor([&] { return released_.contains(path); });
 }
 
+bool HlsServer::Stall(const std::string& path) {
+  {
+    const std::lock_guard lock(mutex_);
+    stalled_.insert(path);
+  }
+  return WaitForEnd();
+}
+
 bool HlsServer::GoesOn(const std::string& path, Reply::Then then) {
   switch (then) {
     case Reply::Then::kRest:
@@ -89,7 +97,7 @@ bool HlsServer::GoesOn(const std::string& path, Reply::Then then) {
     case Reply::Then::kRestOnceReleased:
       return AwaitRelease(path);
     case Reply::Then::kNothing:
-      return WaitForEnd();
+      return Stall(path);
     default:
       return false;
   }

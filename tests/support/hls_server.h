@@ -109,6 +109,14 @@ class HlsServer final : public LocalServer {
     });
   }
 
+  // Waits until the first bytes of a stalled reply for this path were sent.
+  bool WaitForStall(const std::string& path) {
+    return WaitUntil([&] {
+      const std::lock_guard lock(mutex_);
+      return stalled_.contains(path);
+    });
+  }
+
   // Whether the client has hung up on a trickling reply for this path.
   bool WaitForHangUp(const std::string& path) {
     return WaitUntil([&] {
@@ -138,11 +146,15 @@ class HlsServer final : public LocalServer {
   // False at the end of the test.
   bool AwaitRelease(const std::string& path);
 
+  // False, at the end of the test.
+  bool Stall(const std::string& path);
+
   bool GoesOn(const std::string& path, Reply::Then then);
 
   std::map<std::string, SharedReply> replies_;   // guarded by mutex_
   std::set<std::string> released_;               // guarded by mutex_
   std::map<std::string, std::size_t> trickles_;  // guarded by mutex_
+  std::set<std::string> stalled_;                // guarded by mutex_
   std::set<std::string> hung_up_;                // guarded by mutex_
 };
 

@@ -3,6 +3,7 @@
 #include <httplib.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <stdexcept>
 
@@ -24,6 +25,13 @@ void LocalServer::Open() {
   port_ = server_->bind_to_any_port("127.0.0.1");
   thread_ = std::thread([this] { server_->listen_after_bind(); });
   while (!server_->is_running()) std::this_thread::yield();
+}
+
+// Headers and body are written one after the other: without the second line the body would wait for
+// the client to acknowledge the headers.
+void LocalServer::KeepConnections() {
+  server_->set_keep_alive_max_count(std::numeric_limits<std::size_t>::max());
+  server_->set_tcp_nodelay(true);
 }
 
 void LocalServer::Close() {

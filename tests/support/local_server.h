@@ -69,6 +69,10 @@ class LocalServer {
 
   void Open();
 
+  // For a server that is asked very often: a connection stays open for any number of requests,
+  // since one for each would use up the ports. Before Open.
+  void KeepConnections();
+
   // To be called by the destructor of the class that answers, and harmless a second time.
   void Close();
 

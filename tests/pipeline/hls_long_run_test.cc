@@ -1,0 +1,227 @@
+// A live stream that plays for a day, in the time that the work of the component takes: one step of
+// simulated time a refresh. Builds that run slowly play fewer hours, which CMakeLists.txt chooses.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "common/frame_memory.h"
+#include "common/frame_queue.h"
+#include "hls/hls_state.h"
+#include "hls/live_sequences.h"
+#include "hls/segment_states.h"
+#include "public/stream_downloader.h"
+#include "tests/support/hls_day_server.h"
+#include "tests/support/process_memory.h"
+#include "tests/support/simulated_clock.h"
+
+namespace {
+
+constexpr std::int64_t kHour = 3'600;  // seconds
+constexpr std::int64_t kHours = HLS_LONG_RUN_HOURS;
+constexpr std::int64_t kVariantHours = std::max<std::int64_t>(1, kHours / 8);
+
+// Memory is compared from this hour on: by then the longest table, which remembers two thousand
+// segments, is full.
+constexpr std::size_t kSteadyHour = 8;
+
+// Checks that frames carry the numbers 0, 1, 2 and so on, and keeps none of them.
+class CountingPlayer final : public CStreamPlayerImp {
+ public:
+  void OnDuration(float) override {}
+  void OnBufferedTime(float) override {}
+  void OnAudioClock(float) override {}
+  void OnMessage(std::string) override {}
+  void OnPlayResult(std::string) override {}
+  void OnVideoFrame(MediaFrame frame) override { Count(frame, video_); }
+  void OnAudioFrame(MediaFrame frame) override { Count(frame, audio_); }
+
+  std::int64_t Video() const { return video_.load(); }
+  std::int64_t Audio() const { return audio_.load(); }
+  std::int64_t OutOfOrder() const { return out_of_order_.load(); }
+
+ private:
+  void Count(const MediaFrame& frame, std::atomic<std::int64_t>& next) {
+    std::int64_t number = 0;
+    for (int i = 0; i < frame.size; ++i) number = number << 8 | frame.data[i];
+    if (number != next++) ++out_of_order_;
+  }
+
+  std::atomic<std::int64_t> video_{0};
+  std::atomic<std::int64_t> audio_{0};
+  std::atomic<std::int64_t> out_of_order_{0};
+};
+
+// What the component holds at the end of an hour.
+struct Sample {
+  std::size_t queued;      // segments
+  std::size_t replaced;    // pending segments whose address names another one
+  std::size_t known;       // segments with a state
+  std::size_t sources;     // playlists whose numbers are remembered
+  std::size_t remembered;  // numbers of the newest of them
+  std::size_t frames;      // pending, of both kinds
+  std::size_t frame_memory;
+  ProcessMemory process;
+};
+
+class HlsLongRunTest : public testing::Test {
+ protected:
+  ~HlsLongRunTest() override {
+    clock_.Release();
+    downloader_.EndDownload();
+  }
+
+  // Plays so many hours, a refresh after the other, and takes a sample at the end of each.
+  void Play(const std::string& url, const std::string& source, std::int64_t hours) {
+    const auto before = std::chrono::steady_clock::now();
+    testing::internal::CaptureStdout();
+    downloader_.BeginDownload(url);
+    for (std::int64_t hour = 0; hour < hours && !HasFailure(); ++hour) {
+      for (std::int64_t second = 1; second <= kHour && !HasFailure(); ++second) {
+        Step(hour * kHour + second);
+      }
+      samples_.push_back(TakeSample(source));
+      testing::internal::GetCapturedStdout();  // nothing of the console is kept
+      ExpectAllPlayed((hour + 1) * kHour);
+      testing::internal::CaptureStdout();
+    }
+    clock_.Release();
+    downloader_.EndDownload();
+    testing::internal::GetCapturedStdout();
+    Print(std::chrono::steady_clock::now() - before);
+  }
+
+  // Moves the time by a second, once all five tasks have done what they can.
+  void Step(std::int64_t second) {
+    WaitForRest();
+    server_.SetTime(second);
+    clock_.Advance(std::chrono::seconds(1));
+  }
+
+  // Waits until all five tasks sleep or wait in the clock and nothing is left to do but to parse
+  // and to deliver. While segments are queued the segment task sleeps, or has not woken yet.
+  void WaitForRest() {
+    ASSERT_TRUE(clock_.AwaitWaiting(kTasks));
+    while (!IsAtRest()) {
+      clock_.Advance(std::chrono::milliseconds(1));
+      ASSERT_TRUE(clock_.AwaitWaiting(kTasks));
+    }
+  }
+
+  // A task that takes what is queued leaves the clock before the lock.
+  bool IsAtRest() const {
+    const std::lock_guard lock(g_segmentQueueMutex);
+    return g_segmentQueue->empty() && clock_.Waiting() == kTasks;
+  }
+
+  static std::size_t PendingFrames() {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->count + g_audioQueue->count;
+  }
+
+  Sample TakeSample(const std::string& source) {
+    WaitForRest();
+    Sample sample{};
+    {
+      const std::lock_guard lock(g_playlistMutex);
+      sample.sources = g_liveSequences->Size();
+      sample.remembered = g_liveSequences->LedgerOf(source).Size();
+    }
+    {
+      const std::lock_guard lock(g_segmentQueueMutex);
+      sample.queued = g_segmentQueue->size();
+      sample.replaced = g_replacedSegments->size();
+    }
+    sample.known = KnownSegments();
+    sample.frames = PendingFrames();
+    sample.frame_memory = HeldPayloadMemory();
+    sample.process = MemoryOfThisProcess();
+    return sample;
+  }
+
+  // The stream lists its newest segment as soon as it begins. It is parsed at a later step than it
+  // is downloaded, and the demultiplexer keeps the last frame of each kind.
+  void ExpectAllPlayed(std::int64_t seconds) {
+    const std::int64_t segments = HlsDayServer::SegmentsUntil(seconds);
+    const std::int64_t oldest = (segments - 2) * HlsDayServer::kFramesPerSegment;
+    EXPECT_EQ(server_.Refreshes(), seconds + 2)
+        << "the first and its refresh at once, then one a second";
+    EXPECT_EQ(server_.Segments(), segments);
+    EXPECT_EQ(server_.OutOfOrder(), 0);
+    EXPECT_EQ(player_.OutOfOrder(), 0);
+    EXPECT_GE(player_.Video(), oldest);
+    EXPECT_GE(player_.Audio(), oldest);
+  }
+
+  void ExpectFlat(const std::string& what, std::size_t Sample::*member, std::size_t most) {
+    for (std::size_t hour = 0; hour < samples_.size(); ++hour) {
+      EXPECT_LE(samples_[hour].*member, most) << what << " at hour " << hour + 1;
+    }
+  }
+
+  void ExpectTablesFlat() {
+    constexpr std::size_t kWindow = HlsDayServer::kWindow;
+    ExpectFlat("queued segments", &Sample::queued, 0);
+    ExpectFlat("replaced segments", &Sample::replaced, 0);
+    ExpectFlat("known segments", &Sample::known, 2 * kWindow);
+    ExpectFlat("playlists with numbers", &Sample::sources, 1);
+    ExpectFlat("remembered numbers", &Sample::remembered, 2 * SequenceLedger::kRemembered);
+    ExpectFlat("pending frames", &Sample::frames, 2 * HlsDayServer::kFramesPerSegment);
+    ExpectFlat("frame memory", &Sample::frame_memory, std::size_t{8} << 20);
+  }
+
+  void ExpectMemoryFlat() {
+    constexpr std::size_t kHeap = 64 << 10;
+    constexpr std::size_t kResident = 4 << 20;
+    if (samples_.size() <= kSteadyHour) return;
+    EXPECT_LE(samples_.back().process.heap, samples_[kSteadyHour - 1].process.heap + kHeap);
+    EXPECT_LE(samples_.back().process.resident, samples_[1].process.resident + kResident);
+  }
+
+  void Print(std::chrono::steady_clock::duration real) const {
+    std::printf(
+        "%zu simulated hours in %.1f s, %lld refreshes, %lld segments, %lld + %lld frames\n",
+        samples_.size(), std::chrono::duration<double>(real).count(),
+        static_cast<long long>(server_.Refreshes()), static_cast<long long>(server_.Segments()),
+        static_cast<long long>(player_.Video()), static_cast<long long>(player_.Audio()));
+    for (std::size_t hour = 0; hour < samples_.size(); ++hour) {
+      const Sample& sample = samples_[hour];
+      std::printf(
+          "hour %2zu: queued %zu replaced %zu known %zu sources %zu remembered %zu "
+          "frames %zu, %zu KiB of frame memory, resident %zu KiB, heap %zu bytes\n",
+          hour + 1, sample.queued, sample.replaced, sample.known, sample.sources, sample.remembered,
+          sample.frames, sample.frame_memory >> 10, sample.process.resident >> 10,
+          sample.process.heap);
+    }
+  }
+
+  static constexpr std::size_t kTasks = 5;
+
+  SimulatedClock clock_;
+  HlsDayServer server_;
+  CountingPlayer player_;
+  CStreamDownloader downloader_{&player_};
+  std::vector<Sample> samples_;
+};
+
+TEST_F(HlsLongRunTest, LivePlaylistPlaysEverySegmentOnceAndNothingGrows) {
+  Play(server_.ListUrl(), server_.ListUrl(), kHours);
+  ExpectTablesFlat();
+  ExpectMemoryFlat();
+}
+
+TEST_F(HlsLongRunTest, VariantPlaysEverySegmentOnceAndNothingGrows) {
+  Play(server_.MasterUrl(), server_.ListUrl() + "\n500000", kVariantHours);
+  EXPECT_EQ(server_.Masters(), server_.Refreshes());
+  ExpectTablesFlat();
+}
+
+}  // namespace

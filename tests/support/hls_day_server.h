@@ -1,0 +1,59 @@
+// A live HLS stream that goes on for days, as an HTTP server inside the test's process. Nothing is
+// stored: playlists and segments are made from the time, which the test moves.
+//
+// A segment of ten seconds holds three video and three audio frames, whose payload is their number
+// in the whole stream. Names and media sequence numbers begin again when the encoder is restarted;
+// the query of every address changes each second; now and then a playlist is an old copy.
+#ifndef TESTS_SUPPORT_HLS_DAY_SERVER_H_
+#define TESTS_SUPPORT_HLS_DAY_SERVER_H_
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+
+#include "tests/support/local_server.h"
+
+class HlsDayServer final : public LocalServer {
+ public:
+  static constexpr std::int64_t kSegmentSeconds = 10;
+  static constexpr std::int64_t kFramesPerSegment = 3;  // of each kind
+  static constexpr std::int64_t kWindow = 5;            // segments in a playlist
+  static constexpr std::int64_t kRestart = 3'000;       // seconds after the first playlist
+  static constexpr std::int64_t kOldCopyEvery = 61;     // seconds
+  static constexpr std::int64_t kOldCopyAge = 27;       // seconds
+
+  HlsDayServer();
+  ~HlsDayServer() { Close(); }
+
+  // Either plays the same segments.
+  std::string ListUrl() const { return Url("/list.m3u8"); }
+  std::string MasterUrl() const { return Url("/master.m3u8"); }
+
+  // The seconds since the stream was first asked for.
+  void SetTime(std::int64_t seconds) { time_ = seconds; }
+
+  std::int64_t Refreshes() const { return refreshes_.load(); }      // of the list
+  std::int64_t Masters() const { return masters_.load(); }          // and of the master playlist
+  std::int64_t Segments() const { return segments_.load(); }        // requested in order
+  std::int64_t OutOfOrder() const { return out_of_order_.load(); }  // other segment requests
+  static std::int64_t SegmentsUntil(std::int64_t seconds) {
+    return kWindow + seconds / kSegmentSeconds;
+  }
+
+ private:
+  explicit HlsDayServer(Cold cold) : LocalServer(cold) { SetUpReplies(); }
+
+  static bool WarmUp();
+  void SetUpReplies();
+  std::string Playlist() const;
+  std::string MasterPlaylist() const;
+  std::string Segment(std::int64_t name);
+
+  std::atomic<std::int64_t> time_{0};
+  std::atomic<std::int64_t> refreshes_{0};
+  std::atomic<std::int64_t> masters_{0};
+  std::atomic<std::int64_t> segments_{0};
+  std::atomic<std::int64_t> out_of_order_{0};
+};
+
+#endif  // TESTS_SUPPORT_HLS_DAY_SERVER_H_

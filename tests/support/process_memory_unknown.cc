@@ -1,0 +1,3 @@
+#include "tests/support/process_memory.h"
+
+ProcessMemory MemoryOfThisProcess() { return {}; }

@@ -32,10 +32,7 @@ SimulatedClock::Waiters::iterator SimulatedClock::Enter(const Waiter& waiter) {
   return std::prev(waiters_.end());
 }
 
-void SimulatedClock::Leave(Waiters::iterator waiter) {
-  waiters_.erase(waiter);
-  changed_.notify_all();
-}
+void SimulatedClock::Leave(Waiters::iterator waiter) { waiters_.erase(waiter); }
 
 void SimulatedClock::Sleep(Duration duration) {
   std::unique_lock lock(mutex_);
@@ -52,7 +49,7 @@ void SimulatedClock::Sleep(Duration duration) {
     return;
   }
   const auto self = Enter({elapsed_.load() + duration.count(), nullptr, nullptr});
-  changed_.wait(lock, [&] { return IsDue(*self); });
+  moved_.wait(lock, [&] { return IsDue(*self); });
   Leave(self);
 }
 
@@ -111,7 +108,7 @@ void SimulatedClock::WakeThoseThatAreDue() {
       if (waiter.condition != nullptr && IsDue(waiter)) due.push_back(waiter);
     }
   }
-  changed_.notify_all();
+  moved_.notify_all();
   for (const Waiter& waiter : due) {
     { const std::lock_guard lock(*waiter.mutex); }  // nobody is between looking and waiting
     waiter.condition->notify_all();

@@ -96,7 +96,8 @@ class SimulatedClock final : public Clock {
   std::atomic<std::size_t> vain_checks_{0};
 
   mutable std::mutex mutex_;
-  std::condition_variable changed_;
+  std::condition_variable moved_;           // the time, for those who sleep
+  std::condition_variable changed_;         // more wait, for the test
   Waiters waiters_;                         // guarded by mutex_
   std::map<Duration, std::size_t> sleeps_;  // guarded by mutex_
 };

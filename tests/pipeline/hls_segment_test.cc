@@ -425,7 +425,7 @@ class HlsHandOverTest : public HlsPlay {
     downloader_.EndDownload();
   }
 
-  // The playlist answers once the loops for parsing and delivery sleep, and no segment was had.
+  // The playlist is answered once the loops for parsing and delivery sleep.
   void Begin(int segments) {
     PutOnDemand(stream_, segments);
     server_.Put(kList, Held(Whole(OnDemandPlaylist(SegmentUris(0, segments)))));

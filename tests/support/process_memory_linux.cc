@@ -5,9 +5,11 @@
 
 #include "tests/support/process_memory.h"
 
-ProcessMemory MemoryOfThisProcess() {
+std::size_t ResidentSize() {
   std::size_t total = 0;
   std::size_t resident = 0;
   std::ifstream("/proc/self/statm") >> total >> resident;
-  return {resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)), mallinfo2().uordblks};
+  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
+
+std::size_t HeapInUse() { return mallinfo2().uordblks; }

@@ -1,26 +1,18 @@
 // Built for Linux without a sanitizer only: what the process holds in memory is that of the
 // component alone there, and can be read.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <fstream>
 #include <vector>
 
 #include "common/byte_buffer.h"
 #include "common/copy_buffer.h"
 #include "common/frame_queue.h"
+#include "tests/support/process_memory.h"
 
 namespace {
 
 constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
-
-std::size_t ResidentSize() {
-  std::size_t total = 0;
-  std::size_t resident = 0;
-  std::ifstream("/proc/self/statm") >> total >> resident;
-  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
-}
 
 // Of two hundred megabytes in all.
 constexpr int kFrames = 2'000;

@@ -7,7 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
+#include <iostream>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -189,18 +189,17 @@ class HlsLongRunTest : public testing::Test {
   }
 
   void Print(std::chrono::steady_clock::duration real) const {
-    std::printf(
-        "%zu simulated hours in %.1f s, %lld refreshes, %lld segments, %lld + %lld frames\n",
-        samples_.size(), std::chrono::duration<double>(real).count(),
-        static_cast<long long>(server_.Refreshes()), static_cast<long long>(server_.Segments()),
-        static_cast<long long>(player_.Video()), static_cast<long long>(player_.Audio()));
+    std::cout << samples_.size() << " simulated hours in "
+              << std::chrono::duration<double>(real).count() << " s, " << server_.Refreshes()
+              << " refreshes, " << server_.Segments() << " segments, " << player_.Video() << " + "
+              << player_.Audio() << " frames\n";
     for (std::size_t hour = 0; hour < samples_.size(); ++hour) {
       const Sample& sample = samples_[hour];
-      std::printf(
-          "hour %2zu: queued %zu replaced %zu known %zu sources %zu remembered %zu "
-          "frames %zu, %zu KiB of frame memory, resident %zu KiB, heap %zu bytes\n",
-          hour + 1, sample.queued, sample.replaced, sample.known, sample.sources, sample.remembered,
-          sample.frames, sample.frame_memory >> 10, sample.resident >> 10, sample.heap);
+      std::cout << "hour " << hour + 1 << ": queued " << sample.queued << ", replaced "
+                << sample.replaced << ", known " << sample.known << ", playlists " << sample.sources
+                << ", numbers " << sample.remembered << ", frames " << sample.frames
+                << ", frame memory " << sample.frame_memory << ", resident " << sample.resident
+                << ", heap " << sample.heap << " bytes\n";
     }
   }
 

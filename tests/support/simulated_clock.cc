@@ -5,6 +5,8 @@
 #include <thread>
 #include <vector>
 
+#include "common/platform.h"
+
 namespace {
 
 // Turns a hang into a failure; nothing that is asserted depends on it.
@@ -39,7 +41,7 @@ void SimulatedClock::Sleep(Duration duration) {
   ++sleeps_[duration];
   if (duration <= longest_real_sleep_.load()) {
     lock.unlock();
-    std::this_thread::sleep_for(duration);
+    platform::SleepMilliseconds(static_cast<unsigned>(duration.count()));
     return;
   }
   if (released_.load()) {

@@ -156,6 +156,7 @@ class HlsLongRunTest : public testing::Test {
     const std::int64_t oldest = (segments - 2) * HlsDayServer::kFramesPerSegment;
     EXPECT_EQ(server_.Refreshes(), seconds + 2)
         << "the first and its refresh at once, then one a second";
+    EXPECT_EQ(server_.Masters(), masters_a_refresh_ * server_.Refreshes());
     EXPECT_EQ(server_.Segments(), segments);
     EXPECT_EQ(server_.OutOfOrder(), 0);
     EXPECT_EQ(player_.OutOfOrder(), 0);
@@ -205,6 +206,7 @@ class HlsLongRunTest : public testing::Test {
 
   static constexpr std::size_t kTasks = 5;
 
+  std::int64_t masters_a_refresh_ = 0;
   SimulatedClock clock_;
   HlsDayServer server_;
   CountingPlayer player_;
@@ -219,8 +221,8 @@ TEST_F(HlsLongRunTest, LivePlaylistPlaysEverySegmentOnceAndNothingGrows) {
 }
 
 TEST_F(HlsLongRunTest, VariantPlaysEverySegmentOnceAndNothingGrows) {
+  masters_a_refresh_ = 1;
   Play(server_.MasterUrl(), server_.ListUrl() + "\n500000", kVariantHours);
-  EXPECT_EQ(server_.Masters(), server_.Refreshes());
   ExpectTablesFlat();
 }
 

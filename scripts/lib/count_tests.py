@@ -8,7 +8,7 @@ case, since it crashed or ran out of time, counts as one more failed test.
 import collections
 import pathlib
 import sys
-import xml.etree.ElementTree as ElementTree
+from xml.etree import ElementTree
 
 
 def is_failed(case):

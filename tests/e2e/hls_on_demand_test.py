@@ -4,7 +4,7 @@ from support.hls import HlsCase
 from support.https import HttpsMixin
 
 
-class _OnDemand:
+class _OnDemandMixin:
     """The same streams, wherever they lie: `play_sample` is for those who inherit."""
 
     def test_3_segments_play_whole(self):
@@ -60,7 +60,7 @@ class HttpTest(_ManySegments, HlsCase):
         self.assertTrue(server.requests(4)[3].startswith("/seg0002.ts?token=a/b 200 "))
 
 
-class HttpsTest(HttpsMixin, _OnDemand, HlsCase):
+class HttpsTest(HttpsMixin, _OnDemandMixin, HlsCase):
     def play_sample(self, sample):
         address = self.serve_https().url(sample.playlist.name)
         return self.play_segments(address, sample.segments,

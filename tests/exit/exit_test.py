@@ -23,7 +23,7 @@ def moments(runs=_RUNS):
 
 
 class ExitTest(HttpsMixin, EndToEndCase):
-    def serve(self, answer, tls):
+    def start_server(self, answer, tls):
         certificate = None
         if tls:
             make_certificates(self.directory, "IP:127.0.0.1")
@@ -36,52 +36,52 @@ class ExitTest(HttpsMixin, EndToEndCase):
         self.assertEqual(run.returncode, 0, f"{run.args}\n{run.stdout}{run.stderr}")
 
     def test_exit_while_tls_starts(self):
-        server = self.serve(servers.unfinished_body, tls=True)
+        server = self.start_server(servers.unfinished_body, tls=True)
         for moment in moments():
             self.assert_exits(programs.run("never", moment, server.url("a.ts")))
         self.assertGreater(server.connections(), 0)
 
     def test_exit_of_every_format_over_tls(self):
-        server = self.serve(servers.unfinished_body, tls=True)
+        server = self.start_server(servers.unfinished_body, tls=True)
         for kind in _FORMATS:
             for moment in moments(_RUNS // 4):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("never", moment, server.url(f"a.{kind}")))
 
     def test_exit_while_a_tls_transfer_receives(self):
-        server = self.serve(servers.unfinished_body, tls=True)
+        server = self.start_server(servers.unfinished_body, tls=True)
         trusting = self.trusting_only_the_test_authority()
         for _ in range(_RUNS // 4):
             run = programs.run("never", "PLAY TS OK:", server.url("a.ts"), trusting)
             self.assert_exits(run)
 
     def test_exit_of_every_format_over_plain_http(self):
-        server = self.serve(servers.unfinished_body, tls=False)
+        server = self.start_server(servers.unfinished_body, tls=False)
         for kind in _FORMATS:
             for moment in moments(3):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("never", moment, server.url(f"a.{kind}")))
 
     def test_exit_of_a_program_that_loaded_the_library(self):
-        server = self.serve(servers.unfinished_body, tls=True)
+        server = self.start_server(servers.unfinished_body, tls=True)
         for moment in moments():
             self.assert_exits(programs.run_loader(moment, server.url("a.ts")))
 
     def test_exit_that_destroys_the_facade(self):
-        server = self.serve(servers.unfinished_body, tls=True)
+        server = self.start_server(servers.unfinished_body, tls=True)
         for kind in _FORMATS:
             for moment in moments(_RUNS // 4):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("static", moment, server.url(f"a.{kind}")))
 
     def test_transfer_that_the_exit_ended_is_not_reported(self):
-        server = self.serve(servers.nothing, tls=False)
+        server = self.start_server(servers.nothing, tls=False)
         run = programs.run("late", "PLAY FLV:", server.url("a.flv"))
         self.assert_exits(run)
         self.assertNotIn("PLAY FLV NO:", run.stderr)
 
     def test_exit_while_a_server_does_not_answer(self):
-        server = self.serve(servers.nothing, tls=False)
+        server = self.start_server(servers.nothing, tls=False)
         address = server.url("a.ts").replace("http:", "https:")
         with programs.start("never", "stdin", address) as program:
             server.wait_for_connection()

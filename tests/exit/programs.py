@@ -17,7 +17,7 @@ def _environment():
 def _run(command):
     return subprocess.run(
         command, stdin=subprocess.DEVNULL, capture_output=True, env=_environment(),
-        timeout=LIMIT_SECONDS, text=True, errors="surrogateescape")
+        timeout=LIMIT_SECONDS, check=False, text=True, errors="surrogateescape")
 
 
 def _command(owner, when, address):

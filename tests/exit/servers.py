@@ -75,9 +75,11 @@ class Server:
         finally:
             connection.close()
 
-    def _handler(server):
+    def _handler(self):
+        serve = self._serve
+
         class Handler(socketserver.BaseRequestHandler):
             def handle(self):
-                server._serve(self.request)
+                serve(self.request)
 
         return Handler

@@ -64,7 +64,8 @@ class _Pipe:
 
 def _start(pipe, profile):
     """The descriptors are put in place by a shell, since only it can number them."""
-    command = [os.environ.get("STREAM_CHROMIUM", "chromium"), *_FLAGS, f"--user-data-dir={profile}", "about:blank"]
+    program = os.environ.get("STREAM_CHROMIUM", "chromium")
+    command = [program, *_FLAGS, f"--user-data-dir={profile}", "about:blank"]
     script = f'exec "$@" 3<&{pipe.browser_reads} 4>&{pipe.browser_writes}'
     return subprocess.Popen(
         ["bash", "-c", script, "bash", *command], pass_fds=(pipe.browser_reads, pipe.browser_writes),

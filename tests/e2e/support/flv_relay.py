@@ -89,7 +89,9 @@ class FlvRelay:
             self._changed.wait_for(lambda: self._ended or place < len(self._pieces))
             return self._pieces[place] if place < len(self._pieces) else None
 
-    def _viewer_handler(relay):
+    def _viewer_handler(self):
+        piece_at = self._piece
+
         class Handler(http.server.BaseHTTPRequestHandler):
             protocol_version = "HTTP/1.1"
 
@@ -100,7 +102,7 @@ class FlvRelay:
                 self.end_headers()
                 try:
                     place = 0
-                    while (piece := relay._piece(place)) is not None:
+                    while (piece := piece_at(place)) is not None:
                         self.wfile.write(b"%x\r\n%b\r\n" % (len(piece), piece))
                         place += 1
                     self.wfile.write(b"0\r\n\r\n")

@@ -21,7 +21,7 @@ function scaled(value, unit) {
 }
 
 // Characters that cannot be seen, or that turn the direction of the text around them.
-const UNSEEN = /[\u0000-\u001f\u007f-\u009f\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/g;
+const UNSEEN = /[\p{Cc}\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/gu;
 
 function visible(text) {
   return text.replace(UNSEEN, (c) => `\\u${c.charCodeAt(0).toString(16).padStart(4, "0")}`);

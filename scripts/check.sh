@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sets up and checks everything: format, clang-tidy, all tests plain and under the sanitizers, the
-# release build with the benchmarks, and half a minute of each fuzzer. Ends with the summary; the last
+# Sets up and checks everything: format, shellcheck, pylint, eslint, clang-tidy, all tests plain and under
+# the sanitizers, the release build with the benchmarks, and half a minute of each fuzzer. Ends with the summary; the last
 # line counts the tests. All steps that can run do run, also after one that failed.
 #
 #   scripts/check.sh             everything for Linux
@@ -28,24 +28,34 @@ source "$ROOT/scripts/lib/steps.sh"
 # shellcheck source=scripts/lib/sanitizers.sh
 source "$ROOT/scripts/lib/sanitizers.sh"
 
-# The sources of the project, separated by zeros.
-own_sources() {
-  find . \( -path ./build -o -path ./out -o -path ./.git \) -prune -o \
-    -type f \( -name '*.cc' -o -name '*.h' \) -print0
+# own_files TEST... - the files of the project that pass these tests of find, separated by zeros.
+own_files() {
+  find . \( -path ./build -o -path ./out -o -path ./.git \) -prune -o -type f \( "$@" \) -print0
 }
 
-check_format() { own_sources | xargs -0 clang-format --dry-run -Werror; }
+check_format() { own_files -name '*.cc' -o -name '*.h' | xargs -0 clang-format --dry-run -Werror; }
 
-# What is compiled for the library and the host: nothing of the tests, and nothing of another system.
-tidy_sources() {
-  sed -n 's/^ *"file": "\(.*\)",\?$/\1/p' build/dev/compile_commands.json | sort -u |
-    grep -E "^$ROOT/(public|common|ts|hls|flv|mp4|isobmff|host)/"
+check_shell() { own_files -name '*.sh' -o -path './.ci/*' | xargs -0 shellcheck; }
+
+check_python() { own_files -name '*.py' | xargs -0 pylint; }
+
+# eslint comes from npm, into the build directory, in the version and with the checksum that
+# package-lock.json holds.
+check_page_scripts() {
+  local web=$ROOT/build/eslint
+  mkdir -p "$web"
+  rm -f "$web"/*.js
+  cp host/report/web/*.{js,json,mjs} "$web"
+  cd "$web"
+  npm ci --ignore-scripts --prefer-offline --no-audit --no-fund --loglevel=error
+  npx --no-install eslint --max-warnings 0 .
 }
 
+# Sources that no program of the preset dev holds are compiled in one of the others.
 check_tidy() {
-  local sources
-  sources=$(tidy_sources)
-  xargs -d '\n' -n 1 -P "$JOBS" clang-tidy --quiet -p build/dev <<<"$sources"
+  local preset
+  for preset in dev release fuzz asan; do cmake --preset "$preset" >/dev/null; done
+  python3 -B scripts/lib/tidy.py build/{dev,release,fuzz,asan}
 }
 
 # build PRESET [TARGET...]
@@ -125,6 +135,15 @@ fuzz_each() {
 
 check_sources() { run_step format check_format; }
 
+# eslint waits for npm meanwhile.
+lint() {
+  start_step eslint check_page_scripts
+  run_step shellcheck check_shell
+  run_step python-lint check_python
+  await_step eslint
+  run_step tidy check_tidy
+}
+
 check_fast() {
   check_sources
   build_step dev
@@ -146,9 +165,7 @@ start_linux() {
 
 # What runs beside the last tests.
 check_rest() {
-  if [[ -s build/dev/compile_commands.json ]]; then
-    run_step tidy check_tidy
-  fi
+  lint
   run_step release build release stream_downloader stream_host stream_player bench/all
   fuzz_each
 }

@@ -49,5 +49,5 @@ def count(junit, results):
 
 
 if __name__ == "__main__":
-    total = count(*sys.argv[1:])
+    total = count(sys.argv[1], sys.argv[2])
     print(total["passed"], total["failed"], total["skipped"])

@@ -38,4 +38,4 @@ def main(junit, results):
 
 
 if __name__ == "__main__":
-    main(*sys.argv[1:])
+    main(sys.argv[1], sys.argv[2])

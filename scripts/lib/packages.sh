@@ -27,10 +27,10 @@ readonly TEST_PACKAGES=(
   chromium googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev locales openbox openssl
   python3 util-linux xdotool xvfb
 )
-# To check the sources, and to build the fuzzers and benchmarks.
+# To check the sources, and to build the fuzzers and benchmarks. eslint comes from npm.
 readonly CHECK_PACKAGES=(
   clang clang-format clang-tidy libavcodec-dev libavformat-dev libavutil-dev libbenchmark-dev
-  libclang-rt-dev
+  libclang-rt-dev pylint shellcheck
 )
 
 # as_root COMMAND... - runs it as root, with sudo where that is needed.

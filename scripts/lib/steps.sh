@@ -67,7 +67,7 @@ skip_step() { end_step "$1" "skipped: $2" 0; }
 # count_tests FILE RESULTS - adds up a JUnit file of CTest, and those of the programs that it ran.
 count_tests() {
   local passed failed skipped
-  read -r passed failed skipped < <(python3 "$ROOT/scripts/lib/count_tests.py" "$1" "$2")
+  read -r passed failed skipped < <(python3 -B "$(dirname "${BASH_SOURCE[0]}")/count_tests.py" "$1" "$2")
   note "             $passed passed, $failed failed, $skipped skipped"
   TESTS_PASSED=$((TESTS_PASSED + passed))
   TESTS_FAILED=$((TESTS_FAILED + failed))

@@ -20,7 +20,7 @@ DumpedFrame WithoutPlayTime(const RecordedFrame& frame, bool is_video) {
   return {frame.pts, frame.dts, 0, is_video, true, frame.payload};
 }
 
-FrameDump DumpOf(const RecordingPlayer::Record& record) {
+FrameDump DumpWithoutPlayTimes(const RecordingPlayer::Record& record) {
   FrameDump dump;
   for (const RecordedFrame& frame : record.video) {
     dump.video.push_back(WithoutPlayTime(frame, true));
@@ -58,7 +58,7 @@ TEST_P(TsGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
   downloader_.BeginDownload(server_.Url("/pieces/" + GetParam() + "/sample.ts"));
   EXPECT_TRUE(WaitForVideo(expected.video.size()) && WaitForAudio(expected.audio.size()));
   Stop();
-  EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(expected));
+  EXPECT_EQ(DumpText(DumpWithoutPlayTimes(player_.Snapshot())), DumpText(expected));
 }
 
 INSTANTIATE_TEST_SUITE_P(PieceSizes, TsGoldenHttpTest,

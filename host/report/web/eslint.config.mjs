@@ -2,7 +2,7 @@
 // host/report/CMakeLists.txt embeds them: what one file declares the others may use, and none may declare
 // it again.
 import {readdirSync, readFileSync} from "node:fs";
-import {fileURLToPath} from "node:url";
+import {URL, fileURLToPath} from "node:url";
 
 import js from "@eslint/js";
 

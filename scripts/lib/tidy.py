@@ -1,0 +1,235 @@
+"""Runs clang-tidy over all sources of the project, in batches of sources that compile alike.
+
+  tidy.py BUILD_DIRECTORY... [-- FILE...]
+
+The build directories have been configured; each source is looked at as the first of them that
+compiles it does. A source that none of them compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR
+names it, so that a new folder cannot escape. With FILEs only those are looked at.
+
+Most of the time of clang-tidy goes into headers. So sources with the same options are included into
+one source, a batch, as long as they define no name twice. A batch that is clean is clean; where one
+is not, its sources are looked at one by one, and only what is found then counts.
+"""
+
+import json
+import os
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+from collections import defaultdict
+from concurrent.futures import ThreadPoolExecutor
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+WORK = ROOT / "build" / "tidy"
+NOT_OURS = {"build", "out", ".git"}
+CONFIG = ".clang-tidy"
+
+# Compiled for Windows only, by a compiler whose options clang-tidy does not take.
+OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|paths)/")
+# Compiled by none of the presets, but as the source named here is: what the report is without its
+# page, and the host that uses the installed library.
+NEIGHBOUR = {
+    "host/shared/report_none.cc": "host/shared/text.cc",
+    "tests/package/consumer/host.cc": "host/console/main.cc",
+}
+
+MOST_LINES = 3000  # of a batch; larger ones would leave a processor idle at the end
+# What the preprocessor and the parser have to know; optimisation, warnings and sanitizers are the
+# compilers' own affair.
+OPTION = re.compile(r"-([DUI].+|std=.+|isystem)$")
+TAKES_VALUE = ("-isystem",)
+# A line that begins in the first column and defines a name, and names that are none.
+DEFINITION = re.compile(r"(?!TEST|TYPED_TEST|INSTANTIATE|namespace|extern|template|public|private|[ #/}])"
+                        r".*?(?<!::)\b(\w+)(?=\s*(?:[({=;\[]|:(?!:)|$))")
+USING = re.compile(r"using [\w:]+::(\w+);")
+KEYWORDS = {"auto", "bool", "const", "default", "final", "int", "override", "void"}
+
+
+def own_sources():
+    for directory, folders, files in os.walk(ROOT):
+        if Path(directory) == ROOT:
+            folders[:] = [folder for folder in folders if folder not in NOT_OURS]
+        for name in files:
+            if name.endswith(".cc"):
+                yield str((Path(directory) / name).relative_to(ROOT))
+
+
+def wanted_options(command):
+    """The options of a compile command that decide what the source says."""
+    words = iter(shlex.split(command)[1:])
+    for word in words:
+        if OPTION.match(word):
+            yield word
+            if word in TAKES_VALUE:
+                yield next(words, "")
+
+
+def compile_options(directories):
+    """What each source is compiled with, by its path."""
+    options = {}
+    for directory in directories:
+        entries = json.loads((directory / "compile_commands.json").read_text(encoding="utf-8"))
+        for entry in entries:
+            options.setdefault(entry["file"], tuple(wanted_options(entry["command"])))
+    found, escaped = {}, []
+    for source in sorted(own_sources()):
+        if OTHER_SYSTEM.search(source):
+            continue
+        path = str(ROOT / NEIGHBOUR.get(source, source))
+        if path in options:
+            found[source] = options[path]
+        else:
+            escaped.append(source)
+    if escaped:
+        sys.exit("compiled by none of the presets, and so not looked at:\n  " + "\n  ".join(escaped))
+    return found
+
+
+def config_folder(source):
+    """The folder of the configuration that holds for the source, '.' for that of the project."""
+    folder = (ROOT / source).parent
+    while not (folder / CONFIG).exists():
+        folder = folder.parent
+    return str(folder.relative_to(ROOT))
+
+
+class Names:
+    """The names in some sources: those that only their own source may see, those that every source
+    sees, what `using` says, and all that are mentioned."""
+
+    def __init__(self, text=""):
+        self.own, self.common, self.used = set(), set(), {}
+        self.mentioned = set(re.findall(r"\w+", text))
+        is_own = False
+        for line in text.splitlines():
+            if line in ("namespace {", "}  // namespace"):
+                is_own = line == "namespace {"
+            elif match := USING.match(line):
+                self.used[match[1]] = line
+            elif (match := DEFINITION.match(line)) and match[1] not in KEYWORDS:
+                (self.own if is_own or line.startswith("static ") else self.common).add(match[1])
+
+    def add(self, other):
+        self.own |= other.own
+        self.common |= other.common
+        self.used |= other.used
+        self.mentioned |= other.mentioned
+
+    def clash_with(self, other):
+        """Whether a name would mean something else in one source because of the other."""
+        both_used = self.used.keys() & other.used.keys()
+        return not (self.own.isdisjoint(other.mentioned) and other.own.isdisjoint(self.mentioned)
+                    and self.common.isdisjoint(other.common)
+                    and all(self.used[name] == other.used[name] for name in both_used))
+
+
+class Batch:
+    def __init__(self):
+        self.sources = []
+        self.lines = 0
+        self.names = Names()
+
+    def take(self, source):
+        """Adds the source, unless there is no room for it or for its names."""
+        text = (ROOT / source).read_text(encoding="utf-8")
+        lines, names = text.count("\n"), Names(text)
+        if self.sources and (self.lines + lines > MOST_LINES or self.names.clash_with(names)):
+            return False
+        self.sources.append(source)
+        self.lines += lines
+        self.names.add(names)
+        return True
+
+
+def batches_of(sources):
+    batches = []
+    for source in sources:
+        if not any(batch.take(source) for batch in batches):
+            batches.append(Batch())
+            batches[-1].take(source)
+    return batches
+
+
+def all_batches(options):
+    """(configuration folder, options, batch) of everything, the largest first."""
+    alike = defaultdict(list)
+    for source, command in options.items():
+        alike[config_folder(source), command].append(source)
+    made = [(*key, batch) for key, names in alike.items() for batch in batches_of(names)]
+    return sorted(made, key=lambda each: -each[2].lines)
+
+
+def command_entry(path, options):
+    return {"directory": str(WORK), "file": str(path),
+            "arguments": ["clang++", *options, "-c", str(path)]}
+
+
+def write_batch(path, folder, batch):
+    path.parent.mkdir(parents=True, exist_ok=True)
+    if folder != ".":
+        shutil.copy(ROOT / folder / CONFIG, path.parent)
+    lines = [f'#include "{ROOT / name}"  // NOLINT(bugprone-suspicious-include)\n' for name in batch.sources]
+    path.write_text("".join(lines), encoding="utf-8")
+    return path
+
+
+def write_batches(made, options):
+    """Writes the batches and the compile commands, and gives {path of the batch: its sources}."""
+    shutil.rmtree(WORK, ignore_errors=True)
+    WORK.mkdir(parents=True)
+    entries = [command_entry(ROOT / source, command) for source, command in options.items()]
+    batches = {}
+    for number, (folder, command, batch) in enumerate(made):
+        if len(batch.sources) == 1:
+            path = ROOT / batch.sources[0]
+        else:
+            path = write_batch(WORK / folder / f"batch_{number}.cc", folder, batch)
+            entries.append(command_entry(path, command))
+        batches[path] = batch.sources
+    (WORK / "compile_commands.json").write_text(json.dumps(entries, indent=1), encoding="utf-8")
+    return batches
+
+
+def tidy(path):
+    """What clang-tidy finds in it; nothing where it is clean."""
+    run = subprocess.run(["clang-tidy", "--quiet", "-p", str(WORK), str(path)], check=False,
+                         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+    return run.stdout + run.stderr if run.returncode else ""
+
+
+def first_error(output):
+    return next((line for line in output.splitlines() if "error:" in line), output)
+
+
+def findings(pool, batches):
+    """What is found in single sources, after a look at each source of a batch that is not clean."""
+    found, doubtful = [], []
+    for sources, output in zip(batches.values(), pool.map(tidy, batches)):
+        if output and len(sources) > 1:
+            print(f"{len(sources)} sources one by one, since together: {first_error(output)}", flush=True)
+            doubtful += sources
+        elif output:
+            found.append(output)
+    alone = pool.map(tidy, [ROOT / source for source in doubtful])
+    return found + [output for output in alone if output]
+
+
+def main(arguments):
+    only = arguments[arguments.index("--") + 1:] if "--" in arguments else []
+    directories = arguments[:arguments.index("--")] if only else arguments
+    options = compile_options([ROOT / directory for directory in directories])
+    if only:
+        options = {source: options[source] for source in only}
+    batches = write_batches(all_batches(options), options)
+    print(f"{len(options)} sources in {len(batches)} batches", flush=True)
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        found = findings(pool, batches)
+    print(*found, sep="\n")
+    sys.exit(1 if found else 0)
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])

@@ -32,6 +32,8 @@ readonly CHECK_PACKAGES=(
   clang clang-format clang-tidy libavcodec-dev libavformat-dev libavutil-dev libbenchmark-dev
   libclang-rt-dev pylint shellcheck
 )
+# To count which lines the tests run.
+readonly COVERAGE_PACKAGES=(gcovr)
 
 # as_root COMMAND... - runs it as root, with sudo where that is needed.
 as_root() {

@@ -51,7 +51,8 @@ KEYWORDS = {"auto", "bool", "const", "default", "final", "int", "override", "voi
 def own_sources():
     for directory, folders, files in os.walk(ROOT):
         if Path(directory) == ROOT:
-            folders[:] = [folder for folder in folders if folder not in NOT_OURS]
+            folders[:] = [folder for folder in folders if folder not in NOT_OURS
+                          and not (ROOT / folder / "CMakeCache.txt").exists()]
         for name in files:
             if name.endswith(".cc"):
                 yield str((Path(directory) / name).relative_to(ROOT))

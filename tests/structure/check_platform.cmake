@@ -3,9 +3,12 @@
 #   cmake -DSOURCE_DIR=... -P check_platform.cmake
 cmake_minimum_required(VERSION 3.25)
 
+include(${SOURCE_DIR}/cmake/Folders.cmake)
+
 set(checked 0)
 set(failures "")
-foreach(folder public common hls ts flv mp4 isobmff host tests bench fuzz)
+stream_source_folders(${SOURCE_DIR} folders)
+foreach(folder IN LISTS folders)
   file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
     ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc)
   foreach(source ${sources})

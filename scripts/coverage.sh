@@ -1,0 +1,50 @@
+#!/usr/bin/env bash
+# Runs the tests of the component and prints which share of its lines and branches they run, folder by
+# folder. Fails where a test fails, and where fewer lines run than REQUIRED_LINES per cent. What does not
+# run is in build/coverage/report.
+set -euo pipefail
+
+ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+readonly ROOT
+readonly REQUIRED_LINES=95
+readonly REPORT=build/coverage/report
+JOBS=$(nproc)
+readonly JOBS
+
+# shellcheck source=scripts/lib/log.sh
+source "$ROOT/scripts/lib/log.sh"
+# shellcheck source=scripts/lib/packages.sh
+source "$ROOT/scripts/lib/packages.sh"
+
+component_folders() {
+  sed -n 's/^set(STREAM_COMPONENT_FOLDERS \(.*\))$/\1/p' cmake/Folders.cmake
+}
+
+build_and_test() {
+  cmake --preset coverage
+  cmake --build --preset coverage -j "$JOBS"
+  find build/coverage -name '*.gcda' -delete  # what an earlier run counted
+  ctest --preset coverage -L 'unit|pipeline|golden' -j $((2 * JOBS))
+}
+
+# Branches that only an exception takes, and those the compiler made, are no choice of the source.
+count_lines() {
+  local folder filters=()
+  for folder in $(component_folders); do filters+=(--filter "$folder/"); done
+  mkdir -p "$REPORT"
+  gcovr --root . "${filters[@]}" --exclude-throw-branches --exclude-unreachable-branches \
+    --csv "$REPORT/files.csv" --txt "$REPORT/lines.txt" --html-details "$REPORT/index.html" \
+    build/coverage >/dev/null
+}
+
+main() {
+  cd "$ROOT"
+  ensure_packages "${BUILD_PACKAGES[@]}" "${SAMPLE_PACKAGES[@]}" "${TEST_PACKAGES[@]}" \
+    "${COVERAGE_PACKAGES[@]}"
+  build_and_test
+  count_lines
+  python3 -B scripts/lib/coverage_table.py "$REPORT/files.csv" "$REQUIRED_LINES" \
+    "$(component_folders)"
+}
+
+main "$@"

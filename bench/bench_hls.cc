@@ -72,6 +72,7 @@ std::string LiveList(int first, int count) {
 // The list as it comes at each refresh, a tenth of it new every time.
 std::vector<std::string> LiveLists(int count) {
   std::vector<std::string> lists;
+  lists.reserve(kRefreshes);
   for (int i = 0; i < kRefreshes; ++i) lists.push_back(LiveList(i * (count / 10), count));
   return lists;
 }

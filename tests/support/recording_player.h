@@ -70,7 +70,8 @@ class RecordingPlayer final : public CStreamPlayerImp {
       const auto clock = pending_clocks_.extract(std::this_thread::get_id());
       EXPECT_FALSE(clock.empty()) << "an audio frame without its clock";
       if (!clock.empty()) {
-        EXPECT_EQ(clock.mapped(), static_cast<float>(frame.playTime / 90000));
+        const auto whole_seconds = frame.playTime / 90000;
+        EXPECT_EQ(clock.mapped(), static_cast<float>(whole_seconds));
       }
       record.audio.push_back(Copy(frame));
     });

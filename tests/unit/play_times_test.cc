@@ -133,7 +133,8 @@ class PlainSpreading {
   void Spread(std::size_t newest) {
     const auto anchor = static_cast<std::size_t>(anchor_);
     const std::uint64_t n = newest - anchor + 1;
-    const auto step = static_cast<float>((Pts(anchor_) - (prev_ >= 0 ? Pts(prev_) : base_)) / n);
+    const std::uint64_t whole_step = (Pts(anchor_) - (prev_ >= 0 ? Pts(prev_) : base_)) / n;
+    const auto step = static_cast<float>(whole_step);
     std::uint64_t t = prev_ >= 0 ? Pts(prev_) - base_ : 0;
     for (std::size_t i = anchor; i < newest; ++i) {
       t = static_cast<std::uint64_t>(static_cast<float>(t) + step);

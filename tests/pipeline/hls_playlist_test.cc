@@ -22,11 +22,7 @@ using hls_test::MasterPlaylist;
 using hls_test::OnDemandPlaylist;
 using hls_test::SegmentLines;
 using hls_test::SegmentUris;
-using testing::Each;
 using testing::ElementsAre;
-using testing::EndsWith;
-using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::StartsWith;
 
 constexpr char kList[] = "/list.m3u8";

@@ -14,7 +14,6 @@ using hls_test::LivePlaylist;
 using hls_test::SegmentUris;
 using testing::Each;
 using testing::ElementsAre;
-using testing::Gt;
 using ts_test::MakeStream;
 
 class HlsRestartTest : public HlsPlay {

@@ -20,7 +20,6 @@ using hls_test::LivePlaylist;
 using hls_test::MasterPlaylist;
 using hls_test::OnDemandPlaylist;
 using hls_test::SegmentUris;
-using testing::ElementsAre;
 using ts_test::MakeStream;
 
 class HlsStopTest : public HlsPlay {

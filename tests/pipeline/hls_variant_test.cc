@@ -20,7 +20,6 @@ using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using ts_test::MakeStream;
 
 constexpr char kMaster[] = "/live/master.m3u8";

@@ -12,7 +12,6 @@
 
 namespace {
 
-using testing::Contains;
 using ts_test::Bytes;
 using ts_test::MakeStream;
 

@@ -18,8 +18,6 @@
 
 namespace {
 
-using testing::Contains;
-using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 using ts_test::MakeStream;

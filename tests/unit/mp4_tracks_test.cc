@@ -28,7 +28,6 @@ using mp4_test::MovieOf;
 using mp4_test::Track;
 using mp4_test::VideoTrack;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 const Bytes kSbr = {0x2B, 0x11, 0x88, 0x00};  // a configuration of audio object type 5
 

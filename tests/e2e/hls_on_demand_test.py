@@ -31,7 +31,7 @@ class _OnDemandMixin:
         self.assertAlmostEqual(ends[-1], count * segment_seconds, delta=0.1)
 
 
-class _ManySegments(_OnDemand):
+class _ManySegmentsMixin(_OnDemandMixin):
     def test_1200_segments_play_whole(self):
         # Two pictures each: the first is complete when the second begins, so no segment is
         # taken for one without a picture.
@@ -42,7 +42,7 @@ def _names(sample):
     return [path.name for path in (sample.playlist, *sample.segments)]
 
 
-class HttpTest(_ManySegments, HlsCase):
+class HttpTest(_ManySegmentsMixin, HlsCase):
     def play_sample(self, sample):
         server = self.serve()
         run = self.play_segments(server.url(sample.playlist.name), sample.segments)
@@ -67,6 +67,6 @@ class HttpsTest(HttpsMixin, _OnDemandMixin, HlsCase):
                                   prefix=self.trusting_only_the_test_authority())
 
 
-class LocalFileTest(_ManySegments, HlsCase):
+class LocalFileTest(_ManySegmentsMixin, HlsCase):
     def play_sample(self, sample):
         return self.play_segments(f"file://{sample.playlist}", sample.segments)

@@ -92,8 +92,9 @@ bool FlvStream::MoreMayCome(std::uint64_t stream) const {
 
 void FlvStream::AwaitReady(std::uint64_t stream) {
   Lock lock(mutex_);
-  ready_.wait(lock,
-              [this, stream] { return unread_->Size() > kReadySize || !MoreMayCome(stream); });
+  CurrentClock().Wait(ready_, lock, [this, stream] {
+    return unread_->Size() > kReadySize || !MoreMayCome(stream);
+  });
 }
 
 bool FlvStream::AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const {

@@ -3,17 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <thread>
+
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
 constexpr int kAsExpected = 0;
 constexpr int kOtherwise = 1;
-
-// What another thread does is given a chance to happen.
-constexpr std::chrono::milliseconds kChance{100};
 
 std::atomic<bool> g_has_left{false};
 
@@ -27,29 +25,21 @@ void CheckAfterTheGuard(bool (*check)()) {
   GuardExit();
 }
 
-void AwaitExit() {
-  while (!ProcessIsExiting()) std::this_thread::yield();
+// The clock of a process that exits: nobody destroys it.
+SimulatedClock& ExitClock() {
+  static SimulatedClock& clock = *new SimulatedClock;
+  return clock;
 }
 
-// Starts a thread that is inside libcurl until the process exits, and for a while then.
-void StartThreadThatLeavesLate() {
+// Starts a thread that is inside libcurl while `stay` runs.
+template <typename Stay>
+void StartThreadInsideLibcurl(Stay stay) {
   static std::atomic<bool> inside{false};
-  std::thread([] {
+  ExitClock();
+  std::thread([stay] {
     const LibcurlUse use;
     inside = true;
-    AwaitExit();
-    std::this_thread::sleep_for(kChance);
-    g_has_left = true;
-  }).detach();
-  while (!inside) std::this_thread::yield();
-}
-
-void StartThreadThatNeverLeaves() {
-  static std::atomic<bool> inside{false};
-  std::thread([] {
-    const LibcurlUse use;
-    inside = true;
-    for (;;) std::this_thread::sleep_for(kChance);
+    stay();
   }).detach();
   while (!inside) std::this_thread::yield();
 }
@@ -65,19 +55,28 @@ TEST_F(ExitGuardTest, LibcurlIsOpenBeforeTheExit) {
   EXPECT_FALSE(ProcessIsExiting());
 }
 
+// The thread leaves only when the exit waits for it.
 TEST_F(ExitGuardTest, ExitWaitsForAThreadInsideLibcurl) {
   const auto exit_with_a_thread_inside = [] {
     CheckAfterTheGuard([] { return g_has_left.load(); });
-    StartThreadThatLeavesLate();
+    StartThreadInsideLibcurl([] { g_has_left = ExitClock().AwaitWaiting(1); });
     std::exit(kOtherwise);
   };
   EXPECT_EXIT(exit_with_a_thread_inside(), testing::ExitedWithCode(kAsExpected), "");
 }
 
-TEST_F(ExitGuardTest, ExitGivesUpOnAThreadThatStaysInsideLibcurl) {
+// The thread moves the time and does not leave. What it finds to be otherwise ends the process.
+TEST_F(ExitGuardTest, ExitGivesUpOnAThreadThatStaysInsideLibcurlAfter1200Milliseconds) {
   const auto exit_with_a_stuck_thread = [] {
     GuardExit();
-    StartThreadThatNeverLeaves();
+    StartThreadInsideLibcurl([] {
+      SimulatedClock& clock = ExitClock();
+      if (!clock.AwaitWaiting(1)) std::_Exit(kOtherwise);
+      clock.Advance(Clock::Duration(1199));
+      if (clock.Waiting() != 1) std::_Exit(kOtherwise);
+      clock.Advance(Clock::Duration(1));
+      for (;;) std::this_thread::yield();
+    });
     std::exit(kAsExpected);
   };
   EXPECT_EXIT(exit_with_a_stuck_thread(), testing::ExitedWithCode(kAsExpected), "");

@@ -9,6 +9,8 @@
 #include "tests/support/claimed_backlog.h"
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tasks.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
 namespace {
@@ -46,12 +48,37 @@ class FlvPlayTest : public FlvTasks {
     return testing::internal::GetCapturedStdout();
   }
 
-  bool HasReported(std::chrono::milliseconds limit) {
-    return player_.WaitFor([](const auto& record) { return !record.messages.empty(); }, limit);
+  bool Reports() {
+    return player_.WaitFor([](const auto& record) { return !record.messages.empty(); });
+  }
+};
+
+// The play task in simulated time, on a thread of its own, which ends with the test.
+class FlvPlayAsideTest : public FlvPlayTest {
+ protected:
+  ~FlvPlayAsideTest() override {
+    BeginToStop();
+    clock_.Release();
+    if (play_.valid()) play_.wait();
   }
 
-  static constexpr std::chrono::milliseconds kNotYet{300};  // so long nothing may happen
-  static constexpr std::chrono::milliseconds kSurely{20'000};
+  void StartPlay() { play_ = PlayAside(); }
+  // Waits for its end.
+  void AwaitEnd() { play_.get(); }
+
+  // Whether the task waits for the beginning of the stream. It is woken and looks again.
+  bool StillWaitsForTheBeginning() {
+    if (!clock_.AwaitWaiting(1)) return false;
+    const std::size_t checks = clock_.VainChecks();
+    g_flvStream->Stop();  // nothing but the wake-up, since the pipeline runs
+    return WaitUntil([&] { return clock_.VainChecks() > checks; }) && clock_.AwaitWaiting(1) &&
+           player_.Snapshot().messages.empty();
+  }
+
+  static constexpr Clock::Duration kTagPace{1};
+
+  SimulatedClock clock_;
+  std::future<void> play_;
 };
 
 TEST_F(FlvPlayTest, WholeStreamIsReportedParsedAndReadOver) {
@@ -117,78 +144,82 @@ TEST_F(FlvPlayTest, WithoutAPlayerItIsParsedAllTheSame) {
   EXPECT_EQ(TakeQueuedFrames().video.size(), 7U);
 }
 
-TEST_F(FlvPlayTest, TenKibibytesDoNotWakeIt) {
+TEST_F(FlvPlayAsideTest, TenKibibytesDoNotWakeIt) {
   Take(MakeStreamOfSize(10240));
-  const auto play = PlayAside();
-  EXPECT_FALSE(HasReported(kNotYet));
+  StartPlay();
+  EXPECT_TRUE(StillWaitsForTheBeginning());
   EXPECT_EQ(g_flvStream->UnreadSize(), 10240U);
   EndOfDownload();
-  EXPECT_TRUE(HasReported(kSurely));
+  EXPECT_TRUE(Reports());
 }
 
-TEST_F(FlvPlayTest, OneByteMoreWakesIt) {
+TEST_F(FlvPlayAsideTest, OneByteMoreWakesIt) {
   const Bytes stream = MakeStreamOfSize(10241);
-  const auto play = PlayAside();
+  StartPlay();
   Take(Bytes(stream.begin(), stream.end() - 1));
-  EXPECT_FALSE(HasReported(kNotYet));
+  EXPECT_TRUE(StillWaitsForTheBeginning());
   Take({stream.back()});
-  EXPECT_TRUE(HasReported(kSurely));
+  EXPECT_TRUE(Reports());
   EndOfDownload();
 }
 
 TEST_F(FlvPlayTest, BytesThatCameBeforeItBeganToWaitStartIt) {
   Take(MakeStreamOfSize(10241));
   const auto play = PlayAside();
-  EXPECT_TRUE(HasReported(kSurely));
+  EXPECT_TRUE(Reports());
   EndOfDownload();
 }
 
 TEST_F(FlvPlayTest, EndOfADownloadBeforeItBeganToWaitStartsIt) {
   EndOfDownload();
   Play(kUrl);
-  EXPECT_TRUE(HasReported(kSurely));
+  EXPECT_TRUE(Reports());
 }
 
-TEST_F(FlvPlayTest, StopWakesIt) {
-  const auto play = PlayAside();
-  EXPECT_FALSE(HasReported(kNotYet));
+TEST_F(FlvPlayAsideTest, StopWakesIt) {
+  StartPlay();
+  EXPECT_TRUE(StillWaitsForTheBeginning());
   BeginToStop();
-  EXPECT_TRUE(HasReported(kSurely));
+  EXPECT_TRUE(Reports());
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV NO:http://host/a.flv"));
 }
 
-TEST_F(FlvPlayTest, StopEndsTheTagLoopWithBytesLeft) {
+TEST_F(FlvPlayAsideTest, StopEndsTheTagLoopWithBytesLeft) {
   Take(MakeStream(5000, 10));
-  const auto play = PlayAside();
-  ASSERT_TRUE(HasReported(kSurely));
+  StartPlay();
+  ASSERT_TRUE(Reports() && clock_.AwaitWaiting(1));
   BeginToStop();
-  play.wait();
+  clock_.Advance(kTagPace);
+  AwaitEnd();
   EXPECT_GT(g_flvStream->DroppedSize(), 0U);
 }
 
-TEST_F(FlvPlayTest, StopEndsTheWaitForTheRestOfALongHeader) {
+TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheRestOfALongHeader) {
+  constexpr Clock::Duration kPoll{100};
   Bytes start = flv_test::Header(Bytes(100'000));
   start.resize(50'000);
   Take(start);
-  const auto play = PlayAside();
-  ASSERT_TRUE(
-      WaitUntil([] { return g_flvStream->UnreadSize() == 50'000 - flv_test::kHeaderSize; }));
+  StartPlay();
+  EXPECT_TRUE(StillPolls(clock_, kPoll));
+  EXPECT_EQ(g_flvStream->UnreadSize(), 50'000 - flv_test::kHeaderSize);
   BeginToStop();
-  play.wait();
+  clock_.Advance(kPoll);
+  AwaitEnd();
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
 }
 
-TEST_F(FlvPlayTest, ParserWaitsUntilThereIsRoomForItsFrames) {
-  const Bytes start = flv_test::Header();
-  Take(start);
-  auto play = PlayAside();
+TEST_F(FlvPlayAsideTest, ParserWaitsUntilThereIsSpaceForItsFrames) {
+  constexpr Clock::Duration kSpacePace{1};
   ClaimTooManyBytes();
-  Take(flv_test::Join({flv_test::NalTag(0, {{0x65, 1}}), flv_test::NalTag(40, {{0x41, 2}})}));
+  Take(flv_test::Join(
+      {flv_test::Header(), flv_test::NalTag(0, {{0x65, 1}}), flv_test::NalTag(40, {{0x41, 2}})}));
   EndOfDownload();
-  EXPECT_TRUE(StillWaits(play));
+  StartPlay();
+  EXPECT_TRUE(StillPolls(clock_, kSpacePace));
   EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "the second tag is not read yet";
   ClaimNothing();
-  play.wait();
+  clock_.Release();
+  AwaitEnd();
   EXPECT_EQ(g_videoQueue->pushed, 2U);
 }
 
@@ -208,15 +239,22 @@ TEST_F(FlvPlayTest, StopEndsTheParserBetweenTwoNalUnitsOfATag) {
   EXPECT_LT(TakeQueuedFrames().video.size(), kNals);
 }
 
-TEST_F(FlvPlayTest, TagLoopPausesBehindEachTag) {
-  constexpr int kTags = 200;
+TEST_F(FlvPlayAsideTest, TagLoopPausesAMillisecondAfterEachTag) {
+  constexpr std::size_t kTags = 20;
   std::vector<Bytes> parts = {flv_test::Header()};
-  for (int i = 0; i < kTags; ++i) parts.push_back(flv_test::ScriptTag({2}));
+  for (std::size_t i = 0; i < kTags; ++i) parts.push_back(flv_test::ScriptTag({2}));
+  const auto tag_size = static_cast<std::uint32_t>(parts.back().size());
   Take(flv_test::Join(parts));
   EndOfDownload();
-  const auto before = std::chrono::steady_clock::now();
-  Play(kUrl);
-  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(kTags));
+  StartPlay();
+  for (std::size_t i = 1; i <= kTags; ++i) {
+    ASSERT_TRUE(clock_.AwaitWaiting(1));
+    EXPECT_EQ(g_flvStream->UnreadSize(), (kTags - i) * tag_size);
+    EXPECT_EQ(clock_.Sleeps(kTagPace), i);
+    clock_.Advance(kTagPace);
+  }
+  AwaitEnd();
+  EXPECT_EQ(clock_.Elapsed(), kTagPace * kTags);
 }
 
 // Keeps both kinds of lines in the order in which they come.

@@ -8,7 +8,8 @@
 #include <utility>
 
 #include "tests/support/flv_tasks.h"
-#include "tests/support/wait_until.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
@@ -29,6 +30,12 @@ class FlvStagingTest : public FlvTasks {
                               static_cast<std::uint32_t>(bytes.size()));
   }
 
+  // What a reader waits for is there now, or never will be: its next look ends its wait.
+  void LookAgain() { clock_.Advance(kPoll); }
+
+  static constexpr Clock::Duration kPoll{100};
+
+  SimulatedClock clock_;
   FlvStreamSource source_{stream_};
 };
 
@@ -133,18 +140,22 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
   EndOfDownload();
   FlvStreamSource source(newer);
   auto reader = std::async(std::launch::async, [&source] { return source.Await(2); });
-  EXPECT_TRUE(StillWaits(reader));
+  EXPECT_TRUE(StillPolls(clock_, kPoll));
   FlvTransfer transfer(newer);
   EXPECT_EQ(transfer.Take("a", 1), 1U);
+  EXPECT_TRUE(StillPolls(clock_, kPoll)) << "one byte is not enough";
   EXPECT_EQ(transfer.Take("b", 1), 1U);
+  LookAgain();
   EXPECT_TRUE(reader.get());
 }
 
 TEST_F(FlvStagingTest, NewStreamEndsTheWaitForAnOlderOne) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
   auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
+  ASSERT_TRUE(clock_.AwaitWaiting(2));
   Take({1});
   g_flvStream->Begin();
+  LookAgain();
   EXPECT_FALSE(reader.get());
   player.get();
 }
@@ -152,9 +163,11 @@ TEST_F(FlvStagingTest, NewStreamEndsTheWaitForAnOlderOne) {
 TEST_F(FlvStagingTest, ReadWaitsForBytesThatAreStillToCome) {
   Take({1, 2});
   Bytes bytes(4);
-  std::thread late([this] { Take({3, 4, 5}); });
-  EXPECT_TRUE(source_.Read(bytes.data(), 4));
-  late.join();
+  auto reader = std::async(std::launch::async, [&] { return source_.Read(bytes.data(), 4); });
+  EXPECT_TRUE(StillPolls(clock_, kPoll));
+  Take({3, 4, 5});
+  LookAgain();
+  EXPECT_TRUE(reader.get());
   EXPECT_EQ(bytes, (Bytes{1, 2, 3, 4}));
   EXPECT_EQ(Unread(), (Bytes{5}));
 }
@@ -164,7 +177,9 @@ TEST_F(FlvStagingTest, WaitingReaderHoldsNoLock) {
     Bytes bytes(100);
     return source_.Read(bytes.data(), 100);
   });
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
   for (int i = 0; i < 100; ++i) Take({0});
+  LookAgain();
   EXPECT_TRUE(reader.get());
 }
 
@@ -196,16 +211,23 @@ TEST_F(FlvStagingTest, SkipWaitsForBytesThatAreStillToCome) {
   constexpr std::uint32_t kSkipped = 50'000'000;
   constexpr std::uint32_t kPieces = 500;
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(kSkipped); });
-  for (std::uint32_t i = 0; i < kPieces; ++i) Take(Bytes(kSkipped / kPieces));
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  for (std::uint32_t i = 0; i < kPieces; ++i) {
+    EXPECT_EQ(clock_.Waiting(), 1U);
+    Take(Bytes(kSkipped / kPieces));
+  }
   Take({7});
+  LookAgain();
   EXPECT_TRUE(reader.get());
   EXPECT_EQ(Unread(), (Bytes{7}));
 }
 
 TEST_F(FlvStagingTest, StopEndsASkip) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
   Take({1});
   BeginToStop();
+  LookAgain();
   EXPECT_FALSE(reader.get());
 }
 
@@ -223,15 +245,19 @@ TEST_F(FlvStagingTest, WhatIsThereCanBeReadAfterTheEndOfTheDownloadAndAfterAStop
 
 TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
   auto reader = std::async(std::launch::async, [this] { return source_.Read(nullptr, 5); });
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
   Take({1});
   EndOfDownload();
+  LookAgain();
   EXPECT_FALSE(reader.get());
 }
 
 TEST_F(FlvStagingTest, StopEndsEveryWait) {
   auto reader = std::async(std::launch::async, [this] { return source_.Await(0xFFFFFFFF); });
   auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
+  ASSERT_TRUE(clock_.AwaitWaiting(2));
   BeginToStop();
+  LookAgain();
   EXPECT_FALSE(reader.get());
   player.get();
 }
@@ -271,6 +297,13 @@ class FlvFullStreamTest : public FlvTasks {
     return std::async(std::launch::async, [=, this] { return Stage(offset, size); });
   }
 
+  // Looks for space every millisecond, and finds none.
+  bool StillWaits() { return StillPolls(clock_, kPace); }
+  void LookAgain() { clock_.Advance(kPace); }
+
+  static constexpr Clock::Duration kPace{1};
+
+  SimulatedClock clock_;
   FlvStream full_{10};
   std::uint64_t number_ = full_.Begin();
 };
@@ -279,9 +312,10 @@ TEST_F(FlvFullStreamTest, PieceWaitsUntilSomethingWasReadAndIsThenStaged) {
   EXPECT_TRUE(Stage(0, 9));
   EXPECT_TRUE(Stage(9, 5)) << "there was room for one byte";
   auto piece = StageLater(14, 3);
-  EXPECT_TRUE(StillWaits(piece));
+  EXPECT_TRUE(StillWaits());
   EXPECT_EQ(full_.UnreadSize(), 14U);
   EXPECT_TRUE(full_.Skip(number_, 5));
+  LookAgain();
   EXPECT_TRUE(piece.get());
   EXPECT_EQ(full_.UnreadSize(), 12U);
 }
@@ -295,29 +329,33 @@ TEST_F(FlvFullStreamTest, PieceThatIsThereAlreadyDoesNotWait) {
 TEST_F(FlvFullStreamTest, StopAndANewStreamEndTheWaitAndThePieceIsRefused) {
   EXPECT_TRUE(Stage(0, 10));
   auto replaced = StageLater(10, 1);
-  EXPECT_TRUE(StillWaits(replaced));
+  EXPECT_TRUE(StillWaits());
   const std::uint64_t older = std::exchange(number_, full_.Begin());
+  LookAgain();
   EXPECT_FALSE(replaced.get());
   EXPECT_FALSE(full_.Stage(older, 10, "x", 1));
   EXPECT_TRUE(Stage(0, 10));
   auto stopped = StageLater(10, 1);
-  EXPECT_TRUE(StillWaits(stopped));
+  EXPECT_TRUE(StillWaits());
   g_flvRunning = false;
   full_.Stop();
+  LookAgain();
   EXPECT_FALSE(stopped.get());
 }
 
 TEST_F(FlvFullStreamTest, EndOfTheParsingEndsTheWaitAndThePieceIsDropped) {
   EXPECT_TRUE(Stage(0, 10));
   auto piece = StageLater(10, 3);
-  EXPECT_TRUE(StillWaits(piece));
+  EXPECT_TRUE(StillWaits());
   full_.EndParsing(number_);
+  LookAgain();
   EXPECT_TRUE(piece.get());
   EXPECT_EQ(full_.UnreadSize(), 0U);
   EXPECT_EQ(full_.DroppedSize(), 13U);
 }
 
 TEST_F(FlvFullStreamTest, SkipOfMoreThanCanBeUnreadPassesOverItAllTheSame) {
+  clock_.Release();
   auto skipped = std::async(std::launch::async, [this] { return full_.Skip(number_, 95); });
   for (std::uint64_t at = 0; at < 100; at += 4) EXPECT_TRUE(Stage(at, 4));
   EXPECT_TRUE(skipped.get());

@@ -7,7 +7,8 @@
 #include <mutex>
 
 #include "common/frame_queue.h"
-#include "tests/support/wait_until.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
@@ -30,6 +31,15 @@ class FrameBacklogTest : public testing::Test {
     return std::async(std::launch::async, [this, limit] { AwaitFrameRoom(running_, limit); });
   }
 
+  // Looks for room every millisecond, and finds none.
+  bool StillWaits() { return StillPolls(clock_, kPace); }
+
+  // The next look will end the wait.
+  void LookAgain() { clock_.Advance(kPace); }
+
+  static constexpr Clock::Duration kPace{1};
+
+  SimulatedClock clock_;
   std::atomic<bool> running_{true};
 };
 
@@ -48,24 +58,27 @@ TEST_F(FrameBacklogTest, AsManyFramesAndBytesAsTheLimitDoNotWait) {
 TEST_F(FrameBacklogTest, OneFrameTooManyWaitsUntilOneIsTaken) {
   for (int i = 0; i < 3; ++i) Push(0, g_audioQueue);
   const std::future<void> waiting = Await({2, 100});
-  EXPECT_TRUE(StillWaits(waiting));
+  EXPECT_TRUE(StillWaits());
   PopAudioFrame();
+  LookAgain();
   waiting.wait();
 }
 
 TEST_F(FrameBacklogTest, OneByteTooManyWaitsUntilItsFrameIsTaken) {
   Push(101, g_videoQueue);
   const std::future<void> waiting = Await({2, 100});
-  EXPECT_TRUE(StillWaits(waiting));
+  EXPECT_TRUE(StillWaits());
   PopVideoFrame();
+  LookAgain();
   waiting.wait();
 }
 
 TEST_F(FrameBacklogTest, StopEndsTheWait) {
   Push(101, g_videoQueue);
   const std::future<void> waiting = Await({2, 100});
-  EXPECT_TRUE(StillWaits(waiting));
+  EXPECT_TRUE(StillWaits());
   running_ = false;
+  LookAgain();
   waiting.wait();
 }
 

@@ -3,15 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <chrono>
 #include <mutex>
 #include <thread>
 
+#include "tests/support/polling.h"
 #include "tests/support/recording_player.h"
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
-// Runs one delivery loop on a thread of its own until the test ends.
+// Runs one delivery loop on a thread of its own, in simulated time, until the test ends.
 class FrameDeliveryTest : public testing::Test {
  protected:
   FrameDeliveryTest() { ResetFrameQueues(); }
@@ -19,6 +20,7 @@ class FrameDeliveryTest : public testing::Test {
 
   void Stop() {
     running_ = false;
+    clock_.Release();
     if (thread_.joinable()) thread_.join();
   }
 
@@ -36,12 +38,17 @@ class FrameDeliveryTest : public testing::Test {
     return queue->count == 0;
   }
 
-  static bool BecomesEmpty(FrameQueue*& queue) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (!IsEmpty(queue) && std::chrono::steady_clock::now() < limit) std::this_thread::yield();
-    return IsEmpty(queue);
+  void StartVideo() {
+    thread_ = std::thread([this] {
+      DeliverVideoFrames({running_, PlayerPort(&player_), {}, "video thread stop."});
+    });
   }
 
+  std::size_t DeliveredVideo() const { return player_.Snapshot().video.size(); }
+
+  static constexpr Clock::Duration kPace{1};
+
+  SimulatedClock clock_;
   std::atomic<bool> running_{true};
   RecordingPlayer player_;
   std::thread thread_;
@@ -50,13 +57,29 @@ class FrameDeliveryTest : public testing::Test {
 TEST_F(FrameDeliveryTest, VideoFramesReachThePlayerInOrder) {
   Push(g_videoQueue, 1);
   Push(g_videoQueue, 2);
-  thread_ = std::thread([this] {
-    DeliverVideoFrames({running_, PlayerPort(&player_), {}, "video thread stop."});
-  });
-  EXPECT_TRUE(player_.WaitFor([](const auto& record) { return record.video.size() == 2; }));
+  StartVideo();
+  EXPECT_TRUE(clock_.AdvanceUntil([this] { return DeliveredVideo() == 2; }, 1, kPace));
   const auto record = player_.Snapshot();
   EXPECT_EQ(record.video.front().pts, 1U);
   EXPECT_EQ(record.video.back().pts, 2U);
+}
+
+TEST_F(FrameDeliveryTest, LoopSleepsOneMillisecondAfterEachFrame) {
+  for (std::uint64_t i = 0; i < 5; ++i) Push(g_videoQueue, i);
+  StartVideo();
+  for (std::size_t i = 1; i <= 5; ++i) {
+    ASSERT_TRUE(clock_.AwaitWaiting(1));
+    EXPECT_EQ(DeliveredVideo(), i);
+    EXPECT_EQ(clock_.Sleeps(kPace), i);
+    clock_.Advance(kPace);
+  }
+}
+
+TEST_F(FrameDeliveryTest, LoopSleepsOneMillisecondWhereThereIsNoFrame) {
+  StartVideo();
+  EXPECT_TRUE(StillPolls(clock_, kPace));
+  Push(g_videoQueue, 1);
+  EXPECT_TRUE(clock_.AdvanceUntil([this] { return DeliveredVideo() == 1; }, 1, kPace));
 }
 
 TEST_F(FrameDeliveryTest, AudioLoopLeavesTheVideoQueueAlone) {
@@ -77,7 +100,7 @@ TEST_F(FrameDeliveryTest, UnwantedFrameIsReleasedUnseen) {
   thread_ = std::thread([&] {
     DeliverVideoFrames({running_, PlayerPort(&player_), wanted, "video thread stop."});
   });
-  EXPECT_TRUE(player_.WaitFor([](const auto& record) { return record.video.size() == 1; }));
+  EXPECT_TRUE(clock_.AdvanceUntil([this] { return DeliveredVideo() == 1; }, 1, kPace));
   EXPECT_EQ(player_.Snapshot().video.front().pts, 2U);
 }
 
@@ -87,7 +110,7 @@ TEST_F(FrameDeliveryTest, WithoutAPlayerFramesAreStillTaken) {
   thread_ = std::thread([this] {
     DeliverVideoFrames({running_, PlayerPort(nullptr), {}, "video thread stop."});
   });
-  EXPECT_TRUE(BecomesEmpty(g_videoQueue));
+  EXPECT_TRUE(clock_.AdvanceUntil([] { return IsEmpty(g_videoQueue); }, 1, kPace));
 }
 
 TEST_F(FrameDeliveryTest, StopLineIsWrittenWhenTheLoopEnds) {

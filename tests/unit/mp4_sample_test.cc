@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -18,7 +17,8 @@
 #include "tests/golden/frame_dump.h"
 #include "tests/support/claimed_backlog.h"
 #include "tests/support/mp4_movies.h"
-#include "tests/support/wait_until.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
@@ -36,6 +36,9 @@ using mp4_test::WithAdtsHeader;
 
 constexpr std::uint64_t kTimeMs = 120;
 constexpr std::uint64_t kStartMs = 80;
+
+// How often it is looked for room in the queues.
+constexpr Clock::Duration kPace{1};
 
 class Mp4SampleTest : public testing::Test {
  protected:
@@ -262,11 +265,13 @@ TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
 TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAUnitThatMay) {
   Begin();
   ClaimTooManyBytes();
+  SimulatedClock clock;
   const std::future<void> emitted = std::async(std::launch::async, [] {
     EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(9), Nal(5), Nal(1, 7)})), {kSps, kPps});
   });
-  EXPECT_TRUE(StillWaits(emitted));
+  EXPECT_TRUE(StillPolls(clock, kPace));
   ResetFrameQueues();
+  clock.Release();
   emitted.wait();
   EXPECT_EQ(
       Payloads(TakeQueuedFrames().video),
@@ -295,18 +300,21 @@ class Mp4BacklogTest : public Mp4SampleTest, public testing::WithParamInterface<
       EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});
     });
   }
-  static void ExpectToWait(const std::future<void>& emitted) {
-    EXPECT_TRUE(StillWaits(emitted));
+  void ExpectToWait() {
+    EXPECT_TRUE(StillPolls(clock_, kPace));
     const std::lock_guard lock(g_frameQueueMutex);
     EXPECT_EQ(g_audioQueue->pushed + g_videoQueue->pushed, 0U);
   }
+
+  SimulatedClock clock_;
 };
 
 TEST_P(Mp4BacklogTest, HoldsTheNextFramesBackUntilThereIsRoom) {
   ClaimTooMuch();
   const std::future<void> emitted = Emit();
-  ExpectToWait(emitted);
+  ExpectToWait();
   ClaimNothing();
+  clock_.Advance(kPace);
   emitted.wait();
   const FrameDump dump = TakeQueuedFrames();
   EXPECT_EQ(dump.audio.size(), 1U);
@@ -323,9 +331,10 @@ TEST_P(Mp4BacklogTest, OfTheMostThatThereMayBeHoldsNothingBack) {
 TEST_P(Mp4BacklogTest, DoesNotHoldUpTheStop) {
   ClaimTooMuch();
   const std::future<void> emitted = Emit();
-  ExpectToWait(emitted);
+  ExpectToWait();
   g_mp4Running = false;
-  EXPECT_EQ(emitted.wait_for(std::chrono::seconds(1)), std::future_status::ready);
+  clock_.Release();
+  emitted.wait();
   ClaimNothing();
 }
 

@@ -7,7 +7,8 @@
 #include <mutex>
 #include <vector>
 
-#include "tests/support/wait_until.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -31,6 +32,10 @@ class TsStreamRoomTest : public testing::Test {
   static std::future<void> Await(std::uint32_t most_unread) {
     return std::async(std::launch::async, AwaitStreamRoom, most_unread);
   }
+
+  static constexpr Clock::Duration kPace{1};
+
+  SimulatedClock clock_;
 };
 
 TEST_F(TsStreamRoomTest, LessThanTheMostDoesNotWait) {
@@ -41,19 +46,21 @@ TEST_F(TsStreamRoomTest, LessThanTheMostDoesNotWait) {
 TEST_F(TsStreamRoomTest, TheMostWaitsUntilSomeAreRead) {
   Stage(100);
   const std::future<void> waiting = Await(100);
-  EXPECT_TRUE(StillWaits(waiting));
+  EXPECT_TRUE(StillPolls(clock_, kPace));
   {
     const std::lock_guard lock(g_tsStreamLock);
     g_tsStreamBuffer->MoveStart(1);
   }
+  clock_.Advance(kPace);
   waiting.wait();
 }
 
 TEST_F(TsStreamRoomTest, StopEndsTheWait) {
   Stage(100);
   const std::future<void> waiting = Await(100);
-  EXPECT_TRUE(StillWaits(waiting));
+  EXPECT_TRUE(StillPolls(clock_, kPace));
   g_tsRunning = false;
+  clock_.Advance(kPace);
   waiting.wait();
 }
 

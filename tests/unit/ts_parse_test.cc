@@ -2,94 +2,116 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <thread>
 
 #include "common/frame_queue.h"
 #include "tests/support/claimed_backlog.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/ts_packets.h"
-#include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_state.h"
 
 namespace {
 
-// A parse task with a whole stream before it, while more than enough frames wait for delivery.
-class TsBacklogTest : public testing::Test {
+// A parse task on a thread of its own, in simulated time, until the test ends.
+class TsParseTest : public testing::Test {
  protected:
-  TsBacklogTest() {
+  TsParseTest() {
     ResetFrameQueues();
-    ClaimTooManyBytes();
-    const ts_test::Bytes stream = ts_test::MakeStream(4);
-    {
-      const std::lock_guard lock(g_tsStreamLock);
-      g_tsStreamBuffer->Initialize();
-      g_tsStreamBuffer->Reset();
-      g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
-    }
     g_tsRunning = true;
-    thread_ = std::thread([] { ParseTs(PlayerPort()); });
   }
-  ~TsBacklogTest() override {
-    Stop();
-    ReleaseFrameQueues();
-  }
+  ~TsParseTest() override { Stop(); }
 
+  static void Stage(const ts_test::Bytes& stream) {
+    const std::lock_guard lock(g_tsStreamLock);
+    g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
+  }
   static std::uint32_t Unread() {
     const std::lock_guard lock(g_tsStreamLock);
     return g_tsStreamBuffer->Size();
   }
+  static std::uint64_t VideoFrames() {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->pushed;
+  }
 
+  void Start() {
+    thread_ = std::thread([] { ParseTs(PlayerPort()); });
+  }
   void Stop() {
     g_tsRunning = false;
+    clock_.Release();
     if (thread_.joinable()) thread_.join();
   }
 
-  static void PauseForAWhile() { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }
+  static constexpr Clock::Duration kSpacePace{1};
+  static constexpr Clock::Duration kBatchPause{1};
+  static constexpr Clock::Duration kEmptyPause{10};
 
+  SimulatedClock clock_;
   std::thread thread_;
 };
 
-TEST_F(TsBacklogTest, StreamWaitsUntilThereIsRoomForItsFrames) {
-  PauseForAWhile();
+TEST_F(TsParseTest, LooksAgainTenMillisecondsAfterItFoundNothing) {
+  Start();
+  EXPECT_TRUE(StillPolls(clock_, kEmptyPause));
+  Stage(ts_test::MakeStream(4));
+  clock_.Advance(kEmptyPause - Clock::Duration(1));
+  EXPECT_EQ(clock_.Waiting(), 1U);
   EXPECT_GT(Unread(), 0U);
+  clock_.Advance(Clock::Duration(1));
+  EXPECT_TRUE(WaitUntil([] { return VideoFrames() == 3; }));
+}
+
+TEST_F(TsParseTest, PausesOneMillisecondAfterABatch) {
+  Stage(ts_test::MakeStream(4));
+  Start();
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  EXPECT_EQ(Unread(), 0U);
+  EXPECT_EQ(clock_.Sleeps(kBatchPause), 1U);
+  EXPECT_EQ(clock_.Sleeps(kEmptyPause), 0U);
+  clock_.Advance(kBatchPause);
+  ASSERT_TRUE(WaitUntil([this] { return clock_.Sleeps(kEmptyPause) == 1; }));
+  EXPECT_EQ(clock_.Sleeps(kBatchPause), 1U) << "nothing was left for another batch";
+}
+
+TEST_F(TsParseTest, StreamWaitsUntilThereIsSpaceForItsFrames) {
+  ClaimTooManyBytes();
+  const ts_test::Bytes stream = ts_test::MakeStream(4);
+  Stage(stream);
+  Start();
+  EXPECT_TRUE(StillPolls(clock_, kSpacePace));
+  EXPECT_EQ(Unread(), stream.size());
   ClaimNothing();
+  clock_.Advance(kSpacePace);
   EXPECT_TRUE(WaitUntil([] { return Unread() == 0; }));
 }
 
-TEST_F(TsBacklogTest, StopEndsTheWaitForRoom) {
-  PauseForAWhile();
+TEST_F(TsParseTest, StopEndsTheWaitForSpace) {
+  ClaimTooManyBytes();
+  Stage(ts_test::MakeStream(4));
+  Start();
+  EXPECT_TRUE(StillPolls(clock_, kSpacePace));
   Stop();
-  EXPECT_EQ(g_videoQueue->pushed, 0U);
+  EXPECT_EQ(VideoFrames(), 0U);
+  ClaimNothing();
 }
 
-TEST(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
-  const auto parse = [](const ts_test::Bytes& stream) {
-    ts_demux_forget();
-    ResetFrameQueues();
-    (*g_tsScratch)[kParseScratch].Release();
-    {
-      const std::lock_guard lock(g_tsStreamLock);
-      g_tsStreamBuffer->Initialize();
-      g_tsStreamBuffer->Reset();
-      g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
-    }
-    g_tsRunning = true;
-    std::thread thread([] { ParseTs(PlayerPort()); });
-    EXPECT_TRUE(WaitUntil([] {
-      const std::lock_guard lock(g_frameQueueMutex);
-      return g_audioQueue->pushed == 29;
-    }));
-    g_tsRunning = false;
-    thread.join();
+TEST_F(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
+  const auto capacity_after = [this](const ts_test::Bytes& stream) {
+    Stage(stream);
+    if (!thread_.joinable()) Start();
+    clock_.AdvanceUntil([] { return Unread() == 0; }, 1, kEmptyPause);
+    clock_.AwaitWaiting(1);
+    const TsDemuxLock lock;
     return (*g_tsScratch)[kParseScratch].Capacity();
   };
   const ts_test::Bytes small = ts_test::MakeStream(30);
-  EXPECT_EQ(parse(small), static_cast<std::int32_t>(small.size()));
-  EXPECT_EQ(parse(ts_test::MakeStream(30, 90'000, 100'000)), 0);
-  ReleaseFrameQueues();
+  EXPECT_EQ(capacity_after(small), static_cast<std::int32_t>(small.size()));
+  EXPECT_EQ(capacity_after(ts_test::MakeStream(30, 90'000, 100'000)), 0);
 }
 
 }  // namespace

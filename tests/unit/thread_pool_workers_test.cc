@@ -1,0 +1,55 @@
+// How many threads a pool has, by the count of the system.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
+#include <set>
+#include <string>
+
+#include "common/thread_pool.h"
+
+namespace {
+
+using Threads = std::set<std::string>;
+
+Threads ThreadsOfThisProcess() {
+  Threads threads;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/task")) {
+    threads.insert(entry.path().filename().string());
+  }
+  return threads;
+}
+
+// Those that are there now and were not then. A thread that has ended may be listed for a while.
+std::size_t CountNew(const Threads& then) {
+  const Threads now = ThreadsOfThisProcess();
+  Threads added;
+  std::set_difference(now.begin(), now.end(), then.begin(), then.end(),
+                      std::inserter(added, added.end()));
+  return added.size();
+}
+
+TEST(ThreadPoolWorkersTest, NewPoolHasAsManyThreadsAsItWasAskedFor) {
+  const Threads before = ThreadsOfThisProcess();
+  const CThreadPool pool(8);
+  EXPECT_EQ(CountNew(before), 8U);
+}
+
+TEST(ThreadPoolWorkersTest, StartOnARunningPoolStartsNoExtraThreads) {
+  CThreadPool pool(2);
+  const Threads before = ThreadsOfThisProcess();
+  pool.Start();
+  EXPECT_EQ(CountNew(before), 0U);
+}
+
+TEST(ThreadPoolWorkersTest, StartAfterAStopStartsAllThreadsAgain) {
+  CThreadPool pool(3);
+  pool.Stop();
+  const Threads before = ThreadsOfThisProcess();
+  pool.Start();
+  EXPECT_EQ(CountNew(before), 3U);
+}
+
+}  // namespace

@@ -128,6 +128,18 @@ TEST(ByteBufferTest, ReserveThatOverflowsIsRefusedAndChangesNothing) {
   EXPECT_EQ(buffer.Capacity(), 4096U);
 }
 
+// Although it would fit without the bytes that are consumed already.
+TEST(ByteBufferTest, ReserveThatOverflowsWithTheWholeCapacityIsRefused) {
+  CByteBuffer buffer;
+  Fill(buffer, 20'000);
+  ASSERT_EQ(buffer.MoveStart(20'000), kBufferOk);
+  const std::uint32_t capacity = buffer.Capacity();
+  ASSERT_GT(capacity, 20'000U);
+  EXPECT_EQ(buffer.Reserve(kMax - capacity + 1), kBufferImpossible);
+  EXPECT_EQ(buffer.Capacity(), capacity);
+  EXPECT_EQ(buffer.ReadPos(), 20'000U);
+}
+
 TEST(ByteBufferTest, GrowthThatOverflowsByItsSlackAloneIsRefused) {
   CByteBuffer buffer;
   FillAndConsume(buffer, 0, 4000);

@@ -57,6 +57,12 @@ TEST_F(FlvStagingTest, TransferRefusesAnHtmlPage) {
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
 }
 
+TEST_F(FlvStagingTest, TransferEndsAtAnHtmlPageInMidStream) {
+  EXPECT_EQ(Take({'F', 'L', 'V', 1}), 4U);
+  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U);
+  EXPECT_EQ(g_flvStream->UnreadSize(), 4U);
+}
+
 TEST_F(FlvStagingTest, TransferTakesWhatOnlyResemblesAnHtmlPage) {
   EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l'}), 5U);
   EXPECT_EQ(Take({'<', 'H', 'T', 'M', 'L', '>'}), 6U);

@@ -28,8 +28,8 @@ class GermanNumbers final : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-// Makes the locale in a directory of the test's own and sets it for C, and one like it for C++. A
-// test is a process of its own.
+// Makes the locale in a directory of the test's own and sets it for C, and one like it for C++,
+// until the end of the test.
 class LocaleTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -47,6 +47,11 @@ class LocaleTest : public testing::Test {
     std::ostringstream grouped;
     grouped << 1'234;
     ASSERT_EQ(grouped.str(), "1.234") << "the locale has no effect";
+  }
+  void TearDown() override {
+    std::locale::global(std::locale::classic());
+    std::setlocale(LC_ALL, "C");  // NOLINT(concurrency-mt-unsafe)
+    unsetenv("LOCPATH");          // NOLINT(concurrency-mt-unsafe)
   }
 };
 

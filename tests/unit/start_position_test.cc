@@ -13,6 +13,12 @@ TEST(StartPositionTest, HoursMinutesSecondsAndMillisecondsArePadded) {
   EXPECT_EQ(StartPositionLine("TS", 3725.5F, 0), "PLAY TS StartPostion:01:02:05.500 Q:0.000000s");
 }
 
+TEST(StartPositionTest, PartOfAMillisecondIsCutOff) {
+  EXPECT_EQ(PositionMilliseconds(1.9996F), 1999);
+  EXPECT_EQ(PositionMilliseconds(-1.9996F), -1999);
+  EXPECT_EQ(StartPositionLine("M3U8", 59.9996F), "PLAY M3U8 StartPostion:00:00:59.999");
+}
+
 TEST(StartPositionTest, HoursWrapAtSixty) {
   EXPECT_EQ(StartPositionLine("FLV", 216'000.0F, 0),
             "PLAY FLV StartPostion:00:00:00.000 Q:0.000000s");

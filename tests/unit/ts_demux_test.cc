@@ -207,6 +207,30 @@ TEST_F(TsDemuxTest, BytesLeftBehindComeOutWithResetTimestampsInTheNextStream) {
   EXPECT_EQ(first->pts, 500'000U);
 }
 
+TEST_F(TsDemuxTest, FrameLeftBehindWithAGapComesOutIntactInTheNextStream) {
+  FeedTables();
+  std::vector<Packet> packets = Packetize(kVideoPid, MakePes(90'000, Bytes(700, 1)));
+  packets.erase(packets.begin() + 1);
+  Feed(packets);
+  ResetFrameQueues();
+  FeedVideo(93'600, Bytes(10, 2));
+  const FrameNodePtr left = PopVideoFrame();
+  ASSERT_NE(left, nullptr);
+  EXPECT_EQ(left->intact, 1U);
+}
+
+TEST_F(TsDemuxTest, CounterOfTheStreamBeforeMakesNoGapInTheNext) {
+  FeedTables();
+  FeedVideo(90'000, Bytes(10, 1), 3);
+  ResetFrameQueues();
+  Feed(MakePacket(kVideoPid, false, 9, Bytes(184, 2)));  // goes on where the stream was begun
+  FeedVideo(93'600, Bytes(10, 3));
+  const FrameNodePtr left = PopVideoFrame();
+  ASSERT_NE(left, nullptr);
+  EXPECT_EQ(left->size, 10 + 184);
+  EXPECT_EQ(left->intact, 1U);
+}
+
 TEST_F(TsDemuxTest, ProgramLearntFromOneStreamServesTheNext) {
   FeedStream(MakeStream(1));
   ResetFrameQueues();
@@ -239,6 +263,40 @@ TEST_F(TsDemuxTest, PesHeaderLengthThatLiesIsSaidAndPassedOver) {
   pes[8] = 200;
   const Packet packet = MakePacket(kVideoPid, true, 0, pes, true);
   EXPECT_EQ(Printed([&] { Feed(packet); }), "total_len:213, pes_header_data_len:0xc8\n");
+}
+
+// A packet of the video's PID whose payload of `size` bytes begins a PES packet with 0xFF in them.
+Packet PesStartOfSize(std::size_t size) {
+  return MakePacket(kVideoPid, true, 0, Bytes(size, 0xFF));
+}
+
+TEST_F(TsDemuxTest, PesHeaderThatEndsWithThePacketIsSaidAndPassedOver) {
+  FeedTables();
+  FeedVideo(90'000, Bytes(10, 1));
+  EXPECT_EQ(Printed([] { Feed(PesStartOfSize(9)); }), "total_len : 188 \n");
+  EXPECT_EQ(PopVideoFrame(), nullptr) << "the frame before is not complete yet";
+}
+
+TEST_F(TsDemuxTest, PesHeaderWithALastByteBehindItIsReadFurther) {
+  FeedTables();
+  EXPECT_EQ(Printed([] { Feed(PesStartOfSize(10)); }), "total_len:442, pes_header_data_len:0xff\n");
+}
+
+TEST_F(TsDemuxTest, PesHeaderDataThatEndsWithThePacketIsSaidAndPassedOver) {
+  FeedTables();
+  FeedVideo(90'000, Bytes(10, 1));
+  EXPECT_EQ(Printed([] { Feed(MakePacket(kVideoPid, true, 0, MakePes(93'600, {}))); }),
+            "total_len:188, pes_header_data_len:0x5\n");
+  EXPECT_EQ(PopVideoFrame(), nullptr) << "the frame before is not complete yet";
+}
+
+TEST_F(TsDemuxTest, PesHeaderDataWithOneByteBehindItBeginsAPesPacket) {
+  FeedTables();
+  FeedVideo(90'000, Bytes(10, 1));
+  EXPECT_EQ(Printed([] { Feed(MakePacket(kVideoPid, true, 0, MakePes(93'600, {7}))); }), "");
+  EXPECT_NE(PopVideoFrame(), nullptr);
+  FeedVideo(97'200, Bytes(10, 3));
+  EXPECT_EQ(PayloadOf(PopVideoFrame()), Bytes{7});
 }
 
 TEST_F(TsDemuxTest, AdaptationFieldLongerThanThePacketAddsNothing) {

@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <future>
 #include <mutex>
+#include <string>
 #include <vector>
 
+#include "tests/support/local_file.h"
 #include "tests/support/polling.h"
+#include "tests/support/recording_player.h"
 #include "tests/support/simulated_clock.h"
 #include "ts/ts_state.h"
 
@@ -62,6 +66,113 @@ TEST_F(TsStreamRoomTest, StopEndsTheWait) {
   g_tsRunning = false;
   clock_.Advance(kPace);
   waiting.wait();
+}
+
+// A transfer that is given its pieces by the test.
+class TsTransferTest : public testing::Test {
+ protected:
+  TsTransferTest() { g_tsRunning = true; }
+  ~TsTransferTest() override { g_tsRunning = false; }
+
+  void Take(std::uint32_t size) {
+    const std::vector<char> bytes(size, 'x');
+    EXPECT_EQ(transfer_.Take(bytes.data(), size), size);
+  }
+  std::size_t OkMessages() const { return player_.Snapshot().MessagesWith("PLAY TS OK:").size(); }
+
+  RecordingPlayer player_;
+  TsTransfer transfer_{PlayerPort(&player_), 0};
+};
+
+TEST_F(TsTransferTest, FirstBytesAreReportedAndThoseAfterThemAreNotHoweverFewTheyAre) {
+  for (int i = 0; i < 200; ++i) {
+    Take(1);
+    ASSERT_EQ(OkMessages(), 1U) << i;
+  }
+}
+
+TEST_F(TsTransferTest, EmptyPieceIsReportedAndSoAreTheFirstBytesAfterIt) {
+  Take(0);
+  EXPECT_EQ(OkMessages(), 1U);
+  Take(1);
+  EXPECT_EQ(OkMessages(), 2U);
+  Take(0);
+  EXPECT_EQ(OkMessages(), 2U);
+}
+
+// The download of a local file on a thread of its own, in simulated time.
+class TsLocalFileTest : public testing::Test {
+ protected:
+  TsLocalFileTest() { g_tsRunning = true; }
+  ~TsLocalFileTest() override {
+    g_tsRunning = false;
+    clock_.Release();
+    if (download_.valid()) download_.wait();
+  }
+
+  // Packets of which each byte is the number of its packet.
+  static std::vector<std::uint8_t> Packets(std::size_t count) {
+    std::vector<std::uint8_t> bytes;
+    for (std::size_t i = 0; i < count; ++i) {
+      bytes.insert(bytes.end(), kTsPacketSize, static_cast<std::uint8_t>(i));
+    }
+    return bytes;
+  }
+
+  void StartDownload(const std::vector<std::uint8_t>& file) {
+    const std::string url = "file://" + WriteLocalFile("local.ts", file);
+    download_ =
+        std::async(std::launch::async, [this, url] { DownloadTs(url, PlayerPort(&player_)); });
+  }
+
+  static std::vector<std::uint8_t> Staged() {
+    const std::lock_guard lock(g_tsStreamLock);
+    const std::uint8_t* const bytes = g_tsStreamBuffer->ContinuePtr();
+    return {bytes, bytes + g_tsStreamBuffer->Size()};
+  }
+
+  static constexpr std::uint64_t kPiece = 10'240;
+  static constexpr Clock::Duration kPause{10};
+
+  SimulatedClock clock_;
+  RecordingPlayer player_;
+  std::future<void> download_;
+};
+
+TEST_F(TsLocalFileTest, IsReadInPiecesOf10240BytesWithTenMillisecondsAfterEach) {
+  constexpr std::size_t kPackets = 150;
+  StartDownload(Packets(kPackets));
+  const std::uint64_t size = kPackets * kTsPacketSize;
+  for (std::uint64_t end : {kPiece, 2 * kPiece, size}) {
+    ASSERT_TRUE(clock_.AwaitWaiting(1));
+    EXPECT_EQ(g_tsDownloaded.load(), end);
+    clock_.Advance(kPause - Clock::Duration(1));
+    EXPECT_EQ(clock_.Waiting(), 1U);
+    clock_.Advance(Clock::Duration(1));
+  }
+  download_.get();
+  EXPECT_EQ(clock_.Elapsed(), kPause * 3);
+  EXPECT_EQ(Staged(), Packets(kPackets));
+}
+
+TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterWhatWasReceived) {
+  constexpr std::uint64_t kReceived = 3 * kTsPacketSize + 1;
+  const std::vector<std::uint8_t> file = Packets(10);
+  g_tsDownloaded = kReceived;
+  StartDownload(file);
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  EXPECT_EQ(g_tsDownloaded.load(), file.size());
+  EXPECT_EQ(Staged(), std::vector<std::uint8_t>(file.begin() + 4 * kTsPacketSize, file.end()));
+}
+
+TEST_F(TsLocalFileTest, StopEndsItAfterThePieceInHandAndIsReportedOnce) {
+  StartDownload(Packets(150));
+  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  g_tsRunning = false;
+  clock_.Advance(kPause);
+  download_.get();
+  EXPECT_EQ(g_tsDownloaded.load(), kPiece);
+  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS NO:").size(), 1U);
 }
 
 }  // namespace

@@ -123,6 +123,23 @@ TEST(ParsePatTest, AdaptationFieldThatFillsThePacketIsTooLong) {
             "total_len:261 is too long\n");
 }
 
+// A packet whose section begins at `start`, behind an adaptation field, and is all 0xFF.
+Packet SectionAt(std::uint8_t start, std::uint16_t pid) {
+  Packet packet = MakePacket(pid, true, 0, Bytes(184, 0xFF), true);
+  packet[3] = 0x30;
+  packet[4] = static_cast<std::uint8_t>(start - 6);
+  return packet;
+}
+
+TEST(ParsePatTest, HeaderThatEndsWithThePacketIsTooLong) {
+  ts_program_table programs{};
+  const auto parse = [&](std::uint8_t start) {
+    return Printed([&] { EXPECT_EQ(parse_pat(SectionAt(start, 0).data(), programs.data()), -1); });
+  };
+  EXPECT_EQ(parse(180), "total_len:180 is too long\n");
+  EXPECT_EQ(parse(179), "") << "read further, and no PAT";
+}
+
 TEST(ParsePatTest, PacketWithoutPayloadPrintsItsControlField) {
   ts_program_table programs{};
   Packet packet = MakePat();
@@ -255,6 +272,14 @@ TEST_F(ParsePmtTest, AdaptationFieldThatFillsThePacketIsTooLong) {
   packet[3] = 0x30;
   packet[4] = 183;
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(packet), -1); }), "total_len:189 is too long\n");
+}
+
+TEST_F(ParsePmtTest, SectionThatBeginsBehindThePacketIsTooLong) {
+  const auto parse = [this](std::uint8_t start) {
+    return Printed([&] { EXPECT_EQ(Parse(SectionAt(start, kPmtPid)), -1); });
+  };
+  EXPECT_EQ(parse(188), "total_len:188 is too long\n");
+  EXPECT_EQ(parse(187), "It isn't available PMT:256!\n");
 }
 
 TEST_F(ParsePmtTest, PmtOfAnotherProgramIsRefusedInSilence) {

@@ -9,6 +9,7 @@
 #include "flv/flv_stream.h"
 #include "tests/support/blocked_audio.h"
 #include "tests/support/flv_play.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
 namespace {
@@ -68,13 +69,20 @@ TEST_F(FlvPipelineTest, RequestAsksForEverythingFromZero) {
 }
 
 TEST_F(FlvPipelineTest, DownloadOfTenKibibytesStartsThePlayTaskOnlyAtItsEnd) {
+  constexpr std::size_t kTasks = 3;  // the delivery of video and audio, and the play task
   const Bytes stream = flv_test::MakeStreamOfSize(std::size_t{2} * 10240);
   server_.Serve(stream);
   const std::string url = server_.Url("/gated/a.flv");
+  SimulatedClock clock;
   downloader_.BeginDownload(url);
-  ASSERT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 10240; }));
-  const auto is_ok = [&url](const Record& record) { return record.HasMessage(OkLine(url)); };
-  EXPECT_FALSE(player_.WaitFor(is_ok, std::chrono::milliseconds(300)));
+  EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 10240; }));
+  EXPECT_TRUE(clock.AwaitWaiting(kTasks));
+  const std::size_t checks = clock.VainChecks();
+  g_flvStream->Stop();  // wakes the play task, and no more while the pipeline runs
+  EXPECT_TRUE(WaitUntil([&] { return clock.VainChecks() > checks; }));
+  EXPECT_TRUE(clock.AwaitWaiting(kTasks));
+  EXPECT_FALSE(player_.Snapshot().HasMessage(OkLine(url)));
+  clock.Release();
   server_.Release();
   EXPECT_TRUE(WaitForMessage(OkLine(url)));
   Stop();

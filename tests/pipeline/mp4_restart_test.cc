@@ -12,12 +12,12 @@
 #include <mutex>
 #include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "mp4/mp4_downloader.h"
 #include "tests/support/blocked_temp_folder.h"
 #include "tests/support/mp4_play.h"
+#include "tests/support/simulated_clock.h"
 
 namespace {
 
@@ -102,7 +102,7 @@ TEST_F(Mp4RestartTest, StopAtAnyTimeLosesNothingButWhatWasQueued) {
     StartAgain();
     const std::string url = server_.Url("/" + std::to_string(i) + ".mp4");
     downloader_.BeginDownload(url);
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 60'000));
+    EXPECT_TRUE(WaitForBytes(random() % file_.bytes.size()));
     Stop();
     From from;
     {
@@ -126,12 +126,12 @@ TEST_F(Mp4RestartTest, StopAtAnyTimeLosesNothingButWhatWasQueued) {
 TEST_F(Mp4RestartTest, ManyStopsOnTheWayGiveTheWholeFile) {
   server_.Answer({{.piece = 700, .pause = std::chrono::microseconds(300)}});
   std::vector<std::uint64_t> times;
-  for (int i = 0; i < 8; ++i) {
+  constexpr std::size_t kStops = 8;
+  for (std::size_t i = 1; i <= kStops; ++i) {
     StartAgain();
     downloader_.BeginDownload(server_.Address());
-    server_.WaitForRequests(static_cast<std::size_t>(i) + 1);
-    player_.WaitFor([](const Record& record) { return record.video.size() > 5; },
-                    std::chrono::milliseconds(300));
+    EXPECT_TRUE(server_.WaitForRequests(i));
+    EXPECT_TRUE(WaitForBytes(file_.bytes.size() * i / (kStops + 1)));
     Stop();
     for (const auto& frame : player_.Snapshot().video) times.push_back(frame.pts);
   }
@@ -257,6 +257,24 @@ TEST_F(Mp4RestartTest, SeekInMidRunPlaysWhatIsThereAgain) {
   Stop();
 }
 
+// The transfer that runs goes on where it is, and does not get as far as the seek.
+TEST_F(Mp4RestartTest, SeekWhileATransferRunsIsWhereTheNextStartAsksFrom) {
+  const std::size_t end = Begin(50);
+  server_.Serve({file_.bytes.begin(), file_.bytes.begin() + static_cast<std::ptrdiff_t>(end)});
+  server_.Answer({{.until = PartEnd(), .end = Mp4Reply::End::kGate}, {.status = 503}});
+  downloader_.BeginDownload(server_.Address());
+  ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
+  downloader_.SetStartPostion(2.4F);
+  server_.Release();
+  EXPECT_TRUE(WaitForBytes(end));
+  Stop();
+  StartAgain();
+  downloader_.BeginDownload(server_.Address());
+  EXPECT_TRUE(server_.WaitForRequests(2));
+  Stop();
+  EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(Begin(60))));
+}
+
 TEST_F(Mp4RestartTest, SeekForwardAsksFromThereAndLeavesAGapInWhichNothingPlays) {
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
@@ -295,10 +313,12 @@ TEST_F(Mp4RestartTest, PositionDropsSamplesThatArePresentedBeforeItAfterASeek) {
 TEST_F(Mp4RestartTest, SeekWhileTheDownloadRunsWritesNoByteAtAWrongPlace) {
   server_.Answer({{.piece = 997, .pause = std::chrono::microseconds(300)}});
   downloader_.BeginDownload(server_.Address());
-  const auto is_over = [](const Record& record) { return !record.results.empty(); };
-  for (int i = 0; !player_.WaitFor(is_over, std::chrono::milliseconds(3)); ++i) {
+  constexpr std::size_t kSeeks = 20;
+  for (std::size_t i = 0; i < kSeeks; ++i) {
+    EXPECT_TRUE(WaitForBytes(file_.bytes.size() * i / kSeeks));
     downloader_.SetStartPostion(static_cast<float>(i % 5));
   }
+  EXPECT_TRUE(WaitForVerdict());
   Stop();
   ExpectWholeFile();
 }
@@ -427,11 +447,24 @@ TEST_F(Mp4BlockedFileTest, BytesWaitUntilItCanBeWritten) {
   ExpectWholeFile();
 }
 
+// In simulated time all four tasks look again and again, each every millisecond: the download task
+// as well, for every piece and once its transfer has ended. There are far fewer pieces than looks.
 TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferIsOver) {
+  constexpr std::size_t kTasks = 4;
+  constexpr int kLooks = 1'000;
+  SimulatedClock clock;
+  testing::internal::CaptureStdout();
   downloader_.BeginDownload(server_.Address());
-  const auto has_verdict = [](const Record& record) { return !record.results.empty(); };
-  EXPECT_FALSE(player_.WaitFor(has_verdict, std::chrono::milliseconds(500)))
-      << "the download is not over while bytes wait";
+  bool all_wait = true;
+  for (int i = 0; all_wait && i < kLooks; ++i) {
+    all_wait = clock.AwaitWaiting(kTasks);
+    clock.Advance(Clock::Duration(1));
+  }
+  EXPECT_THAT(testing::internal::GetCapturedStdout(),
+              testing::HasSubstr("mp4 Download thread stop.\n"));
+  EXPECT_TRUE(all_wait) << "the download task has ended";
+  EXPECT_THAT(player_.Snapshot().results, IsEmpty());
+  clock.Release();
   std::filesystem::remove(RestartFile());
   std::ofstream(RestartFile()).close();
   EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());

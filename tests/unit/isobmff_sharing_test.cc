@@ -118,6 +118,36 @@ TEST(IsobmffSharingTest, FileThatIsWrittenAnewHasAnIndexOfItsOwn) {
   EXPECT_EQ(IndexOf(Open("movie.mp4")), IndexOf(changed));
 }
 
+// The head that is compared is all of a small index, and not of this one.
+TEST(IsobmffSharingTest, FileWhoseIndexIsOtherOnlyAtItsEndHasAnIndexOfItsOwn) {
+  constexpr std::size_t kHead = 4096;
+  Movie movie = mp4_boxes::SmallMovie();
+  movie.tracks[0].samples = mp4_boxes::NumberedSamples(1500, 512, 5);
+  const mp4_boxes::File built = BuildMp4(movie);
+  for (auto& sample : movie.tracks[1].samples) ++sample.duration;
+  const mp4_boxes::File other = BuildMp4(movie);
+  const auto [differs, in_other] =
+      std::mismatch(built.bytes.begin(), built.bytes.end(), other.bytes.begin());
+  ASSERT_GT(static_cast<std::size_t>(differs - built.bytes.begin()), built.index_begin + kHead);
+  ASSERT_EQ(built.bytes.size(), other.bytes.size());
+
+  const Mp4FileHandle old = OpenMp4Bytes(built.bytes);
+  const Mp4FileHandle changed = OpenMp4Bytes(other.bytes);
+  EXPECT_NE(IndexOf(old), IndexOf(changed));
+  EXPECT_EQ(ReadMp4Track(changed, 2), ExpectedSamples(movie.tracks[1]));
+}
+
+TEST(IsobmffSharingTest, SampleThatIsWrittenAfterTheOpenIsRead) {
+  const Movie movie = mp4_boxes::SmallMovie();
+  const mp4_boxes::File built = BuildMp4(movie);
+  const auto end_of_index = built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_end);
+  const Mp4FileHandle file = OpenMp4Bytes({built.bytes.begin(), end_of_index});
+  ASSERT_TRUE(file);
+  EXPECT_FALSE(ReadMp4(file, 1, 1));
+  mp4_boxes::WriteFile("movie.mp4", built.bytes);
+  EXPECT_EQ(ReadMp4Track(file, 1), ExpectedSamples(movie.tracks[0]));
+}
+
 TEST(IsobmffSharingTest, FileThatIsEmptiedDoesNotOpenAgain) {
   const mp4_boxes::File built = BuildMp4(mp4_boxes::SmallMovie());
   const Mp4FileHandle file = OpenMp4Bytes(built.bytes);

@@ -9,7 +9,10 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/busy_player.h"
 #include "tests/support/mp4_tasks.h"
+#include "tests/support/polling.h"
+#include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
 namespace {
@@ -82,6 +85,39 @@ TEST_F(Mp4PlayTest, NothingDownloadedIsNoVideo) {
   Play();
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 NO:http://host/a.mp4"));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:http://host/a.mp4"));
+}
+
+TEST_F(Mp4PlayTest, BytesThatArriveInTheMiddleOfAPassArePlayedBeforeTheVerdict) {
+  const auto movie = MakeMovie();
+  const auto file = BuildMp4(movie);
+  Write(file.bytes, file.offsets[0][5]);
+  BusyPlayer player;
+  player.once = [&] {
+    Write(file.bytes, file.bytes.size());
+    *downloading_ = false;
+  };
+  Mp4TrackReader reader{PlayerPort(&player)};
+  reader.Reset(Address());
+  PlayMp4({kUrl, Address(), PlayerPort(&player), reader, downloading_, start_position_});
+  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4PlayTest, LooksForMoreEveryMillisecond) {
+  constexpr Clock::Duration kPace{1};
+  const auto movie = MakeMovie();
+  const Bytes stream = BuildMp4(movie).bytes;
+  SimulatedClock clock;
+  std::thread play([this] { Play(); });
+  EXPECT_TRUE(StillPolls(clock, kPace));
+  Write(stream, stream.size());
+  clock.Advance(kPace);
+  EXPECT_TRUE(clock.AwaitWaiting(1));
+  EXPECT_EQ(Pushed(), movie.tracks[0].samples.size());
+  EXPECT_THAT(player_.Snapshot().results, IsEmpty()) << "the download goes on";
+  *downloading_ = false;
+  clock.Advance(kPace);
+  play.join();
+  EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
 }
 
 TEST_F(Mp4PlayTest, VerdictIsGivenAtAStopToo) {

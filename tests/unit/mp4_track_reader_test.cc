@@ -4,12 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <functional>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tests/support/busy_player.h"
 #include "tests/support/mp4_tasks.h"
 
 namespace {
@@ -522,21 +523,6 @@ TEST_F(Mp4TrackReaderTest, PassForAnotherAddressReadsNothing) {
   EXPECT_EQ(DumpText(Pass(stale)), DumpText(ExpectedFrames(movie)));
 }
 
-// A player that does something in the middle of a pass.
-struct BusyPlayer final : CStreamPlayerImp {
-  void OnDuration(float /*seconds*/) override {}
-  void OnBufferedTime(float /*seconds*/) override {
-    if (const auto action = std::exchange(once, nullptr)) action();
-  }
-  void OnAudioClock(float /*seconds*/) override {}
-  void OnAudioFrame(MediaFrame /*frame*/) override {}
-  void OnVideoFrame(MediaFrame /*frame*/) override {}
-  void OnMessage(std::string /*line*/) override {}
-  void OnPlayResult(std::string /*line*/) override {}
-
-  std::function<void()> once;
-};
-
 class Mp4PassUnderWayTest : public Mp4TrackReaderTest {
  protected:
   BusyPlayer busy_;
@@ -668,6 +654,26 @@ TEST_F(Mp4MayFindMoreTest, PassAfterASeekMay) {
   Pass(source);
   reader_.Seek(0.4F, laid.path);
   EXPECT_TRUE(MayFindMore(source));
+}
+
+// It could be read before, so it can be again, though nothing is added to it.
+TEST_F(Mp4MayFindMoreTest, PassAfterOneThatCouldNotOpenAKnownFileMay) {
+  const Movie movie = MakeMovie({.samples = 5});
+  const Laid laid = Lay(movie);
+  Pass(Part(laid.path, laid.Video(0)));
+  const auto source = Whole(laid.path);
+  std::filesystem::rename(laid.path, laid.path + ".away");
+  EXPECT_EQ(DumpText(Pass(source)), "");
+  std::filesystem::rename(laid.path + ".away", laid.path);
+  ASSERT_TRUE(MayFindMore(source));
+  EXPECT_EQ(DumpText(Pass(source)), DumpText(ExpectedFrames(movie)));
+}
+
+TEST_F(Mp4MayFindMoreTest, PassOverAFileThatNeverOpenedMayNotUntilItGrows) {
+  const auto source = Whole("no/such/file.mp4");
+  Pass(source);
+  EXPECT_FALSE(MayFindMore(source));
+  EXPECT_TRUE(MayFindMore(Whole("no/such/file.mp4")));
 }
 
 TEST_F(Mp4MayFindMoreTest, PassAfterTheFileWasLetGoOfMay) {

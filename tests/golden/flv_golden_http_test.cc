@@ -13,10 +13,7 @@ namespace {
 class FlvGoldenHttpTest : public FlvPlayFixture, public testing::WithParamInterface<std::string> {};
 
 TEST_P(FlvGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
-  const ScratchDirectory scratch;
-  const std::filesystem::path file = scratch.File("sample.flv");
-  MakeSample(FlvSamples().back(), file);
-  const flv_test::Bytes stream = ReadWholeFile(file);
+  const flv_test::Bytes stream = ReadWholeFile(FileOf(FlvSamples().back()));
   server_.Serve(stream);
   ExpectAllFrames(server_.Url("/paced/" + GetParam() + "/sample.flv"), stream);
   EXPECT_GT(player_.Snapshot().video.size(), 100U);

@@ -57,8 +57,7 @@ Bytes FirstOfType(const std::vector<Bytes>& nals, int type) {
 
 class FlvGoldenTest : public testing::TestWithParam<FlvSample> {
  protected:
-  FlvGoldenTest() : file_(scratch_.File("sample.flv")) {
-    MakeSample(GetParam(), file_);
+  FlvGoldenTest() : file_(FileOf(GetParam())) {
     const ParsedFlv parsed = ParseFlv(ReadWholeFile(file_));
     dump_ = parsed.frames;
     console_ = parsed.console;
@@ -189,11 +188,9 @@ INSTANTIATE_TEST_SUITE_P(Samples, FlvGoldenTest, testing::ValuesIn(FlvSamples())
                          [](const auto& suite) { return suite.param.name; });
 
 TEST(FlvSamplesTest, CopyOfATransportStreamBeginsWithAnAacHeaderWithoutAConfiguration) {
-  const ScratchDirectory scratch;
   for (const FlvSample& sample : FlvSamples()) {
     if (!sample.is_copy) continue;
-    const std::filesystem::path file = scratch.File("sample.flv");
-    MakeSample(sample, file);
+    const std::filesystem::path file = FileOf(sample);
     const Bytes stream = ReadWholeFile(file);
     static constexpr std::uint8_t kShortHeader[] = {8, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0xAF, 0};
     EXPECT_NE(
@@ -205,11 +202,9 @@ TEST(FlvSamplesTest, CopyOfATransportStreamBeginsWithAnAacHeaderWithoutAConfigur
 }
 
 TEST(FlvSamplesTest, LongTimestampsLieOnBothSidesOfTwentyFourBits) {
-  const ScratchDirectory scratch;
   for (const FlvSample& sample : FlvSamples()) {
     if (sample.name != "TimestampsPastTwentyFourBits") continue;
-    const std::filesystem::path file = scratch.File("sample.flv");
-    MakeSample(sample, file);
+    const std::filesystem::path file = FileOf(sample);
     const auto video = ParseFlv(ReadWholeFile(file)).frames.video;
     ASSERT_GT(video.size(), 2U);
     EXPECT_LT(video[2].dts, 0x1000000 * kTicksPerMillisecond);

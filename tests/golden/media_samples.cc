@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "tests/golden/made_once.h"
 #include "tests/golden/media_tools.h"
 
 namespace {
@@ -42,10 +43,11 @@ MediaSample TwoAudioTracks() {
       Pid(0), Pid(1)};
 }
 
-void Make(const std::string& arguments, const char* format, const std::filesystem::path& file) {
-  RunTool("ffmpeg -v error -y" + arguments + " -threads 1 -flags +bitexact -fflags +bitexact -f " +
-              format + " -",
-          file);
+std::filesystem::path Make(const std::string& arguments, const std::string& format,
+                           const std::string& name) {
+  const std::string command = "ffmpeg -v error -y" + arguments +
+                              " -threads 1 -flags +bitexact -fflags +bitexact -f " + format + " -";
+  return MadeOnce(name, command, [&](const auto& file) { RunTool(command, file); });
 }
 
 FlvSample WithAac(int rate, int channels) {
@@ -72,8 +74,8 @@ std::vector<MediaSample> MediaSamples() {
 
 MediaSample TwoProgramsSample() { return TwoPrograms(); }
 
-void MakeSample(const MediaSample& sample, const std::filesystem::path& file) {
-  Make(sample.arguments, "mpegts", file);
+std::filesystem::path FileOf(const MediaSample& sample) {
+  return Make(sample.arguments, "mpegts", sample.name + ".ts");
 }
 
 void PrintTo(const FlvSample& sample, std::ostream* out) { *out << sample.name; }
@@ -97,12 +99,9 @@ std::vector<FlvSample> FlvSamples() {
   return samples;
 }
 
-void MakeSample(const FlvSample& sample, const std::filesystem::path& file) {
-  if (!sample.is_copy) {
-    Make(sample.arguments, "flv", file);
-    return;
-  }
-  const std::filesystem::path source = file.string() + ".ts";
-  Make(sample.arguments, "mpegts", source);
-  Make(" -i " + Quoted(source) + " -c copy", "flv", file);
+std::filesystem::path FileOf(const FlvSample& sample) {
+  const std::string name = sample.name + ".flv";
+  if (!sample.is_copy) return Make(sample.arguments, "flv", name);
+  const auto source = Make(sample.arguments, "mpegts", sample.name + ".ts");
+  return Make(" -i " + Quoted(source) + " -c copy", "flv", name);
 }

@@ -1,4 +1,5 @@
-// The streams of the golden tests: made by ffmpeg at test time from fixed parameters.
+// The streams of the golden tests: made by ffmpeg at test time from fixed parameters, each once
+// (made_once.h).
 #ifndef TESTS_GOLDEN_MEDIA_SAMPLES_H_
 #define TESTS_GOLDEN_MEDIA_SAMPLES_H_
 
@@ -24,8 +25,8 @@ std::vector<MediaSample> MediaSamples();
 // those of the second 0x102 and 0x103.
 MediaSample TwoProgramsSample();
 
-// Makes the sample's file. Throws std::runtime_error if ffmpeg fails.
-void MakeSample(const MediaSample& sample, const std::filesystem::path& file);
+// The sample's file, which is shared. Throws std::runtime_error if ffmpeg fails.
+std::filesystem::path FileOf(const MediaSample& sample);
 
 // An FLV file: H.264, AAC at some rate, or MP3.
 struct FlvSample {
@@ -40,6 +41,6 @@ void PrintTo(const FlvSample& sample, std::ostream* out);
 
 std::vector<FlvSample> FlvSamples();
 
-void MakeSample(const FlvSample& sample, const std::filesystem::path& file);
+std::filesystem::path FileOf(const FlvSample& sample);
 
 #endif  // TESTS_GOLDEN_MEDIA_SAMPLES_H_

@@ -9,10 +9,10 @@
 
 namespace fs = std::filesystem;
 
-ScratchDirectory::ScratchDirectory() {
+ScratchDirectory::ScratchDirectory(const fs::path& parent) {
   std::random_device random;
   do {
-    path_ = fs::temp_directory_path() / ("stream_golden_" + std::to_string(random()));
+    path_ = parent / ("stream_golden_" + std::to_string(random()));
   } while (!fs::create_directory(path_));  // false where another test has that one
 }
 

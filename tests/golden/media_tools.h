@@ -7,10 +7,11 @@
 #include <string>
 #include <vector>
 
-// A fresh directory below the system's temporary one; removed with what is in it.
+// A fresh directory below the system's temporary one, or another; removed with what is in it.
 class ScratchDirectory {
  public:
-  ScratchDirectory();
+  explicit ScratchDirectory(
+      const std::filesystem::path& parent = std::filesystem::temp_directory_path());
   ~ScratchDirectory();
   ScratchDirectory(const ScratchDirectory&) = delete;
   ScratchDirectory& operator=(const ScratchDirectory&) = delete;

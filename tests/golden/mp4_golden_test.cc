@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/golden/made_once.h"
 #include "tests/golden/media_tools.h"
 #include "tests/golden/mp4_reference.h"
 #include "tests/support/mp4_play.h"
@@ -132,14 +133,16 @@ std::vector<Mp4GoldenSample> Samples() {
                              " -map 0:v -map 1:v -map 2:a" + kH264 + kAac}};
 }
 
+// The sample's file: shared, but for one with a change of the test's own, which is in `scratch`.
 std::filesystem::path MakeMp4(const Mp4GoldenSample& sample, const ScratchDirectory& scratch) {
+  const std::string command = "ffmpeg -nostdin -v error -y" + sample.arguments +
+                              " -threads 1 -flags +bitexact -fflags +bitexact -f mp4 ";
+  const auto made = MadeOnce("sample.mp4", command, [&](const auto& file) {
+    RunTool(command + Quoted(file), scratch.File("nothing"));
+  });
+  if (!sample.change) return made;
   auto file = scratch.File("sample.mp4");
-  RunTool("ffmpeg -nostdin -v error -y" + sample.arguments + " -threads 1 -flags +bitexact" +
-              " -fflags +bitexact -f mp4 " + Quoted(file),
-          scratch.File("nothing"));
-  if (sample.change) {
-    mp4_boxes::WriteFile(file.string(), sample.change(ReadWholeFile(file)));
-  }
+  mp4_boxes::WriteFile(file.string(), sample.change(ReadWholeFile(made)));
   return file;
 }
 

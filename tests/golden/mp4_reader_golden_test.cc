@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/golden/made_once.h"
 #include "tests/golden/media_tools.h"
 #include "tests/support/mp4_reading.h"
 
@@ -50,6 +51,14 @@ std::vector<Mp4Sample> Samples() {
           {"AudioAlone96000", AacAt("96000")}};
 }
 
+// A shared file; its format is that of the name's end.
+fs::path MakeMp4(const std::string& name, const std::string& arguments) {
+  const std::string command = "ffmpeg -v error -y " + arguments + ' ';
+  return MadeOnce(name, command, [&](const fs::path& file) {
+    RunTool(command + Quoted(file), file.string() + ".log");
+  });
+}
+
 struct Packet {
   MP4Timestamp pts = 0;
   std::uint64_t size = 0;
@@ -67,9 +76,7 @@ void PrintTo(const Packet& packet, std::ostream* out) {
 class Mp4ReaderGoldenTest : public testing::TestWithParam<Mp4Sample> {
  protected:
   void SetUp() override {
-    path_ = scratch_.File("sample" + GetParam().suffix);
-    RunTool("ffmpeg -v error -y " + GetParam().arguments + ' ' + Quoted(path_),
-            scratch_.File("log"));
+    path_ = MakeMp4("sample" + GetParam().suffix, GetParam().arguments);
     bytes_ = ReadWholeFile(path_);
     file_.reset(MP4Read(path_.c_str()));
     ASSERT_TRUE(file_);
@@ -154,11 +161,8 @@ INSTANTIATE_TEST_SUITE_P(Files, Mp4ReaderGoldenTest, testing::ValuesIn(Samples()
 
 // What lies outside the index is not looked at.
 TEST(Mp4ReaderFragmentsTest, FragmentedFileHasTracksAndNoSamples) {
-  const ScratchDirectory scratch;
-  const fs::path path = scratch.File("fragments.mp4");
-  RunTool("ffmpeg -v error -y " + kVideo + kAudio + kH264 + kAac +
-              "-movflags +frag_keyframe+empty_moov " + Quoted(path),
-          scratch.File("log"));
+  const fs::path path = MakeMp4(
+      "fragments.mp4", kVideo + kAudio + kH264 + kAac + "-movflags +frag_keyframe+empty_moov");
   const Mp4FileHandle file(MP4Read(path.c_str()));
   ASSERT_TRUE(file);
   EXPECT_EQ(MP4GetNumberOfTracks(file.get()), 2U);

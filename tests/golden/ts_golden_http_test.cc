@@ -47,10 +47,7 @@ FrameDump DemultiplexFromMemory(const std::vector<std::uint8_t>& stream) {
 class TsGoldenHttpTest : public TsPlay, public testing::WithParamInterface<std::string> {};
 
 TEST_P(TsGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
-  const ScratchDirectory scratch;
-  const std::filesystem::path file = scratch.File("sample.ts");
-  MakeSample(MediaSamples().front(), file);
-  const std::vector<std::uint8_t> stream = ReadWholeFile(file);
+  const std::vector<std::uint8_t> stream = ReadWholeFile(FileOf(MediaSamples().front()));
   const FrameDump expected = DemultiplexFromMemory(stream);
   ASSERT_FALSE(expected.video.empty());
 

@@ -81,14 +81,9 @@ bool SomeCarryDecodeTimes(const ReferenceStream& reference) {
 
 class TsGoldenTest : public testing::TestWithParam<MediaSample> {
  protected:
-  TsGoldenTest() : file_(scratch_.File("sample.ts")) {
-    MakeSample(GetParam(), file_);
-    stream_ = ReadWholeFile(file_);
-  }
-
   ScratchDirectory scratch_;
-  std::filesystem::path file_;
-  std::vector<std::uint8_t> stream_;
+  const std::filesystem::path file_ = FileOf(GetParam());
+  const std::vector<std::uint8_t> stream_ = ReadWholeFile(file_);
 };
 
 TEST_P(TsGoldenTest, VideoIsThatOfTheReferenceReader) {
@@ -179,10 +174,7 @@ std::vector<std::uint16_t> VideoPidsOverTime(Bytes stream) {
 }
 
 TEST(TsTwoProgramsTest, VideoFlipsAtEveryPmtAndAudioStaysWithTheFirstProgram) {
-  const ScratchDirectory scratch;
-  const std::filesystem::path file = scratch.File("sample.ts");
-  MakeSample(TwoProgramsSample(), file);
-  const std::vector<std::uint8_t> stream = ReadWholeFile(file);
+  const std::vector<std::uint8_t> stream = ReadWholeFile(FileOf(TwoProgramsSample()));
   const TsDemuxLock lock;
   ts_demux_forget();
   ResetFrameQueues();

@@ -2,6 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <ctime>
+#include <functional>
+#include <mutex>
+#include <string>
+
+#include "common/clock.h"
+#include "tests/support/test_server.h"
+
 namespace {
 
 TEST(RangeTest, OffsetsGiveOpenEndedRanges) {
@@ -22,6 +34,114 @@ TEST(HtmlPageTest, OnlyTheLowerCaseTagAtTheStartCounts) {
   EXPECT_FALSE(IsHtmlPage("<html lang=en>", 14));
   EXPECT_FALSE(IsHtmlPage("<html>", 5));  // only five bytes have come
   EXPECT_FALSE(IsHtmlPage(nullptr, 0));
+}
+
+// --- How a transfer ends once its run flag is clear ---
+
+// The system's clock, at which a watched transfer looks in each progress callback that goes on. The
+// first of them clears the run flag. What looks at it much later finds that a day has passed, so
+// that a transfer that does not end by its flag ends by its silence limit.
+class ClearingClock final : public Clock {
+ public:
+  explicit ClearingClock(std::atomic<bool>& running) : running_(running) { UseClock(this); }
+  ~ClearingClock() { UseClock(nullptr); }
+  ClearingClock(const ClearingClock&) = delete;
+  ClearingClock& operator=(const ClearingClock&) = delete;
+
+  TimePoint Now() override {
+    constexpr int kBeforeTheTransfer = 1;
+    if (looks_ == kBeforeTheTransfer) {
+      running_ = false;
+    } else if (looks_ > kBeforeTheTransfer) {
+      ++looks_after_the_stop_;
+    }
+    ++looks_;
+    const auto passed = std::chrono::hours(looks_after_the_stop_ > 2 ? 24 : 0);
+    return std::chrono::steady_clock::now() + passed;
+  }
+  std::time_t WallTime() override { return 0; }
+  void Sleep(Duration /*duration*/) override {}
+  bool WaitFor(std::condition_variable& /*condition*/, std::unique_lock<std::mutex>& /*lock*/,
+               Duration /*limit*/, const std::function<bool()>& met) override {
+    return met();
+  }
+
+  int Looks() const { return looks_; }
+  int LooksAfterTheStop() const { return looks_after_the_stop_; }
+
+ private:
+  std::atomic<bool>& running_;
+  int looks_ = 0;
+  int looks_after_the_stop_ = 0;
+};
+
+// A write callback that looks at no flag. With the fourth piece it clears the transfer's.
+struct HeedlessReceiver {
+  static constexpr std::size_t kLargestPiece = CURL_MAX_WRITE_SIZE;
+  // Far more than libcurl receives between two progress callbacks. Here a transfer ends that does
+  // not end by its flag.
+  static constexpr std::size_t kMuch = 64 << 20;
+
+  std::atomic<bool> running{true};
+  int pieces = 0;
+  std::size_t bytes_after_the_stop = 0;
+
+  static HeedlessReceiver* current;
+
+  static std::size_t Take(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
+    HeedlessReceiver& self = *current;
+    if (!self.running.load()) self.bytes_after_the_stop += size * count;
+    if (++self.pieces == 4) self.running = false;
+    return self.bytes_after_the_stop > kMuch ? 0 : size * count;
+  }
+};
+HeedlessReceiver* HeedlessReceiver::current = nullptr;
+
+class TransferStopTest : public testing::Test {
+ protected:
+  static std::size_t TakeAll(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
+    return size * count;
+  }
+
+  static CURLcode Perform(const Transfer& transfer) {
+    const CurlHandle handle = MakeCurlHandle();
+    SetUpTransfer(handle.get(), transfer);
+    return PerformTransfer(handle.get(), transfer);
+  }
+
+  TestServer server_;
+};
+
+TEST_F(TransferStopTest, WatchedTransferEndsAtTheNextProgressCallbackThoughTheServerIsSilent) {
+  std::atomic<bool> running{true};
+  ClearingClock clock(running);
+  const Transfer transfer{server_.Url("/silent/a"), TakeAll, running, std::chrono::hours(1)};
+  EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
+  EXPECT_EQ(clock.Looks(), 2) << "one before the transfer, one in a progress callback";
+  EXPECT_EQ(clock.LooksAfterTheStop(), 0);
+}
+
+TEST_F(TransferStopTest, EndlessTransferEndsThoughItsCallbackTakesEverything) {
+  server_.Serve(std::string(1 << 20, 'x'));
+  HeedlessReceiver receiver;
+  HeedlessReceiver::current = &receiver;
+  const Transfer transfer{server_.Url("/endless/a"), HeedlessReceiver::Take, receiver.running};
+  EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
+  EXPECT_LT(receiver.bytes_after_the_stop, HeedlessReceiver::kMuch);
+}
+
+TEST_F(TransferStopTest, TransferThatIsStoppedInMidBodyEndsThoughTheServerStalls) {
+  server_.Serve(std::string(8 * HeedlessReceiver::kLargestPiece, 'x'));
+  HeedlessReceiver receiver;
+  HeedlessReceiver::current = &receiver;
+  const Transfer transfer{server_.Url("/stall/a"), HeedlessReceiver::Take, receiver.running};
+  EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
+  EXPECT_GE(receiver.pieces, 4);
+}
+
+TEST_F(TransferStopTest, TransferThatIsStoppedBeforeItBeginsEndsThoughTheServerIsSilent) {
+  const std::atomic<bool> stopped{false};
+  EXPECT_EQ(Perform({server_.Url("/silent/a"), TakeAll, stopped}), CURLE_ABORTED_BY_CALLBACK);
 }
 
 }  // namespace

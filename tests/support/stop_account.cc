@@ -1,0 +1,71 @@
+#include "tests/support/stop_account.h"
+
+#include <utility>
+
+namespace {
+
+// Turns a hang into a failure; nothing that is asserted depends on it.
+constexpr std::chrono::seconds kLimit{20};
+
+}  // namespace
+
+StopAccount::StopAccount(std::function<bool()> runs)
+    : system_(CurrentClock()), runs_(std::move(runs)) {
+  UseClock(this);
+}
+
+StopAccount::~StopAccount() { UseClock(nullptr); }
+
+void StopAccount::Sleep(Duration duration) {
+  const bool is_after_the_stop = !runs_();
+  {
+    const std::lock_guard lock(mutex_);
+    ++sleeps_;
+    if (is_after_the_stop) ++after_the_stop_[{std::this_thread::get_id(), duration}];
+  }
+  slept_.notify_all();
+  system_.Sleep(duration);
+}
+
+bool StopAccount::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                          Duration /*limit*/, const std::function<bool()>& met) {
+  if (waits_pass_.load()) return met();
+  const auto deadline = std::chrono::steady_clock::now() + kLimit;
+  while (!met()) {
+    if (condition.wait_until(lock, deadline) == std::cv_status::timeout) {
+      const std::lock_guard own(mutex_);
+      wait_hung_ = true;
+      break;
+    }
+  }
+  return met();
+}
+
+testing::AssertionResult StopAccount::WasPrompt(Duration pace) const {
+  const std::lock_guard lock(mutex_);
+  if (wait_hung_) return testing::AssertionFailure() << "nobody notified a thread that waited";
+  for (const auto& [thread_and_length, count] : after_the_stop_) {
+    const auto length = thread_and_length.second;
+    if (count > 1 || length > pace) {
+      return testing::AssertionFailure() << "after the stop a thread slept " << count
+                                         << " times for " << length.count() << " ms";
+    }
+  }
+  return testing::AssertionSuccess();
+}
+
+void StopAccount::Forget() {
+  const std::lock_guard lock(mutex_);
+  after_the_stop_.clear();
+  wait_hung_ = false;
+}
+
+std::size_t StopAccount::Sleeps() const {
+  const std::lock_guard lock(mutex_);
+  return sleeps_;
+}
+
+bool StopAccount::AwaitSleeps(std::size_t count) {
+  std::unique_lock lock(mutex_);
+  return slept_.wait_for(lock, kLimit, [&] { return sleeps_ >= count; });
+}

@@ -1,0 +1,67 @@
+// What an MP4 task of an older start must not put into the queues of a newer one.
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <future>
+#include <mutex>
+#include <thread>
+
+#include "common/frame_memory.h"
+#include "common/frame_queue.h"
+#include "mp4/mp4_sample.h"
+#include "mp4/mp4_state.h"
+#include "tests/support/mp4_movies.h"
+
+namespace {
+
+using mp4_test::Bytes;
+using mp4_test::Lengthened;
+using mp4_test::Nal;
+
+class Mp4OlderStartTest : public testing::Test {
+ protected:
+  Mp4OlderStartTest() { g_mp4Running = true; }
+  ~Mp4OlderStartTest() override { g_mp4Running = false; }
+
+  static void Emit(const Bytes& bytes) {
+    Mp4Sample sample;
+    sample.bytes.reset(static_cast<std::uint8_t*>(std::malloc(bytes.size())));
+    std::memcpy(sample.bytes.get(), bytes.data(), bytes.size());
+    sample.size = static_cast<std::uint32_t>(bytes.size());
+    EmitMp4Video(sample, {});
+  }
+
+  // Begins a stream, and has another thread go on with `unit`. Makes the queue as new as a start
+  // does while that thread copies the unit. False where the copy was quicker.
+  static bool StartDuringACopyOf(const Bytes& unit) {
+    ResetFrameQueues();
+    Emit(Lengthened({Nal(5)}));
+    const std::size_t held = HeldPayloadMemory();
+    const std::future<void> emitted =
+        std::async(std::launch::async, [bytes = Lengthened({unit})] { Emit(bytes); });
+    // Whether the stream has begun was looked at before the memory was allocated.
+    while (HeldPayloadMemory() < held + unit.size()) std::this_thread::yield();
+    bool in_time = false;
+    {
+      const std::lock_guard lock(g_frameQueueMutex);
+      in_time = g_videoQueue->pushed == 1;
+      const FrameNodePtr first(PopFrame(g_videoQueue));
+      g_videoQueue->pushed = 0;
+    }
+    emitted.wait();
+    return in_time;
+  }
+};
+
+TEST_F(Mp4OlderStartTest, UnitInHandDoesNotBeginTheStreamOfTheNextStart) {
+  constexpr std::size_t kLargeEnoughToBeInTime = 64 << 20;
+  const Bytes unit = Nal(1, kLargeEnoughToBeInTime);
+  int attempts = 20;
+  while (!StartDuringACopyOf(unit)) ASSERT_GT(--attempts, 0);
+  EXPECT_EQ(PopVideoFrame(), nullptr) << "it is no unit that a stream may begin with";
+  EXPECT_FALSE(Mp4VideoHasBegun());
+}
+
+}  // namespace

@@ -1,0 +1,91 @@
+#include "tests/support/stop_account.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <future>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace {
+
+using std::chrono::hours;
+using std::chrono::milliseconds;
+
+class StopAccountTest : public testing::Test {
+ protected:
+  std::atomic<bool> running_{true};
+  StopAccount account_{[this] { return running_.load(); }};
+};
+
+TEST_F(StopAccountTest, SleepsBeforeTheStopAreNotJudged) {
+  for (int i = 0; i < 3; ++i) SleepFor(milliseconds(2));
+  running_ = false;
+  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+  EXPECT_EQ(account_.Sleeps(), 3U);
+}
+
+TEST_F(StopAccountTest, EachThreadMayBeginOneSleepAfterTheStop) {
+  running_ = false;
+  std::thread first(SleepFor, milliseconds(1));
+  std::thread second(SleepFor, milliseconds(1));
+  SleepFor(milliseconds(1));
+  first.join();
+  second.join();
+  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+}
+
+TEST_F(StopAccountTest, SecondSleepOfAThreadAfterTheStopIsTooMuch) {
+  running_ = false;
+  SleepFor(milliseconds(1));
+  SleepFor(milliseconds(1));
+  EXPECT_FALSE(account_.WasPrompt(milliseconds(1)));
+  account_.Forget();
+  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+}
+
+TEST_F(StopAccountTest, SleepAfterTheStopThatIsLongerThanThePaceIsTooMuch) {
+  running_ = false;
+  SleepFor(milliseconds(2));
+  EXPECT_FALSE(account_.WasPrompt(milliseconds(1)));
+  EXPECT_TRUE(account_.WasPrompt(milliseconds(2)));
+}
+
+TEST_F(StopAccountTest, WaitEndsWhenItIsMetAndNotByItsLimit) {
+  std::mutex mutex;
+  std::condition_variable condition;
+  std::promise<void> waiting;
+  auto waited = std::async(std::launch::async, [&] {
+    std::unique_lock lock(mutex);
+    return CurrentClock().WaitFor(condition, lock, milliseconds(0), [&, first = true]() mutable {
+      if (std::exchange(first, false)) waiting.set_value();
+      return !running_.load();
+    });
+  });
+  waiting.get_future().wait();
+  { const std::lock_guard lock(mutex); }  // it waits by now
+  running_ = false;
+  condition.notify_all();
+  EXPECT_TRUE(waited.get());
+  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+}
+
+TEST_F(StopAccountTest, WaitsMayPassAtOnce) {
+  std::mutex mutex;
+  std::condition_variable condition;
+  std::unique_lock lock(mutex);
+  account_.LetWaitsPass(true);
+  EXPECT_FALSE(CurrentClock().WaitFor(condition, lock, hours(1), [] { return false; }));
+}
+
+TEST_F(StopAccountTest, SleepsCanBeAwaited) {
+  auto sleeper = std::async(std::launch::async, [] {
+    for (int i = 0; i < 5; ++i) SleepFor(milliseconds(1));
+  });
+  EXPECT_TRUE(account_.AwaitSleeps(5));
+  sleeper.get();
+}
+
+}  // namespace

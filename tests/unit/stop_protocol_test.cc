@@ -1,0 +1,196 @@
+#include "common/stop_protocol.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "common/console.h"
+#include "common/frame_queue.h"
+
+namespace {
+
+// Turns a hang into a failure.
+constexpr std::chrono::seconds kLimit{20};
+
+class StopProtocolTest : public testing::Test {
+ protected:
+  StopProtocolTest() { ResetFrameQueues(); }
+
+  StoppingPipeline Pipeline() {
+    return {"ts", running_, pool_, gate_, [this] { wake_(); }};
+  }
+
+  // What StopPipeline writes to the console, and into `result` what it returns.
+  std::string Stop(bool& result) {
+    testing::internal::CaptureStdout();
+    result = StopPipeline(Pipeline());
+    return testing::internal::GetCapturedStdout();
+  }
+  bool Stop() {
+    bool result = false;
+    Stop(result);
+    return result;
+  }
+
+  // Queues as many frames as make sure that a single pop does not empty a queue.
+  static void QueueFrames() {
+    for (int i = 0; i < 3; ++i) {
+      Queue(g_videoQueue, true);
+      Queue(g_audioQueue, false);
+    }
+  }
+  static void Queue(FrameQueue* queue, bool is_video) {
+    const std::uint8_t byte = 1;
+    FrameRecord frame;
+    ASSERT_EQ(CreateFrameNode(frame, 0, 0, &byte, 1, is_video, true), 0);
+    const std::lock_guard lock(g_frameQueueMutex);
+    ASSERT_EQ(PushFrame(frame, queue), 0);
+  }
+
+  std::atomic<bool> running_{true};
+  std::function<void()> wake_ = [] {};
+  TaskGate gate_;
+  CThreadPool pool_{1};
+};
+
+TEST_F(StopProtocolTest, LineFlagWakeTasksVideoAudioIsTheOrder) {
+  std::promise<void> woken;
+  std::promise<void> begun;
+  pool_.AddTask(gate_.Admit([&] {
+    begun.set_value();
+    const bool was_woken = woken.get_future().wait_for(kLimit) == std::future_status::ready;
+    ConsoleLine(was_woken ? "task ends" : "task was joined before it was woken");
+  }));
+  begun.get_future().wait();
+  wake_ = [&] {
+    ConsoleLine(running_.load() ? "wake while the flag is set" : "wake");
+    woken.set_value();
+  };
+  bool was_running = false;
+  EXPECT_EQ(Stop(was_running),
+            "ts EndDownload...\nwake\ntask ends\nts video clear.\nts audio clear.\n");
+  EXPECT_TRUE(was_running);
+}
+
+TEST_F(StopProtocolTest, LinesBeginWithTheNameOfThePipeline) {
+  testing::internal::CaptureStdout();
+  StopPipeline({"flv", running_, pool_, gate_, [] {}});
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "flv EndDownload...\nflv video clear.\nflv audio clear.\n");
+}
+
+TEST_F(StopProtocolTest, VideoQueueIsEmptied) {
+  QueueFrames();
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(PopVideoFrame(), nullptr);
+}
+
+TEST_F(StopProtocolTest, AudioQueueIsEmptied) {
+  QueueFrames();
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(PopAudioFrame(), nullptr);
+}
+
+TEST_F(StopProtocolTest, FramesThatATaskQueuesAfterTheFlagWasClearedAreDroppedToo) {
+  std::promise<void> woken;
+  std::promise<void> begun;
+  pool_.AddTask(gate_.Admit([&] {
+    begun.set_value();
+    woken.get_future().wait_for(kLimit);
+    QueueFrames();
+  }));
+  begun.get_future().wait();
+  wake_ = [&] { woken.set_value(); };
+  EXPECT_TRUE(Stop());
+  EXPECT_EQ(PopVideoFrame(), nullptr);
+  EXPECT_EQ(PopAudioFrame(), nullptr);
+}
+
+TEST_F(StopProtocolTest, ClearFlagReturnsFalseWithoutALineAndLeavesTheQueuesAlone) {
+  running_ = false;
+  QueueFrames();
+  bool was_running = true;
+  EXPECT_EQ(Stop(was_running), "");
+  EXPECT_FALSE(was_running);
+  EXPECT_NE(PopVideoFrame(), nullptr);
+  EXPECT_NE(PopAudioFrame(), nullptr);
+}
+
+TEST_F(StopProtocolTest, TasksAreWokenAndJoinedAlsoWhenTheFlagIsClear) {
+  running_ = false;
+  std::promise<void> woken;
+  std::promise<void> begun;
+  std::atomic<bool> ended{false};
+  pool_.AddTask(gate_.Admit([&] {
+    begun.set_value();
+    woken.get_future().wait_for(kLimit);
+    for (int i = 0; i < 1000; ++i) std::this_thread::yield();  // a stop that joins still waits
+    ended = true;
+  }));
+  begun.get_future().wait();
+  bool was_woken = false;
+  wake_ = [&] {
+    woken.set_value();
+    was_woken = true;
+  };
+  EXPECT_FALSE(StopPipeline(Pipeline()));
+  EXPECT_TRUE(was_woken);
+  EXPECT_TRUE(ended.load());
+  if (!was_woken) woken.set_value();  // so that the task ends before what it uses is gone
+  pool_.Stop();
+}
+
+// The one worker is in the first task. Behind it wait one that was admitted and one that was not,
+// which shows when the one before it was taken.
+TEST_F(StopProtocolTest, AdmittedTaskThatHasNotBegunNeverRuns) {
+  std::promise<void> release;
+  std::promise<void> begun;
+  std::promise<void> taken;
+  std::atomic<bool> has_run{false};
+  pool_.AddTask(gate_.Admit([&] {
+    begun.set_value();
+    release.get_future().wait();
+  }));
+  pool_.AddTask(gate_.Admit([&] { has_run = true; }));
+  pool_.AddTask([&] { taken.set_value(); });
+  begun.get_future().wait();
+  wake_ = [&] {
+    release.set_value();
+    EXPECT_EQ(taken.get_future().wait_for(kLimit), std::future_status::ready);
+  };
+  EXPECT_TRUE(Stop());
+  EXPECT_FALSE(has_run.load()) << "the gate was closed too late";
+}
+
+TEST_F(StopProtocolTest, AdmittedTaskThatWasLeftInThePoolDoesNotRunAfterTheNextStart) {
+  std::promise<void> woken;
+  std::promise<void> begun;
+  std::atomic<bool> has_run{false};
+  pool_.AddTask(gate_.Admit([&] {
+    begun.set_value();
+    woken.get_future().wait_for(kLimit);
+  }));
+  begun.get_future().wait();
+  wake_ = [&] { woken.set_value(); };
+  pool_.AddTask(gate_.Admit([&] { has_run = true; }));
+  EXPECT_TRUE(Stop());
+  std::promise<void> next;
+  pool_.Start();
+  pool_.AddTask(gate_.Admit([&] { next.set_value(); }));
+  EXPECT_EQ(next.get_future().wait_for(kLimit), std::future_status::ready);
+  EXPECT_FALSE(has_run.load());
+}
+
+TEST_F(StopProtocolTest, SecondStopReturnsFalse) {
+  EXPECT_TRUE(Stop());
+  EXPECT_FALSE(Stop());
+}
+
+}  // namespace

@@ -76,7 +76,7 @@ inline Reply Held(Reply reply) {
   return reply;
 }
 
-class HlsServer final : public LocalServer {
+class HlsServer : public LocalServer {
  public:
   HlsServer();
 

@@ -18,7 +18,7 @@ bool Mp4Server::WarmUp() {
 
 void Mp4Server::SetUpReplies() {
   server_->Get("/.*\\.mp4", [this](const auto& request, auto& response) {
-    const Mp4Reply reply = NextReply();
+    const Mp4Reply reply = NextReply(request.path);
     Remember(request);
     const std::string range = request.get_header_value("Range");
     if (reply.silent) {
@@ -35,8 +35,9 @@ void Mp4Server::SetUpReplies() {
   });
 }
 
-Mp4Reply Mp4Server::NextReply() {
+Mp4Reply Mp4Server::NextReply(const std::string& path) {
   const std::lock_guard lock(mutex_);
+  if (const auto found = replies_at_.find(path); found != replies_at_.end()) return found->second;
   if (replies_.empty()) return {};
   return replies_[std::min(asked_++, replies_.size() - 1)];
 }

@@ -8,6 +8,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <map>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <utility>
@@ -29,7 +31,7 @@ struct Mp4Reply {
   End end = End::kCut;
 };
 
-class Mp4Server final : public LocalServer {
+class Mp4Server : public LocalServer {
  public:
   Mp4Server();
 
@@ -39,6 +41,12 @@ class Mp4Server final : public LocalServer {
   // last one counts for all that follow.
   void Serve(const std::vector<std::uint8_t>& body) { body_.assign(body.begin(), body.end()); }
   void Answer(std::vector<Mp4Reply> replies) { replies_ = std::move(replies); }
+
+  // Every request for `path` is answered so, from now on.
+  void AnswerAt(const std::string& path, const Mp4Reply& reply) {
+    const std::lock_guard lock(mutex_);
+    replies_at_[path] = reply;
+  }
 
   std::string Address() const { return Url("/a.mp4"); }
 
@@ -64,7 +72,7 @@ class Mp4Server final : public LocalServer {
 
   void SetUpReplies();
 
-  Mp4Reply NextReply();
+  Mp4Reply NextReply(const std::string& path);
 
   // Of "bytes=N-".
   static std::size_t FirstByte(const std::string& range);
@@ -87,8 +95,9 @@ class Mp4Server final : public LocalServer {
 
   std::string body_;
   std::vector<Mp4Reply> replies_;
-  std::size_t asked_ = 0;  // guarded by mutex_
-  bool released_ = false;  // guarded by mutex_
+  std::map<std::string, Mp4Reply> replies_at_;  // by path; guarded by mutex_
+  std::size_t asked_ = 0;                       // guarded by mutex_
+  bool released_ = false;                       // guarded by mutex_
 };
 
 #endif  // TESTS_SUPPORT_MP4_SERVER_H_

@@ -94,6 +94,7 @@ void TestServer::SendWithPauses(httplib::Response& response, std::size_t size) {
 }
 
 void TestServer::SendLive(httplib::Response& response, std::size_t head) {
+  response.status = 200;  // from the beginning, whatever range was asked for
   response.set_chunked_content_provider(
       "video/mp2t", [this, head, at = std::size_t{0}](auto, auto& sink) mutable {
         const std::size_t size = std::min(at == 0 ? head : kLivePiece, body_.size() - at);

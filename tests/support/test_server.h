@@ -13,7 +13,7 @@
 
 #include "tests/support/local_server.h"
 
-class TestServer final : public LocalServer {
+class TestServer : public LocalServer {
  public:
   TestServer();
 

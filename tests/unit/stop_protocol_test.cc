@@ -156,7 +156,7 @@ TEST_F(StopProtocolTest, AdmittedTaskThatHasNotBegunNeverRuns) {
   std::atomic<bool> has_run{false};
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
-    release.get_future().wait();
+    release.get_future().wait_for(kLimit);
   }));
   pool_.AddTask(gate_.Admit([&] { has_run = true; }));
   pool_.AddTask([&] { taken.set_value(); });

@@ -1,0 +1,144 @@
+// What the typed tests of the conformance suite have in common. Each runs for every format; in what
+// the formats differ stands in their traits, which are also the server that serves the streams:
+//
+//   Pipeline                 the class behind the facade
+//   kName, kConsoleName      the format in the player's lines ("PLAY TS:") and in the console's
+//   kOkLine                  the message that a stream is what it should be, without the address
+//   kRestartLines            how many lines report a start with the address that played last
+//   kOwnRunFlag              whether each pipeline has a run flag, or all of a format share one
+//   kRequests                how many requests every start makes at least
+//   kPace                    the longest sleep of its loops
+//   kDue, kDueAgain          the frames of Whole() in a first start, and in one after a stop
+//   Runs()                   the run flag of the pipeline that was started last
+//   Whole(name)              the address of a short stream, served as fast as possible
+//   Endless(name)            that of one that is sent little by little, for a long time or for ever
+//   Silent(name)             that of one for which not even an answer is sent
+//   Gated(name)              that of one of which about half is sent, and the rest no earlier than
+//                            after ReleaseGated(name)
+//
+// Streams of different names have different addresses.
+#ifndef TESTS_CONFORMANCE_CONFORMANCE_H_
+#define TESTS_CONFORMANCE_CONFORMANCE_H_
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/frame_queue.h"
+#include "tests/conformance/flv_format.h"
+#include "tests/conformance/hls_format.h"
+#include "tests/conformance/mp4_format.h"
+#include "tests/conformance/ts_format.h"
+#include "tests/support/play.h"
+#include "tests/support/stop_account.h"
+#include "tests/support/wait_until.h"
+
+namespace conformance {
+
+using Formats = testing::Types<TsFormat, HlsFormat, FlvFormat, Mp4Format>;
+
+struct FormatNames {
+  template <typename Format>
+  static std::string GetName(int /*index*/) {
+    return Format::kName;
+  }
+};
+
+// What a server remembers of a request for this address.
+inline std::string PathOf(const std::string& url) {
+  constexpr std::string_view kScheme = "http://";
+  return url.substr(url.find('/', kScheme.size()));
+}
+
+// A base, so that the clock is in use before and after anything that uses it.
+template <typename Format>
+struct AccountedClock {
+  StopAccount account_{Format::Runs};
+};
+
+template <typename Format>
+class Conformance : private AccountedClock<Format>, public Play<Format> {
+ protected:
+  using Record = RecordingPlayer::Record;
+  using AccountedClock<Format>::account_;
+
+  static std::string StartLine(const std::string& url) {
+    return std::string("PLAY ") + Format::kName + ":" + url;
+  }
+  static std::string OkLine(const std::string& url) { return Format::kOkLine + url; }
+  static std::string RestartPrefix() { return std::string("PLAY ") + Format::kName + " RE:"; }
+  static std::string PositionPrefix() {
+    return std::string("PLAY ") + Format::kName + " StartPostion:";
+  }
+  static std::vector<std::string> ConsoleLinesOfAStop() {
+    const std::string name = Format::kConsoleName;
+    return {name + " EndDownload...\n", name + " video clear.\n", name + " audio clear.\n"};
+  }
+
+  bool WaitForFrames(const FrameCounts& counts) {
+    return this->WaitForVideo(counts.video) && this->WaitForAudio(counts.audio);
+  }
+
+  // Stops, and looks that the stop waited for nothing that it need not wait for.
+  bool StopPromptly() {
+    const bool was_running = this->Stop();
+    EXPECT_FALSE(Format::Runs());
+    EXPECT_TRUE(account_.WasPrompt(Format::kPace));
+    return was_running;
+  }
+
+  // After a stop: the next start is recorded alone.
+  void StartAgain() {
+    account_.Forget();
+    this->player_.Reopen();
+    this->player_.Forget();
+  }
+
+  // Plays a whole stream from its beginning and stops. Of an earlier start a frame may be left that
+  // is not this stream's.
+  void ExpectToPlayWhole(const std::string& name, const FrameCounts& due,
+                         std::size_t left_behind = 0) {
+    const std::string url = this->server_.Whole(name);
+    EXPECT_TRUE(this->downloader_.BeginDownload(url));
+    EXPECT_TRUE(WaitForFrames(due));
+    EXPECT_TRUE(this->WaitForMessage(OkLine(url)));
+    EXPECT_TRUE(StopPromptly());
+    const Record record = this->player_.Snapshot();
+    EXPECT_EQ(record.messages.front(), StartLine(url));
+    ExpectCount(record.video, due.video, left_behind);
+    ExpectCount(record.audio, due.audio, left_behind);
+  }
+
+  static void ExpectCount(const std::vector<RecordedFrame>& frames, std::size_t due,
+                          std::size_t left_behind) {
+    EXPECT_THAT(frames.size(), testing::AllOf(testing::Ge(due), testing::Le(due + left_behind)));
+    std::size_t steps_back = 0;
+    for (std::size_t i = 1; i < frames.size(); ++i) {
+      if (frames[i].pts < frames[i - 1].pts) ++steps_back;
+    }
+    EXPECT_LE(steps_back, left_behind) << "frames in another order";
+  }
+
+  // How many frames of a kind the parser has queued since the start, and whether all are delivered.
+  static bool AllAreTaken(const FrameCounts& due) {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->pushed >= due.video && g_audioQueue->pushed >= due.audio &&
+           g_videoQueue->count == 0 && g_audioQueue->count == 0;
+  }
+
+  static bool HasQueued(std::size_t video) {
+    const std::lock_guard lock(g_frameQueueMutex);
+    return g_videoQueue->count >= video;
+  }
+};
+
+}  // namespace conformance
+
+#endif  // TESTS_CONFORMANCE_CONFORMANCE_H_

@@ -1,0 +1,50 @@
+// Players that are not what a pipeline would wish for: none at all, one that blocks, one that
+// throws.
+#include "tests/conformance/conformance.h"
+#include "tests/support/held_video_call.h"
+#include "tests/support/throwing_player.h"
+
+namespace conformance {
+namespace {
+
+template <typename Format>
+class PlayerTest : public Conformance<Format> {};
+
+TYPED_TEST_SUITE(PlayerTest, Formats, FormatNames);
+
+TYPED_TEST(PlayerTest, NoneAtAllHasTheFramesTakenAndReleased) {
+  CStreamDownloader facade(nullptr);
+  EXPECT_TRUE(facade.BeginDownload(this->server_.Whole("a")));
+  EXPECT_TRUE(WaitUntil([this] { return this->AllAreTaken(TypeParam::kDue); }));
+  EXPECT_TRUE(facade.SetStartPostion(1));
+  EXPECT_TRUE(facade.EndDownload());
+  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+}
+
+TYPED_TEST(PlayerTest, OneThatBlocksInVideoGetsItsAudioAndTheStopWaitsForItsCallOnly) {
+  HeldVideoCall call(this->player_);
+  this->downloader_.BeginDownload(this->server_.Whole("a"));
+  ASSERT_TRUE(call.WaitUntilEntered());
+  EXPECT_TRUE(this->WaitForAudio(TypeParam::kDue.audio));
+  EXPECT_EQ(this->player_.Snapshot().video.size(), 1U);
+  EXPECT_TRUE(EndBehindCall(call, this->downloader_));
+  this->player_.Close();
+  EXPECT_EQ(this->player_.Snapshot().video.size(), 1U) << "no other frame is delivered behind it";
+  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+}
+
+TYPED_TEST(PlayerTest, OneThatThrowsInEveryCallGetsAllCallsAndIsStopped) {
+  ThrowingPlayer player;
+  CStreamDownloader facade(&player);
+  testing::internal::CaptureStdout();
+  EXPECT_TRUE(facade.BeginDownload(this->server_.Whole("a")));
+  EXPECT_TRUE(WaitUntil([this] { return this->AllAreTaken(TypeParam::kDue); }));
+  EXPECT_TRUE(facade.SetStartPostion(0));
+  EXPECT_TRUE(facade.EndDownload());
+  testing::internal::GetCapturedStdout();
+  EXPECT_GE(player.calls.load(), static_cast<int>(TypeParam::kDue.video + TypeParam::kDue.audio));
+  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+}
+
+}  // namespace
+}  // namespace conformance

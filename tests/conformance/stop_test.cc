@@ -1,0 +1,210 @@
+// Stops: at any time, of anything that can be in the way, and where nothing is to be stopped.
+#include <array>
+#include <future>
+#include <memory>
+#include <random>
+#include <thread>
+
+#include "tests/conformance/conformance.h"
+
+namespace conformance {
+namespace {
+
+template <typename Format>
+class StopTest : public Conformance<Format> {
+ protected:
+  using Pipeline = typename Format::Pipeline;
+
+  // A frame of each kind in the queues, which nobody takes.
+  static void QueueFrames() {
+    ResetFrameQueues();
+    for (const bool is_video : {true, false}) {
+      const std::uint8_t byte = 1;
+      FrameRecord frame;
+      ASSERT_EQ(CreateFrameNode(frame, 0, 0, &byte, 1, is_video, true), 0);
+      const std::lock_guard lock(g_frameQueueMutex);
+      ASSERT_EQ(PushFrame(frame, is_video ? g_videoQueue : g_audioQueue), 0);
+    }
+  }
+
+  // Waits for the moment of a stop: as chance has it, at once, or when a number of requests, video
+  // frames or sleeps has been counted in this start. So a stop reaches every stage of a start,
+  // however fast the machine is.
+  void AwaitRandomMoment(std::mt19937& random) {
+    switch (random() % 4) {
+      case 0:
+        return;
+      case 1:
+        EXPECT_TRUE(this->server_.WaitForRequests(requests_ + 1 + random() % Format::kRequests));
+        return;
+      case 2:
+        EXPECT_TRUE(this->WaitForVideo(1 + random() % 15));
+        return;
+      default:
+        EXPECT_TRUE(this->account_.AwaitSleeps(sleeps_ + random() % 60));
+    }
+  }
+
+  void BeginCounting() {
+    requests_ = this->server_.Requests().size();
+    sleeps_ = this->account_.Sleeps();
+  }
+
+  std::size_t requests_ = 0;
+  std::size_t sleeps_ = 0;
+};
+
+TYPED_TEST_SUITE(StopTest, Formats, FormatNames);
+
+TYPED_TEST(StopTest, WritesItsLinesInOrderAndLeavesNothingQueued) {
+  this->downloader_.BeginDownload(this->server_.Endless("a"));
+  ASSERT_TRUE(this->WaitForVideo(3));
+  testing::internal::CaptureStdout();
+  EXPECT_TRUE(this->StopPromptly());
+  const std::string console = testing::internal::GetCapturedStdout();
+  std::size_t at = 0;
+  for (const std::string& line : this->ConsoleLinesOfAStop()) {
+    at = console.find(line, at);
+    ASSERT_NE(at, std::string::npos) << line << "is missing in:\n" << console;
+  }
+  EXPECT_EQ(PopVideoFrame(), nullptr);
+  EXPECT_EQ(PopAudioFrame(), nullptr);
+}
+
+TYPED_TEST(StopTest, SecondOneReturnsFalseAndReportsNothing) {
+  this->downloader_.BeginDownload(this->server_.Whole("a"));
+  EXPECT_TRUE(this->StopPromptly());
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(this->downloader_.EndDownload());
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TYPED_TEST(StopTest, OfAFacadeThatNeverPlayedReturnsFalse) {
+  EXPECT_FALSE(this->downloader_.EndDownload());
+  EXPECT_TRUE(this->player_.Snapshot().messages.empty());
+}
+
+TYPED_TEST(StopTest, OfAPipelineThatIsNotRunningReturnsFalseAndPrintsNothing) {
+  typename TestFixture::Pipeline pipeline(&this->player_);
+  this->player_.Close();
+  testing::internal::CaptureStdout();
+  EXPECT_FALSE(pipeline.EndDownload());
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TYPED_TEST(StopTest, OfAPipelineThatIsNotRunningLeavesTheQueuesAlone) {
+  typename TestFixture::Pipeline pipeline(&this->player_);
+  this->QueueFrames();
+  EXPECT_FALSE(pipeline.EndDownload());
+  EXPECT_NE(PopVideoFrame(), nullptr);
+  EXPECT_NE(PopAudioFrame(), nullptr);
+}
+
+TYPED_TEST(StopTest, DropsTheFramesThatAreStillQueued) {
+  std::promise<void> release;
+  const std::shared_future<void> released = release.get_future().share();
+  this->player_.during_video = [released] { released.wait(); };
+  this->downloader_.BeginDownload(this->server_.Whole("a"));
+  EXPECT_TRUE(this->WaitForVideo(1));
+  EXPECT_TRUE(WaitUntil([this] { return this->HasQueued(TypeParam::kDue.video - 1); }));
+  auto ended = std::async(std::launch::async, [this] { return this->StopPromptly(); });
+  EXPECT_TRUE(WaitUntil([] { return !TypeParam::Runs(); }));
+  release.set_value();
+  EXPECT_TRUE(ended.get());
+  EXPECT_EQ(this->player_.Snapshot().video.size(), 1U);
+  EXPECT_EQ(PopVideoFrame(), nullptr);
+  EXPECT_EQ(PopAudioFrame(), nullptr);
+}
+
+// The server sends nothing before the end of the test, so that the transfer has ended by itself.
+TYPED_TEST(StopTest, DoesNotWaitForASilentServer) {
+  this->downloader_.BeginDownload(this->server_.Silent("a"));
+  ASSERT_TRUE(this->server_.WaitForRequests(1));
+  EXPECT_TRUE(this->StopPromptly());
+  EXPECT_EQ(this->server_.Requests().size(), 1U) << "nothing is tried again after a stop";
+}
+
+TYPED_TEST(StopTest, DoesNotWaitForAServerThatStalls) {
+  this->downloader_.BeginDownload(this->server_.Gated("a"));
+  ASSERT_TRUE(this->WaitForVideo(3));
+  EXPECT_TRUE(this->StopPromptly());
+}
+
+TYPED_TEST(StopTest, RightAfterTheStartLeavesNoTaskForTheNext) {
+  for (int i = 0; i < 20; ++i) {
+    this->downloader_.BeginDownload(this->server_.Endless("other"));
+    this->downloader_.EndDownload();
+  }
+  this->StartAgain();
+  this->ExpectToPlayWhole("a", TypeParam::kDueAgain, 1);
+  EXPECT_EQ(this->server_.CountRequests(PathOf(this->server_.Whole("a"))), 1U);
+}
+
+TYPED_TEST(StopTest, HundredAtRandomTimesFromAnotherThread) {
+  constexpr std::size_t kStops = 100;
+  std::mt19937 random(1);  // NOLINT: the same run every time
+  const std::array urls = {this->server_.Endless("a"), this->server_.Endless("b")};
+  std::size_t starts = 0;
+  std::size_t restarts = 0;
+  testing::internal::CaptureStdout();
+  for (std::size_t i = 0; i < kStops; ++i) {
+    this->StartAgain();
+    this->account_.LetWaitsPass(random() % 2 == 0);
+    this->downloader_.SetStartPostion(0);  // else a stream that has an end would come to it
+    this->BeginCounting();
+    this->downloader_.BeginDownload(urls.at(i / 2 % 2));
+    std::thread stopper([&] {
+      this->AwaitRandomMoment(random);
+      EXPECT_TRUE(this->StopPromptly());
+    });
+    stopper.join();
+    const RecordingPlayer::Record record = this->player_.Snapshot();
+    starts += record.MessagesWith(this->StartLine("")).size();
+    restarts += record.MessagesWith(this->RestartPrefix()).size();
+  }
+  testing::internal::GetCapturedStdout();
+  EXPECT_EQ(starts, kStops);
+  EXPECT_EQ(restarts, TypeParam::kRestartLines * kStops / 2);
+}
+
+TYPED_TEST(StopTest, IsMadeByTheDestructorOfTheFacade) {
+  {
+    CStreamDownloader inner(&this->player_);
+    inner.BeginDownload(this->server_.Endless("a"));
+    ASSERT_TRUE(this->WaitForVideo(3));
+  }
+  this->player_.Close();
+  EXPECT_FALSE(TypeParam::Runs());
+  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+}
+
+TYPED_TEST(StopTest, IsMadeByTheDestructorOfThePipeline) {
+  {
+    typename TestFixture::Pipeline pipeline(&this->player_);
+    pipeline.BeginDownload(this->server_.Endless("a"));
+    ASSERT_TRUE(this->WaitForVideo(3));
+  }
+  this->player_.Close();
+  EXPECT_FALSE(TypeParam::Runs());
+  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+}
+
+TYPED_TEST(StopTest, IsNotReportedByTheDestructorOfAPipelineThatNeverPlayed) {
+  this->player_.Close();
+  testing::internal::CaptureStdout();
+  { const typename TestFixture::Pipeline pipeline(&this->player_); }
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+TYPED_TEST(StopTest, IsNotRepeatedByTheDestructorOfAStoppedFacade) {
+  auto inner = std::make_unique<CStreamDownloader>(&this->player_);
+  inner->BeginDownload(this->server_.Whole("a"));
+  EXPECT_TRUE(inner->EndDownload());
+  this->player_.Close();
+  testing::internal::CaptureStdout();
+  inner.reset();
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+}
+
+}  // namespace
+}  // namespace conformance

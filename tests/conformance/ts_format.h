@@ -1,0 +1,42 @@
+// Plain transport streams, as the conformance suite plays them (conformance.h).
+#ifndef TESTS_CONFORMANCE_TS_FORMAT_H_
+#define TESTS_CONFORMANCE_TS_FORMAT_H_
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+
+#include "tests/conformance/frame_counts.h"
+#include "tests/support/test_server.h"
+#include "tests/support/ts_packets.h"
+#include "ts/ts_downloader.h"
+#include "ts/ts_state.h"
+
+class TsFormat : public TestServer {
+ public:
+  using Pipeline = CTsDownloader;
+
+  static constexpr char kName[] = "TS";
+  static constexpr char kConsoleName[] = "ts";
+  static constexpr char kOkLine[] = "PLAY TS OK:";
+  static constexpr std::size_t kRequests = 1;
+  static constexpr int kRestartLines = 1;
+  static constexpr bool kOwnRunFlag = false;
+  static constexpr std::chrono::milliseconds kPace{10};  // while there is nothing to parse
+  static constexpr int kFrames = 40;
+  // The last frame of each kind stays in the demultiplexer.
+  static constexpr FrameCounts kDue{kFrames - 1, kFrames - 1};
+  static constexpr FrameCounts kDueAgain = kDue;
+
+  TsFormat() { Serve(ts_test::MakeStream(kFrames)); }
+
+  static bool Runs() { return g_tsRunning.load(); }
+
+  std::string Whole(const std::string& name) const { return Url("/plain/" + name + ".ts"); }
+  std::string Endless(const std::string& name) const { return Url("/live/376/" + name + ".ts"); }
+  std::string Silent(const std::string& name) const { return Url("/silent/" + name + ".ts"); }
+  std::string Gated(const std::string& name) const { return Url("/gated/" + name + ".ts"); }
+  void ReleaseGated(const std::string& /*name*/) { Release(); }
+};
+
+#endif  // TESTS_CONFORMANCE_TS_FORMAT_H_

@@ -1,0 +1,83 @@
+// A player that blocks in its first video frame, and a stop that has to wait for it.
+#ifndef TESTS_SUPPORT_HELD_VIDEO_CALL_H_
+#define TESTS_SUPPORT_HELD_VIDEO_CALL_H_
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <utility>
+
+#include "public/stream_downloader.h"
+#include "tests/support/recording_player.h"
+#include "tests/support/wait_until.h"
+
+// Holds the first video call of a player. Make it before anything plays. Its end releases the call,
+// so that a test that has failed does not hang.
+class HeldVideoCall {
+ public:
+  explicit HeldVideoCall(RecordingPlayer& player) {
+    player.during_video = [call = call_] {
+      if (!call->entered.exchange(true)) call->released.wait();
+    };
+    player.during_audio = [call = call_] {
+      thread_local ThreadEnd end;
+      end.call = call;
+    };
+  }
+  ~HeldVideoCall() { Release(); }
+  HeldVideoCall(const HeldVideoCall&) = delete;
+  HeldVideoCall& operator=(const HeldVideoCall&) = delete;
+
+  bool WaitUntilEntered() {
+    return WaitUntil([this] { return call_->entered.load(); });
+  }
+  void Release() {
+    if (!std::exchange(is_released_, true)) release_.set_value();
+  }
+
+  // Whether the worker that has delivered audio ends: a worker outlives its tasks, and ends when
+  // its pool is stopped. Audio must have been delivered.
+  bool WaitUntilThePoolIsStopped() {
+    return WaitUntil([this] { return call_->audio_worker_ended.load(); });
+  }
+
+ private:
+  // What the player's callbacks use, which may live longer than the test that made them.
+  struct Call {
+    explicit Call(std::shared_future<void> when) : released(std::move(when)) {}
+
+    std::atomic<bool> entered{false};
+    std::atomic<bool> audio_worker_ended{false};
+    const std::shared_future<void> released;
+  };
+
+  // Lives as long as its thread.
+  struct ThreadEnd {
+    ~ThreadEnd() {
+      if (call != nullptr) call->audio_worker_ended = true;
+    }
+    std::shared_ptr<Call> call;
+  };
+
+  bool is_released_ = false;
+  std::promise<void> release_;
+  const std::shared_ptr<Call> call_ = std::make_shared<Call>(release_.get_future().share());
+};
+
+// Ends what plays on `facade`, whose player is in the held call: the end must wait for that call,
+// and for nothing else. Audio must have been delivered before. Returns what the end returns.
+inline bool EndBehindCall(HeldVideoCall& call, CStreamDownloader& facade) {
+  std::future<bool> ended =
+      std::async(std::launch::async, [&facade] { return facade.EndDownload(); });
+  // From here on the end can only be waiting for the worker that is in the call.
+  EXPECT_TRUE(call.WaitUntilThePoolIsStopped());
+  EXPECT_EQ(ended.wait_for(std::chrono::seconds(0)), std::future_status::timeout)
+      << "the end does not wait for the player's own call";
+  call.Release();
+  return ended.get();
+}
+
+#endif  // TESTS_SUPPORT_HELD_VIDEO_CALL_H_

@@ -15,6 +15,10 @@
 //   Silent(name)             that of one for which not even an answer is sent
 //   Gated(name)              that of one of which about half is sent, and the rest no earlier than
 //                            after ReleaseGated(name)
+//   AwaitWhole()             waits until Whole() is received so far that another start changes
+//   nothing
+//                            of what is reported of it
+//   AwaitGate()              the same of what Gated() sends
 //
 // Streams of different names have different addresses.
 #ifndef TESTS_CONFORMANCE_CONFORMANCE_H_
@@ -94,6 +98,14 @@ class Conformance : private AccountedClock<Format>, public Play<Format> {
     return was_running;
   }
 
+  // Plays a whole stream, and leaves it to play on without anything to report.
+  void BeginAndPlayWhole(const std::string& name) {
+    EXPECT_TRUE(this->downloader_.BeginDownload(this->server_.Whole(name)));
+    EXPECT_TRUE(WaitForFrames(Format::kDue));
+    EXPECT_TRUE(this->WaitForMessage(OkLine(this->server_.Whole(name))));
+    EXPECT_TRUE(this->server_.AwaitWhole());
+  }
+
   // After a stop: the next start is recorded alone.
   void StartAgain() {
     account_.Forget();
@@ -106,6 +118,7 @@ class Conformance : private AccountedClock<Format>, public Play<Format> {
   void ExpectToPlayWhole(const std::string& name, const FrameCounts& due,
                          std::size_t left_behind = 0) {
     const std::string url = this->server_.Whole(name);
+    account_.Forget();
     EXPECT_TRUE(this->downloader_.BeginDownload(url));
     EXPECT_TRUE(WaitForFrames(due));
     EXPECT_TRUE(this->WaitForMessage(OkLine(url)));

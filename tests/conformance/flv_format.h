@@ -43,6 +43,9 @@ class FlvFormat : public TestServer {
   std::string Gated(const std::string& name) const { return Url("/gated/" + name + ".flv"); }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
 
+  static bool AwaitWhole() { return true; }
+  static bool AwaitGate() { return true; }
+
  private:
   static constexpr std::size_t kVideoSize = 1000;
 };

@@ -54,6 +54,9 @@ class HlsFormat : public HlsServer {
   }
   void ReleaseGated(const std::string& name) { Release(GatedPath(name)); }
 
+  static bool AwaitWhole() { return true; }
+  static bool AwaitGate() { return true; }
+
  private:
   static constexpr int kSegments = 2;
 

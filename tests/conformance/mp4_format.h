@@ -45,6 +45,9 @@ class Mp4Format : public Mp4Server {
   }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
 
+  static bool AwaitWhole() { return true; }
+  static bool AwaitGate() { return true; }
+
  private:
   static constexpr std::size_t kVideoSize = 500;
 

@@ -9,6 +9,7 @@
 #include "tests/conformance/frame_counts.h"
 #include "tests/support/test_server.h"
 #include "tests/support/ts_packets.h"
+#include "tests/support/wait_until.h"
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
@@ -28,7 +29,7 @@ class TsFormat : public TestServer {
   static constexpr FrameCounts kDue{kFrames - 1, kFrames - 1};
   static constexpr FrameCounts kDueAgain = kDue;
 
-  TsFormat() { Serve(ts_test::MakeStream(kFrames)); }
+  TsFormat() : stream_(ts_test::MakeStream(kFrames)) { Serve(stream_); }
 
   static bool Runs() { return g_tsRunning.load(); }
 
@@ -37,6 +38,17 @@ class TsFormat : public TestServer {
   std::string Silent(const std::string& name) const { return Url("/silent/" + name + ".ts"); }
   std::string Gated(const std::string& name) const { return Url("/gated/" + name + ".ts"); }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
+
+  // Whichever start receives the next bytes reports the stream of the start that was made last.
+  bool AwaitWhole() const { return AwaitReceived(stream_.size()); }
+  bool AwaitGate() const { return AwaitReceived(stream_.size() / 2); }
+
+ private:
+  static bool AwaitReceived(std::size_t size) {
+    return WaitUntil([size] { return g_tsDownloaded.load() == size; });
+  }
+
+  const ts_test::Bytes stream_;
 };
 
 #endif  // TESTS_CONFORMANCE_TS_FORMAT_H_

@@ -28,9 +28,7 @@ TYPED_TEST(TwoFacadesTest, OnePlaysAfterTheOtherAndItsPlayerAreGone) {
 }
 
 TYPED_TEST(TwoFacadesTest, SeekAndStartAfterTheOtherAndItsPlayerAreGone) {
-  const std::string url = this->server_.Whole("a");
-  this->downloader_.BeginDownload(url);
-  ASSERT_TRUE(this->WaitForVideo(5));
+  this->BeginAndPlayWhole("a");
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_EQ(this->downloader_.EndDownload(), TestFixture::kEndAfterAnotherOnesEnd);
   this->StartAgain();
@@ -61,10 +59,9 @@ TYPED_TEST(TwoFacadesTest, LinesGoToThePlayerOfTheOneThatWasCalled) {
 TYPED_TEST(TwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
   RecordingPlayer other_player;
   CStreamDownloader other(&other_player);
-  const std::string url = this->server_.Endless("a");
-  const std::string other_url = this->server_.Endless("b");
-  this->downloader_.BeginDownload(url);
-  ASSERT_TRUE(this->WaitForOk(this->player_, url));
+  const std::string url = this->server_.Whole("a");
+  const std::string other_url = this->server_.Whole("b");
+  this->BeginAndPlayWhole("a");
   other.BeginDownload(other_url);
   ASSERT_TRUE(this->WaitForOk(other_player, other_url));
   EXPECT_TRUE(other.EndDownload());
@@ -79,7 +76,7 @@ TYPED_TEST(TwoFacadesTest, EndAfterTheOtherOnesStopWaitsForThePlayersOwnCall) {
   HeldVideoCall call(this->player_);
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   ASSERT_TRUE(call.WaitUntilEntered());
-  ASSERT_TRUE(this->WaitForAudio(1));
+  ASSERT_TRUE(this->WaitForAudio(TypeParam::kDue.audio) && this->server_.AwaitWhole());
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_FALSE(TypeParam::Runs());
   EXPECT_EQ(EndBehindCall(call, this->downloader_), TestFixture::kEndAfterAnotherOnesEnd);
@@ -119,7 +116,7 @@ TYPED_TEST_SUITE(SharedRunFlagTest, FormatsWithOneRunFlag, FormatNames);
 // The server of the first start sends nothing more, so that its transfer has ended by itself.
 TYPED_TEST(SharedRunFlagTest, EndAfterTheOtherOnesStopWaitsForATransferThatStalls) {
   this->downloader_.BeginDownload(this->server_.Gated("a"));
-  ASSERT_TRUE(this->WaitForVideo(3));
+  ASSERT_TRUE(this->WaitForVideo(3) && this->server_.AwaitGate());
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_FALSE(TypeParam::Runs());
   EXPECT_FALSE(this->Stop());  // closes the player, which no task may call any more

@@ -61,17 +61,12 @@ inline std::string PathOf(const std::string& url) {
   return url.substr(url.find('/', kScheme.size()));
 }
 
-// A base, so that the clock is in use before and after anything that uses it.
 template <typename Format>
-struct AccountedClock {
-  StopAccount account_{Format::Runs};
-};
-
-template <typename Format>
-class Conformance : private AccountedClock<Format>, public Play<Format> {
+class Conformance : protected AccountedStops, public Play<Format> {
  protected:
   using Record = RecordingPlayer::Record;
-  using AccountedClock<Format>::account_;
+
+  Conformance() : AccountedStops(Format::Runs) {}
 
   static std::string StartLine(const std::string& url) {
     return std::string("PLAY ") + Format::kName + ":" + url;

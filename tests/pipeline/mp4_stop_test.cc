@@ -2,18 +2,17 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstddef>
 #include <functional>
-#include <future>
 #include <mutex>
 #include <random>
 #include <string>
-#include <thread>
-#include <utility>
 
-#include "common/frame_queue.h"
 #include "mp4/mp4_downloader.h"
 #include "tests/support/local_file.h"
 #include "tests/support/mp4_play.h"
+#include "tests/support/stop_account.h"
 
 namespace {
 
@@ -23,8 +22,17 @@ using mp4_test::Movie;
 using testing::AnyOf;
 using testing::SizeIs;
 
-class Mp4StopTest : public Mp4PlayFixture {
+// What every pipeline does at a stop is in tests/conformance; here is what only this one does.
+class Mp4StopTest : protected AccountedStops, public Mp4PlayFixture {
  protected:
+  Mp4StopTest() : AccountedStops([] { return g_mp4Running.load(); }) {}
+
+  bool StopPromptly() {
+    const bool was_running = Stop();
+    EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(1)));
+    return was_running;
+  }
+
   // A long download with a little at a time.
   std::string ServeSlowly() {
     ServeMovie(MakeMovie({.samples = 2000, .video_size = 3000}));
@@ -38,57 +46,10 @@ class Mp4StopTest : public Mp4PlayFixture {
   }
 };
 
-TEST_F(Mp4StopTest, EndOfAPipelineThatIsNotRunningReturnsFalseAndPrintsNothing) {
-  CMp4Downloader pipeline(nullptr);
-  testing::internal::CaptureStdout();
-  EXPECT_FALSE(pipeline.EndDownload());
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-}
-
-TEST_F(Mp4StopTest, SecondEndReturnsFalse) {
-  ServeMovie(MakeMovie());
-  downloader_.BeginDownload(server_.Address());
-  EXPECT_TRUE(Stop());
-  EXPECT_FALSE(downloader_.EndDownload());
-}
-
-TEST_F(Mp4StopTest, EndOfAPipelineThatIsNotRunningLeavesTheQueuesUntouched) {
-  CMp4Downloader pipeline(nullptr);
-  ResetFrameQueues();
-  const std::uint8_t byte = 1;
-  FrameRecord frame;
-  ASSERT_EQ(CreateFrameNode(frame, 0, 0, &byte, 1, true, true), 0);
-  {
-    const std::lock_guard lock(g_frameQueueMutex);
-    ASSERT_EQ(PushFrame(frame, g_videoQueue), 0);
-  }
-  EXPECT_FALSE(pipeline.EndDownload());
-  EXPECT_NE(PopVideoFrame(), nullptr);
-}
-
 TEST_F(Mp4StopTest, PositionOfAPipelineThatNeverPlayedIsTaken) {
   CMp4Downloader pipeline(&player_);
   EXPECT_TRUE(pipeline.SetStartPostion(12));
   EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 StartPostion:00:00:12.000 Q:"), SizeIs(1));
-}
-
-TEST_F(Mp4StopTest, FramesThatAreStillQueuedAreDropped) {
-  std::promise<void> release;
-  const std::shared_future<void> released = release.get_future().share();
-  player_.during_video = [released] { released.wait(); };
-  ServeMovie(MakeMovie());
-  downloader_.BeginDownload(server_.Address());
-  EXPECT_TRUE(WaitUntil([] {
-    const std::lock_guard lock(g_frameQueueMutex);
-    return g_videoQueue->pushed == 50;
-  }));
-  std::thread stopper([this] { downloader_.EndDownload(); });
-  EXPECT_TRUE(WaitUntil([] { return !g_mp4Running.load(); }));
-  release.set_value();
-  stopper.join();
-  EXPECT_LT(player_.Snapshot().video.size(), 5U);
-  EXPECT_EQ(PopVideoFrame(), nullptr);
-  EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
 // Where a stream has got to when the stop comes.
@@ -104,7 +65,7 @@ struct Stage {
 
 void PrintTo(const Stage& stage, std::ostream* out) { *out << stage.name; }
 
-class Mp4StopStageTest : public Mp4PlayFixture, public testing::WithParamInterface<Stage> {};
+class Mp4StopStageTest : public Mp4StopTest, public testing::WithParamInterface<Stage> {};
 
 TEST_P(Mp4StopStageTest, DoesNotHoldUpTheStop) {
   const Stage& stage = GetParam();
@@ -113,7 +74,7 @@ TEST_P(Mp4StopStageTest, DoesNotHoldUpTheStop) {
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(server_.WaitForRequests(1));
   EXPECT_TRUE(WaitUntil([&] { return stage.reached(player_.Snapshot()); }));
-  EXPECT_TRUE(Stop());
+  EXPECT_TRUE(StopPromptly());
   const auto results = player_.Snapshot().results;
   EXPECT_THAT(results, AnyOf(SizeIs(1), SizeIs(stage.is_read ? 1 : 0)));
 }
@@ -142,7 +103,6 @@ INSTANTIATE_TEST_SUITE_P(
     Stages, Mp4StopStageTest,
     testing::Values(
         Stage{"ServerThatHasJustBeenAsked", {}, SomeMovie, AtOnce, false},
-        Stage{"SilentServer", {.silent = true}, SomeMovie, AtOnce, false},
         Stage{"StallInTheIndex", {.until = 200, .end = kStall}, SomeMovie, HasBytes, false},
         Stage{"StallInFrontOfTheIndex",
               {.until = 5000, .end = kStall},
@@ -170,7 +130,7 @@ TEST_F(Mp4StopTest, VerdictAtAStopTellsWhetherVideoHasBegun) {
   ServeSlowly();
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(3));
-  EXPECT_TRUE(Stop());
+  EXPECT_TRUE(StopPromptly());
   EXPECT_EQ(player_.Snapshot().results.at(0), "PLAY:MP4 OK:" + server_.Address());
 }
 
@@ -178,24 +138,8 @@ TEST_F(Mp4StopTest, LocalFileEndsAtTheStop) {
   const auto file = mp4_test::BuildMp4(LongMovie());
   downloader_.BeginDownload("file://" + WriteLocalFile("long.mp4", file.bytes));
   ASSERT_TRUE(WaitForVideo(5));
-  EXPECT_TRUE(Stop());
+  EXPECT_TRUE(StopPromptly());
   EXPECT_LT(player_.Snapshot().video.size(), 20'000U);
-}
-
-TEST_F(Mp4StopTest, HundredStopsAtRandomTimesFromAnotherThread) {
-  std::mt19937 random(1);  // NOLINT: the same run every time
-  const std::string url = ServeSlowly();
-  for (int i = 0; i < 100; ++i) {
-    player_.Reopen();
-    downloader_.BeginDownload(url);
-    std::thread stopper([&] {
-      std::this_thread::sleep_for(std::chrono::microseconds(random() % 40'000));
-      EXPECT_TRUE(Stop());
-    });
-    stopper.join();
-  }
-  EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4:"), SizeIs(100));
-  EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 RE:"), SizeIs(99));
 }
 
 TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesLeaveTheFileRight) {
@@ -203,16 +147,18 @@ TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesLeaveTheFileRight) {
   const std::string url = ServeSlowly();
   for (int i = 0; i < 100; ++i) {
     player_.Reopen();
+    account_.Forget();
+    const std::size_t sleeps = account_.Sleeps();
     downloader_.SetStartPostion(static_cast<float>(random() % 90));
     downloader_.BeginDownload(url);
-    std::this_thread::sleep_for(std::chrono::microseconds(random() % 10'000));
-    EXPECT_TRUE(Stop());
+    EXPECT_TRUE(account_.AwaitSleeps(sleeps + random() % 40));
+    EXPECT_TRUE(StopPromptly());
     player_.Forget();
     player_.Reopen();
   }
   downloader_.BeginDownload(url);
   EXPECT_TRUE(WaitUntil([] { return HasAnything(); }));
-  EXPECT_TRUE(Stop());
+  EXPECT_TRUE(StopPromptly());
   const Bytes bytes = RestartBytes();
   const std::lock_guard lock(g_mp4FileLock);
   ASSERT_FALSE(g_mp4File->ranges.All().empty());
@@ -223,48 +169,6 @@ TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesLeaveTheFileRight) {
                            file_.bytes.begin() + static_cast<std::ptrdiff_t>(begin)))
         << begin << " to " << end;
   }
-}
-
-TEST_F(Mp4StopTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
-  ServeMovie(MakeMovie());
-  for (int i = 0; i < 20; ++i) {
-    downloader_.BeginDownload(server_.Url("/other.mp4"));
-    downloader_.EndDownload();
-  }
-  player_.Forget();
-  EXPECT_EQ(PlayToTheEnd(), Expected());
-  EXPECT_EQ(server_.CountRequests("/a.mp4"), 1U);
-}
-
-TEST_F(Mp4StopTest, DestructorOfThePipelineStopsWhatPlays) {
-  const std::string url = ServeSlowly();
-  std::chrono::steady_clock::time_point before;
-  {
-    CMp4Downloader pipeline(&player_);
-    pipeline.BeginDownload(url);
-    ASSERT_TRUE(WaitForVideo(5));
-    before = std::chrono::steady_clock::now();
-  }
-  EXPECT_LT(std::chrono::steady_clock::now() - before, kStopLimit);
-  player_.Close();
-  EXPECT_FALSE(g_mp4Running.load());
-}
-
-TEST_F(Mp4StopTest, DestructorOfTheFacadeStopsWhatPlays) {
-  const std::string url = ServeSlowly();
-  {
-    CStreamDownloader inner(&player_);
-    inner.BeginDownload(url);
-    ASSERT_TRUE(WaitForVideo(5));
-  }
-  player_.Close();
-  EXPECT_FALSE(g_mp4Running.load());
-}
-
-TEST_F(Mp4StopTest, DestructorOfAPipelineThatNeverPlayedIsSilent) {
-  testing::internal::CaptureStdout();
-  { const CMp4Downloader pipeline(&player_); }
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
 }  // namespace

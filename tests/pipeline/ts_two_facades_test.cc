@@ -1,17 +1,20 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <mutex>
 #include <string>
 
 #include "tests/support/ts_play.h"
 #include "tests/support/two_facades.h"
 #include "tests/support/wait_until.h"
+#include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
 namespace {
 
 using ts_test::MakeStream;
 
+// What every pipeline does beside another facade is in tests/conformance.
 class TsTwoFacadesTest : public TsPlay {
  protected:
   static bool WaitForReceived(std::size_t count) {
@@ -19,24 +22,7 @@ class TsTwoFacadesTest : public TsPlay {
   }
 };
 
-TEST_F(TsTwoFacadesTest, SeekAndStartAfterAnotherFacadeAndItsPlayerAreGone) {
-  const ts_test::Bytes stream = MakeStream(20);
-  server_.Serve(stream);
-  const std::string url = server_.Url("/plain/a.ts");
-  downloader_.BeginDownload(url);
-  ASSERT_TRUE(WaitForReceived(stream.size()));
-  PlayOnAnotherFacade(server_.Url("/plain/b.ts"), "PLAY TS OK:");
-  player_.Forget();
-  downloader_.SetStartPostion(0);
-  downloader_.BeginDownload(url);
-  EXPECT_TRUE(WaitForVideo(19));
-  EXPECT_TRUE(Stop());
-  const Record record = player_.Snapshot();
-  EXPECT_EQ(record.MessagesWith("PLAY TS StartPostion:").size(), 1U);
-  EXPECT_TRUE(record.HasMessage("PLAY TS OK:" + url));
-}
-
-TEST_F(TsTwoFacadesTest, LinesGoToThePlayerOfTheFacadeThatWasCalled) {
+TEST_F(TsTwoFacadesTest, AddressThatTheOtherOnePlayedLastIsTheSameForBoth) {
   server_.Serve(MakeStream(20));
   RecordingPlayer other_player;
   CStreamDownloader other(&other_player);
@@ -58,7 +44,7 @@ TEST_F(TsTwoFacadesTest, LinesGoToThePlayerOfTheFacadeThatWasCalled) {
   EXPECT_EQ(record.MessagesWith("PLAY TS OK:").size(), 1U);
 }
 
-TEST_F(TsTwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
+TEST_F(TsTwoFacadesTest, EachRunningStartReportsItsRefusalToItsOwnPlayer) {
   const ts_test::Bytes stream = MakeStream(31);
   server_.Serve(stream);
   RecordingPlayer other_player;
@@ -74,34 +60,24 @@ TEST_F(TsTwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS NO:").size(), 1U);
 }
 
-TEST_F(TsTwoFacadesTest, EndAfterAnotherFacadesStopStillWaitsForTheTasks) {
-  const ts_test::Bytes stream = MakeStream(31);
-  server_.Serve(stream);
-  downloader_.BeginDownload(server_.Url("/stall/a.ts"));
-  ASSERT_TRUE(WaitForReceived(stream.size() / 2));
-  PlayOnAnotherFacade(server_.Url("/plain/b.ts"), "PLAY TS OK:");
-  EXPECT_FALSE(g_tsRunning.load());
-  EXPECT_FALSE(Stop());  // closes the player, which no task may call any more
-  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS NO:").size(), 1U);
-}
-
-TEST_F(TsTwoFacadesTest, StartsOfTwoFacadesAtATimeEndWithTheStop) {
+TEST_F(TsTwoFacadesTest, PlayerOfTheStartMadeLastReplacesThatOfTheOneBefore) {
   server_.Serve(MakeStream(20));
   RecordingPlayer other_player;
-  for (int i = 0; i < 5; ++i) {
-    CStreamDownloader other(&other_player);
-    player_.Reopen();
-    downloader_.BeginDownload(server_.Url("/endless/a.ts"));
-    other.BeginDownload(server_.Url("/endless/b.ts"));
-    EXPECT_TRUE(WaitForVideo(static_cast<std::size_t>(i + 1) * 5));
-    EXPECT_TRUE(WaitForFrames(other_player, static_cast<std::size_t>(i + 1) * 5));
-    downloader_.SetStartPostion(0);
-    other.SetStartPostion(0);
-    EXPECT_TRUE(Stop());
-    EXPECT_FALSE(other.EndDownload());
-  }
-  EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS StartPostion:").size(), 5U);
-  EXPECT_EQ(other_player.Snapshot().MessagesWith("PLAY TS StartPostion:").size(), 5U);
+  CTsDownloader first(&player_);
+  CTsDownloader second(&other_player);
+  const auto report = [](const std::string& line) {
+    const std::lock_guard lock(g_tsStateLock);
+    g_tsPlayer.Message(line);
+  };
+  first.BeginDownload(server_.Url("/plain/a.ts"));
+  report("to the first");
+  EXPECT_TRUE(first.EndDownload());
+  second.BeginDownload(server_.Url("/plain/a.ts"));
+  report("to the second");
+  EXPECT_TRUE(second.EndDownload());
+  EXPECT_TRUE(player_.Snapshot().HasMessage("to the first"));
+  EXPECT_FALSE(player_.Snapshot().HasMessage("to the second"));
+  EXPECT_TRUE(other_player.Snapshot().HasMessage("to the second"));
 }
 
 }  // namespace

@@ -29,9 +29,8 @@ void StopAccount::Sleep(Duration duration) {
 
 bool StopAccount::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                           Duration /*limit*/, const std::function<bool()>& met) {
-  if (waits_pass_.load()) return met();
   const auto deadline = std::chrono::steady_clock::now() + kLimit;
-  while (!met()) {
+  while (!met() && !waits_pass_.load()) {
     if (condition.wait_until(lock, deadline) == std::cv_status::timeout) {
       const std::lock_guard own(mutex_);
       wait_hung_ = true;

@@ -33,9 +33,9 @@ class StopAccount final : public Clock {
   std::time_t WallTime() override { return system_.WallTime(); }
   void Sleep(Duration duration) override;
 
-  // Such a wait never ends by its limit: only when its condition is met, or at once while
-  // LetWaitsPass(true) is in effect. So a stop that does not notify whoever waits hangs, which is
-  // noted here after the time limit of a test.
+  // Such a wait never ends by its limit: only when its condition is met, or at once, or when it is
+  // next notified, while LetWaitsPass(true) is in effect. So a stop that does not notify whoever
+  // waits hangs, which is noted here after the time limit of a test.
   bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                Duration limit, const std::function<bool()>& met) override;
   void LetWaitsPass(bool pass) { waits_pass_ = pass; }
@@ -69,6 +69,16 @@ class StopAccount final : public Clock {
   std::size_t sleeps_ = 0;
   std::map<ThreadAndLength, int> after_the_stop_;  // how often each of them has begun
   bool wait_hung_ = false;
+};
+
+// A base of fixtures, named before the one with the facade: so the account is in use until whatever
+// plays has been stopped.
+class AccountedStops {
+ protected:
+  explicit AccountedStops(std::function<bool()> runs) : account_(std::move(runs)) {}
+  ~AccountedStops() = default;
+
+  StopAccount account_;
 };
 
 #endif  // TESTS_SUPPORT_STOP_ACCOUNT_H_

@@ -29,15 +29,27 @@ void StopAccount::Sleep(Duration duration) {
 
 bool StopAccount::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                           Duration /*limit*/, const std::function<bool()>& met) {
-  const auto deadline = std::chrono::steady_clock::now() + kLimit;
-  while (!met() && !waits_pass_.load()) {
-    if (condition.wait_until(lock, deadline) == std::cv_status::timeout) {
-      const std::lock_guard own(mutex_);
-      wait_hung_ = true;
-      break;
-    }
-  }
+  WaitUntilMet(condition, lock, [&] { return waits_pass_.load() || met(); });
   return met();
+}
+
+void StopAccount::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                       const std::function<bool()>& met) {
+  while (!WaitUntilMet(condition, lock, met)) {
+  }
+}
+
+bool StopAccount::WaitUntilMet(std::condition_variable& condition,
+                               std::unique_lock<std::mutex>& lock,
+                               const std::function<bool()>& met) {
+  const auto deadline = std::chrono::steady_clock::now() + kLimit;
+  while (!met()) {
+    if (condition.wait_until(lock, deadline) == std::cv_status::no_timeout) continue;
+    const std::lock_guard own(mutex_);
+    wait_hung_ = wait_hung_ || !runs_();  // the stop alone must notify it
+    return met();
+  }
+  return true;
 }
 
 testing::AssertionResult StopAccount::WasPrompt(Duration pace) const {

@@ -33,11 +33,13 @@ class StopAccount final : public Clock {
   std::time_t WallTime() override { return system_.WallTime(); }
   void Sleep(Duration duration) override;
 
-  // Such a wait never ends by its limit: only when its condition is met, or at once, or when it is
-  // next notified, while LetWaitsPass(true) is in effect. So a stop that does not notify whoever
-  // waits hangs, which is noted here after the time limit of a test.
+  // A wait ends when its condition is met, and never by its limit: so a stop that does not notify
+  // whoever waits hangs, which is noted here after the time limit of a test. While
+  // LetWaitsPass(true) is in effect, a wait with a limit ends at once, or when it is next notified.
   bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                Duration limit, const std::function<bool()>& met) override;
+  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+            const std::function<bool()>& met) override;
   void LetWaitsPass(bool pass) { waits_pass_ = pass; }
 
   // Whether the stop waited for no more than it may: on each thread at most one sleep of each
@@ -58,6 +60,10 @@ class StopAccount final : public Clock {
 
  private:
   using ThreadAndLength = std::pair<std::thread::id, Duration>;
+
+  // Waits until `met`, which it returns. Notes a hang.
+  bool WaitUntilMet(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                    const std::function<bool()>& met);
 
   Clock& system_;
   const std::function<bool()> runs_;

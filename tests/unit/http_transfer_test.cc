@@ -65,6 +65,10 @@ class ClearingClock final : public Clock {
                Duration /*limit*/, const std::function<bool()>& met) override {
     return met();
   }
+  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+            const std::function<bool()>& met) override {
+    condition.wait(lock, met);
+  }
 
   int Looks() const { return looks_; }
   int LooksAfterTheStop() const { return looks_after_the_stop_; }

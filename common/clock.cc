@@ -28,14 +28,19 @@ class SystemClock final : public Clock {
   }
 };
 
-NeverDestroyed<SystemClock> g_systemClock;
 std::atomic<Clock*> g_replacement{nullptr};
+
+// Made at its first use, which may be in the constructor of another static object.
+Clock& SystemsClock() {
+  static NeverDestroyed<SystemClock> clock;
+  return *clock;
+}
 
 }  // namespace
 
 Clock& CurrentClock() {
   Clock* const replacement = g_replacement.load(std::memory_order_acquire);
-  return replacement != nullptr ? *replacement : *g_systemClock;
+  return replacement != nullptr ? *replacement : SystemsClock();
 }
 
 void UseClock(Clock* clock) { g_replacement.store(clock, std::memory_order_release); }

@@ -23,7 +23,7 @@ class Clock {
   // Seconds since 1970, as the user's clock shows them.
   virtual std::time_t WallTime() = 0;
 
-  // Returns after about `duration`, not before.
+  // Returns after about `duration`.
   virtual void Sleep(Duration duration) = 0;
 
   // Waits on `condition`, with `lock` held before and after, until `met` or until `limit` has

@@ -146,7 +146,7 @@ bool TempFolderIsWritable() {
 
 void ReturnToTempFolderBeside() {
   platform::MakeDirectory(FolderBeside().wide);
-  Choose(std::nullopt, true);
+  ForgetTempFolder();
 }
 
 void ForgetTempFolder() { Choose(std::nullopt, true); }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Sets up and checks everything: format, shellcheck, pylint, eslint, clang-tidy, all tests plain and under
-# the sanitizers, the release build with the benchmarks, and half a minute of each fuzzer. Ends with the summary; the last
-# line counts the tests. All steps that can run do run, also after one that failed.
+# the sanitizers, the release build with the benchmarks, and some seconds of each fuzzer. Ends with the
+# summary; the last line counts the tests. All steps that can run do run, also after one that failed.
 #
 #   scripts/check.sh             everything for Linux
 #   scripts/check.sh --fast      format, build and tests of the preset dev only

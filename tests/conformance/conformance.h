@@ -1,5 +1,5 @@
-// What the typed tests of the conformance suite have in common. Each runs for every format; in what
-// the formats differ stands in their traits, which are also the server that serves the streams:
+// What the typed tests of the conformance suite have in common. Each runs for every format. The
+// traits class of a format describes how it differs, and is the server of its streams:
 //
 //   Pipeline                 the class behind the facade
 //   kName, kConsoleName      the format in the player's lines ("PLAY TS:") and in the console's
@@ -15,10 +15,9 @@
 //   Silent(name)             that of one for which not even an answer is sent
 //   Gated(name)              that of one of which about half is sent, and the rest no earlier than
 //                            after ReleaseGated(name)
-//   AwaitWhole()             waits until Whole() is received so far that another start changes
-//   nothing
-//                            of what is reported of it
-//   AwaitGate()              the same of what Gated() sends
+//   AwaitWhole()             waits until so much of Whole() has been received that another start
+//                            does not change what is reported
+//   AwaitGate()              the same for what Gated() sends before it is released
 //
 // Streams of different names have different addresses.
 #ifndef TESTS_CONFORMANCE_CONFORMANCE_H_

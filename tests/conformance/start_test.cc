@@ -58,6 +58,8 @@ TYPED_TEST(StartTest, OfAnotherAddressPlaysAllOfThatAndNothingOfTheFirst) {
 TYPED_TEST(StartTest, SecondOneWithoutAStopRequestsTheSameAddressAgainAndEndsInOneStop) {
   const std::string url = this->server_.Endless("a");
   this->BeginAndWaitForVideo(url);
+  // The first start requests no more than this while the clock lets no wait end by its limit.
+  EXPECT_TRUE(this->server_.WaitForRequests(TypeParam::kRequests));
   const std::size_t requests = this->server_.CountRequests(PathOf(url));
   EXPECT_TRUE(this->downloader_.BeginDownload(url));
   EXPECT_TRUE(this->server_.WaitForRequests(PathOf(url), requests + 1));
@@ -81,10 +83,9 @@ TYPED_TEST(StartTest, ThreeWithoutAStopAreForgottenByOneStop) {
   for (int i = 0; i < 3; ++i) this->downloader_.BeginDownload(this->server_.Endless("a"));
   EXPECT_TRUE(this->server_.WaitForRequests(1));
   EXPECT_TRUE(this->StopPromptly());
-  const std::size_t requests = this->server_.CountRequests(PathOf(this->server_.Endless("a")));
   this->StartAgain();
   this->ExpectToPlayWhole("b", TypeParam::kDueAgain, 1);
-  EXPECT_EQ(this->server_.CountRequests(PathOf(this->server_.Endless("a"))), requests);
+  EXPECT_FALSE(this->player_.Snapshot().HasMessage(this->OkLine(this->server_.Endless("a"))));
   EXPECT_EQ(this->server_.CountRequests(PathOf(this->server_.Whole("b"))), 1U);
 }
 

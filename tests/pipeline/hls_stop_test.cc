@@ -182,7 +182,7 @@ TEST_F(HlsStopTest, FloodOfGarbageDoesNotHoldItUp) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(HlsStopTest, DestructorStopsWhatPlays) {
+TEST_F(HlsStopTest, OfTheDestructorIsReportedLast) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 3)));
   {
     CStreamDownloader inner(&player_);

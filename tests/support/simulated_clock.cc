@@ -70,7 +70,7 @@ void SimulatedClock::Wait(std::condition_variable& condition, std::unique_lock<s
   while (!WaitFor(condition, lock, kForEver, met)) condition.wait(lock);  // after Release
 }
 
-// It is looked at `met` before the thread counts as one that waits.
+// Checks `met` before the thread counts as waiting.
 bool SimulatedClock::WaitUntilDue(Duration limit, std::condition_variable& condition,
                                   std::unique_lock<std::mutex>& lock,
                                   const std::function<bool()>& met) {
@@ -134,11 +134,13 @@ bool SimulatedClock::AwaitWaiting(std::size_t count) {
 
 bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t count,
                                   Duration step) {
-  for (;;) {
-    if (!AwaitWaitingOr(met, count)) return false;
+  const auto limit = std::chrono::steady_clock::now() + kLimit;
+  while (AwaitWaitingOr(met, count)) {
     if (met()) return true;
+    if (std::chrono::steady_clock::now() > limit) return false;
     Advance(step);
   }
+  return false;
 }
 
 // Looks at `met` every millisecond, since nobody notifies the clock of it.

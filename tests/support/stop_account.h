@@ -1,4 +1,4 @@
-// StopAccount: the system's clock, which takes down what a stop has to wait for: the sleeps that
+// StopAccount: the system's clock, which records what a stop has to wait for: the sleeps that
 // begin once the run flag is clear. A stop is prompt if every thread sleeps no further than the
 // sleep that it had decided on before, and that is shown without measuring a time.
 #ifndef TESTS_SUPPORT_STOP_ACCOUNT_H_
@@ -48,7 +48,7 @@ class StopAccount final : public Clock {
   // of different lengths where what a thread waited for arrives at that very moment.
   testing::AssertionResult WasPrompt(Duration pace) const;
 
-  // Forgets what was taken down, before the next start.
+  // Forgets what was recorded, before the next start.
   void Forget();
 
   // How many sleeps have begun since the construction.

@@ -1,9 +1,8 @@
-// Waiting for something that tells nobody when it happens.
+// Waits for something that notifies nobody when it happens.
 #ifndef TESTS_SUPPORT_WAIT_UNTIL_H_
 #define TESTS_SUPPORT_WAIT_UNTIL_H_
 
 #include <chrono>
-#include <future>
 #include <thread>
 
 // False when `met` did not hold within the time limit.
@@ -15,12 +14,6 @@ bool WaitUntil(Condition met) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
   return true;
-}
-
-// Whether it has not come to its end, given some time to do so.
-template <typename Result>
-bool StillWaits(const std::future<Result>& waiting) {
-  return waiting.wait_for(std::chrono::milliseconds(100)) == std::future_status::timeout;
 }
 
 #endif  // TESTS_SUPPORT_WAIT_UNTIL_H_

@@ -14,13 +14,6 @@ namespace {
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
-TEST(ClockTest, SystemClockSleepsNoShorterThanItWasAskedTo) {
-  Clock& clock = CurrentClock();
-  const Clock::TimePoint before = clock.Now();
-  SleepFor(milliseconds(3));
-  EXPECT_GE(clock.Now() - before, milliseconds(3));
-}
-
 TEST(ClockTest, SystemClockEndsAWaitThatIsNeverMetAfterItsLimit) {
   std::mutex mutex;
   std::condition_variable condition;

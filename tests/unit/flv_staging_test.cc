@@ -304,7 +304,7 @@ class FlvFullStreamTest : public FlvTasks {
   }
 
   // Looks for space every millisecond, and finds none.
-  bool StillWaits() { return StillPolls(clock_, kPace); }
+  bool IsStillPolling() { return StillPolls(clock_, kPace); }
   void LookAgain() { clock_.Advance(kPace); }
 
   static constexpr Clock::Duration kPace{1};
@@ -318,7 +318,7 @@ TEST_F(FlvFullStreamTest, PieceWaitsUntilSomethingWasReadAndIsThenStaged) {
   EXPECT_TRUE(Stage(0, 9));
   EXPECT_TRUE(Stage(9, 5)) << "there was room for one byte";
   auto piece = StageLater(14, 3);
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   EXPECT_EQ(full_.UnreadSize(), 14U);
   EXPECT_TRUE(full_.Skip(number_, 5));
   LookAgain();
@@ -335,14 +335,14 @@ TEST_F(FlvFullStreamTest, PieceThatIsThereAlreadyDoesNotWait) {
 TEST_F(FlvFullStreamTest, StopAndANewStreamEndTheWaitAndThePieceIsRefused) {
   EXPECT_TRUE(Stage(0, 10));
   auto replaced = StageLater(10, 1);
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   const std::uint64_t older = std::exchange(number_, full_.Begin());
   LookAgain();
   EXPECT_FALSE(replaced.get());
   EXPECT_FALSE(full_.Stage(older, 10, "x", 1));
   EXPECT_TRUE(Stage(0, 10));
   auto stopped = StageLater(10, 1);
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   g_flvRunning = false;
   full_.Stop();
   LookAgain();
@@ -352,7 +352,7 @@ TEST_F(FlvFullStreamTest, StopAndANewStreamEndTheWaitAndThePieceIsRefused) {
 TEST_F(FlvFullStreamTest, EndOfTheParsingEndsTheWaitAndThePieceIsDropped) {
   EXPECT_TRUE(Stage(0, 10));
   auto piece = StageLater(10, 3);
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   full_.EndParsing(number_);
   LookAgain();
   EXPECT_TRUE(piece.get());

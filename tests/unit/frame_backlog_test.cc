@@ -32,7 +32,7 @@ class FrameBacklogTest : public testing::Test {
   }
 
   // Looks for room every millisecond, and finds none.
-  bool StillWaits() { return StillPolls(clock_, kPace); }
+  bool IsStillPolling() { return StillPolls(clock_, kPace); }
 
   // The next look will end the wait.
   void LookAgain() { clock_.Advance(kPace); }
@@ -58,7 +58,7 @@ TEST_F(FrameBacklogTest, AsManyFramesAndBytesAsTheLimitDoNotWait) {
 TEST_F(FrameBacklogTest, OneFrameTooManyWaitsUntilOneIsTaken) {
   for (int i = 0; i < 3; ++i) Push(0, g_audioQueue);
   const std::future<void> waiting = Await({2, 100});
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   PopAudioFrame();
   LookAgain();
   waiting.wait();
@@ -67,7 +67,7 @@ TEST_F(FrameBacklogTest, OneFrameTooManyWaitsUntilOneIsTaken) {
 TEST_F(FrameBacklogTest, OneByteTooManyWaitsUntilItsFrameIsTaken) {
   Push(101, g_videoQueue);
   const std::future<void> waiting = Await({2, 100});
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   PopVideoFrame();
   LookAgain();
   waiting.wait();
@@ -76,7 +76,7 @@ TEST_F(FrameBacklogTest, OneByteTooManyWaitsUntilItsFrameIsTaken) {
 TEST_F(FrameBacklogTest, StopEndsTheWait) {
   Push(101, g_videoQueue);
   const std::future<void> waiting = Await({2, 100});
-  EXPECT_TRUE(StillWaits());
+  EXPECT_TRUE(IsStillPolling());
   running_ = false;
   LookAgain();
   waiting.wait();

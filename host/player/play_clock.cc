@@ -8,7 +8,7 @@
 namespace player {
 namespace {
 
-// A device asks for sound one portion ahead, so few lines and sounds lie ahead of now.
+// A device asks for sound one portion ahead, so few lines and sounds are ahead of now.
 constexpr std::size_t kMostKept = 16;
 
 // The last that counts at the moment `now`; the first where none does yet.

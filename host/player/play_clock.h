@@ -35,7 +35,7 @@ class PlayClock {
   void Start(double stream, double now);
   bool HasStarted() const;
 
-  // From the moment `at`, which may lie a little ahead, the sound of the time `stream` is heard.
+  // From the moment `at`, which may be a little ahead, the sound of the time `stream` is heard.
   // Moments that follow each other closely are smoothed.
   void Hear(double stream, double at, Order order = Order::kFollows);
   // From the moment `at` no sound is heard.

@@ -132,8 +132,8 @@ TEST(OptionsTest, RepeatThatIsNoCountIsRefused) {
 }
 
 TEST(OptionsTest, ExpectedFramesThatAreNoCountsAreRefused) {
-  for (const char* value :
-       {"0", "3,0", "x", "", "1.5", "-1", "+1", " 1", "1,", ",1", "1,,2", "1,x", "18446744073709551616"}) {
+  for (const char* value : {"0", "3,0", "x", "", "1.5", "-1", "+1", " 1", "1,", ",1", "1,,2", "1,x",
+                            "18446744073709551616"}) {
     ExpectRefused({"a", "--expect-frames", value},
                   std::string("--expect-frames: '") + value + "' is not a whole number");
   }

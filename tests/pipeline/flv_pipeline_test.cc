@@ -77,9 +77,9 @@ TEST_F(FlvPipelineTest, DownloadOfTenKibibytesStartsThePlayTaskOnlyAtItsEnd) {
   downloader_.BeginDownload(url);
   EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 10240; }));
   EXPECT_TRUE(clock.AwaitWaiting(kTasks));
-  const std::size_t checks = clock.VainChecks();
+  const std::size_t checks = clock.UnmetChecks();
   g_flvStream->Stop();  // wakes the play task, and no more while the pipeline runs
-  EXPECT_TRUE(WaitUntil([&] { return clock.VainChecks() > checks; }));
+  EXPECT_TRUE(WaitUntil([&] { return clock.UnmetChecks() > checks; }));
   EXPECT_TRUE(clock.AwaitWaiting(kTasks));
   EXPECT_FALSE(player_.Snapshot().HasMessage(OkLine(url)));
   clock.Release();

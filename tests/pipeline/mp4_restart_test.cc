@@ -449,7 +449,7 @@ TEST_F(Mp4BlockedFileTest, BytesWaitUntilItCanBeWritten) {
 
 // In simulated time all four tasks look again and again, each every millisecond: the download task
 // as well, for every piece and once its transfer has ended. There are far fewer pieces than looks.
-TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferIsOver) {
+TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferHasFinished) {
   constexpr std::size_t kTasks = 4;
   constexpr int kLooks = 1'000;
   SimulatedClock clock;

@@ -1,5 +1,5 @@
 // What libcurl is given by curl_easy_setopt: the program that is linked with curl_options.cc calls
-// this function instead, which takes the numbers down and hands everything on. For shared libraries
+// this function instead, which records numeric options and forwards the call. For shared libraries
 // of ELF systems only.
 #ifndef TESTS_SUPPORT_CURL_OPTIONS_H_
 #define TESTS_SUPPORT_CURL_OPTIONS_H_

@@ -1,5 +1,5 @@
 // Threads that wait by looking again and again, asleep in between: whether one of them still waits,
-// told by what it does and not by how long nothing has happened.
+// shown by what it does and not by how long nothing has happened.
 #ifndef TESTS_SUPPORT_POLLING_H_
 #define TESTS_SUPPORT_POLLING_H_
 

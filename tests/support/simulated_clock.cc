@@ -59,7 +59,7 @@ bool SimulatedClock::WaitFor(std::condition_variable& condition, std::unique_loc
                              Duration limit, const std::function<bool()>& met) {
   return WaitUntilDue(limit, condition, lock, [&] {
     const bool is_met = met();
-    if (!is_met) ++vain_checks_;
+    if (!is_met) ++unmet_checks_;
     return is_met;
   });
 }

@@ -66,7 +66,7 @@ class SimulatedClock final : public Clock {
   std::size_t Looks() const { return looks_.load(); }
 
   // How often those who wait on a condition have found it not to be met.
-  std::size_t VainChecks() const { return vain_checks_.load(); }
+  std::size_t UnmetChecks() const { return unmet_checks_.load(); }
 
  private:
   struct Waiter {
@@ -93,7 +93,7 @@ class SimulatedClock final : public Clock {
   std::atomic<bool> released_{false};
   std::atomic<Duration> longest_real_sleep_{Duration::zero()};
   std::atomic<std::size_t> looks_{0};
-  std::atomic<std::size_t> vain_checks_{0};
+  std::atomic<std::size_t> unmet_checks_{0};
 
   mutable std::mutex mutex_;
   std::condition_variable moved_;           // the time, for those who sleep

@@ -69,9 +69,9 @@ class FlvPlayAsideTest : public FlvPlayTest {
   // Whether the task waits for the beginning of the stream. It is woken and looks again.
   bool StillWaitsForTheBeginning() {
     if (!clock_.AwaitWaiting(1)) return false;
-    const std::size_t checks = clock_.VainChecks();
+    const std::size_t checks = clock_.UnmetChecks();
     g_flvStream->Stop();  // nothing but the wake-up, since the pipeline runs
-    return WaitUntil([&] { return clock_.VainChecks() > checks; }) && clock_.AwaitWaiting(1) &&
+    return WaitUntil([&] { return clock_.UnmetChecks() > checks; }) && clock_.AwaitWaiting(1) &&
            player_.Snapshot().messages.empty();
   }
 

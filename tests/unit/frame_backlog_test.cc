@@ -31,7 +31,7 @@ class FrameBacklogTest : public testing::Test {
     return std::async(std::launch::async, [this, limit] { AwaitFrameRoom(running_, limit); });
   }
 
-  // Looks for room every millisecond, and finds none.
+  // Checks for queue space every millisecond, and finds none.
   bool IsStillPolling() { return StillPolls(clock_, kPace); }
 
   // The next look will end the wait.

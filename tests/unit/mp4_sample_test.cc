@@ -37,7 +37,7 @@ using mp4_test::WithAdtsHeader;
 constexpr std::uint64_t kTimeMs = 120;
 constexpr std::uint64_t kStartMs = 80;
 
-// How often it is looked for room in the queues.
+// How often the parser checks for queue space.
 constexpr Clock::Duration kPace{1};
 
 class Mp4SampleTest : public testing::Test {

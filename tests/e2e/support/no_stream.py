@@ -8,13 +8,13 @@ _REFUSED = "The packet isn't TS packet"
 
 
 def with_a_last_packet_that_is_refused(body):
-    """So that a line is printed when the parser has come to the end of the body."""
+    """So that a line is printed when the parser has reached the end of the body."""
     return body + bytes(-len(body) % _PACKET) + bytes(_PACKET)
 
 
 class NoStreamCase(EndToEndCase):
     """Only silence ends these runs: what is printed of packets is not flushed before the stop. It
-    shows afterwards that the parser had come to the end."""
+    shows afterwards that the parser had reached the end."""
 
     def assert_each_packet_is_refused(self, run, body):
         """Each that does not begin as one, and nothing plays."""

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <cstdio>
+#include <vector>
 
 #include "tests/golden/media_tools.h"
 
@@ -22,11 +23,20 @@ std::string HashOf(const std::string& text) {
   return digits.data();
 }
 
+// Another version may make other files.
+std::string VersionOfFfmpeg() {
+  const ScratchDirectory scratch;
+  RunTool("ffmpeg -version", scratch.File("version"));
+  const std::vector<std::uint8_t> text = ReadWholeFile(scratch.File("version"));
+  return {text.begin(), text.end()};
+}
+
 }  // namespace
 
 fs::path MadeOnce(const std::string& name, const std::string& recipe,
                   const std::function<void(const fs::path&)>& make) {
-  const fs::path directory = fs::path(GOLDEN_SAMPLES) / HashOf(recipe);
+  static const std::string version = VersionOfFfmpeg();
+  const fs::path directory = fs::path(GOLDEN_SAMPLES) / HashOf(version + recipe);
   fs::path file = directory / name;
   if (fs::exists(file)) return file;
   fs::create_directories(directory);

@@ -7,8 +7,8 @@
 #include <string>
 
 // The file `name` that was made from `recipe`: whoever asks for it first has `make` write it. It is
-// shared and must not be changed. A file by another recipe is another file. Throws what `make`
-// throws; the next one to ask then tries again.
+// shared and must not be changed. Another recipe, or another version of ffmpeg, makes another file.
+// Throws what `make` throws; the next one to ask then tries again.
 //
 // Programs may ask for the same file at the same time: it takes its place once it is whole.
 std::filesystem::path MadeOnce(const std::string& name, const std::string& recipe,

@@ -169,7 +169,7 @@ TEST_F(HlsSilenceTest, FirstPlaylistThatIsNeverAnsweredIsTriedTwiceAndGivenUp) {
 
 // A look may be of a turn of libcurl that began before the last bytes, hence the short pauses.
 TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitGoesOn) {
-  constexpr std::chrono::milliseconds kPauseAfterEach = kLimit / 4;
+  static constexpr std::chrono::milliseconds kPauseAfterEach = kLimit / 4;
   constexpr std::size_t kTrickles = 40;
   server_.Put("/seg0.ts", Trickling(Whole(std::string("x")), kPauseAfterEach));
   QueueOrLeave(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));

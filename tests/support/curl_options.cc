@@ -34,6 +34,7 @@ extern "C" CURLcode(curl_easy_setopt)(CURL* handle, CURLoption option, ...) {
     const std::lock_guard lock(g_mutex);
     g_numbers[handle][option] = number;
     result = LibcurlsOwn()(handle, option, number);
+    // NOLINTNEXTLINE(bugprone-branch-clone): the arguments differ in type
   } else if (option >= CURLOPTTYPE_OFF_T && option < CURLOPTTYPE_BLOB) {
     result = LibcurlsOwn()(handle, option, va_arg(arguments, curl_off_t));
   } else {

@@ -74,7 +74,7 @@ endfunction()
 function(stream_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS" "LABEL;TIMEOUT;SHARDS" "SOURCES;LIBRARIES;COMPONENT")
   if(NOT arg_TIMEOUT)
-    set(arg_TIMEOUT 300)
+    set(arg_TIMEOUT 600)  # under wine, beside other work
   endif()
   if(NOT arg_SHARDS)
     set(arg_SHARDS 1)

@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/test_limit.h"
+
 namespace httplib {
 class DataSink;
 struct Request;
@@ -47,12 +49,12 @@ class LocalServer {
 
   bool WaitForRequests(std::size_t count) {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kLimit, [&] { return requests_.size() >= count; });
+    return changed_.wait_for(lock, kTestLimit, [&] { return requests_.size() >= count; });
   }
 
   bool WaitForRequests(const std::string& path, std::size_t count) {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, kLimit, [&] { return CountLocked(path) >= count; });
+    return changed_.wait_for(lock, kTestLimit, [&] { return CountLocked(path) >= count; });
   }
 
  protected:
@@ -103,8 +105,6 @@ class LocalServer {
   std::condition_variable changed_;
 
  private:
-  static constexpr std::chrono::seconds kLimit{20};
-
   std::size_t CountLocked(const std::string& path) const;
 
   int port_ = 0;

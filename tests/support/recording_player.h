@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "public/stream_player.h"
+#include "tests/support/test_limit.h"
 
 struct RecordedFrame {
   std::uint64_t pts;
@@ -110,7 +111,7 @@ class RecordingPlayer final : public CStreamPlayerImp {
 
   // Waits until `met` holds for what was recorded. False when it did not within the time limit.
   bool WaitFor(const std::function<bool(const Record&)>& met,
-               std::chrono::milliseconds limit = std::chrono::seconds(20)) {
+               std::chrono::milliseconds limit = kTestLimit) {
     std::unique_lock lock(mutex_);
     return changed_.wait_for(lock, limit, [&] { return met(record_); });
   }

@@ -6,13 +6,7 @@
 #include <vector>
 
 #include "common/platform.h"
-
-namespace {
-
-// Turns a hang into a failure; nothing that is asserted depends on it.
-constexpr std::chrono::seconds kLimit{20};
-
-}  // namespace
+#include "tests/support/test_limit.h"
 
 // Not at the beginning of time, where a subtraction could run below it.
 SimulatedClock::SimulatedClock() : start_(std::chrono::hours(1000)) { UseClock(this); }
@@ -129,12 +123,12 @@ std::size_t SimulatedClock::WaitingLocked() const {
 
 bool SimulatedClock::AwaitWaiting(std::size_t count) {
   std::unique_lock lock(mutex_);
-  return changed_.wait_for(lock, kLimit, [&] { return WaitingLocked() >= count; });
+  return changed_.wait_for(lock, kTestLimit, [&] { return WaitingLocked() >= count; });
 }
 
 bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t count,
                                   Duration step) {
-  const auto limit = std::chrono::steady_clock::now() + kLimit;
+  const auto limit = std::chrono::steady_clock::now() + kTestLimit;
   while (AwaitWaitingOr(met, count)) {
     if (met()) return true;
     if (std::chrono::steady_clock::now() > limit) return false;
@@ -145,7 +139,7 @@ bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t 
 
 // Looks at `met` every millisecond, since nobody notifies the clock of it.
 bool SimulatedClock::AwaitWaitingOr(const std::function<bool()>& met, std::size_t count) {
-  const auto limit = std::chrono::steady_clock::now() + kLimit;
+  const auto limit = std::chrono::steady_clock::now() + kTestLimit;
   std::unique_lock lock(mutex_);
   while (!changed_.wait_for(lock, std::chrono::milliseconds(1),
                             [&] { return WaitingLocked() >= count; })) {

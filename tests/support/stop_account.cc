@@ -2,12 +2,7 @@
 
 #include <utility>
 
-namespace {
-
-// Turns a hang into a failure; nothing that is asserted depends on it.
-constexpr std::chrono::seconds kLimit{20};
-
-}  // namespace
+#include "tests/support/test_limit.h"
 
 StopAccount::StopAccount(std::function<bool()> runs)
     : system_(CurrentClock()), runs_(std::move(runs)) {
@@ -42,7 +37,7 @@ void StopAccount::Wait(std::condition_variable& condition, std::unique_lock<std:
 bool StopAccount::WaitUntilMet(std::condition_variable& condition,
                                std::unique_lock<std::mutex>& lock,
                                const std::function<bool()>& met) {
-  const auto deadline = std::chrono::steady_clock::now() + kLimit;
+  const auto deadline = std::chrono::steady_clock::now() + kTestLimit;
   while (!met()) {
     if (condition.wait_until(lock, deadline) == std::cv_status::no_timeout) continue;
     const std::lock_guard own(mutex_);
@@ -78,5 +73,5 @@ std::size_t StopAccount::Sleeps() const {
 
 bool StopAccount::AwaitSleeps(std::size_t count) {
   std::unique_lock lock(mutex_);
-  return slept_.wait_for(lock, kLimit, [&] { return sleeps_ >= count; });
+  return slept_.wait_for(lock, kTestLimit, [&] { return sleeps_ >= count; });
 }

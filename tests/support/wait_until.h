@@ -5,10 +5,12 @@
 #include <chrono>
 #include <thread>
 
+#include "tests/support/test_limit.h"
+
 // False when `met` did not hold within the time limit.
 template <typename Condition>
 bool WaitUntil(Condition met) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+  const auto limit = std::chrono::steady_clock::now() + kTestLimit;
   while (!met()) {
     if (std::chrono::steady_clock::now() > limit) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(1));

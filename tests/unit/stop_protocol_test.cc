@@ -13,11 +13,9 @@
 
 #include "common/console.h"
 #include "common/frame_queue.h"
+#include "tests/support/test_limit.h"
 
 namespace {
-
-// Turns a hang into a failure.
-constexpr std::chrono::seconds kLimit{20};
 
 class StopProtocolTest : public testing::Test {
  protected:
@@ -65,7 +63,7 @@ TEST_F(StopProtocolTest, LineFlagWakeTasksVideoAudioIsTheOrder) {
   std::promise<void> begun;
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
-    const bool was_woken = woken.get_future().wait_for(kLimit) == std::future_status::ready;
+    const bool was_woken = woken.get_future().wait_for(kTestLimit) == std::future_status::ready;
     ConsoleLine(was_woken ? "task ends" : "task was joined before it was woken");
   }));
   begun.get_future().wait();
@@ -103,7 +101,7 @@ TEST_F(StopProtocolTest, FramesThatATaskQueuesAfterTheFlagWasClearedAreDroppedTo
   std::promise<void> begun;
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
-    woken.get_future().wait_for(kLimit);
+    woken.get_future().wait_for(kTestLimit);
     QueueFrames();
   }));
   begun.get_future().wait();
@@ -130,7 +128,7 @@ TEST_F(StopProtocolTest, TasksAreWokenAndJoinedAlsoWhenTheFlagIsClear) {
   std::atomic<bool> ended{false};
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
-    woken.get_future().wait_for(kLimit);
+    woken.get_future().wait_for(kTestLimit);
     for (int i = 0; i < 1000; ++i) std::this_thread::yield();  // a stop that joins still waits
     ended = true;
   }));
@@ -156,14 +154,14 @@ TEST_F(StopProtocolTest, AdmittedTaskThatHasNotBegunNeverRuns) {
   std::atomic<bool> has_run{false};
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
-    release.get_future().wait_for(kLimit);
+    release.get_future().wait_for(kTestLimit);
   }));
   pool_.AddTask(gate_.Admit([&] { has_run = true; }));
   pool_.AddTask([&] { taken.set_value(); });
   begun.get_future().wait();
   wake_ = [&] {
     release.set_value();
-    EXPECT_EQ(taken.get_future().wait_for(kLimit), std::future_status::ready);
+    EXPECT_EQ(taken.get_future().wait_for(kTestLimit), std::future_status::ready);
   };
   EXPECT_TRUE(Stop());
   EXPECT_FALSE(has_run.load()) << "the gate was closed too late";
@@ -175,7 +173,7 @@ TEST_F(StopProtocolTest, AdmittedTaskThatWasLeftInThePoolDoesNotRunAfterTheNextS
   std::atomic<bool> has_run{false};
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
-    woken.get_future().wait_for(kLimit);
+    woken.get_future().wait_for(kTestLimit);
   }));
   begun.get_future().wait();
   wake_ = [&] { woken.set_value(); };
@@ -184,7 +182,7 @@ TEST_F(StopProtocolTest, AdmittedTaskThatWasLeftInThePoolDoesNotRunAfterTheNextS
   std::promise<void> next;
   pool_.Start();
   pool_.AddTask(gate_.Admit([&] { next.set_value(); }));
-  EXPECT_EQ(next.get_future().wait_for(kLimit), std::future_status::ready);
+  EXPECT_EQ(next.get_future().wait_for(kTestLimit), std::future_status::ready);
   EXPECT_FALSE(has_run.load());
 }
 

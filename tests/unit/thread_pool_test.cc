@@ -13,6 +13,7 @@
 
 #include "common/task_gate.h"
 #include "tests/support/mp4_memory.h"
+#include "tests/support/test_limit.h"
 
 namespace {
 
@@ -32,7 +33,7 @@ class Gate {
   }
   bool WaitForInside(int count) {
     std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(20), [&] { return inside_ == count; });
+    return changed_.wait_for(lock, kTestLimit, [&] { return inside_ == count; });
   }
   int Inside() {
     const std::lock_guard lock(mutex_);

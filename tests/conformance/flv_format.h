@@ -20,6 +20,7 @@ class FlvFormat : public TestServer {
   static constexpr char kConsoleName[] = "flv";
   static constexpr char kOkLine[] = "PLAY FLV CACHE_NO OK:";
   static constexpr std::size_t kRequests = 1;
+  static constexpr std::size_t kAddressRequests = 1;
   static constexpr int kRestartLines = 1;
   static constexpr bool kOwnRunFlag = false;
   static constexpr std::chrono::milliseconds kPace{100};  // the parser's poll for bytes

@@ -21,6 +21,7 @@ class HlsFormat : public HlsServer {
   static constexpr char kConsoleName[] = "m3u8";
   static constexpr char kOkLine[] = "PLAY M3U8 OK:";
   static constexpr std::size_t kRequests = 3;
+  static constexpr std::size_t kAddressRequests = 2;
   static constexpr int kRestartLines = 0;
   static constexpr bool kOwnRunFlag = true;
   static constexpr std::chrono::milliseconds kPace{1};

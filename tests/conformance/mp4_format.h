@@ -20,6 +20,7 @@ class Mp4Format : public Mp4Server {
   static constexpr char kConsoleName[] = "mp4";
   static constexpr char kOkLine[] = "PLAY MP4 OK:";
   static constexpr std::size_t kRequests = 1;
+  static constexpr std::size_t kAddressRequests = 1;
   static constexpr int kRestartLines = 1;
   static constexpr bool kOwnRunFlag = false;
   static constexpr std::chrono::milliseconds kPace{1};

@@ -58,11 +58,9 @@ TYPED_TEST(StartTest, OfAnotherAddressPlaysAllOfThatAndNothingOfTheFirst) {
 TYPED_TEST(StartTest, SecondOneWithoutAStopRequestsTheSameAddressAgainAndEndsInOneStop) {
   const std::string url = this->server_.Endless("a");
   this->BeginAndWaitForVideo(url);
-  // The first start requests no more than this while the clock lets no wait end by its limit.
-  EXPECT_TRUE(this->server_.WaitForRequests(TypeParam::kRequests));
-  const std::size_t requests = this->server_.CountRequests(PathOf(url));
+  EXPECT_TRUE(this->server_.WaitForRequests(PathOf(url), TypeParam::kAddressRequests));
   EXPECT_TRUE(this->downloader_.BeginDownload(url));
-  EXPECT_TRUE(this->server_.WaitForRequests(PathOf(url), requests + 1));
+  EXPECT_TRUE(this->server_.WaitForRequests(PathOf(url), TypeParam::kAddressRequests + 1));
   EXPECT_TRUE(this->StopPromptly());
   EXPECT_EQ(this->player_.Snapshot().MessagesWith(this->StartLine(url)).size(), 2U);
   EXPECT_EQ(this->player_.Snapshot().MessagesWith(this->RestartPrefix()).size(),

@@ -21,6 +21,7 @@ class TsFormat : public TestServer {
   static constexpr char kConsoleName[] = "ts";
   static constexpr char kOkLine[] = "PLAY TS OK:";
   static constexpr std::size_t kRequests = 1;
+  static constexpr std::size_t kAddressRequests = 1;
   static constexpr int kRestartLines = 1;
   static constexpr bool kOwnRunFlag = false;
   static constexpr std::chrono::milliseconds kPace{10};  // while there is nothing to parse

@@ -37,7 +37,7 @@ class FrameQueue {
   // is left and the stream has ended. Whoever asks for the next one has done with the one before.
   std::optional<MediaUnit> Pop(Kind kind, bool until_end);
 
-  // Whether the stream has ended, as far as is known: units may come again all the same.
+  // Whether the stream has ended, as far as is known: units may be received again all the same.
   void SetEnded(bool ended);
   bool HasEnded() const;
 

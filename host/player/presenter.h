@@ -35,7 +35,7 @@ class Presenter {
   double ShowDue(Playback& playback, double longest);
 
  private:
-  // What comes next, and the segment of times in which it is due.
+  // The next picture, and the segment of times in which it is due.
   struct Next {
     PictureFacts facts;
     std::uint64_t segment = 0;

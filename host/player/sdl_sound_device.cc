@@ -22,7 +22,7 @@ std::unique_ptr<SdlSoundDevice> SdlSoundDevice::Open(const host::Clock& clock, s
   return nullptr;
 }
 
-// A device that was opened pauses until it is told not to.
+// SDL opens a device paused.
 void SdlSoundDevice::Start(Source source) {
   source_ = std::move(source);
   SDL_PauseAudioDevice(device_, 0);

@@ -150,7 +150,7 @@ TYPED_TEST(StopTest, HundredAtRandomTimesFromAnotherThread) {
   for (std::size_t i = 0; i < kStops; ++i) {
     this->StartAgain();
     this->account_.LetWaitsPass(random() % 2 == 0);
-    this->downloader_.SetStartPostion(0);  // else a stream that has an end would come to it
+    this->downloader_.SetStartPostion(0);  // else a stream that has an end would reach it
     this->BeginCounting();
     this->downloader_.BeginDownload(urls.at(i / 2 % 2));
     std::thread stopper([&] {

@@ -30,7 +30,7 @@ class FlvStopTest : protected AccountedStops, public FlvPlayFixture {
   }
 };
 
-// Where a stream has got to when the stop comes.
+// Where a stream has got to when it is stopped.
 struct Stage {
   const char* name;
   const char* path;

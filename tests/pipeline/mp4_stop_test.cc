@@ -52,7 +52,7 @@ TEST_F(Mp4StopTest, PositionOfAPipelineThatNeverPlayedIsTaken) {
   EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 StartPostion:00:00:12.000 Q:"), SizeIs(1));
 }
 
-// Where a stream has got to when the stop comes.
+// Where a stream has got to when it is stopped.
 struct Stage {
   const char* name;
   Mp4Reply reply;

@@ -21,8 +21,8 @@
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
-// The file in which segments without video are kept. Every test begins without it, and with the
-// directory that it lies in.
+// The file in which segments without video are kept. Every test begins with its directory, and
+// without the file.
 class BadSegmentFile {
  public:
   BadSegmentFile() : path_(GetTempDirA() + "tmpE.ts") {

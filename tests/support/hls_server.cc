@@ -21,7 +21,7 @@ bool HlsServer::WarmUp() {
 
 void HlsServer::SetUpReplies() {
   server_->Get(".*", [this](const auto& request, auto& response) {
-    // In this order: once a request is known to have come, a new reply is not for it.
+    // In this order: a reply that is put after a request was counted is not for that request.
     const SharedReply reply = ReplyTo(request.path);
     Remember(request);
     if (reply != nullptr && reply->is_held && !AwaitRelease(request.path)) return;

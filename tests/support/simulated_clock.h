@@ -38,11 +38,11 @@ class SimulatedClock final : public Clock {
 
   void SetWallTime(std::time_t time) { wall_time_ = time; }
 
-  // Moves the time and wakes whoever's time has come.
+  // Moves the time and wakes the threads that are due.
   void Advance(Duration duration);
 
-  // Threads that sleep or wait in the clock, those excluded whose time has come. Who waits on a
-  // condition has found it not to be met.
+  // Threads that sleep or wait in the clock and are not due yet. One that waits on a condition has
+  // found it not to be met.
   std::size_t Waiting() const;
 
   // Waits until so many threads sleep or wait, which is how a test knows that the component has

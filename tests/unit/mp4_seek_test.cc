@@ -197,7 +197,7 @@ TEST_F(Mp4SeekTest, FileThatClaimsBillionsOfSamplesIsNotSearchedForEver) {
   }
   Lay(movie);
   Pass(Part(path_, file_.index_end));
-  // Each sample is of one byte, so that the offset tells how many were looked at: the audio from
+  // Each sample is of one byte, so that the offset shows how many were read: the audio from
   // its first on, the video from the one behind that of the pass.
   const std::uint64_t video = file_.offsets[0][0] + Mp4TimeIndex::kMaxPlaces;
   const std::uint64_t audio = file_.offsets[1][0] + Mp4TimeIndex::kMaxPlaces - 1;

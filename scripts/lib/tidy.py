@@ -6,7 +6,7 @@ The build directories have been configured; each source is looked at as the firs
 compiles it does. A source that none of them compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR
 names it, so that a new folder cannot escape. With FILEs only those are looked at.
 
-Most of the time of clang-tidy goes into headers. So sources with the same options are joined into one
+Most of the time of clang-tidy goes into headers. So sources with options that agree are joined into one
 source, a batch, as long as they define no name twice. A batch that is clean is clean; where one
 is not, its sources are looked at one by one, and only what is found then counts.
 """
@@ -18,7 +18,6 @@ import shlex
 import shutil
 import subprocess
 import sys
-from collections import defaultdict
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
@@ -39,7 +38,12 @@ NEIGHBOUR = {
 # What unused_names looks for instead, since in a batch another source may use the name.
 SEEN_BY_UNUSED_NAMES = "-misc-unused-using-decls,-misc-unused-alias-decls"
 
-MOST_LINES = 2000  # of a batch; larger ones would leave a processor idle at the end
+# How far the static analyzer follows one function: a third of what it does by itself, which takes less
+# than half the time. Few functions reach the limit.
+ANALYZER_LIMIT = [f"--extra-arg={word}" for word in
+                  ("-Xclang", "-analyzer-config", "-Xclang", "max-nodes=75000")]
+
+MOST_LINES = 3000  # of a batch; larger ones would leave a processor idle at the end
 # What the preprocessor and the parser have to know; optimisation, warnings and sanitizers are the
 # compilers' own affair.
 OPTION = re.compile(r"-([DUI].+|std=.+|isystem)$")
@@ -130,14 +134,38 @@ class Names:
                     and all(self.used[name] == other.used[name] for name in both_used))
 
 
+class Options:
+    """The options of some sources: macros with their values, and everything else."""
+
+    def __init__(self, words):
+        definitions = [word[2:].partition("=") for word in words if word.startswith("-D")]
+        self.macros = {name: value for name, _, value in definitions}
+        self.others = tuple(word for word in words if not word.startswith("-D"))
+
+    def agree_with(self, other):
+        """Whether sources with one say the same with both: a macro more concerns none of them, but
+        for that of assert()."""
+        return (set(self.others) >= set(other.others)
+                and ("NDEBUG" in self.macros) == ("NDEBUG" in other.macros)
+                and all(self.macros.get(name, value) == value for name, value in other.macros.items()))
+
+    def words(self):
+        macros = [f"-D{name}={value}" if value else f"-D{name}" for name, value in self.macros.items()]
+        return (*macros, *self.others)
+
+
 class Batch:
-    def __init__(self):
+    def __init__(self, folder, options):
+        self.folder = folder
+        self.options = options
         self.sources = []
         self.lines = 0
         self.names = Names()
 
-    def take(self, source):
-        """Adds the source, unless there is no room for it or for its names."""
+    def take(self, source, folder, options):
+        """Adds the source, unless there is no room for it, for its names or for its options."""
+        if folder != self.folder or not self.options.agree_with(options):
+            return False
         text = (ROOT / source).read_text(encoding="utf-8")
         lines, names = text.count("\n"), Names(text)
         if self.sources and (self.lines + lines > MOST_LINES or self.names.clash_with(names)):
@@ -145,25 +173,20 @@ class Batch:
         self.sources.append(source)
         self.lines += lines
         self.names.add(names)
+        self.options.macros |= options.macros
         return True
 
 
-def batches_of(sources):
+def all_batches(commands):
+    """Batches of everything, the largest first. Sources with many options are the first of theirs, since
+    those with fewer may join them."""
     batches = []
-    for source in sources:
-        if not any(batch.take(source) for batch in batches):
-            batches.append(Batch())
-            batches[-1].take(source)
-    return batches
-
-
-def all_batches(options):
-    """(configuration folder, options, batch) of everything, the largest first."""
-    alike = defaultdict(list)
-    for source, command in options.items():
-        alike[config_folder(source), command].append(source)
-    made = [(*key, batch) for key, names in alike.items() for batch in batches_of(names)]
-    return sorted(made, key=lambda each: -each[2].lines)
+    for source in sorted(commands, key=lambda source: -len(commands[source])):
+        folder = config_folder(source)
+        if not any(batch.take(source, folder, Options(commands[source])) for batch in batches):
+            batches.append(Batch(folder, Options(commands[source])))
+            batches[-1].take(source, folder, Options(commands[source]))
+    return sorted(batches, key=lambda batch: -batch.lines)
 
 
 def command_entry(path, options):
@@ -171,11 +194,11 @@ def command_entry(path, options):
             "arguments": ["clang++", *options, "-c", str(path)]}
 
 
-def write_batch(path, folder, batch):
+def write_batch(path, batch):
     """One text, not includes: the static analyzer skips what is in another file than the first."""
     path.parent.mkdir(parents=True, exist_ok=True)
-    if folder != ".":
-        shutil.copy(ROOT / folder / CONFIG, path.parent)
+    if batch.folder != ".":
+        shutil.copy(ROOT / batch.folder / CONFIG, path.parent)
     texts = [(ROOT / name).read_text(encoding="utf-8") for name in batch.sources]
     path.write_text("\n".join(texts), encoding="utf-8")
     return path
@@ -187,18 +210,18 @@ def neighbours(batch):
     return [option for folder in folders for option in ("-iquote", folder)]
 
 
-def write_batches(made, options):
+def write_batches(made, commands):
     """Writes the batches and the compile commands, and gives {path of the batch: its sources}."""
     shutil.rmtree(WORK, ignore_errors=True)
     WORK.mkdir(parents=True)
-    entries = [command_entry(ROOT / source, command) for source, command in options.items()]
+    entries = [command_entry(ROOT / source, command) for source, command in commands.items()]
     batches = {}
-    for number, (folder, command, batch) in enumerate(made):
+    for number, batch in enumerate(made):
         if len(batch.sources) == 1:
             path = ROOT / batch.sources[0]
         else:
-            path = write_batch(WORK / folder / f"batch_{number}.cc", folder, batch)
-            entries.append(command_entry(path, (*command, *neighbours(batch))))
+            path = write_batch(WORK / batch.folder / f"batch_{number}.cc", batch)
+            entries.append(command_entry(path, (*batch.options.words(), *neighbours(batch))))
         batches[path] = batch.sources
     (WORK / "compile_commands.json").write_text(json.dumps(entries, indent=1), encoding="utf-8")
     return batches
@@ -216,7 +239,7 @@ def unused_names(sources):
 def tidy(path):
     """What clang-tidy finds in it; nothing where it is clean."""
     run = subprocess.run(["clang-tidy", "--quiet", f"--checks={SEEN_BY_UNUSED_NAMES}",
-                          "-p", str(WORK), str(path)],
+                          *ANALYZER_LIMIT, "-p", str(WORK), str(path)],
                          check=False, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
     return run.stdout + run.stderr if run.returncode else ""
 
@@ -241,13 +264,13 @@ def findings(pool, batches):
 def main(arguments):
     only = arguments[arguments.index("--") + 1:] if "--" in arguments else []
     directories = arguments[:arguments.index("--")] if only else arguments
-    options = compile_options([ROOT / directory for directory in directories])
+    commands = compile_options([ROOT / directory for directory in directories])
     if only:
-        options = {source: options[source] for source in only}
-    batches = write_batches(all_batches(options), options)
-    print(f"{len(options)} sources in {len(batches)} batches", flush=True)
+        commands = {source: commands[source] for source in only}
+    batches = write_batches(all_batches(commands), commands)
+    print(f"{len(commands)} sources in {len(batches)} batches", flush=True)
     with ThreadPoolExecutor(os.cpu_count()) as pool:
-        found = [*unused_names(options), *findings(pool, batches)]
+        found = [*unused_names(commands), *findings(pool, batches)]
     print(*found, sep="\n")
     sys.exit(1 if found else 0)
 

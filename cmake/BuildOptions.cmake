@@ -1,5 +1,5 @@
 # What every target of the project is compiled with: warnings, and the sanitizers asked for. Warnings are
-# errors where CMAKE_COMPILE_WARNING_AS_ERROR says so, as in the presets that the check builds: another
+# errors where CMAKE_COMPILE_WARNING_AS_ERROR says so, as in the presets of the check: another
 # compiler, or other optimisation, may warn where nothing is wrong.
 add_library(stream_options INTERFACE)
 
@@ -16,7 +16,8 @@ if(STREAM_SANITIZE)
   # contract, its run-time type information is not.
   target_compile_options(stream_options INTERFACE
     -fsanitize=${STREAM_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all
-    -fno-omit-frame-pointer -Wno-stringop-overflow)
+    -fno-omit-frame-pointer
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>)  # drawn by the instrumentation itself
   target_link_options(stream_options INTERFACE -fsanitize=${STREAM_SANITIZE})
 endif()
 

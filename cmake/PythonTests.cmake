@@ -37,7 +37,7 @@ function(stream_add_python_tests prefix directory)
   if(CMAKE_CROSSCOMPILING_EMULATOR)
     set(host "'${CMAKE_CROSSCOMPILING_EMULATOR}' ${host}")
   endif()
-  set(environment "STREAM_HOST=${host}" STREAM_SAMPLES=${PROJECT_BINARY_DIR}/tests/samples
+  set(environment "STREAM_HOST=${host}" STREAM_SAMPLES=${STREAM_SAMPLES}
     PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=${directory} ${arg_ENVIRONMENT})
 
   stream_list_python_tests(${directory} ${arg_MODULES} names)

@@ -284,8 +284,8 @@ TEST_F(TsRestartTest, OtherAddressWithoutAStopPlaysBesideAStalledOne) {
   downloader_.BeginDownload(server_.Url("/stall/a.ts"));
   ASSERT_TRUE(WaitForVideo(5));
   downloader_.BeginDownload(server_.Url("/plain/b.ts"));
-  const std::uint64_t last_pts = 90'000 + 18 * 3600;
-  EXPECT_TRUE(player_.WaitFor([last_pts](const Record& record) {
+  constexpr std::uint64_t last_pts = 90'000 + 18 * 3600;
+  EXPECT_TRUE(player_.WaitFor([](const Record& record) {
     return !record.video.empty() && record.video.back().pts == last_pts;
   }));
   EXPECT_TRUE(Stop());

@@ -1,10 +1,10 @@
-# Warnings are errors in the presets that the check builds without sanitizers, and nowhere else: another
-# compiler, or other optimisation, may warn where nothing is wrong.
+# Warnings are errors in the presets for compilers that the project is built with every day, and nowhere
+# else: another compiler, or other optimisation, may warn where nothing is wrong.
 #
 #   cmake -DSOURCE_DIR=... -DDIRECTORY=... -DCOMPILER=... -DGENERATOR=... -DMAKE_PROGRAM=... -P ...
 cmake_minimum_required(VERSION 3.25)
 
-set(strict_presets dev release windows)
+set(strict_presets dev release sanitized asan tsan coverage fuzz windows)
 set(variable CMAKE_COMPILE_WARNING_AS_ERROR)
 
 # --- A build without a preset ---

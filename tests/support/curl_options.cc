@@ -24,10 +24,16 @@ std::map<CURLoption, long> CurlNumbers(CURL* handle) {
   return g_numbers[handle];
 }
 
+// Stands in front of libcurl's function. Its own declaration has the enumeration as the last named
+// parameter, from which C++ may not begin to read the others.
+extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option,
+                                     ...) __asm__("curl_easy_setopt");
+
 // The kind of an option is in its number.
-extern "C" CURLcode(curl_easy_setopt)(CURL* handle, CURLoption option, ...) {
+extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option, ...) {
+  const auto option = static_cast<CURLoption>(number_of_option);
   va_list arguments;
-  va_start(arguments, option);
+  va_start(arguments, number_of_option);
   CURLcode result = CURLE_UNKNOWN_OPTION;
   if (option < CURLOPTTYPE_OBJECTPOINT) {
     const long number = va_arg(arguments, long);

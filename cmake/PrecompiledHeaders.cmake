@@ -1,0 +1,16 @@
+# The standard headers that the component and the hosts include most, precompiled: once for each set of
+# targets that are compiled alike.
+set(STREAM_COMMON_HEADERS
+  <algorithm> <array> <atomic> <chrono> <condition_variable> <functional> <limits> <map> <memory> <mutex>
+  <optional> <span> <string> <string_view> <vector>)
+
+foreach(target stream_core stream_host_shared stream_player_core)
+  if(TARGET ${target})
+    target_precompile_headers(${target} PRIVATE ${STREAM_COMMON_HEADERS})
+  endif()
+endforeach()
+foreach(target stream_host_core stream_report stream_player_parts)
+  if(TARGET ${target})
+    target_precompile_headers(${target} REUSE_FROM stream_host_shared)
+  endif()
+endforeach()

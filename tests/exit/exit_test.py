@@ -74,12 +74,6 @@ class ExitTest(HttpsMixin, EndToEndCase):
                 with self.subTest(kind):
                     self.assert_exits(programs.run("static", moment, server.url(f"a.{kind}")))
 
-    def test_transfer_that_the_exit_ended_is_not_reported(self):
-        server = self.start_server(servers.nothing, tls=False)
-        run = programs.run("late", "PLAY FLV:", server.url("a.flv"))
-        self.assert_exits(run)
-        self.assertNotIn("PLAY FLV NO:", run.stderr)
-
     def test_exit_while_a_server_does_not_answer(self):
         server = self.start_server(servers.nothing, tls=False)
         address = server.url("a.ts").replace("http:", "https:")

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <thread>
 
+#include "common/http_transfer.h"
 #include "tests/support/simulated_clock.h"
+#include "tests/support/test_server.h"
 
 namespace {
 
@@ -43,6 +45,29 @@ void StartThreadInsideLibcurl(Stay stay) {
   }).detach();
   while (!inside) std::this_thread::yield();
 }
+
+// Starts a thread that downloads from a server that does not answer. Nobody destroys what it uses.
+struct SilentDownload {
+  static SilentDownload& Start() {
+    static SilentDownload& download = *new SilentDownload;
+    return download;
+  }
+
+  TestServer server;
+  std::atomic<bool> running{true};
+  std::atomic<bool> has_ended{false};
+
+ private:
+  SilentDownload() {
+    std::thread([this] {
+      const Transfer transfer{server.Url("/silent/a"), nullptr, running};
+      const CurlHandle handle = MakeCurlHandle();
+      SetUpTransfer(handle.get(), transfer);
+      PerformTransfer(handle.get(), transfer);
+      has_ended = true;
+    }).detach();
+  }
+};
 
 class ExitGuardTest : public testing::Test {
  protected:
@@ -88,6 +113,21 @@ TEST_F(ExitGuardTest, NobodyEntersLibcurlOnceTheProcessExits) {
     std::exit(kOtherwise);
   };
   EXPECT_EXIT(exit_and_enter(), testing::ExitedWithCode(kAsExpected), "");
+}
+
+// A task that goes on would report the end of its transfer to a player that may be gone.
+TEST_F(ExitGuardTest, TransferThatTheExitEndedKeepsItsThread) {
+  const auto exit_during_a_download = [] {
+    ExitClock();
+    CheckAfterTheGuard([] {
+      const SilentDownload& download = SilentDownload::Start();
+      while (ExitClock().Waiting() == 0 && !download.has_ended) std::this_thread::yield();
+      return !download.has_ended;
+    });
+    if (!SilentDownload::Start().server.WaitForRequests(1)) std::_Exit(kOtherwise);
+    std::exit(kOtherwise);
+  };
+  EXPECT_EXIT(exit_during_a_download(), testing::ExitedWithCode(kAsExpected), "");
 }
 
 }  // namespace

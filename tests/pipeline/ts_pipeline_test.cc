@@ -185,7 +185,7 @@ TEST_F(TsPipelineTest, ConsoleTellsTheEndOfEachTaskAndOfTheStop) {
   const std::string url = server_.Url("/plain/a.ts");
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(url);
-  EXPECT_TRUE(WaitForVideo(2));
+  EXPECT_TRUE(WaitForVideo(2) && WaitForAudio(2));  // each task has begun
   Stop();
   const std::string console = testing::internal::GetCapturedStdout();
   for (const char* line : {"ts Download thread stop.\n", "ts EndDownload...\n",

@@ -123,10 +123,10 @@ TEST(ThreadPoolTest, NinthLongTaskWaitsUntilOneEnds) {
 }
 
 TEST(ThreadPoolTest, TasksStartInTheOrderOfArrival) {
-  CThreadPool pool(1);
   std::mutex mutex;
   std::string order;
   Gate gate;
+  CThreadPool pool(1);
   for (const char letter : {'a', 'b', 'c'}) {
     pool.AddTask([&, letter] {
       const std::lock_guard lock(mutex);

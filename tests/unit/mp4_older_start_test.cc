@@ -56,9 +56,9 @@ class Mp4OlderStartTest : public testing::Test {
 };
 
 TEST_F(Mp4OlderStartTest, UnitInHandDoesNotBeginTheStreamOfTheNextStart) {
-  constexpr std::size_t kLargeEnoughToBeInTime = 64 << 20;
+  constexpr std::size_t kLargeEnoughToBeInTime = 16 << 20;
   const Bytes unit = Nal(1, kLargeEnoughToBeInTime);
-  int attempts = 20;
+  int attempts = 100;
   while (!StartDuringACopyOf(unit)) ASSERT_GT(--attempts, 0);
   EXPECT_EQ(PopVideoFrame(), nullptr) << "it is no unit that a stream may begin with";
   EXPECT_FALSE(Mp4VideoHasBegun());

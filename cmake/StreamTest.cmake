@@ -68,7 +68,7 @@ function(stream_add_test name)
   set_target_properties(${name} PROPERTIES
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
   add_test(NAME ${name}
-    COMMAND ${name} --gtest_shuffle --gtest_output=xml:${PROJECT_BINARY_DIR}/test-results/${name}.xml
+    COMMAND ${name} --gtest_shuffle --gtest_output=xml:../../test-results/${name}.xml
     WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
   set_tests_properties(${name} PROPERTIES LABELS ${arg_LABEL} TIMEOUT ${arg_TIMEOUT})
 endfunction()

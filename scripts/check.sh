@@ -11,7 +11,7 @@ set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 readonly ROOT
-readonly FUZZ_SECONDS=20
+readonly FUZZ_SECONDS=10
 JOBS=$(nproc)
 readonly JOBS
 readonly TEST_JOBS=$((2 * JOBS))  # most of a test of a stream is waiting

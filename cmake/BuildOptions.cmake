@@ -1,5 +1,5 @@
 # What every target of the project is compiled with: warnings, and the sanitizers asked for. Warnings are
-# errors where CMAKE_COMPILE_WARNING_AS_ERROR says so, as in the presets of the check: another
+# errors where CMAKE_COMPILE_WARNING_AS_ERROR says so, as in all presets but msvc: another
 # compiler, or other optimisation, may warn where nothing is wrong.
 add_library(stream_options INTERFACE)
 

@@ -63,6 +63,8 @@ build() {
   local preset=$1
   shift
   cmake --preset "$preset"
+  # Over a tree of another compiler CMake keeps nothing of the preset but its compiler, the first time.
+  cmake --preset "$preset"
   cmake --build --preset "$preset" -j "$JOBS" ${1:+--target "$@"}
 }
 

@@ -27,10 +27,11 @@ readonly TEST_PACKAGES=(
   chromium googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev locales openbox openssl
   python3 util-linux xdotool xvfb
 )
-# To check the sources, and to build the fuzzers and benchmarks. eslint comes from npm.
+# To check the sources, and to build the fuzzers, the benchmarks and what has sanitizers, whose reports name
+# functions by a program of llvm. eslint comes from npm.
 readonly CHECK_PACKAGES=(
   clang clang-format clang-tidy libavcodec-dev libavformat-dev libavutil-dev libbenchmark-dev
-  libclang-rt-dev pylint shellcheck
+  libclang-rt-dev llvm pylint shellcheck
 )
 # To count which lines the tests run.
 readonly COVERAGE_PACKAGES=(gcovr)

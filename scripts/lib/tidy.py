@@ -1,9 +1,9 @@
-"""Runs clang-tidy over all sources of the project, in batches of sources that compile alike.
+"""Runs clang-tidy over all sources of the project, in batches of sources whose options agree.
 
   tidy.py BUILD_DIRECTORY... [-- FILE...]
 
 The build directories have been configured; each source is looked at as the first of them that
-compiles it does. A source that none of them compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR
+compiles it does, in a batch with the macros of its neighbours too. A source that none of them compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR
 names it, so that a new folder cannot escape. With FILEs only those are looked at.
 
 Most of the time of clang-tidy goes into headers. So sources with options that agree are joined into one
@@ -38,8 +38,7 @@ NEIGHBOUR = {
 # What unused_names looks for instead, since in a batch another source may use the name.
 SEEN_BY_UNUSED_NAMES = "-misc-unused-using-decls,-misc-unused-alias-decls"
 
-# How far the static analyzer follows one function: a third of what it does by itself, which takes less
-# than half the time. Few functions reach the limit.
+# How far the static analyzer follows one function: a third of the default, in less than half the time.
 ANALYZER_LIMIT = [f"--extra-arg={word}" for word in
                   ("-Xclang", "-analyzer-config", "-Xclang", "max-nodes=75000")]
 
@@ -143,8 +142,8 @@ class Options:
         self.others = tuple(word for word in words if not word.startswith("-D"))
 
     def agree_with(self, other):
-        """Whether sources with one say the same with both: a macro more concerns none of them, but
-        for that of assert()."""
+        """Whether a source with the other options may join: it needs none that is missing here, no
+        macro has two values, and assert() is the same."""
         return (set(self.others) >= set(other.others)
                 and ("NDEBUG" in self.macros) == ("NDEBUG" in other.macros)
                 and all(self.macros.get(name, value) == value for name, value in other.macros.items()))

@@ -7,8 +7,8 @@
 //   kRestartLines            how many lines report a start with the address that played last
 //   kOwnRunFlag              whether each pipeline has a run flag, or all of a format share one
 //   kRequests                how many requests every start makes at least
-//   kAddressRequests         how many of them a start of Endless() makes for the address itself
-//                            while no wait ends by its time limit
+//   kAddressRequests         requests for the address itself that one start of Endless() makes
+//                            while the time stands still
 //   kPace                    the longest sleep of its loops
 //   kDue, kDueAgain          the frames of Whole() in a first start, and in one after a stop
 //   Runs()                   the run flag of the pipeline that was started last

@@ -1,4 +1,4 @@
-// Samples that ffmpeg makes, each once in a build tree for all programs and all of their cases.
+// Samples that ffmpeg makes, each once for all presets, programs and cases.
 #ifndef TESTS_GOLDEN_MADE_ONCE_H_
 #define TESTS_GOLDEN_MADE_ONCE_H_
 

@@ -1,12 +1,12 @@
 // Lets `new` fail in a test of what becomes of all that is held then. The leak sanitizer is what
-// looks, so it is there with the address sanitizer only, where STREAM_TEST_FAILING_NEW says so.
+// looks, so it is there with the address sanitizer only, where the build defines
+// STREAM_TEST_FAILING_NEW.
 //
 // To be included by one source of a test program: it replaces `new` and `delete` of all of it.
 #ifndef TESTS_SUPPORT_MP4_MEMORY_H_
 #define TESTS_SUPPORT_MP4_MEMORY_H_
 
-#ifdef __SANITIZE_ADDRESS__
-#define STREAM_TEST_FAILING_NEW
+#ifdef STREAM_TEST_FAILING_NEW
 
 #include <cstddef>
 #include <cstdlib>

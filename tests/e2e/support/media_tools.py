@@ -1,4 +1,4 @@
-"""ffmpeg and ffprobe, each command run once: what it wrote is kept in the build tree and copied to
+"""ffmpeg and ffprobe, each command run once: what it wrote is kept in STREAM_SAMPLES and copied to
 every test that gives the same command. Safe for tests that run at the same time."""
 
 import atexit

@@ -3,8 +3,9 @@
   tidy.py BUILD_DIRECTORY... [-- FILE...]
 
 The build directories have been configured; each source is looked at as the first of them that
-compiles it does, in a batch with the macros of its neighbours too. A source that none of them compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR
-names it, so that a new folder cannot escape. With FILEs only those are looked at.
+compiles it does, in a batch with the macros of its neighbours too. A source that none of them
+compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR names it, so that a new folder cannot escape.
+With FILEs only those are looked at.
 
 Most of the time of clang-tidy goes into headers. So sources with options that agree are joined into one
 source, a batch, as long as they define no name twice. A batch that is clean is clean; where one

@@ -20,8 +20,9 @@ Ctrl-C, which also leaves out the repeats. EndDownload is always called and time
 
 --expect-frames and --expect-line end a run as well, 0.2 seconds after so many frames,
 video and audio together, or after such a line; what follows until then is received
-and counted too. What is received before the seek of --start does not count. N may be a list,
-a number for each run of --repeat: 300,301 expects 301 frames of all runs but the first.
+and counted too. What is received before the seek of --start does not count. N may be
+a list, a number for each run of --repeat: 300,301 expects 301 frames of all runs but
+the first.
 
 --start first plays until a frame came, since a position can only be given to a
 pipeline that exists. The dump and the counts hold what came after that. Repeats

@@ -182,10 +182,10 @@ def all_batches(commands):
     those with fewer may join them."""
     batches = []
     for source in sorted(commands, key=lambda source: -len(commands[source])):
-        folder = config_folder(source)
-        if not any(batch.take(source, folder, Options(commands[source])) for batch in batches):
-            batches.append(Batch(folder, Options(commands[source])))
-            batches[-1].take(source, folder, Options(commands[source]))
+        folder, options = config_folder(source), Options(commands[source])
+        if not any(batch.take(source, folder, options) for batch in batches):
+            batches.append(Batch(folder, options))
+            batches[-1].take(source, folder, options)
     return sorted(batches, key=lambda batch: -batch.lines)
 
 

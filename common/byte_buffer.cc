@@ -12,7 +12,6 @@ constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
 
 // A block up to this size keeps the memory of what was consumed, which a later piece then finds.
 constexpr std::uint64_t kSmallBlock = std::uint64_t{4} << 20;
-constexpr std::uint64_t kLargePage = std::uint64_t{2} << 20;
 
 }  // namespace
 

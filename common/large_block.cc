@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr std::size_t kLargePage = std::size_t{2} << 20;
 constexpr std::size_t kPage = 4096;
 constexpr std::size_t kSmallestMapped = 65536;  // what is smaller is left to the heap
 

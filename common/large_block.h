@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+inline constexpr std::size_t kLargePage = std::size_t{2} << 20;  // of the system's memory
+
 struct LargeBlockDeleter {
   std::size_t size = 0;
   void operator()(std::uint8_t* block) const;

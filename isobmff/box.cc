@@ -8,7 +8,6 @@
 namespace isobmff {
 namespace {
 
-constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kLargeHeaderSize = 16;
 constexpr std::uint32_t kToTheEnd = 0;
 constexpr std::uint32_t kLargeSize = 1;
@@ -48,17 +47,17 @@ bool HeaderReader::IsZero(const ByteRange& range) {
 std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool may_be_open) {
   const ByteRange in_file{space.begin, std::min(space.end, reader.FileSize())};
   if (in_file.end < in_file.begin || !reader.CountBox()) return std::nullopt;
-  const std::uint8_t* header = reader.Peek(in_file, kHeaderSize);
+  const std::uint8_t* header = reader.Peek(in_file, kBoxHeaderSize);
   if (header == nullptr) return std::nullopt;
   Box box;
   box.type = Read32(header + 4);
   std::uint64_t size = Read32(header);
-  std::size_t header_size = kHeaderSize;
+  std::size_t header_size = kBoxHeaderSize;
   if (size == kLargeSize) {
     header_size = kLargeHeaderSize;
     header = reader.Peek(in_file, kLargeHeaderSize);
     if (header == nullptr) return std::nullopt;
-    size = Read64(header + kHeaderSize);
+    size = Read64(header + kBoxHeaderSize);
   } else if (size == kToTheEnd && may_be_open) {
     size = space.Size();
     box.is_open = true;
@@ -84,17 +83,18 @@ std::optional<Box> BoxWalk::Next() {
 RowEnd BoxWalk::End() {
   if (left_.Size() == 0) return RowEnd::kNothing;
   if (reader_.IsZero(left_)) return RowEnd::kZeros;
-  if (left_.Size() < kHeaderSize) return RowEnd::kMalformed;
-  const std::uint8_t* const header = reader_.Peek(left_, kHeaderSize);
+  if (left_.Size() < kBoxHeaderSize) return RowEnd::kMalformed;
+  const std::uint8_t* const header = reader_.Peek(left_, kBoxHeaderSize);
   return header != nullptr && IsReceived(Read32(header + 4)) ? RowEnd::kMalformed
                                                              : RowEnd::kNotReceived;
 }
 
 std::span<const std::uint8_t> FindBox(std::span<const std::uint8_t> boxes, std::uint32_t type) {
-  while (boxes.size() >= kHeaderSize) {
+  while (boxes.size() >= kBoxHeaderSize) {
     const std::uint32_t size = Read32(boxes.data());
-    if (size < kHeaderSize || size > boxes.size()) break;
-    if (Read32(boxes.data() + 4) == type) return boxes.subspan(kHeaderSize, size - kHeaderSize);
+    if (size < kBoxHeaderSize || size > boxes.size()) break;
+    if (Read32(boxes.data() + 4) == type)
+      return boxes.subspan(kBoxHeaderSize, size - kBoxHeaderSize);
     boxes = boxes.subspan(size);
   }
   return {};

@@ -33,6 +33,8 @@ struct ByteRange {
   bool operator==(const ByteRange&) const = default;
 };
 
+inline constexpr std::uint64_t kBoxHeaderSize = 8;  // without the large size
+
 struct Box {
   std::uint32_t type = 0;
   ByteRange whole;

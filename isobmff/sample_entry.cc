@@ -160,12 +160,12 @@ void ParseSound(View body, std::uint8_t box_version, SampleEntry& entry) {
 std::optional<SampleEntry> ParseSampleEntry(View body, std::uint32_t handler) {
   constexpr std::size_t kEntryHeaderSize = 8;
   constexpr std::size_t kCountAt = 4;
-  constexpr std::size_t kHeadSize = 8;
+  constexpr std::size_t kListHeaderSize = 8;
   SampleEntry entry;
-  if (body.size() < kHeadSize) return std::nullopt;
+  if (body.size() < kListHeaderSize) return std::nullopt;
   if (Read32(body.data() + kCountAt) == 0) return entry;
   const std::uint8_t box_version = body[0];
-  body = body.subspan(kHeadSize);
+  body = body.subspan(kListHeaderSize);
   if (body.size() < kEntryHeaderSize) return std::nullopt;
   const std::uint32_t size = Read32(body.data());
   if (size < kEntryHeaderSize || size > body.size()) return std::nullopt;

@@ -7,8 +7,8 @@ namespace {
 
 // Where the file goes on after the index.
 bool IsFollowed(HeaderReader& reader, const ByteRange& index) {
-  constexpr std::uint64_t kHeaderSize = 8;
-  const ByteRange next{index.end, index.end + std::min(reader.FileSize() - index.end, kHeaderSize)};
+  const ByteRange next{index.end,
+                       index.end + std::min(reader.FileSize() - index.end, kBoxHeaderSize)};
   return next.Size() != 0 && !reader.IsZero(next);
 }
 

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr auto kPacketSize = static_cast<std::int32_t>(kTsPacketSize);
+constexpr auto kPacketLength = static_cast<std::int32_t>(kTsPacketSize);
 
 void SetProgramCount(ts_context& context, std::int32_t count) {
   if (count > MAX_PROGRAM_NUMBER) {
@@ -77,7 +77,7 @@ std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const st
   }
   std::optional<std::size_t> found;
   for (std::int32_t i = 0; i < count; ++i) {
-    const std::uint8_t* packet = packets + std::ptrdiff_t{i} * kPacketSize;
+    const std::uint8_t* packet = packets + std::ptrdiff_t{i} * kPacketLength;
     if (!TsPacket(packet).HasSyncByte()) {
       std::printf("The ts packet has not sync byte\n");
       continue;
@@ -97,7 +97,7 @@ std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const st
 
 void get_pmt_info(const std::uint8_t* packet, std::int32_t length, ts_context& context) {
   constexpr std::int32_t kMaxPackets = 7;
-  if (length < kPacketSize || length / kPacketSize > kMaxPackets) return;
+  if (length < kPacketLength || length / kPacketLength > kMaxPackets) return;
   const std::uint16_t pid = TsPacket(packet).Pid();
   if (pid == 0) {
     UpdatePrograms(packet, context);

@@ -6,9 +6,9 @@
 
 namespace fs = std::filesystem;
 
-using Bytes = std::vector<std::uint8_t>;
-
 namespace {
+
+using Bytes = std::vector<std::uint8_t>;
 
 // Of a time base "1/12800".
 std::uint64_t TimeScale(const std::string& time_base) {

@@ -18,7 +18,7 @@ using testing::Pointwise;
 
 constexpr double kExact = 1e-6;
 constexpr double kSample = 1.0 / kSoundRate;
-constexpr double kPicture = DecodedStream::kPictureSeconds;
+constexpr double kPictureSeconds = DecodedStream::kPictureSeconds;
 constexpr double kPiece = DecodedStream::kPieceSeconds;
 
 // The numbers from `first` to before `end`.
@@ -113,7 +113,7 @@ TEST_F(InStepTest, PicturesThatAreDecodedInAnotherOrderAreInStep) {
   }
   play_.Run(stream.Sound(1.4, 250));
   // Shown in the order in which they left the decoder, evenly, two pictures after the decoding.
-  ExpectShown(TimesOf(DecodedStream().Pictures(1.4 + 2 * kPicture, 100).pictures));
+  ExpectShown(TimesOf(DecodedStream().Pictures(1.4 + 2 * kPictureSeconds, 100).pictures));
   ExpectExact(Range(0, 100));
 }
 
@@ -159,7 +159,7 @@ TEST_F(InStepTest, SoundThatJumpsFirstDoesNotHoldThePictures) {
   EXPECT_EQ(play_.counts().passed_over, 1U);
   ExpectExact(Range(1, 18));
   for (const std::size_t place : {18U, 19U}) {
-    EXPECT_NEAR(ShownAs(place).at - ShownAs(place - 1).at, kPicture, kExact) << place;
+    EXPECT_NEAR(ShownAs(place).at - ShownAs(place - 1).at, kPictureSeconds, kExact) << place;
   }
   EXPECT_NEAR(ShownAs(20).picture, 101.44, kExact);
   EXPECT_NEAR(*ShownAs(20).sound, 101.456, kExact);
@@ -249,7 +249,7 @@ TEST_F(InStepTest, PicturesAfterTheSoundHasEndedKeepTheirPace) {
   ExpectCompared(Range(1, 10));
   for (const std::size_t place : Range(10, 50)) {
     EXPECT_FALSE(ShownAs(place).sound.has_value()) << place;
-    EXPECT_NEAR(ShownAs(place).at - ShownAs(place - 1).at, kPicture, kExact) << place;
+    EXPECT_NEAR(ShownAs(place).at - ShownAs(place - 1).at, kPictureSeconds, kExact) << place;
   }
 }
 
@@ -270,7 +270,7 @@ TEST_F(InStepTest, UnevenDeviceLeavesPicturesWithinHalfAPicture) {
   play_.device().AskUnevenly({0, 7, 3, 12, 1});
   play_.Run(DecodedStream().Pictures(1.4, 100).Sound(1.4, 200));
   EXPECT_EQ(play_.shown().size(), 100U);
-  ExpectExact(Range(1, 100), kPicture / 2);
+  ExpectExact(Range(1, 100), kPictureSeconds / 2);
 }
 
 }  // namespace

@@ -25,7 +25,6 @@ using hls_test::SegmentUris;
 using testing::ElementsAre;
 using testing::StartsWith;
 
-constexpr char kList[] = "/list.m3u8";
 constexpr char kIphone[] = "Mozilla/5.0 (iPhone;";
 constexpr char kAndroid[] = "Mozilla/5.0 (Linux; U; Android 4.0.3;";
 

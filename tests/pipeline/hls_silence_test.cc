@@ -26,8 +26,6 @@ using hls_test::MasterPlaylist;
 using hls_test::SegmentUris;
 using testing::ElementsAre;
 
-constexpr char kList[] = "/list.m3u8";
-
 constexpr std::chrono::seconds kPause{1};
 constexpr std::chrono::milliseconds kLimit{10'000};
 constexpr std::chrono::milliseconds kLittle{1};

@@ -22,12 +22,6 @@ constexpr int kFrames = 500;               // 20 s
 constexpr std::uint64_t kFirst = 126'000;  // where ffmpeg's streams begin
 constexpr double kUnpacedMs = 1;
 
-std::vector<std::string> TitlesOf(const ReportRecord& record) {
-  std::vector<std::string> titles;
-  for (const Finding& finding : FindingsOf(record)) titles.push_back(finding.title);
-  return titles;
-}
-
 std::vector<std::string> TitlesOf(const std::vector<PesTimes>& video,
                                   const HeaderBytes& header = {}) {
   return TitlesOf(DemuxedStream(video, header).Record(kUnpacedMs));

@@ -14,12 +14,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-std::vector<std::string> TitlesOf(const ReportRecord& record) {
-  std::vector<std::string> titles;
-  for (const Finding& finding : FindingsOf(record)) titles.push_back(finding.title);
-  return titles;
-}
-
 std::string SentenceOf(const ReportRecord& record, const std::string& title) {
   for (const Finding& finding : FindingsOf(record)) {
     if (finding.title == title) return finding.sentence;

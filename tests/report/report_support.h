@@ -4,7 +4,10 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <vector>
 
+#include "host/report/findings.h"
 #include "host/report/report_record.h"
 
 namespace report {
@@ -35,6 +38,13 @@ inline void AddSteadyVideo(ReportRecord& record, int first, int last) {
 
 inline void AddSteadyAudio(ReportRecord& record, int first, int last) {
   for (int n = first; n < last; ++n) record.AddAudio(n * kMsOfFrame, FrameAt(TicksOf(n)));
+}
+
+// What is odd about a stream, the heading of each finding.
+inline std::vector<std::string> TitlesOf(const ReportRecord& record) {
+  std::vector<std::string> titles;
+  for (const Finding& finding : FindingsOf(record)) titles.push_back(finding.title);
+  return titles;
 }
 
 }  // namespace report

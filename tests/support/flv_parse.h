@@ -13,6 +13,7 @@
 #include "flv/flv_memory_source.h"
 #include "flv/flv_tag_parser.h"
 #include "tests/golden/frame_dump.h"
+#include "tests/support/flv_tags.h"
 
 struct ParsedFlv {
   bool has_header = false;
@@ -36,6 +37,14 @@ inline ParsedFlv ParseFlv(const std::vector<std::uint8_t>& stream, std::uint16_t
   parsed.frames = TakeQueuedFrames();
   parsed.audio_config = config;
   return parsed;
+}
+
+// ParseFlv over a file of these tags.
+inline ParsedFlv ParseTags(const std::vector<flv_test::Bytes>& tags,
+                           std::uint16_t audio_config = 0) {
+  return ParseFlv(
+      flv_test::Join({flv_test::Header(), flv_test::Join(tags), flv_test::LastBackPointer()}),
+      audio_config);
 }
 
 #endif  // TESTS_SUPPORT_FLV_PARSE_H_

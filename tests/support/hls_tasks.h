@@ -92,6 +92,7 @@ class HlsTasks : public testing::Test {
     return *g_variantText;
   }
 
+  static constexpr char kList[] = "/list.m3u8";  // of a server
   static constexpr char kUrl[] = "http://host/live/list.m3u8";
 
   void QueueOrLeave(const std::string& url, const std::string& text) {

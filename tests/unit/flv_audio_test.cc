@@ -10,15 +10,10 @@ namespace {
 using flv_test::AacHeaderTag;
 using flv_test::AacTag;
 using flv_test::Bytes;
-using flv_test::Header;
 using flv_test::Join;
 using flv_test::kAudio;
 using flv_test::kStereo48;
 using flv_test::Tag;
-
-ParsedFlv ParseTags(const std::vector<Bytes>& tags, std::uint16_t config = 0) {
-  return ParseFlv(Join({Header(), Join(tags), flv_test::LastBackPointer()}), config);
-}
 
 // The frame behind the header that it gets.
 Bytes WithAdts(const Bytes& frame, std::uint16_t config) {

@@ -25,10 +25,6 @@ using flv_test::Tag;
 using flv_test::TagOfSize;
 using flv_test::WithLength;
 
-ParsedFlv ParseTags(const std::vector<Bytes>& tags) {
-  return ParseFlv(Join({Header(), Join(tags), flv_test::LastBackPointer()}));
-}
-
 // What comes of a tag that is followed by a good one, told by the number of video frames.
 std::size_t FramesOfTagAndAGoodOne(const Bytes& tag) {
   return ParseTags({tag, NalTag(40, {{0x65, 1, 2, 3}})}).frames.video.size();

@@ -9,7 +9,6 @@ namespace {
 using flv_test::AvcBody;
 using flv_test::AvcHeaderTag;
 using flv_test::Bytes;
-using flv_test::Header;
 using flv_test::Join;
 using flv_test::kVideo;
 using flv_test::NalTag;
@@ -18,10 +17,6 @@ using flv_test::WithLength;
 using flv_test::WithStartCode;
 
 // The tags behind a header.
-ParsedFlv ParseTags(const std::vector<Bytes>& tags) {
-  return ParseFlv(Join({Header(), Join(tags), flv_test::LastBackPointer()}));
-}
-
 std::vector<Bytes> Payloads(const std::vector<DumpedFrame>& frames) {
   std::vector<Bytes> payloads;
   for (const DumpedFrame& frame : frames) payloads.push_back(frame.payload);

@@ -4,25 +4,25 @@
 
 namespace {
 
-constexpr char kBase[] = "https://host:8080/p/q/list.m3u8";
+constexpr char kListUri[] = "https://host:8080/p/q/list.m3u8";
 
 TEST(ResolveM3u8UriTest, AddressWithHttpSchemeStandsAsItIs) {
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "http://other/a.ts"), "http://other/a.ts");
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "https://other/a.ts"), "https://other/a.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "http://other/a.ts"), "http://other/a.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "https://other/a.ts"), "https://other/a.ts");
 }
 
 TEST(ResolveM3u8UriTest, OtherSchemesAreRelative) {
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "file:///a.ts"), "https://host:8080/p/q/file:///a.ts");
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "HTTPS://a/b"), "https://host:8080/p/q/HTTPS://a/b");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "file:///a.ts"), "https://host:8080/p/q/file:///a.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "HTTPS://a/b"), "https://host:8080/p/q/HTTPS://a/b");
 }
 
 TEST(ResolveM3u8UriTest, AbsolutePathFollowsTheHost) {
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "/x/seg.ts"), "https://host:8080/x/seg.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "/x/seg.ts"), "https://host:8080/x/seg.ts");
   EXPECT_EQ(ResolveM3u8Uri("http://h/p/list.m3u8", "/x.ts"), "http://h/x.ts");
 }
 
 TEST(ResolveM3u8UriTest, HostThatIsTwoSlashesAwayIsAPath) {
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "//cdn/x.ts"), "https://host:8080//cdn/x.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "//cdn/x.ts"), "https://host:8080//cdn/x.ts");
 }
 
 TEST(ResolveM3u8UriTest, AbsolutePathFollowsAWholeBaseWithoutAPath) {
@@ -37,7 +37,7 @@ TEST(ResolveM3u8UriTest, SlashBeforeTheEighthPositionEndsNoHost) {
 }
 
 TEST(ResolveM3u8UriTest, RelativePathFollowsTheLastSlash) {
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "seg.ts"), "https://host:8080/p/q/seg.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "seg.ts"), "https://host:8080/p/q/seg.ts");
   EXPECT_EQ(ResolveM3u8Uri("http://host", "seg.ts"), "http://seg.ts");
 }
 
@@ -46,7 +46,7 @@ TEST(ResolveM3u8UriTest, RelativePathStandsAloneWithoutASlash) {
 }
 
 TEST(ResolveM3u8UriTest, DotsAreNotCollapsed) {
-  EXPECT_EQ(ResolveM3u8Uri(kBase, "./../a.ts"), "https://host:8080/p/q/./../a.ts");
+  EXPECT_EQ(ResolveM3u8Uri(kListUri, "./../a.ts"), "https://host:8080/p/q/./../a.ts");
 }
 
 TEST(ResolveM3u8UriTest, QueryOfTheBaseGoesUnlessItHoldsASlash) {

@@ -13,7 +13,7 @@ namespace {
 using Bytes = std::vector<std::uint8_t>;
 
 // No two packets of it are equal.
-Bytes MakeStream(std::size_t packets) {
+Bytes NumberedPackets(std::size_t packets) {
   Bytes stream(packets * kTsPacketSize);
   for (std::size_t i = 0; i < stream.size(); ++i) {
     stream[i] = static_cast<std::uint8_t>(i % kTsPacketSize + i / kTsPacketSize);
@@ -39,14 +39,14 @@ Bytes FromPacket(const Bytes& stream, std::size_t index) {
 }
 
 TEST(PacketCutterTest, StreamFromItsBeginningIsWholeWhateverThePieces) {
-  const Bytes stream = MakeStream(10);
+  const Bytes stream = NumberedPackets(10);
   for (const std::size_t piece : {1U, 2U, 47U, 187U, 188U, 189U, 376U, 1000U, 5000U}) {
     EXPECT_EQ(Cut(stream, 0, piece), stream) << "pieces of " << piece;
   }
 }
 
 TEST(PacketCutterTest, ResumeInMidPacketBeginsAtTheNextPacketFromEveryOffset) {
-  const Bytes stream = MakeStream(6);
+  const Bytes stream = NumberedPackets(6);
   for (std::size_t offset = 1; offset <= 2 * kTsPacketSize; ++offset) {
     const std::size_t next = (offset + kTsPacketSize - 1) / kTsPacketSize;
     for (const std::size_t piece : {1U, 61U, 188U, 5000U}) {
@@ -57,7 +57,7 @@ TEST(PacketCutterTest, ResumeInMidPacketBeginsAtTheNextPacketFromEveryOffset) {
 }
 
 TEST(PacketCutterTest, IncompleteLastPacketIsHeldBack) {
-  const Bytes stream = MakeStream(3);
+  const Bytes stream = NumberedPackets(3);
   const Bytes cut(stream.begin(), stream.end() - 1);
   EXPECT_EQ(Cut(cut, 0, 100).size(), 2 * kTsPacketSize);
 }
@@ -72,7 +72,7 @@ TEST(PacketCutterTest, EmptyPieceChangesNothing) {
 TEST(PacketCutterTest, OffsetAtTheEndOfItsRangeSkipsNoMoreThanAPacket) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   PacketCutter cutter(kMost);
-  const Bytes stream = MakeStream(3);
+  const Bytes stream = NumberedPackets(3);
   CByteBuffer packets;
   packets.Initialize();
   EXPECT_TRUE(cutter.Append(reinterpret_cast<const char*>(stream.data()), stream.size(), packets));

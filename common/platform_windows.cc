@@ -4,6 +4,8 @@
 #include <timeapi.h>
 
 #include <array>
+#include <memory>
+#include <new>
 #include <string>
 
 #include "common/platform.h"
@@ -26,8 +28,7 @@ namespace {
                             reinterpret_cast<LPCWSTR>(&inside), &self) != 0;
 }();
 
-// A timer that is exact to about half a millisecond even where Sleep(1) would last 15. One a
-// thread, since a waitable timer has one due time.
+// A timer that is exact to about half a millisecond even where Sleep(1) would last 15.
 class PreciseTimer {
  public:
   PreciseTimer()
@@ -58,6 +59,21 @@ class PreciseTimer {
 
   HANDLE timer_;
 };
+
+void WINAPI DeleteTimer(void* timer) { delete static_cast<PreciseTimer*>(timer); }
+
+// That of this thread, since a waitable timer has one due time. Null when there is no memory.
+//
+// The system deletes it when the thread ends. A thread_local object would not do: GCC for Windows
+// releases the memory of those before it runs their destructors.
+PreciseTimer* ThreadTimer() {
+  static const DWORD slot = FlsAlloc(DeleteTimer);
+  if (slot == FLS_OUT_OF_INDEXES) return nullptr;
+  if (void* const timer = FlsGetValue(slot)) return static_cast<PreciseTimer*>(timer);
+  std::unique_ptr<PreciseTimer> made(new (std::nothrow) PreciseTimer);
+  if (made == nullptr || FlsSetValue(slot, made.get()) == 0) return nullptr;
+  return made.release();
+}
 
 constexpr std::size_t kPageSize = 4096;  // of every 64-bit Windows
 
@@ -215,8 +231,8 @@ void DiscardPages(void* memory, std::size_t size) {
 bool CallAtExit(void (* /*function*/)()) { return false; }
 
 void SleepMilliseconds(unsigned milliseconds) {
-  thread_local const PreciseTimer timer;
-  if (!timer.Wait(milliseconds)) Sleep(milliseconds);
+  const PreciseTimer* const timer = ThreadTimer();
+  if (timer == nullptr || !timer->Wait(milliseconds)) Sleep(milliseconds);
 }
 
 }  // namespace platform

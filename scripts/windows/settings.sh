@@ -26,7 +26,9 @@ set_wine_environment() {
   export WINEPREFIX=${STREAM_WINEPREFIX:-$WINDOWS_ROOT/build/wineprefix}
   # Wine's own remarks would mix with the program's output, but for those that say why it ended.
   export WINEDEBUG=-all,err+virtual
-  export WINEDLLOVERRIDES=mscoree,mshtml=  # no questions about optional components
+  # No questions about optional components, and no debugger for a program that crashes: with it the
+  # program would end with status 0.
+  export WINEDLLOVERRIDES="mscoree,mshtml=;winedbg.exe=d"
   export LC_ALL=${STREAM_WINE_LOCALE:-C.UTF-8}  # under C, paths with letters outside ASCII fail
   unset DISPLAY
   # A proxy has no way to the loopback servers of the tests.

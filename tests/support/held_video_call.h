@@ -23,8 +23,7 @@ class HeldVideoCall {
       if (!call->entered.exchange(true)) call->released.wait();
     };
     player.during_audio = [call = call_] {
-      thread_local ThreadEnd end;
-      end.call = call;
+      if (!call->has_audio_worker.exchange(true)) call->worker_end.set_value_at_thread_exit();
     };
   }
   ~HeldVideoCall() { Release(); }
@@ -41,7 +40,7 @@ class HeldVideoCall {
   // Whether the worker that has delivered audio ends: a worker outlives its tasks, and ends when
   // its pool is stopped. Audio must have been delivered.
   bool WaitUntilThePoolIsStopped() {
-    return WaitUntil([this] { return call_->audio_worker_ended.load(); });
+    return audio_worker_ended_.wait_for(kTestLimit) == std::future_status::ready;
   }
 
  private:
@@ -50,21 +49,15 @@ class HeldVideoCall {
     explicit Call(std::shared_future<void> when) : released(std::move(when)) {}
 
     std::atomic<bool> entered{false};
-    std::atomic<bool> audio_worker_ended{false};
+    std::atomic<bool> has_audio_worker{false};
+    std::promise<void> worker_end;  // of the first thread that delivers audio
     const std::shared_future<void> released;
-  };
-
-  // Lives as long as its thread.
-  struct ThreadEnd {
-    ~ThreadEnd() {
-      if (call != nullptr) call->audio_worker_ended = true;
-    }
-    std::shared_ptr<Call> call;
   };
 
   bool is_released_ = false;
   std::promise<void> release_;
   const std::shared_ptr<Call> call_ = std::make_shared<Call>(release_.get_future().share());
+  const std::future<void> audio_worker_ended_ = call_->worker_end.get_future();
 };
 
 // Ends what plays on `facade`, whose player is in the held call: the end must wait for that call,

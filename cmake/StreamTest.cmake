@@ -6,6 +6,9 @@
 # cases run in any order: all of the component is put back to its first state before each. Their results
 # are in test-results/ of the build. SERVERS adds the HTTP servers of tests/support.
 #
+# Sources are joined into few (CMake's unity build), which halves the time to build them. So no two of a
+# program may give different things one name, in unnamed namespaces either.
+#
 # The tests themselves are not optimised, nor checked by the undefined-behaviour sanitizer, which more
 # than halves the time to build them with sanitizers. The component inside is checked, and optimised as
 # the preset says.
@@ -66,7 +69,7 @@ function(stream_add_test name)
   stream_test_options(${name})
   target_precompile_headers(${name} REUSE_FROM test_headers)
   target_link_libraries(${name} PRIVATE ${main} ${arg_LIBRARIES})
-  set_target_properties(${name} PROPERTIES
+  set_target_properties(${name} PROPERTIES UNITY_BUILD ON
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
   add_test(NAME ${name}
     COMMAND ${name} --gtest_shuffle --gtest_output=xml:../../test-results/${name}.xml

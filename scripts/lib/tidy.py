@@ -77,13 +77,21 @@ def wanted_options(command):
                 yield next(words, "")
 
 
+def sources_of(entry):
+    """The sources that a compile command compiles: several, where CMake has joined them into one."""
+    if "/Unity/" not in entry["file"]:
+        return [entry["file"]]
+    return re.findall(r'^#include "(.+)"$', Path(entry["file"]).read_text(encoding="utf-8"), re.MULTILINE)
+
+
 def compile_options(directories):
     """What each source is compiled with, by its path."""
     options = {}
     for directory in directories:
         entries = json.loads((directory / "compile_commands.json").read_text(encoding="utf-8"))
         for entry in entries:
-            options.setdefault(entry["file"], tuple(wanted_options(entry["command"])))
+            for source in sources_of(entry):
+                options.setdefault(source, tuple(wanted_options(entry["command"])))
     found, escaped = {}, []
     for source in sorted(own_sources()):
         if OTHER_SYSTEM.search(source):

@@ -6,8 +6,8 @@
 # cases run in any order: all of the component is put back to its first state before each. Their results
 # are in test-results/ of the build. SERVERS adds the HTTP servers of tests/support.
 #
-# Sources are joined into few (CMake's unity build), which halves the time to build them. So no two of a
-# program may give different things one name, in unnamed namespaces either.
+# Sources are joined into few (CMake's unity build), which halves the time to build them. So names must be
+# unique within a program, also in unnamed namespaces.
 #
 # The tests themselves are not optimised, nor checked by the undefined-behaviour sanitizer, which more
 # than halves the time to build them with sanitizers. The component inside is checked, and optimised as

@@ -62,10 +62,12 @@ class PreciseTimer {
 
 void WINAPI DeleteTimer(void* timer) { delete static_cast<PreciseTimer*>(timer); }
 
-// That of this thread, since a waitable timer has one due time. Null when there is no memory.
+// The timer of the calling thread; a waitable timer has one due time. Null when there is no memory
+// or no free slot.
 //
 // The system deletes it when the thread ends. A thread_local object would not do: GCC for Windows
-// releases the memory of those before it runs their destructors.
+// releases the memory of those before it runs their destructors. The slot is never freed, since the
+// library stays loaded.
 PreciseTimer* ThreadTimer() {
   static const DWORD slot = FlsAlloc(DeleteTimer);
   if (slot == FLS_OUT_OF_INDEXES) return nullptr;

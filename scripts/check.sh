@@ -55,8 +55,8 @@ check_page_scripts() {
 # Sources that no program of the preset dev holds are compiled in one of the others.
 check_tidy() {
   local preset
-  for preset in dev release fuzz; do cmake --preset "$preset" >/dev/null; done
-  python3 -B scripts/lib/tidy.py build/{dev,release,fuzz}
+  for preset in dev release fuzz asan; do cmake --preset "$preset" >/dev/null; done
+  python3 -B scripts/lib/tidy.py build/{dev,release,fuzz,asan}
 }
 
 # build PRESET [TARGET...]

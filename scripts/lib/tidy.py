@@ -29,13 +29,11 @@ CONFIG = ".clang-tidy"
 
 # Compiled for Windows only, by a compiler whose options clang-tidy does not take.
 OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|paths)/")
-# Compiled by none of the presets that are looked at, but as the source named here is: what the report is
-# without its page, what only the sanitizers compile, and the host that uses the installed library.
+# Compiled by none of the presets, but as the source named here is: what the report is without its
+# page, and the host that uses the installed library.
 NEIGHBOUR = {
     "host/shared/report_none.cc": "host/shared/text.cc",
     "tests/package/consumer/host.cc": "host/console/main.cc",
-    "tests/support/process_memory_unknown.cc": "tests/support/process_memory_linux.cc",
-    "tests/unit/payload_lifetime_test.cc": "tests/unit/thread_pool_test.cc",
 }
 
 # What unused_names looks for instead, since in a batch another source may use the name.

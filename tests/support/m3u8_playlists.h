@@ -3,6 +3,7 @@
 #ifndef TESTS_SUPPORT_M3U8_PLAYLISTS_H_
 #define TESTS_SUPPORT_M3U8_PLAYLISTS_H_
 
+#include <cstdint>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -11,6 +12,9 @@ namespace m3u8_test {
 
 // The address that all of them are parsed against.
 inline constexpr char kBase[] = "http://host/a/b/list.m3u8";
+
+// A sequence number of the caller that the parser has not written to.
+inline constexpr std::int64_t kUntouchedSequence = -77;
 
 struct Playlist {
   std::string name;  // of the test and of the seed

@@ -16,7 +16,6 @@ using flv_test::Tag;
 using flv_test::WithLength;
 using flv_test::WithStartCode;
 
-// The tags behind a header.
 std::vector<Bytes> Payloads(const std::vector<DumpedFrame>& frames) {
   std::vector<Bytes> payloads;
   for (const DumpedFrame& frame : frames) payloads.push_back(frame.payload);

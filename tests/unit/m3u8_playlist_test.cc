@@ -6,15 +6,17 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/m3u8_playlists.h"
+
 namespace {
 
-constexpr char kBase[] = "http://host/a/b/list.m3u8";
-constexpr std::int64_t kUntouched = -77;
+using m3u8_test::kBase;
+using m3u8_test::kUntouchedSequence;
 
 // One text, parsed into everything fresh.
 struct Parsed {
   M3u8Header header;
-  std::int64_t sequence = kUntouched;
+  std::int64_t sequence = kUntouchedSequence;
   M3u8Table entries;
   bool result = false;
 
@@ -127,8 +129,8 @@ TEST(ParseM3u8Test, WithoutAHeaderWhatWasFoundIsStoredAllTheSame) {
 }
 
 TEST(ParseM3u8Test, MediaSequenceThatIsMissingOrNoNumberIsNotWritten) {
-  EXPECT_EQ(Parsed("#EXTM3U\n").sequence, kUntouched);
-  EXPECT_EQ(Parsed("#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:x\n").sequence, kUntouched);
+  EXPECT_EQ(Parsed("#EXTM3U\n").sequence, kUntouchedSequence);
+  EXPECT_EQ(Parsed("#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:x\n").sequence, kUntouchedSequence);
 }
 
 TEST(ParseM3u8Test, HeaderUsedAgainKeepsWhatTheSecondTextDoesNotSay) {

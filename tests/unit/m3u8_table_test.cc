@@ -13,9 +13,8 @@
 
 namespace {
 
+using m3u8_test::kUntouchedSequence;
 using m3u8_test::Playlist;
-
-constexpr std::int64_t kNoSequence = -77;
 
 // Libraries differ in how they print these.
 std::string Number(float number) {
@@ -35,7 +34,7 @@ std::string Described(const M3u8Header& header, std::int64_t sequence) {
   if (header.version != 0) add("version=" + std::to_string(header.version));
   if (header.targetDuration != 0) add("target=" + std::to_string(header.targetDuration));
   if (header.totalDuration != 0) add("total=" + Number(header.totalDuration));
-  if (sequence != kNoSequence) add("sequence=" + std::to_string(sequence));
+  if (sequence != kUntouchedSequence) add("sequence=" + std::to_string(sequence));
   return line + "\n";
 }
 
@@ -53,7 +52,7 @@ class M3u8TableTest : public testing::TestWithParam<Playlist> {};
 
 TEST_P(M3u8TableTest, IsParsedAsExpected) {
   M3u8Header header;
-  std::int64_t sequence = kNoSequence;
+  std::int64_t sequence = kUntouchedSequence;
   M3u8Table entries;
   const bool result = ParseM3u8(header, m3u8_test::kBase, GetParam().text, sequence, entries);
   std::string found = Described(header, sequence);

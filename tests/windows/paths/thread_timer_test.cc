@@ -54,11 +54,21 @@ void SleepInAThread() {
   std::thread([] { platform::SleepMilliseconds(1); }).join();
 }
 
+bool SleepOpensAHandle() {
+  int opened = 0;
+  std::thread([&opened] {
+    const int before = OpenHandles();
+    platform::SleepMilliseconds(1);
+    opened = OpenHandles() - before;
+  }).join();
+  return opened > 0;
+}
+
 TEST(ThreadTimerTest, ThreadsThatEndLeaveNoHandle) {
   constexpr int kThreads = 200;
   constexpr int kOfTheSystem = 20;  // it may open a few of its own
   const HeapUser user;
-  SleepInAThread();
+  if (!SleepOpensAHandle()) GTEST_SKIP() << "this system has no timers of that kind";
   const int before = OpenHandles();
   ASSERT_GT(before, 0);
   for (int i = 0; i < kThreads; ++i) SleepInAThread();

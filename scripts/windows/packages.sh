@@ -2,8 +2,10 @@
 # The Debian packages that the Windows build needs besides BUILD_PACKAGES.
 
 # libgnutls30: without it no TLS handshake succeeds under wine. dpkg-dev, patch and xz-utils unpack
-# Debian's source of curl; googletest is the source of the test framework; libz is for the host.
+# Debian's source of curl; googletest is the source of the test framework; libz is for the host; llvm makes
+# import libraries for link.exe.
 # shellcheck disable=SC2034  # for the scripts that source this file
 readonly WINDOWS_PACKAGES=(
-  dpkg-dev g++-mingw-w64-x86-64-posix googletest libgnutls30 libz-mingw-w64-dev patch wine64 xz-utils
+  dpkg-dev g++-mingw-w64-x86-64-posix googletest libgnutls30 libz-mingw-w64-dev llvm patch wine64
+  xz-utils
 )

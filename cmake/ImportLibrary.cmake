@@ -1,0 +1,12 @@
+# stream_add_import_library(TARGET DEFINITION OUTPUT)
+#
+# Makes OUTPUT, an import library for link.exe and lld-link, when everything is built: GCC's linker makes
+# one for GCC only. DEFINITION is a module-definition file with the names that the DLL of TARGET exports; the
+# DLL's own file name is put in, so that a LIBRARY line is not needed.
+function(stream_add_import_library target definition output)
+  find_program(STREAM_DLLTOOL NAMES llvm-dlltool DOC "Makes import libraries (Debian package llvm)" REQUIRED)
+  add_custom_command(OUTPUT ${output}
+    COMMAND ${STREAM_DLLTOOL} -m i386:x86-64 -D $<TARGET_FILE_NAME:${target}> -d ${definition} -l ${output}
+    DEPENDS ${definition} VERBATIM)
+  add_custom_target(${target}_import_library ALL DEPENDS ${output})
+endfunction()

@@ -1,7 +1,9 @@
-# The DLL needs no other DLL than those that every Windows 10 has.
+# A DLL needs no other DLL than those that every Windows 10 has, and those in BESIDE.
+#
+#   cmake -DOBJDUMP=objdump -DDLL=... [-DBESIDE=name.dll] -P check_imports.cmake
 cmake_minimum_required(VERSION 3.25)
 
-set(allowed ADVAPI32.dll bcrypt.dll CRYPT32.dll KERNEL32.dll msvcrt.dll WINMM.dll WS2_32.dll)
+set(allowed ADVAPI32.dll bcrypt.dll CRYPT32.dll KERNEL32.dll msvcrt.dll WINMM.dll WS2_32.dll ${BESIDE})
 
 execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")

@@ -1,0 +1,16 @@
+# expect_names(FILE NAMES) - fails unless the list NAMES holds exactly the names in FILE. FILE has one name on a
+# line, and may be a module-definition file: its statements and comments are skipped.
+function(expect_names file names)
+  file(STRINGS ${file} expected REGEX "^ *[_a-z?]")
+  list(TRANSFORM expected STRIP)
+  list(SORT expected)
+  list(SORT names)
+  if(NOT expected)
+    message(FATAL_ERROR "no name is listed in ${file}")
+  endif()
+  if(NOT names STREQUAL expected)
+    list(JOIN names "\n  " found)
+    list(JOIN expected "\n  " wanted)
+    message(FATAL_ERROR "the library exports\n  ${found}\nbut should export\n  ${wanted}")
+  endif()
+endfunction()

@@ -33,7 +33,7 @@ own_files() {
   find . \( -path ./build -o -path ./out -o -path ./.git \) -prune -o -type f \( "$@" \) -print0
 }
 
-check_format() { own_files -name '*.cc' -o -name '*.h' | xargs -0 clang-format --dry-run -Werror; }
+check_format() { own_files -name '*.cc' -o -name '*.h' -o -name '*.c' | xargs -0 clang-format --dry-run -Werror; }
 
 check_shell() { own_files -name '*.sh' -o -path './.ci/*' | xargs -0 shellcheck; }
 

@@ -1,10 +1,11 @@
 # stream_add_test(NAME LABEL label SOURCES file... [LIBRARIES target...] [COMPONENT object...]
-#                 [SERVERS])
+#                 [SERVERS] [HOST])
 #
-# A GoogleTest program linked with all of the component, or with those objects of it. It is one CTest
-# test and one process, in a directory of its own, since cache files are made beside the executable. Its
-# cases run in any order: all of the component is put back to its first state before each. Their results
-# are in test-results/ of the build. SERVERS adds the HTTP servers of tests/support.
+# A GoogleTest program linked with all of the component, or with those objects of it; a HOST is linked with
+# none of it, but with shared libraries among the LIBRARIES. It is one CTest test and one process, in a
+# directory of its own, since cache files are made beside the executable. Its cases run in any order: all
+# of the component, unless it is a HOST's, is put back to its first state before each. Their results are in
+# test-results/ of the build. SERVERS adds the HTTP servers of tests/support.
 #
 # Sources are joined into few (CMake's unity build), which halves the time to build them. So names must be
 # unique within a program, also in unnamed namespaces.
@@ -54,9 +55,9 @@ function(stream_add_test_headers)
 endfunction()
 
 function(stream_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS" "LABEL" "SOURCES;LIBRARIES;COMPONENT")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "SERVERS;HOST" "LABEL" "SOURCES;LIBRARIES;COMPONENT")
   set(main GTest::gtest_main)
-  if(NOT arg_COMPONENT)
+  if(NOT arg_COMPONENT AND NOT arg_HOST)
     set(arg_COMPONENT $<TARGET_OBJECTS:stream_core> $<TARGET_OBJECTS:component_test_main>)
     set(main)
   endif()
@@ -71,6 +72,12 @@ function(stream_add_test name)
   target_link_libraries(${name} PRIVATE ${main} ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES UNITY_BUILD ON
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
+  if(arg_HOST AND WIN32)  # which looks for DLLs beside the program
+    add_custom_command(TARGET ${name} POST_BUILD
+      COMMAND ${CMAKE_COMMAND} -E copy_if_different
+              $<TARGET_RUNTIME_DLLS:${name}> $<TARGET_FILE_DIR:${name}>
+      COMMAND_EXPAND_LISTS)
+  endif()
   add_test(NAME ${name}
     COMMAND ${name} --gtest_shuffle --gtest_output=xml:../../test-results/${name}.xml
     WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})

@@ -16,8 +16,8 @@ source "$ROOT/scripts/lib/log.sh"
 # shellcheck source=scripts/lib/packages.sh
 source "$ROOT/scripts/lib/packages.sh"
 
-component_folders() {
-  sed -n 's/^set(STREAM_COMPONENT_FOLDERS \(.*\))$/\1/p' cmake/Folders.cmake
+counted_folders() {
+  sed -n 's/^set(STREAM_\(COMPONENT\|INTERFACE\)_FOLDERS \(.*\))$/\2/p' cmake/Folders.cmake | xargs
 }
 
 build_and_test() {
@@ -30,7 +30,7 @@ build_and_test() {
 # Branches that only an exception takes, and those the compiler made, are no choice of the source.
 count_lines() {
   local folder filters=()
-  for folder in $(component_folders); do filters+=(--filter "$folder/"); done
+  for folder in $(counted_folders); do filters+=(--filter "$folder/"); done
   mkdir -p "$REPORT"
   gcovr --root . "${filters[@]}" --exclude-throw-branches --exclude-unreachable-branches \
     --csv "$REPORT/files.csv" --txt "$REPORT/lines.txt" --html-details "$REPORT/index.html" \
@@ -44,7 +44,7 @@ main() {
   build_and_test
   count_lines
   python3 -B scripts/lib/coverage_table.py "$REPORT/files.csv" "$REQUIRED_LINES" \
-    "$(component_folders)"
+    "$(counted_folders)"
 }
 
 main "$@"

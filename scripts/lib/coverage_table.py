@@ -29,7 +29,7 @@ def share(covered, total):
 def line_of(name, count):
     lines = share(count["line_covered"], count["line_total"])
     branches = share(count["branch_covered"], count["branch_total"])
-    return (f"{name:10} {count['line_covered']:6} of {count['line_total']:6} lines {lines:6.1f} %   "
+    return (f"{name:11} {count['line_covered']:6} of {count['line_total']:6} lines {lines:6.1f} %   "
             f"{count['branch_covered']:6} of {count['branch_total']:6} branches {branches:6.1f} %")
 
 

@@ -7,6 +7,8 @@
 # stream_player.h is the contract with the host and includes nothing; the one place below the facade
 # that knows it is common/player_port.
 #
+# c_interface uses the component as a host does, by its public headers alone.
+#
 # The hosts name what they include without a folder, and see of the component its public headers only:
 # host/console and host/player -> host/shared -> host/report -> public.
 cmake_minimum_required(VERSION 3.25)
@@ -16,7 +18,8 @@ include(${SOURCE_DIR}/cmake/Folders.cmake)
 set(failures "")
 stream_source_folders(${SOURCE_DIR} source_folders)
 foreach(folder IN LISTS source_folders)
-  if(NOT folder IN_LIST STREAM_COMPONENT_FOLDERS AND NOT folder IN_LIST STREAM_OTHER_FOLDERS)
+  if(NOT folder IN_LIST STREAM_COMPONENT_FOLDERS AND NOT folder IN_LIST STREAM_INTERFACE_FOLDERS AND
+     NOT folder IN_LIST STREAM_OTHER_FOLDERS)
     list(APPEND failures "${folder} is not among the folders in cmake/Folders.cmake")
   endif()
 endforeach()
@@ -29,10 +32,11 @@ set(allowed_flv flv common)
 set(allowed_mp4 mp4 common mp4v2)
 set(allowed_isobmff isobmff)
 set(allowed_common common)
+set(allowed_c_interface c_interface public)
 set(exceptions "common/player_port.cc>public/stream_player.h")
 
 set(checked 0)
-foreach(folder IN LISTS STREAM_COMPONENT_FOLDERS)
+foreach(folder IN LISTS STREAM_COMPONENT_FOLDERS STREAM_INTERFACE_FOLDERS)
   if(NOT DEFINED allowed_${folder})
     list(APPEND failures "what ${folder} may include is not known here")
   endif()

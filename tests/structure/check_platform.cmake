@@ -10,7 +10,7 @@ set(failures "")
 stream_source_folders(${SOURCE_DIR} folders)
 foreach(folder IN LISTS folders)
   file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
-    ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc)
+    ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc ${SOURCE_DIR}/${folder}/*.c)
   foreach(source ${sources})
     math(EXPR checked "${checked} + 1")
     file(STRINGS ${SOURCE_DIR}/${source} lines

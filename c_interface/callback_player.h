@@ -1,0 +1,38 @@
+// CallbackPlayer: the host's callbacks as the player that the component calls.
+#ifndef C_INTERFACE_CALLBACK_PLAYER_H_
+#define C_INTERFACE_CALLBACK_PLAYER_H_
+
+#include <string>
+#include <type_traits>
+
+#include "c_interface/callback_scope.h"
+#include "c_interface/stream_downloader_c.h"
+#include "public/stream_player.h"
+
+// Keeps a copy of the struct. Safe to call from any thread.
+class CallbackPlayer final : public CStreamPlayerImp {
+ public:
+  explicit CallbackPlayer(const sd_callbacks& callbacks) : callbacks_(callbacks) {}
+
+  void OnDuration(float seconds) override;
+  void OnBufferedTime(float seconds) override;
+  void OnAudioClock(float seconds) override;
+  void OnAudioFrame(MediaFrame frame) override;
+  void OnVideoFrame(MediaFrame frame) override;
+  void OnMessage(std::string line) override;
+  void OnPlayResult(std::string line) override;
+
+ private:
+  // Calls it, unless it is null.
+  template <typename... Arguments>
+  void Call(void (*callback)(void*, Arguments...),
+            std::type_identity_t<Arguments>... arguments) const {
+    if (callback == nullptr) return;
+    const CallbackScope scope;
+    callback(callbacks_.user, arguments...);
+  }
+
+  const sd_callbacks callbacks_;
+};
+
+#endif  // C_INTERFACE_CALLBACK_PLAYER_H_

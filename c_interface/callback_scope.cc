@@ -1,0 +1,13 @@
+#include "c_interface/callback_scope.h"
+
+namespace {
+
+thread_local int depth = 0;
+
+}  // namespace
+
+CallbackScope::CallbackScope() { ++depth; }
+
+CallbackScope::~CallbackScope() { --depth; }
+
+bool CallbackScope::IsInside() { return depth != 0; }

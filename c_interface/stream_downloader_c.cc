@@ -1,0 +1,81 @@
+#include "c_interface/stream_downloader_c.h"
+
+#include <new>
+#include <string>
+
+#include "c_interface/callback_player.h"
+#include "c_interface/callback_scope.h"
+#include "public/stream_downloader.h"
+
+struct sd_downloader {
+  explicit sd_downloader(const sd_callbacks& callbacks) : player(callbacks), facade(&player) {}
+
+  CallbackPlayer player;  // outlives the facade
+  CStreamDownloader facade;
+};
+
+namespace {
+
+// Makes the call, unless it comes from inside a callback. Whatever it throws becomes a result.
+template <typename Function>
+sd_result Guarded(const Function& call) noexcept {
+  if (CallbackScope::IsInside()) return SD_ERROR_IN_CALLBACK;
+  try {
+    return call();
+  } catch (const std::bad_alloc&) {
+    return SD_ERROR_OUT_OF_MEMORY;
+  } catch (...) {
+    return SD_ERROR_OTHER;
+  }
+}
+
+// The same of a downloader, unless that is null.
+template <typename Function>
+sd_result GuardedCallOf(sd_downloader* downloader, const Function& call) noexcept {
+  return Guarded([&] {
+    if (downloader == nullptr) return SD_ERROR_NULL_DOWNLOADER;
+    return call(downloader->facade);
+  });
+}
+
+}  // namespace
+
+sd_result sd_create(const sd_callbacks* callbacks, sd_downloader** out) {
+  if (out != nullptr) *out = nullptr;
+  return Guarded([&] {
+    if (out == nullptr) return SD_ERROR_NULL_OUT;
+    if (callbacks == nullptr) return SD_ERROR_NULL_CALLBACKS;
+    if (callbacks->size != sizeof(sd_callbacks)) return SD_ERROR_CALLBACKS_SIZE;
+    *out = new sd_downloader(*callbacks);
+    return SD_OK;
+  });
+}
+
+sd_result sd_destroy(sd_downloader* downloader) {
+  return Guarded([&] {
+    if (downloader == nullptr) return SD_ERROR_NULL_DOWNLOADER;
+    delete downloader;
+    return SD_OK;
+  });
+}
+
+sd_result sd_begin_download(sd_downloader* downloader, const char* url, size_t length) {
+  return GuardedCallOf(downloader, [&](CStreamDownloader& facade) {
+    if (url == nullptr) return SD_ERROR_NULL_ADDRESS;
+    if (length == 0) return SD_ERROR_EMPTY_ADDRESS;
+    if (length > std::string().max_size()) return SD_ERROR_OUT_OF_MEMORY;  // -1, for example
+    return facade.BeginDownload(std::string(url, length)) ? SD_OK : SD_ERROR_UNKNOWN_SCHEME;
+  });
+}
+
+sd_result sd_end_download(sd_downloader* downloader) {
+  return GuardedCallOf(downloader, [](CStreamDownloader& facade) {
+    return facade.EndDownload() ? SD_OK : SD_NOT_PLAYING;
+  });
+}
+
+sd_result sd_set_start_position(sd_downloader* downloader, float seconds) {
+  return GuardedCallOf(downloader, [seconds](CStreamDownloader& facade) {
+    return facade.SetStartPostion(seconds) ? SD_OK : SD_NO_PIPELINE;
+  });
+}

@@ -1,0 +1,133 @@
+// Calls from inside a callback, where a stop would wait for itself, are refused.
+#include <gtest/gtest.h>
+
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "tests/c_interface/local_streams.h"
+#include "tests/c_interface/recorded_downloader.h"
+#include "tests/support/held_video_call.h"
+#include "tests/support/test_limit.h"
+
+namespace c_interface_test {
+namespace {
+
+// Passes everything on to a recording player, and does something inside the first call of one kind.
+class IntrudingPlayer final : public CStreamPlayerImp {
+ public:
+  enum class Kind { kDuration, kBufferedTime, kClock, kAudio, kVideo, kMessage, kResult };
+
+  IntrudingPlayer(Kind kind, std::function<void()> intrude)
+      : kind_(kind), intrude_(std::move(intrude)) {}
+
+  void OnDuration(float /*seconds*/) override { Called(Kind::kDuration); }
+  void OnBufferedTime(float /*seconds*/) override { Called(Kind::kBufferedTime); }
+  void OnAudioClock(float /*seconds*/) override { Called(Kind::kClock); }
+  void OnAudioFrame(MediaFrame /*frame*/) override { Called(Kind::kAudio); }
+  void OnVideoFrame(MediaFrame /*frame*/) override { Called(Kind::kVideo); }
+  void OnMessage(std::string /*line*/) override { Called(Kind::kMessage); }
+  void OnPlayResult(std::string /*line*/) override { Called(Kind::kResult); }
+
+  // False if no call of the kind is made.
+  bool WaitUntilDone() {
+    std::unique_lock lock(mutex_);
+    return done_changed_.wait_for(lock, kTestLimit, [this] { return done_; });
+  }
+
+ private:
+  void Called(Kind kind) {
+    const std::lock_guard lock(mutex_);
+    if (kind != kind_ || done_) return;
+    intrude_();
+    done_ = true;
+    done_changed_.notify_all();
+  }
+
+  const Kind kind_;
+  const std::function<void()> intrude_;
+  std::mutex mutex_;
+  std::condition_variable done_changed_;
+  bool done_ = false;  // guarded by mutex_
+};
+
+using Kind = IntrudingPlayer::Kind;
+
+// Ends with the first call that is not refused: a later one would wait for ever.
+void ExpectAllRefused(sd_downloader* downloader) {
+  RecordingPlayer player;
+  const sd_callbacks callbacks = CallbacksTo(player);
+  sd_downloader* made = downloader;
+  ASSERT_EQ(sd_create(&callbacks, &made), SD_ERROR_IN_CALLBACK);
+  EXPECT_EQ(made, nullptr);
+  ASSERT_EQ(sd_set_start_position(downloader, 1), SD_ERROR_IN_CALLBACK);
+  ASSERT_EQ(sd_begin_download(downloader, "rtmp", 4), SD_ERROR_IN_CALLBACK);
+  ASSERT_EQ(sd_end_download(downloader), SD_ERROR_IN_CALLBACK);
+  ASSERT_EQ(sd_destroy(downloader), SD_ERROR_IN_CALLBACK);
+}
+
+class CInterfaceInsideCallbackTest : public testing::Test {
+ protected:
+  RecordingPlayer other_player_;
+  OwnedDownloader other_{other_player_};
+};
+
+class CInterfaceInsideEachCallbackTest : public CInterfaceInsideCallbackTest,
+                                         public testing::WithParamInterface<Kind> {};
+
+TEST_P(CInterfaceInsideEachCallbackTest, CallsAreRefusedForEveryDownloader) {
+  sd_downloader* own = nullptr;
+  IntrudingPlayer player(GetParam(), [&] {
+    ExpectAllRefused(own);
+    ExpectAllRefused(other_.get());
+    ExpectAllRefused(nullptr);
+  });
+  const OwnedDownloader downloader(player);
+  own = downloader.get();
+  EXPECT_EQ(Begin(own, LocalMp4("inside " + std::to_string(static_cast<int>(GetParam())))), SD_OK);
+  EXPECT_TRUE(player.WaitUntilDone());
+  EXPECT_EQ(sd_end_download(own), SD_OK);  // it is still there, and still played
+  EXPECT_EQ(other_player_.Snapshot().messages.size(), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(EveryKind, CInterfaceInsideEachCallbackTest,
+                         testing::Values(Kind::kDuration, Kind::kBufferedTime, Kind::kClock,
+                                         Kind::kAudio, Kind::kVideo, Kind::kMessage,
+                                         Kind::kResult));
+
+TEST_F(CInterfaceInsideCallbackTest, CallsOnTheCallersOwnThreadAreRefusedUntilTheCallbackReturns) {
+  sd_downloader* own = nullptr;
+  IntrudingPlayer player(Kind::kMessage, [&] { ExpectAllRefused(own); });
+  const OwnedDownloader downloader(player);
+  own = downloader.get();
+  EXPECT_EQ(Begin(own, "rtmp"), SD_ERROR_UNKNOWN_SCHEME);
+  EXPECT_TRUE(player.WaitUntilDone());
+  EXPECT_EQ(sd_end_download(own), SD_NOT_PLAYING);
+}
+
+TEST_F(CInterfaceInsideCallbackTest, VersionAndTextsMayBeAskedFor) {
+  std::string version;
+  IntrudingPlayer player(Kind::kMessage,
+                         [&] { version = std::string(sd_version()) + sd_result_text(SD_OK); });
+  const OwnedDownloader downloader(player);
+  EXPECT_EQ(Begin(downloader.get(), "rtmp"), SD_ERROR_UNKNOWN_SCHEME);
+  EXPECT_EQ(version, std::string(sd_version()) + sd_result_text(SD_OK));
+}
+
+TEST_F(CInterfaceInsideCallbackTest, OtherThreadsMayCallMeanwhile) {
+  RecordingPlayer player;
+  HeldVideoCall call(player);
+  const OwnedDownloader downloader(player);
+  EXPECT_EQ(Begin(downloader.get(), LocalFlv("meanwhile")), SD_OK);
+  EXPECT_TRUE(call.WaitUntilEntered());
+  EXPECT_EQ(sd_set_start_position(downloader.get(), 0), SD_OK);
+  EXPECT_EQ(Begin(other_.get(), "rtmp"), SD_ERROR_UNKNOWN_SCHEME);
+  EXPECT_EQ(sd_end_download(other_.get()), SD_NOT_PLAYING);
+  call.Release();
+  EXPECT_EQ(sd_end_download(downloader.get()), SD_OK);
+}
+
+}  // namespace
+}  // namespace c_interface_test

@@ -5,7 +5,7 @@ set(STREAM_COMPONENT_FOLDERS common ts hls flv isobmff mp4 public)
 # Libraries of their own that use the component through its public headers: checked and counted as well.
 set(STREAM_INTERFACE_FOLDERS c_interface)
 # The rest of the folders that hold C or C++ sources.
-set(STREAM_OTHER_FOLDERS host tests bench fuzz)
+set(STREAM_OTHER_FOLDERS host examples tests bench fuzz)
 
 # stream_source_folders(ROOT RESULT) - the folders below ROOT that hold C or C++ sources, but no build trees.
 function(stream_source_folders root result)

@@ -6,12 +6,16 @@ include(CMakePackageConfigHelpers)
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/stream_downloader)
 set(package_sources ${CMAKE_CURRENT_LIST_DIR}/package)
 
-install(TARGETS stream_downloader
+install(TARGETS stream_downloader stream_downloader_c
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
-install(FILES public/stream_downloader.h public/stream_player.h
+install(FILES public/stream_downloader.h public/stream_player.h c_interface/stream_downloader_c.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+if(MINGW)
+  install(FILES ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/stream_downloader_c.lib
+    DESTINATION ${CMAKE_INSTALL_LIBDIR})
+endif()
 
 foreach(host stream_host stream_player)
   if(NOT TARGET ${host})
@@ -43,7 +47,8 @@ endif()
 configure_package_config_file(
   ${package_sources}/stream_downloader-config.cmake.in stream_downloader-config.cmake
   INSTALL_DESTINATION ${package_dir}
-  PATH_VARS CMAKE_INSTALL_INCLUDEDIR STREAM_PACKAGE_LIBRARY STREAM_PACKAGE_IMPORT_LIBRARY)
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR
+            STREAM_PACKAGE_LIBRARY STREAM_PACKAGE_IMPORT_LIBRARY)
 install(FILES
   ${PROJECT_BINARY_DIR}/stream_downloader-config.cmake
   ${PROJECT_BINARY_DIR}/stream_downloader-config-version.cmake
@@ -53,9 +58,10 @@ if(NOT WIN32)
   # Relative, so that it holds wherever the package is unpacked.
   file(RELATIVE_PATH STREAM_PACKAGE_PREFIX_FROM_PKGCONFIG
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-  configure_file(${package_sources}/stream_downloader.pc.in stream_downloader.pc @ONLY)
-  install(FILES ${PROJECT_BINARY_DIR}/stream_downloader.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  foreach(name stream_downloader stream_downloader_c)
+    configure_file(${package_sources}/${name}.pc.in ${name}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${name}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+  endforeach()
 endif()
 
 # stream_install_licence(NAME PATTERN...) - the first file that matches one of the patterns.

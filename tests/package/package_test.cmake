@@ -39,14 +39,14 @@ endif()
 if(TOOLCHAIN)
   list(APPEND found -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
 else()
-  list(APPEND found -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
+  list(APPEND found -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 endif()
 # configure_apart(FOLDER BUILD [NEIGHBOUR...]) - a copy of the folder, and of those beside it that it
 # needs: nothing else of the tree may be in reach.
 function(configure_apart folder build)
   get_filename_component(name ${folder} NAME)
   file(COPY ${folder} ${ARGN} DESTINATION ${WORK}/sources-${build})
-  run(${CMAKE_COMMAND} -S sources-${build}/${name} -B ${build} -G ${GENERATOR}
+  run(${CMAKE_COMMAND} -S sources-${build}/${name} -B ${build} -G ${GENERATOR} --no-warn-unused-cli
     -DCMAKE_BUILD_TYPE=Release ${found})
 endfunction()
 
@@ -60,6 +60,19 @@ if(EMULATOR)
   set(address "file://Z:${address}")  # where wine shows the root
 endif()
 run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})
+
+# A host in C, of a project that has no C++.
+if(C_HOST)
+  if(PKG_CONFIG)
+    run(pkg-config --cflags --libs stream_downloader_c OUTPUT_FILE c_options)
+    run(${C_COMPILER} -std=c99 ${C_HOST}/play.c -o play @c_options -pthread)
+    run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ./play ${address} 1)
+  else()
+    configure_apart(${C_HOST} c)
+    run(${CMAKE_COMMAND} --build c)
+    run(${EMULATOR} ${WORK}/c/play${SUFFIX} ${address} 1)
+  endif()
+endif()
 
 # The packaged hosts find their library.
 run(${EMULATOR} ${prefix}/bin/stream_host${SUFFIX} ${address} --expect-frames 1)

@@ -3,9 +3,9 @@
 
 # libgnutls30: without it no TLS handshake succeeds under wine. dpkg-dev, patch and xz-utils unpack
 # Debian's source of curl; googletest is the source of the test framework; libz is for the host; llvm makes
-# import libraries for link.exe.
+# import libraries for link.exe; clang and lld make a host like those of Visual C++.
 # shellcheck disable=SC2034  # for the scripts that source this file
 readonly WINDOWS_PACKAGES=(
-  dpkg-dev g++-mingw-w64-x86-64-posix googletest libgnutls30 libz-mingw-w64-dev llvm patch wine64
+  clang dpkg-dev g++-mingw-w64-x86-64-posix googletest libgnutls30 libz-mingw-w64-dev lld llvm patch wine64
   xz-utils
 )

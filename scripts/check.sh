@@ -169,7 +169,7 @@ start_linux() {
 # What runs beside the last tests.
 check_rest() {
   lint
-  run_step release build release stream_downloader stream_host stream_player bench/all
+  run_step release build release stream_downloader stream_downloader_c stream_host stream_player bench/all
   fuzz_each
 }
 

@@ -54,4 +54,12 @@ TEST(WindowsLoadTest, LibraryStaysWhenItIsFreed) {
   EXPECT_NE(GetModuleHandleW(L"stream_downloader.dll"), nullptr);
 }
 
+TEST(WindowsLoadTest, CLibraryStaysWhenItIsFreed) {
+  constexpr auto kName = L"stream_downloader_c.dll";
+  const HMODULE library = LoadLibraryW(kName);
+  ASSERT_NE(library, nullptr);
+  EXPECT_NE(FreeLibrary(library), 0);
+  EXPECT_NE(GetModuleHandleW(kName), nullptr);
+}
+
 }  // namespace

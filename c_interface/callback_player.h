@@ -23,7 +23,6 @@ class CallbackPlayer final : public CStreamPlayerImp {
   void OnPlayResult(std::string line) override;
 
  private:
-  // Calls it, unless it is null.
   template <typename... Arguments>
   void Call(void (*callback)(void*, Arguments...),
             std::type_identity_t<Arguments>... arguments) const {

@@ -6,7 +6,7 @@ const char* sd_result_text(int result) {
       return "success";
     case SD_NOT_PLAYING:
       return "nothing was playing";
-    case SD_NO_PIPELINE:
+    case SD_NOTHING_STARTED:
       return "nothing was started yet, so the position is lost";
     case SD_ERROR_EMPTY_ADDRESS:
       return "the address is empty";

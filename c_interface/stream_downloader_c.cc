@@ -16,7 +16,7 @@ struct sd_downloader {
 
 namespace {
 
-// Makes the call, unless it comes from inside a callback. Whatever it throws becomes a result.
+// Makes the call, unless it comes from inside a callback. An exception becomes a result.
 template <typename Function>
 sd_result Guarded(const Function& call) noexcept {
   if (CallbackScope::IsInside()) return SD_ERROR_IN_CALLBACK;
@@ -29,7 +29,7 @@ sd_result Guarded(const Function& call) noexcept {
   }
 }
 
-// The same of a downloader, unless that is null.
+// As Guarded, for the facade of a downloader; refuses null.
 template <typename Function>
 sd_result GuardedCallOf(sd_downloader* downloader, const Function& call) noexcept {
   return Guarded([&] {
@@ -54,6 +54,7 @@ sd_result sd_create(const sd_callbacks* callbacks, sd_downloader** out) {
 sd_result sd_destroy(sd_downloader* downloader) {
   return Guarded([&] {
     if (downloader == nullptr) return SD_ERROR_NULL_DOWNLOADER;
+    downloader->facade.EndDownload();  // in the destructor an exception would end the process
     delete downloader;
     return SD_OK;
   });
@@ -76,6 +77,6 @@ sd_result sd_end_download(sd_downloader* downloader) {
 
 sd_result sd_set_start_position(sd_downloader* downloader, float seconds) {
   return GuardedCallOf(downloader, [seconds](CStreamDownloader& facade) {
-    return facade.SetStartPostion(seconds) ? SD_OK : SD_NO_PIPELINE;
+    return facade.SetStartPostion(seconds) ? SD_OK : SD_NOTHING_STARTED;
   });
 }

@@ -16,24 +16,31 @@
 // cache files are shared by the whole process. Stop (sd_end_download) before an address of another
 // kind is started.
 //
-// Threads. Call the functions of one downloader from one thread at a time. The callbacks are called
-// from several threads at once: status lines from the thread that calls a function of the
-// downloader, all else from threads of the library. Status lines and durations come from download
-// and parse threads, video frames from one thread, audio clocks and audio frames from another; two
-// more after each further start that no sd_end_download came before. The library holds no lock
-// meanwhile, so a callback that blocks stalls the calling thread only (and an sd_end_download that
-// waits for it). The callbacks must be safe to call concurrently, and must return: no C++ exception
-// and no longjmp may leave one.
+// Cache files. They are in the directory `tmp` beside the executable of the process or, where that
+// cannot be made or written, in the user's cache. For a host in Python the executable is the
+// interpreter. Two processes of one executable must not play at the same time.
+//
+// Threads. Call the functions of one downloader from one thread at a time. Different downloaders
+// may be used by different threads. The callbacks are called from several threads at once: video
+// frames from one thread of the library, audio clocks and audio frames from another (from two more
+// after each further start without an sd_end_download before it), durations from download and parse
+// threads, status lines from those and from the thread that calls a function of the downloader. The
+// library holds no lock meanwhile, so a callback that blocks stalls its own thread only (and an
+// sd_end_download that waits for it). The callbacks must be safe to call concurrently, and must
+// return: no C++ exception, no longjmp, no end of the thread and no panic or exception of another
+// language may leave one.
 //
 // Calls from inside a callback. sd_version, sd_version_number and sd_result_text may be called
 // anywhere, also from inside a callback. The other functions return SD_ERROR_IN_CALLBACK there and
-// do nothing, whichever downloader they are given, since a stop waits for the callbacks to return.
-// For the same reason no callback may wait for another thread that calls one of them: nothing can
-// refuse that, and neither thread would go on.
+// do nothing else, whichever downloader they are given, since a stop waits for the callbacks to
+// return. For the same reason no callback may wait for another thread that calls one of them, and
+// no thread may call one of them while it holds a lock that a callback takes: nothing can refuse
+// that, and neither thread would go on. The lock of an interpreter counts too (Python's ctypes.CDLL
+// releases it, ctypes.PyDLL does not).
 //
 // Errors. Each function that can fail returns an sd_result: SD_OK, a positive value where there was
 // nothing to do, or a negative one for an error. After an error nothing has been started or
-// stopped, but that after SD_ERROR_OUT_OF_MEMORY or SD_ERROR_OTHER a part may have been: call
+// stopped. SD_ERROR_OUT_OF_MEMORY and SD_ERROR_OTHER are exceptions: after them call
 // sd_end_download or sd_destroy. No C++ exception leaves a function. A pointer that is not null
 // must be valid: that cannot be checked.
 //
@@ -59,8 +66,8 @@
 // Standard output. The library writes lines to the standard output of the process. If that is a
 // pipe, something has to read it: a full pipe blocks the library, and with it the stop.
 //
-// End of the process. Call sd_end_download or sd_destroy before `main` returns, and before the
-// library is unloaded.
+// End of the process. Call sd_end_download or sd_destroy before `main` returns. Once loaded, the
+// library stays in the process: dlclose and FreeLibrary succeed, but do not unload it.
 #ifndef STREAM_DOWNLOADER_STREAM_DOWNLOADER_C_H_
 #define STREAM_DOWNLOADER_STREAM_DOWNLOADER_C_H_
 
@@ -82,13 +89,13 @@
 extern "C" {
 #endif
 
-// How a call went. The values are fixed; the type has the size of an int.
+// How a call went. The values are fixed; the type has the size of an int (32 bits, signed).
 typedef enum sd_result {
   SD_OK = 0,
 
   // Nothing to do.
-  SD_NOT_PLAYING = 1,  // sd_end_download: nothing was playing
-  SD_NO_PIPELINE = 2,  // sd_set_start_position: nothing was started yet, so the position is lost
+  SD_NOT_PLAYING = 1,      // sd_end_download: nothing was playing
+  SD_NOTHING_STARTED = 2,  // sd_set_start_position: nothing was started yet; the position is lost
 
   // Errors.
   SD_ERROR_EMPTY_ADDRESS = -1,    // an address of length 0; no line is sent
@@ -136,7 +143,8 @@ typedef struct sd_frame {
 // Fails to compile where the layout of sd_frame is another one, as in 32-bit programs.
 typedef char sd_frame_has_48_bytes[sizeof(sd_frame) == 48 ? 1 : -1];
 
-// The host's callbacks. Each is given `user` first. A null function pointer leaves that call out.
+// The host's callbacks. Each is given `user` first. A null function pointer leaves that call out:
+// set the whole struct to zero before filling it in.
 typedef struct sd_callbacks {
   // sizeof(sd_callbacks): tells the library which header the host was compiled with. A size that no
   // released header has is refused.
@@ -185,22 +193,27 @@ SD_API const char* sd_result_text(int result);
 // SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY, SD_ERROR_OTHER.
 SD_API sd_result sd_create(const sd_callbacks* callbacks, sd_downloader** out);
 
-// Stops as sd_end_download does, also in how long it waits, and releases the downloader, which is
-// not valid any more then. After an error it still is. Once this has returned, no callback is
-// called. Errors: SD_ERROR_NULL_DOWNLOADER, SD_ERROR_IN_CALLBACK.
+// Stops as sd_end_download does, also in how long it waits, and releases the downloader: once this
+// has succeeded, no callback is called and the downloader is not valid any more. After an error it
+// remains valid. Some kilobytes stay allocated for each downloader that has played TS, FLV or MP4:
+// play one address after another with the same downloader. Errors: SD_ERROR_NULL_DOWNLOADER,
+// SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY, SD_ERROR_OTHER.
 SD_API sd_result sd_destroy(sd_downloader* downloader);
 
-// Starts to play the address (`length` bytes at `url`; "http", "https" or "file://") and returns
-// without waiting for the network. The address alone decides the format: "m3u8" anywhere in it is
-// HLS, else ".ts" is MPEG-TS, else ".flv" is FLV, else it is MP4. The choice is reported as "PLAY
-// M3U8:", "PLAY TS:", "PLAY FLV:" or "PLAY MP4:" and the address as it was given, on this thread.
-// SD_OK does not mean that the stream can be fetched: failures are reported later, as status lines.
+// Starts to play the address (`length` bytes at `url`; "http", "https" or "file://", in lower case)
+// and returns without waiting for the network. The address alone decides the format: "m3u8"
+// anywhere in it is HLS, else ".ts" is MPEG-TS, else ".flv" is FLV, else it is MP4. The choice is
+// reported as "PLAY M3U8:", "PLAY TS:", "PLAY FLV:" or "PLAY MP4:" and the address as it was given,
+// on this thread. SD_OK does not mean that the stream can be fetched: failures are reported later,
+// as status lines.
 //
 // The address is made of ASCII. What is requested ends before the first control byte (below 0x20,
-// or 0x7F), also before a zero, and two bytes above 0x7F in a row become one, so that neither UTF-8
-// nor another encoding arrives as it was: in "http" and "https" addresses percent-encode those
-// bytes ("%C3%A9"). The rest of a "file://" address is a path, taken as it is, without decoding
-// percent signs (except for HLS): keep its names to ASCII.
+// or 0x7F), also before a zero. Of bytes above 0x7F two in a row become one, and a single one ends
+// the address too, so that neither UTF-8 nor another encoding arrives as it was: in "http" and
+// "https" addresses percent-encode those bytes ("%C3%A9"). The rest of a "file://" address is a
+// path ("file:///home/me/a.ts", "file://C:\clips\a.ts"). TS and MP4 take it as it is, HLS decodes
+// percent signs and takes no space, FLV takes both forms: keep its names to ASCII, without spaces
+// and percent signs.
 //
 // Errors: SD_ERROR_EMPTY_ADDRESS, SD_ERROR_UNKNOWN_SCHEME, SD_ERROR_NULL_DOWNLOADER,
 // SD_ERROR_NULL_ADDRESS, SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY, SD_ERROR_OTHER.
@@ -210,17 +223,19 @@ SD_API sd_result sd_begin_download(sd_downloader* downloader, const char* url, s
 // about 1.5 seconds after the callbacks themselves have returned. Frames not delivered yet are
 // dropped. The downloader can be started again; for the same address TS and MP4 then continue after
 // what they have received. So a TS or MP4 stream that has ended plays again only after
-// sd_set_start_position(downloader, 0). Returns SD_NOT_PLAYING when nothing was playing. Errors:
-// SD_ERROR_NULL_DOWNLOADER, SD_ERROR_IN_CALLBACK, SD_ERROR_OTHER.
+// sd_set_start_position(downloader, 0). Returns SD_NOT_PLAYING when nothing was playing; a stream
+// that has ended by itself counts as playing. Errors: SD_ERROR_NULL_DOWNLOADER,
+// SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY, SD_ERROR_OTHER.
 SD_API sd_result sd_end_download(sd_downloader* downloader);
 
-// Sets where the next sd_begin_download starts, in seconds from the beginning of the stream. Only
-// formats that this downloader has played before receive it; SD_NO_PIPELINE is returned, and the
-// position is lost, when there is none. sd_end_download sets the position back to 0: the order of a
-// seek is sd_end_download, sd_set_start_position, sd_begin_download. Given while TS or MP4 plays,
-// it makes what plays drop frames that lie before it; HLS skips whole segments, and FLV plays from
-// its beginning all the same. Errors: SD_ERROR_NULL_DOWNLOADER, SD_ERROR_IN_CALLBACK,
-// SD_ERROR_OUT_OF_MEMORY, SD_ERROR_OTHER.
+// Sets where the next sd_begin_download starts, in seconds from the beginning of the stream: a
+// finite number, 0 or more, which is not checked. Only formats that this downloader has played
+// before receive it; SD_NOTHING_STARTED is returned, and the position is lost, when there is none.
+// sd_end_download sets the position back to 0: the order of a seek is sd_end_download,
+// sd_set_start_position, sd_begin_download. Given while TS or MP4 plays, it makes what plays drop
+// frames that lie before it; HLS skips whole segments, and FLV plays from its beginning all the
+// same. Errors: SD_ERROR_NULL_DOWNLOADER, SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY,
+// SD_ERROR_OTHER.
 SD_API sd_result sd_set_start_position(sd_downloader* downloader, float seconds);
 
 #ifdef __cplusplus

@@ -2,12 +2,13 @@
 //
 //   play ADDRESS [FRAMES]
 //
-// Ends after FRAMES frames (100 if not given), or when the library reports that the address does
-// not play. The threads are those of POSIX, which GCC for Windows has too.
+// Ends after FRAMES frames (100 if not given), or 10 seconds after the last callback. The threads
+// are those of POSIX, which GCC for Windows has too.
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 
 #include "stream_downloader_c.h"
 
@@ -15,12 +16,15 @@
 typedef struct play {
   pthread_mutex_t mutex;
   pthread_cond_t changed;
-  long frames_left;  // guarded by mutex
-  int has_failed;    // guarded by mutex
+  long frames_left;      // guarded by mutex
+  time_t last_callback;  // guarded by mutex
 } play;
 
-static void take_frame(play* self, const char* kind, const sd_frame* frame) {
+enum { SILENCE_SECONDS = 10 };
+
+static void print_frame(play* self, const char* kind, const sd_frame* frame) {
   pthread_mutex_lock(&self->mutex);
+  self->last_callback = time(NULL);
   if (self->frames_left > 0) {
     printf("%s frame of %d bytes\n", kind, (int)frame->size);
     --self->frames_left;
@@ -29,43 +33,42 @@ static void take_frame(play* self, const char* kind, const sd_frame* frame) {
   pthread_mutex_unlock(&self->mutex);
 }
 
-static void on_audio_frame(void* user, const sd_frame* frame) { take_frame(user, "audio", frame); }
+static void on_audio_frame(void* user, const sd_frame* frame) { print_frame(user, "audio", frame); }
 
-static void on_video_frame(void* user, const sd_frame* frame) { take_frame(user, "video", frame); }
+static void on_video_frame(void* user, const sd_frame* frame) { print_frame(user, "video", frame); }
 
-static void on_message(void* user, const char* line, size_t length) {
-  (void)user;
-  printf("%.*s\n", (int)length, line);
-}
-
-// A result line is "PLAY:", the format and, if the address does not play, " NO:".
-static void on_play_result(void* user, const char* line, size_t length) {
+static void on_line(void* user, const char* line, size_t length) {
   play* self = user;
-  const char* outcome = strchr(line, ' ');
-  on_message(user, line, length);
-  if (outcome == NULL || strncmp(outcome, " NO:", 4) != 0) return;
+  printf("%.*s\n", (int)length, line);
   pthread_mutex_lock(&self->mutex);
-  self->has_failed = 1;
-  pthread_cond_signal(&self->changed);
+  self->last_callback = time(NULL);
   pthread_mutex_unlock(&self->mutex);
 }
 
-static void wait_for_end(play* self) {
+// Whether all frames were printed. No line says of every format that a stream has ended or does not
+// play: silence does.
+static int wait_for_frames(play* self) {
+  int is_done;
   pthread_mutex_lock(&self->mutex);
-  while (self->frames_left > 0 && !self->has_failed) {
-    pthread_cond_wait(&self->changed, &self->mutex);
+  self->last_callback = time(NULL);
+  while (self->frames_left > 0 && time(NULL) <= self->last_callback + SILENCE_SECONDS) {
+    const struct timespec end = {self->last_callback + SILENCE_SECONDS + 1, 0};
+    pthread_cond_timedwait(&self->changed, &self->mutex, &end);
   }
+  is_done = self->frames_left <= 0;
   pthread_mutex_unlock(&self->mutex);
+  return is_done;
 }
 
 int main(int argc, char** argv) {
   play self = {PTHREAD_MUTEX_INITIALIZER, PTHREAD_COND_INITIALIZER, 100, 0};
+  int is_done = 0;
   const sd_callbacks callbacks = {.size = sizeof callbacks,
                                   .user = &self,
                                   .on_audio_frame = on_audio_frame,
                                   .on_video_frame = on_video_frame,
-                                  .on_message = on_message,
-                                  .on_play_result = on_play_result};
+                                  .on_message = on_line,
+                                  .on_play_result = on_line};
   sd_downloader* downloader;
   sd_result result;
 
@@ -78,9 +81,9 @@ int main(int argc, char** argv) {
   result = sd_create(&callbacks, &downloader);
   if (result == SD_OK) {
     result = sd_begin_download(downloader, argv[1], strlen(argv[1]));
-    if (result == SD_OK) wait_for_end(&self);
+    if (result == SD_OK) is_done = wait_for_frames(&self);
     sd_destroy(downloader);
   }
   if (result != SD_OK) fprintf(stderr, "play: %s\n", sd_result_text(result));
-  return result != SD_OK || self.has_failed;
+  return !is_done;
 }

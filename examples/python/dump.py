@@ -4,6 +4,7 @@ usage: dump.py LIBRARY ADDRESS DIRECTORY FRAMES   the directory exists; gives up
 """
 import ctypes as c
 import itertools
+import os
 import queue
 import sys
 import time
@@ -24,24 +25,25 @@ class Callbacks(c.Structure):  # a c_void_p is a callback that stays null
                 ("video_frame", FRAME), ("message", c.c_void_p), ("play_result", c.c_void_p)]
 
 
-def taker(kind, frames, start):
+def frame_callback(kind, frames, start):
     indexes = itertools.count()
 
-    def take(_user, frame):  # on a thread of the library; the payload is valid until this returns
+    def callback(_user, frame):  # on a thread of the library; the payload is valid until this returns
         it, payload = frame.contents, c.string_at(frame.contents.data, frame.contents.size)
         frames.put((kind, payload, f"{kind},{next(indexes)},{it.pts},{it.dts},{it.play_time},{it.size},"
                     f"{zlib.crc32(payload):08x},{(time.monotonic() - start) * 1000:.3f}\n"))
-    return FRAME(take)
+    return FRAME(callback)
 
 
 def main(path, address, directory, count):
     library, downloader, frames = c.CDLL(path), c.c_void_p(), queue.Queue()
-    audio, video = (taker(kind, frames, time.monotonic()) for kind in ("audio", "video"))
+    audio, video = (frame_callback(kind, frames, time.monotonic()) for kind in ("audio", "video"))
     callbacks = Callbacks(c.sizeof(Callbacks), audio_frame=audio, video_frame=video)
     result = library.sd_create(c.byref(callbacks), c.byref(downloader)) or library.sd_begin_download(
         downloader, address, c.c_size_t(len(address)))
-    files = {kind: open(f"{directory}/{kind}.es", "wb") for kind in ("audio", "video")}
-    with open(f"{directory}/frames.csv", "w") as rows:
+    with (open(f"{directory}/audio.es", "wb") as sound, open(f"{directory}/video.es", "wb") as pictures,
+          open(f"{directory}/frames.csv", "w") as rows):
+        files = {"audio": sound, "video": pictures}
         rows.write("kind,index,pts,dts,play,size,crc32,arrival_ms\n")
         try:
             for _ in range(count if result == 0 else 0):
@@ -56,4 +58,4 @@ def main(path, address, directory, count):
 
 if len(sys.argv) != 5:
     sys.exit(__doc__)
-sys.exit(main(sys.argv[1], sys.argv[2].encode(), sys.argv[3], int(sys.argv[4])))
+sys.exit(main(sys.argv[1], os.fsencode(sys.argv[2]), sys.argv[3], int(sys.argv[4])))

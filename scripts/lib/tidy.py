@@ -28,7 +28,7 @@ NOT_OURS = {"build", "out", ".git"}
 CONFIG = ".clang-tidy"
 
 # Compiled for Windows only, by a compiler whose options clang-tidy does not take.
-OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|paths)/")
+OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(c_interface|library|paths)/")
 # Compiled by none of the presets, but as the source named here is: what the report is without its
 # page, and the host that uses the installed library.
 NEIGHBOUR = {
@@ -61,7 +61,7 @@ def own_sources():
             folders[:] = [folder for folder in folders if folder not in NOT_OURS
                           and not (ROOT / folder / "CMakeCache.txt").exists()]
         for name in files:
-            if name.endswith(".cc"):
+            if name.endswith((".cc", ".c")):
                 yield str((Path(directory) / name).relative_to(ROOT))
 
 
@@ -198,8 +198,9 @@ def all_batches(commands):
 
 
 def command_entry(path, options):
+    compiler = "clang" if path.suffix == ".c" else "clang++"
     return {"directory": str(WORK), "file": str(path),
-            "arguments": ["clang++", *options, "-c", str(path)]}
+            "arguments": [compiler, *options, "-c", str(path)]}
 
 
 def write_batch(path, batch):
@@ -228,7 +229,7 @@ def write_batches(made, commands):
         if len(batch.sources) == 1:
             path = ROOT / batch.sources[0]
         else:
-            path = write_batch(WORK / batch.folder / f"batch_{number}.cc", batch)
+            path = write_batch(WORK / batch.folder / f"batch_{number}{Path(batch.sources[0]).suffix}", batch)
             entries.append(command_entry(path, (*batch.options.words(), *neighbours(batch))))
         batches[path] = batch.sources
     (WORK / "compile_commands.json").write_text(json.dumps(entries, indent=1), encoding="utf-8")

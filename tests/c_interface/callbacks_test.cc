@@ -89,8 +89,8 @@ TEST(CInterfaceCallbacksTest, AllNullCallbacksPlayInSilence) {
   EXPECT_EQ(sd_end_download(downloader.get()), SD_OK);
 }
 
-// Each of them null while all the others are there, but that audio frames are not recorded without
-// their clocks.
+// Each callback is null once while the others are set. The player records no audio frame without
+// its clock.
 TEST(CInterfaceCallbacksTest, NullCallbackLeavesItsCallsOut) {
   const auto has_video = [](RecordingPlayer& player) {
     return player.WaitFor([](const Record& record) { return record.video.size() >= kFrames; });

@@ -10,6 +10,7 @@
 
 #include "tests/c_interface/local_streams.h"
 #include "tests/c_interface/recorded_downloader.h"
+#include "tests/support/held_video_call.h"
 
 namespace c_interface_test {
 namespace {
@@ -57,6 +58,12 @@ TEST_F(CInterfaceBeginTest, BytesAboveAsciiAreInItsLineAsTheyWere) {
   EXPECT_EQ(player_.Snapshot().messages, Lines{"PLAY UNKOWN:rtmp://\xE4\xB8\xAD\xFF"});
 }
 
+TEST_F(CInterfaceBeginTest, AddressOfAMillionBytesIsInItsLine) {
+  const std::string address = "rtmp://" + std::string(1'000'000, 'a');
+  EXPECT_EQ(Begin(downloader_.get(), address), SD_ERROR_UNKNOWN_SCHEME);
+  EXPECT_EQ(player_.Snapshot().messages, Lines{"PLAY UNKOWN:" + address});
+}
+
 TEST_F(CInterfaceBeginTest, LengthBeyondAllMemoryIsRefused) {
   constexpr std::size_t kLargest = std::numeric_limits<std::size_t>::max();
   for (const std::size_t length : {kLargest, kLargest / 2 + 1}) {
@@ -84,11 +91,30 @@ TEST_F(CInterfaceEndTest, SecondStopFindsNothing) {
   EXPECT_EQ(sd_end_download(downloader_.get()), SD_NOT_PLAYING);
 }
 
-TEST_F(CInterfaceEndTest, NoCallbackIsCalledAfterIt) {
-  EXPECT_EQ(Begin(downloader_.get(), LocalFlv("stopped")), SD_OK);
-  EXPECT_TRUE(player_.WaitFor([](const Record& record) { return !record.video.empty(); }));
-  EXPECT_EQ(sd_end_download(downloader_.get()), SD_OK);
+// Plays until a callback is in the call that is held, and has been given audio.
+void PlayInto(HeldVideoCall& call, RecordingPlayer& player, sd_downloader* downloader,
+              const std::string& address) {
+  EXPECT_EQ(Begin(downloader, address), SD_OK);
+  EXPECT_TRUE(call.WaitUntilEntered());
+  EXPECT_TRUE(player.WaitFor([](const auto& record) { return !record.audio.empty(); }));
+}
+
+TEST_F(CInterfaceEndTest, StopWaitsForTheCallbackThatRuns) {
+  HeldVideoCall call(player_);
+  PlayInto(call, player_, downloader_.get(), LocalFlv("stopped"));
+  EXPECT_EQ(EndBehindCall(call, [this] { return sd_end_download(downloader_.get()); }), SD_OK);
   player_.Close();  // a call from now on fails the test
+}
+
+TEST_F(CInterfaceEndTest, DestructionWaitsForTheCallbackThatRuns) {
+  RecordingPlayer player;
+  HeldVideoCall call(player);
+  const sd_callbacks callbacks = CallbacksTo(player);
+  sd_downloader* downloader = nullptr;
+  ASSERT_EQ(sd_create(&callbacks, &downloader), SD_OK);
+  PlayInto(call, player, downloader, LocalFlv("destroyed"));
+  EXPECT_EQ(EndBehindCall(call, [downloader] { return sd_destroy(downloader); }), SD_OK);
+  player.Close();  // a call from now on fails the test
 }
 
 TEST_F(CInterfaceEndTest, SameDownloaderPlaysAgain) {
@@ -103,7 +129,7 @@ TEST_F(CInterfaceEndTest, SameDownloaderPlaysAgain) {
 }
 
 TEST_F(CInterfacePositionTest, NothingWasStarted) {
-  EXPECT_EQ(sd_set_start_position(downloader_.get(), 10), SD_NO_PIPELINE);
+  EXPECT_EQ(sd_set_start_position(downloader_.get(), 10), SD_NOTHING_STARTED);
   EXPECT_EQ(player_.Snapshot().messages, Lines());
 }
 

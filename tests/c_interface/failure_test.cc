@@ -2,6 +2,7 @@
 // what a test wants.
 #include <gtest/gtest.h>
 
+#include <exception>
 #include <new>
 #include <stdexcept>
 #include <string>
@@ -11,21 +12,10 @@
 
 namespace {
 
-enum class Thrown { kNothing, kBadAlloc, kRuntimeError, kNumber };
-
-Thrown thrown = Thrown::kNothing;
+std::exception_ptr thrown;  // by every member but the destructor, if not null
 
 bool ThrowOrReturnTrue() {
-  switch (thrown) {
-    case Thrown::kBadAlloc:
-      throw std::bad_alloc();
-    case Thrown::kRuntimeError:
-      throw std::runtime_error("failed");
-    case Thrown::kNumber:
-      throw 1;  // NOLINT(misc-throw-by-value-catch-by-reference)
-    case Thrown::kNothing:
-      break;
-  }
+  if (thrown != nullptr) std::rethrow_exception(thrown);
   return true;
 }
 
@@ -40,7 +30,8 @@ CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
       ts_(nullptr) {
   ThrowOrReturnTrue();
 }
-CStreamDownloader::~CStreamDownloader() = default;
+// An exception in it would end the process.
+CStreamDownloader::~CStreamDownloader() { EXPECT_EQ(thrown, nullptr); }
 bool CStreamDownloader::BeginDownload(std::string /*url*/) { return ThrowOrReturnTrue(); }
 bool CStreamDownloader::EndDownload() { return ThrowOrReturnTrue(); }
 bool CStreamDownloader::SetStartPostion(float /*seconds*/) { return ThrowOrReturnTrue(); }
@@ -48,14 +39,14 @@ bool CStreamDownloader::SetStartPostion(float /*seconds*/) { return ThrowOrRetur
 namespace {
 
 struct Failure {
-  Thrown thrown;
+  std::exception_ptr thrown;
   sd_result result;
 };
 
 class CInterfaceFailureTest : public testing::TestWithParam<Failure> {
  protected:
   CInterfaceFailureTest() { callbacks_.size = sizeof(callbacks_); }
-  ~CInterfaceFailureTest() override { thrown = Thrown::kNothing; }
+  ~CInterfaceFailureTest() override { thrown = nullptr; }
 
   sd_callbacks callbacks_{};
 };
@@ -74,14 +65,16 @@ TEST_P(CInterfaceFailureTest, EveryOtherFunctionReturnsItAndTheDownloaderStays) 
   EXPECT_EQ(sd_begin_download(downloader, "http", 4), GetParam().result);
   EXPECT_EQ(sd_set_start_position(downloader, 1), GetParam().result);
   EXPECT_EQ(sd_end_download(downloader), GetParam().result);
-  thrown = Thrown::kNothing;
+  EXPECT_EQ(sd_destroy(downloader), GetParam().result);
+  thrown = nullptr;
   EXPECT_EQ(sd_begin_download(downloader, "http", 4), SD_OK);
   EXPECT_EQ(sd_destroy(downloader), SD_OK);
 }
 
-INSTANTIATE_TEST_SUITE_P(EveryKind, CInterfaceFailureTest,
-                         testing::Values(Failure{Thrown::kBadAlloc, SD_ERROR_OUT_OF_MEMORY},
-                                         Failure{Thrown::kRuntimeError, SD_ERROR_OTHER},
-                                         Failure{Thrown::kNumber, SD_ERROR_OTHER}));
+INSTANTIATE_TEST_SUITE_P(
+    EveryKind, CInterfaceFailureTest,
+    testing::Values(Failure{std::make_exception_ptr(std::bad_alloc()), SD_ERROR_OUT_OF_MEMORY},
+                    Failure{std::make_exception_ptr(std::runtime_error("failed")), SD_ERROR_OTHER},
+                    Failure{std::make_exception_ptr(1), SD_ERROR_OTHER}));
 
 }  // namespace

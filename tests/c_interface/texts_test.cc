@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr int kLast = SD_NO_PIPELINE;
+constexpr int kLast = SD_NOTHING_STARTED;
 constexpr int kFirst = SD_ERROR_OTHER;
 
 TEST(CInterfaceResultTextTest, EveryValueHasItsOwn) {
@@ -32,7 +32,7 @@ TEST(CInterfaceResultTextTest, UnknownValueHasOneToo) {
 TEST(CInterfaceResultTextTest, ValuesAreFixed) {
   EXPECT_EQ(SD_OK, 0);
   EXPECT_EQ(SD_NOT_PLAYING, 1);
-  EXPECT_EQ(SD_NO_PIPELINE, 2);
+  EXPECT_EQ(SD_NOTHING_STARTED, 2);
   EXPECT_EQ(SD_ERROR_EMPTY_ADDRESS, -1);
   EXPECT_EQ(SD_ERROR_UNKNOWN_SCHEME, -2);
   EXPECT_EQ(SD_ERROR_NULL_DOWNLOADER, -3);

@@ -60,17 +60,21 @@ class HeldVideoCall {
   const std::future<void> audio_worker_ended_ = call_->worker_end.get_future();
 };
 
-// Ends what plays on `facade`, whose player is in the held call: the end must wait for that call,
-// and for nothing else. Audio must have been delivered before. Returns what the end returns.
-inline bool EndBehindCall(HeldVideoCall& call, CStreamDownloader& facade) {
-  std::future<bool> ended =
-      std::async(std::launch::async, [&facade] { return facade.EndDownload(); });
+// `end` ends what the player of the held call plays: it must wait for that call, and for nothing
+// else. Audio must have been delivered before. Returns what `end` returns.
+template <typename End>
+auto EndBehindCall(HeldVideoCall& call, const End& end) {
+  auto ended = std::async(std::launch::async, end);
   // From here on the end can only be waiting for the worker that is in the call.
   EXPECT_TRUE(call.WaitUntilThePoolIsStopped());
   EXPECT_EQ(ended.wait_for(std::chrono::seconds(0)), std::future_status::timeout)
       << "the end does not wait for the player's own call";
   call.Release();
   return ended.get();
+}
+
+inline bool EndBehindCall(HeldVideoCall& call, CStreamDownloader& facade) {
+  return EndBehindCall(call, [&facade] { return facade.EndDownload(); });
 }
 
 #endif  // TESTS_SUPPORT_HELD_VIDEO_CALL_H_

@@ -36,11 +36,13 @@ class CExampleTest(FlvCase):
         self.assertEqual(exit_code, 0, output)
         self.assertEqual(len(re.findall(r"(?:video|audio) frame of", output)), 3, output)
 
-    def test_address_that_does_not_play_ends_it(self):
-        address = self.serve().url("missing.flv")
-        exit_code, output = self.run_example(address)
-        self.assertEqual(exit_code, 1, output)
-        self.assertIn(f"PLAY:FLV NO:{address}\n", output)
+    def test_silence_ends_it(self):
+        server = self.serve()
+        for name, line in (("missing.flv", "PLAY:FLV NO:"), ("missing.ts", "PLAY TS:")):
+            with self.subTest(name):
+                exit_code, output = self.run_example(server.url(name))
+                self.assertEqual(exit_code, 1, output)
+                self.assertIn(f"{line}{server.url(name)}\n", output)
 
     def test_unknown_scheme_is_an_error_with_its_text(self):
         exit_code, output = self.run_example("rtmp://host/a.flv")

@@ -38,7 +38,7 @@ static unsigned int check(sd_downloader* downloader) {
 
   if (sd_begin_download(downloader, "rtmp", 4) != SD_ERROR_UNKNOWN_SCHEME) return 3;
   if (last_line_length != sizeof "PLAY UNKOWN:rtmp" - 1) return 4;
-  if (sd_set_start_position(downloader, 1.5F) != SD_NO_PIPELINE) return 5;
+  if (sd_set_start_position(downloader, 1.5F) != SD_NOTHING_STARTED) return 5;
   if (sd_begin_download(downloader, address, length) != SD_OK) return 6;
   while (first_frame_size == 0) Sleep(1);
   if (first_frame_size != 300) return 7;

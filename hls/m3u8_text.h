@@ -2,6 +2,7 @@
 #ifndef HLS_M3U8_TEXT_H_
 #define HLS_M3U8_TEXT_H_
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 

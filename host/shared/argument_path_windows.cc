@@ -1,6 +1,9 @@
 // Arguments come in the system code page; a path made of narrow text would take them for UTF-8.
 #include <windows.h>
 
+#include <cstddef>
+#include <string>
+
 #include "argument_path.h"
 
 namespace host {

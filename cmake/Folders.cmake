@@ -1,7 +1,7 @@
 # The folders of the component: each is built into the library, checked for what it includes, and counts
 # in scripts/coverage.sh. A folder with sources that is neither here nor among the others fails the test
 # Structure.IncludesRunOneWay.
-set(STREAM_COMPONENT_FOLDERS common ts hls flv isobmff mp4 public)
+set(STREAM_COMPONENT_FOLDERS common ts hls flv isobmff mp4 public msvc)
 # Libraries of their own that use the component through its public headers: checked and counted as well.
 set(STREAM_INTERFACE_FOLDERS c_interface)
 # The rest of the folders that hold C or C++ sources.

@@ -43,12 +43,16 @@ float WholeSeconds(std::uint64_t play_time) {
   return static_cast<float>(seconds);
 }
 
+PlayerPort::PlayerPort(CStreamPlayerImp* player)
+    : player_(player), lines_(player == nullptr ? nullptr : &LinesOf(player)) {}
+
 void PlayerPort::Message(std::string line) const {
-  Call("the player threw in OnMessage: ", [&] { player_->OnMessage(std::move(line)); });
+  Call("the player threw in OnMessage: ", [&] { lines_->message(*player_, std::move(line)); });
 }
 
 void PlayerPort::PlayResult(std::string line) const {
-  Call("the player threw in OnPlayResult: ", [&] { player_->OnPlayResult(std::move(line)); });
+  Call("the player threw in OnPlayResult: ",
+       [&] { lines_->play_result(*player_, std::move(line)); });
 }
 
 void PlayerPort::Duration(float seconds) const {

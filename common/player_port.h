@@ -2,8 +2,9 @@
 // so that a pipeline reports and delivers without asking, and it is the one place below the facade
 // that knows the player interface.
 //
-// A player must not throw. What one throws ends here, on whatever thread, so that a task, a
-// transfer or a stop goes on: the call counts as returned, and the first one of a start is logged.
+// A player must not throw. What one of this library's own compiler throws ends here, on whatever
+// thread, so that a task, a transfer or a stop goes on: the call counts as returned, and the first
+// one of a start is logged. An exception of another compiler may end the process.
 //
 // It borrows the player and may be copied freely. Its calls go straight to the host's code on the
 // calling thread: never make one with a lock held.
@@ -14,8 +15,7 @@
 #include <string>
 
 #include "common/frame_queue.h"
-
-class CStreamPlayerImp;
+#include "common/player_lines.h"
 
 // The play time in whole seconds: the fraction is dropped on purpose, for the audio clock and for
 // comparisons with the start position alike.
@@ -24,7 +24,7 @@ float WholeSeconds(std::uint64_t play_time);
 class PlayerPort {
  public:
   PlayerPort() = default;
-  explicit PlayerPort(CStreamPlayerImp* player) : player_(player) {}
+  explicit PlayerPort(CStreamPlayerImp* player);
 
   explicit operator bool() const { return player_ != nullptr; }
 
@@ -42,6 +42,7 @@ class PlayerPort {
   void Call(const char* where, const Function& call) const noexcept;
 
   CStreamPlayerImp* player_ = nullptr;
+  const PlayerLines* lines_ = nullptr;  // set where there is a player
 };
 
 #endif  // COMMON_PLAYER_PORT_H_

@@ -9,6 +9,7 @@
 #include "common/address.h"
 #include "common/http_transfer.h"
 #include "common/once_a_start.h"
+#include "common/player_lines.h"
 #include "common/player_port.h"
 #include "flv/flv_downloader.h"
 #include "hls/m3u8_downloader.h"
@@ -83,7 +84,9 @@ CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
       reserved_(nullptr),
       mp4_(nullptr),
       flv_(nullptr),
-      ts_(nullptr) {}
+      ts_(nullptr) {
+  NoteNativePlayer(player);
+}
 
 CStreamDownloader::~CStreamDownloader() {
   EndDownload();
@@ -138,7 +141,3 @@ bool CStreamDownloader::SetStartPostion(float seconds) {
   const auto set = [seconds](auto& pipeline) { return pipeline.SetStartPostion(seconds); };
   return AnyOf(set, hls_, mp4_, flv_, ts_);
 }
-
-#if !defined(_MSC_VER)
-void CStreamDownloader::__autoclassinit2(std::size_t size) { ZeroFill(this, size); }
-#endif

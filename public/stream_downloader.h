@@ -6,11 +6,14 @@
 //
 // Ownership. The facade borrows the player and owns its pipelines. One facade at a time should
 // play: the frame queues and the demultiplexer below it are shared by the whole process. Stop
-// (EndDownload) before another address of another kind is started.
+// (EndDownload) before another address of another kind is started. On Windows, code of one compiler
+// makes, assigns and destroys a facade and has compiled its player: the library serves GCC and
+// Visual C++, and takes the player for one of the compiler that made the facade.
 //
 // Threads. Call the members from one thread at a time. No member may be called from inside a call
 // to the player: EndDownload waits for the threads that make those calls. Members throw nothing of
-// their own, only what the standard library throws when memory or threads run out.
+// their own, only what the standard library throws when memory or threads run out; in a host of
+// Visual C++ they return false then.
 //
 // Standard output. The component writes lines to the standard output of the process, some of them
 // for every damaged packet of a stream. If that is a pipe, something has to read it: a full pipe

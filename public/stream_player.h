@@ -34,6 +34,20 @@
 #include <cstdint>
 #include <string>
 
+static_assert(sizeof(void*) == 8,
+              "stream_downloader is a 64-bit library: build the host for 64 bits.");
+
+// A std::string crosses the boundary by value, so the host's has to be the library's: that of GCC's
+// libstdc++, or of a release build of Visual C++ 2015 or later.
+#if defined(_MSC_VER) && defined(_DEBUG)
+#error \
+    "Debug builds of Visual C++ have another std::string and another heap than stream_downloader.dll expects. Build this host in release mode (/MD or /MT, without _DEBUG), or use the C interface: stream_downloader_c.h."
+#endif
+static_assert(sizeof(std::string) == 32,
+              "This std::string is not that of the stream_downloader library. Build the host with "
+              "GCC's libstdc++ (and its new ABI), or with Visual C++ in release mode and without "
+              "_ITERATOR_DEBUG_LEVEL, or use the C interface: stream_downloader_c.h.");
+
 // One frame, passed by value: the record is the receiver's copy, the payload is not.
 //
 // What a frame is depends on the format. In MP4 and FLV a video frame is one NAL unit
@@ -65,7 +79,6 @@ struct MediaFrame {
   std::uint64_t reserved;  // never written by the component; do not read it
 };
 
-static_assert(sizeof(void*) == 8, "the frame record is defined for 64-bit programs");
 static_assert(sizeof(MediaFrame) == 48, "the frame record is a binary contract");
 static_assert(offsetof(MediaFrame, pts) == 0, "the frame record is a binary contract");
 static_assert(offsetof(MediaFrame, dts) == 8, "the frame record is a binary contract");

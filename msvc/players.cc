@@ -1,0 +1,67 @@
+#include "msvc/players.h"
+
+#include <algorithm>
+#include <map>
+#include <mutex>
+
+#include "common/never_destroyed.h"
+
+namespace msvc {
+namespace {
+
+using PlayerOfFacade = std::map<const CStreamDownloader*, const CStreamPlayerImp*>;
+
+struct Players {
+  std::mutex mutex;
+  PlayerOfFacade of_facade;  // guarded by mutex
+};
+
+Players& AllPlayers() {
+  static NeverDestroyed<Players> players;
+  return *players;
+}
+
+// Few facades exist at a time.
+bool Holds(const PlayerOfFacade& facades, const CStreamPlayerImp* player) {
+  return std::any_of(facades.begin(), facades.end(),
+                     [player](const auto& noted) { return noted.second == player; });
+}
+
+}  // namespace
+
+void AddPlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player) {
+  if (player == nullptr) return RemovePlayer(facade);
+  Players& players = AllPlayers();
+  const std::lock_guard lock(players.mutex);
+  players.of_facade[facade] = player;
+}
+
+void SharePlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player) {
+  Players& players = AllPlayers();
+  const std::lock_guard lock(players.mutex);
+  if (Holds(players.of_facade, player)) {
+    players.of_facade[facade] = player;
+  } else {
+    players.of_facade.erase(facade);
+  }
+}
+
+void RemovePlayer(const CStreamDownloader* facade) {
+  Players& players = AllPlayers();
+  const std::lock_guard lock(players.mutex);
+  players.of_facade.erase(facade);
+}
+
+void ForgetPlayer(const CStreamPlayerImp* player) {
+  Players& players = AllPlayers();
+  const std::lock_guard lock(players.mutex);
+  std::erase_if(players.of_facade, [player](const auto& noted) { return noted.second == player; });
+}
+
+bool IsPlayer(const CStreamPlayerImp* player) {
+  Players& players = AllPlayers();
+  const std::lock_guard lock(players.mutex);
+  return Holds(players.of_facade, player);
+}
+
+}  // namespace msvc

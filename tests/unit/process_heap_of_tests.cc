@@ -1,0 +1,12 @@
+// The heap of the process on systems where the library has no use for it.
+#include <cstdlib>
+
+#include "msvc/process_heap.h"
+
+namespace msvc {
+
+void* AllocateFromProcessHeap(std::size_t size) { return std::malloc(size); }
+
+void ReleaseToProcessHeap(void* block) { std::free(block); }
+
+}  // namespace msvc

@@ -12,8 +12,10 @@ install(TARGETS stream_downloader stream_downloader_c
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES public/stream_downloader.h public/stream_player.h c_interface/stream_downloader_c.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-if(MINGW)
-  install(FILES ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/stream_downloader_c.lib
+if(MINGW)  # CMake installs GCC's import libraries by itself
+  install(FILES
+    ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/stream_downloader.lib
+    ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/stream_downloader_c.lib
     DESTINATION ${CMAKE_INSTALL_LIBDIR})
 endif()
 
@@ -35,20 +37,10 @@ write_basic_package_version_file(stream_downloader-config-version.cmake
   COMPATIBILITY SameMinorVersion)
 # The package names its files by hand: an exported target would make a program that uses the library
 # look for libcurl too.
-set(STREAM_PACKAGE_LIBRARY ${CMAKE_INSTALL_LIBDIR}/libstream_downloader.so)
-set(STREAM_PACKAGE_IMPORT_LIBRARY "")
-if(WIN32)
-  set(STREAM_PACKAGE_LIBRARY ${CMAKE_INSTALL_BINDIR}/stream_downloader.dll)
-  set(STREAM_PACKAGE_IMPORT_LIBRARY ${CMAKE_INSTALL_LIBDIR}/libstream_downloader.dll.a)
-endif()
-if(MSVC)
-  set(STREAM_PACKAGE_IMPORT_LIBRARY ${CMAKE_INSTALL_LIBDIR}/stream_downloader.lib)
-endif()
 configure_package_config_file(
   ${package_sources}/stream_downloader-config.cmake.in stream_downloader-config.cmake
   INSTALL_DESTINATION ${package_dir}
-  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR
-            STREAM_PACKAGE_LIBRARY STREAM_PACKAGE_IMPORT_LIBRARY)
+  PATH_VARS CMAKE_INSTALL_INCLUDEDIR CMAKE_INSTALL_BINDIR CMAKE_INSTALL_LIBDIR)
 install(FILES
   ${PROJECT_BINARY_DIR}/stream_downloader-config.cmake
   ${PROJECT_BINARY_DIR}/stream_downloader-config-version.cmake

@@ -14,7 +14,7 @@ function(expect_files prefix)
   endif()
   if(SUFFIX STREQUAL ".exe")
     list(APPEND files
-      bin/stream_downloader.dll ${LIBDIR}/libstream_downloader.dll.a
+      bin/stream_downloader.dll ${LIBDIR}/libstream_downloader.dll.a ${LIBDIR}/stream_downloader.lib
       bin/stream_downloader_c.dll ${LIBDIR}/libstream_downloader_c.dll.a ${LIBDIR}/stream_downloader_c.lib
       share/licenses/stream_downloader/curl.txt share/licenses/stream_downloader/zlib.txt
       share/licenses/stream_downloader/gcc-runtime.txt

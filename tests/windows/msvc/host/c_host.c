@@ -1,14 +1,12 @@
-// A host as Visual C++ builds one: compiled for its binary interface and linked with the import
-// library for link.exe. It has no run-time library, since there is none for that compiler here. It
-// plays the address that is its last word until a frame is delivered. The exit code tells which
-// check failed, 0 none.
+// A host of the C interface: plays the address that is its last word until a frame is delivered.
+// The exit code tells which check failed, 0 none.
 #include "stream_downloader_c.h"
 
 __declspec(dllimport) char* GetCommandLineA(void);
 __declspec(dllimport) void Sleep(unsigned long milliseconds);
 __declspec(dllimport) void ExitProcess(unsigned int code);
 
-int _fltused;  // what that compiler wants of a program that has floats
+int _fltused;  // the linker wants it where there are floats
 
 static int user;
 static volatile int first_frame_size;
@@ -46,7 +44,7 @@ static unsigned int check(sd_downloader* downloader) {
   return sd_destroy(downloader) == SD_OK ? 0 : 9;
 }
 
-void start(void) {
+void mainCRTStartup(void) {
   static sd_callbacks callbacks;
   sd_downloader* downloader;
 

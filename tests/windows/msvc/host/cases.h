@@ -1,0 +1,32 @@
+// What this host does with the library. Each case ends the process with status 1 where something is
+// not as it should be.
+#ifndef TESTS_MSVC_CASES_H_
+#define TESTS_MSVC_CASES_H_
+
+#include <string>
+
+// --- Members of the facade (facade_cases.cc) ---
+void MembersAnswerWhileNothingPlays();
+void NullPlayerIsSilent();
+void AssignedFacadeUsesThePlayerOfTheOther();
+void PlayerBehindAnotherBaseIsCalled();
+void DestructionStopsWhatPlays();
+void ZeroFillIsReached();
+
+// --- Strings that cross the boundary (string_cases.cc) ---
+void AddressesOfAllLengthsAreEchoed();
+void ZerosInsideAnAddressAreEchoed();
+void MovedAndRoomyStringsAreEchoed();
+void CallsLeaveNoHeapBlock();
+
+// --- Streams (stream_cases.cc); `address` is that of the stream ---
+void PrintFrames(std::uint64_t count, const std::string& address);
+void SeekStartsThere(const std::string& address);
+void StopEndsTheCalls(const std::string& address);
+void MissingFileIsReportedInBothWays(const std::string& address);
+
+// --- Players of GCC in the same process (gcc_cases.cc) ---
+void BothKindsTakeTurns(const std::string& address);
+void GccPlayerAtTheAddressOfAnother();
+
+#endif  // TESTS_MSVC_CASES_H_

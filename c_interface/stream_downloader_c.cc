@@ -16,7 +16,7 @@ struct sd_downloader {
 
 namespace {
 
-// Makes the call, unless it comes from inside a callback. An exception becomes a result.
+// Makes the call, unless it is made inside a callback. An exception becomes a result.
 template <typename Function>
 sd_result Guarded(const Function& call) noexcept {
   if (CallbackScope::IsInside()) return SD_ERROR_IN_CALLBACK;

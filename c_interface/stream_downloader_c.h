@@ -146,7 +146,7 @@ typedef char sd_frame_has_48_bytes[sizeof(sd_frame) == 48 ? 1 : -1];
 // The host's callbacks. Each is given `user` first. A null function pointer leaves that call out:
 // set the whole struct to zero before filling it in.
 typedef struct sd_callbacks {
-  // sizeof(sd_callbacks): tells the library which header the host was compiled with. A size that no
+  // sizeof(sd_callbacks): identifies the header that the host was compiled with. A size that no
   // released header has is refused.
   size_t size;
 
@@ -233,9 +233,8 @@ SD_API sd_result sd_end_download(sd_downloader* downloader);
 // before receive it; SD_NOTHING_STARTED is returned, and the position is lost, when there is none.
 // sd_end_download sets the position back to 0: the order of a seek is sd_end_download,
 // sd_set_start_position, sd_begin_download. Given while TS or MP4 plays, it makes what plays drop
-// frames that lie before it; HLS skips whole segments, and FLV plays from its beginning all the
-// same. Errors: SD_ERROR_NULL_DOWNLOADER, SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY,
-// SD_ERROR_OTHER.
+// frames that lie before it; HLS skips whole segments, and FLV always plays from its beginning.
+// Errors: SD_ERROR_NULL_DOWNLOADER, SD_ERROR_IN_CALLBACK, SD_ERROR_OUT_OF_MEMORY, SD_ERROR_OTHER.
 SD_API sd_result sd_set_start_position(sd_downloader* downloader, float seconds);
 
 #ifdef __cplusplus

@@ -1,6 +1,6 @@
 // Once loaded, the library of which this is a part stays in the process, as it does on POSIX, where
 // the linker says so: a name look-up that libcurl left behind at a stop may still run in its code,
-// and what is process-wide is never destroyed, so that loading it anew would lose memory each time.
+// and what is process-wide is never destroyed, so loading it again would leak memory each time.
 #include <windows.h>
 
 namespace {

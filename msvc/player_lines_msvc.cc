@@ -1,5 +1,5 @@
-// Players of this library's own compiler and of Visual C++, told apart by the constructor of their
-// facade.
+// Sends lines to the players of this library's own compiler and of Visual C++. The constructor of
+// the facade decides which compiler a player is of.
 #include <cstddef>
 #include <cstring>
 

@@ -14,7 +14,7 @@
 namespace c_interface_test {
 
 inline constexpr std::size_t kFrames = 12;  // pictures of a stream, and audio frames
-inline constexpr std::size_t kFlvVideoFrames = kFrames + 2;  // two parameter sets come first
+inline constexpr std::size_t kFlvVideoFrames = kFrames + 2;  // and two parameter sets
 
 // The address of a file that holds an FLV stream.
 inline std::string LocalFlv(const std::string& name) {

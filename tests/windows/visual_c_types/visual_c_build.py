@@ -1,5 +1,5 @@
-"""What a build by Visual C++ would compile, and with which options, told by CMake itself: it
-configures the project as the preset msvc does, with clang as the compiler."""
+"""Asks CMake what a build by Visual C++ would compile, and with which options: CMake configures the
+project as the preset msvc does, with clang as the compiler."""
 
 import json
 import os

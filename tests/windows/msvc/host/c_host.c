@@ -1,5 +1,5 @@
 // A host of the C interface: plays the address that is its last word until a frame is delivered.
-// The exit code tells which check failed, 0 none.
+// The exit code is the number of the check that failed, or 0.
 #include "stream_downloader_c.h"
 
 __declspec(dllimport) char* GetCommandLineA(void);

@@ -44,7 +44,7 @@ int _purecall() { Fail("a pure virtual function was called"); }
 
 void mainCRTStartup() {
   const char* arguments = GetCommandLineA();
-  // The name of the program comes first, in quotes if there is a space in it.
+  // The command line begins with the program's name, in quotes if it contains a space.
   const char end = *arguments == '"' ? '"' : ' ';
   if (*arguments == '"') ++arguments;
   while (*arguments != 0 && *arguments != end) ++arguments;

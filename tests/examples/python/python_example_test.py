@@ -1,5 +1,5 @@
 """The Python host: its dump is that of the console host, byte for byte but for what differs between any two
-runs: when a frame arrived, in which order the kinds take turns, and in TS the play time."""
+runs: when a frame arrived, in which order the kinds take turns, and in TS and HLS the play time."""
 
 import csv
 import os
@@ -9,6 +9,7 @@ import venv
 
 from support.case import EndToEndCase
 from support.flv import FlvCase
+from support.hls import HlsCase
 from support.mp4 import Mp4Case
 
 _LIMIT_SECONDS = 90
@@ -25,8 +26,8 @@ def _rows(path, kind, without):
 
 
 class PythonExampleMixin:
-    """For a case of the end-to-end tests: `make` makes the sample, `play_sample` plays all of it, and
-    `without` has the columns that differ."""
+    """For a case of the end-to-end tests: `make` makes the sample and returns it with the name to request,
+    `play_sample` plays all of it, and `without` has the columns that differ."""
 
     without = (_ARRIVAL,)
 
@@ -38,14 +39,15 @@ class PythonExampleMixin:
         command = [str(self.directory / "python" / "bin" / "python3"), "-B", os.environ["PYTHON_EXAMPLE"],
                    os.environ["C_INTERFACE"], address, str(directory), str(count)]
         ended = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                               stderr=subprocess.STDOUT, timeout=_LIMIT_SECONDS, check=False, text=True)
+                               stderr=subprocess.STDOUT, timeout=_LIMIT_SECONDS, check=False, text=True,
+                               errors="replace")  # the dates that HLS prints are not UTF-8
         self.assertEqual(ended.returncode, 0, ended.stdout)
         self.assertNotIn("Traceback", ended.stdout)  # what a callback raises is only printed
         return directory
 
     def test_dump_is_that_of_the_console_host(self):
-        sample = self.make()
-        address = self.serve().url(sample.name)
+        sample, name = self.make()
+        address = self.serve().url(name)
         run = self.play_sample(address, sample)
         dump = self.dump_by_python(address, len(run.frames))
         for kind in ("video", "audio"):
@@ -59,7 +61,8 @@ class PythonExampleMixin:
 
 class FlvDumpTest(PythonExampleMixin, FlvCase):
     def make(self):
-        return self.make_flv(seconds=2)
+        sample = self.make_flv(seconds=2)
+        return sample, sample.name
 
     def play_sample(self, address, sample):
         return self.play_flv(address, sample)
@@ -67,7 +70,8 @@ class FlvDumpTest(PythonExampleMixin, FlvCase):
 
 class Mp4DumpTest(PythonExampleMixin, Mp4Case):
     def make(self):
-        return self.make_mp4(2)
+        sample = self.make_mp4(2)
+        return sample, sample.name
 
     def play_sample(self, address, sample):
         return self.play_whole(address, sample)
@@ -77,10 +81,22 @@ class TsDumpTest(PythonExampleMixin, EndToEndCase):
     without = (_ARRIVAL, _PLAY)
 
     def make(self):
-        return self.make_sample(seconds=2)
+        sample = self.make_sample(seconds=2)
+        return sample, sample.name
 
     def play_sample(self, address, sample):
         return self.play_whole(address, sample)
+
+
+class HlsDumpTest(PythonExampleMixin, HlsCase):
+    without = (_ARRIVAL, _PLAY)
+
+    def make(self):
+        sample = self.make_hls(3, 1)
+        return sample, sample.playlist.name
+
+    def play_sample(self, address, sample):
+        return self.play_segments(address, sample.segments)
 
 
 class UnknownSchemeTest(EndToEndCase):

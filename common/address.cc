@@ -22,7 +22,7 @@ std::string CleanUrl(const std::string& url) {
     if (i + 1 == url.size()) break;
     const auto partner = static_cast<unsigned char>(url[i + 1]);
     if (!IsHigh(partner)) break;
-    clean += static_cast<char>(byte + partner);  // the folding is kept on purpose
+    clean += static_cast<char>(byte + partner);  // Kept for compatibility
     ++i;
   }
   return clean;

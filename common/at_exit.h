@@ -1,4 +1,4 @@
-// AtExit: runs an action when it goes out of scope, also when an exception passes.
+// AtExit: runs an action at the end of its scope, also when an exception leaves the scope.
 #ifndef COMMON_AT_EXIT_H_
 #define COMMON_AT_EXIT_H_
 

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <span>
 
-// Bits are only ever set, never cleared: the array has to be zeroed before. What would lie behind
-// its end is dropped.
+// Bits are set but never cleared, so the array must be zeroed first. Bits after its end are
+// dropped.
 class BitWriter {
  public:
   explicit BitWriter(std::span<std::uint8_t> bytes) : bytes_(bytes) {}
 
-  // Appends the low `count` bits of `value`; 16 at most.
+  // Appends the low `count` bits of `value`. `count` is at most 16.
   void Write(unsigned count, std::uint16_t value);
 
  private:

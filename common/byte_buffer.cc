@@ -6,11 +6,10 @@
 
 namespace {
 
-constexpr std::uint32_t kSlack =
-    4096;  // room beyond what is needed, at the start and at each growth
+constexpr std::uint32_t kSlack = 4096;  // extra capacity, at the start and at each growth
 constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
 
-// A block up to this size keeps the memory of what was consumed, which a later piece then finds.
+// A block of at most this size keeps the memory of consumed bytes and reuses it.
 constexpr std::uint64_t kSmallBlock = std::uint64_t{4} << 20;
 
 }  // namespace
@@ -31,10 +30,10 @@ std::uint32_t CByteBuffer::Reserve(std::uint32_t n) {
     wanted = static_cast<std::uint32_t>(grown);
   }
   if (data != nullptr && FitsInBlock(OffsetInBlock(readPos), wanted)) {
-    PlaceUnreadAt(ReadPtr(), wanted);  // the window moves, the bytes stay
+    PlaceUnreadAt(ReadPtr(), wanted);  // moves the window, not the bytes
   } else if (block_size_ / 2 >= wanted || !Reallocate(wanted)) {
     if (block_size_ < wanted) return kBufferOutOfMemory;
-    MoveWindowToStart(wanted);  // rare: at least half the block was consumed since
+    MoveWindowToStart(wanted);  // rare: half of the block is consumed, or memory is short
   }
   return kBufferOk;
 }
@@ -64,7 +63,7 @@ std::uint32_t CByteBuffer::Append(const void* bytes, std::uint32_t n) {
 
 void CByteBuffer::Reset() {
   if (IsLarge()) DiscardPartOf(block_, discarded_, OffsetInBlock(writePos));
-  discarded_ = 0;  // the block is filled again from where its window is
+  discarded_ = 0;  // later writes fill the discarded memory again
   readPos = 0;
   writePos = 0;
   pendingShift = 0;
@@ -76,7 +75,7 @@ std::uint64_t CByteBuffer::OffsetInBlock(std::uint32_t position) const {
   return static_cast<std::uint64_t>(data - block_.get()) + position;
 }
 
-// In whole large pages, so that none is divided.
+// Discards whole large pages only, so that the system does not split one.
 void CByteBuffer::DiscardConsumed() {
   if (!IsLarge()) return;
   const std::uint64_t consumed = OffsetInBlock(readPos) / kLargePage * kLargePage;
@@ -89,7 +88,7 @@ bool CByteBuffer::FitsInBlock(std::uint64_t window_start, std::uint32_t window_s
   return window_start + window_size <= block_size_;
 }
 
-// Makes `target`, in the present block, the start of the window, with the unread bytes in front.
+// Moves the window to `target`, an address in the current block, and the unread bytes to its start.
 void CByteBuffer::PlaceUnreadAt(std::uint8_t* target, std::uint32_t new_capacity) {
   const std::uint32_t unread = Size();
   if (target != ReadPtr()) std::memmove(target, ReadPtr(), unread);
@@ -107,9 +106,9 @@ void CByteBuffer::MoveWindowToStart(std::uint32_t new_capacity) {
   if (IsLarge()) DiscardPartOf(block_, writePos, end);
 }
 
-// Moves the unread bytes to a block twice as large as the window, so that the window can move and
-// grow for as many bytes as it holds before they are copied again. Where memory is too short for
-// that, a block of just the window's size will do, if the present one is smaller.
+// Moves the unread bytes to a new block. The block is twice as large as the window, so that the
+// window can move and grow by its own size before bytes are copied again. If memory is short, a
+// block of the window's size is allocated, provided that the current block is smaller.
 bool CByteBuffer::Reallocate(std::uint32_t new_capacity) {
   std::uint64_t size = std::uint64_t{new_capacity} * 2;
   LargeBlock block = AllocateLargeBlock(size);

@@ -1,14 +1,15 @@
-// CByteBuffer: the growable staging buffer between a transfer's write callback, which appends, and
-// a parse thread, which consumes from the front.
+// CByteBuffer: a growable staging buffer. The write callback of a transfer appends to it, and a
+// parse thread consumes from its front.
 //
-// It has no lock: whoever shares one guards it with a mutex of its own. It owns its array.
+// The buffer has no lock: threads that share one guard it with a mutex of their own. It owns its
+// memory.
 //
 // The buffer behaves as one array with a read and a write position that is compacted or grown at
-// every Reserve, and its members have exactly the values of such a buffer. The bytes themselves are
-// moved far more rarely: `data` is a window into a larger block, compaction moves the window
-// instead of the bytes, and growth widens it. So appending costs a constant per byte, whatever the
-// backlog. Of a large block the part that was consumed holds no memory: a backlog that was parsed
-// leaves no more than 4 MiB behind.
+// every Reserve, and its members have exactly the values of such an array. The bytes are moved far
+// less often: `data` is a window into a larger block. Compaction moves the window instead of the
+// bytes, and growth widens it. So appending a byte has a constant cost, however many bytes are
+// unread. The consumed part of a large block holds no memory: after a large backlog has been
+// parsed, at most 4 MiB stay allocated.
 #ifndef COMMON_BYTE_BUFFER_H_
 #define COMMON_BYTE_BUFFER_H_
 
@@ -16,7 +17,7 @@
 
 #include "common/large_block.h"
 
-// Status codes of the buffer's operations (the values of the Windows HRESULTs of these meanings).
+// Status codes of the buffer's operations. The values are the Windows HRESULTs with these meanings.
 inline constexpr std::uint32_t kBufferOk = 0;
 inline constexpr std::uint32_t kBufferOutOfMemory = 0x8007000E;
 inline constexpr std::uint32_t kBufferImpossible =
@@ -28,10 +29,10 @@ class CByteBuffer {
   CByteBuffer(const CByteBuffer&) = delete;
   CByteBuffer& operator=(const CByteBuffer&) = delete;
 
-  // Gives a fresh buffer its first 4096 bytes; does nothing on one that has an array.
+  // Allocates the first 4096 bytes. Does nothing if the buffer has an array already.
   std::uint32_t Initialize();
 
-  // Makes room for `n` more bytes at WritePtr(). Pointers taken before are invalid afterwards.
+  // Ensures space for `n` more bytes at WritePtr(). Invalidates pointers into the buffer.
   std::uint32_t Reserve(std::uint32_t n);
 
   // Commits `n` bytes that were written at WritePtr().
@@ -43,7 +44,7 @@ class CByteBuffer {
   // Reserve, copy and MoveEnd in one step. On failure nothing is appended.
   std::uint32_t Append(const void* bytes, std::uint32_t n);
 
-  // Forgets the contents and keeps the array.
+  // Discards the contents and keeps the array.
   void Reset();
 
   std::uint32_t Size() const { return writePos - readPos; }  // unread bytes
@@ -65,7 +66,7 @@ class CByteBuffer {
   void DiscardConsumed();
   bool IsLarge() const;
 
-  // readPos <= writePos <= capacity; the window [data, data + capacity) lies within the block.
+  // readPos <= writePos <= capacity. The window [data, data + capacity) is within the block.
   std::uint8_t* data = nullptr;
   std::uint32_t capacity = 0;
   std::uint32_t pendingShift = 0;
@@ -74,7 +75,7 @@ class CByteBuffer {
 
   LargeBlock block_;
   std::uint64_t block_size_ = 0;
-  std::uint64_t discarded_ = 0;  // so many bytes of the block hold no memory, from its beginning
+  std::uint64_t discarded_ = 0;  // bytes at the beginning of the block that hold no memory
 };
 
 #endif  // COMMON_BYTE_BUFFER_H_

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Valid as long as the exception that is being handled.
+// Describes the exception being handled. The text is valid as long as that exception.
 const char* CaughtText() noexcept {
   try {
     throw;

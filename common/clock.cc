@@ -30,7 +30,7 @@ class SystemClock final : public Clock {
 
 std::atomic<Clock*> g_replacement{nullptr};
 
-// Made at its first use, which may be in the constructor of another static object.
+// Created at its first use, which may be in the constructor of another static object.
 Clock& SystemsClock() {
   static NeverDestroyed<SystemClock> clock;
   return *clock;

@@ -1,6 +1,6 @@
-// The time as the component sees it: every look at the time, every sleep, every wait with a time
-// limit, and those without one that a test has to see, go through the clock in use. It is the
-// system's, unless a test replaces it by one whose time the test moves.
+// The component's source of time. Every query of the time, every sleep and every wait with a time
+// limit uses the current clock, and so does every wait without a limit that a test has to observe.
+// The current clock is the system's, unless a test replaces it with one that the test moves.
 //
 // Threads: all functions may be called from any thread.
 #ifndef COMMON_CLOCK_H_
@@ -17,21 +17,21 @@ class Clock {
   using TimePoint = std::chrono::steady_clock::time_point;
   using Duration = std::chrono::milliseconds;
 
-  // Never runs backwards.
+  // Monotonic time.
   virtual TimePoint Now() = 0;
 
-  // Seconds since 1970, as the user's clock shows them.
+  // Wall-clock time in seconds since 1970.
   virtual std::time_t WallTime() = 0;
 
-  // Returns after about `duration`.
+  // Blocks for about `duration`.
   virtual void Sleep(Duration duration) = 0;
 
-  // Waits on `condition`, with `lock` held before and after, until `met` or until `limit` has
-  // passed. Returns whether it is met.
+  // Waits on `condition` until `met` returns true or `limit` has passed. `lock` is held before and
+  // after. Returns whether `met` is true.
   virtual bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                        Duration limit, const std::function<bool()>& met) = 0;
 
-  // The same without a limit.
+  // As WaitFor, without a limit.
   virtual void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                     const std::function<bool()>& met) = 0;
 
@@ -39,11 +39,11 @@ class Clock {
   ~Clock() = default;
 };
 
-// The clock in use.
+// Returns the current clock.
 Clock& CurrentClock();
 
-// Has the component use `clock`, which is borrowed, or for null the system's clock again. For
-// tests: no thread may be in the clock that was in use.
+// Makes `clock` the current clock and borrows it; null restores the system's clock. For tests: no
+// thread may be inside a call of the previous clock.
 void UseClock(Clock* clock);
 
 inline void SleepFor(Clock::Duration duration) { CurrentClock().Sleep(duration); }

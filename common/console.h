@@ -1,14 +1,14 @@
-// The component's log: plain lines on standard output, no file and no levels. Safe from any thread;
-// what one call writes stays together.
+// The component's log: plain lines on standard output, without levels and without a log file. Safe
+// from any thread; the text of one call stays together.
 #ifndef COMMON_CONSOLE_H_
 #define COMMON_CONSOLE_H_
 
 #include <string_view>
 
-// Writes `line` and a line break, and flushes, so that a reader sees it at once.
+// Writes `line` and a line break, and flushes.
 void ConsoleLine(std::string_view line);
 
-// Writes `text` as it stands, without a line break, and flushes.
+// Writes `text` unchanged, without a line break, and flushes.
 void ConsoleText(std::string_view text);
 
 #endif  // COMMON_CONSOLE_H_

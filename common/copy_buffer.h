@@ -1,5 +1,5 @@
-// CopyBuffer: a growable array for building a frame or taking a private copy of staged bytes. It
-// grows to exactly the needed size and keeps its block when reset. It has no lock.
+// CopyBuffer: a growable array for building a frame or copying staged bytes. It grows to exactly
+// the needed size and keeps its block when reset. It has no lock.
 #ifndef COMMON_COPY_BUFFER_H_
 #define COMMON_COPY_BUFFER_H_
 
@@ -9,12 +9,12 @@
 
 class CopyBuffer {
  public:
-  // Appends `n` bytes. False, and nothing appended, when memory runs out or the length would not
-  // fit in 31 bits.
+  // Appends `n` bytes. Returns false and appends nothing if memory runs out or the length would
+  // exceed 31 bits.
   bool Append(const std::uint8_t* bytes, std::uint32_t n);
 
   void Reset() { length_ = 0; }  // keeps the block
-  void Release();                // gives the block back
+  void Release();                // releases the block
 
   const std::uint8_t* Data() const { return block_.get(); }
   std::int32_t Length() const { return length_; }

@@ -14,7 +14,7 @@ struct Users {
   std::mutex mutex;
   std::condition_variable left;
   int inside = 0;                    // threads inside libcurl; guarded by mutex
-  std::atomic<bool> exiting{false};  // set with the mutex held, read without it
+  std::atomic<bool> exiting{false};  // written with the mutex held, read without it
 };
 
 NeverDestroyed<Users> g_users;

@@ -1,22 +1,23 @@
-// A bound for streams that make very many frames out of very few bytes, or that come while a player
-// waits. The queues themselves have none, and an ordinary stream is far below this one.
+// A limit for pending frames. It pauses the parser of a stream that makes very many frames out of
+// very few bytes, or that continues while a player blocks. The queues themselves have no limit. An
+// ordinary stream stays far below this one.
 #ifndef COMMON_FRAME_BACKLOG_H_
 #define COMMON_FRAME_BACKLOG_H_
 
 #include <atomic>
 #include <cstdint>
 
-// As many frames and bytes may wait for delivery before a parser pauses.
+// The number of frames and bytes that may be pending before a parser pauses.
 struct FrameBacklog {
   std::uint32_t frames;
   std::uint64_t bytes;
 };
 
-// Far more than an ordinary player leaves waiting: at 50 frames a second 22 hours of them.
+// Far more than an ordinary player leaves pending: 22 hours of frames at 50 frames a second.
 inline constexpr FrameBacklog kMaxFrameBacklog = {4'000'000, std::uint64_t{3} << 30};
 
-// Waits while more than that is in one of the queues, until `running` is cleared. For the parse
-// side.
+// Blocks while one of the two queues exceeds `limit`, until `running` is cleared. Called by
+// parsers.
 void AwaitFrameRoom(const std::atomic<bool>& running, const FrameBacklog& limit);
 
 #endif  // COMMON_FRAME_BACKLOG_H_

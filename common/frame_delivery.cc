@@ -13,7 +13,7 @@ void Deliver(const DeliveryLoop& loop, PopFunction pop, HandOver hand_over) {
     if (const FrameNodePtr node = pop()) {
       if (!loop.wanted || loop.wanted(*node)) (loop.player.*hand_over)(*node);
     }
-    SleepFor(std::chrono::milliseconds(1));  // whether or not there was a frame
+    SleepFor(std::chrono::milliseconds(1));  // in each turn, with or without a frame
   }
   ConsoleLine(loop.stop_line);
 }

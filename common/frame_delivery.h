@@ -1,5 +1,5 @@
-// The two delivery loops that every pipeline runs: they take frames from the global queues and hand
-// them to the player, at most one a millisecond each. Pacing to the clock is the player's business.
+// The two delivery loops of every pipeline. They pop frames from the global queues and pass them to
+// the player, each at most one frame a millisecond. The player does the pacing.
 #ifndef COMMON_FRAME_DELIVERY_H_
 #define COMMON_FRAME_DELIVERY_H_
 
@@ -13,13 +13,13 @@
 struct DeliveryLoop {
   const std::atomic<bool>& running;  // the loop ends when it is cleared
   PlayerPort player;
-  // Asked once for each frame, on the delivery thread: false releases the frame unseen. Empty
-  // delivers every frame.
+  // Called once for each frame, on the delivery thread. If it returns false, the frame is dropped.
+  // If empty, every frame is delivered.
   std::function<bool(const FrameRecord&)> wanted;
-  std::string_view stop_line;  // written to the console when the loop has ended
+  std::string_view stop_line;  // logged when the loop has ended
 };
 
-// Each runs on a thread of its own until the run flag is cleared.
+// Each function blocks until the run flag is cleared. Call each on a thread of its own.
 void DeliverVideoFrames(const DeliveryLoop& loop);
 void DeliverAudioFrames(const DeliveryLoop& loop);
 

@@ -13,26 +13,26 @@
 namespace {
 
 constexpr std::size_t kChunkSize = std::size_t{2} << 20;  // a large page of x86-64 and ARM
-constexpr std::size_t kLargestInChunk = kChunkSize / 2;   // what is larger has a chunk to itself
+constexpr std::size_t kLargestInChunk = kChunkSize / 2;  // larger payloads get a chunk of their own
 constexpr std::size_t kAlignment = alignof(std::max_align_t);
 
 constexpr std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
 }
 
-// At the start of every chunk. A payload begins within the first kChunkSize bytes of its chunk, and
-// chunks are aligned to as many, so that its address alone leads here.
+// The header of every chunk. A payload begins within the first kChunkSize bytes of its chunk, and
+// chunks are aligned to kChunkSize. So rounding a payload's address down gives its chunk.
 struct Chunk {
-  std::atomic<std::uint32_t> users{1};  // the payloads in it, and one while new ones go there
+  std::atomic<std::uint32_t> users{1};  // its payloads, plus 1 while it accepts more
   PayloadKind kind;
-  std::size_t size;      // of the memory; guarded by g_mutex while new payloads go there
-  std::size_t used = 0;  // bytes, this header included; guarded by g_mutex
+  std::size_t size;      // of the memory; guarded by g_mutex while the chunk accepts new payloads
+  std::size_t used = 0;  // bytes, including this header; guarded by g_mutex
 };
 constexpr std::size_t kChunkHeader = RoundUp(sizeof(Chunk));
 
 std::mutex g_mutex;
-std::array<Chunk*, 2>
-    g_current{};  // where new payloads of each kind go, or null; guarded by g_mutex
+// The chunks that accept new payloads, one of each kind, or null. Guarded by g_mutex.
+std::array<Chunk*, 2> g_current{};
 std::atomic<std::size_t> g_held{0};
 
 Chunk*& CurrentOf(PayloadKind kind) { return g_current[static_cast<std::size_t>(kind)]; }
@@ -56,15 +56,15 @@ void ReleaseChunk(Chunk* chunk) {
   platform::UnmapPages(chunk, size);
 }
 
-// Returns how many users the chunk has left.
+// Returns the number of remaining users.
 std::uint32_t Leave(Chunk* chunk) {
   return chunk->users.fetch_sub(1, std::memory_order_acq_rel) - 1;
 }
 
 bool IsEmpty(const Chunk* chunk) { return chunk->users.load(std::memory_order_acquire) == 1; }
 
-// No new payloads go to the chunk any more, so that what they left of it is released, and the chunk
-// itself with its last payload. With g_mutex held.
+// Call it when the chunk accepts no more payloads. Releases its unused pages. The chunk itself is
+// released with its last payload. Requires g_mutex.
 void CloseChunk(Chunk* chunk) {
   const std::size_t size = platform::TrimPages(chunk, chunk->size, chunk->used);
   g_held -= chunk->size - size;
@@ -72,7 +72,8 @@ void CloseChunk(Chunk* chunk) {
   if (Leave(chunk) == 0) ReleaseChunk(chunk);
 }
 
-// Has a current chunk with space for that many bytes. With g_mutex held.
+// Ensures that the current chunk has space for `needed` bytes. Returns false if there is no memory.
+// Requires g_mutex.
 bool MakeSpace(std::size_t needed, PayloadKind kind) {
   Chunk*& current = CurrentOf(kind);
   if (current != nullptr && needed <= kChunkSize - current->used) return true;
@@ -81,8 +82,9 @@ bool MakeSpace(std::size_t needed, PayloadKind kind) {
   return current != nullptr;
 }
 
-// The current chunk is filled from its start again when all its payloads have been released, so
-// that a slow stream stays in the same few pages. Any other chunk may have been released itself.
+// Refills the current chunk from its start after all its payloads have been released, so that a
+// slow stream uses the same few pages. `chunk` is only compared: if it is not the current chunk,
+// another thread may have released it.
 void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
   const std::lock_guard lock(g_mutex);
   Chunk* const current = CurrentOf(kind);
@@ -90,7 +92,7 @@ void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
 }
 
 std::uint8_t* AllocateInChunk(std::size_t size, PayloadKind kind) {
-  // At least a byte, so that a payload never begins at the end of the chunk.
+  // At least one byte, so that a payload never begins at the end of the chunk.
   const std::size_t needed = RoundUp(std::max<std::size_t>(size, 1));
   const std::lock_guard lock(g_mutex);
   if (!MakeSpace(needed, kind)) return nullptr;
@@ -107,7 +109,7 @@ std::uint8_t* AllocateAlone(std::size_t size, PayloadKind kind) {
   return chunk == nullptr ? nullptr : reinterpret_cast<std::uint8_t*>(chunk) + kChunkHeader;
 }
 
-// In front of a payload that is a block of its own.
+// The header of a payload that is a heap block of its own.
 struct Block {
   std::size_t size;
   PayloadKind kind;

@@ -13,7 +13,7 @@ namespace {
 
 std::atomic<std::uint64_t> g_generation{0};
 
-// The payload decides: FLV sets `isVideo` on its audio frames as well.
+// Taken from the payload, since FLV sets `isVideo` on its audio frames too.
 PayloadKind KindOf(const FrameRecord& frame) {
   return frame.data == nullptr ? PayloadKind::kVideo : KindOfPayload(frame.data);
 }

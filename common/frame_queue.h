@@ -1,13 +1,12 @@
-// The two process-wide frame queues between the parse side of a pipeline, which pushes access
-// units, and its two delivery threads, which hand them to the player. Every pipeline uses the same
-// two; one pipeline plays at a time.
+// The two process-wide frame queues. The parser of a pipeline pushes frames, and its two delivery
+// threads pop them for the player. All pipelines use the same two queues; one pipeline plays at a
+// time.
 //
-// Ownership: a node belongs to its queue until it is popped, then to whoever popped it. Its payload
-// goes with it.
+// Ownership: a node belongs to its queue until it is popped, then to the caller that popped it. The
+// payload belongs to the node.
 //
-// Threads: PushFrame and PopFrame work on the queue they are given and take no lock. The two global
-// queues are shared: they, their nodes and the pointers to them are touched only with
-// g_frameQueueMutex held. Never call the player with it held.
+// Threads: PushFrame and PopFrame take no lock. The two global queues, their nodes and the pointers
+// to them are accessed only with g_frameQueueMutex held. Never call the player with it held.
 #ifndef COMMON_FRAME_QUEUE_H_
 #define COMMON_FRAME_QUEUE_H_
 
@@ -19,19 +18,19 @@
 
 #include "common/frame_memory.h"
 
-// One frame: an access unit, or for a transport stream the payload of one PES packet.
+// One frame: a NAL unit or an AAC frame. From a transport stream, the payload of one PES packet.
 struct FrameRecord {
   std::uint64_t pts = 0;         // presentation timestamp, 90 kHz
   std::uint64_t dts = 0;         // decode timestamp, 90 kHz
   std::uint64_t playTime = 0;    // delivery timestamp, 90 kHz
-  std::uint8_t* data = nullptr;  // the payload: a private copy
+  std::uint8_t* data = nullptr;  // the payload, a private copy
   std::int32_t size = 0;         // payload length in bytes
-  std::uint32_t isVideo = 0;     // 1 for a video frame (FLV writes 1 on its audio frames as well)
-  std::uint32_t intact = 0;      // 1 when the frame was assembled without a continuity gap
+  std::uint32_t isVideo = 0;     // 1 for a video frame (FLV sets it on audio frames too)
+  std::uint32_t intact = 0;      // 1 if the frame was assembled without a continuity gap
 };
 
-// Nodes are stored beside their payloads (frame_memory.h), so that one that was delivered holds no
-// memory either. Hence a `new` that takes the kind.
+// Nodes are allocated beside their payloads (frame_memory.h), so that the memory of delivered nodes
+// returns to the system too. Therefore `new` takes the kind.
 struct FrameNode : FrameRecord {
   FrameNode* next = nullptr;  // towards the tail
 
@@ -42,12 +41,12 @@ struct FrameNode : FrameRecord {
 struct FrameQueue {
   std::uint32_t count = 0;       // nodes in the queue
   std::uint32_t totalBytes = 0;  // sum of their sizes
-  FrameNode* head = nullptr;     // oldest node, taken next
+  FrameNode* head = nullptr;     // oldest node, popped next
   FrameNode* tail = nullptr;     // newest node
-  std::uint64_t heldBytes = 0;   // the same sum, which the 32 bits may not hold
-  std::uint64_t pushed = 0;      // nodes ever pushed: the place of the newest one, counted from 1
+  std::uint64_t heldBytes = 0;   // the same sum without 32-bit overflow
+  std::uint64_t pushed = 0;      // nodes ever pushed: the newest one's sequence number, from 1
 
-  // Place of the oldest node still queued; one past `pushed` when there is none.
+  // Sequence number of the oldest queued node; `pushed` + 1 if the queue is empty.
   std::uint64_t FirstPlace() const { return pushed - count + 1; }
 };
 
@@ -57,53 +56,53 @@ struct FrameNodeDeleter {
 };
 using FrameNodePtr = std::unique_ptr<FrameNode, FrameNodeDeleter>;
 
-// Fills `frame` with a copy of the payload; its playTime is left for the caller to set. Returns 0,
-// or -1 when there is no memory or the size is negative. The copy is the caller's until PushFrame
-// takes it; ReleasePayload gives back one that was not pushed.
+// Fills `frame` with a copy of the payload. The caller sets playTime. Returns 0, or -1 if there is
+// no memory or the size is negative. The caller owns the copy until PushFrame succeeds. Use
+// ReleasePayload to release a copy that was not pushed.
 int CreateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts,
                     const std::uint8_t* payload, std::int32_t size, bool is_video, bool intact);
 void ReleasePayload(FrameRecord& frame);
 
-// The same with the payload left for the caller to fill, who saves a copy by it. `is_video` also
-// decides with which frames' payloads this one shares memory: a producer that marks an audio frame
-// as video does so afterwards.
+// As CreateFrameNode, but the caller fills the payload, which saves a copy. `is_video` also selects
+// the kind of the payload's memory (frame_memory.h), so a producer that marks an audio frame as
+// video sets `isVideo` afterwards.
 int AllocateFrameNode(FrameRecord& frame, std::uint64_t pts, std::uint64_t dts, std::int32_t size,
                       bool is_video, bool intact);
 
-// Appends a node with the frame's fields, its payload now the node's. Returns 0, or -1 when there
-// is no queue or no memory; the payload then stays the caller's.
+// Appends a node with the frame's fields. The node owns the payload. Returns 0, or -1 if `queue` is
+// null or there is no memory; the caller then still owns the payload.
 int PushFrame(const FrameRecord& frame, FrameQueue* queue);
 
-// Takes the oldest node; null when there is none or no queue.
+// Removes the oldest node and returns it; null if `queue` is null or empty.
 FrameNode* PopFrame(FrameQueue* queue);
 
 extern std::mutex g_frameQueueMutex;
 extern FrameQueue* g_videoQueue;  // guarded by g_frameQueueMutex; null until first used
 extern FrameQueue* g_audioQueue;  // guarded by g_frameQueueMutex; null until first used
 
-// Returns `queue`, made first if it is null; null when there is no memory for it. With
-// g_frameQueueMutex held.
+// Returns `queue` and creates it first if it is null. Returns null if there is no memory. Requires
+// g_frameQueueMutex.
 FrameQueue* EnsureQueue(FrameQueue*& queue);
 
-// Releases what a global queue holds.
+// Release all frames of a global queue.
 void ClearVideoQueue();
 void ClearAudioQueue();
 
-// Takes the oldest frame of a global queue; empty when there is none.
+// Remove the oldest frame of a global queue and return it; empty if there is none.
 FrameNodePtr PopVideoFrame();
 FrameNodePtr PopAudioFrame();
 
-// Makes both global queues new and empty, releasing what they hold, and begins a new generation.
-// Called by every pipeline each time it starts.
+// Replaces both global queues with empty ones, releases their frames and starts a new generation.
+// Every pipeline calls it at each start.
 void ResetFrameQueues();
 
-// Releases both global queues and whatever they hold; they are null until they are used again.
-// Begins a new generation too.
+// Deletes both global queues and their frames. The pointers are null until the next use. Also
+// starts a new generation.
 void ReleaseFrameQueues();
 
-// Counts the calls of ResetFrameQueues and ReleaseFrameQueues. A producer that keeps state per
-// stream (the transport stream demultiplexer) compares it with the generation it has seen, and
-// starts afresh when it has changed.
+// Returns the number of calls of ResetFrameQueues and ReleaseFrameQueues. A producer with state for
+// each stream (the transport stream demultiplexer) compares it with the last value it has read, and
+// resets its state if it has changed.
 std::uint64_t FrameQueueGeneration();
 
 #endif  // COMMON_FRAME_QUEUE_H_

@@ -14,21 +14,21 @@ namespace {
 
 constexpr long kConnectTimeoutSeconds = 3;
 
-// What libcurl asks the system for at once. Write callbacks get pieces of 16 KiB at most all the
-// same; with as little as that to receive, a fast server costs three times as many system calls.
+// The size of libcurl's receive buffer. Write callbacks still get pieces of at most 16 KiB. With a
+// receive buffer of only 16 KiB, a fast server costs three times as many system calls.
 constexpr long kReceiveSize = 256L * 1024;
 
 bool IsToEnd(const std::atomic<bool>& running) { return !running.load() || ProcessIsExiting(); }
 
-// libcurl calls this about once a second, or more often, whatever the server does.
+// libcurl calls this at least about once a second, whatever the server does.
 int EndWhenStopped(void* running, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
   return IsToEnd(*static_cast<const std::atomic<bool>*>(running)) ? 1 : 0;
 }
 
-// A stop must not wait for a name server either: libcurl leaves a look-up that still runs behind.
+// With this option a stop does not wait for a name server: libcurl leaves a running look-up behind.
 void DoNotWaitForNameServers(CURL* handle) { curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); }
 
-// Whatever else the system's libcurl was built with is refused, and no server redirects to a file.
+// Refuses all other protocols of the system's libcurl, and redirects to local files.
 void LimitProtocols(CURL* handle) {
   curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https,file");
   curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
@@ -41,7 +41,7 @@ CURLcode InitialiseLibcurl() {
 }
 
 // Keeps a task from continuing while the process exits: it would report the end of its transfer to
-// a player that may be gone. A stop by another exit handler still ends the task.
+// a player that may not exist any more. A stop in another exit handler still ends the task.
 void WaitForStop(const std::atomic<bool>& running) {
   while (running.load()) SleepFor(std::chrono::milliseconds(1));
 }
@@ -53,7 +53,7 @@ CURLcode PerformUnlessExiting(CURL* handle, const std::atomic<bool>& running) {
   return result;
 }
 
-// A transfer with a silence limit, while it is performed.
+// The state of a running transfer with a silence limit.
 struct WatchedTransfer {
   const std::atomic<bool>& running;
   SilenceWatch silence;
@@ -86,7 +86,7 @@ CURLcode PerformWatched(CURL* handle, const Transfer& transfer) {
 
 }  // namespace
 
-// At exit the handle is left as it is: to close its connection takes the TLS library.
+// At exit the handle is not closed: closing its connection would call the TLS library.
 void CurlHandleDeleter::operator()(CURL* handle) const {
   if (const LibcurlUse use; use) curl_easy_cleanup(handle);
 }

@@ -1,12 +1,12 @@
-// One blocking libcurl transfer on the calling thread, set up the way all pipelines share.
+// One blocking libcurl transfer on the calling thread, with the settings that all pipelines share.
 //
-// The write callback gets each piece of the body as it arrives: it may be one byte, it may be
-// thousands. It returns how many it took; anything but all of them ends the transfer, which is how
-// an error page is refused. A transfer also ends, within about a second, when its run flag is
-// cleared, even while the server sends nothing.
+// The write callback gets each piece of the body as it is received: it may be one byte, it may be
+// thousands. It returns how many bytes it took. If it did not take all of them, the transfer ends;
+// this is how an error page is refused. A transfer also ends, within about a second, when its run
+// flag is cleared, even while the server sends nothing.
 //
-// Certificates and host names are verified as libcurl does by default. Addresses are http, https
-// and file addresses; any other fails. Redirects to http and https are followed.
+// Certificates and host names are verified as libcurl does by default. An address must be an http,
+// https or file address; any other fails. Redirects to http and https are followed.
 #ifndef COMMON_HTTP_TRANSFER_H_
 #define COMMON_HTTP_TRANSFER_H_
 
@@ -24,25 +24,25 @@ struct CurlHandleDeleter {
 };
 using CurlHandle = std::unique_ptr<CURL, CurlHandleDeleter>;
 
-// Initialises libcurl for the process; only the first call does. False if that failed. The host's
-// thread calls it before any task runs: an exit that begins then finds its handler registered
-// (exit_guard.h).
+// Initialises libcurl for the process; only the first call has an effect. Returns false if that
+// failed. Call it on the host's thread before any task runs, so that the exit handler
+// (exit_guard.h) is registered before an exit can begin.
 bool PrepareTransfers();
 
-// A new easy handle, or null.
+// Returns a new easy handle, or null.
 CurlHandle MakeCurlHandle();
 
 struct Transfer {
   std::string url;
   curl_write_callback on_bytes;      // called on the thread that performs the transfer
-  const std::atomic<bool>& running;  // outlives the transfer
+  const std::atomic<bool>& running;  // must outlive the transfer
 
-  // A transfer that receives no byte, of headers or body, for so long fails. Zero: it never does.
+  // The transfer fails if it receives no byte of headers or body for this long. Zero: no limit.
   std::chrono::milliseconds silence_limit{0};
 };
 
-// Makes a write callback of a function that may throw, when memory runs out say: nothing is thrown
-// through libcurl, the transfer ends instead.
+// Makes a write callback of a function that may throw, for example when memory runs out. An
+// exception ends the transfer and does not pass through libcurl.
 template <std::size_t (*kTake)(char*, std::size_t, std::size_t, void*)>
 std::size_t GuardedCallback(char* bytes, std::size_t size, std::size_t count, void* user) noexcept {
   try {
@@ -52,32 +52,32 @@ std::size_t GuardedCallback(char* bytes, std::size_t size, std::size_t count, vo
   }
 }
 
-// Resets `handle` and sets all that every request shares, but no range and no user agent.
+// Resets `handle` and sets the options that all requests share. Sets no range and no user agent.
 void SetUpTransfer(CURL* handle, const Transfer& transfer);
 
 // Performs a transfer that was set up, and logs "[DOWNLOAD]: " and the address on success. Blocks.
-// `transfer` is the one that the handle was set up with. Fails at once for a local address that
-// names no regular file (special_file.h).
+// `transfer` is the one that the handle was set up with. Fails at once if the address names a local
+// special file (special_file.h).
 CURLcode PerformTransfer(CURL* handle, const Transfer& transfer);
 
-// The open-ended range "N-" that asks for everything from `offset`. The offset is written as a
-// 32-bit signed number on purpose: resuming past 2 GiB is not supported.
+// Returns the open-ended range "N-": everything from `offset`. Kept for compatibility: the offset
+// is formatted as a signed 32-bit number, so resuming past 2 GiB is not supported.
 std::string RangeFrom(std::uint64_t offset);
 
-// A handle set up to fetch everything from `offset`; empty when there is none to be had.
+// Returns a handle set up to fetch everything from `offset`; empty if libcurl provides no handle.
 CurlHandle SetUpDownload(const Transfer& transfer, std::uint64_t offset);
 
-// Performs it; without a handle nothing happens.
+// Performs the transfer; does nothing without a handle.
 //
-// A transfer that ended because the run flag was cleared, with no callback there to notice, is told
-// to the callback as an empty piece: every stop reaches it once.
+// If a stop ends the transfer in the progress callback, the write callback is then called with an
+// empty piece. So the write callback notices every stop once.
 void PerformDownload(const CurlHandle& handle, const Transfer& transfer);
 
-// Both in one step.
+// SetUpDownload and PerformDownload in one step.
 void Download(const Transfer& transfer, std::uint64_t offset);
 
-// True when a piece of a body is the start of an HTML page, which servers send instead of a stream
-// when something is wrong: it is longer than five bytes and begins with "<html>".
+// Returns true if a piece of a body begins with "<html>". Servers send an HTML page instead of a
+// stream if something is wrong.
 bool IsHtmlPage(const char* bytes, std::size_t size);
 
 #endif  // COMMON_HTTP_TRANSFER_H_

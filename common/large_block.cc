@@ -8,7 +8,7 @@
 namespace {
 
 constexpr std::size_t kPage = 4096;
-constexpr std::size_t kSmallestMapped = 65536;  // what is smaller is left to the heap
+constexpr std::size_t kSmallestMapped = 65536;  // smaller blocks are allocated on the heap
 
 bool IsMapped(std::size_t size) { return !kSeparateBlocks && size >= kSmallestMapped; }
 

@@ -1,5 +1,5 @@
-// Blocks for buffers that may grow large. The heap may keep a large block for itself when it is
-// released, for as long as a small one allocated after it lives; these go back to the system.
+// Memory blocks for buffers that may grow large. Released blocks return to the system. The heap may
+// keep a released large block as long as a small block that was allocated after it exists.
 #ifndef COMMON_LARGE_BLOCK_H_
 #define COMMON_LARGE_BLOCK_H_
 
@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <memory>
 
-inline constexpr std::size_t kLargePage = std::size_t{2} << 20;  // of the system's memory
+inline constexpr std::size_t kLargePage = std::size_t{2} << 20;  // a large page of memory
 
 struct LargeBlockDeleter {
   std::size_t size = 0;
@@ -15,11 +15,11 @@ struct LargeBlockDeleter {
 };
 using LargeBlock = std::unique_ptr<std::uint8_t[], LargeBlockDeleter>;
 
-// Null when there is no memory. The bytes are not set.
+// Returns null if there is no memory. The bytes are not initialised.
 LargeBlock AllocateLargeBlock(std::size_t size);
 
-// Releases the memory of a part of a block but not its addresses. What is read there before the
-// next write is undefined.
+// Releases the memory of a part of a block but keeps the addresses. Bytes that are read there
+// before the next write are undefined.
 void DiscardPartOf(const LargeBlock& block, std::size_t begin, std::size_t end);
 
 #endif  // COMMON_LARGE_BLOCK_H_

@@ -1,5 +1,5 @@
-// A process-wide object that is never destroyed: worker threads that outlive main, in a host that
-// exits without stopping, may still use it.
+// A process-wide object that is never destroyed. If a host exits without a stop, worker threads
+// still use such objects after main has returned.
 #ifndef COMMON_NEVER_DESTROYED_H_
 #define COMMON_NEVER_DESTROYED_H_
 

@@ -1,17 +1,17 @@
-// Console lines that are logged once a start, however often what they report happens.
+// Limits a console line to once a start, however often its cause occurs.
 #ifndef COMMON_ONCE_A_START_H_
 #define COMMON_ONCE_A_START_H_
 
 #include <atomic>
 #include <cstdint>
 
-// The facade calls it at the beginning of each start.
+// Called by the facade at the beginning of each start.
 void CountStart();
 
-// One for each kind of line. Safe from any thread.
+// One object for each kind of line. Safe from any thread.
 class OnceAStart {
  public:
-  // True for the first call after each CountStart, and for the first call of all.
+  // Returns true for the first call after each CountStart, and for the very first call.
   bool IsFirst();
 
  private:

@@ -24,7 +24,7 @@ std::size_t RoundUp(std::size_t value, std::size_t multiple) {
   return (value + multiple - 1) / multiple * multiple;
 }
 
-// The whole pages of a stretch of memory.
+// The whole pages within a range of memory.
 struct PageRange {
   PageRange(void* memory, std::size_t size) {
     const auto address = reinterpret_cast<std::uintptr_t>(memory);
@@ -38,7 +38,7 @@ struct PageRange {
   std::size_t length = 0;
 };
 
-// One byte a character, both ways (platform.h says why).
+// Converts between bytes and characters one to one (see platform.h).
 std::wstring Widen(const std::string& text) {
   std::wstring wide(text.size(), L'\0');
   std::transform(text.begin(), text.end(), wide.begin(),
@@ -71,7 +71,7 @@ bool MakePrivateDirectory(const std::wstring& path) {
 
 void RemoveEmptyDirectory(const std::wstring& path) { rmdir(Narrow(path).c_str()); }
 
-// As the XDG base directories are defined: a relative path does not count.
+// Follows the rules for XDG base directories: a relative path is ignored.
 std::string UserCacheDirectory() {
   const auto absolute = [](const char* name) {
     const char* const value = std::getenv(name);
@@ -111,7 +111,7 @@ void BringIntoMemory(void* memory, std::size_t size) {
 #endif
 }
 
-// More than is needed is mapped and what is not aligned unmapped again.
+// Maps more than needed and unmaps the parts before and after the aligned range.
 void* MapPages(std::size_t size, std::size_t alignment) {
   const std::size_t kept = RoundUp(size, PageSize());
   const std::size_t mapped = kept + RoundUp(alignment, PageSize()) - PageSize();

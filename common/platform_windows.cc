@@ -1,6 +1,6 @@
 #include <share.h>
 #include <windows.h>
-// Behind windows.h, which it needs.
+// Must be included after windows.h.
 #include <timeapi.h>
 
 #include <array>
@@ -10,7 +10,7 @@
 
 #include "common/platform.h"
 
-// Windows 10 knows it since version 1803, older headers do not.
+// Supported since Windows 10 version 1803; older headers do not define it.
 #ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION
 #define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
 #endif
@@ -18,14 +18,13 @@
 namespace platform {
 namespace {
 
-// A timer that is exact to about half a millisecond even where Sleep(1) would last 15.
+// A timer that is exact to about half a millisecond, even where Sleep(1) lasts 15 milliseconds.
 class PreciseTimer {
  public:
   PreciseTimer()
       : timer_(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
                                       TIMER_ALL_ACCESS)) {
-    if (timer_ == nullptr)
-      timeBeginPeriod(kTickMilliseconds);  // then a plain Sleep is exact enough
+    if (timer_ == nullptr) timeBeginPeriod(kTickMilliseconds);  // makes a plain Sleep exact enough
   }
   ~PreciseTimer() {
     if (timer_ == nullptr) {
@@ -52,12 +51,12 @@ class PreciseTimer {
 
 void WINAPI DeleteTimer(void* timer) { delete static_cast<PreciseTimer*>(timer); }
 
-// The timer of the calling thread; a waitable timer has one due time. Null when there is no memory
-// or no free slot.
+// Returns the timer of the calling thread. Each thread has its own, since a waitable timer has one
+// due time. Returns null if there is no memory or no free slot.
 //
-// The system deletes it when the thread ends. A thread_local object would not do: GCC for Windows
-// releases the memory of those before it runs their destructors. The slot is never freed, since the
-// library stays loaded.
+// The system deletes the timer when the thread ends. A thread_local object cannot be used: GCC for
+// Windows releases the memory of such objects before it runs their destructors. The slot is never
+// freed, since the library stays loaded.
 PreciseTimer* ThreadTimer() {
   static const DWORD slot = FlsAlloc(DeleteTimer);
   if (slot == FLS_OUT_OF_INDEXES) return nullptr;
@@ -86,7 +85,7 @@ std::wstring CodePageToWide(const std::string& text) {
   return wide;
 }
 
-// The absolute path. That of a device ("NUL", "CON") is "\\.\" and its name.
+// Returns the absolute path. For a device ("NUL", "CON") this is "\\.\" and its name.
 std::wstring FullPath(const std::wstring& path) {
   const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
   std::wstring full(size, L'\0');
@@ -98,7 +97,7 @@ bool IsDrive(const std::wstring& path, std::size_t at) {
   return path.size() > at + 1 && path[at + 1] == L':';
 }
 
-// "\\.\NUL" and "\\server\pipe\name" are, "\\.\C:\file" is not.
+// True for "\\.\NUL" and "\\server\pipe\name", false for "\\.\C:\file".
 bool IsDevicePath(const std::wstring& full) {
   constexpr std::size_t kPrefixSize = 4;
   if (full.starts_with(L"\\\\.\\") && !IsDrive(full, kPrefixSize)) return true;
@@ -127,7 +126,7 @@ bool MakeDirectory(const std::wstring& path) {
   return CreateDirectoryW(path.c_str(), nullptr) != 0;
 }
 
-// Below the user's profile, whose rights it inherits.
+// The directory is below the user's profile and inherits its access rights.
 bool MakePrivateDirectory(const std::wstring& path) { return MakeDirectory(path); }
 
 void RemoveEmptyDirectory(const std::wstring& path) { RemoveDirectoryW(path.c_str()); }
@@ -165,7 +164,7 @@ File OpenFile(const std::string& path, const char* mode) {
 
 bool IsSpecialFile(const std::string& path) {
   std::wstring wide = CodePageToWide(path);
-  if (wide.starts_with(L'/') && IsDrive(wide, 1)) wide.erase(0, 1);  // "/C:/file", of a URL
+  if (wide.starts_with(L'/') && IsDrive(wide, 1)) wide.erase(0, 1);  // "/C:/file", from a URL
   const std::wstring full = FullPath(wide);
   if (full.empty() || IsDevicePath(full)) return !full.empty();
   const DWORD attributes = GetFileAttributesW(full.c_str());
@@ -181,8 +180,8 @@ std::tm LocalTime(std::time_t time) {
 
 void BringIntoMemory(void* /*memory*/, std::size_t /*size*/) {}
 
-// A reservation that is large enough shows where there is an aligned one. Another thread may take
-// that address first, so this is tried again.
+// Reserves more than needed to find an aligned address, and releases it. Another thread may take
+// that address before it is reserved again, so there are several attempts.
 void* MapPages(std::size_t size, std::size_t alignment) {
   constexpr int kAttempts = 16;
   if (size + alignment < size) return nullptr;
@@ -208,8 +207,8 @@ std::size_t TrimPages(void* memory, std::size_t size, std::size_t used) {
   return kept;
 }
 
-// Pages that are reset are not written to the paging file, and unlocking pages that are not locked
-// removes them from the working set.
+// MEM_RESET keeps pages from being written to the paging file. VirtualUnlock of pages that are not
+// locked removes them from the working set.
 void DiscardPages(void* memory, std::size_t size) {
   const std::size_t address = reinterpret_cast<std::size_t>(memory);
   const std::size_t skipped = RoundUp(address, kPageSize) - address;

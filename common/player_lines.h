@@ -1,8 +1,8 @@
 // The two player operations that take a line: OnMessage and OnPlayResult.
 //
-// A std::string by value is the one argument of the player interface that compilers lay out
-// differently. Where players of another compiler may be loaded with this library, msvc/ defines
-// LinesOf and NoteNativePlayer; everywhere else player_lines_native.cc does.
+// They take a std::string by value, the only argument of the player interface that compilers lay
+// out differently. In MinGW builds, msvc/ defines LinesOf and NoteNativePlayer, since players of
+// another compiler may use the library; elsewhere player_lines_native.cc defines them.
 #ifndef COMMON_PLAYER_LINES_H_
 #define COMMON_PLAYER_LINES_H_
 
@@ -10,7 +10,7 @@
 
 class CStreamPlayerImp;
 
-// How lines are sent to the players of one compiler. Neither is called without a player.
+// Functions that send lines to players of one compiler. Call them only with a player.
 struct PlayerLines {
   void (*message)(CStreamPlayerImp& player, std::string line);
   void (*play_result)(CStreamPlayerImp& player, std::string line);
@@ -19,11 +19,12 @@ struct PlayerLines {
 // For players of this library's own compiler.
 extern const PlayerLines kNativePlayerLines;
 
-// How lines are sent to the player at this address. Any thread may ask. Only the address is used.
+// Returns the functions for the player at this address. Safe from any thread. Uses only the
+// address.
 const PlayerLines& LinesOf(const CStreamPlayerImp* player);
 
-// Notes that a host of this library's own compiler made a facade with this player: what is known of
-// a player of another compiler that had the same address no longer holds. Any thread may call it.
+// Records that a host of this library's own compiler created a facade with this player. Replaces
+// what was recorded for a player of another compiler at the same address. Safe from any thread.
 void NoteNativePlayer(const CStreamPlayerImp* player);
 
 #endif  // COMMON_PLAYER_LINES_H_

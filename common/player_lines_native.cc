@@ -1,4 +1,4 @@
-// Every player is of the compiler that built this library.
+// Every player was compiled by the compiler that built this library.
 #include "common/player_lines.h"
 
 const PlayerLines& LinesOf(const CStreamPlayerImp* /*player*/) { return kNativePlayerLines; }

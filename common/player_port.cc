@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint64_t kTicksPerSecond = 90000;
 
-// The padding and the reserved word stay as they are on purpose.
+// Kept for compatibility: the padding and the reserved word are not written.
 MediaFrame MakeMediaFrame(const FrameRecord& frame) {
   MediaFrame media;
   media.pts = frame.pts;

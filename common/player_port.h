@@ -1,12 +1,13 @@
-// PlayerPort: the host's player as the pipelines see it. It does nothing where there is no player,
-// so that a pipeline reports and delivers without asking, and it is the one place below the facade
-// that knows the player interface.
+// PlayerPort: the host's player as the pipelines use it. Without a player its calls do nothing, so
+// pipelines do not check for one. Below the facade, only PlayerPort and player_lines.cc include the
+// player interface.
 //
-// A player must not throw. What one of this library's own compiler throws ends here, on whatever
-// thread, so that a task, a transfer or a stop goes on: the call counts as returned, and the first
-// one of a start is logged. An exception of another compiler may end the process.
+// A player must not throw. If a player of this library's own compiler throws, the exception ends
+// here, on any thread, so that tasks, transfers and stops continue. The call counts as returned,
+// and the first exception of each start is logged. An exception of another compiler may end the
+// process.
 //
-// It borrows the player and may be copied freely. Its calls go straight to the host's code on the
+// A PlayerPort borrows the player and may be copied freely. Its calls run the host's code on the
 // calling thread: never make one with a lock held.
 #ifndef COMMON_PLAYER_PORT_H_
 #define COMMON_PLAYER_PORT_H_
@@ -17,8 +18,8 @@
 #include "common/frame_queue.h"
 #include "common/player_lines.h"
 
-// The play time in whole seconds: the fraction is dropped on purpose, for the audio clock and for
-// comparisons with the start position alike.
+// Returns the play time in whole seconds. Kept for compatibility: the fraction is dropped, both for
+// the audio clock and for comparisons with the start position.
 float WholeSeconds(std::uint64_t play_time);
 
 class PlayerPort {
@@ -34,15 +35,16 @@ class PlayerPort {
   void BufferedTime(float seconds) const;
 
   void VideoFrame(const FrameRecord& frame) const;
-  void AudioFrame(const FrameRecord& frame) const;  // the audio clock first, then the frame
+  void AudioFrame(const FrameRecord& frame) const;  // sends the audio clock, then the frame
 
  private:
-  // Makes the call, if there is a player. `where` begins the line about what it throws.
+  // Makes the call if there is a player. `where` is the beginning of the line that is logged if it
+  // throws.
   template <typename Function>
   void Call(const char* where, const Function& call) const noexcept;
 
   CStreamPlayerImp* player_ = nullptr;
-  const PlayerLines* lines_ = nullptr;  // set where there is a player
+  const PlayerLines* lines_ = nullptr;  // null without a player
 };
 
 #endif  // COMMON_PLAYER_PORT_H_

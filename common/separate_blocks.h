@@ -1,5 +1,6 @@
-// Whether memory that is otherwise shared or taken straight from the system is made of heap blocks,
-// one for each user: the address sanitizer is to see the end of each, and its leak.
+// Whether each allocation is a heap block of its own, instead of a part of shared memory or pages
+// from the system. Set with the address sanitizer, so that it detects overruns and leaks of each
+// block.
 #ifndef COMMON_SEPARATE_BLOCKS_H_
 #define COMMON_SEPARATE_BLOCKS_H_
 

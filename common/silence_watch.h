@@ -1,4 +1,4 @@
-// SilenceWatch: whether a transfer has received nothing for longer than it may. It looks at no
+// SilenceWatch: detects that a transfer has received nothing for longer than a limit. It reads no
 // clock: the caller passes the time. Used by one thread.
 #ifndef COMMON_SILENCE_WATCH_H_
 #define COMMON_SILENCE_WATCH_H_
@@ -9,11 +9,11 @@
 
 class SilenceWatch {
  public:
-  // A limit of zero is none. The silence begins at `now`.
+  // A limit of zero means no limit. The silence begins at `now`.
   SilenceWatch(Clock::Duration limit, Clock::TimePoint now) : limit_(limit), since_(now) {}
 
-  // `received` is the transfer's count of bytes; it may start again, as it does after a redirect,
-  // and a changed count is what ends a silence.
+  // `received` is the number of bytes that the transfer has received. Any change of it ends a
+  // silence. A redirect restarts the count.
   bool IsTooLong(std::uint64_t received, Clock::TimePoint now);
 
  private:

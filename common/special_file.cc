@@ -19,7 +19,7 @@ struct CurlFreer {
 using Url = std::unique_ptr<CURLU, UrlDeleter>;
 using CurlText = std::unique_ptr<char, CurlFreer>;
 
-// Parsed as transfers parse it; null if it is no URL.
+// Parses a URL as transfers do. Returns null if it is not a URL.
 Url Parse(const std::string& url) {
   constexpr unsigned kFlags = CURLU_GUESS_SCHEME | CURLU_NON_SUPPORT_SCHEME | CURLU_ALLOW_SPACE;
   Url parsed(curl_url());
@@ -33,7 +33,7 @@ CurlText PartOf(const Url& url, CURLUPart part) {
   return CurlText(curl_url_get(url.get(), part, &text, 0) == CURLUE_OK ? text : nullptr);
 }
 
-// The path that libcurl would open; empty if it would open no file.
+// Returns the path that libcurl would open; empty if it would open no file.
 std::string FilePathOf(const std::string& url) {
   const Url parsed = Parse(url);
   if (parsed == nullptr) return {};

@@ -7,7 +7,7 @@
 
 int PositionMilliseconds(float seconds) {
   const float milliseconds = seconds * 1000.0F;
-  constexpr float kLimit = 2147483648.0F;  // 2^31: the first value on either side that is too far
+  constexpr float kLimit = 2147483648.0F;  // 2^31: values must be between -2^31 and 2^31
   if (!(milliseconds > -kLimit && milliseconds < kLimit)) return std::numeric_limits<int>::min();
   return static_cast<int>(milliseconds);
 }

@@ -1,6 +1,6 @@
-// Once loaded, the library of which this is a part stays in the process, as it does on POSIX, where
-// the linker says so: a name look-up that libcurl left behind at a stop may still run in its code,
-// and what is process-wide is never destroyed, so loading it again would leak memory each time.
+// Keeps the library loaded until the process ends, as a linker option does on POSIX. A name look-up
+// that libcurl left behind at a stop may still run in the library's code. Process-wide objects are
+// never destroyed, so each reload would leak their memory.
 #include <windows.h>
 
 namespace {

@@ -1,4 +1,4 @@
-// The steps by which every pipeline stops, in one place.
+// The stop sequence that all pipelines share.
 #ifndef COMMON_STOP_PROTOCOL_H_
 #define COMMON_STOP_PROTOCOL_H_
 
@@ -10,20 +10,21 @@
 #include "common/thread_pool.h"
 
 struct StoppingPipeline {
-  std::string name;            // as the console lines spell it: "ts", "flv", ...
-  std::atomic<bool>& running;  // the run flag that all tasks look at
+  std::string name;            // as in the console lines: "ts", "flv", ...
+  std::atomic<bool>& running;  // the run flag that all tasks check
   CThreadPool& pool;
-  TaskGate& gate;              // through which the pool's tasks were admitted
-  std::function<void()> wake;  // what else tells the tasks: run right after the flag was cleared
+  TaskGate& gate;  // the gate that admitted the pool's tasks
+  // Notifies the tasks in other ways. Called after the flag was cleared.
+  std::function<void()> wake;
 };
 
-// Ends a pipeline: clears its flag, wakes and joins its tasks, and releases what the two frame
-// queues still hold. Blocks until no task runs. Not to be called from one of the pipeline's own
+// Stops a pipeline: clears its run flag, wakes and joins its tasks, and releases the frames left in
+// the two queues. Blocks until no task runs. Must not be called from one of the pipeline's own
 // tasks.
 //
-// Returns false when the flag is clear already, without a line, and leaves the queues alone. The
-// tasks are joined all the same: where pipelines share a flag another one may have cleared it, and
-// the host may destroy the player once this has returned.
+// If the flag is already clear, it returns false, logs nothing and does not touch the queues. It
+// still joins the tasks: another pipeline that shares the flag may have cleared it, and the host
+// may destroy the player after the return.
 bool StopPipeline(const StoppingPipeline& pipeline);
 
 #endif  // COMMON_STOP_PROTOCOL_H_

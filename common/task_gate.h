@@ -1,7 +1,6 @@
-// TaskGate: keeps a task that no worker had taken yet when its pipeline was stopped from running
-// after the next start. The pool keeps such tasks (thread_pool.h); without the gate a stop right
-// after a start would leave a second set of tasks behind, and the next start would play every frame
-// twice.
+// TaskGate: drops tasks that no worker had started when their pipeline was stopped. The pool keeps
+// such tasks (thread_pool.h). Without the gate, a stop right after a start would leave a second set
+// of tasks behind, and the next start would play every frame twice.
 #ifndef COMMON_TASK_GATE_H_
 #define COMMON_TASK_GATE_H_
 
@@ -12,18 +11,19 @@
 #include "common/caught.h"
 #include "common/thread_pool.h"
 
-// Safe from any thread. It must outlive the pool that runs the tasks.
+// Safe from any thread. Must outlive the admitted tasks.
 class TaskGate {
  public:
-  // A task that runs `task`, or does nothing once Close was called. What `task` throws, when memory
-  // runs out, ends it alone, and is logged: the pool's tasks must not throw, and the host goes on.
+  // Returns a task that runs `task`, or does nothing if Close was called meanwhile. An exception
+  // from `task`, for example when memory runs out, is logged and ends only this task: the pool's
+  // tasks must not throw, and the host continues to run.
   CThreadPool::Task Admit(CThreadPool::Task task) {
     return [this, task = std::move(task), closings = closings_.load()] {
       if (closings_.load() == closings) RunGuarded(task);
     };
   }
 
-  // Turns away every task admitted so far that has not begun.
+  // Drops all admitted tasks that have not started.
   void Close() { ++closings_; }
 
  private:

@@ -6,11 +6,11 @@ std::string GetTempDirA() { return TempFolderInUse().narrow; }
 
 std::wstring GetTempDirW() { return TempFolderInUse().wide; }
 
-// A file that cannot be opened in a directory that can be written stays where it is: it may be
-// opened later.
+// If the directory is writable but the file cannot be opened, the path stays the same: the file may
+// be opened later.
 std::string CreateCacheFile(const std::string& name) {
   ReturnToTempFolderBeside();
-  OpenTempFile(name, "wb+");  // and closed at once
+  OpenTempFile(name, "wb+");  // closed at once
   return GetTempDirA() + name;
 }
 

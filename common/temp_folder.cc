@@ -12,15 +12,16 @@
 
 namespace {
 
-// Guarded by its mutex, which is held for a copy only.
+// Guarded by its mutex, which is held only while values are copied.
 struct Choice {
   std::mutex mutex;
-  std::optional<TempFolder> cache;  // in the place of the one beside the executable
+  std::optional<TempFolder> cache;  // used instead of the directory beside the executable
   bool is_writable = true;
 };
 NeverDestroyed<Choice> g_choice;
 
-// Everything up to and including the last separator of either kind; the whole name if it has none.
+// Returns everything up to and including the last separator of either kind, or the whole name if it
+// has none.
 template <typename Text>
 Text DirectoryOf(const Text& module_name, const Text& separators) {
   const auto last = module_name.find_last_of(separators);
@@ -56,7 +57,7 @@ Text BelowCache(const Text& cache, const std::wstring& module_name) {
   return path.append(hash.begin(), hash.end());
 }
 
-// Nothing where the user has no cache.
+// Returns nullopt if the user has no cache directory.
 std::optional<TempFolder> FolderInCache() {
   const std::string narrow = platform::UserCacheDirectory();
   const std::wstring wide = platform::UserCacheDirectoryWide();
@@ -65,7 +66,7 @@ std::optional<TempFolder> FolderInCache() {
   return TempFolder{TempDirInCache(narrow, module_name), TempDirInCache(wide, module_name)};
 }
 
-// Those above it as well.
+// Creates the directory and those above it.
 void MakePrivateDirectories(const std::wstring& path, wchar_t separator) {
   for (auto end = path.find(separator, 1); end != std::wstring::npos;
        end = path.find(separator, end + 1)) {
@@ -74,7 +75,7 @@ void MakePrivateDirectories(const std::wstring& path, wchar_t separator) {
   platform::MakePrivateDirectory(path);
 }
 
-// Whether a file can be made there, which nothing but making one shows on every system.
+// Tries to create a file: only this shows on every system whether the directory is writable.
 bool IsWritable(const TempFolder& folder) {
   const std::string probe = folder.narrow + "stream_downloader.probe";
   if (platform::OpenFile(probe, "wb") == nullptr) return false;
@@ -82,7 +83,7 @@ bool IsWritable(const TempFolder& folder) {
   return true;
 }
 
-// Leaves no directory behind that was not there before.
+// Leaves behind no directory that did not exist before.
 bool CanBeMadeAndWritten(const TempFolder& folder) {
   const bool was_made = platform::MakeDirectory(folder.wide);
   const bool is_writable = IsWritable(folder);
@@ -90,14 +91,15 @@ bool CanBeMadeAndWritten(const TempFolder& folder) {
   return is_writable;
 }
 
-// Returns whether the directory that was chosen before can be written.
+// Stores a choice. Returns whether the directory chosen before was writable.
 bool Choose(const std::optional<TempFolder>& cache, bool is_writable) {
   const std::lock_guard lock(g_choice->mutex);
   g_choice->cache = cache;
   return std::exchange(g_choice->is_writable, is_writable);
 }
 
-// The directory in the user's cache, made; nothing where it cannot be written either.
+// Creates the directory in the user's cache. Returns nullopt if there is no cache or it is not
+// writable.
 std::optional<TempFolder> MakeFolderInCache() {
   const std::optional<TempFolder> folder = FolderInCache();
   if (!folder) return std::nullopt;

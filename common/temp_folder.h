@@ -1,8 +1,8 @@
-// Which directory the cache files are in: "tmp" beside the host's executable or, where that one can
-// be neither made nor written, a directory in the user's cache.
+// Chooses the directory of the cache files: "tmp" beside the host's executable or, if that can be
+// neither created nor written, a directory in the user's cache.
 //
 // The choice is process-wide and is made again for each new cache file, since a directory may
-// become writable later. A file that was made before keeps its path. Any thread may call these
+// become writable later. A file that was created before keeps its path. Any thread may call these
 // functions.
 #ifndef COMMON_TEMP_FOLDER_H_
 #define COMMON_TEMP_FOLDER_H_
@@ -10,37 +10,40 @@
 #include <string>
 
 struct TempFolder {
-  std::string narrow;  // in the system code page, with a separator at its end: names are appended
-  std::wstring wide;   // with no separator at its end: the form that makes it
+  // In the system code page, with a separator at its end: file names are appended.
+  std::string narrow;
+  // Without a separator at its end: the form for creating it.
+  std::wstring wide;
 };
 
-// The directory for an executable of the given name. One with no separator at all is kept whole.
-// The forward slash is kept for compatibility, whatever the platform's separator is.
+// Returns the directory beside the executable of the given name. A name without a separator is kept
+// whole. Kept for compatibility: the separator at the end is a forward slash on every platform.
 std::string TempDirBeside(const std::string& module_name);
 std::wstring TempDirBeside(const std::wstring& module_name);
 
-// The directory for an executable in a user's cache, whose path has a separator at its end. Each
-// executable has one of its own there, named by a hash of its wide name: the narrow one may have
-// lost letters.
+// Returns an executable's directory in a user's cache, whose path has a separator at its end. Each
+// executable has its own directory, named by a hash of its wide name: the narrow name may have lost
+// characters.
 std::string TempDirInCache(const std::string& cache, const std::wstring& module_name);
 std::wstring TempDirInCache(const std::wstring& cache, const std::wstring& module_name);
 
-// The directory that was chosen last; the one beside the executable before the first choice, and
-// where no other one can be written either.
+// Returns the directory chosen last. Before the first choice, and if no directory is writable, this
+// is the one beside the executable.
 TempFolder TempFolderInUse();
 
-// False when the last choice found no directory that can be written.
+// Returns false if the last choice found no writable directory.
 bool TempFolderIsWritable();
 
-// Makes the directory beside the executable, if need be, and chooses it.
+// Creates the directory beside the executable if needed, and chooses it.
 void ReturnToTempFolderBeside();
 
-// For a file that could not be opened. Where the directory beside the executable can be neither
-// made nor written, chooses the one in the user's cache and reports it in a console line. Returns
-// whether it did. Makes no directory beside the executable that was not there before.
+// Call it if a file could not be opened. If the directory beside the executable can be neither
+// created nor written, chooses the directory in the user's cache and logs that, or logs that
+// neither is writable. Returns whether it chose another directory. Does not create the directory
+// beside the executable.
 bool LeaveUnwritableTempFolder();
 
-// Forgets the choice, as if there had been none. For tests.
+// Clears the choice. For tests.
 void ForgetTempFolder();
 
 #endif  // COMMON_TEMP_FOLDER_H_

@@ -13,7 +13,7 @@ void CThreadPool::Start() {
   try {
     threads.reserve(threadCount);
     for (std::uint32_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
-  } catch (...) {  // the system gives no more threads: end those that run
+  } catch (...) {  // the system provides no more threads: stop those that run
     lock.unlock();
     Stop();
     throw;
@@ -43,7 +43,7 @@ void CThreadPool::Work() {
   while (const Task task = TakeTask()) task();
 }
 
-// The next task, or an empty one when the pool stops.
+// Returns the next task, or an empty one if the pool stops.
 CThreadPool::Task CThreadPool::TakeTask() {
   std::unique_lock lock(mutex);
   wakeup.wait(lock, [this] { return !tasks.empty() || !running; });

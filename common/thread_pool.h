@@ -1,8 +1,9 @@
-// CThreadPool: a fixed number of worker threads that take tasks from one queue in arrival order.
-// Every pipeline owns one and runs its long-lived loops on it.
+// CThreadPool: a fixed number of worker threads that run tasks from one queue, in the order in
+// which the tasks were added. Every pipeline owns one and runs its long-lived loops on it.
+//
 // Threads: tasks may be added from any thread. Start, Stop and the destructor are called from one
-// thread at a time, and not from a task of the same pool, since Stop waits for it. A task must look
-// at its pipeline's run flag and come back soon after it was cleared; it must not throw.
+// thread at a time, and not from a task of the same pool, since Stop waits for it. A task must
+// check its pipeline's run flag and return soon after it was cleared. It must not throw.
 #ifndef COMMON_THREAD_POOL_H_
 #define COMMON_THREAD_POOL_H_
 
@@ -18,7 +19,7 @@ class CThreadPool {
  public:
   using Task = std::function<void()>;
 
-  // Every pipeline uses this many workers, for four or five tasks a start.
+  // The number of workers of every pipeline. A start adds four or five tasks.
   static constexpr std::uint32_t kPipelineWorkers = 8;
 
   // Starts `thread_count` workers at once.
@@ -27,14 +28,14 @@ class CThreadPool {
   CThreadPool(const CThreadPool&) = delete;
   CThreadPool& operator=(const CThreadPool&) = delete;
 
-  // Starts the workers again after Stop; does nothing while they run. Throws std::system_error,
-  // with the pool stopped, when the system gives no thread.
+  // Starts the workers again after Stop; does nothing while they run. If the system provides no
+  // thread, throws std::system_error and leaves the pool stopped.
   void Start();
 
   // Appends a task. On a stopped pool it stays queued and runs after the next Start.
   void AddTask(Task task);
 
-  // Waits for the tasks that are running and ends the workers. Tasks not yet taken stay queued.
+  // Waits for the running tasks and ends the workers. Tasks that have not started stay queued.
   void Stop();
 
  private:

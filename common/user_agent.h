@@ -1,4 +1,4 @@
-// The choice of a mobile user agent by markers in the address.
+// Chooses a mobile user agent by markers in the address.
 #ifndef COMMON_USER_AGENT_H_
 #define COMMON_USER_AGENT_H_
 
@@ -6,11 +6,11 @@
 
 #include <string>
 
-// The user agent for an address, or null for libcurl's default. "&pt=android&" wins over
-// "&pt=ios&"; a marker at the very start does not count.
+// Returns the user agent for an address, or null for libcurl's default. "&pt=android&" takes
+// precedence over "&pt=ios&". A marker at the very start of the address is ignored.
 const char* UserAgentFor(const std::string& url);
 
-// Sets it on a handle; true if there was one to set.
+// Sets the user agent for `url` on a handle. Returns false if libcurl's default applies.
 bool SetUserAgent(CURL* handle, const std::string& url);
 
 #endif  // COMMON_USER_AGENT_H_

@@ -28,7 +28,7 @@ struct FormatRow {
   Format format;
 };
 
-// In the order in which they are tried; the last one takes whatever is left.
+// Tried in this order. The last row matches every address.
 constexpr std::array kFormats = {
     FormatRow{"m3u8", "PLAY M3U8:", Format::kHls},
     FormatRow{".ts", "PLAY TS:", Format::kTs},
@@ -68,7 +68,8 @@ void Play(Pipeline*& pipeline, CStreamPlayerImp* player, const std::string& url)
   pipeline->BeginDownload(url);
 }
 
-// Asks every pipeline that there is, in this order and also after one said yes. True when one did.
+// Calls `ask` for every existing pipeline in this order, also after one returned true. Returns
+// whether any did.
 template <typename Ask, typename... Pipelines>
 bool AnyOf(const Ask& ask, Pipelines*... pipelines) {
   bool any = false;
@@ -90,7 +91,7 @@ CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
 
 CStreamDownloader::~CStreamDownloader() {
   EndDownload();
-  // The MP4, FLV and TS pipelines are stopped and then only forgotten: kept on purpose.
+  // Kept for compatibility: the MP4, FLV and TS pipelines are stopped but not deleted.
   delete hls_;
   hls_ = nullptr;
   reserved_ = nullptr;
@@ -101,20 +102,20 @@ CStreamDownloader::~CStreamDownloader() {
 
 CStreamDownloader& CStreamDownloader::operator=(const CStreamDownloader& other) = default;
 
-// The address comes by value: part of the binary interface.
+// Takes the address by value: part of the binary interface.
 bool CStreamDownloader::BeginDownload(
     std::string url) {  // NOLINT(performance-unnecessary-value-param)
   if (url.empty()) return false;
   const PlayerPort player(player_);
   const std::string clean = CleanUrl(url);
   if (!IsAccepted(clean)) {
-    player.Message("PLAY UNKOWN:" + url);  // spelt so on purpose
+    player.Message("PLAY UNKOWN:" + url);  // Kept for compatibility: the spelling
     return false;
   }
   PrepareTransfers();
   CountStart();
   const FormatRow& row = FormatOf(clean);
-  player.Message(row.status + url);  // the address as it was given
+  player.Message(row.status + url);  // the address as given, not cleaned
   switch (row.format) {
     case Format::kHls:
       Play(hls_, player_, clean);

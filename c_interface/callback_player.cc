@@ -12,7 +12,7 @@ static_assert(offsetof(sd_frame, reserved) == offsetof(MediaFrame, reserved));
 
 namespace {
 
-// The component leaves the reserved word unwritten, so it is not read here.
+// The component does not write the reserved word, so it is not read here.
 sd_frame RecordOf(const MediaFrame& frame) {
   return {frame.pts, frame.dts, frame.playTime, frame.size, frame.data, 0};
 }

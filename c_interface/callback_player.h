@@ -1,4 +1,4 @@
-// CallbackPlayer: the host's callbacks as the player that the component calls.
+// CallbackPlayer: a player that forwards every call to the host's callbacks.
 #ifndef C_INTERFACE_CALLBACK_PLAYER_H_
 #define C_INTERFACE_CALLBACK_PLAYER_H_
 

@@ -10,13 +10,13 @@
 struct sd_downloader {
   explicit sd_downloader(const sd_callbacks& callbacks) : player(callbacks), facade(&player) {}
 
-  CallbackPlayer player;  // outlives the facade
+  CallbackPlayer player;  // must outlive the facade
   CStreamDownloader facade;
 };
 
 namespace {
 
-// Makes the call, unless it is made inside a callback. An exception becomes a result.
+// Runs `call`, unless the calling thread is inside a callback. Converts exceptions to results.
 template <typename Function>
 sd_result Guarded(const Function& call) noexcept {
   if (CallbackScope::IsInside()) return SD_ERROR_IN_CALLBACK;
@@ -29,7 +29,7 @@ sd_result Guarded(const Function& call) noexcept {
   }
 }
 
-// As Guarded, for the facade of a downloader; refuses null.
+// As Guarded, with the facade of a downloader. Refuses null.
 template <typename Function>
 sd_result GuardedCallOf(sd_downloader* downloader, const Function& call) noexcept {
   return Guarded([&] {
@@ -54,7 +54,7 @@ sd_result sd_create(const sd_callbacks* callbacks, sd_downloader** out) {
 sd_result sd_destroy(sd_downloader* downloader) {
   return Guarded([&] {
     if (downloader == nullptr) return SD_ERROR_NULL_DOWNLOADER;
-    downloader->facade.EndDownload();  // in the destructor an exception would end the process
+    downloader->facade.EndDownload();  // an exception in the destructor would end the process
     delete downloader;
     return SD_OK;
   });
@@ -64,7 +64,7 @@ sd_result sd_begin_download(sd_downloader* downloader, const char* url, size_t l
   return GuardedCallOf(downloader, [&](CStreamDownloader& facade) {
     if (url == nullptr) return SD_ERROR_NULL_ADDRESS;
     if (length == 0) return SD_ERROR_EMPTY_ADDRESS;
-    if (length > std::string().max_size()) return SD_ERROR_OUT_OF_MEMORY;  // -1, for example
+    if (length > std::string().max_size()) return SD_ERROR_OUT_OF_MEMORY;  // for example (size_t)-1
     return facade.BeginDownload(std::string(url, length)) ? SD_OK : SD_ERROR_UNKNOWN_SCHEME;
   });
 }

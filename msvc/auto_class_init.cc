@@ -1,5 +1,6 @@
-// The member that Visual C++ makes under /sdl, and does not export: for hosts that were linked with
-// it. Where GCC builds the library, the member of the class does.
+// Exports CStreamDownloader::__autoclassinit2 from a library that Visual C++ builds. Visual C++
+// generates this member under /sdl but does not export it, and hosts may be linked with it. In a
+// library that GCC builds, public/auto_class_init.cc defines it.
 #include <cstddef>
 #include <cstring>
 

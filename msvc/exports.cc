@@ -1,8 +1,8 @@
 // The members of CStreamDownloader as Visual C++ calls them; stream_downloader.def exports them
 // under that compiler's names.
 //
-// For both compilers `this` is the first argument, and floats, bools and addresses are passed
-// alike. Strings are not, and neither are exceptions: none leaves these functions.
+// Both compilers pass `this` as the first argument, and pass floats, bools and addresses alike.
+// Strings and exceptions differ, so these functions convert strings and let no exception out.
 #include <cstring>
 #include <new>
 #include <string>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// The player is the first field of a facade, a binary contract.
+// The player is the first field of a facade: a binary contract.
 CStreamPlayerImp* PlayerOf(const CStreamDownloader& facade) {
   void* player = nullptr;
   std::memcpy(&player, static_cast<const void*>(&facade), sizeof(void*));
@@ -26,7 +26,7 @@ void SetPlayer(CStreamDownloader& facade, CStreamPlayerImp* player) {
   std::memcpy(static_cast<void*>(&facade), &field, sizeof(void*));
 }
 
-// False where it throws, after a line about it.
+// Returns what the function returns. If it throws, logs a line and returns false.
 template <typename Function>
 bool Guarded(const char* where, const Function& function) noexcept {
   try {
@@ -41,8 +41,8 @@ bool Guarded(const char* where, const Function& function) noexcept {
 
 extern "C" {
 
-// Constructed with a null player, since the native constructor would record it as native. The
-// player is stored once it has been recorded; where that fails, the facade stays silent.
+// Constructs with a null player, since the native constructor would record the player as native.
+// Then records the player and stores it. If recording fails, the facade plays without a player.
 CStreamDownloader* MsvcConstruct(void* memory, CStreamPlayerImp* player) {
   auto* const facade = new (memory) CStreamDownloader(nullptr);
   const bool is_recorded = Guarded("CStreamDownloader: ", [=] {

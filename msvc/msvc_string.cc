@@ -9,8 +9,8 @@
 namespace msvc {
 namespace {
 
-constexpr std::size_t kCapacityStep = 16;       // capacities are a multiple of it, less one
-constexpr std::size_t kSmallestAligned = 4096;  // blocks from this size on are aligned
+constexpr std::size_t kCapacityStep = 16;       // each capacity is a multiple of this, minus one
+constexpr std::size_t kSmallestAligned = 4096;  // blocks of this size or larger are aligned
 constexpr std::size_t kAlignment = 32;
 constexpr std::size_t kAlignmentOverhead = sizeof(void*) + kAlignment - 1;
 

@@ -1,12 +1,11 @@
-// std::string as release builds of Visual C++ 2015 and later lay it out.
+// std::string in the layout of release builds of Visual C++ 2015 and later.
 //
-// A string by value crosses the boundary as a pointer to a copy, which the callee destroys. So the
-// argument of BeginDownload is destroyed here, and a line that is sent to a player is destroyed by
-// the player.
+// A string by value is passed as a pointer to a copy, which the callee destroys. So this library
+// destroys the argument of BeginDownload, and a player destroys a line that is sent to it.
 //
-// A block of up to 4,095 bytes, the terminating zero included, is allocated as it is. A larger one
-// is aligned to 32 bytes inside an allocation that is 39 bytes larger, whose address is stored in
-// the eight bytes before the block.
+// A block of at most 4,095 bytes, including the terminating zero, is an ordinary allocation. A
+// larger block is aligned to 32 bytes within an allocation that is 39 bytes larger. The address of
+// that allocation is stored in the eight bytes before the block.
 #ifndef MSVC_MSVC_STRING_H_
 #define MSVC_MSVC_STRING_H_
 
@@ -16,11 +15,12 @@
 namespace msvc {
 
 struct String {
-  static constexpr std::size_t kInside = 16;  // bytes that need no block, the zero included
+  // The number of bytes stored without a block, including the terminating zero.
+  static constexpr std::size_t kInside = 16;
 
   union Content {
     char inside[kInside];
-    char* block;  // where the capacity is kInside or more
+    char* block;  // used if the capacity is kInside or more
   };
 
   Content content;
@@ -32,14 +32,14 @@ static_assert(sizeof(String) == 32, "the layout is a binary contract");
 static_assert(offsetof(String, size) == 16, "the layout is a binary contract");
 static_assert(offsetof(String, capacity) == 24, "the layout is a binary contract");
 
-// A string of the same bytes, zeros included. Its memory belongs to the caller, who hands it to a
-// callee that destroys it. Throws std::bad_alloc.
+// Makes a string with a copy of these bytes, which may contain zeros. The caller owns its memory
+// and passes it to a callee that destroys it. Throws std::bad_alloc.
 String MakeString(std::string_view text);
 
-// The bytes of a string, valid until it is destroyed.
+// Returns the bytes of a string, valid until the string is destroyed.
 std::string_view TextOf(const String& string);
 
-// What the destructor does. The object itself belongs to the caller.
+// Releases the memory of a string, as its destructor does. The caller owns the object itself.
 void Destroy(String& string);
 
 }  // namespace msvc

@@ -1,5 +1,5 @@
-// Sends lines to the players of this library's own compiler and of Visual C++. The constructor of
-// the facade decides which compiler a player is of.
+// Sends lines to players of this library's own compiler and to players of Visual C++. The
+// constructor that created a facade shows which compiler compiled its player.
 #include <cstddef>
 #include <cstring>
 
@@ -9,7 +9,7 @@
 
 namespace {
 
-// Slots in the player's virtual table, a binary contract.
+// Slots in the player's virtual table: a binary contract.
 constexpr std::size_t kOnMessage = 10;
 constexpr std::size_t kOnPlayResult = 11;
 
@@ -22,9 +22,9 @@ LineOperation OperationOf(const CStreamPlayerImp& player, std::size_t slot) {
 }
 
 void Send(CStreamPlayerImp& player, std::size_t slot, const std::string& line) {
-  // Arguments that are passed by address are aligned so.
+  // Visual C++ aligns arguments that it passes by address to 16 bytes.
   alignas(16) msvc::String copy = msvc::MakeString(line);
-  OperationOf(player, slot)(&player, &copy);  // which destroys the copy
+  OperationOf(player, slot)(&player, &copy);  // destroys the copy
 }
 
 void CallOnMessage(CStreamPlayerImp& player,

@@ -21,7 +21,7 @@ Players& AllPlayers() {
   return *players;
 }
 
-// Few facades exist at a time.
+// A linear search, since few facades exist at a time.
 bool Holds(const PlayerOfFacade& facades, const CStreamPlayerImp* player) {
   return std::any_of(facades.begin(), facades.end(),
                      [player](const auto& noted) { return noted.second == player; });

@@ -1,8 +1,8 @@
-// The players in this process that Visual C++ compiled: those of the facades that were made through
-// the constructor that is exported under that compiler's name.
+// The players in this process that Visual C++ compiled: the players of facades that were created
+// with the constructor exported under that compiler's name.
 //
-// They are recorded by facade, so a player is forgotten with the last facade that refers to it. Any
-// thread may call these functions. Only addresses are used.
+// They are recorded by facade, so a player's record is removed with the last facade that refers to
+// it. Any thread may call these functions. Only addresses are used.
 #ifndef MSVC_PLAYERS_H_
 #define MSVC_PLAYERS_H_
 
@@ -11,18 +11,18 @@ class CStreamPlayerImp;
 
 namespace msvc {
 
-// The facade was made with the player, which may be null, through that constructor. Throws
-// std::bad_alloc.
+// Records that the facade was created with that constructor and this player, which may be null.
+// Throws std::bad_alloc.
 void AddPlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player);
 
-// The facade now refers to this player, which another compiler may have compiled. Throws
-// std::bad_alloc.
+// Call it when the facade refers to another player now. Records that player if it is already
+// recorded as one of Visual C++, otherwise removes the record of the facade. Throws std::bad_alloc.
 void SharePlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player);
 
-// The facade refers to no player any more.
+// Removes the record of the facade.
 void RemovePlayer(const CStreamDownloader* facade);
 
-// Another compiler compiled the player at this address, whatever was there before.
+// Removes all records of this player: a player of another compiler is at its address now.
 void ForgetPlayer(const CStreamPlayerImp* player);
 
 bool IsPlayer(const CStreamPlayerImp* player);

@@ -1,5 +1,5 @@
-// The heap of the process, from which a Visual C++ run-time library takes the memory of operator
-// new, whether it is linked statically (/MT) or as a DLL (/MD). Strings that cross the boundary are
+// The process heap. The run-time library of Visual C++ allocates the memory of operator new there,
+// whether it is linked statically (/MT) or as a DLL (/MD). A string that crosses the boundary is
 // allocated by one side and released by the other, so both have to use this heap.
 #ifndef MSVC_PROCESS_HEAP_H_
 #define MSVC_PROCESS_HEAP_H_
@@ -8,7 +8,7 @@
 
 namespace msvc {
 
-// Null when there is no memory.
+// Returns null if there is no memory.
 void* AllocateFromProcessHeap(std::size_t size);
 
 // Releases a block of that heap, whichever side allocated it.

@@ -20,7 +20,7 @@ bool PacketCutter::Append(const char* bytes, std::size_t size, CByteBuffer& pack
   return true;
 }
 
-// Takes what the packet that was begun still lacks; returns how many bytes.
+// Appends bytes to the partial packet until it is full. Returns the number of bytes taken.
 std::size_t PacketCutter::Complete(const char* bytes, std::size_t size) {
   const std::size_t taken = std::min(size, kTsPacketSize - partial_size_);
   std::memcpy(partial_.data() + partial_size_, bytes, taken);

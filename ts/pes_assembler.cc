@@ -5,8 +5,8 @@
 
 namespace {
 
-// What a packet without an adaptation field carries. Nearly all packets do, and a copy whose size
-// the compiler knows is several times faster than one whose size it does not.
+// The payload size of a packet without an adaptation field. Nearly all packets have none, and
+// copying a constant number of bytes is several times faster.
 constexpr std::uint32_t kFullPayload = 184;
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 namespace {
 
-// Ticks are counted modulo 2^64, so a sum that rounds up to 2^64 is 0.
+// Counts ticks modulo 2^64: a sum that rounds up to 2^64 becomes 0.
 std::uint64_t ToTicks(float value) {
   constexpr float kWrap = 18446744073709551616.0F;  // 2^64
   return value >= 0.0F && value < kWrap ? static_cast<std::uint64_t>(value) : 0;
@@ -24,15 +24,15 @@ void PlayTimeSpreader::FramePushed(const FrameQueue& queue) {
   if (!prev_anchor_ || base_ == 0) base_ = pts;
 }
 
-// Integer division first, then the conversion: kept on purpose.
+// Kept for compatibility: divides as integers, then converts to float.
 float PlayTimeSpreader::Step(std::uint64_t node_count) const {
   const std::uint64_t from = prev_anchor_ ? prev_anchor_->pts : base_;
   const std::uint64_t whole_step = (anchor_->pts - from) / node_count;
   return static_cast<float>(whole_step);
 }
 
-// Walks from the anchor to the last node but one. The sum runs over the nodes that are gone as
-// well, since each step is rounded to single precision on its way.
+// Visits the nodes from the anchor to the last but one. Nodes that were already popped count in the
+// sum too, since every addition rounds to single precision.
 void PlayTimeSpreader::Assign(const FrameQueue& queue, float step) const {
   const std::uint64_t first = queue.FirstPlace();
   FrameNode* node = anchor_->place >= first ? anchor_->node : queue.head;

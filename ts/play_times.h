@@ -1,5 +1,5 @@
-// Spreads play times evenly over queued frames. Only some frames carry a larger PTS than all before
-// them (with B-frames, not every one does); those become anchors, and the frames between two
+// Distributes play times evenly over queued frames. A frame whose PTS is larger than that of all
+// frames before it is an anchor; with B-frames, not every frame is one. The frames between two
 // anchors get play times in equal steps.
 #ifndef TS_PLAY_TIMES_H_
 #define TS_PLAY_TIMES_H_
@@ -9,30 +9,32 @@
 
 #include "common/frame_queue.h"
 
-// The state for one queue since its last reset. Use it with g_frameQueueMutex held.
+// The state of one queue since its last reset. Use it with g_frameQueueMutex held.
 //
-// A delivery thread may have taken and released the node of an anchor already, so an anchor is
-// known by its place in the order of pushes, and its node is looked at only while that place is
-// still queued. The nodes still queued get the values they would get if none had been taken.
+// A delivery thread may already have popped and released the node of an anchor. Therefore an anchor
+// is identified by its sequence number, and its node is accessed only while that number is still
+// queued. The queued nodes get the values that they would get if none had been popped.
 class PlayTimeSpreader {
  public:
-  // The play time that a frame starts with: its distance from the base, 0 while there is no base.
+  // Returns the play time of a new frame: the distance of its PTS from the base, or 0 without a
+  // base.
   std::uint64_t InitialPlayTime(std::uint64_t pts) const;
 
-  // To be called once for each frame right after it was pushed onto `queue`, always the same queue.
+  // Call it once for each frame, right after the frame was pushed onto `queue`. Always pass the
+  // same queue.
   void FramePushed(const FrameQueue& queue);
 
  private:
   struct Anchor {
     std::uint64_t pts;    // 90 kHz
-    std::uint64_t place;  // in the queue, as FrameQueue counts
-    FrameNode* node;      // released when the place is before the queue's first
+    std::uint64_t place;  // sequence number of the node (FrameQueue::pushed)
+    FrameNode* node;      // released if `place` is before the queue's first
   };
 
   float Step(std::uint64_t node_count) const;
   void Assign(const FrameQueue& queue, float step) const;
 
-  std::uint64_t base_ = 0;  // the PTS that play time 0 stands for; 0 for none yet
+  std::uint64_t base_ = 0;  // the PTS of play time 0; 0 if there is none yet
   std::optional<Anchor> anchor_;
   std::optional<Anchor> prev_anchor_;
 };

@@ -19,8 +19,7 @@ void SetProgramCount(ts_context& context, std::int32_t count) {
   context.program_count = count;
 }
 
-// A program whose PMT has moved is taken over whole, which forgets its streams until that PMT
-// comes.
+// Replaces a program whose PMT PID has changed. Its streams are unknown until its PMT is received.
 void UpdatePrograms(const std::uint8_t* packet, ts_context& context) {
   ts_program_table listed{};
   const std::int32_t count = parse_pat(packet, listed.data());
@@ -31,8 +30,7 @@ void UpdatePrograms(const std::uint8_t* packet, ts_context& context) {
   }
 }
 
-// A program whose video has moved is taken over whole; other changes of its streams are passed
-// over.
+// Replaces a program whose video PID has changed. Other changes of its streams are ignored.
 void UpdateStreams(const std::uint8_t* packet, std::uint16_t pid, ts_context& context) {
   ts_program_table listed{};
   for (std::size_t i = 0; i < static_cast<std::size_t>(context.program_count); ++i) {
@@ -47,7 +45,7 @@ void UpdateStreams(const std::uint8_t* packet, std::uint16_t pid, ts_context& co
   }
 }
 
-// The index of the first program whose PMT this packet is.
+// Returns the index of the first program whose PMT, with a video stream, is in this packet.
 std::optional<std::size_t> FindProgram(const std::uint8_t* packet, ts_context& context) {
   for (std::size_t i = 0; i < static_cast<std::size_t>(context.program_count); ++i) {
     if (parse_pmt(packet, &context.programs[i]) == 0) return i;
@@ -55,7 +53,8 @@ std::optional<std::size_t> FindProgram(const std::uint8_t* packet, ts_context& c
   return std::nullopt;
 }
 
-// Takes a packet into account while there is no handler; tells the program it completed, if any.
+// Updates the context from a packet while no handler is set. Returns the program whose PMT was
+// found in the packet, if any.
 std::optional<std::size_t> ProbePacket(ts_context& context, const std::uint8_t* packet) {
   if (context.program_count == 0) {
     const std::int32_t count = parse_pat(packet, context.programs.data());

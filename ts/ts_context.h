@@ -1,5 +1,5 @@
-// What the demultiplexer knows about the stream: programs, the PIDs that it follows, and whether it
-// has met a program that it can play at all.
+// The demultiplexer's knowledge of the stream: programs, the PIDs that it follows, and whether it
+// has found a playable program.
 #ifndef TS_TS_CONTEXT_H_
 #define TS_TS_CONTEXT_H_
 
@@ -9,21 +9,22 @@
 #include "ts/ts_program.h"
 
 struct ts_context {
-  // Takes `count` packets and returns 0.
+  // Processes `count` packets and returns 0.
   using Handler = std::int32_t (*)(ts_context* context, const std::uint8_t* packets,
                                    std::int32_t count);
 
   std::int32_t program_count = 0;  // valid entries of `programs`; 0 before the first PAT
   std::uint16_t video_pid = 0;     // the PID demultiplexed as video
   ts_program_table programs{};
-  Handler handler = nullptr;          // chosen once by the probe
-  std::uint64_t av_packet_count = 0;  // packets met on the video or audio PID
+  Handler handler = nullptr;          // set once by the probe
+  std::uint64_t av_packet_count = 0;  // packets received on the video or audio PID
 
-  // The PID demultiplexed as audio: always the first audio stream of the first program, whichever
-  // program the video came from (kept on purpose). 0 while that program has no audio stream.
+  // The PID demultiplexed as audio; 0 if the first program has no audio stream.
+  // Kept for compatibility: always the first audio stream of the first program, whichever program
+  // has the video.
   std::uint16_t AudioPid() const { return programs[0].audio_pid[0]; }
 
-  // True when packets with this PID carry the PAT or the PMT of a program.
+  // Returns true if packets with this PID carry the PAT or a PMT.
   bool TellsPrograms(std::uint16_t pid) const {
     if (pid == 0) return true;
     for (std::size_t i = 0; i < static_cast<std::size_t>(program_count); ++i) {
@@ -33,13 +34,13 @@ struct ts_context {
   }
 };
 
-// Looks for a program that can be played in `count` packets and gives the context `handler` once
-// one is found. There is at least one byte at `packets`, also where no packet is whole.
+// Searches `count` packets for a playable program and sets the context's handler to `handler` if it
+// finds one. At least one byte must be readable at `packets`, even if `count` is 0.
 std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const std::uint8_t* packets,
                       std::int32_t count);
 
-// Keeps the context current from a PAT or PMT packet; other packets change nothing. The first
-// packet is looked at, if `length` is that of at most seven.
+// Updates the context from a PAT or PMT packet; other packets change nothing. Reads the first
+// packet, and does nothing unless `length` covers one to seven packets.
 void get_pmt_info(const std::uint8_t* packet, std::int32_t length, ts_context& context);
 
 #endif  // TS_TS_CONTEXT_H_

@@ -13,7 +13,7 @@
 
 namespace {
 
-// One elementary stream on its way to its queue.
+// One elementary stream and the queue for its frames.
 struct ElementaryStream {
   FrameQueue*& queue;
   bool is_video;
@@ -29,9 +29,10 @@ PesBuffer g_videoBuffer;
 PesBuffer g_audioBuffer;
 ElementaryStream g_video{g_videoQueue, true, {g_videoBuffer}, {}};
 ElementaryStream g_audio{g_audioQueue, false, {g_audioBuffer}, {}};
-std::uint64_t g_generation = 0;  // the generation of the frame queues that the streams belong to
+// The generation of the frame queues to which the state of the streams belongs.
+std::uint64_t g_generation = 0;
 
-// `length` and the audio `dts` stay as they are on purpose.
+// Kept for compatibility: does not reset `length` and the audio `dts`.
 void StartStreamsAfresh() {
   for (ElementaryStream* stream : {&g_video, &g_audio}) {
     stream->assembler.last_cc = -1;
@@ -55,7 +56,7 @@ void EmitFrame(ElementaryStream& stream) {
   if (CreateFrameNode(frame, pes.pts, pes.dts, pes.buffer.data(),
                       static_cast<std::int32_t>(pes.length), stream.is_video,
                       pes.intact == 1) != 0) {
-    return;  // no memory: this frame is lost, the stream goes on
+    return;  // no memory: drop this frame and continue
   }
   const std::lock_guard lock(g_frameQueueMutex);
   FollowQueueResets();
@@ -68,14 +69,14 @@ void EmitFrame(ElementaryStream& stream) {
   }
 }
 
-// The timestamp field at `offset`. Whether the PES header says that it has one is not looked at, so
-// a packet without a DTS yields one made of the bytes behind its PTS: kept on purpose.
+// Returns the timestamp field at `offset`. Kept for compatibility: the flags in the PES header are
+// not checked, so a packet without a DTS yields a number made of the bytes after its PTS.
 std::uint64_t TimestampAt(TsPacket packet, unsigned offset) {
   return get_pes_timestamp({packet.At(offset), packet.At(offset + 1), packet.At(offset + 2),
                             packet.At(offset + 3), packet.At(offset + 4)});
 }
 
-// A PES packet begins at `offset`. The one before it is complete and goes out.
+// Starts the PES packet at `offset` and emits the previous one, which is complete.
 void BeginPes(ElementaryStream& stream, TsPacket packet, unsigned offset) {
   constexpr unsigned kFixedHeaderSize = 9;
   const std::uint64_t pts = TimestampAt(packet, offset + 9);
@@ -105,8 +106,8 @@ void ContinuePes(ElementaryStream& stream, TsPacket packet, unsigned offset) {
   stream.assembler.CheckContinuity(packet.ContinuityCounter());
 }
 
-// The stream that a packet belongs to, or null. Video is tested first. PID 0 stands for "no audio
-// stream" and never matches: it carries the PAT.
+// Returns the stream of a PID, or null. Video is tested first. Audio PID 0 means "no audio stream"
+// and never matches, since PID 0 carries the PAT.
 ElementaryStream* StreamOf(const ts_context& context, std::uint16_t pid) {
   if (pid == context.video_pid) return &g_video;
   if (pid == context.AudioPid() && pid != 0) return &g_audio;

@@ -1,18 +1,17 @@
-// The transport stream demultiplexer: 188-byte packets in, whole elementary-stream frames out into
-// the global frame queues. The payload of one PES packet, as carried, becomes one frame: an Annex B
-// byte stream for H.264 and H.265, ADTS frames for AAC. A frame is emitted when the next PES packet
-// on its PID begins, so the last one of a stream stays behind.
+// The transport stream demultiplexer: takes 188-byte packets and pushes elementary-stream frames
+// into the global frame queues. The payload of one PES packet, as carried, becomes one frame: an
+// Annex B byte stream for H.264 and H.265, ADTS frames for AAC. A frame is emitted when the next
+// PES packet on its PID begins, so the last frame of a stream stays in its assembler.
 //
-// There is one demultiplexer in the process. What it has learnt about programs and PIDs lives on
-// from one stream to the next until new PAT and PMT packets replace it (kept on purpose); the state
-// of the elementary streams starts afresh after each ResetFrameQueues, but for bytes that still
-// wait in an assembler: those come out as a frame when the next PES packet begins (kept on
-// purpose).
+// The process has one demultiplexer. The state of the elementary streams is reset after each
+// ResetFrameQueues. Kept for compatibility:
+// - Programs and PIDs are not reset. They apply to the next stream until new PAT and PMT packets
+//   replace them.
+// - Bytes in an assembler are not discarded. They become a frame when the next PES packet begins.
 //
-// Threads: one thread at a time, with TsDemuxLock held from one feed to the last that belongs with
-// it.
+// Threads: one thread at a time. Hold TsDemuxLock from the first feed of a batch to the last.
 //
-// What is wrong with a stream is printed to standard output and survived.
+// Errors in a stream are printed to standard output, and demultiplexing continues.
 #ifndef TS_TS_DEMUX_H_
 #define TS_TS_DEMUX_H_
 
@@ -21,7 +20,8 @@
 
 #include "ts/ts_context.h"
 
-// Held by whoever feeds the demultiplexer, for a whole batch. Never call the player with it held.
+// Held by the thread that feeds the demultiplexer, for a whole batch. Never call the player with it
+// held.
 class TsDemuxLock {
  public:
   TsDemuxLock();
@@ -30,15 +30,15 @@ class TsDemuxLock {
   std::lock_guard<std::mutex> lock_;
 };
 
-// Feeds the whole packets in `length` bytes at `data`; a tail shorter than a packet is ignored.
+// Feeds the whole packets in `length` bytes at `data`. An incomplete packet at the end is ignored.
 // Returns 0.
 std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length);
 
-// The handler of playable streams: demultiplexes `count` packets by what `context` knows. Returns
-// 0.
+// The handler of playable streams: demultiplexes `count` packets with the programs and PIDs of
+// `context`. Returns 0.
 std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets, std::int32_t count);
 
-// Forgets everything, as if the process had just started. For tests, fuzzers and benchmarks.
+// Resets everything to the state at process start. For tests, fuzzers and benchmarks.
 void ts_demux_forget();
 
 #endif  // TS_TS_DEMUX_H_

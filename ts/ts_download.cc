@@ -14,12 +14,13 @@
 
 namespace {
 
-// The bytes as text, up to their first zero.
+// Returns the bytes up to the first zero as text.
 std::string TextOf(const char* bytes, std::size_t size) {
   return bytes == nullptr ? std::string() : std::string(bytes, strnlen(bytes, size));
 }
 
-// The download of this thread, for the write callback, which is given no pointer of its own.
+// The running download of this thread. The write callback finds it here, since it gets no user
+// pointer.
 struct RunningDownload {
   RunningDownload(CURL* used_handle, TsTransfer& used_transfer);
   ~RunningDownload();
@@ -39,8 +40,9 @@ RunningDownload::RunningDownload(CURL* used_handle, TsTransfer& used_transfer)
 
 RunningDownload::~RunningDownload() { t_download = nullptr; }
 
-// A server that does not answer with a part sends the stream from its beginning. A local file that
-// libcurl reads has no status, and begins where it was asked to.
+// Returns whether the body begins at the requested offset. A server that does not answer with
+// status 206 sends the stream from its beginning. A local file that libcurl reads has no status and
+// begins at the requested offset.
 bool IsPartialReply(CURL* handle) {
   constexpr long kNoStatus = 0;
   constexpr long kPartialContent = 206;
@@ -50,7 +52,7 @@ bool IsPartialReply(CURL* handle) {
           (status == kPartialContent || status == kNoStatus));
 }
 
-// The write callback: libcurl calls it, and for local files the reader.
+// The write callback of libcurl. The reader of local files calls it too.
 std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
   if (t_download == nullptr) return 0;
   TsTransfer& transfer = t_download->transfer;
@@ -65,15 +67,16 @@ void FetchUrl(const std::string& url, TsTransfer& transfer) {
   PerformDownload(handle, request);
 }
 
-// Returns where the file is read from: its beginning where it cannot be positioned. The offset is
-// taken as a 32-bit number: kept for compatibility.
+// Positions the file and returns the position, or 0 if that fails. Kept for compatibility: the
+// offset is converted to a signed 32-bit number.
 std::uint64_t SeekTo(std::uint64_t offset, std::FILE* file) {
   const auto position = static_cast<std::int32_t>(offset);
   return std::fseek(file, position, SEEK_SET) == 0 ? static_cast<std::uint64_t>(position) : 0;
 }
 
-// Reads to the end of the file, no faster than 10240 bytes in 10 ms on purpose. What the callback
-// returns does not end the reading, but a stop does, after the callback was told of it once.
+// Reads to the end of the file. Kept for compatibility: reads at most 10240 bytes in 10 ms. A
+// callback that returns 0 ends the reading only after a stop, so the callback notices every stop
+// once.
 void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr std::chrono::milliseconds kPause{10};

@@ -9,37 +9,39 @@
 #include "common/player_port.h"
 #include "ts/packet_cutter.h"
 
-// The download waits while more than this is unread, which happens only where the parser does too:
-// far less than the buffer can count.
+// The download waits while this many bytes or more are unread, which happens only while the parser
+// waits too. The limit is far below the maximum size of the buffer.
 inline constexpr std::uint32_t kMostUnreadTsBytes = std::uint32_t{1} << 30;
 
 // Fetches `url` from the offset g_tsDownloaded to its end, or until g_tsRunning is cleared, and
 // reports to `player`. Blocks.
 void DownloadTs(const std::string& url, const PlayerPort& player);
 
-// Waits while `most_unread` bytes or more are staged and unread, until g_tsRunning is cleared.
+// Blocks while `most_unread` or more received bytes are unread, until g_tsRunning is cleared.
 void AwaitStreamRoom(std::uint32_t most_unread);
 
-// One download. It is used on the thread that performs the transfer.
+// One download, used on the thread that performs the transfer.
 //
-// g_tsDownloaded counts every byte received, also those of a packet that is not complete, so that
-// the next start may resume in mid-packet; it then plays from the next packet on.
+// g_tsDownloaded counts every received byte, including those of an incomplete packet. So the next
+// start may resume in mid-packet; it then plays from the next packet on.
 class TsTransfer {
  public:
-  // `offset`: where the stream is asked for from.
+  // `offset`: the requested start of the body.
   TsTransfer(const PlayerPort& player, std::uint64_t offset);
 
   std::uint64_t Offset() const { return offset_; }
 
-  // Whether nothing has been received yet.
+  // Returns true until the first piece is received.
   bool IsAtStart() const { return is_at_start_; }
 
-  // For a body that begins elsewhere than it was asked for, before its first piece. What it holds
-  // is played from there, and counted as if it continued the stream: kept for compatibility.
+  // Call it before the first piece if the body begins at another offset than requested.
+  // Kept for compatibility: the body is played from there but counted as if it continued the
+  // stream.
   void BodyBeginsAt(std::uint64_t offset) { packets_ = PacketCutter(offset); }
 
-  // Takes a piece of the body, which may be empty, and returns how many bytes it took, 0 to end the
-  // transfer: after a stop, and for an HTML page. The player is notified of both.
+  // Takes a piece of the body, which may be empty. Returns the number of bytes taken, or 0 to end
+  // the transfer: after a stop, for an HTML page, or if memory runs out. The player is notified of
+  // the first two.
   std::size_t Take(const char* data, std::uint32_t length);
 
  private:

@@ -74,7 +74,7 @@ bool CTsDownloader::EndDownload() {
 
 bool CTsDownloader::SetStartPostion(float seconds) {
   startSeconds = seconds;
-  // The time told is that of this one assignment: kept on purpose.
+  // Kept for compatibility: the reported time is that of this one assignment.
   const std::clock_t before = std::clock();
   g_tsDownloaded = 0;
   const std::clock_t elapsed = std::clock() - before;
@@ -82,7 +82,8 @@ bool CTsDownloader::SetStartPostion(float seconds) {
   return true;
 }
 
-// Another address starts from nothing, with an empty cache file; the same one keeps what it has.
+// A different address starts at 0, with an empty cache file. The same address keeps its download
+// offset.
 void CTsDownloader::UseUrl(const std::string& url) {
   if (url == TsUrl()) {
     player_.Message("PLAY TS RE:" + url);
@@ -93,7 +94,7 @@ void CTsDownloader::UseUrl(const std::string& url) {
     *g_tsUrl = url;
     g_tsDownloaded = 0;
   }
-  const std::string path = CreateCacheFile("mebo.ts");  // nothing is ever written to it
+  const std::string path = CreateCacheFile("mebo.ts");  // nothing is written to it
   const std::lock_guard lock(g_tsStateLock);
   *g_tsTempPath = path;
 }

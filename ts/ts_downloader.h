@@ -1,7 +1,7 @@
 // The TS pipeline: plays a plain MPEG transport stream over HTTP, HTTPS or from a local file while
 // it downloads. Four tasks run on its pool: download, parse, video delivery, audio delivery.
 //
-// The facade makes one, on the first ".ts" address, and forwards its own operations to it. Most of
+// The facade creates one for the first ".ts" address and forwards its own operations to it. Most of
 // the state is process-wide (ts_state.h): one TS pipeline plays at a time. The player is borrowed
 // until EndDownload has returned.
 //
@@ -22,17 +22,17 @@ class CTsDownloader : private CThreadPool {
   explicit CTsDownloader(CStreamPlayerImp* player);
   ~CTsDownloader();
 
-  // Starts to play `url`, already cleaned. The address that played last resumes where its download
-  // got to; another one starts from its beginning. Always true. A second start without a stop adds
-  // four tasks beside those that run.
+  // Starts to play `url`, which is already cleaned. If it is the address that played last, its
+  // download resumes where it stopped; another address starts at its beginning. Always returns
+  // true. A second start without a stop adds four tasks to those that run.
   bool BeginDownload(const std::string& url);
 
-  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position
-  // goes back to 0 in any case.
+  // Stops, joins the tasks and drops the queued frames. Returns false if nothing was running. The
+  // start position becomes 0 in any case.
   bool EndDownload();
 
-  // Sets the position below which frames are dropped, and makes the next start fetch the stream
-  // from its beginning. Nothing is restarted by it. Always true.
+  // Sets the position before which frames are dropped, and makes the next start fetch the stream
+  // from its beginning. Restarts nothing. Always returns true.
   bool SetStartPostion(float seconds);
 
  private:

@@ -8,12 +8,11 @@
 inline constexpr std::size_t kTsPacketSize = 188;
 inline constexpr std::uint8_t kTsSyncByte = 0x47;
 
-// A view of one packet; it does not own the bytes. The fields are read where they are asked for,
-// and a field that lies, wholly or in part, past the end of the packet reads as if zeros followed
-// it.
+// A view of one packet; it does not own the bytes. Fields are read on each call. The ...At
+// functions read zeros after the end of the packet.
 class TsPacket {
  public:
-  // `bytes` points to at least kTsPacketSize bytes, or is null for no packet at all.
+  // `bytes` points to at least kTsPacketSize bytes, or is null for no packet.
   explicit TsPacket(const std::uint8_t* bytes) : bytes_(bytes) {}
 
   bool IsNull() const { return bytes_ == nullptr; }
@@ -41,7 +40,7 @@ class TsPacket {
   std::uint16_t PidAt(std::size_t offset) const { return U16At(offset) & 0x1FFF; }
   // The low 12 bits of a big-endian 16-bit field: a length.
   std::uint16_t LengthAt(std::size_t offset) const { return U16At(offset) & 0x0FFF; }
-  // Two bytes as they stand in memory, in network byte order.
+  // Two bytes in network byte order, not converted.
   std::uint16_t RawU16At(std::size_t offset) const;
 
  private:

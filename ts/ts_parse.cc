@@ -13,8 +13,8 @@ namespace {
 
 constexpr auto kPacketSize = static_cast<std::uint32_t>(kTsPacketSize);
 
-// Moves the whole packets staged so far into the scratch buffer, at most as many as a batch can
-// count. False when there is not even one. The copy keeps the lock short.
+// Moves the staged whole packets into the scratch buffer, at most as many as a batch can count.
+// Returns false if there is none or memory runs out. Copying them keeps the lock short.
 bool TakeBatch(CopyBuffer& batch) {
   constexpr std::uint32_t kMaxPackets = 0x7FFFFFFF / kPacketSize;
   batch.Reset();
@@ -26,9 +26,9 @@ bool TakeBatch(CopyBuffer& batch) {
   return true;
 }
 
-// Takes a batch and feeds it, one packet a call. The lock spans both, so that batches are fed in
-// the order in which they arrived, even when two parse tasks run. A stop ends the batch: what is
-// left of it would only be dropped, and a stream of garbage prints a line for each packet.
+// Takes a batch and feeds it, one packet per call. The lock is held for both, so that batches are
+// fed in the order in which they were received, even if two parse tasks run. A stop ends the batch:
+// the rest would only be dropped, and an invalid stream prints a line for each packet.
 bool FeedBatch() {
   constexpr std::int32_t kLargestKeptBatch = 1 << 20;
   const TsDemuxLock lock;

@@ -1,4 +1,5 @@
-// The parse side of the TS pipeline: whole packets from g_tsStreamBuffer into the demultiplexer.
+// The parse side of the TS pipeline: feeds whole packets from g_tsStreamBuffer to the
+// demultiplexer.
 #ifndef TS_TS_PARSE_H_
 #define TS_TS_PARSE_H_
 
@@ -7,15 +8,15 @@
 #include "common/frame_queue.h"
 #include "common/player_port.h"
 
-// Parses what is staged, as it comes, until g_tsRunning is cleared, and reports the growing
-// duration to `player`. Blocks. What is staged is aligned to packets.
+// Parses received packets until g_tsRunning is cleared, and reports the growing duration to
+// `player`. Blocks. The bytes in g_tsStreamBuffer are aligned to packets.
 void ParseTs(const PlayerPort& player);
 
-// Works out the duration report from the ends of the video queue.
+// Computes the reported duration from the first and the last frame of the video queue.
 class TsDurationReport {
  public:
-  // The span of video demultiplexed so far, in seconds, when it has grown since the last call; else
-  // a negative number. `queue` may be null. With g_frameQueueMutex held.
+  // Returns the time span of the video demultiplexed so far, in seconds, if it has grown since the
+  // last call; otherwise a negative number. `queue` may be null. Requires g_frameQueueMutex.
   float Update(const FrameQueue* queue);
 
  private:

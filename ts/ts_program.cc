@@ -11,7 +11,7 @@ namespace {
 
 constexpr unsigned kCrcSize = 4;
 
-// Where the section of a packet begins: behind the header, the adaptation field and the pointer
+// Returns the offset of the section: after the packet header, the adaptation field and the pointer
 // field.
 unsigned SectionStart(TsPacket packet) {
   switch (packet.AdaptationFieldControl()) {
@@ -20,20 +20,21 @@ unsigned SectionStart(TsPacket packet) {
     case 3:
       return 6 + packet.AdaptationFieldLength();
     default:
-      // No payload. The parse goes on at byte 1, which hardly any checksum survives: kept on
-      // purpose.
+      // Kept for compatibility: without a payload, parsing continues at byte 1, where hardly any
+      // checksum matches.
       std::printf("ts_hd->header.adaptation_field_ctrl:0x%x\n", packet.AdaptationFieldControl());
       return 1;
   }
 }
 
-// The checksum of the section at `start`, over everything before the stored one. The caller has
-// made sure that this lies within the packet.
+// Computes the checksum of the section at `start`, over everything before the stored checksum. The
+// caller has checked that it is within the packet.
 std::uint32_t SectionCrc(TsPacket packet, unsigned start, unsigned section_length) {
   return ts_crc32(packet.Bytes() + start, static_cast<std::uint16_t>(section_length - 1));
 }
 
-// The program loop of a PAT: what lies between the section's header and its checksum.
+// Stores the program loop of a PAT, which is between the section's header and its checksum. Returns
+// the number of stored programs.
 std::int32_t StorePrograms(TsPacket packet, unsigned loop_start, unsigned loop_length,
                            ts_program_info* programs) {
   constexpr unsigned kEntrySize = 4;
@@ -50,7 +51,7 @@ std::int32_t StorePrograms(TsPacket packet, unsigned loop_start, unsigned loop_l
   return count;
 }
 
-// The stream loop of a PMT. True when it names a video stream.
+// Stores the stream loop of a PMT. Returns true if it contains a video stream.
 bool StoreStreams(TsPacket packet, unsigned loop_start, unsigned loop_length,
                   ts_program_info& program) {
   bool has_video = false;
@@ -67,7 +68,7 @@ bool StoreStreams(TsPacket packet, unsigned loop_start, unsigned loop_length,
       has_video = true;
     } else if (IsAudioStreamType(type)) {
       program.audio_stream_type = type;
-      // From the fifth on, each audio stream takes the last place: kept on purpose.
+      // Kept for compatibility: the fifth and later audio streams overwrite the last entry.
       audio_index = std::min(audio_index, kMaxAudioPids - 1);
       program.audio_pid[static_cast<std::size_t>(audio_index)] = pid;
       ++audio_index;
@@ -140,7 +141,7 @@ std::int32_t parse_pmt(const std::uint8_t* bytes, ts_program_info* program) {
   program->program_number = packet.RawU16At(start + 3);
   program->pcr_pid = packet.PidAt(start + 8);
   const unsigned info_length = packet.LengthAt(start + 10);
-  // In 16 bits: where the section is too short for its parts, the length comes out far too long.
+  // In 16 bits: if the section is too short for its parts, the length wraps to a very large value.
   const auto es_length = static_cast<std::uint16_t>(section_length - 9 - info_length - kCrcSize);
   const unsigned es_start = start + kHeaderSize + info_length;
   if (es_start + es_length > kTsPacketSize || section_length < es_length) {

@@ -1,4 +1,4 @@
-// Stream types of the PMT (ISO/IEC 13818-1, table 2-34) as the demultiplexer takes them.
+// Stream types of the PMT (ISO/IEC 13818-1, table 2-34) that the demultiplexer distinguishes.
 #ifndef TS_TS_STREAM_TYPE_H_
 #define TS_TS_STREAM_TYPE_H_
 
@@ -22,10 +22,10 @@ bool IsAudioStreamType(std::uint8_t type);
 // True for the video types that are demultiplexed into frames.
 bool IsPlayableVideo(std::uint8_t type);
 
-// True for video types that are known and passed over in silence.
+// True for video types that are recognised and skipped without a line.
 bool IsKnownButNotPlayable(std::uint8_t type);
 
-// Stream type of the last video or unrecognised stream that a PMT named; 0 before the first.
+// Stream type of the last video or unrecognised stream that a PMT listed; 0 before the first.
 extern std::atomic<std::uint8_t> ts_last_stream_type;
 
 #endif  // TS_TS_STREAM_TYPE_H_

@@ -13,7 +13,7 @@ void ClearHlsStream() {
   ClearSegmentQueue();
   {
     const std::lock_guard lock(g_playlistMutex);
-    *g_playlistText = std::string();  // gives its memory back
+    *g_playlistText = std::string();  // releases the memory
     *g_variantText = std::string();
     g_liveSequences->Forget();
   }

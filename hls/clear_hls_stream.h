@@ -1,9 +1,9 @@
-// What is left of a stream when it has been stopped.
+// Clears the state of an HLS stream after a stop.
 #ifndef HLS_CLEAR_HLS_STREAM_H_
 #define HLS_CLEAR_HLS_STREAM_H_
 
-// Forgets all that belongs to the stream: texts, tables, what waits in queue and buffers. Only when
-// no task runs.
+// Clears everything that belongs to the stream: texts, tables, queued segments and buffers. No task
+// may be running.
 void ClearHlsStream();
 
 #endif  // HLS_CLEAR_HLS_STREAM_H_

@@ -7,13 +7,13 @@
 
 namespace {
 
-// While one is negative, each frame that comes is left out and counted.
+// While a counter is negative, each frame is skipped and counted.
 std::atomic<std::int32_t> g_videoSkip{0};
 std::atomic<std::int32_t> g_audioSkip{0};
 
 struct HlsDelivery {
   void (*deliver)(const DeliveryLoop& loop);
-  std::uint32_t is_video;  // as the frames of its queue say
+  std::uint32_t is_video;  // the isVideo value of this queue's frames
   std::atomic<std::int32_t>& skip;
   const char* stop_line;
 };

@@ -1,4 +1,4 @@
-// The delivery threads of the HLS pipeline and the one frame that they leave out.
+// The delivery threads of the HLS pipeline, and the frame that they skip after a stop.
 #ifndef HLS_HLS_DELIVERY_H_
 #define HLS_HLS_DELIVERY_H_
 
@@ -11,15 +11,16 @@
 void DeliverHlsVideo(HlsPipeline& pipeline);
 void DeliverHlsAudio(HlsPipeline& pipeline);
 
-// After a stop the first video frame of the next run is left out, and no audio frame is: kept on
-// purpose.
+// Makes the next run skip its first video frame and no audio frame. Called after a stop.
+// Kept for compatibility.
 void SkipFirstVideoFrame();
 
-// Delivers every frame of the next run, as before the first stop of the process. For tests.
+// Makes the next run deliver every frame, as before the first stop in the process. For tests.
 void SkipNoFrame();
 
-// Whether a frame is left out, which a negative counter asks for; it is counted then. Each is left
-// out once, also where a second start has two threads deliver frames of one kind.
+// Returns whether to skip a frame. True while the counter is negative; each such call increments
+// it. After a second start, two threads may deliver frames of one kind: each skip is still counted
+// once.
 bool CountSkippedFrame(std::atomic<std::int32_t>& skip);
 
 #endif  // HLS_HLS_DELIVERY_H_

@@ -46,7 +46,7 @@ bool ActiveM3u8Runs() {
 }
 
 void WakeHlsTasks() {
-  // Taken so that no task can be between looking and waiting.
+  // Locked once, so that no task is between checking its condition and waiting.
   { const std::lock_guard lock(g_segmentQueueMutex); }
   g_segmentQueueCond->notify_all();
 }

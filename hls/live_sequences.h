@@ -1,5 +1,5 @@
-// LiveSequences: a ledger of media sequence numbers for each live playlist of the stream, the
-// top-level one or a variant. Not safe from several threads at a time.
+// LiveSequences: one ledger of media sequence numbers for each live playlist of the stream, that is
+// for the top-level playlist and its variants. Not thread-safe.
 #ifndef HLS_LIVE_SEQUENCES_H_
 #define HLS_LIVE_SEQUENCES_H_
 
@@ -15,13 +15,14 @@
 
 class LiveSequences {
  public:
-  // Of so many playlists numbers are remembered: those that were asked for last.
+  // The numbers of this many playlists are remembered: the most recently requested ones.
   static constexpr std::size_t kRememberedSources = 8;
 
-  // The ledger of a playlist, empty at first. Valid until another one is asked for.
+  // The ledger of a playlist, empty at first. The reference is valid until another ledger is
+  // requested.
   SequenceLedger& LedgerOf(const std::string& source);
 
-  // Forgets all playlists but the one that was asked for last: after a restart every segment is
+  // Forgets all playlists but the most recently requested one: after a restart every segment is
   // new.
   void ForgetOthers();
 
@@ -29,18 +30,18 @@ class LiveSequences {
   std::size_t Size() const { return ledgers_.size(); }
 
  private:
-  std::list<std::pair<std::string, SequenceLedger>> ledgers_;  // the one asked for last in front
+  std::list<std::pair<std::string, SequenceLedger>> ledgers_;  // most recently requested first
 };
 
-// Those of the stream that plays. Guarded by g_playlistMutex.
+// The ledgers of the current stream. Guarded by g_playlistMutex.
 extern NeverDestroyed<LiveSequences> g_liveSequences;
 
-// Of a longer playlist only the newest segments are compared, days of them; for the others the keys
-// alone decide.
+// In a longer playlist only this many segments are compared, the newest ones, which last for days.
+// For older segments the keys alone decide.
 inline constexpr std::size_t kMostCompared = 100'000;
 
-// The segments of a live playlist that have a number, from `media_sequence` on. The table may begin
-// with the rest of an earlier text, which is not part of the window. The keys are those of
+// Returns the numbered segments of a live playlist, starting at `media_sequence`. The table may
+// begin with the rest of an earlier text, which is not part of the window. The keys are views into
 // `entries`.
 SequenceWindow WindowOf(const M3u8Table& entries, std::int64_t media_sequence);
 

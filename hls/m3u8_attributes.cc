@@ -22,7 +22,7 @@ M3u8Attributes ParseAttributeList(std::string_view text, std::string_view listSe
                                   std::string_view keyValueSeparator) {
   M3u8Attributes attributes;
   const auto add = [&attributes](std::string_view key, std::string_view value) {
-    // A key that is there already costs no allocation: lists may be long and repeat themselves.
+    // A repeated key costs no allocation: a long list may repeat its keys.
     const auto place = attributes.lower_bound(key);
     if (place != attributes.end() && place->first == key) return;
     attributes.emplace_hint(place, key, value);

@@ -1,4 +1,5 @@
-// The attribute lists of playlist tags, such as "PROGRAM-ID=1,BANDWIDTH=800000". Pure functions.
+// Parses the attribute lists of playlist tags, for example "PROGRAM-ID=1,BANDWIDTH=800000". Pure
+// functions.
 #ifndef HLS_M3U8_ATTRIBUTES_H_
 #define HLS_M3U8_ATTRIBUTES_H_
 
@@ -11,20 +12,21 @@
 
 using M3u8Attributes = std::map<std::string, std::string, std::less<>>;
 
-// Cuts `text` at every `listSeparator`, quoted or not (kept on purpose), and each piece at its
-// first `keyValueSeparator`. Keys and values are trimmed; of a repeated key the first value counts.
-// A piece without a `keyValueSeparator` yields the empty key with the empty value.
+// Splits `text` at every `listSeparator`, even inside quotes. Kept for compatibility. Splits each
+// piece at its first `keyValueSeparator`. Keys and values are trimmed. If a key is repeated, its
+// first value counts. A piece without a `keyValueSeparator` yields an empty key with an empty
+// value.
 M3u8Attributes ParseAttributeList(std::string_view text, std::string_view listSeparator,
                                   std::string_view keyValueSeparator);
 
-// An attribute that is looked for. The value, when there is one, is a part of the text.
+// An attribute to look for. If it is found, its value is a view into the text.
 struct WantedAttribute {
   std::string_view key;
   std::optional<std::string_view> value = {};
 };
 
-// Fills in what ParseAttributeList finds for each of these. Makes no table, which for a line of
-// millions of names takes seconds.
+// Sets the value of each wanted attribute to the value that ParseAttributeList finds. Builds no
+// table: for a line with millions of names that takes seconds.
 void FindAttributes(std::string_view text, std::string_view listSeparator,
                     std::string_view keyValueSeparator, std::span<WantedAttribute> wanted);
 

@@ -60,7 +60,7 @@ bool CM3u8Downloader::EndDownload() {
     pipeline_.player.Message("PLAY STOP...");
   };
   StopPipeline({"m3u8", pipeline_.running, pool_, gate_, wake});
-  SkipFirstVideoFrame();  // of the next run, so once no task of this one is left to use it up
+  SkipFirstVideoFrame();  // must follow StopPipeline: a task of this run would use up the skip
   ClearHlsStream();
   ReleaseFrameQueues();
   const std::time_t now = CurrentClock().WallTime();

@@ -2,7 +2,7 @@
 // transport streams, on demand or live. Five tasks run on its pool: playlist, segments, parse,
 // video delivery, audio delivery.
 //
-// The facade makes one, on the first "m3u8" address, forwards its own operations to it and destroys
+// The facade creates one for the first "m3u8" address, forwards its operations to it and destroys
 // it. Most of the state is process-wide (hls_state.h): one HLS pipeline plays at a time. The player
 // is borrowed.
 //
@@ -25,17 +25,17 @@ class CM3u8Downloader {
   CM3u8Downloader(const CM3u8Downloader&) = delete;
   CM3u8Downloader& operator=(const CM3u8Downloader&) = delete;
 
-  // Starts to play `url`, already cleaned, at the start position that was set last. Always true. A
-  // second start without a stop adds five tasks to those that run; those that find no worker wait
-  // for one.
+  // Starts to play `url`, which must be cleaned, at the start position that was set last. Always
+  // returns true. A second start without a stop adds five tasks to the running ones; tasks that
+  // find no free worker wait for one.
   bool BeginDownload(const std::string& url);
 
-  // Stops, joins the tasks and forgets the stream. False when nothing ran; the start position goes
-  // back to 0 in any case.
+  // Stops and joins the tasks and clears the stream. Returns false if nothing was running. Resets
+  // the start position to 0 in any case.
   bool EndDownload();
 
-  // Sets the position before which segments are passed over: whole segments, no frames. Always
-  // true.
+  // Sets the start position. Segments that end before it are skipped; single frames are not. Always
+  // returns true.
   bool SetStartPostion(float seconds);
 
  private:
@@ -43,7 +43,7 @@ class CM3u8Downloader {
   void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
 
   HlsPipeline pipeline_;
-  std::time_t start_time_;  // of the run
+  std::time_t start_time_;  // of the current run
   TaskGate gate_;
   CThreadPool pool_;
 };

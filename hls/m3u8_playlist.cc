@@ -11,28 +11,29 @@
 
 namespace {
 
-// What the lines of one text share.
+// The state of one call, shared by the line handlers.
 struct Pass {
   M3u8Header& header;
   std::string_view base_url;
   std::int64_t& media_sequence;
   M3u8Table& entries;
-  M3u8Entry working{};                // copied into the table at each address
-  float duration = 0;                 // announced for the next address
-  bool is_segment_announced = false;  // also by a duration of 0
+  M3u8Entry working{};                // copied into the table for each URI
+  float duration = 0;                 // from "#EXTINF:", for the next URI
+  bool is_segment_announced = false;  // set even if the duration is 0
   std::int32_t segment_index = 0;
   std::int64_t next_number = kNoSequenceNumber;
-  std::size_t room = kMaxResolvedBytes;  // for further addresses
+  std::size_t room = kMaxResolvedBytes;  // bytes left for further URIs
 };
 
 void OnSegmentInfo(Pass& pass, std::string_view value) {
   pass.is_segment_announced = true;
-  // Without a number the duration before stays, and counts again (kept on purpose).
+  // If the value does not begin with a number, `duration` keeps its value and is added to the total
+  // again. Kept for compatibility.
   ScanFloat(value, pass.duration);
   pass.header.totalDuration += pass.duration;
 }
 
-// "%dx%d": the first number counts also where the second is missing.
+// Parses "%dx%d". The width is stored even if the height is missing.
 void ScanResolution(std::string_view value, M3u8Entry& entry) {
   if (!ScanInt32(value, entry.width) || !value.starts_with('x')) return;
   value.remove_prefix(1);
@@ -51,7 +52,8 @@ void OnVariantInfo(Pass& pass, std::string_view value) {
 
 void OnHeader(Pass& pass, std::string_view /*value*/) { pass.header.hasHeader = true; }
 
-// ":YES" counts anywhere in the line (kept on purpose), and the tag ends with a colon.
+// ":YES" is accepted anywhere in the line. Kept for compatibility. The tag's own colon is not part
+// of `value`, so "YES" at its start is checked separately.
 void OnAllowCache(Pass& pass, std::string_view value) {
   pass.header.allowCache = value.starts_with("YES") || value.find(":YES") != std::string_view::npos;
 }
@@ -71,14 +73,14 @@ void OnEndList(Pass& pass, std::string_view /*value*/) { pass.header.isLive = fa
 struct Tag {
   std::string_view name;
   bool is_whole_line;
-  void (*handle)(Pass& pass, std::string_view value);  // the value is what follows the name
+  void (*handle)(Pass& pass, std::string_view value);  // `value` follows the name in the line
 
   bool Fits(std::string_view line) const {
     return is_whole_line ? line == name : line.starts_with(name);
   }
 };
 
-// The first that fits a line gets it.
+// The first tag that matches a line handles it.
 constexpr Tag kTags[] = {
     Tag{"#EXTINF:", false, OnSegmentInfo},
     Tag{"#EXT-X-STREAM-INF:", false, OnVariantInfo},
@@ -99,7 +101,8 @@ void OnTagLine(Pass& pass, std::string_view line) {
   }
 }
 
-// The number of the next segment, which is counted. There is none after the largest.
+// Returns the sequence number of the next segment and advances the counter. Segments after the
+// largest possible number have none.
 std::int64_t TakeNumber(Pass& pass) {
   const std::int64_t number = pass.next_number;
   const bool is_last = number == std::numeric_limits<std::int64_t>::max();
@@ -111,34 +114,34 @@ std::int64_t TakeNumber(Pass& pass) {
   return number;
 }
 
-// A segment of duration 0 is dropped, but has its number.
+// A segment of duration 0 is dropped, but it uses up a sequence number.
 void CountDroppedSegment(Pass& pass, std::string_view line) {
   if (line.starts_with('#') || !std::exchange(pass.is_segment_announced, false)) return;
   TakeNumber(pass);
 }
 
-// A line that nothing has announced is no address, and so a segment of duration 0 is dropped on
-// purpose.
+// A line is a URI only if a tag announces it: as a variant, or as a segment whose duration is not
+// 0. So a segment of duration 0 is dropped. Kept for compatibility.
 bool IsAddress(const Pass& pass, std::string_view line) {
   const bool announced = pass.header.streamInfPending || pass.duration != 0.0F;
   return announced && !line.starts_with('#');
 }
 
-// Takes room for an address. Once one did not fit, no shorter one gets in either: a playlist that
-// ends early plays, one with holes would not.
+// Reserves space for a URI. After the first URI that does not fit, shorter ones are rejected too: a
+// playlist that ends early can be played, a playlist with gaps cannot.
 bool TakeRoom(Pass& pass, std::string_view uri) {
   const bool fits = uri.size() <= pass.room;
   pass.room = fits ? pass.room - uri.size() : 0;
   return fits;
 }
 
-// What announces a variant stays in force until the next tag line (kept on purpose), but its
-// further addresses have the same key, so only the first is kept.
+// "#EXT-X-STREAM-INF:" stays in effect until the next tag line. Kept for compatibility. All URIs up
+// to that line have the same key, so the table keeps only the first.
 void OnAddress(Pass& pass, std::string_view line) {
   pass.working.duration = std::exchange(pass.duration, 0.0F);
   pass.is_segment_announced = false;
   pass.working.number = pass.header.streamInfPending ? kNoSequenceNumber : TakeNumber(pass);
-  if (pass.room == 0) return;  // before it is resolved: that takes time too
+  if (pass.room == 0) return;  // before resolving, which takes time too
   pass.working.uri = ResolveM3u8Uri(pass.base_url, line);
   if (!TakeRoom(pass, pass.working.uri)) return;
   const std::int32_t key =

@@ -26,7 +26,7 @@ bool ScanInteger(std::string_view& text, Int& value) {
   std::string_view digits = rest;
   if (negative || rest.starts_with('+')) digits.remove_prefix(1);
   if (!StartsWithDigit(digits)) return false;
-  if (!negative) rest = digits;  // from_chars knows no plus sign
+  if (!negative) rest = digits;  // from_chars does not accept a plus sign
   const auto [end, error] = std::from_chars(rest.data(), EndOf(rest), value);
   if (error == std::errc::result_out_of_range) {
     value = negative ? std::numeric_limits<Int>::min() : std::numeric_limits<Int>::max();
@@ -35,7 +35,8 @@ bool ScanInteger(std::string_view& text, Int& value) {
   return true;
 }
 
-// Whether a number without sign that fits no float is too large for it, rather than too small.
+// Returns whether an unsigned number that does not fit in a float is too large. If not, it is too
+// small.
 bool IsTooLarge(std::string_view number, std::chars_format format) {
   const bool hex = format == std::chars_format::hex;
   const std::size_t exponent_at = std::min(number.find_first_of(hex ? "pP" : "eE"), number.size());
@@ -47,22 +48,22 @@ bool IsTooLarge(std::string_view number, std::chars_format format) {
   return places * (hex ? 4 : 1) + ToInt32(exponent.substr(exponent.empty() ? 0 : 1)) > 0;
 }
 
-// "inf" with another "i" behind it is no number: "%f" goes on for "infinity" and finds something
-// else.
+// "%f" reads "infi" as the start of "infinity" and fails if the rest is missing. from_chars stops
+// after "inf" instead, so "inf" followed by another "i" is rejected here.
 bool IsBrokenInfinity(std::string_view number, std::size_t length) {
   constexpr std::size_t kShort = 3;
   const auto is_i = [](char c) { return c == 'i' || c == 'I'; };
   return length == kShort && number.size() > kShort && is_i(number[0]) && is_i(number[kShort]);
 }
 
-// Takes the prefix of a hexadecimal number off `number`.
+// Removes a leading "0x" or "0X" from `number`. Returns whether there was one.
 bool TakeHexPrefix(std::string_view& number) {
   if (!number.starts_with("0x") && !number.starts_with("0X")) return false;
   number.remove_prefix(2);
   return true;
 }
 
-// Whether from_chars may look at `number`: it would take a second sign, and words after "0x".
+// Rejects what from_chars accepts and "%f" does not: a second sign, and "inf" or "nan" after "0x".
 bool MayBeNumber(std::string_view number, bool hex) {
   constexpr std::string_view kHexStart = ".0123456789abcdefABCDEF";
   if (number.empty() || number.front() == '-') return false;

@@ -1,4 +1,4 @@
-// How the text of a playlist is cut up. Pure functions.
+// Splits and trims the text of a playlist. Pure functions.
 #ifndef HLS_M3U8_TEXT_H_
 #define HLS_M3U8_TEXT_H_
 
@@ -6,17 +6,17 @@
 #include <string>
 #include <string_view>
 
-// What is trimmed off lines, attribute names and attribute values.
+// Trimmed from lines, attribute names and attribute values.
 inline constexpr std::string_view kM3u8Blanks = " \r\n\t";
 
-// `text` without the characters in `set` at either end.
+// Returns `text` without the characters of `set` at either end.
 std::string_view Trimmed(std::string_view text, std::string_view set);
 
-// The same in place.
+// Trims `text` in place.
 void TrimChars(std::string& text, std::string_view set);
 
-// Calls `visit` with each piece of `text` between separators, in order. There is one piece more
-// than there are separators, so an empty text is one empty piece. An empty separator is never
+// Calls `visit` with each piece of `text` between separators, in order. There is one more piece
+// than there are separators, so an empty text yields one empty piece. An empty separator is never
 // found.
 template <typename Visit>
 void ForEachPiece(std::string_view text, std::string_view separator, Visit visit) {

@@ -6,14 +6,15 @@ bool IsAbsolute(std::string_view line) {
   return line.starts_with("http://") || line.starts_with("https://");
 }
 
-// Scheme and host: what lies before the first slash that can follow a scheme. Without one, all.
+// Scheme and host: the part before the first slash after the scheme, or all of `url` if there is
+// none.
 std::string_view HostPart(std::string_view url) {
   constexpr std::string_view kLongestScheme = "https://";
   return url.substr(0, url.find('/', kLongestScheme.size()));
 }
 
-// What lies before the last slash, and the slash. A query with a slash in it counts as folder too
-// (kept on purpose).
+// The part up to and including the last slash, even if that slash is in the query.
+// Kept for compatibility.
 std::string_view FolderPart(std::string_view url) { return url.substr(0, url.rfind('/') + 1); }
 
 }  // namespace

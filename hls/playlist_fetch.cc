@@ -14,8 +14,9 @@ std::size_t Take(std::string& text, const char* data, std::size_t length) {
   return length;
 }
 
-// What is left of an earlier body must not grow for ever, and a line that it broke off in must not
-// run into the first line of the next one, which would then never be taken for a playlist.
+// Truncates the rest of an earlier body after its last complete line, or clears it if it is too
+// long. Otherwise it could grow without limit, and its partial last line would merge with the first
+// line of the next body, which would then not be recognized as a playlist.
 void MakeRoomBehind(std::string& leftover) {
   const std::size_t end = leftover.find_last_of('\n');
   const bool too_long = leftover.size() > kMaxPlaylistLeftover;

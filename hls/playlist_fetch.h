@@ -1,4 +1,4 @@
-// The requests for playlists. Bodies come in g_playlistText and g_variantText.
+// Fetches playlists. Bodies are received into g_playlistText and g_variantText.
 #ifndef HLS_PLAYLIST_FETCH_H_
 #define HLS_PLAYLIST_FETCH_H_
 
@@ -8,31 +8,32 @@
 
 #include "hls/hls_pipeline.h"
 
-// A playlist that goes on beyond this ends its transfer.
+// A transfer fails when its text would exceed this size.
 inline constexpr std::size_t kMaxPlaylistSize = std::size_t{16} << 20;
 
-// What an earlier download left behind is dropped before the next one when it is longer than this.
+// Text that earlier downloads left is dropped before the next download if it is longer than this.
 inline constexpr std::size_t kMaxPlaylistLeftover = std::size_t{1} << 20;
 
 struct PlaylistRequest {
   std::string url;
-  bool with_user_agent;  // whether SetUserAgent is asked for one
+  bool with_user_agent;  // whether to call SetUserAgent
 };
 
-// The body of the top-level playlist, behind what earlier ones left in g_playlistText, which is
-// empty afterwards. Nothing when the transfer failed, or was not begun since the pipeline had been
-// stopped; what had come of it stays then. Takes g_playlistMutex.
+// Fetches the top-level playlist. Returns its body, preceded by any text that earlier downloads
+// left in g_playlistText, and clears g_playlistText. Returns nullopt if the transfer failed or the
+// pipeline was stopped; bytes received so far stay in g_playlistText. Locks g_playlistMutex.
 std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
 
-// Puts the text of a fetch that was no playlist back, in front of what came since. Takes
+// Puts a fetched text that is not a playlist back at the front of g_playlistText. Locks
 // g_playlistMutex.
 void LeavePlaylist(const std::string& text);
 
-// Appends a variant playlist to g_variantText. With g_playlistMutex held.
+// Fetches a variant playlist and appends it to g_variantText. Returns whether the transfer
+// succeeded. Requires g_playlistMutex.
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url);
 
-// The write callbacks. An HTML page is not refused here: it is told as no playlist. With
-// g_playlistMutex held by whoever performs the transfer.
+// The write callbacks. They do not refuse an HTML page; it is reported later as not being a
+// playlist. The caller that performs the transfer holds g_playlistMutex.
 std::size_t TakePlaylistBytes(char* data, std::size_t size, std::size_t count, void* user);
 std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, void* user);
 

@@ -11,11 +11,11 @@
 
 namespace {
 
-// What matters of a playlist's text, wherever in it the words stand: kept on purpose.
+// Words that are searched for anywhere in the playlist's text. Kept for compatibility.
 struct PlaylistTraits {
   bool is_m3u;
   bool cache_no;
-  bool says_failed;  // the error page of a server
+  bool says_failed;  // an error page of a server
   bool has_end;
 };
 
@@ -28,12 +28,12 @@ PlaylistTraits TraitsOf(const std::string& text) {
 }
 
 struct FirstPlaylist {
-  PlaylistRequest request;  // that succeeded, which is the one that refreshes repeat
+  PlaylistRequest request;  // the one that succeeded; refreshes repeat it
   std::string text;
 };
 
-// The second request goes to the cleaned address, at once, and without a user agent: kept on
-// purpose.
+// If the first request fails, a second one follows at once, for the cleaned address and without a
+// user agent. Kept for compatibility.
 std::optional<FirstPlaylist> FetchFirstPlaylist(HlsPipeline& pipeline, const std::string& url) {
   const PlaylistRequest first{url, true};
   if (auto text = FetchPlaylist(pipeline, first)) return FirstPlaylist{first, std::move(*text)};
@@ -49,7 +49,7 @@ const char* Outcome(const PlaylistTraits& traits) {
   return traits.cache_no ? "M3U8 CACHE_NO OK:" : "M3U8 OK:";
 }
 
-// A text that is no playlist stays, for the next one to be appended to it (kept on purpose).
+// A text that is not a playlist stays, and the next body is appended to it. Kept for compatibility.
 void QueueLive(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
   if (!QueueSegmentsFromPlaylist(pipeline, url, text)) LeavePlaylist(text);
 }

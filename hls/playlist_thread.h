@@ -1,5 +1,5 @@
-// The playlist thread: fetches the playlist, reports it, and for a live stream fetches it again
-// every second.
+// The playlist thread: fetches the playlist, reports it, and fetches a live playlist again every
+// second.
 #ifndef HLS_PLAYLIST_THREAD_H_
 #define HLS_PLAYLIST_THREAD_H_
 
@@ -7,8 +7,8 @@
 
 #include "hls/hls_pipeline.h"
 
-// Runs until the playlist was had, for one that is on demand, or until the pipeline is stopped. A
-// playlist that cannot be had is tried twice.
+// Runs until an on-demand playlist has been fetched; refreshes a live playlist until the pipeline
+// is stopped. If the first request fails, it is repeated once.
 void PlaylistThread(HlsPipeline& pipeline, const std::string& url);
 
 #endif  // HLS_PLAYLIST_THREAD_H_

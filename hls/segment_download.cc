@@ -16,11 +16,11 @@
 
 namespace {
 
-// How much of g_downloadBuffer a download that failed has left in front of this one. Guarded by
+// Number of bytes at the start of g_downloadBuffer that a failed download left there. Guarded by
 // g_downloadMutex.
 std::int32_t g_leftoverLength = 0;
 
-// Lets go of the leftover, to make room for the segment behind it.
+// Drops the leftover bytes to free space for the current segment.
 void DropLeftover() {
   g_downloadLength -= g_leftoverLength;
   std::memmove(g_downloadBuffer->data(), g_downloadBuffer->data() + g_leftoverLength,
@@ -32,13 +32,13 @@ bool Fits(std::size_t length) {
   return length <= kSegmentBufferSize - static_cast<std::size_t>(g_downloadLength);
 }
 
-// Of a partial body only whole packets stay, so that the packets of the next segment, which is
-// appended to them, are whole too. With g_downloadMutex held.
+// Truncates a partial body to whole packets. The next segment is appended to them, and its packets
+// must stay aligned. Requires g_downloadMutex.
 void KeepWholePackets() {
   g_downloadLength -= g_downloadLength % static_cast<std::int32_t>(kTsPacketSize);
 }
 
-// With g_downloadMutex held.
+// Requires g_downloadMutex.
 bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
   CURL* const handle = pipeline.segmentHandle.get();
   if (handle == nullptr || !pipeline.running.load()) return false;
@@ -50,7 +50,8 @@ bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
   return PerformTransfer(handle, transfer) == CURLE_OK;
 }
 
-// Waits until the parse thread has taken the segment before. With g_downloadMutex held.
+// Waits until the parse thread has finished the previous segment, then swaps the buffers. Returns
+// without a swap if the pipeline is stopped. Requires g_downloadMutex.
 void HandOver(const HlsPipeline& pipeline) {
   {
     std::unique_lock lock(g_segmentQueueMutex);

@@ -17,21 +17,21 @@ namespace {
 
 constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
 
-// Feeds the segment that waits, one packet a call; a tail shorter than a packet is dropped. False
-// when a stop came in between, since the rest would only be dropped too. With the demultiplexer's
-// lock held.
+// Feeds the pending segment to the demultiplexer, one packet per call, and drops a tail shorter
+// than a packet. Returns false if the pipeline was stopped; the remaining packets would only be
+// discarded. Requires TsDemuxLock.
 bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoWatch& video) {
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
   for (std::size_t i = 0; i < packets; ++i) {
     if (!pipeline.running.load()) return false;
     ts_demux_feed(g_parseBuffer->data() + i * kTsPacketSize,
                   static_cast<std::int32_t>(kTsPacketSize));
-    video.HasCome();  // it may be thrown away before the segment ends
+    video.HasCome();  // check now: queued frames may be discarded before the segment ends
   }
   return true;
 }
 
-// temp_files.h says what is reported where the file cannot be opened.
+// temp_files.h describes what is logged if the file cannot be opened.
 void KeepForInspection(std::int32_t length, const char* mode) {
   const platform::File file = OpenTempFile("tmpE.ts", mode);
   if (file == nullptr) return;
@@ -44,13 +44,13 @@ std::string CodecName(std::uint8_t stream_type) {
   return std::to_string(stream_type);
 }
 
-// What is told of the first segment.
+// What is reported about the first segment.
 struct FirstSegment {
   bool is_next = true;
   std::string status;
 };
 
-// Parses the segment that waits. False when there is none, and at a stop.
+// Parses the pending segment. Returns false if there is none or the pipeline was stopped.
 bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
   {
     const TsDemuxLock lock;
@@ -65,7 +65,7 @@ bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
     if (first.is_next) first.status += CodecName(ts_last_stream_type.load());
     g_parseLength = 0;
   }
-  WakeHlsTasks();  // the next segment may come
+  WakeHlsTasks();  // the segment thread may hand over the next segment
   return true;
 }
 

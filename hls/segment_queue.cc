@@ -17,17 +17,17 @@
 
 namespace {
 
-// As many segments as the segment thread remembers at least.
+// The segment thread remembers at least this many segments.
 constexpr std::size_t kRememberedSegments = 1000;
 
-// How many segments the live playlist lists. Guarded by g_segmentQueueMutex.
+// Number of segments that the live playlist lists. Guarded by g_segmentQueueMutex.
 std::size_t g_listedSegments = 0;
 
-// Whether an on-demand playlist was queued, which wakes the segment thread also where it lists
+// Set when an on-demand playlist was queued. Wakes the segment thread even if the playlist lists
 // nothing. Guarded by g_segmentQueueMutex.
 bool g_onDemandQueued = false;
 
-// How often it restarted. Guarded by g_playlistMutex.
+// Counts the restarts of the live stream. Guarded by g_playlistMutex.
 std::uint64_t g_sequenceEpoch = 0;
 
 bool ListsSegments(const M3u8Table& entries) {
@@ -35,13 +35,15 @@ bool ListsSegments(const M3u8Table& entries) {
                      [](const auto& row) { return IsSegment(row.second); });
 }
 
-// Tokens in the query of a variant may change, and two variants may differ in nothing else.
+// Identifies a variant by its address without the query, in which tokens may change, and by its
+// bandwidth: the addresses of two variants may differ only in the query.
 std::string SourceOf(const M3u8Entry& variant) {
   return MakeSegmentKey(variant.uri) + '\n' + std::to_string(variant.bandwidth);
 }
 
 void ConsoleCount(const char* tag, std::size_t count) {
-  ConsoleText(FormatText("%s:%d", tag, static_cast<int>(count)));  // no line break, on purpose
+  // No line break. Kept for compatibility.
+  ConsoleText(FormatText("%s:%d", tag, static_cast<int>(count)));
 }
 
 std::size_t RoomInQueue() {
@@ -49,7 +51,8 @@ std::size_t RoomInQueue() {
   return kMaxWaitingSegments - std::min(kMaxWaitingSegments, g_segmentQueue->size());
 }
 
-// The segment thread has finished all segments that it took before. With g_segmentQueueMutex held.
+// Forgets all replaced segments that are not in `waiting`. The segment thread has finished every
+// segment that it took before. Requires g_segmentQueueMutex.
 void ForgetReplacedBut(const std::vector<QueuedSegment>& waiting) {
   if (g_replacedSegments->empty()) return;
   std::set<std::pair<std::uint64_t, std::string>> pending;
@@ -60,7 +63,8 @@ void ForgetReplacedBut(const std::vector<QueuedSegment>& waiting) {
   *g_replacedSegments = std::move(pending);
 }
 
-// A pending segment of that name is gone from the server, which serves the new one there.
+// Makes the segment with a reused key count as new, and marks the former one as replaced: the
+// server now serves the new segment at that address.
 void Replace(const ReusedKey& reused) {
   ForgetSegment(reused.key);
   const std::lock_guard lock(g_segmentQueueMutex);
@@ -68,12 +72,12 @@ void Replace(const ReusedKey& reused) {
   g_replacedSegments->emplace(g_sequenceEpoch, reused.former_identity);
 }
 
-// One playlist text on its way into the queue.
+// Processes one playlist text and queues its new segments.
 class PlaylistPass {
  public:
   PlaylistPass(HlsPipeline& pipeline, const std::string& url) : pipeline_(pipeline), url_(url) {}
 
-  // Returns whether `text` was a playlist.
+  // Returns whether `text` is a playlist.
   bool Run(const std::string& text);
 
  private:
@@ -93,17 +97,17 @@ class PlaylistPass {
   M3u8Table top_;
   M3u8Table variant_segments_;
   const SequenceLedger* ledger_ = nullptr;  // of the first playlist that lists segments
-  bool is_late_copy_ = false;               // nothing of this pass is to be played
-  // Into the texts of the two tables above.
+  bool is_late_copy_ = false;               // if set, nothing in this playlist is played
+  // Views into the addresses in the two tables above.
   SegmentKeys top_keys_;
   SegmentKeys variant_keys_;
   std::vector<QueuedSegment> fresh_;
   const std::size_t room_ = RoomInQueue();
 };
 
-// Follows the media sequence of the first playlist in this pass that lists segments. After a
-// restart every segment is new, whatever its name is, and so is one whose name was reused. False
-// when the playlist is a late copy, which is not to be played.
+// Checks the media sequence of the first playlist in this pass that lists segments; later ones are
+// not checked. After a restart every segment is new, whatever its name. A segment whose name was
+// reused is new too. Returns false if the playlist is a late copy, which must not be played.
 bool PlaylistPass::FollowSequence(const std::string& source, std::int64_t first,
                                   const M3u8Table& entries) {
   if (ledger_ != nullptr || !ListsSegments(entries)) return true;
@@ -134,8 +138,8 @@ bool PlaylistPass::ParseTop(const std::string& text) {
   return true;
 }
 
-// Adds the segments of g_variantText. What a text without a header lists is dropped, and the text
-// stays, for the next one to be appended to it (kept on purpose).
+// Adds the segments in g_variantText. If the text has no header, its segments are dropped, but the
+// text stays and the next body is appended to it. Kept for compatibility.
 bool PlaylistPass::ParseVariant(const M3u8Entry& variant) {
   M3u8Header header;
   std::int64_t mediaSequence = kNoSequenceNumber;
@@ -148,7 +152,7 @@ bool PlaylistPass::ParseVariant(const M3u8Entry& variant) {
   return is_played;
 }
 
-// Notes it as listed in any case.
+// Records the segment as listed, and queues it if it is new. Returns whether it was queued.
 bool PlaylistPass::QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys) {
   listed_keys.insert(SegmentKeyIn(segment.uri));
   if (fresh_.size() >= room_ || !AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
@@ -166,8 +170,8 @@ void PlaylistPass::QueueVariant(const M3u8Entry& variant) {
   }
 }
 
-// A playlist that lists nothing, or whose variants could not be had, says nothing about what is
-// still listed.
+// Ignores a playlist that lists nothing or whose variants could not be fetched: it does not show
+// which segments are still listed.
 void PlaylistPass::NoteListed() const {
   if (top_keys_.empty() && variant_keys_.empty()) return;
   ForgetDoneSegments(top_keys_, variant_keys_);
@@ -175,8 +179,8 @@ void PlaylistPass::NoteListed() const {
   g_listedSegments = top_keys_.size() + variant_keys_.size();
 }
 
-// All at once, so that the segment thread takes a playlist's new segments as one batch. False when
-// there are none.
+// Queues all new segments at once, so that the segment thread gets them as one batch. Returns false
+// if there are none.
 bool PlaylistPass::HandToSegmentThread() {
   if (fresh_.empty()) return false;
   {
@@ -202,11 +206,11 @@ void PlaylistPass::QueueListed() {
       QueueVariant(entry);
     }
   }
-  if (IsOver()) return;  // a stop leaves the walk over a variant's segments half done
+  if (IsOver()) return;  // after a stop, the segments of a variant may be incomplete
   NoteListed();
-  // Compared with the variants' segments alone, on purpose: for a playlist of segments all those
-  // that were downloaded are forgotten, and queued once more at the next refresh. The segment
-  // thread passes over them.
+  // Compares with the segments of variants only. If the playlist lists segments itself, all its
+  // downloaded segments are forgotten and queued again at the next refresh, where the segment
+  // thread skips them. Kept for compatibility.
   if (HandToSegmentThread()) RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
 }
 
@@ -225,7 +229,7 @@ void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
   for (const auto& [index, segment] : entries) {
     if (!pipeline.running.load()) return;
     pipeline.listedDuration += segment.duration;
-    all.push_back({segment, segment.uri, 0});  // here the query tells segments apart
+    all.push_back({segment, segment.uri, 0});  // identity: the full address, query included
   }
   {
     const std::lock_guard lock(g_segmentQueueMutex);
@@ -237,7 +241,7 @@ void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
 
 void ClearSegmentQueue() {
   const std::lock_guard lock(g_segmentQueueMutex);
-  *g_segmentQueue = {};  // gives its memory back
+  *g_segmentQueue = {};  // releases the memory
   g_replacedSegments->clear();
   g_listedSegments = 0;
   g_onDemandQueued = false;

@@ -1,7 +1,7 @@
-// Which segments of the stream have been queued and downloaded, so that a live playlist, which
-// names the same segments again and again, has each of them queued once.
+// Records which segments of the stream have been queued and downloaded. A live playlist lists the
+// same segments again and again, but each is queued once.
 //
-// The state of the whole process. Safe from any thread.
+// Process-wide state. Thread-safe.
 #ifndef HLS_SEGMENT_STATES_H_
 #define HLS_SEGMENT_STATES_H_
 
@@ -16,44 +16,46 @@
 inline constexpr std::int32_t kSegmentQueued = 0;
 inline constexpr std::int32_t kSegmentDownloaded = 1;
 
-// What tells segments apart: the address without its query. One that begins with "?" is kept whole.
+// The key that identifies a segment: the address without its query. An address that begins with "?"
+// is kept whole.
 std::string MakeSegmentKey(const std::string& uri);
 
-// The same as a part of `uri`, and many of them. For playlists of a million segments, which live
-// longer than the keys.
+// The key as a view into `uri`, and a set of such keys. For playlists of a million segments, which
+// outlive the keys.
 std::string_view SegmentKeyIn(std::string_view uri);
 using SegmentKeys = std::set<std::string_view>;
 
-// Whether a live playlist, or one of variants, lists a segment here: its address has ".ts" in it.
+// Returns whether an entry of a live playlist or of one of its variants is a segment: its address
+// contains ".ts".
 bool IsSegment(const M3u8Entry& entry);
 
-// Adds the segment in that state. False, with nothing changed, when it is known.
+// Adds a segment in the given state. Returns false, and changes nothing, if the segment is known.
 bool AddSegmentIfNew(const std::string& uri, std::int32_t state);
 
-// Sets the state of a segment that is known.
+// Sets the state of a segment. Does nothing if the segment is not known.
 void SetSegmentState(const std::string& uri, std::int32_t state);
 
-// Forgets every segment in that state that is not among the current ones, and says so on the
-// console, a line for each.
+// Forgets every segment in the given state that is not among the current ones, and logs a console
+// line for each.
 void RemoveStaleSegments(const M3u8Table& currentEntries, std::int32_t state);
 void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state);
 
-// Remembers that the segment thread has done with a segment, queued once more perhaps, that it did
-// not download: it was passed over, or its download failed. Its state stays kSegmentQueued, which
-// no removal asks for, so without this a live stream would leave one behind for every such segment.
+// Records that the segment thread has finished a segment without downloading it: it was skipped,
+// perhaps since it had been queued twice, or its download failed. Its state stays kSegmentQueued,
+// but RemoveStaleSegments is called for kSegmentDownloaded only, so without this a live stream
+// would leave one entry for every such segment.
 void NoteSegmentDone(const std::string& uri);
 
-// Forgets, in silence, what was noted as done and is not listed any more: neither by the top-level
-// playlist nor by its variants.
+// Forgets, without a console line, every segment that NoteSegmentDone recorded and that is no
+// longer listed, neither by the top-level playlist nor by its variants.
 void ForgetDoneSegments(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {});
 
-// Forgets one segment, in silence: its key names another one from now on.
+// Forgets one segment, without a console line: its key names another segment from now on.
 void ForgetSegment(const std::string& key);
 
-// Forgets everything.
 void ForgetAllSegments();
 
-// How many segments are known.
+// Returns the number of known segments.
 std::size_t KnownSegments();
 
 #endif  // HLS_SEGMENT_STATES_H_

@@ -5,20 +5,21 @@
 
 namespace {
 
-// A cache node may lag so many segments behind, and as many windows must number their segments
-// rightly before numbers that were wrong are believed again.
+// A cache node may lag behind by this many segments. Numbers that were wrong are trusted again
+// after this many windows with correct numbers.
 constexpr int kLongLag = 12;
 
-// So many windows must have been right before numbers are believed where nothing overlaps.
+// After this many windows with correct numbers, a window without an agreeing pair is trusted too.
 constexpr int kProved = 3;
 
-// The distance from `from` to `to`, which is not smaller.
+// The distance between two numbers. `to` must not be less than `from`.
 std::uint64_t Distance(std::int64_t from, std::int64_t to) {
   return static_cast<std::uint64_t>(to) - static_cast<std::uint64_t>(from);
 }
 
-// Whether a window that reaches down to the number of this pair, which was listed before, does not
-// list the pair. One that lists its key twice does not contradict it.
+// Returns whether the window contradicts a remembered pair: the number is not below the window, but
+// the window does not list this key under this number. A window that lists the key under this
+// number and again under another one does not contradict the pair.
 bool Contradicts(const SequenceWindow& window, const NumberedSegment& pair) {
   if (pair.number < window.segments.front().number) return false;
   const auto found = std::lower_bound(
@@ -32,7 +33,7 @@ bool Contradicts(const SequenceWindow& window, const NumberedSegment& pair) {
 std::string SequenceLedger::IdentityOf(std::string_view key) const {
   const auto reused_at = memory_.ReusedAt(key);
   if (!reused_at) return std::string(key);
-  return std::string(key) + '\n' + std::to_string(*reused_at);  // no key has a line break
+  return std::string(key) + '\n' + std::to_string(*reused_at);  // a key never contains a line break
 }
 
 SequenceVerdict SequenceLedger::Follow(const SequenceWindow& window) {
@@ -83,8 +84,9 @@ bool SequenceLedger::IsOfThePreviousRun(const SequenceWindow& window) const {
                      [this](const NumberedSegment& pair) { return previous_.Contains(pair); });
 }
 
-// A restart under the same names and numbers looks like a late copy, but moves on for longer than a
-// cache node is taken to lag behind. A copy that jumps is another node's, and the run starts again.
+// A restart under the same names and numbers looks like a late copy, but it advances further than a
+// cache node may lag behind. A copy that jumps is from another cache node, so counting starts
+// again.
 bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
   constexpr int kSteps = 3;
   const std::int64_t end = window.segments.back().number;
@@ -100,8 +102,8 @@ bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
          Distance(late_run_->begin, late_run_->end) > std::uint64_t{kLongLag};
 }
 
-// Late copies of the run before are still served for a while. Where a late run became the stream
-// the two cannot be distinguished.
+// Late copies of the previous run are still served for a while, so its pairs are kept. If a late
+// run became the stream, the two runs cannot be distinguished and nothing is kept.
 void SequenceLedger::Forget(bool is_late_run) {
   SequenceLedger empty;
   if (!is_late_run) empty.previous_ = std::move(memory_);
@@ -115,16 +117,17 @@ void SequenceLedger::WeighNumbers(const SequenceWindow& window, const Comparison
   if (found.contradicted > 0 || (found.below > 0 && !is_plausible)) {
     proof_ = -kLongLag;
   } else if (found.below > 0 && found.agreeing == 0) {
-    proof_ = 0;  // believed this once
+    proof_ = 0;  // trusted this time only
   } else if (has_moved && found.agreeing > 0) {
     proof_ = std::min(proof_ + 1, kLongLag);
   }
   if (proof_ < 0 || proof_ == kLongLag) previous_ = SequenceMemory();
 }
 
-// Whether the key of a pair returns for another segment. Where no pair agrees, it must have been
-// away for a whole window, since inside one playlist a key is one segment; and no key may be
-// unknown, since then another server counts otherwise and a part of what it lists was played.
+// Returns whether the key of a pair names another segment now. If no pair agrees, two more
+// conditions apply. The key must have been absent for a whole window, since one playlist uses a key
+// for one segment only. And no key may be unknown: otherwise another server numbers the segments
+// differently, and part of its list was already played.
 bool SequenceLedger::IsReused(const SequenceWindow& window, const NumberedSegment& pair,
                               const Comparison& found) const {
   const auto number = memory_.NumberOf(pair.key);
@@ -144,8 +147,8 @@ void SequenceLedger::Accept(const SequenceWindow& window, const Comparison& foun
       memory_.Record(pair);
     }
   }
-  // Somewhat more than the segment thread remembers, so that no key that it knows is forgotten
-  // here.
+  // Keep more pairs than the segment thread remembers segments, so that no key that it knows is
+  // forgotten here.
   memory_.Trim(std::max(kRemembered, window.segments.size()) + kRemembered);
   first_ = window.first;
   late_run_.reset();

@@ -1,22 +1,22 @@
 // SequenceLedger: remembers the media sequence numbers of the segments that a live playlist has
-// listed, and decides from them what a new window of that playlist is.
+// listed, and uses them to classify each new window of that playlist.
 //
-// - A late copy shows segments that were listed before, under the numbers they had then: a cache
-//   node lags behind. Nothing of it is played. Only when such copies alone are served, and have
-//   moved on step by step over more than twelve segments, are they taken for a restart under the
-//   same names and numbers, which looks alike.
-// - A restart lists known keys under other, smaller numbers: the encoder was restarted under the
+// - A late copy lists segments that were listed before, under the same numbers: a cache node lags
+//   behind. Nothing in it is played. If only late copies are served, and they have advanced step by
+//   step over more than twelve segments, they count as a restart under the same names and numbers,
+//   which looks the same.
+// - A restart lists known keys under other, smaller numbers: the encoder was restarted with the
 //   same names. Everything in it is new.
-// - A key that returns under a larger number, after its old one has left the window, names a new
-//   segment: names are reused in a ring.
-// - Any other known key is the segment that it was before. An unknown one is new, whatever its
-//   number is.
+// - A key that returns under a larger number, after its old number has left the window, names a new
+//   segment: the server reuses names in a ring.
+// - Any other known key is the same segment as before. An unknown key is a new segment, whatever
+//   its number is.
 //
-// Some servers do not count segments: their number never changes, counts refreshes or is a clock.
-// That shows when the numbers of one segment differ from window to window. From then on the keys
-// alone decide, until the numbers have been right for some time.
+// Some servers do not number segments: their number never changes, counts refreshes or is a clock.
+// This is detected when the numbers of one segment differ from window to window. From then on the
+// keys alone decide, until the numbers have been correct for some time.
 //
-// Not safe from several threads at a time. Numbers are compared within one playlist only.
+// Not thread-safe. Numbers are compared within one playlist only.
 #ifndef HLS_SEQUENCE_LEDGER_H_
 #define HLS_SEQUENCE_LEDGER_H_
 
@@ -29,7 +29,8 @@
 
 #include "hls/sequence_memory.h"
 
-// What a live playlist lists now: its media sequence number, and its segments by ascending number.
+// The current content of a live playlist: its media sequence number, and its segments by ascending
+// number.
 struct SequenceWindow {
   std::int64_t first;
   std::vector<NumberedSegment> segments;
@@ -38,43 +39,44 @@ struct SequenceWindow {
 // A key that names another segment than before.
 struct ReusedKey {
   std::string key;
-  std::string former_identity;  // of the segment that it named
+  std::string former_identity;  // of the segment that it named before
 };
 
 enum class SequenceVerdict { kGoesOn, kLateCopy, kRestart };
 
 class SequenceLedger {
  public:
-  // As many pairs are remembered at least, and those of a whole window if that is larger.
+  // At least this many pairs are remembered, or those of a whole window if there are more of them.
   static constexpr std::size_t kRemembered = 1'000;
 
-  // Judges a window and, unless it is a late copy, remembers it. A window without segments goes on
-  // and changes nothing.
+  // Judges a window and, unless it is a late copy, remembers it. A window without segments is
+  // judged as kGoesOn and changes nothing.
   SequenceVerdict Follow(const SequenceWindow& window);
 
-  // The keys that the last window, which was followed, has reused for new segments.
+  // The keys that the window of the last Follow call reuses for new segments.
   const std::vector<ReusedKey>& ReusedKeys() const { return reused_; }
 
-  // Distinguishes the segment that has this key now from those that had it before.
+  // Identifies the segment that has this key now; earlier segments with the same key have other
+  // identities.
   std::string IdentityOf(std::string_view key) const;
 
   std::size_t Size() const { return memory_.Size() + previous_.Size(); }
 
  private:
-  // The pairs of a window, compared with what is remembered.
+  // Result of comparing the pairs of a window with the remembered ones.
   struct Comparison {
     std::size_t agreeing = 0;
-    std::size_t unknown = 0;       // keys
-    std::size_t below = 0;         // keys known under a number below the window
-    std::size_t contradicted = 0;  // keys known under a number that the window has no place for
+    std::size_t unknown = 0;       // keys that are not remembered
+    std::size_t below = 0;         // keys whose known number is below the window
+    std::size_t contradicted = 0;  // keys that the window does not list under their number
 
     bool IsRenumbered() const { return below + contradicted > 0; }
   };
 
-  // Late copies in a row.
+  // Consecutive late copies.
   struct LateRun {
-    std::int64_t begin;  // the last number of its first copy
-    std::int64_t end;    // and of its last one
+    std::int64_t begin;  // last number of the first copy
+    std::int64_t end;    // last number of the latest copy
     int steps = 0;
   };
 
@@ -89,10 +91,10 @@ class SequenceLedger {
   void Accept(const SequenceWindow& window, const Comparison& found);
 
   SequenceMemory memory_;
-  SequenceMemory previous_;            // of the run before a restart, for a while
-  std::optional<std::int64_t> first_;  // of the window that was accepted last
+  SequenceMemory previous_;            // of the run before a restart, kept for a while
+  std::optional<std::int64_t> first_;  // start of the last accepted window
   std::optional<LateRun> late_run_;
-  int proof_ = 0;  // windows in a row whose numbers were right; negative: they are not believed
+  int proof_ = 0;  // consecutive windows with correct numbers; negative: not trusted
   std::vector<ReusedKey> reused_;
 };
 

@@ -39,7 +39,7 @@ void SequenceMemory::RecordReused(const NumberedSegment& pair) {
   keys_.find(pair.key)->second.reused_at = pair.number;
 }
 
-// The key itself stays until Trim: it may be about to be listed under another number.
+// The key stays until Trim: the same window may list it again under another number.
 void SequenceMemory::Release(Keys::iterator key) {
   if (--key->second.pairs == 0) released_.push_back(key->first);
 }

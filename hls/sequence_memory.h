@@ -1,6 +1,6 @@
-// SequenceMemory: under which media sequence number a live playlist listed which segment. A pair is
-// a number and the key of a segment (segment_states.h). Bounded by Trim, which forgets the pairs
-// that were listed longest ago. Used by one thread at a time.
+// SequenceMemory: remembers which segment a live playlist listed under which media sequence number.
+// A pair is a number and the key of a segment (segment_states.h). Trim limits the size: it forgets
+// the least recently listed pairs. Not thread-safe.
 #ifndef HLS_SEQUENCE_MEMORY_H_
 #define HLS_SEQUENCE_MEMORY_H_
 
@@ -16,27 +16,28 @@
 
 struct NumberedSegment {
   std::int64_t number;
-  std::string_view key;  // of the caller, for the call
+  std::string_view key;  // borrowed from the caller during the call
 };
 
 class SequenceMemory {
  public:
-  // Whether this is the key that was listed last under this number.
+  // Returns whether the key of the pair is the last one listed under its number.
   bool Contains(const NumberedSegment& pair) const;
 
-  // The newest number of a key, and none where no pair with this key is remembered.
+  // The newest number of a key; nullopt if the key is not remembered.
   std::optional<std::int64_t> NumberOf(std::string_view key) const;
 
-  // The number under which the key was recorded as reused, if it ever was.
+  // The number under which the key was recorded as reused; nullopt if it was not.
   std::optional<std::int64_t> ReusedAt(std::string_view key) const;
 
-  // Records a listed pair. A pair that is remembered only counts as listed again.
+  // Records a listed pair. A pair that is already remembered becomes the most recently listed one.
   void Record(const NumberedSegment& pair);
 
-  // The same for a key that names another segment from now on.
+  // Records a pair whose key names another segment from now on.
   void RecordReused(const NumberedSegment& pair);
 
-  // Forgets the pairs that were listed longest ago, up to `limit`. Keys are forgotten here alone.
+  // Forgets the least recently listed pairs until `limit` are left, and the keys without a pair. No
+  // other function forgets keys.
   void Trim(std::size_t limit);
 
   std::size_t Size() const { return by_number_.size(); }
@@ -45,7 +46,7 @@ class SequenceMemory {
   struct KeyState {
     std::int64_t number;
     std::optional<std::int64_t> reused_at = {};
-    std::size_t pairs = 0;  // with this key
+    std::size_t pairs = 0;  // number of pairs with this key
   };
   using Keys = std::map<std::string, KeyState, std::less<>>;
 
@@ -58,9 +59,9 @@ class SequenceMemory {
   void Release(Keys::iterator key);
 
   Keys keys_;
-  Pairs pairs_;  // the one listed last at the end
+  Pairs pairs_;  // most recently listed last
   std::map<std::int64_t, Pairs::iterator> by_number_;
-  std::vector<std::string> released_;  // keys that had no pair left
+  std::vector<std::string> released_;  // keys whose last pair was released
 };
 
 #endif  // HLS_SEQUENCE_MEMORY_H_

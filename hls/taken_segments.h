@@ -1,5 +1,6 @@
-// TakenSegments: the segments that the segment thread has taken, so that one that is queued again
-// is not played again. Bounded: what was not met for longest is forgotten.
+// TakenSegments: remembers which segments the segment thread has taken, so that a segment that is
+// queued again is not played again. Limited in size: the least recently seen segments are
+// forgotten.
 #ifndef HLS_TAKEN_SEGMENTS_H_
 #define HLS_TAKEN_SEGMENTS_H_
 
@@ -10,15 +11,15 @@
 
 class TakenSegments {
  public:
-  // Takes a segment by what tells it from others; false when it was taken before. One more than
-  // `limit` of them are kept at most.
+  // Records the identity of a segment. Returns false if it was recorded before. Keeps at most
+  // `limit` + 1 identities.
   bool Take(const std::string& key, std::size_t limit);
 
   void Forget();
   std::size_t Size() const { return places_.size(); }
 
  private:
-  using Order = std::list<std::string>;  // the one met last at the end
+  using Order = std::list<std::string>;  // most recently seen last
 
   Order order_;
   std::map<std::string, Order::iterator> places_;

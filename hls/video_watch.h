@@ -1,5 +1,5 @@
-// VideoWatch: tells whether video frames were queued since it was made, also when they have been
-// delivered since, and when another start made the queues new and empty.
+// VideoWatch: detects whether video frames were queued since it was created, even if they have been
+// delivered or if another start has replaced the queues.
 #ifndef HLS_VIDEO_WATCH_H_
 #define HLS_VIDEO_WATCH_H_
 
@@ -9,13 +9,13 @@ class VideoWatch {
  public:
   VideoWatch() : last_(Look()) {}
 
-  // What came between two looks is missed only where it was thrown away before the second, so look
-  // often.
+  // Returns whether a video frame was queued. A frame is missed if the queues are replaced between
+  // its arrival and the next call, so call this often.
   bool HasCome();
 
  private:
   struct Place {
-    std::uint64_t generation;  // of the queues: their count of frames belongs to it
+    std::uint64_t generation;  // of the queues; `pushed` counts frames within it
     std::uint64_t pushed;
   };
 

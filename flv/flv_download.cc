@@ -5,7 +5,7 @@
 
 namespace {
 
-// The download of this thread, for the write callback, which is given no pointer of its own.
+// The transfer that this thread performs: the write callback gets no pointer of its own.
 thread_local FlvTransfer* t_transfer = nullptr;
 
 std::size_t TakeFlvBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {

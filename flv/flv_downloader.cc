@@ -24,7 +24,8 @@ CFlvDownloader::~CFlvDownloader() {
 bool CFlvDownloader::BeginDownload(const std::string& url) {
   g_flvRunning = true;
   pool_.Start();
-  const std::uint64_t stream = g_flvStream->Begin();  // from here an older one queues no more
+  // From here on, an older stream queues nothing.
+  const std::uint64_t stream = g_flvStream->Begin();
   ResetFrameQueues();
   UseUrl(url);
   AddGated([url, stream] { RunDownload(url, stream); });
@@ -41,14 +42,14 @@ bool CFlvDownloader::EndDownload() {
 }
 
 bool CFlvDownloader::SetStartPostion(float seconds) {
-  // The time told is that of accepting a position that changes nothing: kept on purpose.
+  // Reports the time of doing nothing, since the position is ignored. Kept for compatibility.
   const std::clock_t before = std::clock();
   const std::clock_t elapsed = std::clock() - before;
   player_.Message(StartPositionLine("FLV", seconds, elapsed));
   return true;
 }
 
-// Another address gets an empty cache file, to which nothing is ever written.
+// A new address gets an empty cache file. Nothing is ever written to it.
 void CFlvDownloader::UseUrl(const std::string& url) {
   if (url == url_) {
     player_.Message("PLAY FLV RE:" + url);

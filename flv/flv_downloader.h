@@ -1,7 +1,7 @@
 // The FLV pipeline: plays an FLV address over HTTP, HTTPS or from a local file while it downloads.
 // Four tasks run on its pool: download, play (the parser), video delivery, audio delivery.
 //
-// The facade makes one, on the first ".flv" address, and forwards its own operations to it. Most of
+// The facade creates one for the first ".flv" address and forwards its operations to it. Most of
 // the state is process-wide (flv_stream.h): one FLV pipeline plays at a time. The player is
 // borrowed.
 //
@@ -25,16 +25,16 @@ class CFlvDownloader {
   CFlvDownloader(const CFlvDownloader&) = delete;
   CFlvDownloader& operator=(const CFlvDownloader&) = delete;
 
-  // Starts to play `url`, already cleaned, from its beginning. Always true. After a second start
-  // without a stop nothing more of the first is queued, but its delivery tasks go on until the
-  // stop, so that the pool has room for four starts.
+  // Starts to play `url`, which must be cleaned, from its beginning. Always returns true. After a
+  // second start without a stop, the first stream queues nothing more, but its delivery tasks run
+  // until the stop. The pool has capacity for four starts.
   bool BeginDownload(const std::string& url);
 
-  // Stops, joins the tasks and drops what is queued. False when nothing ran.
+  // Stops and joins the tasks and drops what is queued. Returns false if nothing was running.
   bool EndDownload();
 
-  // Takes a position and tells the player so. Nothing else comes of it: an FLV stream plays from
-  // its beginning, on purpose. Always true.
+  // Accepts a position and reports it to the player. It has no other effect: an FLV stream always
+  // plays from its beginning. Kept for compatibility. Always returns true.
   bool SetStartPostion(float seconds);
 
  private:

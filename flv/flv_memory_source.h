@@ -1,4 +1,4 @@
-// An FLV stream that lies in memory whole: for tests, fuzzers and benchmarks. Borrows the bytes.
+// An FLV stream that is completely in memory, for tests, fuzzers and benchmarks. Borrows the bytes.
 #ifndef FLV_FLV_MEMORY_SOURCE_H_
 #define FLV_FLV_MEMORY_SOURCE_H_
 

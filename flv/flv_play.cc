@@ -15,8 +15,8 @@
 
 namespace {
 
-// A local file is read here too, up to 10 MiB of it, beside the download: kept on purpose. Nothing
-// is said where it cannot be opened.
+// Reads a local file a second time, in parallel with the download, until 10 MiB are unread.
+// Kept for compatibility. Logs nothing if the file cannot be opened.
 void PreloadLocalFile(const std::string& path, std::uint64_t stream) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr std::uint32_t kPreloadLimit = 0xA00000;

@@ -1,4 +1,4 @@
-// The play task of the FLV pipeline: parses what is staged into the frame queues.
+// The play task of the FLV pipeline: parses the staged bytes into frames in the frame queues.
 #ifndef FLV_FLV_PLAY_H_
 #define FLV_FLV_PLAY_H_
 
@@ -15,9 +15,9 @@ struct FlvPlay {
   std::atomic<std::uint16_t>& audio_config;  // flv_tag_parser.h
 };
 
-// Waits until enough is received, reports to the player whether the stream begins as FLV does, and
-// parses it to its end or until g_flvRunning is cleared. Bytes received afterwards are dropped.
-// Blocks.
+// Waits until enough bytes are received, reports to the player whether they begin with an FLV
+// header, and parses the stream until its end or until g_flvRunning is cleared. Bytes received
+// afterwards are dropped. Blocks.
 void PlayFlv(const FlvPlay& play);
 
 #endif  // FLV_FLV_PLAY_H_

@@ -1,4 +1,4 @@
-// FlvReader: the numbers of an FLV stream, big-endian, and how many bytes they took.
+// FlvReader: reads the big-endian numbers of an FLV stream and counts the bytes.
 #ifndef FLV_FLV_READER_H_
 #define FLV_FLV_READER_H_
 
@@ -6,7 +6,7 @@
 
 #include "flv/flv_source.h"
 
-// What is read into is left as it was when a read fails.
+// A read that fails leaves its output argument unchanged.
 class FlvReader {
  public:
   explicit FlvReader(FlvSource& source) : source_(source) {}
@@ -20,14 +20,14 @@ class FlvReader {
   bool Read24(std::uint32_t& value);
   bool Read32(std::uint32_t& value);
 
-  // 24 bits, then the bits 24 to 31: the fields Timestamp and TimestampExtended, milliseconds.
+  // Reads the fields Timestamp (the lower 24 bits) and TimestampExtended (bits 24 to 31), in
+  // milliseconds.
   bool ReadTimestamp(std::uint32_t& value);
 
-  // Passes over `count` bytes, all or none. A negative count goes nowhere but moves the position
-  // back.
+  // Skips `count` bytes, all or none. A negative count skips nothing but moves the position back.
   bool Skip(std::int32_t count);
 
-  // Bytes asked for so far, also those that did not come, modulo 2^32.
+  // Number of bytes requested so far, including those that could not be read, modulo 2^32.
   std::uint32_t Position() const { return position_; }
 
  private:

@@ -1,4 +1,4 @@
-// Where the bytes of an FLV stream come from.
+// The source of the bytes of an FLV stream.
 #ifndef FLV_FLV_SOURCE_H_
 #define FLV_FLV_SOURCE_H_
 
@@ -8,16 +8,16 @@ class FlvSource {
  public:
   virtual ~FlvSource() = default;
 
-  // False once nothing more is to be parsed or queued, also of what is there.
+  // Returns false once parsing and queuing must end, even if there are unread bytes.
   virtual bool Runs() const = 0;
 
-  // Waits until `count` unread bytes are there. False when they will not come.
+  // Waits until `count` unread bytes are available. Returns false if they will not be received.
   virtual bool Await(std::uint32_t count) = 0;
 
-  // Waits likewise and takes them, all or none: on failure `bytes` is left as it was.
+  // Waits for `count` bytes and reads them, all or none. On failure `bytes` is unchanged.
   virtual bool Read(std::uint8_t* bytes, std::uint32_t count) = 0;
 
-  // Waits likewise and drops them, all or none.
+  // Waits for `count` bytes and drops them, all or none.
   virtual bool Skip(std::uint32_t count) = 0;
 };
 

@@ -29,7 +29,7 @@ std::uint64_t FlvStream::Begin() {
   dropped_ = 0;
   downloading_ = true;
   parsing_ = true;
-  ready_.notify_all();  // who waits for an older stream waits in vain
+  ready_.notify_all();  // ends the wait for an older stream
   return ++stream_;
 }
 
@@ -50,7 +50,7 @@ bool FlvStream::Stage(std::uint64_t stream, std::uint64_t offset, const void* by
   return true;
 }
 
-// True when there is room, or when all up to `end` is there already.
+// Waits for space. Also returns true if all bytes up to `end` have been received already.
 bool FlvStream::AwaitRoom(std::uint64_t stream, std::uint64_t end, Lock& lock) const {
   while (stream == stream_) {
     if (unread_->Size() < most_unread_ || received_ >= end) return true;
@@ -81,7 +81,7 @@ void FlvStream::Release() {
 }
 
 void FlvStream::Stop() {
-  // Taken so that nobody can be between looking and waiting.
+  // Locked so that no thread is between checking its condition and waiting.
   const std::lock_guard lock(mutex_);
   ready_.notify_all();
 }
@@ -117,7 +117,7 @@ bool FlvStream::Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t co
   return true;
 }
 
-// In pieces of no more than can be unread at once.
+// Skips in pieces, since no more than most_unread_ bytes can be unread at once.
 bool FlvStream::Skip(std::uint64_t stream, std::uint32_t count) {
   Lock lock(mutex_);
   while (count > 0) {

@@ -1,11 +1,11 @@
-// FlvStream: the bytes of an FLV stream between those who receive it and the parser, which reads
-// them through FlvStreamSource and waits for what is still to come.
+// FlvStream: buffers the bytes of an FLV stream between the producers, which receive them, and the
+// parser, which reads them through FlvStreamSource and waits for those that are missing.
 //
-// There is one for the whole process, since one FLV pipeline plays at a time and the facade only
-// forgets its FLV pipeline (kept on purpose). Each start begins a new stream in it and gets its
-// number; whoever still holds an older number stages nothing and reads nothing.
+// There is one for the whole process, since one FLV pipeline plays at a time and the facade does
+// not destroy its FLV pipeline. Kept for compatibility. Each start begins a new stream in it and
+// gets a number; a thread with an older number can neither stage nor read.
 //
-// Safe from any thread.
+// Thread-safe.
 #ifndef FLV_FLV_STREAM_H_
 #define FLV_FLV_STREAM_H_
 
@@ -25,10 +25,11 @@ extern std::atomic<bool> g_flvRunning;
 
 class FlvStream {
  public:
-  // The parser does not wait any longer to begin once more unread bytes than this are there.
+  // The parser starts when more than this many bytes are unread.
   static constexpr std::uint32_t kReadySize = 10240;
 
-  // Far more than a stream has that is parsed as it comes, and far less than the buffer can count.
+  // Far more than is ever unread of a stream that is parsed as it is received, and far less than
+  // the buffer can count.
   static constexpr std::uint32_t kMostUnread = std::uint32_t{1} << 30;
 
   explicit FlvStream(std::uint32_t most_unread = kMostUnread) : most_unread_(most_unread) {}
@@ -36,43 +37,43 @@ class FlvStream {
   // Begins a new, empty stream and returns its number.
   std::uint64_t Begin();
 
-  // Puts a piece that begins at `offset` of the stream behind what is there, as far as it is not
-  // there yet: a local file comes from two sides, and each byte of it is parsed once. Where a
-  // slow parser has let kMostUnread bytes gather, waits until there are fewer. False for an older
-  // stream, when a stop ends that wait, and when memory runs out.
+  // Appends a piece that begins at `offset` of the stream, without the bytes that were received
+  // before: a local file is received from two producers, but each of its bytes is parsed once. If a
+  // slow parser has let kMostUnread bytes accumulate, waits until there are fewer. Returns false
+  // for an older stream, if a stop ends the wait, and if memory runs out.
   bool Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes, std::uint32_t size);
 
-  // Nothing more will be staged.
+  // Marks the end of the input: nothing more will be staged.
   void EndDownload(std::uint64_t stream);
 
-  // Nothing more will be read: what is unread is dropped, and so is every later piece, for which
-  // Stage still returns true. So a transfer that goes on after its parser has ended, such as that
-  // of an endless stream that is no FLV, fills no memory.
+  // Marks the end of parsing: unread bytes are dropped, and so is every later piece, for which
+  // Stage still returns true. So a transfer that continues after its parser has ended, for example
+  // of an endless stream that is not FLV, does not fill the memory.
   void EndParsing(std::uint64_t stream);
 
-  // Wakes whoever waits, once g_flvRunning was cleared.
+  // Wakes all waiting threads. Call this after g_flvRunning was cleared.
   void Stop();
 
-  // Waits until more than kReadySize bytes are unread, the download has ended, or g_flvRunning is
-  // cleared.
+  // Waits until more than kReadySize bytes are unread, the download has ended, g_flvRunning is
+  // cleared or another stream was begun.
   void AwaitReady(std::uint64_t stream);
 
-  // How FlvStreamSource reads; what FlvSource says of them holds, but that of a Skip of more than
-  // kMostUnread the first part may be dropped though the rest does not come.
+  // Used by FlvStreamSource. They follow the contract of FlvSource, with one exception: a Skip of
+  // more than kMostUnread bytes may drop the first part and then fail.
   bool Await(std::uint64_t stream, std::uint32_t count);
   bool Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t count);
   bool Skip(std::uint64_t stream, std::uint32_t count);
 
-  // Gives the memory of what is unread back. For when the tasks have ended.
+  // Releases the memory of the unread bytes. Call this after the tasks have ended.
   void Release();
 
-  // Whether it is the one that was begun last.
+  // Returns whether this is the stream that was begun last.
   bool IsCurrent(std::uint64_t stream) const { return stream == stream_.load(); }
 
-  // Bytes received and not read yet.
+  // Number of bytes received and not read yet.
   std::uint32_t UnreadSize() const;
 
-  // Bytes dropped since the stream began.
+  // Number of bytes dropped since the stream began.
   std::uint64_t DroppedSize() const;
 
  private:
@@ -84,11 +85,11 @@ class FlvStream {
 
   const std::uint32_t most_unread_;
   mutable std::mutex mutex_;
-  std::atomic<std::uint64_t> stream_{0};  // the number of the stream; changed with mutex_ held
+  std::atomic<std::uint64_t> stream_{0};  // number of the last stream; changed with mutex_ held
   // All guarded by mutex_.
   std::condition_variable ready_;
   std::optional<CByteBuffer> unread_{std::in_place};
-  std::uint64_t received_ = 0;  // bytes of the stream so far, dropped ones included
+  std::uint64_t received_ = 0;  // bytes of the stream so far, including dropped ones
   std::uint64_t dropped_ = 0;
   bool downloading_ = false;
   bool parsing_ = false;
@@ -96,7 +97,7 @@ class FlvStream {
 
 extern NeverDestroyed<FlvStream> g_flvStream;
 
-// A stream of g_flvStream as the parser reads it.
+// A stream of g_flvStream, as a source for the parser.
 class FlvStreamSource final : public FlvSource {
  public:
   explicit FlvStreamSource(std::uint64_t stream) : stream_(stream) {}

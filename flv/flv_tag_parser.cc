@@ -15,14 +15,14 @@ constexpr std::uint8_t kAudioTag = 8;
 constexpr std::uint8_t kVideoTag = 9;
 constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
 
-// printf-style, with the line break in the format.
+// `format` is printf-style and includes the line break.
 void ConsoleNumber(const char* format, std::int32_t number) {
   ConsoleText(FormatText(format, number));  // NOLINT(clang-diagnostic-format-nonliteral)
 }
 
-// Reads `size` bytes of a tag into a new frame, behind `prefix`, and queues it. False when the
-// bytes will not come, and nothing is queued then. Without memory for it the frame is dropped and
-// the stream goes on.
+// Reads `size` bytes of a tag into a new frame, after `prefix`, and queues the frame. Returns
+// false, and queues nothing, if the bytes cannot be read or if the stream was stopped or replaced.
+// If there is no memory for the frame, it is dropped and the stream continues.
 bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uint32_t size,
                std::uint32_t timestamp, FrameQueue*& queue) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
@@ -34,7 +34,7 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
                         is_video, true) != 0) {
     return reader.Skip(static_cast<std::int32_t>(size));
   }
-  frame.isVideo = 1;  // audio frames are marked as video too: kept for compatibility
+  frame.isVideo = 1;  // audio frames are marked as video too. Kept for compatibility.
   frame.playTime = ticks;
   std::uint8_t* const body = std::copy(prefix.begin(), prefix.end(), frame.data);
   if (!reader.ReadBytes(body, size)) {
@@ -42,8 +42,8 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
     return false;
   }
   const std::lock_guard lock(g_frameQueueMutex);
-  // Looked at with the queues held, so that no frame of a stream that was replaced gets in front of
-  // the new one's.
+  // Checked with the queues locked, so that no frame of a replaced stream is queued before those of
+  // the new one.
   const bool is_wanted = reader.Runs();
   if (!is_wanted || PushFrame(frame, EnsureQueue(queue)) != 0) ReleasePayload(frame);
   return is_wanted;
@@ -53,7 +53,7 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
 
 bool FlvTagParser::ReadHeader() {
   constexpr std::uint32_t kSignature = 0x464C56;
-  constexpr std::uint32_t kLowerCaseSignature = 0x666C76;  // taken on purpose
+  constexpr std::uint32_t kLowerCaseSignature = 0x666C76;  // Kept for compatibility
   constexpr std::uint32_t kHeaderSize = 9;
   std::uint32_t signature = 0;
   if (!reader_.Read24(signature)) return false;
@@ -64,8 +64,8 @@ bool FlvTagParser::ReadHeader() {
   std::uint32_t data_offset = 0;
   if (!reader_.Skip(2) || !reader_.Read32(data_offset)) return false;
   ConsoleNumber("headlength:%d\n", static_cast<std::int32_t>(data_offset));
-  // Of a header that goes on beyond the end of the stream nothing is passed over, and its tags are
-  // looked for right here: kept on purpose.
+  // If the header claims to end after the end of the stream, nothing is skipped and the tags are
+  // read from here. Kept for compatibility.
   reader_.Skip(static_cast<std::int32_t>(data_offset - kHeaderSize));
   return true;
 }
@@ -77,7 +77,8 @@ bool FlvTagParser::ReadTag() {
   return left >= 0 && reader_.Skip(static_cast<std::int32_t>(left));
 }
 
-// The bytes of a tag that were not asked for yet. Negative behind the first byte of an empty one.
+// Number of bytes of the tag that were not requested yet. Negative for an empty tag, whose first
+// byte is always requested.
 std::int64_t FlvTagParser::LeftOf(const TagHeader& tag) const {
   const std::uint32_t consumed = reader_.Position() - tag.body_position;
   return std::int64_t{tag.data_size} - consumed;
@@ -101,7 +102,7 @@ bool FlvTagParser::ReadBody(const TagHeader& tag) {
   return true;
 }
 
-// Every video tag is taken for AVC, whatever its codec field says: kept on purpose.
+// Every video tag is parsed as AVC, whatever its codec field says. Kept for compatibility.
 bool FlvTagParser::ReadVideo(const TagHeader& tag) {
   constexpr std::int32_t kCompositionTimeBytes = 3;
   std::uint8_t packet_type = 0;
@@ -110,7 +111,7 @@ bool FlvTagParser::ReadVideo(const TagHeader& tag) {
   return packet_type == 0 ? ReadParameterSets(tag) : ReadNalUnits(tag);
 }
 
-// The length in front of each NAL unit is taken to have four bytes: kept on purpose.
+// The length before each NAL unit is assumed to have four bytes. Kept for compatibility.
 bool FlvTagParser::ReadNalUnits(const TagHeader& tag) {
   constexpr std::int64_t kLengthBytes = 4;
   while (LeftOf(tag) > 0) {
@@ -121,8 +122,8 @@ bool FlvTagParser::ReadNalUnits(const TagHeader& tag) {
   return true;
 }
 
-// An AVCDecoderConfigurationRecord (ISO/IEC 14496-15, 5.2.4.1). Of the parameter sets only the
-// first of either kind is read, and their counts are not looked at: kept on purpose.
+// Parses an AVCDecoderConfigurationRecord (ISO/IEC 14496-15, 5.2.4.1). Reads only the first
+// parameter set of each kind and ignores their counts. Kept for compatibility.
 bool FlvTagParser::ReadParameterSets(const TagHeader& tag) {
   constexpr std::int32_t kBytesBeforeSps = 6;
   std::uint8_t pps_count = 0;
@@ -155,7 +156,7 @@ bool FlvTagParser::ReadAac(const TagHeader& tag) {
   return packet_type != kRawFrame || EmitAudio(tag);
 }
 
-// A header that is too short leaves the configuration as it was.
+// A header that is too short leaves the configuration unchanged.
 bool FlvTagParser::ReadAudioConfig(const TagHeader& tag) {
   constexpr std::int64_t kConfigBytes = 2;
   if (LeftOf(tag) < kConfigBytes) return true;
@@ -165,7 +166,7 @@ bool FlvTagParser::ReadAudioConfig(const TagHeader& tag) {
   return true;
 }
 
-// Audio of another codec gets an ADTS header as well: kept on purpose.
+// Audio of another codec gets an ADTS header too. Kept for compatibility.
 bool FlvTagParser::ReadOtherAudio(const TagHeader& tag) {
   ConsoleNumber("write autio data:%d\n", static_cast<std::int32_t>(tag.data_size) - 1);
   return EmitAudio(tag);
@@ -175,7 +176,7 @@ bool FlvTagParser::EmitNalUnit(const TagHeader& tag, std::uint32_t size) {
   return size <= LeftOf(tag) && EmitFrame(reader_, kStartCode, size, tag.timestamp, g_videoQueue);
 }
 
-// The rest of the tag is the frame.
+// The frame is the rest of the tag.
 bool FlvTagParser::EmitAudio(const TagHeader& tag) {
   if (LeftOf(tag) < 0) return false;
   const auto size = static_cast<std::uint32_t>(LeftOf(tag));

@@ -1,15 +1,15 @@
-// FlvTagParser: an FLV byte stream (Adobe Flash Video File Format, version 10.1, annex E) into
-// frames in the global frame queues: NAL units of H.264 with a start code in front, AAC frames with
-// an ADTS header. Each NAL unit is a frame of its own. It knows no clocks and no sockets.
+// FlvTagParser: parses an FLV byte stream (Adobe Flash Video File Format, version 10.1, annex E)
+// into frames in the global frame queues: each NAL unit of H.264 with a start code before it, and
+// each AAC frame with an ADTS header. It uses no clock and no socket.
 //
-// Script data is passed over. Times are the tags' milliseconds as 90 kHz ticks; the composition
-// time offset is left out, so pts, dts and playTime are one (kept on purpose).
+// Script data is skipped. The tags' times in milliseconds are converted to 90 kHz ticks. The
+// composition time offset is ignored, so pts, dts and playTime are equal. Kept for compatibility.
 //
-// What a stream says of lengths is believed only as far as the bytes are there: a frame of which
-// some are missing is not made, and there is nothing to be read behind it. Nor does a tag's handler
-// read beyond the tag: where a length or a field would, nothing more of the tag becomes a frame and
-// the stream ends there. An AAC sequence header that is too short for a configuration is skipped
-// instead, since ffmpeg writes one first when it copies from a transport stream.
+// A length in the stream is trusted only as far as its bytes are available: no frame is made of an
+// incomplete body, and nothing after it can be read. The handler of a tag does not read beyond the
+// tag either: if a length or a field exceeds the tag, the rest of the tag is dropped and the stream
+// ends there. An AAC sequence header that is too short for a configuration is skipped instead,
+// since ffmpeg writes one first when it copies from a transport stream.
 #ifndef FLV_FLV_TAG_PARSER_H_
 #define FLV_FLV_TAG_PARSER_H_
 
@@ -21,15 +21,15 @@
 
 class FlvTagParser {
  public:
-  // `audio_config` holds the first two bytes of the AudioSpecificConfig that came last; it lives on
-  // from one stream to the next (kept on purpose). Both are borrowed.
+  // `audio_config` holds the first two bytes of the latest AudioSpecificConfig. It keeps its value
+  // from one stream to the next. Kept for compatibility. Both arguments are borrowed.
   FlvTagParser(FlvSource& source, std::atomic<std::uint16_t>& audio_config)
       : reader_(source), audio_config_(audio_config) {}
 
-  // Reads the file header. False when there is none.
+  // Reads the file header. Returns false if there is none.
   bool ReadHeader();
 
-  // Reads one tag. False at the end of the stream, and where nothing of it can be read any more.
+  // Reads one tag. Returns false at the end of the stream and if nothing more of it can be read.
   bool ReadTag();
 
  private:

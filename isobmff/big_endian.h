@@ -1,5 +1,5 @@
-// Numbers as the boxes hold them: most significant byte first, wherever they lie. The caller has
-// looked that the bytes are there.
+// Reads big-endian numbers, as boxes store them, at any alignment. The caller has checked that the
+// bytes are available.
 #ifndef ISOBMFF_BIG_ENDIAN_H_
 #define ISOBMFF_BIG_ENDIAN_H_
 

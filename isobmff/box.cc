@@ -12,7 +12,8 @@ constexpr std::size_t kLargeHeaderSize = 16;
 constexpr std::uint32_t kToTheEnd = 0;
 constexpr std::uint32_t kLargeSize = 1;
 
-// No type of the standard has a zero in it: one that ends so has not been received as a whole.
+// No type in the standard contains a zero byte: a type that ends with one was not received
+// completely.
 bool IsReceived(std::uint32_t type) { return (type & 0xFF) != 0; }
 
 }  // namespace
@@ -27,8 +28,8 @@ const std::uint8_t* HeaderReader::Peek(const ByteRange& range, std::size_t size)
   return bytes_.data() + (range.begin - loaded_at_);
 }
 
-// Takes some bytes in front along: the last entry of a table is looked at right before the box
-// behind it.
+// Also loads some bytes before `offset`: the last entry of a table is read right before the box
+// that follows it.
 bool HeaderReader::Load(std::uint64_t offset) {
   constexpr std::uint64_t kBefore = 32;
   loaded_at_ = offset - std::min(offset, kBefore);

@@ -1,10 +1,10 @@
 // Boxes of an ISO base media file (ISO/IEC 14496-12, 4.2): a size, a four-character type and a
 // body.
 //
-// HeaderReader reads small pieces of a file that lie close together; box walking stands on it. A
-// file that is still being downloaded may have holes, which read as zeros: a type that
-// ends in zero is therefore never that of a box, but of bytes that have not been received yet.
-// Zeros up to the end of a box may also be padding.
+// HeaderReader reads small pieces of a file that are close together; the functions for boxes use
+// it. A file that is still being downloaded may have holes, which read as zeros. So a type that
+// ends with a zero byte is not the type of a box: it has not been received yet. Zeros up to the end
+// of a box may also be padding.
 #ifndef ISOBMFF_BOX_H_
 #define ISOBMFF_BOX_H_
 
@@ -24,7 +24,7 @@ constexpr std::uint32_t FourCc(const char (&text)[5]) {
   return code;
 }
 
-// Bytes of a file from `begin` to before `end`; never end < begin.
+// Bytes of a file from `begin` up to, but not including, `end`. `end` is never less than `begin`.
 struct ByteRange {
   std::uint64_t begin = 0;
   std::uint64_t end = 0;
@@ -33,16 +33,16 @@ struct ByteRange {
   bool operator==(const ByteRange&) const = default;
 };
 
-inline constexpr std::uint64_t kBoxHeaderSize = 8;  // without the large size
+inline constexpr std::uint64_t kBoxHeaderSize = 8;  // without the large size field
 
 struct Box {
   std::uint32_t type = 0;
   ByteRange whole;
   ByteRange body;
-  bool is_open = false;  // its size is not told: it goes on to the end of the file
+  bool is_open = false;  // it has no size and extends to the end of the file
 };
 
-// Not for use by several threads at once. The file must outlive it.
+// Not thread-safe. The file must outlive it.
 class HeaderReader {
  public:
   static constexpr std::size_t kMostAtOnce = 1024;
@@ -52,17 +52,16 @@ class HeaderReader {
   const File& GetFile() const { return file_; }
   std::uint64_t FileSize() const { return file_size_; }
 
-  // Counts a box that is to be read. False once there were more of them than in any file that
-  // plays: a thousand tracks have fewer. A large file of nothing but tiny boxes would hold up a
-  // stop.
+  // Counts a box that is about to be read. Returns false after more boxes than any playable file
+  // has, even one with a thousand tracks. Otherwise a large file of tiny boxes would delay a stop.
   bool CountBox() { return boxes_++ < kMostBoxes; }
   bool HadTooManyBoxes() const { return boxes_ > kMostBoxes; }
 
-  // The first `size` (at most kMostAtOnce) bytes of `range`, valid until the next call. Null where
-  // the range is shorter or the file cannot be read there.
+  // Returns the first `size` bytes of `range`, at most kMostAtOnce. They are valid until the next
+  // call. Returns null if the range is shorter or the file cannot be read there.
   const std::uint8_t* Peek(const ByteRange& range, std::size_t size);
 
-  // Whether all of `range` is zeros. False where it is longer than kMostAtOnce.
+  // Returns whether all of `range` is zeros; false if it is longer than kMostAtOnce.
   bool IsZero(const ByteRange& range);
 
  private:
@@ -78,8 +77,8 @@ class HeaderReader {
   std::array<std::uint8_t, 4096> bytes_;
 };
 
-// The box at the start of `space`. Nothing where no box can lie there. Its end may be beyond that
-// of `space`: the caller decides what that means. A size of 0, "to the end", is a box only where
+// Reads the box at the start of `space`. Returns nullopt if there is no valid box. The box may end
+// after `space`: the caller decides what that means. A size of 0, "to the end", is accepted only if
 // `may_be_open`.
 std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool may_be_open);
 
@@ -87,31 +86,33 @@ std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool ma
 enum class RowEnd {
   kNothing,
   kZeros,        // up to the end of the box: padding, or bytes that have not been received yet
-  kNotReceived,  // a box was to begin where nothing has been received yet
+  kNotReceived,  // a box should begin where nothing has been received yet
   kMalformed,
 };
 
-// The children of a box.
+// Iterates over the children of a box.
 class BoxWalk {
  public:
   BoxWalk(HeaderReader& reader, const ByteRange& body) : reader_(reader), left_(body) {}
 
-  // The next child. Nothing behind the last one, or where there is none though there should be.
+  // Returns the next child; nullopt after the last one, or if there is no valid child where one
+  // should be.
   std::optional<Box> Next();
 
-  // Once Next returned nothing: why, and the bytes from there to the end of the box.
+  // Once Next returned nullopt: the reason, and the bytes from there to the end of the box.
   RowEnd End();
   const ByteRange& Left() const { return left_; }
 
  private:
-  static constexpr int kMostBoxes = 4096;  // of one parent; there are about ten
+  static constexpr int kMostBoxes = 4096;  // of one parent; about ten are usual
 
   HeaderReader& reader_;
   ByteRange left_;
   int boxes_ = 0;
 };
 
-// The body of the first box of that type in a row of boxes in memory. Empty where there is none.
+// Returns the body of the first box of this type in a sequence of boxes in memory; empty if there
+// is none.
 std::span<const std::uint8_t> FindBox(std::span<const std::uint8_t> boxes, std::uint32_t type);
 
 }  // namespace isobmff

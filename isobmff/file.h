@@ -1,9 +1,8 @@
-// A file that is read at given places, and the only part of the reader that knows the operating
+// A file that is read at given offsets. Only this part of the reader depends on the operating
 // system.
 //
-// The file is never locked: others may write, rename and delete it meanwhile. It is read by plain
-// calls and not mapped into memory, since a mapped file that shrinks kills the process. One object
-// may be used from several threads at once.
+// The file is never locked: others may write, rename and delete it meanwhile. It is read with plain
+// calls and not mapped into memory, since a mapped file that shrinks ends the process. Thread-safe.
 #ifndef ISOBMFF_FILE_H_
 #define ISOBMFF_FILE_H_
 
@@ -14,7 +13,8 @@
 
 namespace isobmff {
 
-// The same for all names and handles of one file, and of no other while one of them is open.
+// Identifies a file: the same for all its names and handles, and different for every other file
+// while one of its handles is open.
 struct FileId {
   std::uint64_t device = 0;
   std::uint64_t number = 0;
@@ -26,7 +26,8 @@ struct FileId {
 
 class File {
  public:
-  // `path` is UTF-8. Nothing where the file cannot be opened for reading or is no regular file.
+  // `path` is UTF-8. Returns nullopt if the file cannot be opened for reading or is not a regular
+  // file.
   static std::optional<File> Open(const char* path);
 
   File(File&& other) noexcept
@@ -39,12 +40,12 @@ class File {
   ~File();
 
   const FileId& Id() const { return id_; }
-  // When it was opened, and now (0 where the system does not tell).
+  // The size when it was opened, and the current size (0 if the system does not report it).
   std::uint64_t OpenedSize() const { return opened_size_; }
   std::uint64_t Size() const;
 
-  // Reads up to `size` bytes and tells how many there were: fewer only at the end of the file or
-  // where reading failed.
+  // Reads up to `size` bytes and returns how many were read: fewer only at the end of the file or
+  // if reading failed.
   std::size_t ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const;
 
  private:

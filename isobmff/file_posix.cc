@@ -11,7 +11,7 @@
 namespace isobmff {
 
 std::optional<File> File::Open(const char* path) {
-  // Without waiting: opening a pipe would last until somebody writes to it.
+  // O_NONBLOCK: otherwise opening a pipe would block until somebody writes to it.
   const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return std::nullopt;
   struct stat facts {};

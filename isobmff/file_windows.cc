@@ -10,7 +10,7 @@ namespace {
 
 HANDLE HandleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
-// Nothing where the text is no UTF-8.
+// Returns nullopt if the text is not UTF-8.
 std::optional<std::wstring> Widen(const char* utf8) {
   const int length = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, utf8, -1, nullptr, 0);
   if (length <= 0) return std::nullopt;

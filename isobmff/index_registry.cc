@@ -11,7 +11,7 @@ using Index = std::shared_ptr<const MovieIndex>;
 
 class Registry {
  public:
-  // Never destroyed: threads that outlive main may still read.
+  // Never destroyed: threads that outlive main may still use it.
   static Registry& Instance() {
     static Registry& instance = *new Registry;
     return instance;
@@ -39,7 +39,7 @@ class Registry {
 std::shared_ptr<const MovieIndex> IndexOf(const File& file) {
   Registry& registry = Registry::Instance();
   Index index = registry.Find(file.Id());
-  // The file may have been written anew since.
+  // The file may have been rewritten since.
   if (index != nullptr && index->LiesIn(file)) return index;
   index = MovieIndex::Read(file);
   if (index != nullptr) registry.Keep(file.Id(), index);

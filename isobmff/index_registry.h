@@ -1,4 +1,4 @@
-// The indexes of the files that this process has open. Any thread may call it.
+// The indexes of the files that this process has open. Thread-safe.
 #ifndef ISOBMFF_INDEX_REGISTRY_H_
 #define ISOBMFF_INDEX_REGISTRY_H_
 
@@ -9,8 +9,8 @@
 
 namespace isobmff {
 
-// The index of an opened file, shared with every other handle of the file that is open. Null where
-// the file holds no complete index.
+// Returns the index of an open file, shared with every other open handle of the file; null if the
+// file has no complete index.
 std::shared_ptr<const MovieIndex> IndexOf(const File& file);
 
 }  // namespace isobmff

@@ -1,5 +1,5 @@
-// A part of the shared index that is made when it is first needed, by whichever thread needs it
-// first, and then never changes. Where it could not be made the next one to ask tries again.
+// A part of the shared index. The first thread that needs it creates it; after that it never
+// changes. If it cannot be created, the next call tries again.
 #ifndef ISOBMFF_LAZY_H_
 #define ISOBMFF_LAZY_H_
 
@@ -12,7 +12,7 @@ namespace isobmff {
 template <typename Part>
 class Lazy {
  public:
-  // `make` gives a std::unique_ptr<const Part>, null where it cannot. Only one runs at a time.
+  // `make` returns a std::unique_ptr<const Part>, null if it fails. Only one runs at a time.
   template <typename Make>
   const Part* Get(const Make& make) const {
     const Part* part = ready_.load(std::memory_order_acquire);

@@ -11,9 +11,9 @@ namespace {
 constexpr std::uint64_t kHeadSize = 4096;
 constexpr std::uint64_t kTailSize = 1024;
 
-// The first moov box of the file, which may be cut off.
+// Returns the first moov box of the file. It may be truncated.
 std::optional<Box> FindMovie(HeaderReader& reader) {
-  constexpr int kMostBoxes = 65536;  // before it
+  constexpr int kMostBoxes = 65536;  // before the moov box
   ByteRange left{0, reader.FileSize()};
   for (int i = 0; i < kMostBoxes; ++i) {
     const auto box = ReadBox(reader, left, true);
@@ -24,8 +24,8 @@ std::optional<Box> FindMovie(HeaderReader& reader) {
   return std::nullopt;
 }
 
-// Whether the children of the moov box are all there. Where the zeros after the last one may not
-// have been received yet, they are padding only if no track fits there.
+// Returns whether all children of the moov box are there. Zeros after the last child that may stand
+// for bytes not received yet count as padding only if no track fits there.
 bool IsWhole(BoxWalk& walk, const UnreceivedTail& tail) {
   constexpr std::uint64_t kSmallerThanATrack = 128;
   const RowEnd end = walk.End();
@@ -78,7 +78,8 @@ bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
   return has_header && !reader.HadTooManyBoxes() && IsWhole(walk, tail);
 }
 
-// False where the index is not whole. A damaged track does not hide the others.
+// Returns false if the index is not complete or has too many tracks. A damaged track does not hide
+// the others.
 bool MovieIndex::AddTrack(HeaderReader& reader, const UnreceivedTail& tail, const Box& box) {
   constexpr std::size_t kMostTracks = 1024;
   TrackFacts facts;

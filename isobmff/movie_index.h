@@ -1,14 +1,13 @@
 // The index of a file: its moov box, as far as reading samples needs it.
 //
-// An index that is not whole is none: the moov box must be in the file, and its children must be
-// well-formed and fill it, but for zeros that pad it. A track that is damaged is skipped: each one
-// that is listed has all that is needed, and every count of it fits its box. Zeros that may stand
-// for bytes of a video or audio track that have not been received yet make the index one that is
-// not whole. Edit lists are not looked at, and what a fragmented file holds outside the moov box is
-// not either, so such a file has no samples.
+// An incomplete index is refused: the moov box must be in the file, and its children must be
+// well-formed and fill it, except for zeros as padding. A damaged track is skipped: every listed
+// track has all that is needed, and all its counts fit their boxes. If zeros may stand for bytes of
+// a video or audio track that have not been received yet, the index is incomplete. Edit lists are
+// ignored, and so is everything outside the moov box, so a fragmented file has no samples.
 //
-// One index is shared by all handles of a file and by their threads. It never changes, but for
-// tables that are loaded when they are first needed.
+// All handles of a file and their threads share one index. It never changes, except that tables are
+// loaded when they are first needed.
 #ifndef ISOBMFF_MOVIE_INDEX_H_
 #define ISOBMFF_MOVIE_INDEX_H_
 
@@ -27,7 +26,7 @@
 
 namespace isobmff {
 
-// Of mvhd or mdhd: a time scale and a duration in it.
+// From mvhd or mdhd: a time scale, and a duration in it.
 struct Timing {
   std::uint32_t scale = 0;
   std::uint64_t duration = 0;
@@ -36,7 +35,7 @@ struct Timing {
 struct TrackFacts {
   std::uint32_t id = 0;
   Timing timing;
-  std::string handler;  // "vide", "soun", ..., in small letters whatever they are in the file
+  std::string handler;  // "vide", "soun", ..., in lower case even if it is not in the file
   SampleEntry entry;
   SampleTableBoxes tables;
 };
@@ -50,14 +49,14 @@ struct Track {
 
 class MovieIndex {
  public:
-  // Null where the file holds no complete index.
+  // Returns null if the file has no complete index.
   static std::shared_ptr<const MovieIndex> Read(const File& file);
 
   const Timing& GetTiming() const { return timing_; }
   const std::deque<Track>& Tracks() const { return tracks_; }
 
-  // Whether this is still the index that lies in the file, which has been opened anew: cheaper than
-  // reading it again. A look at its first bytes and its last.
+  // Returns whether this is still the index of the file, which was opened again. Compares only the
+  // first and the last bytes, which is cheaper than reading the index again.
   bool LiesIn(const File& file) const;
 
  private:
@@ -68,7 +67,7 @@ class MovieIndex {
   Timing timing_;
   std::deque<Track> tracks_;  // tables cannot be moved
   ByteRange place_;
-  bool is_open_ = false;  // it goes on to the end of the file: more of it comes as the file grows
+  bool is_open_ = false;  // extends to the end of the file, and grows with it
   Bytes head_;
   Bytes tail_;
 };

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint8_t kMpeg4Audio = 0x40;
 
-// printf-style; at most 255 characters.
+// printf-style; truncated to 255 characters.
 template <typename... Values>
 std::string Format(const char* format, Values... values) {
   std::array<char, 256> text{};
@@ -31,7 +31,7 @@ std::string ProfileName(unsigned profile) {
 }
 
 std::string VideoCodec(const SampleEntry& entry) {
-  constexpr std::size_t kProfileAt = 1;  // of a sequence parameter set
+  constexpr std::size_t kProfileAt = 1;  // in a sequence parameter set
   constexpr std::size_t kLevelAt = 3;
   if (!entry.avc || entry.avc->sequence.empty() || entry.avc->sequence[0].size() <= kLevelAt)
     return entry.name;

@@ -1,4 +1,4 @@
-// Lines for people about the tracks of a file.
+// Describes the tracks of a file in lines for people.
 #ifndef ISOBMFF_MOVIE_TEXT_H_
 #define ISOBMFF_MOVIE_TEXT_H_
 
@@ -9,11 +9,11 @@
 
 namespace isobmff {
 
-// "1	video	H264 High@3, 60.000 secs, 754 kbps, 640x360 @ 30.000000 fps": number of the track,
-// kind, codec, length and rate. No line break.
+// For example "1	video	H264 High@3, 60.000 secs, 754 kbps, 640x360 @ 30.000000 fps": number
+// of the track, kind, codec, duration and rate. Without a line break.
 std::string TrackText(const File& file, const Track& track);
 
-// A heading and a line a track.
+// A heading and one line per track.
 std::string MovieText(const File& file, const MovieIndex& index);
 
 }  // namespace isobmff

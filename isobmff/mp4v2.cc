@@ -1,5 +1,5 @@
-// The interface of libmp4v2 over this reader. Nothing thrown passes it: what memory does not
-// suffice for is not there.
+// The interface of libmp4v2 on top of this reader. No exception leaves it: if memory runs out, what
+// was asked for is reported as missing.
 #include <mp4v2/mp4v2.h>
 #include <algorithm>
 #include <cstdlib>
@@ -34,7 +34,7 @@ Result Guarded(Result otherwise, const Work& work) {
   }
 }
 
-// Null where there is no memory, and never null otherwise.
+// Returns null only if there is no memory, not for a size of 0.
 std::uint8_t* CopyBlock(const void* from, std::size_t size) {
   auto* const block = static_cast<std::uint8_t*>(std::malloc(std::max<std::size_t>(size, 1)));
   if (block != nullptr && size != 0) std::memcpy(block, from, size);
@@ -48,7 +48,8 @@ bool IsWanted(const Track& track, const char* type, std::uint8_t sub_type) {
          (sub_type == 0 || (stream && stream->object_type == sub_type));
 }
 
-// A list of blocks and one of their sizes, both from malloc, ended by null and 0.
+// A list of blocks and a list of their sizes, ended by null and 0. All memory is freed with
+// std::free.
 struct BlockLists {
   std::uint8_t** blocks = nullptr;
   std::uint32_t* sizes = nullptr;
@@ -143,7 +144,7 @@ bool MP4GetTrackH264SeqPictHeaders(MP4FileHandle hFile, MP4TrackId trackId, uint
   const Track* const track = FindTrack(hFile, trackId);
   if (track == nullptr) return false;
   const isobmff::SampleEntry& entry = track->facts.entry;
-  if (entry.name != "avc1" && entry.name != "avc3") return true;  // kept on purpose
+  if (entry.name != "avc1" && entry.name != "avc3") return true;  // Kept for compatibility
   if (!entry.avc) return false;
   BlockLists sequence;
   BlockLists picture;

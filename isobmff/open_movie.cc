@@ -10,8 +10,8 @@
 namespace isobmff {
 namespace {
 
-// A larger sample is taken for a lie, lest a stop waits until it is read. The largest pictures of
-// H.264, those of level 6.2, take 51 MiB in 4:2:0 even before they are compressed.
+// A larger size is taken for damage: reading such a sample would delay a stop. The largest video
+// frames of H.264, at level 6.2, take 51 MiB in 4:2:0 before they are compressed.
 constexpr std::uint32_t kMostSampleBytes = std::uint32_t{64} << 20;
 
 struct Freer {
@@ -87,7 +87,7 @@ bool OpenMovie::ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Samp
   return true;
 }
 
-// Looked at before memory is asked for.
+// Checked before memory is allocated.
 bool OpenMovie::MayBeRead(const SamplePlace& place) const {
   if (place.size > kMostSampleBytes) return false;
   const auto holds = [&](std::uint64_t size) {

@@ -1,5 +1,5 @@
-// What stands behind an MP4FileHandle: a file, its shared index, and what this handle remembers.
-// For use by one thread at a time. Sample numbers start at 1, as those of the interface do.
+// The object behind an MP4FileHandle: a file, its shared index, and the state of this handle. Not
+// thread-safe. Sample numbers start at 1, as in the interface.
 #ifndef ISOBMFF_OPEN_MOVIE_H_
 #define ISOBMFF_OPEN_MOVIE_H_
 
@@ -15,7 +15,7 @@
 namespace isobmff {
 
 struct Sample {
-  std::uint8_t* bytes = nullptr;  // from malloc, the caller's
+  std::uint8_t* bytes = nullptr;  // from malloc; the caller frees it
   std::uint32_t size = 0;
   SampleTime time;
   std::uint32_t composition = 0;
@@ -24,17 +24,18 @@ struct Sample {
 
 class OpenMovie {
  public:
-  // Null where the file cannot be opened or holds no complete index.
+  // Returns null if the file cannot be opened or has no complete index.
   static std::unique_ptr<OpenMovie> Open(const char* path);
 
   const MovieIndex& Index() const { return *index_; }
   const File& GetFile() const { return file_; }
-  // Null where there is none.
+  // Returns null if there is none.
   const Track* FindTrack(std::uint32_t id) const;
 
   bool FindTime(std::uint32_t track_id, std::uint32_t sample_id, SampleTime& time);
   bool FindPlace(std::uint32_t track_id, std::uint32_t sample_id, SamplePlace& place);
-  // False where the sample is not there, its bytes are not in the file or it is absurdly large.
+  // Returns false if there is no such sample, if its bytes are not in the file or if it is too
+  // large.
   bool ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Sample& sample);
 
  private:
@@ -50,7 +51,7 @@ class OpenMovie {
 
   File file_;
   std::shared_ptr<const MovieIndex> index_;
-  std::vector<Reading> readings_;  // one a track
+  std::vector<Reading> readings_;  // one per track
   ReadWindows windows_;
 };
 

@@ -1,8 +1,8 @@
-// Reads pieces of a file that lie close together with few calls to the system.
+// Reads pieces of a file that are close together with few system calls.
 //
-// There are two windows, because two tracks are read in turns from places that may lie far apart. A
-// new window is small, as most handles read little, and each following one is twice as big, up to a
-// limit. A window holds the bytes as they were when it was loaded. For use by one thread at a time.
+// There are two windows, since two tracks are read in turn from offsets that may be far apart. The
+// first window is small, since most handles read little, and each following one is twice as large,
+// up to a limit. A window keeps the bytes as they were when it was loaded. Not thread-safe.
 #ifndef ISOBMFF_READ_WINDOWS_H_
 #define ISOBMFF_READ_WINDOWS_H_
 
@@ -18,7 +18,7 @@ namespace isobmff {
 
 class ReadWindows {
  public:
-  // False where not all of it is in the file.
+  // Returns false if not all of the bytes are in the file.
   bool Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to);
 
  private:

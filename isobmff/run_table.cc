@@ -9,7 +9,7 @@ namespace isobmff {
 namespace {
 
 constexpr std::size_t kSampleEntrySize = 8;  // count, value
-constexpr std::size_t kChunkEntrySize = 12;  // first chunk, samples a chunk, description
+constexpr std::size_t kChunkEntrySize = 12;  // first chunk, samples per chunk, description
 
 void Advance(Run& run) {
   ++run.entry;
@@ -23,7 +23,7 @@ RunEntries::RunEntries(TableBytes bytes, std::uint32_t count, std::uint32_t chun
     : bytes_(std::move(bytes)), count_(count), of_chunks_(true), chunks_(chunks) {
   std::uint32_t last = 0;
   while (ascending_ < count && FirstChunk(ascending_) > last) last = FirstChunk(ascending_++);
-  // Nobody knows where an entry ends that is followed by a bad one.
+  // It is unknown where the entry before an invalid one ends, so that entry is dropped too.
   if (ascending_ < count) count_ = ascending_ == 0 ? 0 : ascending_ - 1;
 }
 
@@ -60,7 +60,7 @@ RunTable::RunTable(RunEntries entries) : entries_(std::move(entries)) {
 bool RunTable::Search(std::uint64_t sample, Run& cursor) const {
   constexpr std::uint32_t kNear = 4;
   if (notes_.empty()) return false;
-  if (cursor.end != 0 && sample >= cursor.end) {  // mostly the next entry has it
+  if (cursor.end != 0 && sample >= cursor.end) {  // usually the next entry contains it
     Run next = cursor;
     Advance(next);
     if (Walk(sample, next, kNear, cursor)) return true;
@@ -76,7 +76,7 @@ bool RunTable::Search(std::uint64_t sample, Run& cursor) const {
   return Walk(sample, run, kSpacing, cursor);
 }
 
-// Looks at up to `most` entries from that of `run` on.
+// Searches up to `most` entries, starting at the entry of `run`.
 bool RunTable::Walk(std::uint64_t sample, Run run, std::uint32_t most, Run& found) const {
   for (; most > 0 && run.entry < entries_.Count(); --most, Advance(run)) {
     entries_.Fill(run);

@@ -1,10 +1,10 @@
-// The tables that tell something for runs of samples: stts (how long a sample lasts), ctts (how
-// much later it is shown) and stsc (how many samples a chunk holds).
+// The tables with one entry per run of samples: stts (duration of a sample), ctts (composition
+// offset) and stsc (samples per chunk).
 //
-// An entry is found without a walk from the beginning: every 64th is noted with the samples before
-// it. Whoever reads sample after sample keeps a cursor, the run of its last look-up, and mostly
-// needs no search at all. Sample numbers start at 0 here. All of it is safe for any bytes, and none
-// of it changes once made.
+// An entry is found without a walk from the beginning: for every 64th entry, the number of samples
+// before it is stored. A caller that reads sample after sample keeps a cursor, the run of its last
+// look-up, and usually needs no search. Sample numbers start at 0 here. Everything is safe for any
+// bytes, and nothing changes after construction.
 #ifndef ISOBMFF_RUN_TABLE_H_
 #define ISOBMFF_RUN_TABLE_H_
 
@@ -17,28 +17,30 @@
 
 namespace isobmff {
 
-// Samples `first` to before `end` share an entry; nothing does where they are equal.
+// The samples from `first` up to, but not including, `end` share an entry. There are none if the
+// two are equal.
 struct Run {
   std::uint32_t entry = 0;
   std::uint64_t first = 0;
   std::uint64_t end = 0;
-  std::uint64_t time = 0;   // stts: of sample `first`
-  std::uint32_t value = 0;  // stts: duration; ctts: offset; stsc: samples of a chunk
-  std::uint32_t chunk = 0;  // stsc: the chunk that sample `first` begins, from 1 on
+  std::uint64_t time = 0;   // stts: time of sample `first`
+  std::uint32_t value = 0;  // stts: duration; ctts: offset; stsc: samples per chunk
+  std::uint32_t chunk = 0;  // stsc: the chunk that begins with sample `first`, from 1
 };
 
-// Entries, made into runs one after the other.
+// Converts the entries of a table to runs, in order.
 class RunEntries {
  public:
-  // stts and ctts.
+  // For stts and ctts.
   RunEntries(TableBytes bytes, std::uint32_t count) : bytes_(std::move(bytes)), count_(count) {}
-  // stsc of a track with so many chunks: up to the first entry that does not go on upwards.
+  // For stsc, of a track with this many chunks. Truncated at the first entry whose first chunk does
+  // not increase.
   RunEntries(TableBytes bytes, std::uint32_t count, std::uint32_t chunks);
 
   std::uint32_t Count() const { return count_; }
 
-  // Makes `run` that of its field `entry`, which is below Count(). Its fields `first` and `time`
-  // must be right already.
+  // Fills in the run of entry `run.entry`, which must be less than Count(). `run.first` and
+  // `run.time` must be set.
   void Fill(Run& run) const { of_chunks_ ? FillChunks(run) : FillSamples(run); }
 
  private:
@@ -48,7 +50,7 @@ class RunEntries {
 
   TableBytes bytes_;
   std::uint32_t count_;
-  std::uint32_t ascending_ = 0;  // of chunks only: entries that go on upwards from the one before
+  std::uint32_t ascending_ = 0;  // stsc only: leading entries whose first chunk increases
   bool of_chunks_ = false;
   std::uint32_t chunks_ = 0;
 };
@@ -57,8 +59,8 @@ class RunTable {
  public:
   explicit RunTable(RunEntries entries);
 
-  // Moves the cursor to the run of the sample. False, and the cursor still of use, where there is
-  // none.
+  // Moves the cursor to the run of the sample. Returns false if there is none; the cursor can still
+  // be used then.
   bool Find(std::uint64_t sample, Run& cursor) const {
     return (sample >= cursor.first && sample < cursor.end) || Search(sample, cursor);
   }
@@ -75,10 +77,10 @@ class RunTable {
   bool Walk(std::uint64_t sample, Run run, std::uint32_t most, Run& found) const;
 
   RunEntries entries_;
-  std::vector<Note> notes_;  // of entries 0, kSpacing, ...
+  std::vector<Note> notes_;  // for entries 0, kSpacing, ...
 };
 
-// Null where the table cannot be read.
+// Both return null if the table cannot be read.
 std::unique_ptr<const RunTable> LoadSampleRuns(const File& file, const TableBox& table);
 std::unique_ptr<const RunTable> LoadChunkRuns(const File& file, const TableBox& table,
                                               std::uint32_t chunks);

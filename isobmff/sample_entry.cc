@@ -8,8 +8,8 @@ namespace {
 
 using View = std::span<const std::uint8_t>;
 
-// Takes from the front of some bytes. What is not there is zero or empty, and then it is no longer
-// good.
+// Removes bytes from the front of a view. Bytes after the end read as zero or empty; Good() is
+// false then.
 class Taker {
  public:
   explicit Taker(View bytes) : left_(bytes) {}
@@ -40,7 +40,7 @@ class Taker {
 
 Bytes Copy(View view) { return {view.begin(), view.end()}; }
 
-// Adds those of the announced NAL units that are wholly there.
+// Adds the announced NAL units that are complete.
 void TakeParameterSets(Taker& taker, unsigned count, std::vector<Bytes>& sets) {
   for (; count > 0 && taker.Good(); --count) {
     const View set = taker.Take(taker.Take16());
@@ -54,14 +54,15 @@ AvcConfig ParseAvcConfig(View body) {
   AvcConfig config;
   Taker taker(body);
   if (taker.Take8() != 1) return config;  // version
-  taker.Take(kProfileAndLevel + 1);       // and the size of a length
+  taker.Take(kProfileAndLevel + 1);       // and the size of the NAL unit lengths
   TakeParameterSets(taker, taker.Take8() & kSequenceCountMask, config.sequence);
   TakeParameterSets(taker, taker.Take8(), config.picture);
   return config;
 }
 
-// One descriptor of MPEG-4 Systems (ISO/IEC 14496-1, 8.3.3) off the front: its size has up to four
-// bytes of seven bits each. Empty unless it is of that tag.
+// Removes one descriptor of MPEG-4 Systems (ISO/IEC 14496-1, 8.3.3) from the front and returns its
+// body, which is empty if the descriptor has another tag. Its size has up to four bytes of seven
+// bits each.
 View TakeDescriptor(Taker& taker, std::uint8_t tag) {
   const std::uint8_t found = taker.Take8();
   std::uint32_t size = 0;
@@ -74,13 +75,13 @@ View TakeDescriptor(Taker& taker, std::uint8_t tag) {
   return found == tag ? body : View();
 }
 
-// The optional fields in front of the decoder configuration.
+// Skips the optional fields before the decoder configuration.
 void SkipStreamHead(Taker& stream) {
-  stream.Take16();  // its id
+  stream.Take16();  // stream ID
   const std::uint8_t flags = stream.Take8();
-  if ((flags & 0x80) != 0) stream.Take16();              // depends on another stream
-  if ((flags & 0x40) != 0) stream.Take(stream.Take8());  // address
-  if ((flags & 0x20) != 0) stream.Take16();              // clock reference
+  if ((flags & 0x80) != 0) stream.Take16();              // ID of the stream that it depends on
+  if ((flags & 0x40) != 0) stream.Take(stream.Take8());  // URL
+  if ((flags & 0x20) != 0) stream.Take16();              // ID of the clock reference stream
 }
 
 std::optional<ElementaryStream> ParseElementaryStream(View body) {
@@ -105,7 +106,7 @@ std::optional<ElementaryStream> ParseElementaryStream(View body) {
 
 void FindElementaryStream(View children, SampleEntry& entry) {
   View esds = FindBox(children, FourCc("esds"));
-  // QuickTime puts it into a box of its own, behind others.
+  // QuickTime stores it in a wave box, after other boxes.
   if (esds.empty()) esds = FindBox(FindBox(children, FourCc("wave")), FourCc("esds"));
   if (!esds.empty()) entry.stream = ParseElementaryStream(esds);
 }
@@ -125,7 +126,7 @@ void ParseVideo(View body, SampleEntry& entry) {
   FindElementaryStream(children, entry);
 }
 
-// QuickTime's second version has its channel count in what it adds.
+// Version 2 of QuickTime's sound description has the channel count in its additional fields.
 int TakeVersion2(Taker& taker) {
   constexpr std::size_t kBeforeChannels = 12;
   constexpr std::size_t kBehindChannels = 20;
@@ -135,8 +136,8 @@ int TakeVersion2(Taker& taker) {
   return taker.Good() ? static_cast<int>(Read32(channels.data()) & 0xFFFF) : -1;
 }
 
-// `box_version` is that of the stsd box: where it is not 0, version 1 of the entry is that of the
-// ISO, which adds nothing.
+// `box_version` is the version of the stsd box. If it is not 0, version 1 of the entry is the ISO
+// one, which has no additional fields.
 void ParseSound(View body, std::uint8_t box_version, SampleEntry& entry) {
   constexpr std::size_t kBeforeVersion = 8;
   constexpr std::size_t kRevisionAndVendor = 6;

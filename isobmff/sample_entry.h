@@ -1,8 +1,7 @@
-// What the first sample entry of a track (in its stsd box) tells of the codec: ISO/IEC
+// What the first sample entry of a track (in its stsd box) contains about the codec: ISO/IEC
 // 14496-12, 8.5.2, -14 (esds), -15 (avcC), and the sound descriptions of QuickTime.
 //
-// What is malformed inside it is left out: a track without parameter sets or configuration is still
-// a track.
+// Malformed parts are dropped: a track without parameter sets or configuration is still a track.
 #ifndef ISOBMFF_SAMPLE_ENTRY_H_
 #define ISOBMFF_SAMPLE_ENTRY_H_
 
@@ -25,24 +24,24 @@ struct AvcConfig {
 // The decoder configuration of an elementary stream descriptor.
 struct ElementaryStream {
   std::uint8_t object_type = 0;
-  std::optional<Bytes> specific_info;  // for AAC the AudioSpecificConfig
+  std::optional<Bytes> specific_info;  // for AAC: the AudioSpecificConfig
 };
 
 struct SampleEntry {
-  std::string name;  // four-character code as in the file, empty where there is no entry
+  std::string name;  // four-character code as in the file; empty if there is no entry
   std::uint16_t width = 0;
   std::uint16_t height = 0;
-  int channels = -1;  // -1: no sound
+  int channels = -1;  // -1: no audio
   std::optional<AvcConfig> avc;
   std::optional<ElementaryStream> stream;
 };
 
-// `body` is that of the stsd box, `handler` the type of the track. Nothing where the first entry is
-// cut off.
+// `body` is the body of the stsd box, `handler` the handler type of the track. Returns nullopt if
+// the first entry is truncated.
 std::optional<SampleEntry> ParseSampleEntry(std::span<const std::uint8_t> body,
                                             std::uint32_t handler);
 
-// The audio object type that an AudioSpecificConfig begins with, 0 where it is too short.
+// The audio object type at the beginning of an AudioSpecificConfig; 0 if it is too short.
 std::uint8_t AudioObjectType(std::span<const std::uint8_t> config);
 
 }  // namespace isobmff

@@ -22,7 +22,7 @@ const RunTable* LoadedRuns(const Lazy<RunTable>& lazy, const File& file, const T
 
 SizeTable::SizeTable(TableBytes bytes, const TableBox& box)
     : bytes_(std::move(bytes)), entry_bits_(box.entry_bits), same_size_(box.same_size) {
-  if (entry_bits_ == 0) return;  // then a product tells
+  if (entry_bits_ == 0) return;  // then Sum is a product
   before_.reserve(box.count / kSpacing + 1);
   std::uint64_t sum = 0;
   for (std::uint32_t first = 0, count = 0; first < box.count; first += count) {
@@ -55,7 +55,7 @@ std::uint64_t SizeTable::Sum(std::uint32_t first, std::uint32_t count) const {
   return Before(first + count) - Before(first);
 }
 
-// `sample` may be the one behind the last.
+// `sample` may be one past the last one.
 std::uint64_t SizeTable::Before(std::uint32_t sample) const {
   const std::uint32_t note =
       std::min(sample / kSpacing, static_cast<std::uint32_t>(before_.size() - 1));
@@ -122,10 +122,10 @@ bool SampleTables::FindPlace(const File& file, std::uint32_t sample, SampleCurso
       !runs->Find(sample, cursor.chunk)) {
     return false;
   }
-  const Run& run = cursor.chunk;  // it has samples, so its chunks do
+  const Run& run = cursor.chunk;  // it contains the sample, so run.value is not 0
   const std::uint64_t in_run = sample - run.first;
   const auto in_chunk = static_cast<std::uint32_t>(in_run % run.value);
-  // Samples of a chunk lie one behind the other.
+  // The samples of a chunk are stored one after another.
   const bool follows = in_chunk != 0 && cursor.place_of + 1 == sample;
   std::uint64_t start = cursor.place.offset;
   if (!follows) {

@@ -1,10 +1,10 @@
-// The sample tables of one track: where each sample lies, how big it is, when it is due.
+// The sample tables of one track: the offset, size and time of each sample.
 //
-// They are loaded from the file when they are first needed, one read a table, and are then shared
-// by all handles of the file. A handle brings a cursor, which makes reading in order cheap; a
-// look-up anywhere else takes a search of O(log n) and a walk of at most 64 steps, however long the
-// track, its chunks or its runs are. A sample that one of the tables does not cover is not there.
-// Sample numbers start at 0 here.
+// Each table is loaded from the file with one read when it is first needed, and is then shared by
+// all handles of the file. Each handle has a cursor, which makes reading in order cheap. Any other
+// look-up takes a search of O(log n) and a walk of at most 64 steps, however long the track, its
+// chunks or its runs are. A sample that one of the tables does not cover does not exist. Sample
+// numbers start at 0 here.
 #ifndef ISOBMFF_SAMPLE_TABLES_H_
 #define ISOBMFF_SAMPLE_TABLES_H_
 
@@ -25,9 +25,9 @@ class SizeTable {
  public:
   SizeTable(TableBytes bytes, const TableBox& box);
 
-  // Both of a sample below the count of the table.
+  // For both, the samples must be less than the count of the table.
   std::uint32_t At(std::uint32_t sample) const;
-  // Bytes of `count` samples from `first` on.
+  // Total size of `count` samples from `first` on, in bytes.
   std::uint64_t Sum(std::uint32_t first, std::uint32_t count) const;
 
  private:
@@ -42,17 +42,19 @@ class SizeTable {
   std::vector<std::uint64_t> before_;  // bytes before samples 0, kSpacing, ...
 };
 
-// stss: the numbers of the sync samples, from 1 on. Those that do not go on upwards are left out.
+// stss: the numbers of the sync samples, from 1. Truncated at the first number that does not
+// increase.
 class SyncTable {
  public:
   SyncTable(TableBytes bytes, std::uint32_t count);
 
-  // The cursor is any number, best what the last call left.
+  // Returns whether a sample is a sync sample. The cursor may have any value; the one that the last
+  // call left is best.
   bool Holds(std::uint32_t number, std::uint32_t& cursor) const;
 
  private:
   std::uint32_t At(std::uint32_t entry) const;
-  // The first entry that is not below the number.
+  // The first entry that is not less than `number`.
   std::uint32_t Search(std::uint32_t number) const;
 
   TableBytes bytes_;
@@ -64,13 +66,13 @@ struct SamplePlace {
   std::uint32_t size = 0;
 };
 
-// What a handle remembers of its last look-ups in a track.
+// The last look-ups of a handle in a track.
 struct SampleCursor {
   Run time;
   Run composition;
   Run chunk;
   std::uint32_t sync_entry = 0;
-  std::uint64_t place_of = UINT64_MAX;  // the sample of `place`
+  std::uint64_t place_of = UINT64_MAX;  // the sample that `place` belongs to
   SamplePlace place;
 };
 
@@ -79,23 +81,22 @@ struct SampleTime {
   std::uint32_t duration = 0;
 };
 
-// Where the tables are: what opening a file finds out.
+// The locations of the tables, found when a file is opened.
 struct SampleTableBoxes {
   std::optional<TableBox> sizes;        // stsz, stz2
   std::optional<TableBox> times;        // stts
-  std::optional<TableBox> composition;  // ctts; may be missing: no sample is shown later
+  std::optional<TableBox> composition;  // ctts; optional: without it all composition offsets are 0
   std::optional<TableBox> chunk_runs;   // stsc
   std::optional<TableBox> offsets;      // stco, co64
-  std::optional<TableBox> sync;         // stss; may be missing: every sample is a sync sample
+  std::optional<TableBox> sync;         // stss; optional: without it every sample is a sync sample
 
-  // Whether all that a track needs is there. Samples need an entry to place them in the other
-  // tables.
+  // Returns whether all required tables are there. If there are samples, the other tables must have
+  // entries to locate them.
   bool Complete() const;
 };
 
-// Any number of threads may use it at once, each with a cursor of its own. `file` is any handle of
-// the file that the boxes are in. A table that cannot be read makes the sample one that is not
-// there.
+// Thread-safe, if each thread uses a cursor of its own. `file` is any handle of the file that
+// contains the tables. If a table cannot be read, its samples do not exist.
 class SampleTables {
  public:
   explicit SampleTables(const SampleTableBoxes& boxes) : boxes_(boxes) {}
@@ -103,13 +104,13 @@ class SampleTables {
   std::uint32_t Count() const { return boxes_.sizes->count; }
   bool FindTime(const File& file, std::uint32_t sample, SampleCursor& cursor,
                 SampleTime& time) const;
-  // Leaves the place in the cursor.
+  // Stores the result in `cursor.place`.
   bool FindPlace(const File& file, std::uint32_t sample, SampleCursor& cursor) const;
-  // The 32 bits as they are in the table.
+  // `offset` is set to the 32 bits in the table.
   bool FindComposition(const File& file, std::uint32_t sample, SampleCursor& cursor,
                        std::uint32_t& offset) const;
   bool FindSync(const File& file, std::uint32_t sample, SampleCursor& cursor, bool& is_sync) const;
-  // Of all samples.
+  // Total size of all samples, in bytes.
   std::uint64_t TotalSize(const File& file) const;
 
  private:

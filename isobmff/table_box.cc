@@ -7,11 +7,11 @@
 namespace isobmff {
 namespace {
 
-constexpr std::size_t kCountAt = 4;        // behind version and flags
-constexpr std::size_t kTableHeadSize = 8;  // and the count
+constexpr std::size_t kCountAt = 4;        // after version and flags
+constexpr std::size_t kTableHeadSize = 8;  // with the count
 constexpr std::size_t kSizeTableHeadSize = 12;
-// The sizes of 8.4 million samples, 93 hours at 25 frames a second: a larger table is taken for a
-// lie, lest a stop waits for it to be loaded.
+// The sizes of 8.4 million samples, which is 93 hours at 25 frames per second. A larger table is
+// taken for damage: loading it would delay a stop.
 constexpr std::uint64_t kMostTableBytes = std::uint64_t{1} << 25;
 
 std::optional<TableBox> WithEntries(TableBox table, const ByteRange& body, std::size_t head) {
@@ -42,7 +42,7 @@ std::optional<TableBox> ReadSizeTableBox(HeaderReader& reader, const ByteRange& 
 std::optional<TableBox> ReadCompactSizeTableBox(HeaderReader& reader, const ByteRange& body) {
   const std::uint8_t* const head = reader.Peek(body, kSizeTableHeadSize);
   if (head == nullptr) return std::nullopt;
-  const unsigned entry_bits = Read32(head + kCountAt) & 0xFF;  // behind 24 reserved bits
+  const unsigned entry_bits = Read32(head + kCountAt) & 0xFF;  // after 24 reserved bits
   if (entry_bits != 4 && entry_bits != 8 && entry_bits != 16) return std::nullopt;
   return WithEntries({Read32(head + kTableHeadSize), entry_bits, 0, {}}, body, kSizeTableHeadSize);
 }

@@ -8,20 +8,21 @@
 namespace isobmff {
 namespace {
 
-constexpr std::size_t kBehindVersion = 4;  // where a full box's content begins
+constexpr std::size_t kBehindVersion = 4;  // where the content of a full box begins
 
 char SmallLetter(std::uint8_t letter) {
   return static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
 }
 
-// Where the fields behind the two times of mvhd, mdhd and tkhd lie.
+// The size of the two times in mvhd, mdhd and tkhd, which precede the other fields. Returns nullopt
+// for an unknown version.
 std::optional<std::size_t> SizeOfTimes(HeaderReader& reader, const ByteRange& body) {
   const std::uint8_t* const version = reader.Peek(body, 1);
   if (version == nullptr || *version > 1) return std::nullopt;
   return *version == 1 ? 16 : 8;
 }
 
-// Collects what the boxes of a track hold; the first of each kind counts.
+// Collects the content of a track's boxes. The first box of each kind counts.
 class TrackReader {
  public:
   TrackReader(HeaderReader& reader, const UnreceivedTail& tail) : reader_(reader), tail_(tail) {}
@@ -30,7 +31,7 @@ class TrackReader {
     ReadChildren(body, &TrackReader::TrackChild);
     ReadDescription();
     RequireEntries();
-    // A track of another kind is not played, so nothing waits for the rest of it.
+    // Tracks of other kinds are not played, so nothing waits for the rest of them.
     const bool is_played =
         handler_ == 0 || handler_ == FourCc("vide") || handler_ == FourCc("soun");
     if (is_incomplete_ && is_played) return TrackState::kNotReceived;
@@ -46,9 +47,9 @@ class TrackReader {
     return facts_.id != 0 && has_timing_ && handler_ != 0 && has_entry_ && facts_.tables.Complete();
   }
 
-  // A malformed child ends the walk. Read decides whether the children before it are enough.
+  // A malformed child ends the walk. Read decides whether the children before it are sufficient.
   void ReadChildren(const ByteRange& body, Child child) {
-    // A table with one entry is larger, so a shorter row of zeros is padding.
+    // Even a table with one entry is larger, so a shorter run of zeros is padding.
     constexpr std::uint64_t kSmallestTable = 20;
     BoxWalk walk(reader_, body);
     while (const auto box = walk.Next()) (this->*child)(*box);
@@ -108,25 +109,25 @@ class TrackReader {
     }
   }
 
-  // Notes whether bytes that end at `end` are what they have to be. Zeros in their place may be
-  // bytes that have not been received yet.
+  // If the bytes before `end` are not right, the track is incomplete where they may not have been
+  // received yet, and damaged otherwise.
   void Require(bool is_right, std::uint64_t end) {
     if (!is_right) (tail_.Reaches(end) ? is_incomplete_ : is_damaged_) = true;
   }
 
-  // A table that claims more than its box holds does not do so for want of bytes.
+  // A table that claims more than its box holds is damaged, not incomplete.
   void Keep(std::optional<TableBox>& kept, const std::optional<TableBox>& found) {
     if (!kept) kept = found;
     is_damaged_ |= !found.has_value();
   }
 
-  // Of a table whose entries are never 0.
+  // For a table whose entries are never 0.
   void KeepNumbers(std::optional<TableBox>& kept, const std::optional<TableBox>& found) {
     Keep(kept, found);
     if (found) Require(LastEntryIsReceived(reader_, *found), found->entries.end);
   }
 
-  // Samples without any entry to place them in the other tables.
+  // If there are samples, the other tables must have entries to locate them.
   void RequireEntries() {
     const SampleTableBoxes& tables = facts_.tables;
     if (!tables.sizes || tables.sizes->count == 0) return;
@@ -153,7 +154,7 @@ class TrackReader {
   void ReadHandler(const ByteRange& body) {
     constexpr std::size_t kTypeAt = kBehindVersion + 4;
     const std::uint8_t* const bytes = reader_.Peek(body, kTypeAt + 4);
-    const bool is_there = bytes != nullptr && bytes[kTypeAt + 3] != 0;  // else it may be a part
+    const bool is_there = bytes != nullptr && bytes[kTypeAt + 3] != 0;  // else it may be cut off
     Require(is_there, body.begin + kTypeAt + 4);
     if (!is_there) return;
     for (const std::uint8_t letter : std::span(bytes + kTypeAt, 4)) {
@@ -184,7 +185,7 @@ class TrackReader {
   TrackFacts facts_;
   bool has_timing_ = false;
   bool has_entry_ = false;
-  std::uint32_t handler_ = 0;             // its type, in small letters
+  std::uint32_t handler_ = 0;             // the handler type, in lower case
   std::optional<ByteRange> description_;  // the body of stsd
   bool is_damaged_ = false;
   bool is_incomplete_ = false;

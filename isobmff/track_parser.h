@@ -1,4 +1,4 @@
-// The boxes of one track, down to the heads of its tables.
+// Parses the boxes of one track, down to the heads of its tables.
 #ifndef ISOBMFF_TRACK_PARSER_H_
 #define ISOBMFF_TRACK_PARSER_H_
 
@@ -10,16 +10,16 @@
 
 namespace isobmff {
 
-// The body of an mvhd or mdhd box: they begin alike.
+// Parses the body of an mvhd or mdhd box. Both begin with the same fields.
 std::optional<Timing> ReadTiming(HeaderReader& reader, const ByteRange& body);
 
 enum class TrackState {
   kUsable,
   kDamaged,      // something that is needed is missing or malformed
-  kNotReceived,  // the same, and it may be that it has not been received yet
+  kNotReceived,  // the same, but it may not have been received yet
 };
 
-// The body of a trak box. Sets `facts` of a usable track only.
+// Parses the body of a trak box. Sets `facts` only if the track is usable.
 TrackState ReadTrack(HeaderReader& reader, const UnreceivedTail& tail, const ByteRange& body,
                      TrackFacts& facts);
 

@@ -5,14 +5,15 @@
 namespace isobmff {
 namespace {
 
-// Where the file goes on after the index.
+// Returns whether the file has data other than zeros right after the index.
 bool IsFollowed(HeaderReader& reader, const ByteRange& index) {
   const ByteRange next{index.end,
                        index.end + std::min(reader.FileSize() - index.end, kBoxHeaderSize)};
   return next.Size() != 0 && !reader.IsZero(next);
 }
 
-// Where the zeros at the end of the index begin. Of more zeros than are looked at, it is not known.
+// The offset at which the zeros at the end of the index begin. If there are more of them than are
+// checked, or if they cannot be read, returns the beginning of the index.
 std::uint64_t TrailingZeros(HeaderReader& reader, const ByteRange& index) {
   constexpr std::uint64_t kMost = HeaderReader::kMostAtOnce;
   const auto size = static_cast<std::size_t>(std::min(index.Size(), kMost));

@@ -4,8 +4,8 @@
 
 namespace {
 
-// Reads numbers bit by bit, most significant bit first. What is not there reads as zeros, and then
-// it is no longer good.
+// Reads numbers bit by bit, most significant bit first. Bits after the end read as zeros; Good() is
+// false then.
 class BitReader {
  public:
   explicit BitReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}

@@ -1,11 +1,11 @@
-// DownloadedRanges: which bytes of a stream are in its restart file. It has no lock.
+// DownloadedRanges: which bytes of a stream are in its restart file. Not thread-safe.
 #ifndef MP4_DOWNLOADED_RANGES_H_
 #define MP4_DOWNLOADED_RANGES_H_
 
 #include <cstdint>
 #include <map>
 
-// A range of file offsets, from its start up to and not including its end.
+// A range of file offsets. `end` is exclusive.
 struct ByteRange {
   std::uint64_t start = 0;
   std::uint64_t end = 0;
@@ -15,7 +15,7 @@ struct ByteRange {
   }
 };
 
-// Ranges of file offsets, each from its start up to and not including its end, ordered by start.
+// Ranges of file offsets, ordered by start.
 class DownloadedRanges {
  public:
   void Clear() {
@@ -23,24 +23,25 @@ class DownloadedRanges {
     largest_end_ = 0;
   }
 
-  // Takes the whole of a local file for downloaded. One that is longer than this is not played to
-  // its end: kept on purpose.
+  // Marks a whole local file as downloaded. A longer file is not played to its end.
+  // Kept for compatibility.
   void MarkLocalFile() { Set(0, 999'999'999); }
 
-  // Adds a range and merges it with the one before it, and with those behind it that it reaches;
-  // the latter only if some range began where it begins then. Kept on purpose: ranges may touch or
-  // overlap without being one.
+  // Adds a range. If it begins within the first range or at its end, the two are merged. Later
+  // ranges that it reaches are merged only if a range with the same start existed already. So
+  // ranges may touch or overlap without being merged. Kept for compatibility.
   void Add(std::uint64_t start, std::uint64_t end);
 
-  // Whether one of the ranges holds all of these bytes. For bytes behind all ranges, as a download
-  // asks for them piece by piece, it looks at none of the ranges, of which there may be very many.
+  // Returns whether one of the ranges contains all of these bytes. For bytes after all ranges,
+  // which a download asks for piece by piece, it does not search the ranges, since there may be
+  // very many.
   bool Hold(std::uint64_t start, std::uint64_t size) const;
 
-  // The first range, empty when there is none. It alone says which samples are there: one that lies
-  // in a later range is not looked for, on purpose.
+  // The first range; empty if there is none. It alone decides which samples are available: a sample
+  // in a later range is not looked for. Kept for compatibility.
   ByteRange First() const;
 
-  // The end of the first range that holds the byte at `offset`; `offset` itself when none does.
+  // The end of the first range that contains the byte at `offset`; `offset` itself if none does.
   std::uint64_t EndOfRangeAt(std::uint64_t offset) const;
 
   const std::map<std::uint64_t, std::uint64_t>& All() const { return ranges_; }
@@ -49,7 +50,7 @@ class DownloadedRanges {
   void Set(std::uint64_t start, std::uint64_t end);
 
   std::map<std::uint64_t, std::uint64_t> ranges_;  // start to end
-  std::uint64_t largest_end_ = 0;                  // no range ends behind it
+  std::uint64_t largest_end_ = 0;                  // no range ends after it
 };
 
 #endif  // MP4_DOWNLOADED_RANGES_H_

@@ -15,7 +15,7 @@
 
 namespace {
 
-// The download of this thread, for the write callback, which is given no pointer of its own.
+// The download that this thread performs: the write callback gets no pointer of its own.
 struct RunningDownload {
   CURL* handle;
   Mp4Transfer& transfer;
@@ -40,7 +40,7 @@ void PerformInto(Mp4Transfer& transfer, const std::string& url) {
 
 int LastError() { return errno != 0 ? errno : EIO; }
 
-// Both return 0, or the value of errno.
+// Both return 0 or a value of errno.
 int WriteAt(std::FILE* file, std::uint64_t offset, const CopyBuffer& bytes) {
   const auto size = static_cast<std::size_t>(bytes.Length());
   const bool is_written = std::fseek(file, static_cast<long>(offset), SEEK_SET) == 0 &&
@@ -65,7 +65,7 @@ bool Mp4Transfer::AcceptReply(CURL* handle) {
   long status = 0;  // stays 0 for a local file
   curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
   if (status == kOk) offset_ = 0;
-  return status < kFirstError;  // an error page has no place in the middle of a file
+  return status < kFirstError;  // an error page must not be written into the middle of a file
 }
 
 std::size_t Mp4Transfer::Take(const char* data, std::size_t length) {
@@ -92,7 +92,7 @@ Mp4Transfer::Outcome Mp4Transfer::WritePending() {
   if (!HasPending()) return Outcome::kDone;
   const auto size = static_cast<std::uint64_t>(pending_.Length());
   if (!file.ranges.Hold(offset_, size)) {
-    // Offsets are 32-bit numbers on purpose: what lies beyond 2 GiB has no place in the file.
+    // Offsets are 32-bit numbers, so bytes after 2 GiB are not stored. Kept for compatibility.
     if (offset_ > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) {
       ConsoleLine("mp4 download ends at 2 GiB.");
       return Outcome::kNever;
@@ -108,7 +108,7 @@ Mp4Transfer::Outcome Mp4Transfer::WritePending() {
   return Outcome::kDone;
 }
 
-// Returns 0, or the value of errno.
+// Returns 0 or a value of errno.
 int Mp4Transfer::WriteToFile(const std::string& path) const {
   platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return LastError();
@@ -117,14 +117,14 @@ int Mp4Transfer::WriteToFile(const std::string& path) const {
   return write_error != 0 ? write_error : close_error;
 }
 
-// Once a start, since it is tried again every millisecond.
+// Logged once per start, since the write is retried every millisecond.
 void Mp4Transfer::ReportFailure(const std::string& path, int error) {
   if (std::exchange(failure_reported_, true)) return;
   ConsoleLine("mp4 cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-// With g_mp4FileLock held. A seek to where this transfer passes is served by it, and the next start
-// goes on behind it.
+// Requires g_mp4FileLock. If the target of a seek is within the bytes just processed, this transfer
+// serves the seek, and the next start continues after those bytes.
 void Mp4Transfer::Advance() {
   Mp4File& file = *g_mp4File;
   const std::uint64_t before = offset_;

@@ -1,5 +1,5 @@
-// The download side of the MP4 pipeline: from the network into the restart file, each byte at its
-// true offset.
+// The download side of the MP4 pipeline: writes the stream from the network into the restart file,
+// each byte at its true offset.
 #ifndef MP4_MP4_DOWNLOAD_H_
 #define MP4_MP4_DOWNLOAD_H_
 
@@ -11,27 +11,28 @@
 
 #include "common/copy_buffer.h"
 
-// Fetches `url` from the write offset to its end, or until g_mp4Running is cleared, then writes
-// what could not be written yet, as long as that takes. Nothing is written once another address was
-// started than that of the number `address`. Blocks.
+// Fetches `url` from the write offset until its end or until g_mp4Running is cleared. Then retries
+// the bytes that could not be written, until they are written or g_mp4Running is cleared. `address`
+// is the number of the address; nothing is written once another address was started. Blocks.
 void DownloadMp4(const std::string& url, std::uint64_t address);
 
-// One download. It is used on the thread that performs the transfer.
+// One download. Used on the thread that performs the transfer.
 class Mp4Transfer {
  public:
-  explicit Mp4Transfer(std::uint64_t address);  // from the present write offset
+  explicit Mp4Transfer(std::uint64_t address);  // starts at the current write offset
 
   std::uint64_t Offset() const { return offset_; }
   bool HasPending() const { return pending_.Length() > 0; }
 
-  // Looks at the head of a reply, at its first piece. False when its body is not to be taken. A
-  // server that does not know ranges sends the stream from its beginning.
+  // Checks the status of the reply, when its first piece is received. Returns false if the body
+  // must not be written. A server without support for ranges sends the stream from its beginning;
+  // the offset is then reset to 0.
   bool AcceptReply(CURL* handle);
 
-  // Takes a piece of the body, which may be empty, and writes all that waits. Returns how many
-  // bytes it took: 0 ends the transfer. Bytes that cannot be written now wait for the next call;
-  // when too many of them do, this one waits. The first time that they cannot be written is
-  // reported in a console line.
+  // Accepts a piece of the body, which may be empty, and writes all pending bytes. Returns the
+  // number of accepted bytes; 0 ends the transfer. Bytes that cannot be written stay pending until
+  // the next call; if there are too many of them, this call waits. The first failure to write is
+  // logged.
   std::size_t Take(const char* data, std::size_t length);
 
  private:
@@ -44,7 +45,7 @@ class Mp4Transfer {
 
   const std::uint64_t address_;
   std::uint64_t seeks_;
-  std::uint64_t offset_;  // of the first byte that waits
+  std::uint64_t offset_;  // of the first pending byte
   bool reply_seen_ = false;
   bool failure_reported_ = false;
   CopyBuffer pending_;  // received and not written yet

@@ -27,7 +27,7 @@ bool CMp4Downloader::BeginDownload(const std::string& url) {
   ResetFrameQueues();
   reader_.Begin();
   const std::uint64_t address = UseUrl(url);
-  // One a start: the download of an earlier one must not end the reading of this one.
+  // One flag per start: the download of an earlier start must not end the reading of this one.
   const auto downloading = std::make_shared<std::atomic<bool>>(true);
   AddGated([url, address, downloading] { RunDownload(url, address, *downloading); });
   AddGated([=, this] { PlayMp4({url, address, player_, reader_, downloading, start_position_}); });
@@ -39,7 +39,7 @@ bool CMp4Downloader::BeginDownload(const std::string& url) {
 bool CMp4Downloader::EndDownload() {
   start_position_ = 0;
   const bool was_running = StopPipeline({"mp4", g_mp4Running, pool_, gate_, [] {}});
-  reader_.Close();  // also where another pipeline has cleared the flag
+  reader_.Close();  // also if another pipeline has cleared the flag
   return was_running;
 }
 
@@ -52,15 +52,15 @@ bool CMp4Downloader::SetStartPostion(float seconds) {
   return true;
 }
 
-// Whether what is process-wide is still that of the address that this pipeline started last. The
-// pipeline of another facade may have started one meanwhile.
+// Returns whether the process-wide state still belongs to the address that this pipeline started
+// last. The pipeline of another facade may have started an address since.
 bool CMp4Downloader::OwnsFile() const {
   const std::lock_guard lock(g_mp4FileLock);
   return address_ == g_mp4File->addresses;
 }
 
-// Where the file is another pipeline's, it and its next start are left alone: this one's next start
-// begins from nothing.
+// If the file belongs to another pipeline now, neither the file nor that pipeline's next start is
+// changed. The next start of this pipeline then begins from nothing.
 void CMp4Downloader::Seek(float seconds) {
   if (!OwnsFile()) return;
   const std::uint64_t offset = reader_.Seek(seconds, Mp4MediaPath(url_));
@@ -71,8 +71,8 @@ void CMp4Downloader::Seek(float seconds) {
   ++file.seeks;
 }
 
-// Another address starts from nothing, with an empty restart file; the same one keeps what it has,
-// unless another pipeline has used the file since. Returns the number of the address.
+// Another address starts from nothing, with an empty restart file. The same address keeps what was
+// downloaded, unless another pipeline has used the file since. Returns the number of the address.
 std::uint64_t CMp4Downloader::UseUrl(const std::string& url) {
   if (url == url_) {
     player_.Message("PLAY MP4 RE:" + url);

@@ -1,8 +1,8 @@
 // The MP4 pipeline: plays an MP4 address over HTTP, HTTPS or from a local file while it downloads
 // into a restart file, and resumes there when the same address is started again. Four tasks run on
-// its pool: download, play (passes over the file), video delivery, audio delivery.
+// its pool: download, play (reads the file in passes), video delivery, audio delivery.
 //
-// The facade makes one, on the first address that is of no other format, and forwards its own
+// The facade creates one for the first address that is of no other format, and forwards its
 // operations to it. Much of the state is process-wide (mp4_state.h): one MP4 pipeline plays at a
 // time. The player is borrowed.
 //
@@ -27,18 +27,19 @@ class CMp4Downloader {
   CMp4Downloader(const CMp4Downloader&) = delete;
   CMp4Downloader& operator=(const CMp4Downloader&) = delete;
 
-  // Starts to play `url`, already cleaned. The address that played last goes on where it got to, or
-  // where SetStartPostion put it; another one starts from its beginning, and so does the same one
-  // when another pipeline has played meanwhile. Always true. A second start without a stop adds
-  // four tasks to those that run.
+  // Starts to play `url`, which must be cleaned. The address that played last continues where it
+  // stopped, or where SetStartPostion moved it. Another address starts from its beginning, and so
+  // does the same address if another pipeline has played since. Always returns true. A second start
+  // without a stop adds four tasks to the running ones.
   bool BeginDownload(const std::string& url);
 
-  // Stops, joins the tasks and drops what is queued. False when nothing ran; the start position
-  // goes back to 0 in any case.
+  // Stops and joins the tasks and drops what is queued. Returns false if nothing was running.
+  // Resets the start position to 0 in any case.
   bool EndDownload();
 
-  // Sets the position below which samples are dropped, and makes the next start go on from there,
-  // as far as the file's index is known, unless another pipeline has played meanwhile. Always true.
+  // Sets the position before which samples are dropped, and makes the next start continue from
+  // there, as far as the file's index is known, unless another pipeline has played since. Always
+  // returns true.
   bool SetStartPostion(float seconds);
 
  private:
@@ -51,7 +52,7 @@ class CMp4Downloader {
 
   const PlayerPort player_;
   std::string url_;
-  std::uint64_t address_ = 0;  // number of the address that it started last
+  std::uint64_t address_ = 0;  // number of the address that was started last
   std::atomic<float> start_position_{0};
   Mp4TrackReader reader_;
   TaskGate gate_;

@@ -8,14 +8,14 @@
 #ifdef STREAM_MP4_READER_LOGS
 namespace {
 
-// An installed library would write to the host's console whenever a sample is not there yet.
+// An installed library would log to the host's console whenever a sample is not available yet.
 [[maybe_unused]] const bool g_is_quiet = (MP4LogSetLevel(MP4_LOG_NONE), true);
 
 }  // namespace
 #endif
 
 Mp4FileHandle OpenMp4(const std::string& path) {
-  if (platform::IsSpecialFile(path)) return nullptr;  // an installed library would wait for it
+  if (platform::IsSpecialFile(path)) return nullptr;  // an installed library would block on it
   return Mp4FileHandle(MP4Read(AnsiToUtf8(path).c_str()));
 }
 

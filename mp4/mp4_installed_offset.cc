@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::uint64_t kNowhere = UINT64_MAX;
 
-// The properties of one track's sample tables.
+// Reads the properties of one track's sample tables.
 class Properties {
  public:
   Properties(MP4FileHandle file, MP4TrackId track) : file_(file), track_(track) {}
@@ -36,7 +36,7 @@ class Properties {
   MP4TrackId track_;
 };
 
-// Chunks from `first_chunk` on, each of so many samples; numbers start at 0.
+// Chunks from `first_chunk` on that have the same number of samples. Numbers start at 0.
 struct ChunkRun {
   std::uint64_t first_chunk;
   std::uint64_t first_sample;
@@ -58,7 +58,7 @@ class TrackOffsets {
     const std::uint64_t chunk = run->first_chunk + in_run / run->samples_a_chunk;
     const std::uint64_t first = sample - in_run % run->samples_a_chunk;
     if (chunk >= chunk_count_) return kNowhere;
-    // Samples of a chunk mostly come one after the other.
+    // Most look-ups ask for the next sample, so continue from the last one if it is in this chunk.
     if (last_ < first || last_ > sample) {
       const auto start = properties_.FindEntry(chunk_table_, chunk, "chunkOffset");
       if (!start) return kNowhere;
@@ -117,7 +117,7 @@ class TrackOffsets {
     }
   }
 
-  // The run that the sample would be in. Null where there is none.
+  // The run that would contain the sample; null if there is none.
   const ChunkRun* FindRun(std::uint64_t sample) const {
     const auto behind = std::upper_bound(
         runs_.begin(), runs_.end(), sample,
@@ -132,12 +132,12 @@ class TrackOffsets {
   std::string size_table_;
   std::uint64_t chunk_count_ = 0;
   std::uint64_t sample_count_ = 0;
-  std::uint64_t same_size_ = 0;    // 0 where each sample has its own
+  std::uint64_t same_size_ = 0;    // 0 if each sample has its own size
   std::uint64_t last_ = kNowhere;  // the sample that was found last
   std::uint64_t last_offset_ = 0;
 };
 
-// Guarded by their mutex. An entry lives as long as its handle is open.
+// `tracks` is guarded by `mutex`. An entry exists as long as its handle is open.
 struct OpenFiles {
   std::mutex mutex;
   std::map<std::pair<MP4FileHandle, MP4TrackId>, TrackOffsets> tracks;
@@ -148,7 +148,8 @@ OpenFiles& Files() {
   return *files;
 }
 
-// Its elements stay where they are, and one handle is used by one thread at a time.
+// The result is used without the lock: elements of the map do not move, and one handle is used by
+// one thread at a time.
 TrackOffsets& OffsetsOf(MP4FileHandle file, MP4TrackId track) {
   OpenFiles& files = Files();
   const std::lock_guard lock(files.mutex);

@@ -1,10 +1,10 @@
-// Where a sample lies in its file, for an installed libmp4v2 that does not tell: the library as it
-// is published has no MP4GetSampleFileOffset. Elsewhere this header adds nothing to
-// <mp4v2/mp4v2.h>.
+// The file offset of a sample, for an installed libmp4v2: the published library has no
+// MP4GetSampleFileOffset. With another reader this header adds nothing to <mp4v2/mp4v2.h> but an
+// empty ForgetSampleFileOffsets.
 //
-// The adapter works from the library's generic properties. Each table entry that it needs is asked
-// for once an open file and then remembered until the file is closed, which it must be told. Any
-// thread may call it, each handle from one thread at a time.
+// The adapter uses the library's generic properties. What it keeps of a file stays until
+// ForgetSampleFileOffsets is called, which must happen before the file is closed. Thread-safe, but
+// one handle is used from one thread at a time.
 #ifndef MP4_MP4_INSTALLED_OFFSET_H_
 #define MP4_MP4_INSTALLED_OFFSET_H_
 
@@ -14,10 +14,10 @@
 
 #ifdef STREAM_MP4_OFFSETS_BY_ADAPTER
 
-// File offset of the sample's first byte; all bits set for a sample that is not there.
+// File offset of the sample's first byte; all bits set if there is no such sample.
 std::uint64_t MP4GetSampleFileOffset(MP4FileHandle file, MP4TrackId track, MP4SampleId sample);
 
-// To be called before a handle is closed: the next file may get the same one.
+// Call this before a handle is closed: the next file may get the same handle.
 void ForgetSampleFileOffsets(MP4FileHandle file);
 
 #else

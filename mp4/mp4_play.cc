@@ -10,7 +10,7 @@
 
 namespace {
 
-// What a pass is to read now; nothing once another address was started.
+// What the next pass reads; nullopt if another address was started.
 std::optional<Mp4TrackReader::Source> SourceOf(const Mp4Play& play) {
   const bool is_local = IsFileUrl(play.url);
   const std::lock_guard lock(g_mp4FileLock);
@@ -22,10 +22,10 @@ std::optional<Mp4TrackReader::Source> SourceOf(const Mp4Play& play) {
                                 file.ranges.First(), file.revision, play.start_position};
 }
 
-// False when another address was started.
+// Returns false if another address was started.
 bool ReadPasses(const Mp4Play& play) {
   while (g_mp4Running.load()) {
-    const bool all_has_come = !play.downloading->load();  // before the pass begins
+    const bool all_has_come = !play.downloading->load();  // checked before the pass begins
     const auto source = SourceOf(play);
     if (!source) return false;
     const bool is_made =
@@ -44,7 +44,7 @@ std::string Mp4MediaPath(const std::string& url) {
   return g_mp4File->path;
 }
 
-// The verdict is given at a stop too: kept on purpose.
+// The result is reported after a stop too. Kept for compatibility.
 void PlayMp4(const Mp4Play& play) {
   if (!ReadPasses(play)) return;
   const char* const outcome = Mp4VideoHasBegun() ? "MP4 OK:" : "MP4 NO:";

@@ -1,4 +1,4 @@
-// The play task of the MP4 pipeline: reads the growing file in passes and gives the verdict.
+// The play task of the MP4 pipeline: reads the growing file in passes and reports the result.
 #ifndef MP4_MP4_PLAY_H_
 #define MP4_MP4_PLAY_H_
 
@@ -12,18 +12,18 @@
 
 struct Mp4Play {
   std::string url;
-  std::uint64_t address;  // its number: the task ends when another address is started
+  std::uint64_t address;  // its number; the task ends when another address is started
   PlayerPort player;
   Mp4TrackReader& reader;
-  std::shared_ptr<const std::atomic<bool>> downloading;  // cleared when no more will be written
+  std::shared_ptr<const std::atomic<bool>> downloading;  // cleared when the download has ended
   const std::atomic<float>& start_position;              // seconds
 };
 
-// Reads until the download has ended and once more, or until g_mp4Running is cleared, then tells
-// the player whether video came of it. Blocks.
+// Reads in passes until the download has ended and a last pass has followed, or until g_mp4Running
+// is cleared. Then reports to the player whether there was video. Blocks.
 void PlayMp4(const Mp4Play& play);
 
-// The file that is read for an address: a local one itself, else the restart file.
+// The path that is read for an address: the local file itself, or the restart file.
 std::string Mp4MediaPath(const std::string& url);
 
 #endif  // MP4_MP4_PLAY_H_

@@ -18,8 +18,9 @@ constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
 
 enum class Kind { kFirstVideo, kVideo, kAudio };
 
-// A frame made of these parts, one behind the other. False when there was no memory for it, or when
-// the first video frame must come before it: a start meanwhile has made the queues new.
+// Queues a frame that consists of these parts, one after another. Returns false if the frame is too
+// large or memory runs out, or if the first video frame must be queued before this one because
+// another start has replaced the queues.
 bool EmitFrame(const Mp4Sample& sample, Kind kind, std::initializer_list<Bytes> parts) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
   const bool is_video = kind != Kind::kAudio;
@@ -43,7 +44,7 @@ bool EmitFrame(const Mp4Sample& sample, Kind kind, std::initializer_list<Bytes> 
   return false;
 }
 
-// Whether a stream may begin with a NAL unit (ISO/IEC 14496-10, table 7-1).
+// Returns whether a stream may begin with this NAL unit (ISO/IEC 14496-10, table 7-1).
 bool BeginsStream(Bytes nal_unit) {
   constexpr std::uint8_t kTypeMask = 0x1F;
   constexpr std::uint8_t kIdrSlice = 5;
@@ -54,18 +55,18 @@ bool BeginsStream(Bytes nal_unit) {
   return type == kIdrSlice || type == kSei || type == kSps;
 }
 
-// The start code of a parameter set, if there is one.
+// The start code for a parameter set; empty if the set is empty.
 Bytes StartCodeOf(Bytes parameter_set) { return parameter_set.empty() ? Bytes() : kStartCode; }
 
-// A sample that was read is not read again after a stop, so a stop does not cut it off; unless it
-// has more NAL units than any picture.
+// A stop does not interrupt a sample, since a sample is not read a second time after the stop. Only
+// a sample with more NAL units than any video frame has is interrupted.
 bool MayGoOn(int units) {
   constexpr int kMostOfAPicture = 4096;
   return units < kMostOfAPicture || g_mp4Running.load();
 }
 
-// Takes the NAL unit that `left` begins with, behind its length, off it. False when there is none,
-// or not all of it.
+// Removes the first NAL unit and the length before it from `left`. Returns false if there is none
+// or if it is incomplete.
 bool TakeNalUnit(Bytes& left, Bytes& nal_unit) {
   constexpr std::size_t kLengthSize = 4;
   if (left.size() < kLengthSize) return false;
@@ -97,7 +98,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
   Bytes nal_unit;
   for (int units = 0; MayGoOn(units) && TakeNalUnit(left, nal_unit); ++units) {
     AwaitFrameRoom(g_mp4Running, kMaxFrameBacklog);
-    if (Mp4VideoHasBegun()) {  // asked for each unit: another start may come at any time
+    if (Mp4VideoHasBegun()) {  // checked for each unit: another start may happen at any time
       EmitFrame(sample, Kind::kVideo, {kStartCode, nal_unit});
     } else if (BeginsStream(nal_unit)) {
       was_first |=

@@ -1,4 +1,4 @@
-// A sample of an MP4 track, and how it becomes frames in the global frame queues.
+// A sample of an MP4 track, and its conversion into frames in the global frame queues.
 #ifndef MP4_MP4_SAMPLE_H_
 #define MP4_MP4_SAMPLE_H_
 
@@ -14,10 +14,10 @@ struct Mp4Sample {
   Mp4Block<std::uint8_t> bytes;  // owned
   std::uint32_t size = 0;
   std::uint64_t time = 0;             // decode time, from the time tables
-  std::uint64_t start = 0;            // decode time, as the sample itself was read with
-  std::int64_t rendering_offset = 0;  // of the presentation, after the decode time
+  std::uint64_t start = 0;            // decode time, as returned with the sample's bytes
+  std::int64_t rendering_offset = 0;  // presentation time minus decode time
 
-  // 0 where it would be negative.
+  // Returns 0 if the time would be negative.
   std::uint64_t PresentationTime() const;
 };
 
@@ -26,16 +26,16 @@ struct Mp4ParameterSets {
   std::vector<std::uint8_t> pps;
 };
 
-// Whether a video frame was queued since the pipeline was started, delivered already or not.
+// Returns whether a video frame was queued since the pipeline was started, delivered or not.
 bool Mp4VideoHasBegun();
 
 // Queues the NAL units of a video sample, each as a frame with a start code instead of its length.
-// The first frame of all is an IDR slice, SEI or SPS; until it is queued, units of other types are
-// dropped, and the parameter sets stand in front of it. True when it was among these. What does not
-// fit into the sample is dropped. Ends when g_mp4Running is cleared.
+// The first video frame is an IDR slice, SEI or SPS, with the parameter sets before it. Until it is
+// queued, units of other types are dropped. Returns whether this sample contained the first frame.
+// A unit that exceeds the sample is dropped. A stop interrupts only a sample with very many units.
 bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_sets);
 
-// Queues an audio sample behind an ADTS header.
+// Queues an audio sample after an ADTS header.
 void EmitMp4Audio(const Mp4Sample& sample, const AdtsFields& fields);
 
 #endif  // MP4_MP4_SAMPLE_H_

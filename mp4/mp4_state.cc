@@ -8,7 +8,7 @@ std::atomic<bool> g_mp4Running{false};
 std::mutex g_mp4FileLock;
 NeverDestroyed<Mp4File> g_mp4File;
 
-// With the lock held from first to last: nothing of the address before may be written in between.
+// Holds the lock throughout: nothing of the previous address may be written in between.
 std::uint64_t NextMp4Address(const std::string& file_name) {
   const std::lock_guard lock(g_mp4FileLock);
   Mp4File& file = *g_mp4File;

@@ -1,5 +1,5 @@
-// Mp4TimeIndex: where the samples of a track that were met so far begin, by their time. It has no
-// lock.
+// Mp4TimeIndex: the samples of a track that were found so far, by their time, with their file
+// offsets. Not thread-safe.
 #ifndef MP4_MP4_TIME_INDEX_H_
 #define MP4_MP4_TIME_INDEX_H_
 
@@ -17,7 +17,8 @@ struct Mp4SamplePlace {
 class Mp4TimeIndex {
  public:
   void Clear() { places_.clear(); }
-  // A file may claim as many samples as it likes: no more are recorded than a day of film has.
+  // A file may claim any number of samples. At most this many are recorded, as many as a day of
+  // film has.
   static constexpr std::uint32_t kMaxPlaces = 1U << 22;
 
   void Record(std::uint64_t milliseconds, const Mp4SamplePlace& place) {
@@ -26,10 +27,11 @@ class Mp4TimeIndex {
 
   struct Found {
     Mp4SamplePlace place;
-    bool reaches_target;  // false when it is the last one there is, and lies before the target
+    bool reaches_target;  // false if it is the last known sample and is before the target
   };
 
-  // The first sample at or behind `milliseconds`, else the last one; nothing while it is empty.
+  // The first sample at or after `milliseconds`, or else the last one; nullopt if the index is
+  // empty.
   std::optional<Found> Find(float milliseconds) const {
     std::optional<Found> found;
     for (const auto& [time, place] : places_) {

@@ -51,8 +51,8 @@ bool Mp4TrackReader::MayFindMore(const Source& source) const {
   return has_come(video_) || has_come(audio_);
 }
 
-// Whether a track may still be found: an index that goes on to the end of its file can be read
-// before all of its tracks have come. With mutex_ held.
+// Returns whether a track may still be found: an index that extends to the end of its file can be
+// read before all of its tracks are received. Requires mutex_.
 bool Mp4TrackReader::LacksATrack() const {
   return !refused_ && (video_.id == MP4_INVALID_TRACK_ID || audio_.id == MP4_INVALID_TRACK_ID);
 }
@@ -74,12 +74,12 @@ bool Mp4TrackReader::RunPass(const Source& source) {
 void Mp4TrackReader::EndPass(const Pass& pass, bool was_read) {
   const std::lock_guard lock(mutex_);
   pass_under_way_ = false;
-  // What was sought meanwhile has not been looked for, and a file that could be read before can be
-  // again.
+  // Recorded only if there was no seek and no new address during the pass, since the pass did not
+  // look for their target. A file that was readable before but not in this pass is tried again.
   if (pass.changes == changes_ && (was_read || !discovered_)) revision_ = pass.source.revision;
 }
 
-// Opened anew for each pass, since the file grows. The one before stays open until then.
+// The file grows, so it is opened again for each pass. The previous handle stays open until then.
 bool Mp4TrackReader::Open(Pass& pass) {
   pass.file = OpenMp4(pass.source.path);
   const std::lock_guard lock(mutex_);
@@ -87,8 +87,8 @@ bool Mp4TrackReader::Open(Pass& pass) {
   return pass.file != nullptr;
 }
 
-// Finds the tracks that are not known yet. False when there is nothing to be played. A file whose
-// video was refused is not told again.
+// Finds the tracks that are not known yet. Returns false if there is nothing to play. A file whose
+// video was refused is not reported again.
 bool Mp4TrackReader::Discover(const Pass& pass) {
   std::optional<std::string> new_codec;
   float duration = 0;
@@ -109,7 +109,7 @@ bool Mp4TrackReader::Discover(const Pass& pass) {
   return is_played;
 }
 
-// Returns what the codec is called when there is a video track. With mutex_ held.
+// Returns the name of the codec if there is a video track. Requires mutex_.
 std::optional<std::string> Mp4TrackReader::DiscoverVideo(MP4FileHandle file) {
   const MP4TrackId id = FindMp4Track(file, "vide");
   if (id == MP4_INVALID_TRACK_ID) return std::nullopt;
@@ -120,8 +120,8 @@ std::optional<std::string> Mp4TrackReader::DiscoverVideo(MP4FileHandle file) {
   return track.codec;
 }
 
-// Before the video has begun the last parameter set of either kind counts, afterwards the one that
-// is known already: kept on purpose.
+// Before the video has begun, the last parameter set of each kind is used; afterwards a known one
+// is not replaced. Kept for compatibility.
 void Mp4TrackReader::Adopt(const Mp4VideoTrack& track) {
   const bool begun = Mp4VideoHasBegun();
   const auto adopt = [begun](const auto& listed, std::vector<std::uint8_t>& known) {
@@ -133,7 +133,7 @@ void Mp4TrackReader::Adopt(const Mp4VideoTrack& track) {
   adopt(track.pps, parameter_sets_.pps);
 }
 
-// With mutex_ held.
+// Requires mutex_.
 void Mp4TrackReader::DiscoverAudio(MP4FileHandle file) {
   const MP4TrackId id = FindMp4Track(file, "soun");
   if (id == MP4_INVALID_TRACK_ID) return;
@@ -143,19 +143,19 @@ void Mp4TrackReader::DiscoverAudio(MP4FileHandle file) {
   SetSamplingFrequencyIndex(adts_fields_, track.sample_rate);
 }
 
-// One sample of each track in turn, until neither has another one.
+// Reads one sample of each track in turn, until neither has another one.
 void Mp4TrackReader::ReadSamples(Pass& pass) {
   bool video_done = false;
   bool audio_done = false;
   while (g_mp4Running.load() && !(video_done && audio_done)) {
     video_done = video_done || !ReadNextVideo(pass);
-    if (!g_mp4Running.load()) break;  // a large sample takes its time
+    if (!g_mp4Running.load()) break;  // reading a large sample takes time
     audio_done = audio_done || (video_done && AudioMustWait()) || !ReadNextAudio(pass);
   }
 }
 
-// Audio from before the first video frame is dropped. Which that is must not depend on how fast the
-// bytes come, so audio is not read ahead of a video that has not begun and is still to come.
+// Audio before the first video frame is dropped. How much is dropped must not depend on the speed
+// of the download, so audio is not read while the video has not begun and is still being received.
 bool Mp4TrackReader::AudioMustWait() const {
   const std::lock_guard lock(mutex_);
   return video_.missing && !Mp4VideoHasBegun();
@@ -170,7 +170,7 @@ bool Mp4TrackReader::ReadNextVideo(Pass& pass) {
   return true;
 }
 
-// Audio waits for the video to begin; what comes before it is dropped.
+// Audio before the first video frame is dropped.
 bool Mp4TrackReader::ReadNextAudio(Pass& pass) {
   const std::optional<Mp4Sample> sample = TakeNext(pass, audio_);
   if (!sample) return false;
@@ -179,7 +179,7 @@ bool Mp4TrackReader::ReadNextAudio(Pass& pass) {
   return true;
 }
 
-// The next sample of a track; one that could not be had is the next one again.
+// Returns the next sample of a track. If it cannot be read, it stays the next one.
 std::optional<Mp4Sample> Mp4TrackReader::TakeNext(Pass& pass, Track& track) {
   const std::lock_guard lock(mutex_);
   if (pass.source.address != address_ || track.id == MP4_INVALID_TRACK_ID || !pass.file) {
@@ -190,7 +190,7 @@ std::optional<Mp4Sample> Mp4TrackReader::TakeNext(Pass& pass, Track& track) {
   return sample;
 }
 
-// With mutex_ held.
+// Requires mutex_.
 std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   auto* const file = pass.file.get();
   track.missing.reset();
@@ -201,8 +201,8 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   sample.time = Mp4Milliseconds(time, scale);
   const std::uint64_t offset = MP4GetSampleFileOffset(file, track.id, track.next);
   track.index.Record(sample.time, {track.next, offset});
-  // How long it is, which may be nothing at all, shows only once it was read; so it is asked twice
-  // whether it is there.
+  // The size of a sample, which may be 0, is known only after reading it. So its bytes are checked
+  // twice: here for the offset, below for the size.
   if (!IsThere(pass, track, offset, 0)) return std::nullopt;
 
   std::uint8_t* bytes = nullptr;
@@ -213,8 +213,8 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
                                      &duration, &rendering_offset);
   sample.bytes.reset(bytes);
   if (!is_read) {
-    // It needs more than what is there; and a library may read nothing more after an error, of the
-    // other track either.
+    // The sample needs more bytes than are available. After an error a library may read nothing
+    // more, of the other track either, so the file is opened again.
     track.missing = ByteRange{offset, pass.source.there.end + 1};
     pass.file = OpenMp4(pass.source.path);
     return std::nullopt;
@@ -225,7 +225,7 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   return sample;
 }
 
-// Whether the bytes are in the file; if not, they are what the track waits for.
+// Returns whether the bytes are in the file. If not, records them as missing for the track.
 bool Mp4TrackReader::IsThere(const Pass& pass, Track& track, std::uint64_t offset,
                              std::uint64_t size) {
   if (pass.source.there.Holds(offset, size)) return true;
@@ -239,7 +239,7 @@ std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
   const std::lock_guard lock(mutex_);
   ++changes_;
   revision_.reset();
-  key_time_ = 0;  // audio from before it may be wanted now
+  key_time_ = 0;  // audio before it may be needed now
   const auto is_known = [milliseconds](const Track& track) {
     const auto found = track.index.Find(milliseconds);
     return found && found->reaches_target;
@@ -251,7 +251,7 @@ std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
   return std::min(audio_offset, video_offset);
 }
 
-// With mutex_ held. 0 for a track of which nothing is known; `file` may be null.
+// Returns 0 for a track about which nothing is known. `file` may be null. Requires mutex_.
 std::uint64_t Mp4TrackReader::SeekTrack(MP4FileHandle file, Track& track, float milliseconds) {
   track.missing.reset();
   const auto known = track.index.Find(milliseconds);

@@ -1,13 +1,13 @@
-// Mp4TrackReader: turns an MP4 file (ISO/IEC 14496-12) that may be downloaded in part only into
-// frames in the global frame queues: NAL units of H.264 with a start code in front, AAC frames with
-// an ADTS header. It is run in passes: each reads the samples that follow those read so far, as far
-// as their bytes are there. What it reads with is behind <mp4v2/mp4v2.h>.
+// Mp4TrackReader: converts an MP4 file (ISO/IEC 14496-12), which may be downloaded only in part,
+// into frames in the global frame queues: NAL units of H.264 with a start code before them, AAC
+// frames with an ADTS header. It runs in passes: each reads the samples that follow those read so
+// far, as far as their bytes are available. It reads files through <mp4v2/mp4v2.h>.
 //
-// What it knows of a file lives until another address is started: the same one goes on where it got
-// to, or where Seek put it.
+// What it knows about a file is kept until another address is started: the same address continues
+// where it stopped, or where Seek moved it.
 //
-// Threads: passes are run by the play tasks, one at a time; the rest is called from the host's
-// thread, also while a pass runs. No lock is held while the player is called.
+// Threads: the play tasks run the passes, one at a time. The host's thread calls the other members,
+// even during a pass. No lock is held while the player is called.
 #ifndef MP4_MP4_TRACK_READER_H_
 #define MP4_MP4_TRACK_READER_H_
 
@@ -30,12 +30,12 @@ class Mp4TrackReader {
  public:
   explicit Mp4TrackReader(PlayerPort player) : player_(player) {}
 
-  // Before the tasks of a start: the video has not begun.
+  // Resets the time at which the video began. Call this before the tasks of a start run.
   void Begin();
 
-  // Forgets the file that was read before, for the address of this number. The parameter sets and
-  // the fields of the ADTS header stay until the next file replaces them, as far as it has its own
-  // (kept on purpose).
+  // Forgets the previous file and switches to the address with this number. The parameter sets and
+  // the fields of the ADTS header stay until the next file replaces them, as far as it has its own.
+  // Kept for compatibility.
   void Reset(std::uint64_t address);
 
   // What a pass reads.
@@ -43,25 +43,25 @@ class Mp4TrackReader {
     std::uint64_t address = 0;   // number of the address
     std::string url;             // for the status lines
     std::string path;            // of the file, in the system code page
-    ByteRange there;             // which of its bytes are there
-    std::uint64_t revision = 0;  // of the ranges
-    // Seconds; samples before it are read, and not queued.
+    ByteRange there;             // which of its bytes are available
+    std::uint64_t revision = 0;  // of the downloaded ranges
+    // In seconds. Samples before it are read, but not queued.
     const std::atomic<float>& start_position;
   };
 
-  // Whether a pass could find anything that the last one did not.
+  // Returns whether a pass could find anything that the last one did not.
   bool MayFindMore(const Source& source) const;
 
-  // Reads what is there, until g_mp4Running is cleared. Tells the player the duration and the codec
-  // when it finds the tracks, and how far the video is buffered. False, with nothing done, while
-  // another pass is under way.
+  // Reads the available samples; ends early if g_mp4Running is cleared. Reports to the player the
+  // duration and the codec when it finds the tracks, and how far the video is buffered. Returns
+  // false, and does nothing, while another pass is running.
   bool RunPass(const Source& source);
 
-  // Puts both tracks at their first sample at or behind `seconds`, as far as it is known, and
+  // Moves both tracks to their first sample at or after `seconds`, as far as it is known, and
   // returns the file offset from which both can be read.
   std::uint64_t Seek(float seconds, const std::string& path);
 
-  // Lets go of the file, which otherwise may stay open between passes.
+  // Closes the file, which may otherwise stay open between passes.
   void Close();
 
  private:
@@ -69,14 +69,14 @@ class Mp4TrackReader {
     MP4TrackId id = MP4_INVALID_TRACK_ID;
     MP4SampleId next = 1;
     Mp4TimeIndex index;
-    std::optional<ByteRange> missing;  // for want of these bytes it could not be read further
+    std::optional<ByteRange> missing;  // bytes that the next sample lacked
   };
 
-  // One pass under way.
+  // One running pass.
   struct Pass {
     const Source& source;
     std::shared_ptr<void> file;  // the handle
-    std::uint64_t changes;       // what changes_ was
+    std::uint64_t changes;       // changes_ when the pass began
   };
 
   bool LacksATrack() const;
@@ -97,11 +97,11 @@ class Mp4TrackReader {
 
   const PlayerPort player_;
 
-  // Of the pass under way alone.
+  // Used by the running pass only.
   Mp4ParameterSets parameter_sets_;
   AdtsFields adts_fields_;
 
-  // When the video began, in milliseconds: audio before it is not queued.
+  // The time at which the video began, in milliseconds: earlier audio is not queued.
   std::atomic<std::uint64_t> key_time_{0};
 
   mutable std::mutex mutex_;
@@ -112,8 +112,8 @@ class Mp4TrackReader {
   std::uint64_t address_ = 0;
   std::uint64_t changes_ = 0;              // counts the seeks and the addresses
   bool refused_ = false;                   // the video track has no H.264 parameter sets
-  bool discovered_ = false;                // the index of the file has been read at least once
-  std::optional<std::uint64_t> revision_;  // of the ranges that the last pass has seen
+  bool discovered_ = false;                // the index of the file was read at least once
+  std::optional<std::uint64_t> revision_;  // of the ranges that the last pass used
   std::shared_ptr<void> open_file_;
 };
 

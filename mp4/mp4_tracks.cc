@@ -26,8 +26,8 @@ std::string CodecName(const std::string& sample_entry) {
   return sample_entry;
 }
 
-// A list of parameter sets as the library gives it, which ends at a size of 0. Both of its blocks
-// and all that they list are freed with it, also when there is no memory for a copy.
+// A list of parameter sets as the library returns it, ended by a size of 0. The destructor frees
+// both blocks and everything that they list, even if there was no memory for a copy.
 struct ParameterSetList {
   ParameterSetList() = default;
   ParameterSetList(const ParameterSetList&) = delete;
@@ -58,8 +58,8 @@ struct ParameterSetList {
 
 constexpr std::uint8_t kNoMpeg4Audio = 0;
 
-// The channel configuration of the AudioSpecificConfig, 0 where it gives none that an ADTS header
-// holds. Most files have 2 in the sample entry, however many channels there are.
+// The channel configuration of the AudioSpecificConfig; 0 if there is none that fits in an ADTS
+// header. Preferred to the sample entry, where most files have 2, however many channels there are.
 std::uint16_t ConfiguredChannels(MP4FileHandle file, MP4TrackId id) {
   constexpr std::uint32_t kMost = 7;
   std::uint8_t* bytes = nullptr;
@@ -75,13 +75,13 @@ std::string SampleEntryName(MP4FileHandle file, MP4TrackId id) {
   return TextOrEmpty(MP4GetTrackMediaDataName(file, id));
 }
 
-// Whether a track has a sample entry and a time scale.
+// Returns whether a track has a sample entry and a time scale.
 bool CanBeRead(MP4FileHandle file, MP4TrackId id) {
   return !SampleEntryName(file, id).empty() && MP4GetTrackTimeScale(file, id) != 0;
 }
 
-// False for a track without samples or, in H.264, without parameter sets. A codec that is not
-// supported is no damage: such a track is taken, and then refused.
+// Returns false for a track without samples or, in H.264, without parameter sets. A codec that is
+// not supported is not damage: such a track is found, and refused later.
 bool CanBePlayed(MP4FileHandle file, MP4TrackId id) {
   if (MP4GetSampleTime(file, id, 1) == MP4_INVALID_TIMESTAMP) return false;
   const std::string name = SampleEntryName(file, id);
@@ -91,7 +91,7 @@ bool CanBePlayed(MP4FileHandle file, MP4TrackId id) {
 }  // namespace
 
 MP4TrackId FindMp4Track(MP4FileHandle file, const char* type) {
-  constexpr int kMostThatCannotBePlayed = 16;  // the tables of each of them are loaded
+  constexpr int kMostThatCannotBePlayed = 16;  // the tables of each are loaded
   MP4TrackId first = MP4_INVALID_TRACK_ID;
   int unplayable = 0;
   const std::uint32_t count = MP4GetNumberOfTracks(file);
@@ -111,8 +111,8 @@ Mp4VideoTrack DescribeVideoTrack(MP4FileHandle file, MP4TrackId id) {
   Mp4VideoTrack track;
   track.id = id;
   track.codec = CodecName(SampleEntryName(file, id));
-  if (track.codec.empty()) return track;  // an installed libmp4v2 crashes below without a name
-  // On a track of another codec the call may succeed and leave the pointers untouched.
+  if (track.codec.empty()) return track;  // without a name, an installed libmp4v2 crashes below
+  // For a track of another codec, the call may succeed and leave the pointers untouched.
   ParameterSetList sps;
   ParameterSetList pps;
   MP4GetTrackH264SeqPictHeaders(file, id, &sps.sets, &sps.sizes, &pps.sets, &pps.sizes);

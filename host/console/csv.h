@@ -1,4 +1,4 @@
-// One field of a CSV file, as RFC 4180 writes it.
+// CSV fields in the format of RFC 4180.
 #ifndef HOST_CONSOLE_CSV_H_
 #define HOST_CONSOLE_CSV_H_
 
@@ -7,8 +7,8 @@
 
 namespace host {
 
-// `value` as it is, or in quotes with its own quotes doubled when it holds a comma, a quote or a
-// line break. Other bytes, zeros too, are left alone.
+// Returns `value` unchanged, or, if it contains a comma, a quote or a line break, in quotes with
+// its own quotes doubled. Other bytes, including zeros, are not changed.
 std::string CsvField(std::string_view value);
 
 }  // namespace host

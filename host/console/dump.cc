@@ -54,7 +54,7 @@ std::unique_ptr<Dump> Dump::Open(const std::filesystem::path& directory, std::st
 
 void Dump::WriteFrame(FrameKind kind, const MediaFrame& frame, double arrival_ms) {
   File& payloads = kind == FrameKind::kVideo ? video_ : audio_;
-  // Held to the end: the rows of a kind stand in the order of its payloads.
+  // Held until the row is written, so that the rows of a kind are in the order of its payloads.
   const std::lock_guard lock(payloads.mutex);
   if (SizeOf(frame) != 0) {
     payloads.stream.write(reinterpret_cast<const char*>(frame.data),

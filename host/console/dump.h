@@ -1,14 +1,15 @@
-// The files of --dump: the payloads of each kind one after the other, a row for each frame, a row
-// for each event.
+// The files of --dump: the payloads of each kind, concatenated; one row per frame; one row per
+// event.
 //
 //   video.es, audio.es   payloads
 //   frames.csv           kind,index,pts,dts,play,size,crc32,arrival_ms
 //   events.csv           arrival_ms,event,value
 //
-// pts, dts and play are 90 kHz ticks; index counts per kind from 0; crc32 is that of the payload.
+// pts, dts and play are 90 kHz ticks. index counts from 0 for each kind. crc32 is the checksum of
+// the payload.
 //
-// Safe from any thread. Each file has a lock of its own, so video waits for audio only while one
-// row of frames.csv is written.
+// Safe to call from any thread. Each file has its own lock, so video and audio block each other
+// only while a row of frames.csv is written.
 #ifndef HOST_CONSOLE_DUMP_H_
 #define HOST_CONSOLE_DUMP_H_
 
@@ -26,14 +27,14 @@ namespace host {
 
 class Dump {
  public:
-  // Makes the directory when there is none and the files anew. Null when one cannot be made; then
-  // `error` says which.
+  // Creates the directory if it does not exist and truncates existing files. Returns null if the
+  // directory or a file cannot be created; `error` then says which.
   static std::unique_ptr<Dump> Open(const std::filesystem::path& directory, std::string& error);
 
   void WriteFrame(FrameKind kind, const MediaFrame& frame, double arrival_ms);
   void WriteEvent(double arrival_ms, std::string_view event, std::string_view value);
 
-  // Writes what is still buffered. False when anything, now or before, could not be written.
+  // Flushes and closes all files. Returns false if any write so far has failed.
   bool Close();
 
  private:

@@ -1,13 +1,12 @@
-// The host's player: counts, prints and dumps what the library hands over, in the call and without
-// keeping anything of the frame.
+// The host's player. It counts, prints and dumps everything inside the call and keeps no frame.
 //
-// The library's threads call it concurrently. Video and audio are counted behind locks of their
-// own, texts behind a third; none is held while a file or the screen is written. What the runner
-// reads in its loop are atomics.
+// The library's threads call it concurrently. Video counts, audio counts and texts each have their
+// own lock. No lock is held while a file or the screen is written. Values that the runner polls are
+// atomics.
 //
-// A run is opened before anything is started and closed after EndDownload has returned, when no
-// thread of the library calls any more. The screen, the dump and the report are borrowed; the last
-// two may be null.
+// Call OpenRun before a download starts, and Record after EndDownload has returned: from then on no
+// thread of the library calls the player. The screen, the dump and the report are borrowed; the
+// dump and the report may be null.
 #ifndef HOST_CONSOLE_HOST_PLAYER_H_
 #define HOST_CONSOLE_HOST_PLAYER_H_
 
@@ -41,28 +40,28 @@ class HostPlayer final : public CStreamPlayerImp {
   void OnMessage(std::string line) override;
   void OnPlayResult(std::string line) override;
 
-  // Forgets the run before.
+  // Clears everything recorded in the previous run.
   void OpenRun();
 
-  // Whether frames and numbers are counted, dumped and reported. What comes before the seek of
-  // --start is not, only its texts are kept for the summary and the report. Changed while nothing
-  // is being downloaded.
+  // Whether frames and numbers are counted, dumped and reported. Off while --start plays up to the
+  // seek; then only status lines and results are kept, for the summary and the report. Change it
+  // only while nothing is being downloaded.
   void SetRecording(bool recording) { recording_ = recording; }
 
-  // Watches for a message or result that begins so. Called before anything is started.
+  // Watches for a message or result that begins with `start`. Call it before the first start.
   void ExpectLine(std::string start) { expected_line_ = std::move(start); }
 
-  // What was recorded since OpenRun.
+  // Everything recorded since OpenRun.
   RunRecord Record() const;
   PlayTotals Totals() const;
 
   // Frames since OpenRun, recorded or not.
   std::uint64_t FramesSeen() const { return frames_seen_.load(); }
-  // The same without those that were not recorded.
+  // Frames since OpenRun that were recorded.
   std::uint64_t FramesRecorded() const { return frames_recorded_.load(); }
   // Whether the expected line was received while recording, since OpenRun.
   bool HasExpectedLine() const { return has_expected_line_.load(); }
-  // When anything came last, by the clock; 0 when nothing ever came.
+  // The time of the last call from the library, by the host's clock; 0 before the first call.
   double LastArrivalMs() const { return last_arrival_ms_.load(); }
 
  private:
@@ -73,7 +72,7 @@ class HostPlayer final : public CStreamPlayerImp {
   };
 
   double Arrival();
-  // The report while it takes part, else null.
+  // The report, or null while recording is off.
   Report* RecordingReport() const;
   void TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame);
   void TakeNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);

@@ -1,4 +1,4 @@
-// stream_host: plays an address through the library and tells what came (options.h says how).
+// stream_host: plays an address through the library and prints what it receives (see options.h).
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -23,7 +23,7 @@ void PrintLine(std::FILE* file, const std::string& line) {
   std::fputs((line + '\n').c_str(), file);
 }
 
-// What a run is written to; both may be null.
+// The output files of a run; either may be null.
 struct Files {
   std::unique_ptr<host::Dump> dump;
   std::unique_ptr<host::Report> report;
@@ -39,7 +39,7 @@ host::Summary Play(const host::Options& options, host::Clock& clock, host::Scree
     host::PlayRunner runner(options, {downloader, player, clock, screen, host::Interrupted});
     summary.runs = runner.PlayAll();
     summary.elapsed_ms = clock.NowMs();
-  }  // from here on the library logs nothing more
+  }  // the library has been destroyed and logs nothing more
   if (files.dump != nullptr) summary.dump_complete = files.dump->Close();
   if (files.report != nullptr) summary.report_written = files.report->Write(options.address);
   return summary;
@@ -59,7 +59,7 @@ void Print(const host::Summary& summary, host::Screen& screen) {
   if (summary.options.json) screen.Line(host::SummaryJson(summary));
 }
 
-// False, with one line, when one that is asked for cannot be opened.
+// Returns false and prints one line if a requested file cannot be opened.
 bool OpenFiles(const host::Options& options, const host::Clock& clock, Files& files) {
   std::string error;
   if (!options.report_file.empty()) {

@@ -36,7 +36,7 @@ It holds the last run of --repeat; its times count from the beginning of that ru
 
 Exit status: 0 when at least one frame came, 1 when none did, 2 for wrong usage.)";
 
-constexpr int kMaxRepeat = 1'000'000;  // keeps the reports of the runs within memory
+constexpr int kMaxRepeat = 1'000'000;  // bounds the memory of the run reports
 
 std::string CheckRepeat(const std::string& text) {
   int count = 0;
@@ -45,7 +45,8 @@ std::string CheckRepeat(const std::string& text) {
   return count > kMaxRepeat ? "must not be more than " + std::to_string(kMaxRepeat) : "";
 }
 
-// The counts of a list such as "300,301"; nothing when one of them is no whole number above zero.
+// Parses a list of counts such as "300,301". Returns nullopt if an item is not a whole number above
+// 0.
 std::optional<std::vector<std::uint64_t>> CountsOf(const std::string& text) {
   std::vector<std::uint64_t> counts;
   std::istringstream list(text + ',');

@@ -10,9 +10,9 @@
 namespace host {
 
 enum ExitStatus : int {
-  kExitFrames = 0,    // at least one frame came
-  kExitNoFrames = 1,  // none did
-  kExitUsage = 2,     // wrong usage, a dump directory or a report that cannot be written included
+  kExitFrames = 0,    // at least one frame was received
+  kExitNoFrames = 1,  // no frame was received
+  kExitUsage = 2,     // wrong usage, including a dump directory or report that cannot be written
 };
 
 struct Options {
@@ -22,17 +22,17 @@ struct Options {
   std::string report_file;     // empty: no report
   double idle_exit_seconds = 3;
   std::optional<double> stop_after_seconds;
-  // Frames that end a run, those of both kinds together: a count for each run, of which the last
-  // one holds for all later runs too. Empty: a run does not end so.
+  // Ends a run after this many frames, video and audio together. One count per run; the last count
+  // also applies to all later runs. Empty: frames do not end a run.
   std::vector<std::uint64_t> expected_frames;
-  std::string expected_line;  // how a message or result that ends a run begins; empty: none does
-  int repeat = 0;             // runs after the first one
+  std::string expected_line;  // a message or result beginning with this ends a run; empty: none
+  int repeat = 0;             // number of runs after the first
   bool json = false;
   bool quiet = false;
 };
 
-// Either options, or a text to print and a status to exit with: the help (0), or one line that says
-// what is wrong (kExitUsage). The text ends without a line break.
+// Either options, or a text to print and an exit status: the help (0), or one line that names the
+// error (kExitUsage). The text has no trailing line break.
 struct ParsedCommandLine {
   std::optional<Options> options;
   std::string text;

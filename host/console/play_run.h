@@ -1,7 +1,7 @@
-// Plays the address once and as often again as asked: the order of Begin, End and SetStart, and the
-// wait for the end of each run.
+// Plays the address once and repeats it as often as requested: calls Begin, End and SetStart in
+// order and waits for the end of each run.
 //
-// All on the calling thread; everything given is borrowed.
+// Runs entirely on the calling thread. All references are borrowed.
 #ifndef HOST_CONSOLE_PLAY_RUN_H_
 #define HOST_CONSOLE_PLAY_RUN_H_
 
@@ -23,7 +23,7 @@ struct RunReport {
   RunRecord record;
   EndReason reason = EndReason::kIdle;
   double elapsed_ms = 0;
-  std::optional<double> time_to_first_frame_ms;  // from the last BeginDownload of the run
+  std::optional<double> time_to_first_frame_ms;  // since the last BeginDownload of the run
   std::vector<double> stop_ms;                   // how long each EndDownload took
 };
 
@@ -39,22 +39,23 @@ class PlayRunner {
 
   PlayRunner(const Options& options, const Surroundings& around);
 
-  // Plays all runs; an interruption leaves out the rest of them.
+  // Plays all runs. An interruption cancels the remaining runs.
   std::vector<RunReport> PlayAll();
 
  private:
   RunReport PlayOnce();
-  // Plays until a frame came, and stops: a position can only be given to a pipeline that exists.
+  // Plays until the first frame is received, then stops: only an existing pipeline accepts a
+  // position.
   std::optional<EndReason> PlayToFirstFrame();
   EndReason PlayToEnd();
 
-  // Whether the frames or the line that the run ends with have been recorded.
+  // Whether the expected frames or the expected line have been recorded.
   bool HasExpected() const;
 
   bool Begin();
   void End();
   void SetStart();
-  // Waits until `met` holds (nothing is returned) or the run has to end.
+  // Waits until `met` returns true (returns nullopt) or the run has to end (returns the reason).
   std::optional<EndReason> WaitUntil(const std::function<bool()>& met);
 
   const Options options_;
@@ -65,7 +66,7 @@ class PlayRunner {
   double run_began_ms_ = 0;
   double download_began_ms_ = 0;
   std::optional<double> expected_since_ms_;
-  std::vector<double> stop_ms_;  // of the run
+  std::vector<double> stop_ms_;  // of the current run
 };
 
 }  // namespace host

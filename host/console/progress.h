@@ -1,6 +1,6 @@
-// The line that tells how far a run has got. Used by one thread.
+// The progress line of a run. Used by one thread.
 //
-// Written here, since no library at hand draws a line that others print over.
+// Implemented here because no available library draws a line that other output may overwrite.
 #ifndef HOST_CONSOLE_PROGRESS_H_
 #define HOST_CONSOLE_PROGRESS_H_
 
@@ -16,7 +16,7 @@ namespace host {
 // "12.3 / 60.0 s  300 video  520 audio  1.25 MB  0.42 MB/s"
 std::string ProgressText(const PlayTotals& totals, double bytes_per_second);
 
-// Bytes a second over the last two seconds.
+// Bytes per second over the last two seconds.
 class RateMeter {
  public:
   double Update(double now_ms, std::uint64_t bytes);
@@ -29,7 +29,7 @@ class RateMeter {
   std::deque<Sample> samples_;
 };
 
-// Draws itself four times a second and is gone when it goes out of scope. The screen is borrowed.
+// Redraws at most four times a second and erases the line when destroyed. The screen is borrowed.
 class ProgressLine {
  public:
   explicit ProgressLine(Screen& screen) : screen_(screen) {}

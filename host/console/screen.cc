@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-// A line that fills the width of a terminal would wrap, and could not be drawn over.
+// A line as wide as the terminal would wrap, and could then not be overwritten.
 constexpr std::size_t kMaxProgressWidth = 78;
 
 }  // namespace

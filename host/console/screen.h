@@ -1,8 +1,8 @@
-// What the host prints on standard output: whole lines, and on a terminal one progress line below
-// them that is drawn over itself. The library logs to the same output on its own, so the cursor
-// rests at the beginning of the progress line, where a foreign line simply overwrites it.
+// The host's standard output: whole lines and, on a terminal, one progress line below them that is
+// redrawn in place. The library prints to the same output directly, so the cursor stays at the
+// start of the progress line, where such a line simply overwrites it.
 //
-// Safe from any thread. The file is borrowed.
+// Safe to call from any thread. The file is borrowed.
 #ifndef HOST_CONSOLE_SCREEN_H_
 #define HOST_CONSOLE_SCREEN_H_
 
@@ -17,29 +17,28 @@ namespace host {
 class Screen {
  public:
   struct Form {
-    bool terminal = false;  // whether there is a progress line
-    bool quiet = false;     // whether only Line prints
+    bool terminal = false;  // whether to show a progress line
+    bool quiet = false;     // whether to print only what Line is given
   };
 
   Screen(std::FILE* output, Form form) : output_(output), form_(form) {}
 
-  // Prints a line, whatever the form.
+  // Prints a line, also when quiet.
   void Line(std::string_view line);
 
-  // Prints what happened at that time, unless quiet: "[1.234 s] text".
+  // Prints a line with the time of the event, unless quiet: "[1.234 s] text".
   void Status(double at_ms, std::string_view text);
 
-  // Draws the progress line anew, on a terminal and unless quiet.
+  // Redraws the progress line, if this is a terminal and quiet is off.
   void Progress(std::string_view text);
 
-  // Takes the progress line away.
   void EraseProgress();
 
   bool ShowsProgress() const { return form_.terminal && !form_.quiet; }
 
  private:
   void Write(const std::string& text);  // with mutex_ held
-  std::string Blank();                  // what takes the progress line away; with mutex_ held
+  std::string Blank();                  // what erases the progress line; with mutex_ held
 
   std::FILE* const output_;
   const Form form_;

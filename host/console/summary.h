@@ -1,4 +1,4 @@
-// What stream_host tells at its end: the runs, their sum, and the exit status with its reason.
+// What stream_host prints at the end: the runs, their totals, and the exit status with its reason.
 #ifndef HOST_CONSOLE_SUMMARY_H_
 #define HOST_CONSOLE_SUMMARY_H_
 
@@ -15,25 +15,25 @@ struct Summary {
   Options options;
   std::vector<RunReport> runs;  // at least one
   double elapsed_ms = 0;
-  std::optional<bool> dump_complete;   // nothing without a dump
-  std::optional<bool> report_written;  // nothing without a report
+  std::optional<bool> dump_complete;   // nullopt without a dump
+  std::optional<bool> report_written;  // nullopt without a report
 };
 
 PlayTotals SumOf(const std::vector<RunReport>& runs);
 
-// Of the first run that had a frame.
+// Of the first run in which a frame was received.
 std::optional<double> TimeToFirstFrame(const std::vector<RunReport>& runs);
 
 ExitStatus ExitStatusOf(const Summary& summary);
 
-// One line: the exit status and why it is that.
+// One line: the exit status and its reason.
 std::string ExitLine(const Summary& summary);
 
 // The lines of the summary, without the exit line.
 std::vector<std::string> SummaryLines(const Summary& summary);
 
-// The summary as one JSON object on one line of ASCII. Bytes of a text that are not UTF-8 become
-// replacement characters.
+// The summary as one JSON object on one line of ASCII. Invalid UTF-8 becomes replacement
+// characters.
 std::string SummaryJson(const Summary& summary);
 
 }  // namespace host

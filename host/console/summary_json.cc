@@ -8,7 +8,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Microseconds are as fine as these times are meant.
+// Microsecond precision is enough for these times.
 double Rounded(double milliseconds) { return std::round(milliseconds * 1000) / 1000; }
 
 template <typename Value>

@@ -1,5 +1,5 @@
-// What the host asks the operating system about its terminal. terminal_windows.cc or
-// terminal_posix.cc answers.
+// What the host asks the operating system about its terminal. Implemented in terminal_windows.cc
+// and terminal_posix.cc.
 #ifndef HOST_CONSOLE_TERMINAL_H_
 #define HOST_CONSOLE_TERMINAL_H_
 

@@ -1,4 +1,4 @@
-// What a run brought, in numbers and texts. Plain values without a lock of their own.
+// Counts, numbers and texts of a run. Plain values without locks.
 #ifndef HOST_CONSOLE_TOTALS_H_
 #define HOST_CONSOLE_TOTALS_H_
 
@@ -21,7 +21,7 @@ const char* NameOf(FrameKind kind);
 struct KindTotals {
   std::uint64_t frames = 0;
   std::uint64_t bytes = 0;
-  // The smallest and the largest: frames come in decode order. 90 kHz.
+  // The smallest and the largest PTS, in 90 kHz ticks: frames are delivered in decode order.
   std::optional<std::uint64_t> first_pts;
   std::optional<std::uint64_t> last_pts;
   std::uint64_t last_play_time = 0;  // 90 kHz
@@ -29,7 +29,7 @@ struct KindTotals {
   void Add(const MediaFrame& frame);
   void Add(const KindTotals& other);
 
-  // In seconds; nothing before the first frame.
+  // In seconds; nullopt before the first frame.
   std::optional<double> FirstSeconds() const;
   std::optional<double> LastSeconds() const;
   std::optional<double> SpanSeconds() const;
@@ -38,7 +38,7 @@ struct KindTotals {
 struct PlayTotals {
   KindTotals video;
   KindTotals audio;
-  // The newest value of each, in seconds.
+  // The latest value of each, in seconds.
   std::optional<float> duration;
   std::optional<float> buffered_time;
   std::optional<float> audio_clock;
@@ -50,7 +50,7 @@ struct PlayTotals {
 
 struct RunRecord {
   PlayTotals totals;
-  std::optional<double> first_frame_ms;  // when the first frame came, by the host's clock
+  std::optional<double> first_frame_ms;  // arrival of the first frame, by the host's clock
   std::vector<std::string> messages;
   std::vector<std::string> results;
 };

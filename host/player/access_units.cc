@@ -9,7 +9,7 @@ std::vector<MediaUnit> AccessUnitGatherer::Add(const MediaUnit& frame) {
   std::vector<MediaUnit> complete;
   const Bytes stream(frame.data);
   const std::vector<NalUnit> units = SplitNalUnits(stream);
-  // What stands before the first start code goes on where the frame before ended.
+  // Bytes before the first start code continue the previous frame.
   const Bytes rest = stream.first(units.empty() ? stream.size() : units.front().begin);
   if (!current_.data.empty()) Append(rest);
   for (std::size_t i = 0; i < units.size(); ++i) {
@@ -27,7 +27,7 @@ std::vector<MediaUnit> AccessUnitGatherer::Finish() {
   return complete;
 }
 
-// What came before with another time belongs to nothing that can be decoded.
+// Earlier data with a different time is of unknown codec and cannot be decoded.
 void AccessUnitGatherer::LearnCodec(Bytes unit, const MediaUnit& frame,
                                     std::vector<MediaUnit>& complete) {
   const std::optional<VideoCodec> codec = CodecOfParameterSet(unit);
@@ -40,8 +40,8 @@ void AccessUnitGatherer::AddPart(Bytes part, const NalRole& role, const MediaUni
   const bool other_time = frame.pts != current_.pts;
   const bool next_picture = role.begins_picture || role.leads_picture;
   if (current_has_picture_ && (other_time || next_picture)) TakeCurrent(complete);
-  if (!codec_ && other_time) TakeCurrent(complete);  // nothing is kept of what cannot be read
-  // Parameter sets may come with a time before that of their picture.
+  if (!codec_ && other_time) TakeCurrent(complete);  // data of an unknown codec is not kept
+  // Parameter sets may have an earlier time than their picture.
   if (current_.data.empty() || other_time) {
     current_.pts = frame.pts;
     current_.dts = frame.dts;

@@ -1,9 +1,9 @@
-// Puts frames together into access units, which is what decoders want: FLV and MP4 hand over each
-// NAL unit as a frame of its own, a transport stream a PES packet, which holds an access unit or
-// more. The parts of an access unit have the same time.
+// Assembles frames into access units, the input of decoders. In FLV and MP4 each frame is one NAL
+// unit; in a transport stream it is a PES packet, which holds one or more access units. All parts
+// of an access unit have the same time.
 //
-// What comes before the first unit that decoding can begin with cannot be decoded and is counted
-// instead: a start in the middle of a stream begins with such units.
+// Units before the first one at which decoding can begin cannot be decoded; they are only counted.
+// A start in mid-stream usually begins with such units.
 //
 // For one thread.
 #ifndef HOST_PLAYER_ACCESS_UNITS_H_
@@ -21,22 +21,22 @@ namespace player {
 
 class AccessUnitGatherer {
  public:
-  // No picture needs more. What a unit has beyond it is dropped.
+  // Larger than any picture. Bytes of a unit beyond this limit are dropped.
   static constexpr std::size_t kMostBytes = std::size_t{32} << 20;
 
-  // The access units that are complete now, in their order.
+  // Returns the access units that are now complete, in order.
   std::vector<MediaUnit> Add(const MediaUnit& frame);
 
-  // The one that nothing completed yet, at the end of the stream.
+  // Returns the last, still open access unit at the end of the stream.
   std::vector<MediaUnit> Finish();
 
-  // Known from the first parameter set on.
+  // Known from the first parameter set on; nullopt before.
   std::optional<VideoCodec> codec() const { return codec_; }
 
-  // Access units left out because none before them could begin the decoding.
+  // Access units skipped because decoding could not begin with any unit before them.
   std::uint64_t left_out() const { return left_out_; }
 
-  // The next unit must again be one that decoding can begin with.
+  // Makes decoding start over: units are skipped until the next one at which decoding can begin.
   void AwaitEntry() { entered_ = false; }
 
  private:

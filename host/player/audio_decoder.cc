@@ -23,7 +23,7 @@ void AudioDecoder::Decode(const MediaUnit& frame) {
                                       AV_NOPTS_VALUE, 0);
     data += used;
     left -= used;
-    pts = AV_NOPTS_VALUE;  // it is the time of what begins first
+    pts = AV_NOPTS_VALUE;  // the time belongs to the first AAC frame that begins in the data
     if (size > 0) {
       without_frame_ = 0;
       DecodeAacFrame(found, size, parser_->pts);
@@ -34,7 +34,7 @@ void AudioDecoder::Decode(const MediaUnit& frame) {
   ForgetWhatIsNoAac(frame.data.size());
 }
 
-// The parser keeps all until it finds a frame, and there may be none.
+// The parser buffers everything until it finds a frame, so data without any AAC would accumulate.
 void AudioDecoder::ForgetWhatIsNoAac(std::size_t size) {
   constexpr std::size_t kMost = std::size_t{1} << 20;
   without_frame_ += size;
@@ -81,7 +81,7 @@ void AudioDecoder::TakeSound(const AVFrame& frame) {
   take_(std::move(piece));
 }
 
-// Another rate or another number of channels may come at any frame.
+// The sample rate or the number of channels may change at any frame.
 bool AudioDecoder::PrepareResampler(const AVFrame& frame) {
   const int channels = frame.ch_layout.nb_channels;
   if (frame.sample_rate <= 0 || channels <= 0) return false;
@@ -89,7 +89,7 @@ bool AudioDecoder::PrepareResampler(const AVFrame& frame) {
       format_ == frame.format) {
     return true;
   }
-  // Not const: older versions of the library ask for what they may change.
+  // Not const: older versions of the library take non-const pointers.
   AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
   AVChannelLayout own = frame.ch_layout;
   SwrContext* made = nullptr;

@@ -1,5 +1,5 @@
-// ADTS AAC into sound. A frame of the component may hold several AAC frames, or a part of one. For
-// one thread.
+// Decodes ADTS AAC. A frame of the component may hold several AAC frames, or a part of one. For one
+// thread.
 #ifndef HOST_PLAYER_AUDIO_DECODER_H_
 #define HOST_PLAYER_AUDIO_DECODER_H_
 
@@ -41,12 +41,12 @@ class AudioDecoder {
   AvParser parser_;
   AvCodec context_;
   std::unique_ptr<SwrContext, FreeResampler> resampler_;
-  // What the resampler was made for.
+  // The input format of the resampler.
   int rate_ = 0;
   int channels_ = 0;
   int format_ = AV_SAMPLE_FMT_NONE;
   std::size_t without_frame_ = 0;  // bytes since the last AAC frame
-  double next_seconds_ = 0;        // where the sound goes on that has no time of its own
+  double next_seconds_ = 0;        // stream time of audio without a time of its own
   PlayCounts& counts_;
   const Taker take_;
 };

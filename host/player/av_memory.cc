@@ -45,7 +45,7 @@ AvCodec MakeDecoder(AVCodecID id) {
   }
   AvCodec context = OrThrow(AvCodec(avcodec_alloc_context3(codec)));
   context->pkt_timebase = {1, 90'000};
-  // Whole pictures side by side would come out later than they have to.
+  // Frame threading would delay the output of pictures.
   context->thread_type = FF_THREAD_SLICE;
   context->thread_count = 0;
   if (avcodec_open2(context.get(), codec, nullptr) < 0) {

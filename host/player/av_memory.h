@@ -1,4 +1,4 @@
-// Owners for what libavcodec and libavutil give out.
+// Owning pointers for objects of libavcodec and libavutil.
 #ifndef HOST_PLAYER_AV_MEMORY_H_
 #define HOST_PLAYER_AV_MEMORY_H_
 
@@ -24,13 +24,13 @@ using AvPacket = std::unique_ptr<AVPacket, AvDelete>;
 using AvCodec = std::unique_ptr<AVCodecContext, AvDelete>;
 using AvParser = std::unique_ptr<AVCodecParserContext, AvDelete>;
 
-// Each throws when memory is out, or the decoder is not there.
+// These throw if memory runs out or the decoder is missing.
 AvFrame MakeFrame();
 AvPacket MakePacket(const std::uint8_t* data, std::size_t size);
 AvCodec MakeDecoder(AVCodecID id);
 AvParser MakeParser(AVCodecID id);
 
-// From now on the libraries print nothing, and what they would have printed as an error is counted.
+// Turns off the libraries' own log output and counts their error messages instead.
 void CountAvErrors();
 std::uint64_t AvErrors();
 

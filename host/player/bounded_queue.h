@@ -1,5 +1,6 @@
-// A queue of so many items between two threads of the host: the giver waits for room. For what is
-// decoded; what waits to be decoded is bounded by stream time instead (frame_queue.h).
+// A queue between two threads of the host that holds a fixed number of items; the producer waits
+// for space. Used for decoded data. Data not yet decoded is limited by stream time instead
+// (frame_queue.h).
 #ifndef HOST_PLAYER_BOUNDED_QUEUE_H_
 #define HOST_PLAYER_BOUNDED_QUEUE_H_
 
@@ -17,7 +18,7 @@ class BoundedQueue {
  public:
   explicit BoundedQueue(std::size_t room) : room_(room) {}
 
-  // Waits for room. False when the queue was closed; then the item is gone.
+  // Waits for space. Returns false if the queue was closed; the item is then dropped.
   bool Push(Item item) {
     std::unique_lock lock(mutex_);
     room_came_.wait(lock, [this] { return closed_ || items_.size() < room_; });
@@ -26,7 +27,7 @@ class BoundedQueue {
     return true;
   }
 
-  // The oldest item, if there is one.
+  // Removes and returns the oldest item, if there is one.
   std::optional<Item> Pop() {
     const std::lock_guard lock(mutex_);
     if (items_.empty()) return std::nullopt;
@@ -36,8 +37,8 @@ class BoundedQueue {
     return item;
   }
 
-  // What `look` makes of the item at that place, counted from the oldest; nothing when there is
-  // none.
+  // Returns the result of `look` for the item at index `place`, 0 being the oldest; nullopt if
+  // there is no such item.
   template <typename Look>
   auto Peek(std::size_t place, Look look) const
       -> std::optional<decltype(look(std::declval<const Item&>()))> {
@@ -51,7 +52,7 @@ class BoundedQueue {
     return items_.empty();
   }
 
-  // Lets a giver go who waits, empties the queue, and keeps it closed.
+  // Releases a waiting producer, empties the queue and keeps it closed.
   void Close() {
     const std::lock_guard lock(mutex_);
     closed_ = true;

@@ -1,4 +1,4 @@
-// What the player is asked to do while it plays.
+// The commands that a user gives while a stream plays.
 #ifndef HOST_PLAYER_COMMAND_H_
 #define HOST_PLAYER_COMMAND_H_
 
@@ -13,7 +13,7 @@ class CommandSource {
  public:
   virtual ~CommandSource() = default;
 
-  // The next command, waited for at most that long; nothing when there is none.
+  // Waits up to `seconds` for the next command; nullopt if there is none.
   virtual std::optional<Command> Wait(double seconds) = 0;
 };
 

@@ -31,7 +31,7 @@ void EventLoop::TakeCommands(double patience_seconds) {
        command = dependencies_.commands.Wait(0)) {
     Handle(*command);
   }
-  // A key held down repeats, and each move starts the stream again.
+  // A key held down repeats, and each seek restarts the stream, so the moves are added up first.
   const double move = std::exchange(move_seconds_, 0);
   if (!is_ending_ && move != 0) dependencies_.control.Move(move);
 }

@@ -1,4 +1,4 @@
-// What the main thread does while a stream plays: keys, pictures, the title.
+// The loop of the main thread while a stream plays: commands, pictures, window title.
 #ifndef HOST_PLAYER_EVENT_LOOP_H_
 #define HOST_PLAYER_EVENT_LOOP_H_
 
@@ -21,11 +21,12 @@ class EventLoop {
     std::function<bool()> interrupted;
   };
 
-  // All are borrowed.
+  // All references are borrowed.
   EventLoop(const Dependencies& dependencies, bool exit_at_end)
       : dependencies_(dependencies), exit_at_end_(exit_at_end) {}
 
-  // Until the end is commanded or, with `exit_at_end`, the stream has ended.
+  // Runs until a kEnd command or an interruption or, with `exit_at_end`, until the stream has
+  // ended.
   void Run();
 
  private:
@@ -36,7 +37,7 @@ class EventLoop {
   const Dependencies dependencies_;
   const bool exit_at_end_;
   bool is_ending_ = false;
-  double move_seconds_ = 0;  // commanded and not done yet
+  double move_seconds_ = 0;  // requested, but not performed yet
 };
 
 }  // namespace player

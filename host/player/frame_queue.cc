@@ -5,7 +5,7 @@
 namespace player {
 namespace {
 
-// Without regard to the order: pictures come in decode order, and times may jump.
+// The absolute difference: video frames are queued in decode order, and times may jump.
 double SpanSeconds(const std::deque<MediaUnit>& units) {
   if (units.empty()) return 0;
   const std::uint64_t first = units.front().pts;
@@ -13,7 +13,7 @@ double SpanSeconds(const std::deque<MediaUnit>& units) {
   return SecondsOf(last > first ? last - first : first - last);
 }
 
-// What a unit takes in memory, about.
+// Approximate memory use of a unit.
 std::size_t CostOf(const MediaUnit& unit) {
   constexpr std::size_t kOfABlock = 32;
   return unit.data.size() + sizeof(MediaUnit) + kOfABlock;

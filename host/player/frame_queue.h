@@ -1,11 +1,14 @@
-// What waits between the component, which hands frames over as fast as they come, and the decoders.
+// The queues between the component, which delivers frames as fast as it receives them, and the
+// decoders.
 //
-// Bounded by making the giver wait, never by dropping. A kind is full when it holds that much
-// stream time or that many bytes. Where the component's parser waits for room too, a kind that is
-// made to wait may be what keeps the other from coming: while the other kind has run empty, a full
-// one still takes frames, up to the hard limit.
+// When a queue is full, the producer waits; nothing is dropped. A kind is full when its queue
+// reaches a limit of stream time or of bytes. The component's parser also stops when too many
+// frames are pending, so blocking one kind could prevent the other from arriving. Therefore a full
+// queue still accepts frames, up to the hard limit, while the queue of the other kind has run
+// empty.
 //
-// Safe from any thread: one gives and one takes for each kind, and anybody may close.
+// Safe from any thread: one producer and one consumer for each kind. Any thread may close the
+// queue.
 #ifndef HOST_PLAYER_FRAME_QUEUE_H_
 #define HOST_PLAYER_FRAME_QUEUE_H_
 
@@ -23,40 +26,41 @@ namespace player {
 struct QueueLimits {
   double seconds = 5;                               // of stream time, for each kind
   std::size_t bytes = std::size_t{64} << 20;        // for each kind
-  std::size_t hard_bytes = std::size_t{256} << 20;  // for a kind that may go beyond the two
+  std::size_t hard_bytes = std::size_t{256} << 20;  // limit while the other kind has run empty
 };
 
 class FrameQueue {
  public:
   explicit FrameQueue(const QueueLimits& limits) : limits_(limits) {}
 
-  // Waits while there is no room. False when the queue was closed; then the unit is gone.
+  // Waits for space. Returns false if the queue was closed; the unit is then dropped.
   bool Push(Kind kind, MediaUnit unit);
 
-  // The oldest unit, waited for; nothing when the queue is closed and, with `until_end`, when none
-  // is left and the stream has ended. Whoever asks for the next one has done with the one before.
+  // Waits for the oldest unit and removes it. Returns nullopt if the queue is closed or, with
+  // `until_end`, if the stream has ended and the queue is empty. A call also marks the previous
+  // unit as processed.
   std::optional<MediaUnit> Pop(Kind kind, bool until_end);
 
-  // Whether the stream has ended, as far as is known: units may be received again all the same.
+  // Whether the stream counts as ended. Units may still be received afterwards.
   void SetEnded(bool ended);
   bool HasEnded() const;
 
-  // Lets everybody go who waits, empties the queue, and keeps it closed.
+  // Releases all waiting threads, empties the queue and keeps it closed.
   void Close();
 
   bool IsEmpty(Kind kind) const;
   bool IsFull(Kind kind) const;
-  // The stream time that waits, in seconds.
+  // The stream time of the queued units, in seconds.
   double Seconds(Kind kind) const;
-  // Whether nothing waits and nobody is at work with what was taken last.
+  // Whether the queues are empty and the units taken from them have been processed.
   bool IsIdle() const;
 
  private:
   struct Lane {
     std::deque<MediaUnit> units;
     std::size_t bytes = 0;
-    bool seen = false;  // whether a unit of the kind has ever come
-    bool busy = false;  // whether the last unit taken is still worked with
+    bool seen = false;  // whether a unit of this kind was ever received
+    bool busy = false;  // whether the last unit taken is still being processed
   };
 
   // All with mutex_ held.

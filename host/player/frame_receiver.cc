@@ -104,7 +104,7 @@ void FrameReceiver::TakeFrame(Kind kind, const MediaFrame& frame) {
   FrameQueue* const queue = queue_.load();
   if (queue == nullptr || frame.data == nullptr || frame.size <= 0) return;
   queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
-  Arrived();  // the call may have waited for long
+  Arrived();  // Push may have blocked for a long time
 }
 
 void FrameReceiver::NoteTimes(Kind kind, std::uint64_t pts) {

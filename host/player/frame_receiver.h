@@ -1,9 +1,9 @@
-// The player that the component calls: copies the frames into a queue, where the call waits for
-// room, and keeps what else it is told.
+// The player that the component calls. It copies frames into a queue, blocking the call while the
+// queue is full, and stores the other values.
 //
-// The calls come from threads of the component; the rest is for the thread that owns the receiver.
-// While nothing is played there may be no queue; else it must be closed before the stop, which
-// waits for the calls.
+// The component's threads make the player calls; all other methods are for the thread that owns the
+// receiver. There is no queue while nothing is played. Close the queue before EndDownload, which
+// waits for player calls to return.
 #ifndef HOST_PLAYER_FRAME_RECEIVER_H_
 #define HOST_PLAYER_FRAME_RECEIVER_H_
 
@@ -21,7 +21,7 @@
 
 namespace player {
 
-// The newest of each.
+// The latest value of each.
 struct StreamNews {
   std::optional<float> duration;
   std::optional<float> buffered;
@@ -30,7 +30,7 @@ struct StreamNews {
 
 class FrameReceiver final : public CStreamPlayerImp {
  public:
-  // All are borrowed. Every call is passed on to `witness`, unless it is null.
+  // All references are borrowed. Every call is also passed on to `witness`, unless it is null.
   FrameReceiver(const host::Clock& clock, PlayCounts& counts, CStreamPlayerImp* witness = nullptr)
       : clock_(clock), counts_(counts), witness_(witness) {}
 
@@ -42,25 +42,25 @@ class FrameReceiver final : public CStreamPlayerImp {
   void OnMessage(std::string line) override;
   void OnPlayResult(std::string line) override;
 
-  // Where frames go from now on; borrowed, null for nowhere. No call may be under way.
-  // What was told of how far the stream has come is forgotten.
+  // Sets the queue for the frames that follow; borrowed, null to drop them. Call it only while no
+  // player call is running. It resets the buffered time and FarthestSeconds.
   void SetQueue(FrameQueue* queue);
 
-  // When anything came last, by the clock.
+  // The time of the last call from the component, by the host's clock.
   double LastArrivalMs() const { return last_arrival_ms_.load(); }
   StreamNews News() const;
-  // Whether the address plays as FLV.
+  // Whether the stream plays as FLV.
   bool IsFlv() const { return is_flv_.load(); }
 
-  // The times of the stream, in seconds: where the first frames lie that ever came, and the
-  // farthest so far. Nothing before any.
+  // Stream times in seconds. The origin is the smaller pts of the first video frame and the first
+  // audio frame; the farthest is the largest pts since SetQueue. nullopt before the first frame.
   std::optional<double> OriginSeconds() const;
   std::optional<double> FarthestSeconds() const;
-  // From now on the origin stays as it is.
+  // Fixes the origin at its current value.
   void KeepOrigin() { origin_is_kept_ = true; }
 
  private:
-  // Runs what a call of the component makes; what it throws is counted.
+  // Runs the body of a player call and counts an exception as an error.
   template <typename Call>
   void Guarded(const Call& call);
   void TakeLine(std::string line);
@@ -77,7 +77,7 @@ class FrameReceiver final : public CStreamPlayerImp {
   std::atomic<bool> origin_is_kept_{false};
   mutable std::mutex mutex_;
   StreamNews news_;                        // all below guarded by mutex_
-  bool seen_[2] = {false, false};          // of each kind
+  bool seen_[2] = {false, false};          // whether a frame of each kind was received
   std::optional<std::uint64_t> origin_;    // 90 kHz
   std::optional<std::uint64_t> farthest_;  // 90 kHz
 };

@@ -1,4 +1,4 @@
-// stream_player: plays an address in a window, with picture and sound (player_options.h says how).
+// stream_player: plays an address in a window, with audio (see player_options.h).
 #include <cstdio>
 #include <exception>
 #include <memory>
@@ -36,7 +36,7 @@ int NoDisplay(const std::string& why) {
   return player::kExitNoDisplay;
 }
 
-// A device that nobody hears where there is none.
+// The system's audio device, or a silent replacement if there is none.
 std::unique_ptr<player::SoundDevice> OpenSound(const host::Clock& clock,
                                                const std::string& sound_error) {
   std::string error;
@@ -46,13 +46,13 @@ std::unique_ptr<player::SoundDevice> OpenSound(const host::Clock& clock,
   return std::make_unique<player::SilentSoundDevice>(clock);
 }
 
-// What a run is written to; both may be null.
+// The output files of a run; either may be null.
 struct Files {
   std::unique_ptr<host::Report> report;
   std::unique_ptr<player::SyncLog> sync_log;
 };
 
-// False, with one line, when one that is asked for cannot be opened.
+// Returns false and prints one line if a requested file cannot be opened.
 bool OpenFiles(const player::PlayerOptions& options, const host::Clock& clock, Files& files) {
   std::string error;
   if (!options.report_file.empty()) {

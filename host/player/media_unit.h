@@ -1,5 +1,5 @@
-// One payload of a stream with its times: the host's own copy of a MediaFrame, or an access unit
-// put together from several.
+// One payload of a stream with its times: the host's copy of a MediaFrame, or an access unit
+// assembled from several.
 #ifndef HOST_PLAYER_MEDIA_UNIT_H_
 #define HOST_PLAYER_MEDIA_UNIT_H_
 

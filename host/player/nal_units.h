@@ -1,5 +1,5 @@
-// What a host needs to know of H.264 and H.265 in Annex B form without decoding it: where the NAL
-// units are, which of the two codecs they are of, and where an access unit or a sequence begins.
+// Reads H.264 and H.265 in Annex B form without decoding: the positions of NAL units, their codec,
+// and where an access unit or a sequence begins.
 #ifndef HOST_PLAYER_NAL_UNITS_H_
 #define HOST_PLAYER_NAL_UNITS_H_
 
@@ -17,19 +17,20 @@ using Bytes = std::span<const std::uint8_t>;
 
 struct NalUnit {
   std::size_t begin = 0;  // where its start code begins
-  Bytes payload;          // from its header on; borrowed
+  Bytes payload;          // from the NAL unit header on; borrowed
 };
 
 std::vector<NalUnit> SplitNalUnits(Bytes stream);
 
-// The codec, if `unit` is a parameter set, which only one of them can have; nothing otherwise.
+// Returns the codec if `unit` is a parameter set that only one of the codecs can have; otherwise
+// nullopt.
 std::optional<VideoCodec> CodecOfParameterSet(Bytes unit);
 
-// What a NAL unit means for the access unit that it is in.
+// The role of a NAL unit in its access unit.
 struct NalRole {
   bool is_picture = false;      // a slice
-  bool begins_picture = false;  // the first slice of a picture, as far as its header tells
-  bool leads_picture = false;   // comes before the slices: parameter sets, delimiters and the like
+  bool begins_picture = false;  // the first slice of a picture, judging by its header
+  bool leads_picture = false;   // precedes the slices: parameter sets, delimiters and similar units
   bool is_entry = false;  // decoding can begin here: a sequence parameter set or a key picture
 };
 

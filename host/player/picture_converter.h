@@ -1,4 +1,5 @@
-// Decoded pictures in the one form that the window shows: 8 bits, 4:2:0, in planes. For one thread.
+// Converts decoded pictures to the format that the window shows: 8 bits, 4:2:0, planar. For one
+// thread.
 #ifndef HOST_PLAYER_PICTURE_CONVERTER_H_
 #define HOST_PLAYER_PICTURE_CONVERTER_H_
 
@@ -14,8 +15,8 @@ namespace player {
 
 class PictureConverter {
  public:
-  // `frame` itself where it has that form, else one of the converter's own, valid until the next
-  // call. Null when it cannot be converted.
+  // Returns `frame` itself if it has that format, otherwise a frame of the converter that is valid
+  // until the next call. Null if the frame cannot be converted.
   const AVFrame* ToPlanes(const AVFrame& frame);
 
  private:

@@ -6,16 +6,16 @@
 namespace player {
 namespace {
 
-// Times that go back by more begin anew; by less they are but out of order: the sixteen pictures
-// that a decoder can hold back are shorter as a rule.
+// A larger step back restarts the times. A smaller one is reordering: a decoder holds back at most
+// sixteen pictures, which usually last less than this.
 constexpr std::uint64_t kJump = 90'000;
 
 }  // namespace
 
 void PictureTimes::Sent(std::uint64_t pts, std::uint64_t dts) {
-  // A decoder holds back far fewer; more are left of pictures that never came.
+  // Decoders hold back far fewer. The rest are times of pictures that were never output.
   constexpr std::size_t kMostWaiting = 64;
-  // Where nothing is put in order the two are the same, and it does not matter which is which.
+  // Without reordering, pts and dts are equal, and the distinction does not matter.
   if (pts != dts) has_presentation_times_ = true;
   NoteDistance(pts);
   Queue(pts);
@@ -41,17 +41,18 @@ std::uint64_t PictureTimes::TimeOf(std::uint64_t pts, bool is_key, int depth) {
     if (own != waiting_.end()) waiting_.erase(own);
     return pts;
   }
-  // What was sent before a key picture has come out before it, or never will.
+  // Pictures sent before a key picture have been output before it, or never will be.
   if (is_key && own != waiting_.end()) waiting_.erase(waiting_.begin(), own);
   const std::uint64_t time = waiting_.front();
   waiting_.pop_front();
   return shown_later_ ? time + static_cast<std::uint64_t>(depth) * Step() : time;
 }
 
-// The median, which a jump does not move. Of an even number it is the lower one: a jump is long.
+// The median, which a jump does not affect. For an even count the lower middle value, since a jump
+// is large.
 std::uint64_t PictureTimes::Step() const {
   if (distances_.empty()) return 0;
-  // One alone may be a jump.
+  // A single distance may be a jump.
   if (distances_.size() == 1 && distances_.front() > kJump) return 0;
   std::vector<std::uint64_t> sorted(distances_.begin(), distances_.end());
   const auto middle = sorted.begin() + (static_cast<std::ptrdiff_t>(sorted.size()) - 1) / 2;

@@ -1,14 +1,13 @@
-// The times at which pictures are to be shown. Transport streams bring them. FLV and MP4 come with
-// the times of decoding only: there pictures leave the decoder in another order than their times,
-// and get the times in order instead.
+// The times at which pictures are shown. Transport streams carry them. FLV and MP4 report decode
+// times only: with reordering, pictures leave the decoder in a different order than their times, so
+// the pending times are assigned to them in ascending order.
 //
-// How much later than it is decoded the first picture is to be shown is not known then. FLV as it
-// is written counts from the first decoding, so the pictures lie as many steps later as they are
-// put out of order. In MP4 that distance is as a rule taken out again by the file, so there it is
-// none.
+// The delay from decoding to display of the first picture is then unknown. FLV times usually start
+// at the first decode time, so pictures are shown later by as many steps as the decoder reorders.
+// MP4 files usually remove that delay, so none is added.
 //
-// Where the times jump, the pictures sent before the jump keep their times, and those after it get
-// the new ones.
+// When the times jump, pictures sent before the jump keep their times, and pictures sent after it
+// get the new ones.
 //
 // Times in 90 kHz ticks. For one thread.
 #ifndef HOST_PLAYER_PICTURE_TIMES_H_
@@ -22,14 +21,15 @@ namespace player {
 
 class PictureTimes {
  public:
-  // `shown_later`: whether decoding times stand for pictures that are shown later, as in FLV.
+  // `shown_later`: whether pictures are shown later than their decode times say, as in FLV.
   explicit PictureTimes(bool shown_later) : shown_later_(shown_later) {}
 
-  // An access unit goes into the decoder.
+  // Call it when an access unit is sent to the decoder.
   void Sent(std::uint64_t pts, std::uint64_t dts);
 
-  // A picture came out: `pts` is that of its access unit, `depth` how many pictures the decoder
-  // holds back to put them in order. Returns when to show it.
+  // Call it when the decoder outputs a picture. `pts` is that of its access unit, `depth` the
+  // number of pictures that the decoder holds back for reordering. Returns the time to show the
+  // picture at.
   std::uint64_t TimeOf(std::uint64_t pts, bool is_key, int depth);
 
  private:
@@ -39,10 +39,10 @@ class PictureTimes {
 
   const bool shown_later_;
   bool has_presentation_times_ = false;
-  // Of access units whose pictures have not come out: in order, but for jumps.
+  // Times of access units whose pictures have not been output: ascending, except at jumps.
   std::deque<std::uint64_t> waiting_;
   std::optional<std::uint64_t> last_sent_;
-  std::deque<std::uint64_t> distances_;  // the newest between two access units
+  std::deque<std::uint64_t> distances_;  // the latest distances between two access units
 };
 
 }  // namespace player

@@ -13,7 +13,7 @@ PictureVerdict JudgeNear(double ahead, std::optional<double> next_ahead) {
   constexpr double kSoonEnough = 0.002;
   constexpr double kTooLate = 0.02;
   if (ahead > kSoonEnough) return {Action::kWait, ahead};
-  // Rather the next one in time than this one late.
+  // Showing the next picture on time is better than showing this one late.
   const bool is_skipped = -ahead > kTooLate && next_ahead && *next_ahead < -ahead;
   return {is_skipped ? Action::kSkip : Action::kShow};
 }
@@ -35,7 +35,7 @@ PictureVerdict PictureTiming::JudgeBy(double due, const PictureFacts& facts) {
   return verdict;
 }
 
-// When the picture is due by the one before it; nothing when it does not follow that one.
+// When the picture is due, measured from the previous one; nullopt if the two are far apart.
 std::optional<double> PictureTiming::OwnDue(const PictureFacts& facts) const {
   if (!last_ || std::abs(facts.time - last_->time) > kFarApart) return std::nullopt;
   return last_->time + (facts.now - last_->at);

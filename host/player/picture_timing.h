@@ -1,9 +1,9 @@
-// What to do with the next picture: show it, wait for its time, or skip it.
+// Decides what to do with the next picture: show it, wait for its time, or skip it.
 //
-// Pictures follow the clock, and the clock follows the sound. Where the times of a stream jump,
-// pictures and sound get there one after the other. Pictures that get there first wait for the
-// sound; where it never does, they go on at their own distance from it. Pictures that are left when
-// the sound has got there go on at their own pace.
+// Pictures follow the clock, and the clock follows the audio. When the times of a stream jump,
+// pictures and audio reach the jump at different moments. Pictures after the jump wait for the
+// audio; if it does not follow, they continue at a constant distance from the clock. Pictures
+// before the jump that remain when the audio has passed it continue at their own pace.
 //
 // All times in seconds. For one thread.
 #ifndef HOST_PLAYER_PICTURE_TIMING_H_
@@ -15,9 +15,9 @@ namespace player {
 
 struct PictureFacts {
   double time = 0;             // of the picture
-  std::optional<double> next;  // the time of the one after it, if that is there
-  double due = 0;              // the stream time that is due now
-  bool is_heard = false;       // whether the sound sets the clock
+  std::optional<double> next;  // the time of the following picture, if available
+  double due = 0;              // the stream time due now
+  bool is_heard = false;       // whether audio is heard and sets the clock
   double now = 0;              // the host's time
 };
 
@@ -26,12 +26,12 @@ struct PictureVerdict {
     kShow,
     kSkip,
     kWait,
-    kSetClock,  // to the time of the picture
+    kSetClock,  // set the clock to the time of the picture
   };
   Action action = Action::kShow;
-  std::optional<double> wait = {};  // how long, where that is known
-  // Whether the picture is judged by the clock alone, so that its time and that of the sound can be
-  // compared; else it goes on at its own distance from the sound.
+  std::optional<double> wait = {};  // how long, if known
+  // Whether the picture was judged by the clock alone, so that its time can be compared with that
+  // of the audio. Otherwise it is shown at a constant distance from the clock.
   bool follows_clock = true;
 };
 
@@ -50,8 +50,8 @@ class PictureTiming {
   std::optional<double> OwnDue(const PictureFacts& facts) const;
 
   std::optional<Shown> last_;        // the last picture that was shown
-  std::optional<double> far_since_;  // since when pictures wait for the sound
-  std::optional<double> distance_;   // how far from the clock they go on
+  std::optional<double> far_since_;  // when pictures began to wait for the audio
+  std::optional<double> distance_;   // constant distance of the pictures from the clock
 };
 
 }  // namespace player

@@ -8,10 +8,10 @@
 namespace player {
 namespace {
 
-// A device asks for sound one portion ahead, so few lines and sounds are ahead of now.
+// A device requests audio one portion ahead, so only a few entries are in the future.
 constexpr std::size_t kMostKept = 16;
 
-// The last that counts at the moment `now`; the first where none does yet.
+// Returns the last entry in effect at `now`, or the first entry if none is.
 template <typename Entry>
 auto EntryAt(const std::deque<Entry>& entries, double now) {
   const auto counts = [now](const Entry& entry) { return entry.from <= now; };
@@ -105,10 +105,10 @@ void PlayClock::SetHeld(bool& reason, bool held, double now) {
   if (held) sounds_.clear();
 }
 
-// The line changes at once, so that what is due next is known early; after a jump not before its
-// moment.
+// Without a jump the current line changes at once, so that it is known early what is due next.
+// After a jump a new line takes effect when the audio is heard.
 void PlayClock::FollowSound(double stream, double at, Order order) {
-  // Devices ask for sound in portions and not quite evenly. A larger distance is real.
+  // Devices request audio in portions and at slightly uneven intervals. A larger deviation is real.
   constexpr double kUneven = 0.06;
   constexpr double kShareTaken = 0.1;
   const bool goes_on = !sounds_.empty() && sounds_.back().stream;

@@ -1,13 +1,12 @@
-// The stream time that is due now. The sound leads it: what is heard says what time it is. Between
-// two such moments, and where there is no sound, it goes on by itself. It stands still while the
-// player is paused, and while there is nothing to play.
+// The stream time that is due now. Audio sets the clock: the stream time of the audio being heard
+// is the current time. Between two portions, and without audio, the clock runs on its own. It is
+// held while the player is paused and while there is nothing to play.
 //
-// Where the times of a stream jump, the clock jumps when the sound from after the jump is heard,
-// not when the device asks for it. The stretches between jumps are segments; times of different
-// segments cannot be compared.
+// When the times of a stream jump, the clock jumps when the audio after the jump is heard, not when
+// the device requests it. The parts between jumps are segments; times of different segments cannot
+// be compared.
 //
-// All times are seconds; `now` is the host's time, which never runs backwards. Safe from any
-// thread.
+// All times are seconds; `now` is the host's time, which never goes back. Safe from any thread.
 #ifndef HOST_PLAYER_PLAY_CLOCK_H_
 #define HOST_PLAYER_PLAY_CLOCK_H_
 
@@ -23,7 +22,7 @@ inline constexpr double kFarApart = 10;
 
 class PlayClock {
  public:
-  // What a sound is to the one before it.
+  // How a piece of audio relates to the previous one.
   enum class Order { kFollows, kJumps };
 
   struct StreamTime {
@@ -31,31 +30,31 @@ class PlayClock {
     std::uint64_t segment = 0;
   };
 
-  // From now on time goes by, beginning at `stream`, in a new segment.
+  // Starts the clock at the stream time `stream`, in a new segment.
   void Start(double stream, double now);
   bool HasStarted() const;
 
-  // From the moment `at`, which may be a little ahead, the sound of the time `stream` is heard.
-  // Moments that follow each other closely are smoothed.
+  // The audio of the stream time `stream` is heard from the moment `at`, which may be slightly in
+  // the future. Small deviations from the clock are smoothed.
   void Hear(double stream, double at, Order order = Order::kFollows);
-  // From the moment `at` no sound is heard.
+  // No audio is heard from the moment `at`.
   void HearNothing(double at);
 
   void SetPaused(bool paused, double now);
   void SetStarved(bool starved, double now);
   bool IsPaused() const;
-  // Whether it was started and does not stand still.
+  // Whether the clock has been started and is not held.
   bool IsRunning() const;
 
-  // The stream time that is due; nothing before the start.
+  // The stream time due at `now`; nullopt before the start.
   std::optional<StreamTime> TimeAt(double now) const;
   std::optional<double> At(double now) const;
-  // The stream time of the very sound that is heard, not smoothed; nothing while none is.
+  // The exact stream time of the audio heard at `now`, not smoothed; nullopt if none is heard.
   std::optional<StreamTime> SoundAt(double now) const;
   std::optional<double> HeardAt(double now) const;
 
  private:
-  // Counts from the moment `from` on: at the moment `moment` it is `stream`.
+  // In effect from the moment `from`. At `moment` the stream time is `stream`.
   struct Line {
     double from = 0;
     double stream = 0;
@@ -66,7 +65,7 @@ class PlayClock {
   };
   struct Sound {
     double from = 0;
-    std::optional<double> stream;  // of what is heard at the moment `from`
+    std::optional<double> stream;  // of the audio heard at `from`; nullopt for silence
     std::uint64_t segment = 0;
   };
 
@@ -80,8 +79,8 @@ class PlayClock {
   bool started_ = false;  // all below guarded by mutex_
   bool paused_ = false;
   bool starved_ = false;
-  std::uint64_t segment_ = 0;  // the newest
-  // The newest is the last. While the clock is held, one line, which stands still.
+  std::uint64_t segment_ = 0;  // of the latest line
+  // The latest is last. While the clock is held there is one line, and its `stream` is the time.
   std::deque<Line> lines_{Line{}};
   std::deque<Sound> sounds_;
 };

@@ -18,7 +18,7 @@ void PlayControl::End() {
 }
 
 void PlayControl::Tick() {
-  // The first frame tells where the stream begins, which is what the position counts from.
+  // The first frame gives the origin of the stream, from which positions are counted.
   if (settings_.start_seconds && dependencies_.receiver.OriginSeconds()) {
     const double start = *std::exchange(settings_.start_seconds, {});
     if (CanMove()) SeekTo(start);
@@ -81,7 +81,8 @@ void PlayControl::SeekTo(double seconds) {
   StartDownload();
 }
 
-// Calls of the component that wait for room are let go first, since the stop waits for them.
+// Closes the playback first: EndDownload waits for player calls, which may be waiting for space in
+// its queues.
 void PlayControl::StopDownload() {
   playback_->Close();
   dependencies_.downloader.End();
@@ -90,13 +91,12 @@ void PlayControl::StopDownload() {
   playback_.reset();
 }
 
-// FLV plays from its beginning whatever the position, and before the first frame there is nothing
-// to move in.
+// FLV always plays from its beginning. Before the first frame, the origin of the stream is unknown.
 bool PlayControl::CanMove() const {
   return dependencies_.receiver.OriginSeconds().has_value() && !dependencies_.receiver.IsFlv();
 }
 
-// After a move the component may have much to pass over before it hands the first frame over.
+// After a seek the component may skip much of the stream before it delivers the first frame.
 double PlayControl::PatienceMs() const {
   constexpr double kTimesAfterAMove = 20;
   const bool still_moves = has_moved_ && FramesSoFar() == frames_before_;

@@ -1,5 +1,4 @@
-// The stream that is played: begins it, moves in it, tells how far it is, and ends it. All on the
-// main thread.
+// Controls the stream being played: start, seek, position and end. Main thread only.
 #ifndef HOST_PLAYER_PLAY_CONTROL_H_
 #define HOST_PLAYER_PLAY_CONTROL_H_
 
@@ -27,14 +26,15 @@ class PlayControl {
     SoundOutput& output;
     const host::Clock& clock;
     PlayCounts& counts;
-    std::function<void()> before_start;  // called before each start, the first and those of seeks
+    std::function<void()> before_start;  // called before each start, including those after seeks
   };
 
   struct Settings {
     std::string address;
     std::optional<double> start_seconds;
-    // Of silence, after which the stream counts as ended. The decoders are emptied then, and what
-    // comes all the same is seen from its next key picture on.
+    // Seconds without a call from the component after which the stream counts as ended. The
+    // decoders are then drained, and frames that still arrive are shown from the next key picture
+    // on.
     double idle_seconds = 10;
   };
 
@@ -45,21 +45,21 @@ class PlayControl {
   PlayControl(const PlayControl&) = delete;
   PlayControl& operator=(const PlayControl&) = delete;
 
-  // False when the address is refused.
+  // Returns false if the address was refused.
   bool Begin();
   void End();
 
-  // To be called again and again while it plays.
+  // Call it repeatedly while the stream plays.
   void Tick();
 
   void TogglePause();
-  // So many seconds on or, when negative, back. Nothing happens where a stream cannot be moved in:
-  // before its first frame, and in FLV.
+  // Seeks by `seconds`, backwards if negative. Does nothing where seeking is not possible: before
+  // the first frame, and in FLV.
   void Move(double seconds);
 
-  // Null when nothing plays.
+  // Null while nothing plays.
   Playback* playback() { return playback_.get(); }
-  // Whether nothing comes any more and all that came was played.
+  // Whether the stream has ended and everything received has been played.
   bool HasEnded() const { return ended_; }
 
   TitleFacts Facts() const;
@@ -75,15 +75,15 @@ class PlayControl {
   double Now() const { return dependencies_.clock.NowMs() / 1000; }
   std::optional<double> FromOrigin(std::optional<double> stream_seconds) const;
 
-  Settings settings_;  // the start position goes once it was taken
+  Settings settings_;  // start_seconds is cleared once it was used
   const Dependencies dependencies_;
   std::unique_ptr<Playback> playback_;
   double began_ms_ = 0;
-  double position_ = 0;  // the last that was known
+  double position_ = 0;  // the last known position
   bool paused_ = false;
   bool started_before_ = false;
   bool has_moved_ = false;
-  std::uint64_t frames_before_ = 0;  // that came before the last start
+  std::uint64_t frames_before_ = 0;  // frames received before the last start
   bool ended_ = false;
 };
 

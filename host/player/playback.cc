@@ -22,7 +22,7 @@ Playback::Playback(PlayCounts& counts, Settings settings)
       video_thread_([this] { DecodeVideo(); }) {
   try {
     audio_thread_ = std::thread([this] { DecodeAudio(); });
-  } catch (...) {  // no room for another thread: the first must have ended before it is destroyed
+  } catch (...) {  // no second thread could be started: end the first before destroying it
     Close();
     video_thread_.join();
     throw;
@@ -62,7 +62,7 @@ bool Playback::IsPlayedOut() const {
   return frames_.IsIdle() && !video_held_.load() && pictures_.IsEmpty() && sound_.IsEmpty();
 }
 
-// What a thread does for one frame must not end the program: memory may be out for a moment.
+// An exception in one step, such as std::bad_alloc, must not end the program.
 void Playback::Guarded(const std::function<void()>& step) {
   try {
     step();
@@ -115,8 +115,8 @@ void Playback::DecodeAudio() {
   }
 }
 
-// A stop may leave a frame unfinished in the demultiplexer: it comes first after the next start and
-// has no time.
+// After a stop, the demultiplexer may still hold an unfinished frame. It is delivered first after
+// the next start, and has no time.
 bool Playback::IsLeftover(const MediaUnit& frame) {
   const bool is_first = !std::exchange(audio_began_, true);
   return is_first && settings_.may_begin_with_leftover && frame.pts == 0;

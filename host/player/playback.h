@@ -1,5 +1,5 @@
-// One start of a stream on its way from frames to pictures and sound: the queue, two decoding
-// threads, what they made, and the clock. A seek makes a new one.
+// One start of a stream, from frames to decoded pictures and audio: the frame queue, two decoding
+// threads, their output queues, and the clock. Each seek creates a new one.
 #ifndef HOST_PLAYER_PLAYBACK_H_
 #define HOST_PLAYER_PLAYBACK_H_
 
@@ -23,9 +23,9 @@ namespace player {
 class Playback {
  public:
   struct Settings {
-    // Asked when the first picture is decoded: what PictureTimes wants to know.
+    // Called when the first picture is decoded; see PictureTimes.
     std::function<bool()> pictures_shown_later;
-    // Whether sound without a time may come first, left over from the start before.
+    // Whether the first audio frame may be a remainder of the previous start, without a time.
     bool may_begin_with_leftover = false;
     QueueLimits limits;
   };
@@ -37,7 +37,7 @@ class Playback {
   Playback(const Playback&) = delete;
   Playback& operator=(const Playback&) = delete;
 
-  // Lets everything go that waits: calls of the component, and the decoding threads, which end.
+  // Releases waiting player calls and makes the decoding threads end.
   void Close();
 
   FrameQueue& frames() { return frames_; }
@@ -47,13 +47,13 @@ class Playback {
   PlayClock& clock() { return clock_; }
   const PlayClock& clock() const { return clock_; }
 
-  // Starts the clock when it is time, and holds it while there is nothing to play. To be called
-  // again and again; `now` in seconds.
+  // Starts the clock when playing can begin, and holds it while there is nothing to play. Call it
+  // repeatedly; `now` is in seconds.
   void Tick(double now);
 
-  // Nothing more comes: what the decoders hold comes out. Frames may come again all the same.
+  // If `ended`, the decoders output all remaining pictures. Frames may still arrive afterwards.
   void SetStreamEnded(bool ended) { frames_.SetEnded(ended); }
-  // Whether all was played that came.
+  // Whether everything received has been played.
   bool IsPlayedOut() const;
 
  private:
@@ -71,16 +71,16 @@ class Playback {
   BoundedQueue<Picture> pictures_;
   PlayClock clock_;
   SoundBuffer sound_;
-  std::optional<double> first_ready_;  // when the first picture or sound was there
+  std::optional<double> first_ready_;  // when the first picture or audio was available
   std::atomic<bool> closed_{false};
-  std::atomic<bool> video_held_{false};  // whether the gatherer or decoder holds anything back
-  // Of the video thread only.
+  std::atomic<bool> video_held_{false};  // whether the gatherer or decoder holds back pictures
+  // Used by the video thread only.
   AccessUnitGatherer gatherer_;
   std::optional<VideoDecoder> decoder_;
-  std::uint64_t left_out_ = 0;  // by the gatherer, as far as it was counted
-  // Of the audio thread only.
+  std::uint64_t left_out_ = 0;  // units skipped by the gatherer that are already in counts_
+  // Used by the audio thread only.
   bool audio_began_ = false;
-  // Last, so that they run only while all above lives.
+  // Declared last, since the threads use the members above.
   std::thread video_thread_;
   std::thread audio_thread_;
 };

@@ -8,9 +8,9 @@
 namespace player {
 
 enum ExitStatus : int {
-  kExitPlayed = 0,   // at least one frame came
-  kExitNothing = 1,  // none did
-  kExitUsage = 2,    // wrong usage, a report that cannot be begun included
+  kExitPlayed = 0,   // at least one frame was received
+  kExitNothing = 1,  // no frame was received
+  kExitUsage = 2,    // wrong usage, including a report or sync log that cannot be written
   kExitNoDisplay = 3,
 };
 
@@ -23,8 +23,8 @@ struct PlayerOptions {
   bool exit_at_end = false;
 };
 
-// Either options, or a text to print and a status to exit with: the help (0), or one line that says
-// what is wrong (kExitUsage). The text ends without a line break.
+// Either options, or a text to print and an exit status: the help (0), or one line that names the
+// error (kExitUsage). The text has no trailing line break.
 struct ParsedPlayerOptions {
   std::optional<PlayerOptions> options;
   std::string text;

@@ -39,7 +39,7 @@ double Presenter::ShowDue(Playback& playback, double longest) {
     if (Show(*picture) && verdict.follows_clock) {
       Compare(picture->seconds, playback.clock(), next->segment);
     }
-    return 0;  // commands are due before the next one
+    return 0;  // commands are handled before the next picture
   }
   return longest;
 }
@@ -59,8 +59,8 @@ bool Presenter::Show(const Picture& picture) {
   return is_shown;
 }
 
-// With the sound that is heard now, when the picture can be seen. The times may have jumped since
-// the picture was chosen: then there is nothing to compare.
+// Compares the picture, now visible, with the audio heard at this moment. If the times have jumped
+// since the picture was chosen, there is nothing to compare.
 void Presenter::Compare(double picture, const PlayClock& clock, std::uint64_t segment) {
   const auto sound = clock.SoundAt(Now());
   if (!sound || sound->segment != segment) return;

@@ -17,25 +17,24 @@ namespace player {
 
 class Presenter {
  public:
-  // Given the stream times of a picture that was shown and of the sound heard when it could be
-  // seen.
+  // Receives the stream times of a picture that was shown and of the audio heard when it became
+  // visible.
   using OnComparison = std::function<void(double picture, double sound)>;
 
-  // All are borrowed. `on_comparison` may be empty.
+  // All references are borrowed. `on_comparison` may be empty.
   Presenter(Window& window, const host::Clock& clock, PlayCounts& counts,
             OnComparison on_comparison = {})
       : window_(window), clock_(clock), counts_(counts), on_comparison_(std::move(on_comparison)) {}
 
-  // Makes the window ready for the first picture before time begins to go by, since that takes
-  // long.
+  // Prepares the window for the first picture before the clock starts, since this takes long.
   void Prepare(const Playback& playback);
 
-  // Shows the picture of `playback` that is due. Returns in how many seconds to ask again: never
-  // more than `longest`.
+  // Shows the picture of `playback` that is due. Returns the seconds until the next call, at most
+  // `longest`.
   double ShowDue(Playback& playback, double longest);
 
  private:
-  // The next picture, and the segment of times in which it is due.
+  // The next picture, and the clock segment in which it is due.
   struct Next {
     PictureFacts facts;
     std::uint64_t segment = 0;

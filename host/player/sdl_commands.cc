@@ -28,7 +28,7 @@ Command CommandOf(const SDL_Event& event) {
   if (event.type == SDL_WINDOWEVENT) return Command::kRedraw;
   if (event.type != SDL_KEYDOWN) return Command::kNothing;
   const Command command = CommandOfKey(event.key.keysym.sym);
-  // A key held down repeats: that is meant for moving only.
+  // Repeats of a key held down are ignored, except for seek keys.
   const bool moves = command == Command::kBack || command == Command::kForward;
   return event.key.repeat != 0 && !moves ? Command::kNothing : command;
 }
@@ -37,7 +37,7 @@ Command CommandOf(const SDL_Event& event) {
 
 std::optional<Command> SdlCommands::Wait(double seconds) {
   SDL_Event event;
-  // Rounded down: rather a look too many than a picture too late.
+  // Rounded down: polling once too often is better than showing a picture late.
   if (SDL_WaitEventTimeout(&event, static_cast<int>(seconds * 1000)) == 0) return std::nullopt;
   return CommandOf(event);
 }

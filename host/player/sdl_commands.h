@@ -1,4 +1,4 @@
-// What keys and the window ask for, by SDL. For the main thread only.
+// Commands from the keyboard and the window, through SDL. Main thread only.
 #ifndef HOST_PLAYER_SDL_COMMANDS_H_
 #define HOST_PLAYER_SDL_COMMANDS_H_
 

@@ -35,7 +35,7 @@ void SdlSoundDevice::Close() {
 void SdlSoundDevice::Fill(void* self, unsigned char* bytes, int size) {
   const auto* device = static_cast<SdlSoundDevice*>(self);
   const auto samples = static_cast<std::size_t>(size) / sizeof(float);
-  // It is heard when the portion before it has been played.
+  // This portion is heard when the previous one has been played.
   const double heard_at = device->clock_.NowMs() / 1000 + kSoundPortionSeconds;
   device->source_({reinterpret_cast<float*>(bytes), samples}, heard_at);
 }

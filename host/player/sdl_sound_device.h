@@ -1,4 +1,4 @@
-// The sound device of the system, by SDL.
+// The system's audio device, through SDL.
 #ifndef HOST_PLAYER_SDL_SOUND_DEVICE_H_
 #define HOST_PLAYER_SDL_SOUND_DEVICE_H_
 
@@ -12,8 +12,8 @@ namespace player {
 
 class SdlSoundDevice final : public SoundDevice {
  public:
-  // Null when there is no device; then `error` says why. `clock` is borrowed. SDL's sound must be
-  // initialised before, if it can be.
+  // Returns null if there is no device; `error` then says why. `clock` is borrowed. SDL's audio
+  // must be initialised before, if possible.
   static std::unique_ptr<SdlSoundDevice> Open(const host::Clock& clock, std::string& error);
   ~SdlSoundDevice() override { Close(); }
 
@@ -27,7 +27,7 @@ class SdlSoundDevice final : public SoundDevice {
 
   const host::Clock& clock_;
   unsigned device_ = 0;
-  Source source_;  // set before the device first asks
+  Source source_;  // set before the device's first request
 };
 
 }  // namespace player

@@ -10,25 +10,25 @@ namespace {
 void SaySoundError(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
                    const char* /*form*/, ...) {}
 
-// ALSA prints a page of its own about a missing device; that is told in one line here.
+// ALSA prints many lines about a missing device. The player prints one line instead.
 void KeepAlsaQuiet() {
   using Handler = void (*)(const char*, int, const char*, int, const char*, ...);
   void* const library = SDL_LoadObject("libasound.so.2");
   if (library == nullptr) return;
   void* const set_handler = SDL_LoadFunction(library, "snd_lib_error_set_handler");
   if (set_handler != nullptr) reinterpret_cast<int (*)(Handler)>(set_handler)(SaySoundError);
-  // Stays loaded: the handler is set in it.
+  // The library stays loaded, because the handler is set in it.
 }
 
-// Where no display is found, SDL may take a driver that shows nothing.
+// Without a display, SDL may choose a driver that shows nothing.
 bool ShowsNothing() {
   const char* const driver = SDL_GetCurrentVideoDriver();
   const std::string_view name = driver == nullptr ? "" : driver;
   return name == "offscreen" || name == "dummy" || name == "evdev";
 }
 
-// Without this directory there is no Wayland, and its library would print so. Other systems have
-// drivers of their own.
+// Without this directory there is no Wayland, and its library would print an error. Other systems
+// have other drivers.
 void KeepWaylandQuiet() {
   if (std::string_view(SDL_GetPlatform()) != "Linux") return;
   if (SDL_getenv("XDG_RUNTIME_DIR") == nullptr) SDL_SetHint(SDL_HINT_VIDEODRIVER, "x11,KMSDRM");

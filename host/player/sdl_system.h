@@ -1,4 +1,4 @@
-// SDL from its beginning to its end. For the main thread only.
+// Initialises SDL and shuts it down. Main thread only.
 #ifndef HOST_PLAYER_SDL_SYSTEM_H_
 #define HOST_PLAYER_SDL_SYSTEM_H_
 
@@ -13,7 +13,7 @@ class SdlSystem {
   SdlSystem(const SdlSystem&) = delete;
   SdlSystem& operator=(const SdlSystem&) = delete;
 
-  // Why there is no display, or no sound; empty when there is.
+  // Why there is no display or no audio; empty if there is.
   const std::string& display_error() const { return display_error_; }
   const std::string& sound_error() const { return sound_error_; }
 

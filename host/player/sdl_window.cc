@@ -8,7 +8,7 @@ namespace {
 constexpr int kFirstWidth = 960;
 constexpr int kFirstHeight = 540;
 
-// How wide a picture is meant to be seen: its dots need not be square.
+// The display width of a picture: its pixels need not be square.
 int ShownWidth(const AVFrame& frame) {
   const AVRational dot = frame.sample_aspect_ratio;
   if (dot.num <= 0 || dot.den <= 0) return frame.width;
@@ -76,7 +76,7 @@ void SdlWindow::ToggleFullScreen() {
   SDL_SetWindowFullscreen(window_.get(), full_screen_ ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
 }
 
-// A renderer may take the mode when it makes the texture.
+// A renderer may read the mode only when it creates a texture.
 void SdlWindow::UseConversion(SDL_YUV_CONVERSION_MODE mode) {
   if (SDL_GetYUVConversionMode() == mode) return;
   SDL_SetYUVConversionMode(mode);
@@ -93,7 +93,7 @@ bool SdlWindow::PrepareTexture(const AVFrame& frame) {
   return texture_ != nullptr;
 }
 
-// The renderer keeps this aspect ratio, with bars where the window has another.
+// The renderer keeps this aspect ratio and adds bars if the window has another.
 void SdlWindow::FitToPicture(int width, int height) {
   SDL_RenderSetLogicalSize(renderer_.get(), width, height);
   if (has_picture_size_) return;

@@ -1,4 +1,4 @@
-// The window by SDL. For the main thread only.
+// The window, implemented with SDL. Main thread only.
 #ifndef HOST_PLAYER_SDL_WINDOW_H_
 #define HOST_PLAYER_SDL_WINDOW_H_
 
@@ -14,7 +14,8 @@ namespace player {
 
 class SdlWindow final : public Window {
  public:
-  // Null when there is no display; then `error` says why. SDL's video must be initialised before.
+  // Returns null if there is no display; `error` then says why. SDL's video must be initialised
+  // before.
   static std::unique_ptr<SdlWindow> Open(std::string& error);
 
   bool Prepare(const AVFrame& frame) override;

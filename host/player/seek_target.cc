@@ -8,7 +8,7 @@ double SeekTarget(double position, double step, std::optional<double> duration) 
   constexpr double kLeftToPlay = 2;
   double target = std::max(position + step, 0.0);
   if (duration && *duration > position) {
-    // Never the other way than the key says.
+    // A step forward never goes back.
     const double last = std::max(*duration - kLeftToPlay, step > 0 ? position : 0.0);
     target = std::min(target, last);
   }

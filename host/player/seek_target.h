@@ -1,4 +1,4 @@
-// Where a seek key leads.
+// The target of a seek key.
 #ifndef HOST_PLAYER_SEEK_TARGET_H_
 #define HOST_PLAYER_SEEK_TARGET_H_
 
@@ -6,9 +6,9 @@
 
 namespace player {
 
-// `step` seconds away from `position`, but not before the beginning, and not so near to the end of
-// a stream of known duration that nothing would be left to play. A duration that lies before the
-// position is not believed: some streams tell only what has come.
+// `step` seconds from `position`, but not before the beginning, and not so close to a known end
+// that nothing would be left to play. A duration that does not exceed the position is ignored: some
+// streams report only the part received so far.
 double SeekTarget(double position, double step, std::optional<double> duration);
 
 }  // namespace player

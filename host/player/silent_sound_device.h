@@ -1,5 +1,5 @@
-// A thread that takes sound as a device would, where there is none, so that time goes by in the
-// same way.
+// Replaces a missing audio device: a thread requests portions of audio at the same pace, so that
+// the stream plays at normal speed.
 #ifndef HOST_PLAYER_SILENT_SOUND_DEVICE_H_
 #define HOST_PLAYER_SILENT_SOUND_DEVICE_H_
 

@@ -29,7 +29,7 @@ void SoundBuffer::Fill(std::span<float> out, double heard_at) {
   const std::lock_guard lock(mutex_);
   const std::size_t wanted = out.size() / kSoundChannels;
   std::size_t done = 0;
-  bool heard = false;  // whether the clock knows of the sound at `done`
+  bool heard = false;  // whether the clock knows the audio at `done`
   while (done < wanted && !pieces_.empty()) {
     const double at = heard_at + SecondsOfFrames(done);
     if (const std::size_t silence = SilenceBefore(at); silence > 0) {
@@ -70,7 +70,7 @@ void SoundBuffer::Close() {
 double SoundBuffer::Next() const { return pieces_.front().seconds + SecondsOfFrames(taken_); }
 
 bool SoundBuffer::Follows() const {
-  constexpr double kSameTime = 0.03;  // times of streams are rounded
+  constexpr double kSameTime = 0.03;  // stream times are rounded
   return ended_ && std::abs(Next() - *ended_) < kSameTime;
 }
 
@@ -78,12 +78,12 @@ PlayClock::Order SoundBuffer::OrderOfNext() const {
   return !ended_ || Follows() ? PlayClock::Order::kFollows : PlayClock::Order::kJumps;
 }
 
-// Sound that goes on where the last ended is due whatever the clock says: it makes the clock.
+// Audio that continues the previous audio is always due, because it sets the clock.
 std::size_t SoundBuffer::SilenceBefore(double at) const {
   constexpr double kExact = 0.001;
   if (!dry_ && Follows()) return 0;
   const double ahead = Next() - clock_.At(at).value_or(Next());
-  if (ahead < kExact || ahead > kFarApart) return 0;  // so far ahead is no gap but a jump
+  if (ahead < kExact || ahead > kFarApart) return 0;  // this far ahead is a jump, not a gap
   return static_cast<std::size_t>(ahead * kSoundRate) + 1;
 }
 

@@ -1,7 +1,7 @@
-// Decoded sound that waits for the device, and what the device is given: silence until the sound is
-// due and where there is none. Giving sound out sets the clock.
+// Decoded audio that waits for the device. The device gets silence until the audio is due and where
+// there is none. Handing out audio sets the clock.
 //
-// Bounded by making the giver wait. Safe from any thread: one gives and one takes.
+// When the buffer is full, the producer waits. Safe from any thread: one producer, one consumer.
 #ifndef HOST_PLAYER_SOUND_BUFFER_H_
 #define HOST_PLAYER_SOUND_BUFFER_H_
 
@@ -22,17 +22,17 @@ class SoundBuffer {
   // `clock` is borrowed.
   explicit SoundBuffer(PlayClock& clock) : clock_(clock) {}
 
-  // Waits for room. False when it was closed; then the piece is gone.
+  // Waits for space. Returns false if the buffer was closed; the piece is then dropped.
   bool Push(SoundPiece piece);
 
-  // Fills `out`, whose first samples will be heard at the moment `heard_at`.
+  // Fills `out`. Its first sample will be heard at the moment `heard_at`.
   void Fill(std::span<float> out, double heard_at);
 
-  // The stream time of the sound that comes next.
+  // The stream time of the next audio; nullopt if the buffer is empty.
   std::optional<double> NextSeconds() const;
   bool IsEmpty() const;
 
-  // Lets a giver go who waits, empties the buffer, and keeps it closed.
+  // Releases a waiting producer, empties the buffer and keeps it closed.
   void Close();
 
  private:
@@ -47,10 +47,10 @@ class SoundBuffer {
   mutable std::mutex mutex_;
   std::condition_variable room_came_;
   std::deque<SoundPiece> pieces_;  // all below guarded by mutex_
-  std::size_t frames_ = 0;         // in all pieces
-  std::size_t taken_ = 0;          // of the first piece
-  std::optional<double> ended_;    // where the sound ended that was given out last
-  bool dry_ = false;               // whether there was less sound than the device asked for
+  std::size_t frames_ = 0;         // audio frames in all pieces
+  std::size_t taken_ = 0;          // audio frames taken from the first piece
+  std::optional<double> ended_;    // end of the audio handed out last, in stream time
+  bool dry_ = false;               // whether the device asked for more audio than there was
   bool closed_ = false;
 };
 

@@ -1,4 +1,4 @@
-// What the sound device is given: the sound of what is played now, else silence.
+// What the audio device receives: the audio of the current playback, or silence.
 #ifndef HOST_PLAYER_SOUND_OUTPUT_H_
 #define HOST_PLAYER_SOUND_OUTPUT_H_
 
@@ -12,15 +12,15 @@ namespace player {
 
 class SoundOutput {
  public:
-  // Starts `device`, which is borrowed, and stops it at the end.
+  // Starts `device`, which is borrowed, and stops it in the destructor.
   explicit SoundOutput(SoundDevice& device);
   ~SoundOutput() { device_.Stop(); }
 
   SoundOutput(const SoundOutput&) = delete;
   SoundOutput& operator=(const SoundOutput&) = delete;
 
-  // What is played from now on; borrowed, null for nothing. What was given before is not looked at
-  // any more when this returns.
+  // Sets the audio to play from now on; borrowed, null for silence. When it returns, the previous
+  // buffer is no longer used.
   void Play(SoundBuffer* sound);
 
  private:

@@ -1,4 +1,4 @@
-// Decoded sound in the one form that the player works with.
+// Decoded audio in the only format that the player uses.
 #ifndef HOST_PLAYER_SOUND_PIECE_H_
 #define HOST_PLAYER_SOUND_PIECE_H_
 
@@ -11,8 +11,8 @@ inline constexpr int kSoundRate = 48'000;
 inline constexpr int kSoundChannels = 2;
 
 struct SoundPiece {
-  std::vector<float> samples;  // of the two channels in turn
-  double seconds = 0;          // stream time of the first
+  std::vector<float> samples;  // interleaved samples of the two channels
+  double seconds = 0;          // stream time of the first sample
 
   std::size_t Frames() const { return samples.size() / kSoundChannels; }
 };

@@ -9,7 +9,7 @@ namespace player {
 std::optional<double> StartTime(const StartFacts& facts) {
   constexpr double kPatience = 1;
   if (facts.first_picture && facts.first_sound) {
-    // Where the two do not belong together, begin with the sound.
+    // If picture and audio are far apart, begin with the audio.
     const double earlier = std::min(*facts.first_picture, *facts.first_sound);
     return *facts.first_sound - earlier > kFarApart ? *facts.first_sound : earlier;
   }

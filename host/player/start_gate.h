@@ -1,5 +1,5 @@
-// When playing may begin: when there is both a picture and sound, so that they begin in step. A
-// stream may lack one of them, or bring it late: then the other does not wait for ever.
+// When playing may begin: when both a picture and audio are available, so that they begin in sync.
+// A stream may lack one of them, or deliver it late, so the wait for the other is limited.
 #ifndef HOST_PLAYER_START_GATE_H_
 #define HOST_PLAYER_START_GATE_H_
 
@@ -8,13 +8,13 @@
 namespace player {
 
 struct StartFacts {
-  std::optional<double> first_picture;  // stream time in seconds; nothing while there is none
+  std::optional<double> first_picture;  // stream time in seconds; nullopt if there is none
   std::optional<double> first_sound;
-  double waited = 0;  // seconds since the first of them was there
-  bool full = false;  // whether no more frames can come before some are played
+  double waited = 0;  // seconds since the first of them was available
+  bool full = false;  // whether no more frames can be received before some are played
 };
 
-// The stream time to begin at; nothing while it is better to wait.
+// The stream time to begin at; nullopt while it is better to wait.
 std::optional<double> StartTime(const StartFacts& facts);
 
 }  // namespace player

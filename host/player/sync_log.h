@@ -1,5 +1,5 @@
-// The file of --sync-log: how far picture and sound were apart, for each picture that was compared
-// with the sound heard when it was shown. For one thread.
+// The file of --sync-log: the stream times of each shown picture and of the audio heard at that
+// moment. For one thread.
 #ifndef HOST_PLAYER_SYNC_LOG_H_
 #define HOST_PLAYER_SYNC_LOG_H_
 
@@ -12,12 +12,12 @@ namespace player {
 
 class SyncLog {
  public:
-  // Null when the file cannot be written; then `error` says so.
+  // Returns null if the file cannot be written; `error` then says so.
   static std::unique_ptr<SyncLog> Open(const std::filesystem::path& file, std::string& error);
 
   // Stream times in seconds.
   void Add(double picture, double sound);
-  // False when not all could be written.
+  // Returns false if any write has failed.
   bool Close();
 
  private:

@@ -30,7 +30,7 @@ const char* StateText(PlayState state) {
 }  // namespace
 
 std::string TimeText(double seconds) {
-  constexpr double kLongest = 1e12;  // fits a number of any kind
+  constexpr double kLongest = 1e12;  // well within the range of long long
   const double bounded = std::isfinite(seconds) ? std::clamp(seconds, 0.0, kLongest) : 0;
   const auto whole = static_cast<long long>(bounded);
   const long long hours = whole / 3600;

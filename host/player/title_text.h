@@ -1,4 +1,4 @@
-// What stands in the title of the window.
+// The text of the window title.
 #ifndef HOST_PLAYER_TITLE_TEXT_H_
 #define HOST_PLAYER_TITLE_TEXT_H_
 
@@ -18,7 +18,7 @@ struct TitleFacts {
   std::string status;  // the last status line; any bytes
 };
 
-// "1:02:03", "2:03"; what is negative counts as 0.
+// "1:02:03", "2:03"; negative times count as 0.
 std::string TimeText(double seconds);
 
 // "0:05 / 0:12, buffered to 0:09 (paused) - PLAY TS OK:http://..."

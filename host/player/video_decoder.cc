@@ -6,7 +6,7 @@ namespace player {
 namespace {
 
 bool IsKey(const AVFrame& frame) {
-#ifdef AV_FRAME_FLAG_KEY  // newer versions of the library say it so
+#ifdef AV_FRAME_FLAG_KEY  // newer versions of the library
   return (frame.flags & AV_FRAME_FLAG_KEY) != 0;
 #else
   return frame.key_frame != 0;
@@ -34,7 +34,7 @@ void VideoDecoder::Drain() {
   avcodec_flush_buffers(context_.get());
 }
 
-// All pictures are taken each time, so the decoder always has room for a packet.
+// Receives all pictures each time, so that the decoder always accepts the next packet.
 void VideoDecoder::Send(const AVPacket* packet) {
   if (avcodec_send_packet(context_.get(), packet) < 0) ++counts_.errors;
   TakePictures();

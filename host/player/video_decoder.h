@@ -1,4 +1,4 @@
-// Access units into pictures with the times to show them at. For one thread.
+// Decodes access units into pictures with the times to show them at. For one thread.
 #ifndef HOST_PLAYER_VIDEO_DECODER_H_
 #define HOST_PLAYER_VIDEO_DECODER_H_
 
@@ -26,7 +26,8 @@ class VideoDecoder {
 
   void Decode(const MediaUnit& unit);
 
-  // What the decoder still holds comes out. After it a unit must come that decoding can begin with.
+  // Outputs the pictures that the decoder still holds. The next unit must be one at which decoding
+  // can begin.
   void Drain();
 
  private:

@@ -1,4 +1,4 @@
-// The window with the picture in it. For the main thread only.
+// The window that shows the pictures. Main thread only.
 #ifndef HOST_PLAYER_WINDOW_H_
 #define HOST_PLAYER_WINDOW_H_
 
@@ -12,12 +12,12 @@ class Window {
  public:
   virtual ~Window() = default;
 
-  // Makes ready for pictures like this one. The first gives the window its size.
+  // Prepares for pictures like this one. The first call sets the size of the window.
   virtual bool Prepare(const AVFrame& frame) = 0;
 
-  // Returns when the picture can be seen. False when it is of no kind that can be shown.
+  // Returns when the picture is visible. False if its format cannot be shown.
   virtual bool Show(const AVFrame& frame) = 0;
-  // The last picture once more: the window was moved, resized or uncovered.
+  // Shows the last picture again, after the window was moved, resized or uncovered.
   virtual void Redraw() = 0;
 
   virtual void SetTitle(const std::string& title) = 0;

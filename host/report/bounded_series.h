@@ -1,8 +1,8 @@
-// Points in the order in which they came, of which there are never more than a few thousand: when
-// they become too many, neighbours are joined two by two, and from then on twice as many go into
-// one.
+// Points in order of arrival, at most kMostPoints of them. When the series is full, each pair of
+// neighbours is joined into one point, and from then on each new point holds twice as many values.
 //
-// `Point` joins a later neighbour with Join(const Point&), which must lose no extreme and no sum.
+// `Point` needs Join(const Point&), which adds a later neighbour and must preserve extremes and
+// sums.
 #ifndef HOST_REPORT_BOUNDED_SERIES_H_
 #define HOST_REPORT_BOUNDED_SERIES_H_
 
@@ -27,7 +27,7 @@ class BoundedSeries {
   }
 
   const std::vector<Point>& Points() const { return points_; }
-  // How many of those that were added one point stands for; the last may stand for fewer.
+  // How many added values one point represents; the last point may represent fewer.
   std::size_t PerPoint() const { return per_point_; }
 
  private:
@@ -42,7 +42,7 @@ class BoundedSeries {
 
   std::vector<Point> points_;
   std::size_t per_point_ = 1;
-  std::size_t in_last_ = 0;  // how many the last point stands for; 0 when it is full
+  std::size_t in_last_ = 0;  // how many values the last point represents; 0 when it is full
 };
 
 }  // namespace report

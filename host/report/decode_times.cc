@@ -10,7 +10,7 @@ constexpr std::uint64_t kMostReorderTicks = 900'000;  // ten seconds
 
 using TimeField = std::array<std::uint8_t, 5>;
 
-// The 33 bits of a time stamp in a PES header (ISO/IEC 13818-1, 2.4.3.7).
+// The 33 bits of a timestamp in a PES header (ISO/IEC 13818-1, 2.4.3.7).
 std::uint64_t TimeIn(const TimeField& field) {
   const auto bits = [&field](std::size_t at, int dropped, std::uint64_t mask, int shift) {
     return (std::uint64_t{field.at(at)} >> dropped & mask) << shift;
@@ -19,7 +19,7 @@ std::uint64_t TimeIn(const TimeField& field) {
          bits(4, 1, 0x7F, 0);
 }
 
-// The five bytes after a PTS: so many of stuffing, then the payload.
+// The five bytes after a PTS: `stuffing` stuffing bytes, then the payload.
 TimeField BytesAfterPts(const MediaFrame& frame, std::size_t stuffing) {
   TimeField field{};
   const auto size =

@@ -1,10 +1,9 @@
-// Finds the decode times of the frames of one kind, each as it arrives.
+// Finds the decode times of the frames of one kind, one frame at a time.
 //
-// A PES packet of a transport stream that has a PTS alone is decoded at that time, but its frame
-// has a `dts` all the same: it was read from the bytes after the PTS, which are stuffing or the
-// first of the payload. Such a `dts` does not count, and neither does one that is above `pts` or
-// far below it; the frame then decodes at its `pts`. Where `dts` stands still though `pts` goes on,
-// no `dts` of the stream counts.
+// A PES packet with only a PTS is decoded at that time. Its frame still has a `dts`: the component
+// reads it from the bytes after the PTS, which are stuffing or the start of the payload. Such a
+// `dts` is ignored, and so is one above `pts` or far below it; the decode time is then `pts`. If
+// `dts` stops advancing while `pts` advances, every `dts` of the stream is ignored.
 //
 // A plain value without a lock.
 #ifndef HOST_REPORT_DECODE_TIMES_H_
@@ -19,11 +18,11 @@ namespace report {
 
 class DecodeTimes {
  public:
-  // The decode time of the next frame, 90 kHz, as if the `dts` of this stream counted.
+  // The decode time of the next frame, 90 kHz, if the `dts` of this stream is valid.
   std::uint64_t Of(const MediaFrame& frame);
 
-  // False once the frames were found to have no `dts`: then each decodes at its `pts`, also those
-  // before.
+  // False once the stream turns out to have no valid `dts`. Then the decode time of every frame,
+  // including earlier ones, is its `pts`.
   bool DtsCounts() const { return stands_still_ < kMostStandingStill; }
 
  private:
@@ -34,7 +33,7 @@ class DecodeTimes {
     std::uint64_t dts;
   };
 
-  std::optional<Times> last_;  // of the last frame whose `dts` counts
+  std::optional<Times> last_;  // of the last frame with a valid `dts`
   int stands_still_ = 0;
 };
 

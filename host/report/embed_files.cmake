@@ -1,20 +1,18 @@
-# Writes a C++ source with the bytes of files in it:
+# Writes a C++ source that contains the bytes of files:
 #
 #   cmake -DOUTPUT=... -DSTYLES=a.css,b.css -DSCRIPTS=a.js,b.js -DPAGE=page.html -P embed_files.cmake
 #
-# The bytes are an array of numbers: every compiler takes one of any length, which is not so for string
-# literals.
+# The bytes are an array of numbers: compilers limit the length of string literals, but not of arrays.
 cmake_minimum_required(VERSION 3.25)
 
-# append_function(NAME FILES) - a function that gives the files one after the other, each on lines of
-# its own.
+# append_function(NAME FILES) - adds a function that returns the files concatenated, each ending with a line break.
 function(append_function name files)
   string(REPLACE "," ";" files "${files}")
   set(bytes "")
   foreach(file IN LISTS files)
     file(STRINGS ${file} ends REGEX "</(script|style)")
     if(ends AND NOT file STREQUAL PAGE)
-      message(FATAL_ERROR "${file} would end the element that it stands in: ${ends}")
+      message(FATAL_ERROR "${file} contains the end tag of the element that it is embedded in: ${ends}")
     endif()
     file(READ ${file} hex HEX)
     string(APPEND bytes "${hex}0a")

@@ -12,14 +12,14 @@ namespace {
 
 constexpr double kMostStartDistance = 0.5;  // seconds between the first video and the first audio
 constexpr double kMostEndDistance = 1;      // seconds between the ends of video and audio
-constexpr double kMostDistance = 5;         // seconds between video and audio on their way
+constexpr double kMostDistance = 5;         // seconds between video and audio during the run
 constexpr double kMostLateSeconds = 0.5;
-constexpr double kMostDurationError = 1;   // seconds, or
-constexpr double kDurationErrorPart = 20;  // a twentieth
+constexpr double kMostDurationError = 1;   // in seconds, or
+constexpr double kDurationErrorPart = 20;  // a twentieth of the duration
 
 using Findings = std::vector<Finding>;
 
-// Never with an exponent, and the same in every locale.
+// Never with an exponent, and independent of the locale.
 std::string Number(double value, int digits) {
   std::array<char, 352> buffer;
   const auto end = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
@@ -103,8 +103,9 @@ void AddLateness(const StepWatch& steps, const std::string& kind, Findings& find
                           AtMs(steps.latest_at_ms) + "."});
 }
 
-// Frames that nobody paces arrive as fast as they are made, those of one kind faster than those of
-// the other. A viewer notices a distance only where the one behind is awaited.
+// Unless the host paces them, frames arrive as fast as they are parsed, and one kind may be faster
+// than the other. A viewer notices the distance only while the player is waiting for the slower
+// kind.
 void AddDistanceOnTheWay(const ReportRecord& record, Findings& findings) {
   const std::optional<Range>& range =
       record.host_paces ? record.distance.range : record.awaited_distance;

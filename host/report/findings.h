@@ -1,5 +1,5 @@
-// What is odd about a recorded run, in plain sentences. The sentences are ASCII and hold nothing
-// that came from the stream but numbers.
+// What is odd about a recorded run, in plain sentences of ASCII. Numbers are the only data from the
+// stream in them.
 #ifndef HOST_REPORT_FINDINGS_H_
 #define HOST_REPORT_FINDINGS_H_
 
@@ -11,8 +11,8 @@
 namespace report {
 
 enum class Weight {
-  kOdd,   // a viewer would notice, or something is missing
-  kNote,  // worth knowing
+  kOdd,   // a viewer would notice it, or something is missing
+  kNote,  // good to know
 };
 
 struct Finding {
@@ -21,7 +21,7 @@ struct Finding {
   std::string sentence;  // with the numbers
 };
 
-// The odd ones first.
+// Findings of weight kOdd are first.
 std::vector<Finding> FindingsOf(const ReportRecord& record);
 
 }  // namespace report

@@ -6,8 +6,8 @@
 namespace report {
 namespace {
 
-// A frame that is delivered before those after it are known has a playTime made of its pts alone,
-// which may be that far ahead where frames are not in the order in which they are shown.
+// The component computes the playTime of a frame from its pts alone if it delivers the frame before
+// it knows the following ones. With reordered frames such a playTime may be this far ahead.
 constexpr auto kReorderTicks = static_cast<std::uint64_t>(kReorderSeconds * kTicksPerSecond);
 
 std::uint64_t SizeOf(const MediaFrame& frame) {

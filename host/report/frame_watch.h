@@ -1,8 +1,8 @@
-// Looks at the frames of one kind, each as it comes: exact counts, the points of the charts, and
-// where the time stamps do not go on as they should.
+// Records the frames of one kind as they arrive: exact counts, the points of the charts, and where
+// the timestamps do not advance as they should.
 //
-// The order of frames is that of their decode times (decode_times.h). Whether `dts` counts shows
-// after a few frames only, so the steps are watched both with it and without it.
+// Frames are ordered by decode time (decode_times.h). It takes a few frames to see whether `dts` is
+// valid, so the steps are recorded both with `dts` and without it.
 //
 // A plain value without a lock.
 #ifndef HOST_REPORT_FRAME_WATCH_H_
@@ -30,7 +30,7 @@ class FrameWatch {
   std::uint64_t smallest = 0;  // bytes
   std::uint64_t largest = 0;
   std::uint64_t empty = 0;           // frames without a payload
-  std::uint64_t play_time_back = 0;  // playTime far smaller than that of the frame before
+  std::uint64_t play_time_back = 0;  // playTime far smaller than in the previous frame
   double first_ms = 0;
   double last_ms = 0;
   double longest_silence_ms = 0;     // between two frames

@@ -1,4 +1,4 @@
-// For a build without npm: there is no page.
+// For builds without npm, which have no report page.
 #include "web_files.h"
 
 namespace report {

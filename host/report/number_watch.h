@@ -1,6 +1,5 @@
-// Looks at one of the numbers that a player is told again and again: a duration, a buffered time, a
-// clock. In seconds; those that are no finite numbers are counted only. A plain value without a
-// lock.
+// Records a number that the player receives repeatedly: a duration, a buffered time or a clock, in
+// seconds. Values that are not finite are only counted. A plain value without a lock.
 #ifndef HOST_REPORT_NUMBER_WATCH_H_
 #define HOST_REPORT_NUMBER_WATCH_H_
 
@@ -15,15 +14,15 @@ namespace report {
 class NumberWatch {
  public:
   NumberWatch() = default;
-  // A step back of no more than `tolerance` is not counted.
+  // Does not count a step back of at most `tolerance`.
   explicit NumberWatch(double tolerance) : tolerance_(tolerance) {}
 
   void Add(double ms, double value);
 
   std::uint64_t count = 0;
   std::uint64_t not_finite = 0;
-  std::uint64_t went_back = 0;  // smaller than the one before
-  double went_back_at_ms = 0;   // the first time
+  std::uint64_t went_back = 0;  // smaller than the previous value
+  double went_back_at_ms = 0;   // of the first step back
   std::optional<double> first;
   std::optional<double> newest;
   std::optional<Range> range;

@@ -1,6 +1,6 @@
-// What the charts are drawn from: single values, or several neighbours joined with their extremes.
+// The data of the charts: single values, or several neighbours joined, with their extremes.
 //
-// Times of arrival are milliseconds since the recording began; stream time is in 90 kHz ticks.
+// Arrival times are milliseconds since the recording began; stream times are 90 kHz ticks.
 #ifndef HOST_REPORT_POINTS_H_
 #define HOST_REPORT_POINTS_H_
 
@@ -12,15 +12,15 @@ namespace report {
 
 inline constexpr double kTicksPerSecond = 90'000;
 inline constexpr double kMsPerSecond = 1000;
-// So far apart may neighbours be that are decoded in another order than they are shown.
+// The largest difference in stream time by which neighbouring frames may be out of display order.
 inline constexpr double kReorderSeconds = 1;
 
-// From one time stamp to another, in seconds; negative when that goes back.
+// From one timestamp to another, in seconds; negative when it goes back.
 inline double SecondsBetween(std::uint64_t from, std::uint64_t to) {
   return (static_cast<double>(to) - static_cast<double>(from)) / kTicksPerSecond;
 }
 
-// The least and the largest of some values.
+// The smallest and the largest of several values.
 struct Range {
   double low;
   double high;
@@ -32,7 +32,7 @@ struct Range {
 };
 
 struct NumberPoint {
-  double ms;  // when the newest came
+  double ms;  // arrival of the latest value
   double newest;
   Range range;
 
@@ -47,13 +47,12 @@ struct NumberPoint {
 };
 
 struct FramePoint {
-  double ms;          // when the first came
-  std::uint64_t pts;  // of the first
+  double ms;          // arrival of the first frame
+  std::uint64_t pts;  // of the first frame
   std::uint64_t frames = 1;
   std::uint64_t bytes;
   std::uint64_t largest;  // bytes of the largest frame
-  // Seconds from the frame before, where dts counts and where it does not; nothing for the very
-  // first.
+  // Seconds since the previous frame, with `dts` and without it; nullopt for the first frame.
   std::optional<Range> dts_steps;
   std::optional<Range> pts_steps;
 

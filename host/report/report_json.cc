@@ -13,7 +13,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Finer than anything that a chart or a table shows, and short in the file.
+// More precise than any chart or table shows, and short in the file.
 double Rounded(double seconds) { return std::round(seconds * 1e5) / 1e5; }
 
 double SecondsOfMs(double ms) { return Rounded(ms / kMsPerSecond); }
@@ -26,7 +26,7 @@ Json OrNull(const std::optional<double>& seconds) {
   return seconds ? Json(Rounded(*seconds)) : Json(nullptr);
 }
 
-// One column of a table of points: what `value` gives for each of them.
+// One column of a table of points: `value` of each point.
 template <typename Points, typename Value>
 Json Column(const Points& points, const Value& value) {
   Json column = Json::array();
@@ -141,7 +141,7 @@ Json TextsJson(const TextLog& texts) {
           {"kept", std::move(rows)}};
 }
 
-// Within strings only: "<" stands nowhere else in JSON.
+// JSON contains "<" inside strings only, so escaping it keeps the document valid.
 std::string WithoutLessThan(const std::string& json) {
   std::string text;
   text.reserve(json.size());

@@ -1,4 +1,4 @@
-// What the page is filled with, as one JSON object.
+// The data of the page as one JSON object.
 #ifndef HOST_REPORT_REPORT_JSON_H_
 #define HOST_REPORT_REPORT_JSON_H_
 
@@ -8,8 +8,8 @@
 
 namespace report {
 
-// One line of ASCII that may stand inside a <script> element of any type: it holds no "<". Bytes
-// that are no UTF-8 become replacement characters. Times and stream times are in seconds.
+// One line of ASCII that is safe inside any <script> element: it contains no "<". Invalid UTF-8
+// becomes replacement characters. Arrival times and stream times are in seconds.
 std::string ReportJson(const ReportRecord& record, const std::string& address);
 
 }  // namespace report

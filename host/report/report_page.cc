@@ -9,7 +9,7 @@
 namespace report {
 namespace {
 
-// The page up to a mark; what is behind the mark stays in `rest`.
+// Returns the text before `mark` and sets `rest` to the text after it.
 std::string_view TakeUpTo(std::string_view mark, std::string_view& rest) {
   const std::size_t at = rest.find(mark);
   const std::string_view part = rest.substr(0, at);

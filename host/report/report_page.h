@@ -1,4 +1,4 @@
-// The report as one HTML file that needs nothing else: no network, no other file.
+// The report as one HTML file that needs no network and no other file.
 #ifndef HOST_REPORT_REPORT_PAGE_H_
 #define HOST_REPORT_REPORT_PAGE_H_
 
@@ -9,16 +9,16 @@
 
 namespace report {
 
-// False in a build that was made without npm; then no report can be written.
+// False in a build without npm: it cannot write reports.
 bool CanWriteReports();
 
-// Whether `file` can be written. Asked before a run, it makes the file when there is none.
+// Whether `file` can be written. Call it before a run; it creates the file if it does not exist.
 bool IsWritable(const std::filesystem::path& file);
 
 // The whole page. `address` and all texts may hold any bytes.
 std::string ReportPage(const ReportRecord& record, const std::string& address);
 
-// Writes the page over `file`. False when that failed, or when this build has no report.
+// Overwrites `file` with the page. Returns false on failure, or if this build has no reports.
 bool WriteReport(const std::filesystem::path& file, const ReportRecord& record,
                  const std::string& address);
 

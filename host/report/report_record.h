@@ -1,5 +1,5 @@
-// Everything that a report tells, as it was taken down. A plain value without a lock or a clock:
-// the times are given, in milliseconds since the recording began. Its size is bounded.
+// Everything that a report shows, as recorded. A plain value without a lock or a clock: times are
+// arguments, in milliseconds since the recording began. Its size is bounded.
 #ifndef HOST_REPORT_REPORT_RECORD_H_
 #define HOST_REPORT_REPORT_RECORD_H_
 
@@ -15,25 +15,26 @@ namespace report {
 struct ReportRecord {
   FrameWatch video;
   FrameWatch audio;
-  // How far video has got before audio, in seconds of stream time, at each frame since both came.
+  // How far video is ahead of audio, in seconds of stream time, at each frame since both have
+  // started.
   NumberWatch distance;
-  // Its extremes while a player would have been waiting for the one behind.
+  // The extremes of `distance` while a player would have been waiting for the slower kind.
   std::optional<Range> awaited_distance;
   NumberWatch duration;
-  // In MP4 the times of samples in the order in which they are decoded, which go back and forth.
+  // MP4 reports the times of samples in decode order, which go back and forth.
   NumberWatch buffered_time{kReorderSeconds};
   NumberWatch audio_clock;
   TextLog texts;
   double elapsed_ms = 0;
-  bool host_paces = false;  // whether frame calls may block, so that lateness means nothing
+  bool host_paces = false;  // whether frame calls may block, which makes lateness meaningless
 
   void AddVideo(double ms, const MediaFrame& frame);
   void AddAudio(double ms, const MediaFrame& frame);
 
  private:
   void AddDistance(double ms);
-  // How long a player that starts with the first frame of all has been waiting for the next one of
-  // a kind; negative where it has frames in hand.
+  // How long a player that starts with the first frame of either kind has been waiting for the next
+  // frame of `kind`; negative while it still has frames to play.
   double LateSeconds(const FrameWatch& kind, double ms) const;
 };
 

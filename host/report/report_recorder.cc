@@ -11,7 +11,7 @@ ReportRecorder::ReportRecorder(std::function<double()> now_ms, bool host_paces)
   record_.host_paces = host_paces;
 }
 
-// The time is taken under the lock, so that what stands later in the record came later.
+// The time is read under the lock, so that entries are in order of time.
 
 void ReportRecorder::Video(const MediaFrame& frame) {
   const std::lock_guard lock(mutex_);

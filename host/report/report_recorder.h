@@ -1,9 +1,9 @@
-// Takes down what a host's player is called with, for the report: each method notes the time of the
-// call by itself and belongs into the player's operation of that name.
+// Records the calls that a host's player receives, for the report. Call each method from the player
+// operation of the same name; it reads the time of the call itself.
 //
-// Safe from any thread. A call takes one short lock, copies numbers or a text, and keeps nothing of
-// a frame but its numbers. However long a stream runs, the memory is bounded: neighbouring frames
-// are joined when there are too many, texts in the middle are dropped; counts and findings stay
+// Safe to call from any thread. A call takes one short lock, copies numbers or a text, and does not
+// keep the payload of a frame. Memory is bounded however long a stream runs: neighbouring frames
+// are joined when there are too many, and texts in the middle are dropped. Counts and findings stay
 // exact.
 #ifndef HOST_REPORT_REPORT_RECORDER_H_
 #define HOST_REPORT_REPORT_RECORDER_H_
@@ -19,8 +19,8 @@ namespace report {
 
 class ReportRecorder {
  public:
-  // `now_ms` is the host's clock, which never runs backwards, in milliseconds; it is called from
-  // any thread. `host_paces`: see ReportRecord.
+  // `now_ms` is the host's clock in milliseconds, which never goes back. It is called from any
+  // thread. `host_paces`: see ReportRecord.
   explicit ReportRecorder(std::function<double()> now_ms, bool host_paces = false);
 
   void Video(const MediaFrame& frame);
@@ -31,10 +31,10 @@ class ReportRecorder {
   void Message(const std::string& line);
   void PlayResult(const std::string& line);
 
-  // Forgets everything and counts time from now on, as a recorder just made: for the next run.
+  // Clears the record and restarts the time at 0, for the next run.
   void Restart();
 
-  // A copy of everything so far.
+  // A copy of the record so far.
   ReportRecord Snapshot() const;
 
  private:

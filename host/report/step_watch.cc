@@ -6,9 +6,9 @@
 namespace report {
 namespace {
 
-constexpr double kStartSeconds = 0.2;  // so long a stream may be said to be at its start
+constexpr double kStartSeconds = 0.2;  // the start of a stream, in which playTime may be 0
 constexpr double kLateSeconds = 0.1;
-// With too few steps to know the usual one, only this is taken for a gap.
+// With too few steps to know the usual step, only a longer one counts as a gap.
 constexpr double kGapSecondsAtStart = 2;
 constexpr std::size_t kFewSteps = 4;
 
@@ -75,7 +75,7 @@ void StepWatch::JudgeStep(double step, double ms, std::uint64_t decode_time) {
   const double limit = usual ? std::max(kGapSeconds, kGapTimesStep * *usual) : kGapSecondsAtStart;
   if (step > limit) {
     gaps.Add(jump);
-    // A player may sit out the gap, but not for longer than it was waiting for the frame anyway.
+    // A player may wait out the gap, but not longer than it waited for the frame to arrive.
     played_seconds_ += std::min(step, (ms - last_ms_) / kMsPerSecond);
     return;
   }

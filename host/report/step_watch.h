@@ -1,8 +1,8 @@
-// Looks at the steps from one frame of a kind to the next, given their decode times: where these do
-// not go on as they should, and which frames arrive late.
+// Records the steps from one frame of a kind to the next by their decode times: where these do not
+// advance as they should, and which frames arrive late.
 //
-//   gap        the decode time goes on by more than half a second, and by more than three times
-//              the median of the steps before
+//   gap        the decode time advances by more than half a second, and by more than three times
+//              the median of the previous steps
 //   jump back  it goes back by more than ten milliseconds
 //
 // A plain value without a lock.
@@ -25,9 +25,9 @@ inline constexpr double kGapTimesStep = 3;
 inline constexpr double kBackSeconds = 0.01;
 inline constexpr std::size_t kMostJumpsListed = 500;  // of each kind of frame
 
-// A place where the time stamps do not go on as they should.
+// A step at which the timestamps do not advance as they should.
 struct Jump {
-  std::uint64_t index;  // of the frame after it, from 0
+  std::uint64_t index;  // of the frame after the jump, from 0
   double ms;            // when that frame arrived
   std::uint64_t from;   // decode times, 90 kHz
   std::uint64_t to;
@@ -35,7 +35,7 @@ struct Jump {
   double Seconds() const { return SecondsBetween(from, to); }
 };
 
-// All of one sort; the first ones are listed.
+// All jumps of one sort. Only the first are listed.
 struct Jumps {
   std::uint64_t count = 0;
   std::vector<Jump> listed;
@@ -44,11 +44,11 @@ struct Jumps {
   void Add(const Jump& jump);
 };
 
-// The usual distance of neighbouring frames.
+// The usual step between neighbouring frames.
 class UsualStep {
  public:
   void Add(double seconds);
-  // The median of the newest steps; nothing before there are a few.
+  // The median of the latest steps; nullopt until there are enough of them.
   std::optional<double> Median() const;
 
  private:
@@ -58,23 +58,23 @@ class UsualStep {
 
 class StepWatch {
  public:
-  // Returns the step from the frame before, in seconds; nothing for the first frame.
+  // Returns the step since the previous frame, in seconds; nullopt for the first frame.
   std::optional<double> Add(double ms, const MediaFrame& frame, std::uint64_t decode_time);
 
-  // How far a player that starts with the first frame may get with those that arrived. Jumps of the
-  // time stamps do not count.
+  // How far, in seconds, a player that starts with the first frame can play with the frames
+  // received so far. Jumps of the timestamps do not count.
   double PlayedSeconds() const { return played_seconds_; }
 
-  std::uint64_t same_time = 0;          // frames with the decode time of the frame before
-  std::uint64_t without_play_time = 0;  // playTime 0 though the stream has gone on
-  // The largest PTS since the last jump back: how far the stream has got.
+  std::uint64_t same_time = 0;          // frames with the decode time of the previous frame
+  std::uint64_t without_play_time = 0;  // playTime is 0 although the stream has advanced
+  // The largest PTS since the last jump back.
   std::uint64_t reached_pts = 0;
 
-  // How long a player that starts with the first frame would have had to wait for a frame; 0 when
-  // every frame arrived in time. Jumps of the time stamps are no reason to wait.
+  // The longest time, in seconds, that a player starting with the first frame would have waited for
+  // a frame; 0 if every frame arrived in time. Jumps of the timestamps cause no wait.
   double latest_seconds = 0;
   double latest_at_ms = 0;
-  std::uint64_t late_frames = 0;  // by more than a tenth of a second
+  std::uint64_t late_frames = 0;  // late by more than a tenth of a second
 
   Jumps gaps;
   Jumps backs;

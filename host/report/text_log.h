@@ -1,5 +1,5 @@
-// The status lines and results: the first and the newest of them, and how many there were. Lines
-// that tell of a failure are counted apart. A plain value without a lock.
+// Status lines and results: the first and the latest of them, and how many there were. Lines that
+// report a failure are also counted by their beginning. A plain value without a lock.
 #ifndef HOST_REPORT_TEXT_LOG_H_
 #define HOST_REPORT_TEXT_LOG_H_
 
@@ -15,7 +15,7 @@ namespace report {
 
 inline constexpr std::size_t kFirstTexts = 500;
 inline constexpr std::size_t kNewestTexts = 1500;
-inline constexpr std::size_t kLongestText = 1000;  // bytes; of longer ones the beginning is kept
+inline constexpr std::size_t kLongestText = 1000;  // bytes; longer texts are truncated
 
 enum class TextKind { kMessage, kResult };
 
@@ -25,7 +25,7 @@ struct TimedText {
   std::string text;
 };
 
-// Lines that begin alike and tell of a failure.
+// Lines that report a failure and have the same beginning.
 struct FailureLines {
   std::string_view beginning;
   std::uint64_t count = 0;
@@ -37,10 +37,10 @@ class TextLog {
   void Add(double ms, TextKind kind, const std::string& line);
 
   std::uint64_t Count(TextKind kind) const;
-  // Those between the first and the newest, which are not kept.
+  // How many lines between the first and the latest were not kept.
   std::uint64_t Dropped() const;
   std::vector<TimedText> Kept() const;
-  // Those that came.
+  // The failures of which at least one line was received.
   std::vector<FailureLines> Failures() const;
 
  private:

@@ -1,4 +1,4 @@
-// The sources of the page, put into the program by the build (embed_files.cmake).
+// The sources of the page, which the build embeds in the program (embed_files.cmake).
 #ifndef HOST_REPORT_WEB_FILES_H_
 #define HOST_REPORT_WEB_FILES_H_
 
@@ -6,7 +6,7 @@
 
 namespace report {
 
-// All styles, and all scripts, one after the other; the page itself. Empty in a build without npm.
+// All styles concatenated, all scripts concatenated, and the page. Empty in a build without npm.
 std::string_view WebStyles();
 std::string_view WebScripts();
 std::string_view WebPage();

@@ -1,4 +1,4 @@
-// Paths as they come on the command line.
+// Paths from the command line.
 #ifndef HOST_SHARED_ARGUMENT_PATH_H_
 #define HOST_SHARED_ARGUMENT_PATH_H_
 
@@ -7,8 +7,7 @@
 
 namespace host {
 
-// The path that a command-line argument names, whatever encoding the system hands arguments over
-// in.
+// Converts a command-line argument to a path, whatever encoding the system uses for arguments.
 std::filesystem::path PathOfArgument(const std::string& argument);
 
 }  // namespace host

@@ -1,4 +1,5 @@
-// Arguments come in the system code page; a path made of narrow text would take them for UTF-8.
+// Arguments are in the system code page. A path constructed from them directly would read them as
+// UTF-8.
 #include <windows.h>
 
 #include <cstddef>

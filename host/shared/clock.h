@@ -1,6 +1,6 @@
-// The host's time: milliseconds since the clock was made. All of a program run has one clock, so
-// times of different threads and of repeated runs can be compared. Hosts look at the time, pause
-// and wait for a time through it alone, so that tests can replace it. Safe from any thread.
+// The host's clock: milliseconds since it was created. A program has one clock, so times of
+// different threads and repeated runs can be compared. Hosts read the time, pause and wait only
+// through it, so that tests can replace it. Safe to call from any thread.
 #ifndef HOST_SHARED_CLOCK_H_
 #define HOST_SHARED_CLOCK_H_
 
@@ -15,11 +15,11 @@ namespace host {
 class Clock {
  public:
   virtual double NowMs() const = 0;
-  // Lets a little time go by: what a loop does between two looks.
+  // Sleeps briefly. For polling loops.
   virtual void Pause() = 0;
-  // Waits until `met` holds or the time `until_ms` is reached. `lock` holds the mutex that guards
-  // what `met` looks at, and `changed` is notified when that changes. Returns what `met` returned
-  // last.
+  // Waits until `met` returns true or the time `until_ms` is reached. `lock` holds the mutex that
+  // guards the state read by `met`; `changed` is notified when that state changes. Returns the last
+  // result of `met`.
   virtual bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
                          double until_ms, const std::function<bool()>& met) const = 0;
 

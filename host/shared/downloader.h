@@ -1,4 +1,4 @@
-// The three operations of the library's facade, so that the runner can be tried without the
+// The three operations of the library's facade, so that the runner can be tested without the
 // library.
 #ifndef HOST_SHARED_DOWNLOADER_H_
 #define HOST_SHARED_DOWNLOADER_H_

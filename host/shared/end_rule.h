@@ -1,4 +1,4 @@
-// When a run ends. The library has no end-of-stream call, so silence is what tells the end.
+// When a run ends. The library does not report the end of a stream, so a host waits for silence.
 #ifndef HOST_SHARED_END_RULE_H_
 #define HOST_SHARED_END_RULE_H_
 
@@ -8,18 +8,18 @@ namespace host {
 
 enum class EndReason {
   kExpected,     // the expected frames or line have been received
-  kIdle,         // nothing came for too long
-  kStopAfter,    // its time was over
+  kIdle,         // nothing received for too long
+  kStopAfter,    // the time limit has been reached
   kInterrupted,  // Ctrl-C or a termination signal
-  kRefused,      // BeginDownload said no
+  kRefused,      // BeginDownload returned false
 };
 
 // "expected", "idle", "stop-after", "interrupted" or "refused".
 const char* NameOf(EndReason reason);
 
-// How long a run goes on after it has received what was expected: a frame that follows by
-// mistake, a repeated one for instance, is still received and counted. Nothing shows that none
-// follows.
+// How long a run continues after it has received what was expected, so that a surplus frame, such
+// as a duplicate, is still received and counted. The library gives no sign that no more frames
+// follow.
 inline constexpr double kSettleMs = 200;
 
 struct EndRule {
@@ -27,17 +27,17 @@ struct EndRule {
   std::optional<double> stop_after_ms;
 };
 
-// A moment of a run, by the host's clock.
+// The state of a run at one moment, by the host's clock.
 struct RunMoment {
   double now_ms;
-  double began_ms;         // when the run began
-  double last_arrival_ms;  // when anything came last, or what is waited for was started
+  double began_ms;         // start of the run
+  double last_arrival_ms;  // last call from the library, or the start of the download
   bool interrupted;
-  // Since when what was expected has been received.
+  // When the expected frames or line were complete; nullopt before.
   std::optional<double> expected_since_ms = std::nullopt;
 };
 
-// Why the run ends at that moment; nothing when it goes on.
+// The reason to end the run now, or nullopt.
 std::optional<EndReason> ReasonToEnd(const EndRule& rule, const RunMoment& moment);
 
 }  // namespace host

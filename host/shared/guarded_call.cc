@@ -9,7 +9,7 @@ namespace {
 
 std::atomic<bool> g_reported{false};
 
-// Without a string of its own: memory may be out.
+// Builds no string: the exception may be std::bad_alloc.
 void Tell(const char* why) noexcept {
   if (g_reported.exchange(true)) return;
   std::fprintf(stderr, "a call of the library could not be taken: %s\n", why);

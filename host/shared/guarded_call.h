@@ -1,16 +1,16 @@
-// What a host does in a call of the component, which must not meet an exception.
+// Wraps the player's operations: no exception may leave them.
 #ifndef HOST_SHARED_GUARDED_CALL_H_
 #define HOST_SHARED_GUARDED_CALL_H_
 
 namespace host {
 
-// Tells the exception that is being handled in one line on standard error; later ones are not told.
+// Prints the exception being handled on standard error, as one line. Prints only the first one.
 void TellFailureOnce() noexcept;
 
-// Has the next exception reported even if one was before. For tests.
+// Lets the next exception be printed even if one was printed before. For tests.
 void ReportNextFailure() noexcept;
 
-// Runs `call`; false when it threw, which is told once. Safe from any thread.
+// Runs `call`. Returns false if it threw; the first exception is printed. Safe from any thread.
 template <typename Call>
 bool GuardedCall(const Call& call) noexcept {
   try {

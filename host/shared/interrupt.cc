@@ -10,7 +10,7 @@ namespace {
 std::atomic<bool> g_interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not take a lock");
 
-// Some systems forget the handler when they call it; a second interruption must find it as well.
+// Some systems reset the handler before calling it, so it is installed again for the next signal.
 extern "C" void NoteInterrupt(int signal) {
   std::signal(signal, NoteInterrupt);
   g_interrupted = true;

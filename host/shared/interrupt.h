@@ -1,4 +1,4 @@
-// Ctrl-C and a termination request, noted instead of obeyed: the run ends in order.
+// Records Ctrl-C and termination requests in a flag, so that the run can end in order.
 #ifndef HOST_SHARED_INTERRUPT_H_
 #define HOST_SHARED_INTERRUPT_H_
 
@@ -6,7 +6,7 @@ namespace host {
 
 void NoteInterrupts();
 
-// Whether one came since NoteInterrupts.
+// Whether one was received since NoteInterrupts.
 bool Interrupted();
 
 }  // namespace host

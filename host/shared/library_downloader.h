@@ -1,4 +1,4 @@
-// The library's facade behind the three operations that a host needs.
+// Implements the three operations that a host needs with the library's facade.
 #ifndef HOST_SHARED_LIBRARY_DOWNLOADER_H_
 #define HOST_SHARED_LIBRARY_DOWNLOADER_H_
 

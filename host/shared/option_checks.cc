@@ -7,7 +7,7 @@
 namespace host {
 namespace {
 
-// Thirty years: far beyond any stream, and a float still holds it.
+// About thirty years: longer than any stream, and still representable as a float.
 constexpr double kMaxSeconds = 1e9;
 
 std::string CheckSeconds(const std::string& text, bool zero_allowed) {

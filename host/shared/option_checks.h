@@ -1,4 +1,4 @@
-// What the command lines of the hosts have in common: checks of values, and the line that refuses.
+// What the hosts' command lines share: checks of values, the help text and the error line.
 #ifndef HOST_SHARED_OPTION_CHECKS_H_
 #define HOST_SHARED_OPTION_CHECKS_H_
 
@@ -7,15 +7,15 @@
 
 namespace host {
 
-// Finite, and no more than any stream lasts.
+// Finite, and at most kMaxSeconds (option_checks.cc).
 CLI::Validator SecondsFromZero();
 CLI::Validator SecondsAboveZero();
 CLI::Validator NotEmpty();
 
-// The help of a program, without line breaks at its end.
+// The help text without trailing line breaks.
 std::string HelpText(const CLI::App& app);
 
-// One line that says what is wrong with the command line of the program of that name.
+// One line that names the error in the command line of `program`.
 std::string RefusalText(const CLI::ParseError& error, const std::string& program);
 
 }  // namespace host

@@ -1,7 +1,7 @@
 // The file of --report: the page that host/report makes of a run.
 //
-// It is a player of its own, which a host passes its calls on to: it may be called from
-// any thread. OpenRun, Write and the rest belong to the thread that plays.
+// The host passes its player calls on to this class. These may be made from any thread; OpenRun and
+// Write belong to the thread that plays.
 #ifndef HOST_SHARED_REPORT_H_
 #define HOST_SHARED_REPORT_H_
 
@@ -18,18 +18,19 @@ class Report : public CStreamPlayerImp {
  public:
   virtual ~Report() = default;
 
-  // Forgets the run before.
+  // Clears everything recorded in the previous run.
   virtual void OpenRun() = 0;
-  // False when the file could not be written.
+  // Returns false if the file could not be written.
   virtual bool Write(const std::string& address) = 0;
 };
 
-// Who says when the next frame comes: the stream, or a host that makes frame calls wait. With the
-// second, frames that come late are nothing odd.
+// What determines when frames arrive: the stream, or a host whose frame calls block. In the second
+// case late frames are not reported as odd.
 enum class Pace { kOfTheStream, kOfTheHost };
 
-// The report borrows `clock`. Null when there can be no such file; then `error` says why. A build
-// without npm has no reports, and neither has a host that is built apart from the tree.
+// The report borrows `clock`. Returns null if the file cannot be written or this build has no
+// reports; `error` then says why. Builds without npm, and hosts built outside this tree, have no
+// reports.
 std::unique_ptr<Report> OpenReport(const std::filesystem::path& file, Pace pace, const Clock& clock,
                                    std::string& error);
 

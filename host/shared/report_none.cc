@@ -1,4 +1,4 @@
-// For a host that is built apart from the tree: there are no reports.
+// For hosts built outside this tree, which have no reports.
 #include "report.h"
 
 namespace host {

@@ -1,4 +1,4 @@
-// The report of a host that is built in the tree.
+// The report, for hosts built in this tree.
 #include <utility>
 
 #include "report.h"
@@ -19,7 +19,7 @@ class PageFile final : public Report {
   void OnAudioClock(float seconds) override { recorder_.AudioClock(seconds); }
   void OnAudioFrame(MediaFrame frame) override { recorder_.Audio(frame); }
   void OnVideoFrame(MediaFrame frame) override { recorder_.Video(frame); }
-  // The line comes by value: part of the binary interface.
+  // By value, because the binary interface says so.
   void OnMessage(std::string line) override {  // NOLINT(performance-unnecessary-value-param)
     recorder_.Message(line);
   }

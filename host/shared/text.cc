@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view kHexDigits = "0123456789abcdef";
 
-// Room for the largest double and 17 digits after its point.
+// Large enough for the largest double with 17 digits after the point.
 using NumberBuffer = std::array<char, 352>;
 
 std::string TextOf(const NumberBuffer& buffer, const std::to_chars_result& result) {
@@ -34,8 +34,8 @@ struct ByteRange {
   unsigned char last;
 };
 
-// What may follow the first byte of a character of several bytes: with less it would be a control
-// character or one that fewer bytes can hold, with more a surrogate or none at all.
+// The range allowed for the second byte of a multi-byte UTF-8 character with this first byte.
+// Excludes control characters, overlong forms, surrogates and values above U+10FFFF.
 ByteRange SecondBytes(unsigned char first) {
   switch (first) {
     case 0xc2:
@@ -57,7 +57,7 @@ bool IsIn(const ByteRange& range, char byte) {
   return value >= range.first && value <= range.last;
 }
 
-// Length of the printable UTF-8 character that `bytes` begin with; 0 when they begin with none.
+// Length of the printable UTF-8 character at the start of `bytes`; 0 if there is none.
 std::size_t CharacterLength(std::string_view bytes) {
   const auto first = static_cast<unsigned char>(bytes.front());
   if (first < 0x20 || first == 0x7f) return 0;

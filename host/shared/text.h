@@ -1,4 +1,4 @@
-// Numbers and foreign bytes as text, the same in every locale.
+// Numbers and untrusted bytes as text, independent of the locale.
 #ifndef HOST_SHARED_TEXT_H_
 #define HOST_SHARED_TEXT_H_
 
@@ -8,18 +8,18 @@
 
 namespace host {
 
-// With that many digits after the point, never with an exponent: "12.300".
+// With `digits` digits after the point, never with an exponent: "12.300".
 std::string FixedText(double value, int digits);
 
-// The shortest text without an exponent that reads back as the same float: "10.033333".
+// The shortest text without an exponent that parses to the same float: "10.033333".
 std::string ExactText(float value);
 
 // Eight lower-case hexadecimal digits.
 std::string HexText(std::uint32_t value);
 
-// `bytes` made fit for one line of a terminal: the bytes of control characters, and bytes that are
-// no UTF-8, become "\n", "\r", "\t" or "\x1b", and what follows the first few hundred is only
-// counted. They come from servers and could otherwise move the cursor.
+// Makes `bytes` safe to print on one line of a terminal: control characters and invalid UTF-8 are
+// escaped as "\n", "\r", "\t" or "\x1b", and bytes after the first few hundred are replaced by a
+// count. Such bytes are sent by servers and could otherwise move the cursor.
 std::string PrintableText(std::string_view bytes);
 
 }  // namespace host

@@ -1,14 +1,14 @@
-// One chart on the page, by uPlot: as wide as the page, in the colours of the scheme.
+// Draws one chart of the page with uPlot: as wide as the page, in the colours of the scheme.
 const CHART_HEIGHT = 240;
 const FONT = "12px system-ui, sans-serif";
 
 // spec: {id, title, hint, xLabel, yLabel, sync, height, parts, domain, series, axis, range}
-//   parts   {x, ys}: one column of y for each of the series, and the x that it belongs to
-//   domain  x that are shown in any case
+//   parts   {x, ys}: one column of y for each of the series, and their common x
+//   domain  values of x that are always shown
 //   series  {label, colour, points, stepped, dash, text(value, x)}; `points` draws dots instead of
-//           a line, `stepped` a line that keeps its height until the next point
-//   axis    how y values are written, or more options of that axis
-//   range   the ends of the y axis, where they are fixed
+//           a line, `stepped` draws a line that keeps its height until the next point
+//   axis    how y values are formatted, or further options of that axis
+//   range   the ends of the y axis, if they are fixed
 function addChart(parent, spec) {
   const figure = document.createElement("figure");
   figure.id = spec.id;
@@ -81,8 +81,8 @@ function pathsOf(series) {
   return series.stepped ? uPlot.paths.stepped({align: 1}) : uPlot.paths.linear();
 }
 
-// The point of a series that the legend tells of. Another series may have the one that is hovered;
-// a line that keeps its height has that of the point before, other lines that of the nearest.
+// The point of a series that the legend shows. The hovered point may belong to another series. A
+// stepped line then shows the previous point, other lines the nearest one.
 function pointToTell(series) {
   return (chart, at, hovered) => {
     if (at === 0) return hovered;

@@ -1,4 +1,4 @@
-// The charts of the report, each in a function of its own.
+// The charts of the report, one function for each.
 const KINDS = [
   {name: "video", colour: "video", y: 0},
   {name: "audio", colour: "audio", y: 1},
@@ -18,7 +18,7 @@ function addCharts(report) {
   }
 }
 
-// What stands below a chart whose points are joined.
+// The note below a chart whose points are joined.
 function joinedHint(perPoint, what) {
   return perPoint > 1 ? ` One point stands for ${whole(perPoint)} frames${what}.` : "";
 }
@@ -78,8 +78,8 @@ function statusChart(report) {
   };
 }
 
-// How far a player is that begins with the first video frame, or the first audio frame where there is
-// no video.
+// How far a player has got that starts with the first video frame, or with the first audio frame if
+// there is no video.
 function playedLine(report) {
   const {t, pts} = report[report.video.frames > 0 ? "video" : "audio"].points;
   return distinct({x: t, ys: [t.map((at) => pts[0] + at - t[0])]});
@@ -120,7 +120,7 @@ function distanceChart(report) {
   };
 }
 
-// Of the joined steps the one that is farthest from nothing.
+// The step with the largest absolute value among the joined steps.
 function extremeSteps(points) {
   return points.step_low.map((low, at) => {
     const high = points.step_high[at];

@@ -1,20 +1,21 @@
-// The numbers of the report brought into the form that charts take: one ascending column of x, and
-// columns of y beside it.
-// Series with an x of their own on one common x, which holds those of `domain` too; where a series
-// has no point there is none.
+// Converts the report's numbers to the format of the charts: one ascending column of x, and columns
+// of y.
+
+// Joins series with different x on one common x, which also holds the values of `domain`. A series
+// has no value at an x where it has no point.
 function joined(parts, domain = []) {
   const tables = parts.map((part) => [part.x, ...part.ys]);
   const columns = uPlot.join([...tables, [domain, domain.map(() => null)]]);
   return columns.slice(0, -1);
 }
 
-// Points in the order of their x.
+// The points sorted by x.
 function ordered(x, ...ys) {
   const order = x.map((_, at) => at).sort((a, b) => x[a] - x[b]);
   return {x: order.map((at) => x[at]), ys: ys.map((y) => order.map((at) => y[at]))};
 }
 
-// A common x may hold each value once: of equal ones the later is moved on by next to nothing.
+// A common x may hold each value only once: the later of two equal values is increased by 1e-6.
 function distinct(part) {
   const x = [...part.x];
   for (let at = 1; at < x.length; ++at) {
@@ -25,7 +26,7 @@ function distinct(part) {
 
 const MOST_WINDOWS = 240;
 
-// How many seconds of stream one value of the bit rate stands for.
+// How many seconds of stream time one value of the bit rate covers.
 function rateWindow(parts) {
   const all = parts.flatMap((points) => points.pts);
   if (all.length === 0) return 1;
@@ -34,8 +35,8 @@ function rateWindow(parts) {
   return Math.max(1, Math.ceil(span / MOST_WINDOWS));
 }
 
-// Bits per second of stream time, window by window; windows without a frame are 0 as long as they
-// lie between others that have some.
+// Bits per second of stream time, window by window. A window without a frame is 0 if it is between
+// windows with frames.
 function bitRate(points, width) {
   const bytes = new Map();
   points.pts.forEach((pts, at) => {

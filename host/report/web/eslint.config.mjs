@@ -1,6 +1,6 @@
-// What eslint looks for in the scripts of the report page. They run as one program, in the order in which
-// host/report/CMakeLists.txt embeds them: what one file declares the others may use, and none may declare
-// it again.
+// The configuration of eslint for the scripts of the report page. They run as one program, in the
+// order in which host/report/CMakeLists.txt embeds them: a file may use the declarations of the
+// others, and none may be declared twice.
 import {readdirSync, readFileSync} from "node:fs";
 import {URL, fileURLToPath} from "node:url";
 

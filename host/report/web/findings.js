@@ -1,4 +1,4 @@
-// The top of the page: what was played, what is odd about it, and the numbers that one looks for.
+// The top of the page: what was played, what is odd about it, and the main numbers.
 function showAddress(report) {
   const address = visible(report.address);
   document.getElementById("address").textContent = address;

@@ -1,4 +1,4 @@
-// Numbers and foreign texts as a reader sees them.
+// Formats numbers and untrusted text for display.
 const NONE = "–";
 
 function seconds(value, digits = 3) {
@@ -20,7 +20,7 @@ function scaled(value, unit) {
   return `${Math.round(value)} ${unit}`.trim();
 }
 
-// Characters that cannot be seen, or that turn the direction of the text around them.
+// Invisible characters, and characters that change the direction of the text around them.
 const UNSEEN = /[\p{Cc}\u200b-\u200f\u2028-\u202e\u2060-\u2069\ufeff]/gu;
 
 function visible(text) {
@@ -31,7 +31,7 @@ function shortened(text, most) {
   return text.length <= most ? text : `${text.slice(0, most - 1)}…`;
 }
 
-// An element with text in it. Nothing on this page is ever made from markup.
+// An element with text in it. This page never creates anything from markup.
 function element(name, text = "", className = "") {
   const made = document.createElement(name);
   made.textContent = text;

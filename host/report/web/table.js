@@ -1,5 +1,5 @@
-// Tables that a click on a column's head sorts, up first, then down.
-// columns: {title, value(row), text(row), className}; `value` is what is sorted by.
+// A table that is sorted by a click on a column's head, first ascending, then descending.
+// columns: {title, value(row), text(row), className}; rows are sorted by `value`.
 function makeTable(id, caption, columns, rows) {
   const table = element("table");
   table.id = id;
@@ -44,7 +44,7 @@ function fillBody(body, columns, rows) {
   }));
 }
 
-// What has no value stands last either way.
+// Rows without a value are last in either order.
 function sortedRows(rows, column, down) {
   const missing = (value) => value === null || value === undefined;
   return [...rows].sort((left, right) => {

@@ -1,4 +1,4 @@
-// The tables of the report, each in a function of its own.
+// The tables of the report, one function for each.
 const MOST_TOLD_ROWS = 500;
 
 function addTables(report) {
@@ -8,7 +8,7 @@ function addTables(report) {
   }
 }
 
-// Columns whose rows hold the value under a name.
+// Columns that show the field `name` of each row.
 function textColumn(title, name, className = "") {
   return {title, className, value: (row) => row[name], text: (row) => visible(row[name])};
 }
@@ -75,7 +75,7 @@ function linesTable(report) {
 
 function numbersTable(report) {
   const told = TOLD.map(({name, label}) => ({label, ...report[name]}));
-  // A distance may well become smaller.
+  // A decreasing distance is normal.
   const rows = [...told, {...report.distance, label: "video ahead of audio", went_back: null}];
   return makeTable("table-numbers", "Numbers", [
     textColumn("what", "label"),
@@ -88,7 +88,7 @@ function numbersTable(report) {
   ], rows);
 }
 
-// Each value that differs from the one before.
+// The rows whose value differs from the previous one.
 function toldRows({name, label}, report) {
   const {t, newest} = report[name].points;
   return t.map((at, i) => ({label, t: at, value: newest[i]}))

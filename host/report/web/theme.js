@@ -1,4 +1,4 @@
-// The colours of the charts: those of the style sheet, which change with the scheme.
+// The colours of the charts. They are defined in the style sheet and change with the scheme.
 const darkScheme = matchMedia("(prefers-color-scheme: dark)");
 
 function colour(name) {

@@ -1,4 +1,4 @@
-// CByteBuffer while a reader falls behind: what a byte costs must not depend on the backlog.
+// CByteBuffer while a reader falls behind: the cost of a byte must not depend on the backlog.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -11,12 +11,13 @@
 namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;
-constexpr std::uint32_t kPiece = 16384;  // what libcurl hands to a write callback at most
-constexpr std::uint32_t kRead = 188;     // the reader takes this much after each piece
+constexpr std::uint32_t kPiece = 16384;  // the most that libcurl passes to a write callback
+constexpr std::uint32_t kRead = 188;     // bytes that the reader consumes after each piece
 
 std::string Name(unsigned megabytes) { return "append_" + std::to_string(megabytes) + "_MB"; }
 
-// A fresh buffer takes `total` bytes in pieces; all but what the reader takes is the backlog.
+// Appends `total` bytes in pieces to a new buffer. The reader consumes little, so most bytes become
+// backlog.
 void BenchAppend(benchmark::State& state, std::uint32_t total) {
   const std::vector<std::uint8_t> piece(kPiece, 0x47);
   while (state.KeepRunning()) {
@@ -35,9 +36,9 @@ void BenchAppend(benchmark::State& state, std::uint32_t total) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Every array comes fresh from the system and goes back to it, the small ones too. Else those
-  // below some tens of megabytes lie in memory that an earlier round has used, only the others pay
-  // for its first touch, and that hides what the buffer does.
+  // Forces every array, also a small one, to be mapped from the system and unmapped again.
+  // Otherwise small arrays reuse memory of an earlier round and only large ones pay for page
+  // faults, which would hide the cost of the buffer itself.
   constexpr int kMmapThreshold = 65536;
   mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
   constexpr unsigned kBacklogs[] = {1, 10, 50, 200};

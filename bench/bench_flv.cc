@@ -1,4 +1,5 @@
-// FlvTagParser::ReadTag beside libavformat's demultiplexer on the same bytes in the same process.
+// FlvTagParser::ReadTag against libavformat's demultiplexer, on the same bytes and in the same
+// process.
 #include <benchmark/benchmark.h>
 
 #include <atomic>
@@ -29,9 +30,9 @@ struct Totals {
   DemuxTotals audio;
 };
 
-// The tags behind the sequence headers: about those the parser writes to the console, each time.
+// The tags after the sequence headers. The parser prints a console line for each sequence header.
 Bytes PicturesOf(Bytes stream) {
-  constexpr std::size_t kTypeAt = 4;  // behind the size of the tag before
+  constexpr std::size_t kTypeAt = 4;  // after the size of the previous tag
   constexpr std::size_t kBodyAt = 15;
   Bytes tags = stream.subspan(kHeaderSize);
   while (tags[kTypeAt] == 18 || tags[kBodyAt + 1] == 0) {
@@ -41,7 +42,7 @@ Bytes PicturesOf(Bytes stream) {
   return tags;
 }
 
-// The step of the play task's loop without its pause.
+// The loop of the play task without its pause.
 Totals ReadTags(Bytes tags) {
   ResetFrameQueues();
   std::atomic<std::uint16_t> audio_config{0x1190};
@@ -74,8 +75,8 @@ void BenchLibavformat(benchmark::State& state, Bytes stream, bool parse) {
   Report(state, stream, totals.frames);
 }
 
-// A NAL unit has a start code here and a length of the same size there; an AAC frame has a header
-// only here. Nothing else may differ.
+// The only differences allowed: our NAL units have a start code where libavformat has a length of
+// the same size, and our AAC frames have an ADTS header.
 bool SameFrames(Bytes stream) {
   const Totals ours = ReadTags(PicturesOf(stream));
   const DemuxTotals theirs = DemuxWithLibavformat(stream, "flv", false).value_or(DemuxTotals());

@@ -1,4 +1,4 @@
-// The way of an FLV stream's bytes from the transfer to the parser: what a byte costs must not
+// The path of an FLV stream's bytes from the transfer to the parser: the cost of a byte must not
 // depend on how far the parser has fallen behind.
 #include <benchmark/benchmark.h>
 #include <malloc.h>
@@ -16,16 +16,17 @@ namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;
 constexpr std::uint32_t kWhole = 300 * kMegabyte;
-constexpr std::uint32_t kPiece = 16384;  // what libcurl hands to a write callback at most
+constexpr std::uint32_t kPiece = 16384;  // the most that libcurl passes to a write callback
 
-// Gives back what an earlier round has grown.
+// Releases the memory that an earlier round has allocated.
 void BeginAfresh() {
   std::destroy_at(&*g_flvStream);
   std::construct_at(&*g_flvStream);
 }
 
-// `total` bytes come in pieces; the reader takes as much as came once `backlog` is reached, and
-// then the rest. False when something was refused.
+// Appends `total` bytes in pieces. Once `backlog` bytes are unread, the reader consumes one piece
+// for each piece appended; at the end it consumes the rest. Returns false if bytes were refused or
+// lost.
 bool Pass(std::uint32_t total, std::uint32_t backlog) {
   static const std::vector<char> piece(kPiece, 0x17);
   static std::vector<std::uint8_t> read(kPiece);
@@ -64,7 +65,7 @@ std::string Number(std::uint32_t megabytes) { return std::to_string(megabytes) +
 }  // namespace
 
 int main(int argc, char** argv) {
-  // Every array comes fresh from the system and goes back to it: see bench_byte_buffer.
+  // Forces every array to be mapped from the system: see bench_byte_buffer.
   constexpr int kMmapThreshold = 65536;
   mallopt(M_MMAP_THRESHOLD, kMmapThreshold);
   std::vector<BenchRatio> ratios;

@@ -1,6 +1,6 @@
-// HLS: a live playlist queued again and again, which must cost a segment no more the longer the
-// list is; and a stream on demand, downloaded and demultiplexed, beside libcurl alone fetching the
-// same bytes from the same server.
+// HLS: a live playlist that is refreshed repeatedly, where the cost of a segment must not grow with
+// the length of the list; and an on-demand stream, downloaded and demultiplexed, against libcurl
+// alone fetching the same bytes from the same server.
 #include <benchmark/benchmark.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr char kPipeline[] = "hls_30_segments_200_MB";
 constexpr char kLibcurl[] = "libcurl_30_segments_200_MB";
 
-// What the component tells the console goes nowhere meanwhile.
+// Discards the component's console lines while it exists.
 class QuietConsole {
  public:
   QuietConsole() {
@@ -69,7 +69,7 @@ std::string LiveList(int first, int count) {
   return text;
 }
 
-// The list as it comes at each refresh, a tenth of it new every time.
+// The list at each refresh. Each time a tenth of it is new.
 std::vector<std::string> LiveLists(int count) {
   std::vector<std::string> lists;
   lists.reserve(kRefreshes);
@@ -77,8 +77,8 @@ std::vector<std::string> LiveLists(int count) {
   return lists;
 }
 
-// What the playlist thread and the segment thread do with the lists, without the downloads. Returns
-// how many segments there were to be downloaded.
+// The work of the playlist thread and the segment thread on these lists, without the downloads.
+// Returns the number of segments to download.
 std::size_t QueueLists(const std::vector<std::string>& lists) {
   HlsPipeline pipeline;
   pipeline.running = true;
@@ -100,7 +100,8 @@ void BenchLive(benchmark::State& state, int count, const std::vector<std::string
   const int new_ones = (kRefreshes - 1) * (count / 10);
   const auto expected = static_cast<std::size_t>(count) + static_cast<std::size_t>(new_ones);
   while (state.KeepRunning()) {
-    if (QueueLists(lists) != expected) return state.SkipWithError("not each segment came once");
+    if (QueueLists(lists) != expected)
+      return state.SkipWithError("a segment was queued twice or never");
   }
   std::size_t bytes = 0;
   for (const std::string& list : lists) bytes += list.size();
@@ -122,7 +123,7 @@ struct Frames {
   bool operator==(const Frames&) const = default;
 };
 
-// All that were ever queued.
+// Frames pushed into the current queues so far.
 Frames Queued() {
   const std::lock_guard lock(g_frameQueueMutex);
   Frames frames;
@@ -183,8 +184,8 @@ class OnDemandStream {
   Frames frames_;
 };
 
-// The time from the start of the pipeline to the last frame in its queue; nothing when that did not
-// come.
+// The time from the start of the pipeline to the last frame in its queue; nullopt if that frame was
+// not received.
 std::optional<double> PlaySeconds(const OnDemandStream& stream) {
   const QuietConsole quiet;
   {
@@ -209,7 +210,7 @@ std::size_t CountBytes(char* /*bytes*/, std::size_t size, std::size_t count, voi
   return size * count;
 }
 
-// The same requests with nothing done to the bytes.
+// The same requests; the bytes received are only counted.
 std::optional<double> FetchSeconds(const OnDemandStream& stream) {
   std::size_t total = 0;
   const auto begin = SteadyClock::now();
@@ -234,7 +235,7 @@ void RegisterOnDemand(const char* name, const OnDemandStream& stream, Contestant
   const auto run = [&stream, contestant](benchmark::State& state) {
     while (state.KeepRunning()) {
       const auto seconds = contestant(stream);
-      if (!seconds) return state.SkipWithError("the stream did not come whole");
+      if (!seconds) return state.SkipWithError("the stream was not received completely");
       state.SetIterationTime(*seconds);
     }
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(stream.Bytes()));
@@ -245,7 +246,7 @@ void RegisterOnDemand(const char* name, const OnDemandStream& stream, Contestant
 }  // namespace
 
 int main(int argc, char** argv) {
-  setenv("no_proxy", "*", 1);  // a proxy has no way to this machine's loopback
+  setenv("no_proxy", "*", 1);  // a proxy cannot reach this machine's loopback
   const auto sample = LoadTsSample();
   if (!sample) return 1;
   OnDemandStream stream(sample->bytes);

@@ -1,4 +1,5 @@
-// The playlist parser on texts of growing length: what a byte costs must not depend on the length.
+// The playlist parser on texts of increasing length: the cost of a byte must not depend on the
+// length.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -20,7 +21,7 @@ std::string Segments(int count) {
   return text + "#EXT-X-ENDLIST\n";
 }
 
-// Lists as packagers write them, each with an address and a bandwidth of its own.
+// Lists as packagers write them. Each variant has its own address and bandwidth.
 std::string Variants(std::size_t length) {
   std::string text = "#EXTM3U\n";
   for (int i = 0; text.size() < length; ++i) {
@@ -32,14 +33,14 @@ std::string Variants(std::size_t length) {
   return text;
 }
 
-// One line of the same few names again and again.
+// One line that repeats the same few names.
 std::string RepeatedNames(std::size_t length) {
   std::string text;
   while (text.size() < length) text += "PROGRAM-ID=1,BANDWIDTH=800000,RESOLUTION=1280x720,";
   return text;
 }
 
-// One line of names that are all different. The result is an ordered map of them all.
+// One line in which all names differ. The result is an ordered map of all of them.
 std::string DifferentNames(std::size_t length) {
   std::string text;
   for (int i = 0; text.size() < length; ++i) text += "NAME-" + std::to_string(i) + "=value,";

@@ -1,5 +1,5 @@
-// Reading a one-hour MP4 file through <mp4v2/mp4v2.h>: opening it, looking up samples near its end,
-// and reading every sample as the pipeline does, beside libavformat on the same file.
+// Reads a one-hour MP4 file through <mp4v2/mp4v2.h>: opens it, looks up samples near its end, and
+// reads every sample as the pipeline does, against libavformat on the same file.
 #include <benchmark/benchmark.h>
 #include <mp4v2/mp4v2.h>
 
@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 constexpr char kOurs[] = "mp4_read_every_sample";
 constexpr char kTheirs[] = "libavformat_noparse";
 
-// One minute, sixty times.
+// One minute, repeated to one hour.
 constexpr char kEncode[] =
     "-f lavfi -i testsrc2=size=640x360:rate=30:duration=60"
     " -f lavfi -i sine=frequency=440:sample_rate=44100:duration=60"
@@ -33,7 +33,7 @@ constexpr char kDescription[] =
 
 Mp4FileHandle Open(const std::string& path) { return Mp4FileHandle(MP4Read(path.c_str())); }
 
-// What the pipeline asks for a sample. False behind the last one.
+// The calls that the pipeline makes for a sample. Returns false after the last sample.
 bool ReadOne(MP4FileHandle file, MP4TrackId track, MP4SampleId sample, DemuxTotals& totals) {
   std::uint8_t* bytes = nullptr;
   std::uint32_t size = 0;
@@ -53,7 +53,7 @@ bool ReadOne(MP4FileHandle file, MP4TrackId track, MP4SampleId sample, DemuxTota
   return true;
 }
 
-// Video and audio in turns, from the given samples on, at most so many turns.
+// Reads video and audio alternately from the given samples on, at most `turns` of each.
 DemuxTotals ReadInTurns(MP4FileHandle file, std::array<MP4SampleId, 2> next, int turns) {
   std::array<bool, 2> done{};
   DemuxTotals totals;
@@ -94,7 +94,8 @@ void BenchOpen(benchmark::State& state, const std::string& path, bool beside_ano
   while (state.KeepRunning()) benchmark::DoNotOptimize(Open(path));
 }
 
-// A pass of the pipeline near the end of the file: opened anew, the pass before still open.
+// One pass of the pipeline near the end of the file: it opens the file while the previous pass
+// still has it open.
 void BenchTail(benchmark::State& state, const std::string& path, std::array<MP4SampleId, 2> from,
                bool beside_another) {
   constexpr int kTurns = 5;
@@ -108,7 +109,7 @@ void BenchTail(benchmark::State& state, const std::string& path, std::array<MP4S
   }
 }
 
-// The samples five before the last of either track.
+// The first of the last five samples of each track.
 std::array<MP4SampleId, 2> FirstOfTail(const std::string& path) {
   const Mp4FileHandle file = Open(path);
   std::array<MP4SampleId, 2> from{};

@@ -1,6 +1,5 @@
-// Playing a one-hour MP4 file while it downloads at a steady rate: the processor time that the
-// component takes, in percent of one core. The server is a process of its own, so that what it
-// takes is not counted.
+// Plays a one-hour MP4 file while it downloads at a steady rate. Prints the processor time of the
+// component in percent of one core. The server is a process of its own, so its time is not counted.
 //
 //   bench_mp4_play [MEGABYTES_A_SECOND [ROUNDS]]
 #include <arpa/inet.h>
@@ -37,7 +36,7 @@ namespace {
 namespace fs = std::filesystem;
 using Clock = std::chrono::steady_clock;
 
-// One minute, sixty times; the same file as bench_mp4's, and one with the index in front.
+// One minute, repeated to one hour: the file of bench_mp4, and a copy with the index first.
 constexpr char kEncode[] =
     "-f lavfi -i testsrc2=size=640x360:rate=30:duration=60"
     " -f lavfi -i sine=frequency=440:sample_rate=44100:duration=60"
@@ -50,7 +49,7 @@ bool HaveIndexFirst(const fs::path& from, const fs::path& to) {
   const std::string command = "ffmpeg -v error -y -i \"" + from.string() +
                               "\" -map 0 -c copy -movflags +faststart \"" + unfinished.string() +
                               '"';
-  // The command is made of the build's own directory.
+  // The command is built from constants and the build directory.
   if (std::system(command.c_str()) != 0) return false;  // NOLINT(cert-env33-c)
   fs::rename(unfinished, to);
   return true;
@@ -58,7 +57,7 @@ bool HaveIndexFirst(const fs::path& from, const fs::path& to) {
 
 // --- The server's process ---
 
-// Answers every request with the whole file, so many bytes a second.
+// Answers every request with the whole file at a fixed number of bytes per second.
 class PacedServer {
  public:
   PacedServer(const fs::path& file, double bytes_a_second) {
@@ -170,8 +169,8 @@ std::uint64_t QueuedAudioFrames() {
   return g_audioQueue->pushed;
 }
 
-// Plays to the verdict, which comes when all has been downloaded and read, and prints what that
-// took. False when not every sample was queued by then.
+// Plays until the result line, which is sent when everything was downloaded and read. Prints the
+// time taken. Returns false if not every audio sample was queued by then.
 bool Play(const char* name, const std::string& url, std::uint64_t audio_samples) {
   CountingPlayer player;
   CMp4Downloader pipeline(&player);
@@ -191,7 +190,7 @@ bool Play(const char* name, const std::string& url, std::uint64_t audio_samples)
                " frames delivered%s\n",
                name, taken.count(), user, system, 100 * (user + system) / taken.count(),
                static_cast<unsigned long long>(delivered),
-               is_whole ? "" : "; NOT EVERY SAMPLE CAME");
+               is_whole ? "" : "; NOT EVERY SAMPLE WAS RECEIVED");
   return is_whole;
 }
 
@@ -206,7 +205,7 @@ int main(int argc, char** argv) {
       !HaveIndexFirst(index_last, index_first)) {
     return 1;
   }
-  // Before there is any thread.
+  // The servers fork, so they are created before any thread.
   const PacedServer first(index_first, rate);
   const PacedServer last(index_last, rate);
   const std::uint64_t audio_samples = CountAudioSamples(index_last.string());

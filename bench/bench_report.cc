@@ -8,7 +8,7 @@
 
 namespace {
 
-using Rates = std::map<std::string, std::vector<double>>;  // bytes a second of each round
+using Rates = std::map<std::string, std::vector<double>>;  // bytes per second in each round
 
 double Median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
@@ -16,7 +16,7 @@ double Median(std::vector<double> values) {
   return values.size() % 2 == 1 ? values[half] : (values[half - 1] + values[half]) / 2;
 }
 
-// Prints as usual, and keeps the rate of every round.
+// Prints as usual and records the rate of every round.
 class RateKeeper : public benchmark::ConsoleReporter {
  public:
   RateKeeper() : ConsoleReporter(OO_Tabular) {}
@@ -63,7 +63,7 @@ bool PrintRatios(const Rates& rates, const std::vector<BenchRatio>& ratios) {
   return complete;
 }
 
-// What the program was told comes last, so it wins.
+// The program's own arguments are last, so they override the defaults.
 std::vector<char*> WithDefaults(int argc, char** argv) {
   static std::string repetitions = "--benchmark_repetitions=9";
   static std::string interleaving = "--benchmark_enable_random_interleaving=true";

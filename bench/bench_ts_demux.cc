@@ -1,4 +1,4 @@
-// ts_demux_feed beside libavformat's demultiplexer on the same bytes in the same process.
+// ts_demux_feed against libavformat's demultiplexer, on the same bytes and in the same process.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -22,7 +22,8 @@ constexpr char kOurs[] = "ts_demux_feed";
 constexpr char kNoParse[] = "libavformat_noparse";
 constexpr char kParse[] = "libavformat_parse";
 
-// As the TS pipeline feeds it: batches of what one write callback brings, one packet a call.
+// Feeds as the TS pipeline does: in batches as large as a write callback's data, one packet per
+// call.
 DemuxTotals DemuxWithFeed(Bytes stream) {
   constexpr std::size_t kBatch = 16384 / kTsPacketSize * kTsPacketSize;
   ts_demux_forget();
@@ -58,8 +59,8 @@ void BenchLibavformat(benchmark::State& state, Bytes stream, bool parse) {
   Report(state, stream, totals);
 }
 
-// libavformat also gives the last PES packet of each of the two streams, and nothing else may
-// differ.
+// The only difference allowed: libavformat also outputs the last PES packet of each of the two
+// streams.
 bool SameFrames(Bytes stream) {
   const DemuxTotals ours = DemuxWithFeed(stream);
   const DemuxTotals theirs = DemuxWithLibavformat(stream, "mpegts", false).value_or(DemuxTotals());

@@ -1,4 +1,5 @@
-// What a demultiplexer got out of a sample: both must find the same, or the race means nothing.
+// What a demultiplexer output for a sample. The totals must match, or the comparison is
+// meaningless.
 #ifndef BENCH_DEMUX_TOTALS_H_
 #define BENCH_DEMUX_TOTALS_H_
 
@@ -6,7 +7,7 @@
 
 struct DemuxTotals {
   std::uint64_t frames = 0;
-  std::uint64_t bytes = 0;  // of payload
+  std::uint64_t bytes = 0;  // payload only
 };
 
 #endif  // BENCH_DEMUX_TOTALS_H_

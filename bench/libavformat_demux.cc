@@ -1,6 +1,6 @@
 #include "bench/libavformat_demux.h"
 
-// C headers that neither say so nor heed our warnings.
+// C headers without extern "C" that cause warnings with our options.
 extern "C" {
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wold-style-cast"
@@ -17,8 +17,8 @@ extern "C" {
 
 namespace {
 
-constexpr int kEndOfFile = -0x20464F45;  // AVERROR_EOF, whose macro casts as C does
-constexpr int kIoBufferSize = 32768;     // what libavformat gives a file
+constexpr int kEndOfFile = -0x20464F45;  // AVERROR_EOF, whose macro uses a C-style cast
+constexpr int kIoBufferSize = 32768;     // libavformat's own size for files
 
 struct Source {
   std::span<const std::uint8_t> bytes;
@@ -70,7 +70,7 @@ FormatPtr OpenFormat(AVIOContext* io, const char* name, bool parse) {
   AVFormatContext* format = avformat_alloc_context();
   format->pb = io;
   if (!parse) format->flags |= AVFMT_FLAG_NOPARSE;
-  // Where this fails, it frees the context.
+  // avformat_open_input frees the context if it fails.
   if (avformat_open_input(&format, nullptr, av_find_input_format(name), nullptr) != 0)
     return nullptr;
   return FormatPtr(format);
@@ -101,7 +101,7 @@ std::optional<DemuxTotals> DemuxWithLibavformat(std::span<const std::uint8_t> st
 std::optional<DemuxTotals> ReadFileWithLibavformat(const std::string& path) {
   AVFormatContext* format = avformat_alloc_context();
   format->flags |= AVFMT_FLAG_NOPARSE;
-  // Where this fails, it frees the context.
+  // avformat_open_input frees the context if it fails.
   if (avformat_open_input(&format, path.c_str(), nullptr, nullptr) != 0) return std::nullopt;
   const FormatPtr owner(format);
   return ReadAllPackets(format);

@@ -1,4 +1,4 @@
-// The demultiplexers of libavformat, to be measured against: over bytes in memory, or from a file.
+// libavformat's demultiplexers, for comparison: over bytes in memory, or from a file.
 #ifndef BENCH_LIBAVFORMAT_DEMUX_H_
 #define BENCH_LIBAVFORMAT_DEMUX_H_
 
@@ -9,14 +9,14 @@
 
 #include "bench/demux_totals.h"
 
-// Reads every packet of a stream of the format that libavformat knows by this name, and lets go of
-// it. Without `parse`, payloads come as the container carries them, which is what ts_demux_feed
-// does with PES packets; with it they are cut into access units. Nothing where the stream cannot be
-// opened.
+// Reads and releases every packet of a stream. `format` is libavformat's name of the format.
+// Without `parse`, payloads are as the container carries them, like the PES packets of
+// ts_demux_feed; with `parse`, they are split into access units. Returns nullopt if the stream
+// cannot be opened.
 std::optional<DemuxTotals> DemuxWithLibavformat(std::span<const std::uint8_t> stream,
                                                 const char* format, bool parse);
 
-// Reads every packet of a file, as it is stored, and lets go of it. Nothing where it cannot be
+// Reads and releases every packet of a file, as it is stored. Returns nullopt if the file cannot be
 // opened.
 std::optional<DemuxTotals> ReadFileWithLibavformat(const std::string& path);
 

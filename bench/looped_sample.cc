@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 std::string Quoted(const fs::path& path) { return '"' + path.string() + '"'; }
 
 bool Run(const std::string& command) {
-  // The command is made of the programs' constants and the build's own directory.
+  // The command is built from the programs' constants and the build directory.
   return std::system(command.c_str()) == 0;  // NOLINT(cert-env33-c)
 }
 

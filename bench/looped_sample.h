@@ -1,6 +1,5 @@
-// Long samples for the benchmarks: a short part encoded by ffmpeg, played again and again by a
-// second run that copies its streams, so that the timestamps run on as those of one long recording
-// would.
+// Long samples for the benchmarks. ffmpeg encodes a short part; a second run repeats it by copying
+// its streams, so that the timestamps continue as in one long recording.
 #ifndef BENCH_LOOPED_SAMPLE_H_
 #define BENCH_LOOPED_SAMPLE_H_
 
@@ -8,12 +7,12 @@
 #include <string>
 
 struct LoopedSample {
-  std::string encode;  // ffmpeg's options for the part, from the inputs to the codecs
-  std::string suffix;  // of the file's name, with its dot; tells ffmpeg the format too
-  int repeats = 0;     // of the part, behind the first time
+  std::string encode;  // ffmpeg's options for the part, from inputs to codecs
+  std::string suffix;  // file extension with its dot; also selects the format for ffmpeg
+  int repeats = 0;     // how often the part follows the first one
 };
 
-// Makes the file where it is not there yet. Says what went wrong on standard error.
+// Makes the file unless it exists. Reports failures on standard error.
 bool HaveLoopedSample(const LoopedSample& sample, const std::filesystem::path& path);
 
 #endif  // BENCH_LOOPED_SAMPLE_H_

@@ -1,4 +1,4 @@
-// A long sample that lies in memory whole.
+// A long sample, loaded into memory.
 #ifndef BENCH_MEMORY_SAMPLE_H_
 #define BENCH_MEMORY_SAMPLE_H_
 
@@ -10,16 +10,16 @@
 #include "bench/looped_sample.h"
 
 struct MemorySample {
-  std::string description;  // with the size
+  std::string description;  // including the size
   std::vector<std::uint8_t> bytes;
 };
 
-// Reads the file `name` of the build's bench_data directory, made with ffmpeg the first time and
-// kept. Says what went wrong on standard error where it cannot be had.
+// Reads the file `name` in the build's bench_data directory, which ffmpeg makes at the first use.
+// Reports failures on standard error.
 std::optional<MemorySample> LoadMemorySample(const LoopedSample& sample, const std::string& name,
                                              const std::string& description);
 
-// What the samples that demultiplexers are measured with are made of: twenty seconds, thirty times.
+// The content of the samples for the demultiplexer benchmarks: twenty seconds, thirty times.
 inline LoopedSample PicturesAndSound(const std::string& suffix) {
   constexpr int kRepeats = 29;
   return {

@@ -26,7 +26,7 @@ sockaddr_in Loopback(std::uint16_t port) {
   return address;
 }
 
-// A port that nobody listens on just now.
+// Returns a port on which nothing listens at the moment.
 std::uint16_t FreePort() {
   sockaddr_in address = Loopback(0);
   socklen_t size = sizeof(address);
@@ -48,7 +48,8 @@ bool Listens(std::uint16_t port) {
 
 void WriteConfig(const fs::path& directory, std::uint16_t port) {
   std::ofstream config(directory / "nginx.conf");
-  if (geteuid() == 0) config << "user root;\n";  // the directory may be closed to everybody else
+  if (geteuid() == 0)
+    config << "user root;\n";  // other users may not be able to read the directory
   config << "daemon off;\nmaster_process off;\npid nginx.pid;\nerror_log error.log;\nevents {}\n"
             "http {\n  access_log off;\n  sendfile on;\n";
   for (const char* const what : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"}) {
@@ -70,14 +71,14 @@ void NginxServer::Put(const std::string& name, const void* bytes, std::size_t si
   file.write(static_cast<const char*>(bytes), static_cast<std::streamsize>(size));
 }
 
-// Another program may get the port first; then the next one is tried.
+// Another program may take the port first; then another port is tried.
 bool NginxServer::Start() {
   constexpr int kAttempts = 20;
   for (int i = 0; i < kAttempts; ++i) {
     if (Launch()) return true;
     Stop();
   }
-  std::fprintf(stderr, "nginx does not start; %s tells why\n", (directory_ / "error.log").c_str());
+  std::fprintf(stderr, "nginx does not start; see %s\n", (directory_ / "error.log").c_str());
   return false;
 }
 
@@ -94,19 +95,19 @@ bool NginxServer::Launch() {
     execlp("nginx", "nginx", "-p", directory_.c_str(), "-e", "error.log", "-c", "nginx.conf",
            nullptr);
     execl("/usr/sbin/nginx", "nginx", "-p", directory_.c_str(), "-e", "error.log", "-c",
-          "nginx.conf", nullptr);  // where Debian keeps it; not every user looks there
+          "nginx.conf", nullptr);  // Debian's path, which is not in every user's PATH
     _exit(1);
   }
   return process_ > 0 && ComesUp();
 }
 
-// False when it has ended instead.
+// Waits until nginx accepts connections. Returns false if it has ended.
 bool NginxServer::ComesUp() const {
   while (!Listens(port_)) {
     if (waitpid(process_, nullptr, WNOHANG) != 0) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
-  return waitpid(process_, nullptr, WNOHANG) == 0;  // else somebody else listens there
+  return waitpid(process_, nullptr, WNOHANG) == 0;  // otherwise another process listens there
 }
 
 void NginxServer::Stop() {

@@ -1,5 +1,5 @@
-// nginx in a process of its own, on a loopback port of its own choice, for benchmarks over HTTP: a
-// server that people use, and one whose memory and threads are not those of what is measured.
+// Runs nginx as a separate process on a free loopback port, for benchmarks over HTTP. It is a
+// widely used server, and its memory and threads are not part of the measurement.
 #ifndef BENCH_NGINX_SERVER_H_
 #define BENCH_NGINX_SERVER_H_
 
@@ -9,8 +9,8 @@
 #include <filesystem>
 #include <string>
 
-// Serves the files in the folder "www" of a directory, which it makes; what nginx itself writes
-// lies beside it. Ends with the object.
+// Serves the files in the folder "www" of `directory`, which it creates. nginx writes its own files
+// beside that folder. The destructor ends the process.
 class NginxServer {
  public:
   explicit NginxServer(std::filesystem::path directory);
@@ -20,10 +20,10 @@ class NginxServer {
 
   void Put(const std::string& name, const void* bytes, std::size_t size) const;
 
-  // False, with a line on the error output, when it cannot be started.
+  // Returns false and prints a line on standard error if it cannot be started.
   bool Start();
 
-  std::string Url(const std::string& name) const;  // once it has started
+  std::string Url(const std::string& name) const;  // valid once started
 
  private:
   bool Launch();

@@ -7,8 +7,7 @@
 #include "bench/demux_totals.h"
 #include "common/frame_queue.h"
 
-// Looks whether a frame is there and takes it only then. Nothing else runs, so the look needs no
-// lock here.
+// Pops all frames. No other thread runs, so reading the count needs no lock.
 inline void TakeFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& totals) {
   while (queue != nullptr && queue->count != 0) {
     const FrameNodePtr frame = pop();

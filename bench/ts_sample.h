@@ -1,4 +1,4 @@
-// The transport stream that the demultiplexers are measured with.
+// The transport stream for the demultiplexer benchmarks.
 #ifndef BENCH_TS_SAMPLE_H_
 #define BENCH_TS_SAMPLE_H_
 

@@ -1,6 +1,6 @@
-# What every target of the project is compiled with: warnings, and the sanitizers asked for. Warnings are
-# errors where CMAKE_COMPILE_WARNING_AS_ERROR says so, as in all presets but msvc: another
-# compiler, or other optimisation, may warn where nothing is wrong.
+# Compiler options of every target in the project: warnings and the selected sanitizers. Warnings are errors if
+# CMAKE_COMPILE_WARNING_AS_ERROR is set, as in all presets except msvc. Other compilers or optimisation levels may
+# give false warnings.
 add_library(stream_options INTERFACE)
 
 if(MSVC)
@@ -15,20 +15,20 @@ else()
 endif()
 
 if(STREAM_SANITIZE)
-  # The vptr check is off because the player is built apart from the component: its virtual table is a
-  # contract, its run-time type information is not.
+  # The vptr check is off because the player is built separately from the component: its virtual table is part of
+  # the contract, its run-time type information is not.
   target_compile_options(stream_options INTERFACE
     -fsanitize=${STREAM_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all
     -fno-omit-frame-pointer
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>)  # drawn by the instrumentation itself
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-stringop-overflow>)  # caused by the instrumentation itself
   target_link_options(stream_options INTERFACE -fsanitize=${STREAM_SANITIZE})
 endif()
 
-if(WIN32)  # libcurl's header brings the system's along
+if(WIN32)  # libcurl's header includes the system's headers
   target_compile_definitions(stream_options INTERFACE NOMINMAX WIN32_LEAN_AND_MEAN)
 endif()
 
-# How a class is marked as exported when the library itself is compiled.
+# The attribute that exports a class while the library itself is compiled.
 if(WIN32)
   set(STREAM_EXPORT_ATTRIBUTE "__declspec(dllexport)")
 else()

@@ -1,13 +1,13 @@
-# The folders of the component: each is built into the library, checked for what it includes, and counts
-# in scripts/coverage.sh. A folder with sources that is neither here nor among the others fails the test
+# The folders of the component. Each is built into the library, checked for its includes, and counted by
+# scripts/coverage.sh. A folder with sources that is in none of these lists fails the test
 # Structure.IncludesRunOneWay.
 set(STREAM_COMPONENT_FOLDERS common ts hls flv isobmff mp4 public msvc)
-# Libraries of their own that use the component through its public headers: checked and counted as well.
+# Separate libraries that use the component through its public headers. They are checked and counted too.
 set(STREAM_INTERFACE_FOLDERS c_interface)
-# The rest of the folders that hold C or C++ sources.
+# The other folders with C or C++ sources.
 set(STREAM_OTHER_FOLDERS host examples tests bench fuzz)
 
-# stream_source_folders(ROOT RESULT) - the folders below ROOT that hold C or C++ sources, but no build trees.
+# stream_source_folders(ROOT RESULT) - the folders below ROOT with C or C++ sources, except build trees.
 function(stream_source_folders root result)
   set(found "")
   file(GLOB children RELATIVE ${root} ${root}/*)

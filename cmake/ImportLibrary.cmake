@@ -1,8 +1,8 @@
 # stream_add_import_library(TARGET DEFINITION OUTPUT)
 #
-# Makes OUTPUT, an import library for link.exe and lld-link, when everything is built: GCC's linker makes
-# one for GCC only. DEFINITION is a module-definition file with the names that the DLL of TARGET exports; the
-# DLL's own file name is put in, so that a LIBRARY line is not needed.
+# Adds OUTPUT to the default build: an import library for link.exe and lld-link. GCC's linker makes one for GCC
+# only. DEFINITION is a module-definition file with the exported names of TARGET's DLL. It needs no LIBRARY line,
+# because the file name of the DLL is passed on the command line.
 function(stream_add_import_library target definition output)
   find_program(STREAM_DLLTOOL NAMES llvm-dlltool DOC "Makes import libraries (Debian package llvm)" REQUIRED)
   add_custom_command(OUTPUT ${output}

@@ -1,13 +1,13 @@
-# Who answers behind <mp4v2/mp4v2.h>: the bundled reader in isobmff/ or, where the build asks for it, an
-# installed libmp4v2, which has a header of the same name.
+# Selects the implementation of <mp4v2/mp4v2.h>: the bundled reader in isobmff/ or, on request, an installed
+# libmp4v2, which has a header of the same name.
 #
 #   -DMP4_READER=bundled     the default
-#   -DMP4_READER=installed   libmp4v2; an error where no program builds with it
-#   -DMP4_READER=auto        libmp4v2 where a program builds with it, else the bundled reader
-#   -DCMAKE_PREFIX_PATH=...  where to look for libmp4v2 besides
+#   -DMP4_READER=installed   libmp4v2; an error if no program builds with it
+#   -DMP4_READER=auto        libmp4v2 if a program builds with it, otherwise the bundled reader
+#   -DCMAKE_PREFIX_PATH=...  additional prefixes to search for libmp4v2
 #
-# Defines the target mp4_reader, which whatever is made of stream_core links, and STREAM_MP4_READER, the
-# reader that was chosen.
+# Defines the target mp4_reader, which every program made from stream_core links, and STREAM_MP4_READER, the name
+# of the selected reader.
 include(CheckCXXSourceCompiles)
 
 set(MP4_READER bundled CACHE STRING "The MP4 reader: bundled, installed (libmp4v2) or auto")
@@ -16,19 +16,19 @@ if(NOT MP4_READER MATCHES "^(auto|installed|bundled)$")
   message(FATAL_ERROR "MP4_READER is '${MP4_READER}': it must be bundled, installed or auto")
 endif()
 
-# Each of these two looks in one way. RESULT is a target to link that stands for the library, empty where
-# nothing was found; RESULT_place says where it is, for people.
+# The next two functions each search in one way. RESULT is a target to link, or empty if nothing was found.
+# RESULT_place describes where the library is, for messages.
 function(stream_mp4v2_by_pkg_config result)
   set(${result} "" PARENT_SCOPE)
   if(CMAKE_CROSSCOMPILING)
-    return()  # pkg-config knows the machine that builds
+    return()  # pkg-config describes the build machine
   endif()
   find_package(PkgConfig QUIET)
   if(PkgConfig_FOUND)
     pkg_check_modules(mp4v2 QUIET IMPORTED_TARGET GLOBAL mp4v2)
   endif()
   if(TARGET PkgConfig::mp4v2)
-    # A folder that does not exist would end the configure step instead of a check in it.
+    # Remove folders that do not exist: they would end the configure step instead of failing a check.
     get_target_property(folders PkgConfig::mp4v2 INTERFACE_INCLUDE_DIRECTORIES)
     set(existing "")
     foreach(folder IN LISTS folders)
@@ -56,8 +56,8 @@ function(stream_mp4v2_by_search result)
   endif()
 endfunction()
 
-# stream_mp4v2_compiles(RESULT TARGET BODY) - whether a program that does that builds with the library. What
-# was found may have changed since the last time, so nothing is remembered.
+# stream_mp4v2_compiles(RESULT TARGET BODY) - whether a program with BODY in main builds with the library. The
+# result is not cached, since the library may have changed since the last run.
 function(stream_mp4v2_compiles result target body)
   set(CMAKE_REQUIRED_LIBRARIES ${target})
   set(CMAKE_REQUIRED_QUIET ON)
@@ -68,9 +68,9 @@ function(stream_mp4v2_compiles result target body)
   unset(stream_mp4v2_check CACHE)
 endfunction()
 
-# stream_find_mp4v2(TARGET PLACE FAILED) - the first libmp4v2 with which a program builds, and where it is;
-# both are empty where there is none. FAILED lists where one was found with which none builds: the
-# pkg-config file of a library may be wrong while a plain search finds it.
+# stream_find_mp4v2(TARGET PLACE FAILED) - the first libmp4v2 with which a program builds, and its location; both
+# are empty if there is none. FAILED lists the locations of libraries with which no program builds: a library's
+# pkg-config file may be wrong while a plain search finds the library.
 function(stream_find_mp4v2 target place failed)
   set(${target} "" PARENT_SCOPE)
   set(${place} "" PARENT_SCOPE)
@@ -109,7 +109,7 @@ endif()
 
 if(STREAM_MP4_READER STREQUAL "installed")
   target_link_libraries(mp4_reader INTERFACE ${mp4v2_target})
-  # The library as it is published has no such function: the adapter then adds it.
+  # The published library lacks this function; the adapter then adds it.
   stream_mp4v2_compiles(mp4v2_has_offset ${mp4v2_target}
     "return MP4GetSampleFileOffset(MP4Read(\"\"), 1, 1) != 0;")
   if(mp4v2_has_offset)
@@ -119,7 +119,7 @@ if(STREAM_MP4_READER STREQUAL "installed")
     target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_OFFSETS_BY_ADAPTER)
     target_sources(stream_core PRIVATE ${CMAKE_CURRENT_LIST_DIR}/../mp4/mp4_installed_offset.cc)
   endif()
-  # The library logs to the console by itself, and where it can be silenced it is.
+  # The library logs to the console itself. It is silenced if it has a function for that.
   stream_mp4v2_compiles(mp4v2_logs ${mp4v2_target} "MP4LogSetLevel(MP4_LOG_NONE);")
   if(mp4v2_logs)
     target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_READER_LOGS)
@@ -127,7 +127,7 @@ if(STREAM_MP4_READER STREQUAL "installed")
 else()
   message(STATUS "MP4 reader: bundled")
   target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_READER_BUNDLED)
-  # As that of an installed library: its C is not held to the rules of our C++.
+  # A system include directory, as for an installed library: its C code does not follow our rules for C++.
   target_include_directories(mp4_reader SYSTEM INTERFACE ${CMAKE_CURRENT_LIST_DIR}/../isobmff/include)
 endif()
 target_link_libraries(stream_core PUBLIC mp4_reader)

@@ -1,5 +1,5 @@
-# What cmake --install and CPack put together: the library with its public headers, the hosts that
-# are built, a CMake package, on POSIX a pkg-config file, and the licences of what is linked in.
+# The content of cmake --install and CPack: the libraries with their public headers, the hosts that are built, a
+# CMake package, pkg-config files on POSIX, and the licences of everything linked in.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -12,7 +12,7 @@ install(TARGETS stream_downloader stream_downloader_c
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(FILES public/stream_downloader.h public/stream_player.h c_interface/stream_downloader_c.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-if(MINGW)  # CMake installs GCC's import libraries by itself
+if(MINGW)  # CMake installs GCC's import libraries itself
   install(FILES
     ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/stream_downloader.lib
     ${CMAKE_LIBRARY_OUTPUT_DIRECTORY}/stream_downloader_c.lib
@@ -24,7 +24,7 @@ foreach(host stream_host stream_player)
     continue()
   endif()
   if(NOT WIN32)
-    # The host finds the library beside itself, wherever the package is unpacked.
+    # The host finds the library relative to itself, wherever the package is unpacked.
     file(RELATIVE_PATH from_bin_to_lib
       ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
     set_target_properties(${host} PROPERTIES INSTALL_RPATH "$ORIGIN/${from_bin_to_lib}")
@@ -32,11 +32,11 @@ foreach(host stream_host stream_player)
   install(TARGETS ${host} RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endforeach()
 
-# The binary interface may change with each minor version before 1.0.
+# Before 1.0 the binary interface may change with each minor version.
 write_basic_package_version_file(stream_downloader-config-version.cmake
   COMPATIBILITY SameMinorVersion)
-# The package names its files by hand: an exported target would make a program that uses the library
-# look for libcurl too.
+# The package lists its files explicitly: an exported target would make programs that use the library search for
+# libcurl too.
 configure_package_config_file(
   ${package_sources}/stream_downloader-config.cmake.in stream_downloader-config.cmake
   INSTALL_DESTINATION ${package_dir}
@@ -47,7 +47,7 @@ install(FILES
   DESTINATION ${package_dir})
 
 if(NOT WIN32)
-  # Relative, so that it holds wherever the package is unpacked.
+  # A relative path is valid wherever the package is unpacked.
   file(RELATIVE_PATH STREAM_PACKAGE_PREFIX_FROM_PKGCONFIG
     ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
   foreach(name stream_downloader stream_downloader_c)
@@ -56,7 +56,7 @@ if(NOT WIN32)
   endforeach()
 endif()
 
-# stream_install_licence(NAME PATTERN...) - the first file that matches one of the patterns.
+# stream_install_licence(NAME PATTERN...) - installs the first file that matches one of the patterns.
 function(stream_install_licence name)
   file(GLOB found ${ARGN})
   if(NOT found)

@@ -1,7 +1,7 @@
-# Whether the player with a window can be built: STREAM_BUILD_PLAYER, which is ON where SDL2 and the
-# libraries of FFmpeg are installed. Defines the target PkgConfig::player_libraries then.
+# Whether the player with a window can be built. STREAM_BUILD_PLAYER is ON by default if SDL2 and the FFmpeg
+# libraries are installed. Then defines the target PkgConfig::player_libraries.
 set(player_found OFF)
-if(NOT CMAKE_CROSSCOMPILING)  # pkg-config would tell of the machine that builds
+if(NOT CMAKE_CROSSCOMPILING)  # pkg-config describes the build machine
   find_package(PkgConfig QUIET)
   if(PkgConfig_FOUND)
     pkg_check_modules(player_libraries QUIET IMPORTED_TARGET
@@ -18,5 +18,5 @@ option(STREAM_BUILD_PLAYER "Build the player with a window (SDL2, libavcodec)" $
 if(STREAM_BUILD_PLAYER AND NOT player_found)
   message(FATAL_ERROR "STREAM_BUILD_PLAYER is ON, but SDL2 or the libraries of FFmpeg were not found")
 elseif(NOT STREAM_BUILD_PLAYER)
-  message(STATUS "Player with a window: left out (SDL2 and libavcodec are not both installed, or not wanted)")
+  message(STATUS "Player with a window: not built (SDL2 or libavcodec is missing, or STREAM_BUILD_PLAYER is OFF)")
 endif()

@@ -1,5 +1,5 @@
-# The standard headers that the component and the hosts include most, precompiled: once for each set of
-# targets that are compiled alike.
+# Precompiles the standard headers that the component and the hosts include most, once for each set of targets with
+# the same compiler options.
 set(STREAM_COMMON_HEADERS
   <algorithm> <array> <atomic> <chrono> <condition_variable> <functional> <limits> <map> <memory> <mutex>
   <optional> <span> <string> <string_view> <vector>)

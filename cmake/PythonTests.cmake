@@ -1,13 +1,13 @@
 # stream_add_python_tests(PREFIX DIRECTORY [MODULES] [ENVIRONMENT name=value...])
 #
-# Each class of the *_test.py in DIRECTORY is one CTest test and one process, named
-# PREFIX.module.Class; with MODULES each module is, named PREFIX.module, whose classes share what is
-# expensive to start. Results of the single cases go to test-results/<name>.xml in the build tree.
-# They play with the console host, and find what is in tests/e2e.
+# Each class in the files *_test.py of DIRECTORY becomes one CTest test and one process, named PREFIX.module.Class.
+# With MODULES each module becomes one test, named PREFIX.module, and its classes share expensive resources. The
+# results of the cases are written to test-results/<name>.xml in the build tree. The tests run the console host and
+# can import modules from tests/e2e.
 find_package(Python3 REQUIRED COMPONENTS Interpreter)
 
-# stream_list_python_tests(DIRECTORY BY_MODULE NAMES) - the names of the tests; for each one the
-# variable cases_<name> has the number of its cases.
+# stream_list_python_tests(DIRECTORY BY_MODULE NAMES) - the names of the tests. For each test the variable
+# cases_<name> is set to the number of its cases.
 function(stream_list_python_tests directory by_module names)
   execute_process(
     COMMAND ${CMAKE_COMMAND} -E env PYTHONDONTWRITEBYTECODE=1
@@ -32,7 +32,7 @@ function(stream_add_python_tests prefix directory)
   cmake_parse_arguments(PARSE_ARGV 2 arg "MODULES" "" "ENVIRONMENT")
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${directory}/*.py)
   set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${sources})
-  # Where the host was built for another system, its emulator runs it.
+  # A host built for another system is run by its emulator.
   set(host "'$<TARGET_FILE:stream_host>'")
   if(CMAKE_CROSSCOMPILING_EMULATOR)
     set(host "'${CMAKE_CROSSCOMPILING_EMULATOR}' ${host}")
@@ -46,7 +46,7 @@ function(stream_add_python_tests prefix directory)
     add_test(NAME ${test}
       COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tests/e2e/run_test.py
               --xml ${PROJECT_BINARY_DIR}/test-results/${test}.xml ${name})
-    math(EXPR limit "60 + 60 * ${cases_${name}}")  # of a hang: nothing takes as long
+    math(EXPR limit "60 + 60 * ${cases_${name}}")  # detects hangs only: nothing takes this long
     set_tests_properties(${test} PROPERTIES
       LABELS pipeline TIMEOUT ${limit} SKIP_RETURN_CODE 77 ENVIRONMENT "${environment}")
   endforeach()

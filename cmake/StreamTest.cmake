@@ -1,22 +1,22 @@
 # stream_add_test(NAME LABEL label SOURCES file... [LIBRARIES target...] [COMPONENT object...]
 #                 [SERVERS] [HOST])
 #
-# A GoogleTest program linked with all of the component, or with those objects of it; a HOST is linked with
-# none of it, but with shared libraries among the LIBRARIES. It is one CTest test and one process, in a
-# directory of its own, since cache files are made beside the executable. Its cases run in any order: all
-# of the component, unless it is a HOST's, is put back to its first state before each. Their results are in
-# test-results/ of the build. SERVERS adds the HTTP servers of tests/support.
+# Adds a GoogleTest program. It is linked with the whole component, or with the COMPONENT objects only. A HOST is
+# linked with neither, but may have shared libraries in LIBRARIES. The program is one CTest test and one process,
+# in a directory of its own, because cache files are made beside the executable. Its cases run in random order;
+# except in a HOST, the whole component is reset to its initial state before each. Results are written to
+# test-results/ in the build tree. SERVERS adds the HTTP servers of tests/support.
 #
-# Sources are joined into few (CMake's unity build), which halves the time to build them. So names must be
-# unique within a program, also in unnamed namespaces.
+# Sources are joined by CMake's unity build, which halves the build time. So names must be unique within a program,
+# even in unnamed namespaces.
 #
-# The tests themselves are not optimised, nor checked by the undefined-behaviour sanitizer, which more
-# than halves the time to build them with sanitizers. The component inside is checked, and optimised as
-# the preset says.
+# The tests themselves are neither optimised nor instrumented by the undefined-behaviour sanitizer, which more than
+# halves their build time with sanitizers. The component in the program is instrumented, and optimised as the
+# preset specifies.
 find_package(GTest REQUIRED)
 
-# What tests are compiled with besides the options of the project. Programs and object libraries are
-# compiled alike, so that they can share precompiled headers.
+# Compiler options of tests in addition to those of the project. Programs and object libraries have the same
+# options, so that they can share precompiled headers.
 function(stream_test_options target)
   set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE OFF)
   target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
@@ -24,7 +24,7 @@ function(stream_test_options target)
     target_compile_options(${target} PRIVATE -O0)
   endif()
   if(NOT WIN32)
-    # As the packages of some libraries ask for, so that all tests can share the headers.
+    # The packages of some libraries require this macro. With it everywhere, all tests can share the headers.
     target_compile_definitions(${target} PRIVATE _REENTRANT)
   endif()
   if(STREAM_SANITIZE MATCHES "address")
@@ -40,7 +40,7 @@ function(stream_test_options target)
   endif()
 endfunction()
 
-# The headers of the test framework are most of what a test makes the compiler read.
+# Most of the source text that the compiler reads for a test is the headers of the test framework.
 function(stream_add_test_headers)
   if(TARGET test_headers)
     return()
@@ -72,7 +72,7 @@ function(stream_add_test name)
   target_link_libraries(${name} PRIVATE ${main} ${arg_LIBRARIES})
   set_target_properties(${name} PROPERTIES UNITY_BUILD ON
     RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
-  if(arg_HOST AND WIN32)  # which looks for DLLs beside the program
+  if(arg_HOST AND WIN32)  # Windows searches for DLLs in the directory of the program
     add_custom_command(TARGET ${name} POST_BUILD
       COMMAND ${CMAKE_COMMAND} -E copy_if_different
               $<TARGET_RUNTIME_DLLS:${name}> $<TARGET_FILE_DIR:${name}>
@@ -81,6 +81,6 @@ function(stream_add_test name)
   add_test(NAME ${name}
     COMMAND ${name} --gtest_shuffle --gtest_output=xml:../../test-results/${name}.xml
     WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
-  # So long that only a hang exceeds it, also under wine and beside other work.
+  # Long enough that only a hang exceeds it, also under wine and on a busy machine.
   set_tests_properties(${name} PROPERTIES LABELS ${arg_LABEL} TIMEOUT 600)
 endfunction()

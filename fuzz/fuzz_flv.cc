@@ -1,7 +1,6 @@
-// Any bytes through FlvTagParser: nothing is read or written out of bounds, no frame holds anything
-// but bytes of the stream behind its start code or header, each byte comes out once at most, and
-// the source does not matter. What it prints about streams is kept off the screen by
-// -close_fd_mask=1.
+// Arbitrary bytes through FlvTagParser. Nothing is read or written out of bounds. A frame contains
+// only bytes of the stream after its start code or header, and each byte is in at most one frame.
+// The frames do not depend on the source. -close_fd_mask=1 suppresses the parser's console lines.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -21,7 +20,7 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-// Ends the process, which libFuzzer takes for a crash.
+// Ends the process, which libFuzzer reports as a crash.
 void Require(bool condition) {
   if (!condition) std::abort();
 }
@@ -61,14 +60,15 @@ Frames Parse(FlvSource& source) {
   return {std::move(video), TakeAll(PopAudioFrame)};
 }
 
-// The stream in a block of its own, so that a read past its end is seen.
+// Copies the stream into a block of its own, so that a read past its end is detected.
 Frames ParseFromMemory(Bytes stream) {
   const std::vector<std::uint8_t> copy(stream.begin(), stream.end());
   FlvMemorySource source(copy);
   return Parse(source);
 }
 
-// Through the pipeline's buffer, into which it came in pieces of that size.
+// Parses the stream from the pipeline's buffer, to which it was appended in pieces of `piece`
+// bytes.
 Frames ParseFromStream(Bytes stream, std::size_t piece) {
   g_flvRunning = true;
   const std::uint64_t number = g_flvStream->Begin();
@@ -81,7 +81,8 @@ Frames ParseFromStream(Bytes stream, std::size_t piece) {
   return Parse(source);
 }
 
-// Returns how many bytes of the stream are in the frames, which lie in it in their order.
+// Checks that the frames' bytes occur in the stream in this order. Returns the number of these
+// bytes.
 std::size_t RequireBytesOf(Bytes stream, const std::vector<Frame>& frames, Bytes prefix) {
   std::size_t total = 0;
   auto from = stream.begin();
@@ -109,7 +110,7 @@ void RequirePrefixes(const Frames& frames) {
   }
 }
 
-// Whether all of the file header is there, also where it says that it is longer than nine bytes.
+// Whether the file header is complete, also if it declares more than nine bytes.
 bool HasWholeHeader(Bytes stream) {
   constexpr std::size_t kHeaderSize = 9;
   if (stream.size() < kHeaderSize) return false;
@@ -119,7 +120,7 @@ bool HasWholeHeader(Bytes stream) {
   return extra <= 0 || static_cast<std::uint32_t>(extra) <= stream.size() - kHeaderSize;
 }
 
-// The frames of a shorter stream are the first of the longer one's.
+// The frames of a truncated stream must be the first frames of the whole stream.
 void RequireFirstOf(const std::vector<Frame>& some, const std::vector<Frame>& all) {
   Require(some.size() <= all.size() && std::equal(some.begin(), some.end(), all.begin()));
 }
@@ -145,7 +146,7 @@ void CheckStream(Bytes stream) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const Bytes stream(data, size);
   CheckStream(stream);
-  // As tags alone, which saves the fuzzer from finding a header first.
+  // The input as tags after a valid header, so that the fuzzer need not find a header first.
   std::vector<std::uint8_t> tags = {'F', 'L', 'V', 1, 5, 0, 0, 0, 9};
   tags.insert(tags.end(), data, data + size);
   CheckStream(tags);

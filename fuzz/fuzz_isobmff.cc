@@ -1,6 +1,6 @@
-// Any bytes as an MP4 file: nothing is read out of bounds or lost, and a sample is the same whether
-// the samples before it were looked at or not, and whether another handle has opened the file or
-// not.
+// Arbitrary bytes as an MP4 file. Nothing is read out of bounds or leaked. A sample is the same
+// whether or not the samples before it were read, and whether or not another handle has the file
+// open.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -19,12 +19,12 @@ namespace {
 
 constexpr MP4SampleId kMostSamples = 300;
 
-// Ends the process, which libFuzzer takes for a crash.
+// Ends the process, which libFuzzer reports as a crash.
 void Require(bool condition) {
   if (!condition) std::abort();
 }
 
-// A file in memory, which has a path too.
+// A file in memory that has a path.
 class MemoryFile {
  public:
   MemoryFile(const std::uint8_t* data, std::size_t size)
@@ -77,7 +77,7 @@ void AskAgain(const char* path, const std::vector<Known>& all) {
   for (const Known& known : all) Require(Ask(file, known.track, known.sample) == known);
 }
 
-// What the pipeline looks at before it reads samples.
+// What the pipeline reads before it reads samples.
 void DescribeTracks(const Mp4FileHandle& file) {
   const MP4TrackId video = FindMp4Track(file.get(), "vide");
   const MP4TrackId audio = FindMp4Track(file.get(), "soun");
@@ -96,7 +96,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   DescribeTracks(file);
   std::vector<Known> all = AskInOrder(file);
   std::reverse(all.begin(), all.end());
-  AskAgain(memory.Path(), all);  // with the index that `file` has
+  AskAgain(memory.Path(), all);  // uses the index shared with `file`
   file.reset();
   AskAgain(memory.Path(), all);
   return 0;

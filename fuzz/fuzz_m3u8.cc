@@ -1,6 +1,6 @@
-// Any text through the playlist parser and the attribute list parser: nothing is read out of
-// bounds, no more comes out than went in, and numbers are what the C library scans, wherever that
-// is defined.
+// Arbitrary text through the playlist parser and the attribute list parser. Nothing is read out of
+// bounds, and the output is not larger than the input. Numbers match those of the C library
+// wherever that is defined.
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -17,7 +17,7 @@
 
 namespace {
 
-// Ends the process, which libFuzzer takes for a crash.
+// Ends the process, which libFuzzer reports as a crash.
 void Require(bool condition) {
   if (!condition) std::abort();
 }
@@ -31,7 +31,7 @@ void CheckEntries(const M3u8Table& entries, std::string_view base, std::string_v
   Require(uris <= text.size() + entries.size() * base.size());
 }
 
-// The second time everything is there already, so nothing may be added.
+// The second parse finds every entry in the table and must add nothing.
 void ParseTwice(std::string_view base, std::string_view text) {
   M3u8Header header;
   std::int64_t sequence = 0;
@@ -65,7 +65,7 @@ void ParseAttributes(std::string_view text) {
 
 bool SameFloat(float a, float b) { return a == b || (std::isnan(a) && std::isnan(b)); }
 
-// Behind "0x" the C library and the standard differ about "0x.".
+// After "0x" the C library and the standard disagree about "0x.".
 void CompareFloat(std::string_view text) {
   const std::string copy(text);
   if (copy.find_first_of("xX") != std::string::npos) return;
@@ -75,7 +75,7 @@ void CompareFloat(std::string_view text) {
   Require(ScanFloat(text, found) == read && SameFloat(found, expected));
 }
 
-// Up to 9 digits, zeros included, so that no number is out of range, which sscanf does not define.
+// At most 9 digits in all, so that no number is out of range, for which sscanf is undefined.
 void CompareInts(std::string_view text) {
   const std::string copy(text);
   if (std::count_if(copy.begin(), copy.end(), [](char c) { return c >= '0' && c <= '9'; }) > 9)
@@ -93,7 +93,7 @@ void CompareInts(std::string_view text) {
 }
 
 void CompareNumbers(std::string_view text) {
-  constexpr std::size_t kLongest = 200;  // sscanf looks for the end of the text first
+  constexpr std::size_t kLongest = 200;  // sscanf searches for the end of the text first
   ForEachPiece(text, "\n", [](std::string_view line) {
     const std::string_view number = line.substr(std::min(line.find(':') + 1, line.size()));
     if (number.size() > kLongest || number.find('\0') != std::string_view::npos) return;

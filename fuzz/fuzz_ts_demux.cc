@@ -1,5 +1,5 @@
-// Any bytes through ts_demux_feed: nothing is read or written out of bounds, and no more comes out
-// than went in. What it prints about bad streams is kept off the screen by -close_fd_mask=1.
+// Arbitrary bytes through ts_demux_feed. Nothing is read or written out of bounds, and the output
+// is not larger than the input. -close_fd_mask=1 suppresses the console lines about bad streams.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -16,12 +16,12 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-// Ends the process, which libFuzzer takes for a crash.
+// Ends the process, which libFuzzer reports as a crash.
 void Require(bool condition) {
   if (!condition) std::abort();
 }
 
-// Empties a global queue. Returns how many bytes of payload were in it.
+// Empties a global queue. Returns the number of payload bytes that were in it.
 std::size_t Drain(FrameNodePtr (*pop)()) {
   std::size_t total = 0;
   while (const FrameNodePtr frame = pop()) {
@@ -33,7 +33,7 @@ std::size_t Drain(FrameNodePtr (*pop)()) {
 
 std::size_t DrainBoth() { return Drain(PopVideoFrame) + Drain(PopAudioFrame); }
 
-// Each packet in a block of its own, so that a read past its end is seen.
+// Each packet is in a block of its own, so that a read past its end is detected.
 void FeedPacketByPacket(Bytes stream) {
   for (; stream.size() >= kTsPacketSize; stream = stream.subspan(kTsPacketSize)) {
     const Bytes bytes = stream.first(kTsPacketSize);
@@ -42,7 +42,7 @@ void FeedPacketByPacket(Bytes stream) {
   }
 }
 
-// A second stream follows: what the first has left behind is still there.
+// Feeds the stream twice: the second time the state left by the first is still there.
 void TwoStreamsPacketByPacket(Bytes stream) {
   ts_demux_forget();
   ResetFrameQueues();
@@ -61,7 +61,7 @@ void AllInOneCall(Bytes stream) {
   Require(DrainBoth() <= stream.size());
 }
 
-// The same again and again, until a PES packet that never ends has outgrown its assembler.
+// Feeds the stream repeatedly until a PES packet that never ends exceeds its assembler's limit.
 void UntilAssemblersAreFull(Bytes stream) {
   ts_demux_forget();
   ResetFrameQueues();
@@ -71,8 +71,8 @@ void UntilAssemblersAreFull(Bytes stream) {
   }
 }
 
-// Gives the section of a PAT or PMT packet the checksum that it should have: else hardly any lie
-// about its contents would get past the check.
+// Corrects the checksum of the section in a PAT or PMT packet. Otherwise hardly any mutated section
+// would pass the check.
 void Sign(std::uint8_t* packet) {
   constexpr std::size_t kCrcSize = 4;
   const TsPacket fields(packet);
@@ -107,7 +107,7 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // A tail of this length, which the demultiplexer never sees, asks for the run that takes long.
+  // A trailing part of this length, which the demultiplexer ignores, requests the long run.
   constexpr std::size_t kLongRunTail = 1;
   const TsDemuxLock lock;
   const Bytes stream(data, size);

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the seeds of fuzz_flv: fuzz/make_flv_seeds.py, which needs ffmpeg. They are committed; run it
-again only to change them.
+"""Makes the seeds of fuzz_flv with ffmpeg: fuzz/make_flv_seeds.py. The seeds are committed; run this
+script only to change them.
 
-Each is a few tags of a real file, whole or spoilt in one way.
+Each seed is a few tags of a real file, unchanged or damaged in one way.
 """
 
 import pathlib
@@ -10,7 +10,7 @@ import subprocess
 
 FOLDER = pathlib.Path(__file__).parent / "corpus" / "flv"
 HEADER_SIZE = 9
-BODY = 15  # behind the size of the tag before and the tag's own header
+BODY = 15  # after the size of the previous tag and the tag's own header
 SIZE = 5
 
 VIDEO = "-f lavfi -i testsrc2=size=64x48:rate=25:duration=0.3"
@@ -26,7 +26,7 @@ def make_file(arguments):
 
 
 def split(file):
-    """The header, and the tags with the size of the tag before in front of each."""
+    """Returns the header and the tags. Each tag is preceded by the size of the previous tag."""
     tags = []
     at = HEADER_SIZE
     while at + BODY <= len(file):
@@ -37,14 +37,14 @@ def split(file):
 
 
 def spoilt(tags, index, offset, value):
-    """The same with some bytes of one tag replaced."""
+    """Replaces some bytes of one tag."""
     result = [bytearray(tag) for tag in tags]
     result[index][offset : offset + len(value)] = value
     return b"".join(result)
 
 
 def shortened(tags, index, size):
-    """The same with a tag that has only the first bytes of its body, and says so."""
+    """Truncates the body of one tag and sets its size to match."""
     tag = tags[index]
     short = tag[:SIZE] + size.to_bytes(3, "big") + tag[SIZE + 3 : BODY + size]
     return b"".join(tags[:index] + [short] + tags[index + 1 :])
@@ -59,7 +59,7 @@ def place(tags, kind, packet_type):
 
 
 def spoilt_tags(tags):
-    """What a tag can lie about."""
+    """Tags with wrong values."""
     avc = place(tags, 9, 0)
     picture = place(tags, 9, 1)
     aac = place(tags, 8, 1)

@@ -1,5 +1,5 @@
-// Writes the seeds of fuzz_m3u8, the texts of tests/support/m3u8_playlists.h, into the folder
-// given, one file each. They are committed; run it again when that table changes.
+// Writes the seeds of fuzz_m3u8 into a folder: one file for each text in
+// tests/support/m3u8_playlists.h. The seeds are committed; run this again when that table changes.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>

@@ -1,5 +1,5 @@
-// Writes the seeds of fuzz_isobmff, small files of every kind of box that the reader knows, into
-// the folder given. They are committed; run it again when something new is read.
+// Writes the seeds of fuzz_isobmff into a folder: small files with every kind of box that the
+// reader knows. The seeds are committed; run this again when the reader learns a new box.
 #include <cstdio>
 #include <filesystem>
 #include <string>

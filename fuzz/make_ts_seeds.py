@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Makes the seeds of fuzz_ts_demux: fuzz/make_ts_seeds.py, which needs ffmpeg. They are committed; run
-it again only to change them.
+"""Makes the seeds of fuzz_ts_demux with ffmpeg: fuzz/make_ts_seeds.py. The seeds are committed; run this
+script only to change them.
 
-Each is a few packets of a real stream, whole or spoilt in one way.
+Each seed is a few packets of a real stream, unchanged or damaged in one way.
 """
 
 import pathlib
@@ -44,7 +44,7 @@ def crc32(section):
 
 
 def sign(packet):
-    """Gives the section in the packet the checksum that it claims to have, where that has room."""
+    """Writes the right checksum at the end of the section, if the section's length is within the packet."""
     end = 5 + 3 + ((packet[6] & 0x0F) << 8 | packet[7]) - 4
     if end + 4 <= PACKET:
         packet[end : end + 4] = crc32(packet[5:end]).to_bytes(4, "big")
@@ -55,7 +55,7 @@ def copy(packets):
 
 
 def essence(packets, count):
-    """The PAT, the PMTs and what follows them, without the service description."""
+    """Returns the PAT, the PMTs and the packets after them, without the service description."""
     return [packet for packet in packets if pid(packet) != 17][:count]
 
 
@@ -68,7 +68,7 @@ def spoilt(packets, index, offset, value, signed=True):
 
 
 def without_later_starts(packets):
-    """The same packets, of which only the first of each stream begins a unit."""
+    """Clears the start indicator of all packets but the first of each PID."""
     result = copy(packets)
     begun = set()
     for packet in result:
@@ -79,7 +79,7 @@ def without_later_starts(packets):
 
 
 def spoilt_tables(stream):
-    """What a PAT or a PMT can lie about. Packet 0 is the PAT, packet 1 the PMT."""
+    """PATs and PMTs with wrong values. Packet 0 is the PAT, packet 1 the PMT."""
     return {
         "pat_short_section": spoilt(stream, 0, 7, 12),
         "pat_long_section": spoilt(stream, 0, 7, 188),
@@ -99,7 +99,7 @@ def spoilt_tables(stream):
 
 
 def spoilt_packets(stream):
-    """What the packets of a PES packet can lie about. Packet 2 begins one."""
+    """PES packets with wrong values. Packet 2 begins one."""
     start = 4 if stream[2][3] & 0x20 == 0 else 5 + stream[2][4]
     gap = copy(stream)
     del gap[4]

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Sets up and checks everything: format, shellcheck, pylint, eslint, clang-tidy, all tests plain and under
-# the sanitizers, the release build with the benchmarks, and some seconds of each fuzzer. Ends with the
-# summary; the last line counts the tests. All steps that can run do run, also after one that failed.
+# Installs what is missing and checks everything: format, shellcheck, pylint, eslint, clang-tidy, all tests without
+# and with sanitizers, the release build with the benchmarks, and some seconds of each fuzzer. Prints a summary;
+# its last line counts the tests. After a failed step, all steps that do not depend on it still run.
 #
 #   scripts/check.sh             everything for Linux
 #   scripts/check.sh --fast      format, build and tests of the preset dev only
@@ -14,8 +14,8 @@ readonly ROOT
 readonly FUZZ_SECONDS=10
 JOBS=$(nproc)
 readonly JOBS
-readonly TEST_JOBS=$((2 * JOBS))  # most of a test of a stream is waiting
-PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
+readonly TEST_JOBS=$((2 * JOBS))  # tests of streams mostly wait
+PATH=$PATH:/usr/sbin:/sbin  # Debian's directory of nginx, which is not in every user's PATH
 
 # shellcheck source=scripts/lib/log.sh
 source "$ROOT/scripts/lib/log.sh"
@@ -28,7 +28,7 @@ source "$ROOT/scripts/lib/steps.sh"
 # shellcheck source=scripts/lib/sanitizers.sh
 source "$ROOT/scripts/lib/sanitizers.sh"
 
-# own_files TEST... - the files of the project that pass these tests of find, separated by zeros.
+# own_files TEST... - the project's files that match these tests of find, separated by zero bytes.
 own_files() {
   find . \( -path ./build -o -path ./out -o -path ./.git \) -prune -o -type f \( "$@" \) -print0
 }
@@ -37,11 +37,10 @@ check_format() { own_files -name '*.cc' -o -name '*.h' -o -name '*.c' | xargs -0
 
 check_shell() { own_files -name '*.sh' -o -path './.ci/*' | xargs -0 shellcheck; }
 
-# In one order everywhere: in some, pylint itself fails.
+# Sorted, because pylint itself fails on some orders.
 check_python() { own_files -name '*.py' | sort -z | xargs -0 pylint; }
 
-# eslint comes from npm, into the build directory, in the version and with the checksum that
-# package-lock.json holds.
+# npm installs eslint into the build directory, in the version and with the checksum in package-lock.json.
 check_page_scripts() {
   local web=$ROOT/build/eslint
   mkdir -p "$web"
@@ -52,7 +51,7 @@ check_page_scripts() {
   npx --no-install eslint --max-warnings 0 .
 }
 
-# Sources that no program of the preset dev holds are compiled in one of the others.
+# Sources that are not compiled in the preset dev are compiled in one of the other presets.
 check_tidy() {
   local preset
   for preset in dev release fuzz asan; do cmake --preset "$preset" >/dev/null; done
@@ -64,7 +63,8 @@ build() {
   local preset=$1
   shift
   cmake --preset "$preset"
-  # Over a tree of another compiler CMake keeps nothing of the preset but its compiler, the first time.
+  # If the build tree was made with another compiler, the first run of CMake keeps only the preset's compiler and
+  # loses its other settings.
   cmake --preset "$preset"
   cmake --build --preset "$preset" -j "$JOBS" ${1:+--target "$@"}
 }
@@ -82,7 +82,7 @@ build_step() {
   ! step_passed || BUILT[$1]=1
 }
 
-# start_tests PRESET - tests wait more than they compute, so they run beside what follows.
+# start_tests PRESET - starts the tests in the background, since they wait more than they compute.
 start_tests() {
   if [[ -n ${BUILT[$1]-} ]]; then
     start_step "tests-$1" run_tests "$1"
@@ -91,7 +91,7 @@ start_tests() {
   fi
 }
 
-# await_tests PRESET - the totals count also where a test failed; the output of failed ones is shown.
+# await_tests PRESET - counts the tests even if one failed, and prints the output of the failed ones.
 await_tests() {
   local junit=$LOG_DIR/tests-$1.xml
   [[ -n ${BUILT[$1]-} ]] || return 0
@@ -102,8 +102,8 @@ await_tests() {
   fi
 }
 
-# fuzz PROGRAM - on a copy of its seeds, since the fuzzer adds to what it is given. What made it fail
-# stays in the folder of the logs.
+# fuzz PROGRAM - runs it on a copy of its seeds, since the fuzzer adds to its corpus directory. Inputs that made it
+# fail are stored in the log directory.
 fuzz() {
   local name seeds
   [[ -x $1 ]] || die "no fuzzer was built: $1"
@@ -117,7 +117,7 @@ fuzz() {
     -print_final_stats=1 -close_fd_mask=1 -artifact_prefix="$LOG_DIR/$name-" "$FUZZ_CORPUS"
 }
 
-# As many at a time as there are cores.
+# Runs as many fuzzers at a time as there are cores.
 fuzz_each() {
   local program names=()
   build_step fuzz
@@ -138,7 +138,7 @@ fuzz_each() {
 
 check_sources() { run_step format check_format; }
 
-# eslint waits for npm meanwhile.
+# eslint runs in the background, since it waits for npm.
 lint() {
   start_step eslint check_page_scripts
   run_step shellcheck check_shell
@@ -154,7 +154,7 @@ check_fast() {
   await_tests dev
 }
 
-# Leaves the last tests running.
+# The last tests keep running in the background.
 start_linux() {
   build_step dev
   start_tests dev
@@ -166,7 +166,7 @@ start_linux() {
   start_tests tsan
 }
 
-# What runs beside the last tests.
+# The steps that run while the last tests are running.
 check_rest() {
   lint
   run_step release build release stream_downloader stream_downloader_c stream_host stream_player bench/all
@@ -180,7 +180,7 @@ check_all() {
   await_tests tsan
 }
 
-# The Windows library, its host and the tests, built by the cross compiler and run under wine.
+# Builds the Windows library, its host and the tests with the cross compiler.
 build_windows() {
   await_step windows-tools
   if step_passed; then
@@ -208,7 +208,7 @@ check_both() {
   start_linux
   build_windows
   await_tests tsan
-  start_tests windows  # wine computes more than it waits, so nothing runs beside it
+  start_tests windows  # wine computes more than it waits, so no other step runs meanwhile
   end_windows
   check_rest
 }

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs the tests of the component and prints which share of its lines and branches they run, folder by
-# folder. Fails where a test fails, and where fewer lines run than REQUIRED_LINES per cent. What does not
-# run is in build/coverage/report.
+# Runs the tests of the component and prints how many of its lines and branches they cover, for each folder. Fails
+# if a test fails or if line coverage is below REQUIRED_LINES percent. The report in build/coverage/report shows
+# the lines that were not covered.
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -23,11 +23,11 @@ counted_folders() {
 build_and_test() {
   cmake --preset coverage
   cmake --build --preset coverage -j "$JOBS"
-  find build/coverage -name '*.gcda' -delete  # what an earlier run counted
+  find build/coverage -name '*.gcda' -delete  # counts of an earlier run
   ctest --preset coverage -L 'unit|pipeline|golden' -R '_test' -j $((2 * JOBS))
 }
 
-# Branches that only an exception takes, and those the compiler made, are no choice of the source.
+# Excludes branches that only an exception takes and branches that the compiler generated.
 count_lines() {
   local folder filters=()
   for folder in $(counted_folders); do filters+=(--filter "$folder/"); done

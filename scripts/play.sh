@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Sets up, builds and plays: without an argument a sample that it makes and serves itself. In a window
-# where there is a display, and in the console where there is none.
+# Sets up, builds and plays. Without an argument it makes a sample, serves it and plays it. Plays in a window if
+# there is a display, otherwise in the console.
 set -euo pipefail
 
 ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -8,8 +8,8 @@ readonly ROOT
 readonly BUILD=$ROOT/build/play
 readonly REPORT=$BUILD/report.html
 HOST=stream_host
-readonly NO_DISPLAY=3  # the status of stream_player where there is none
-PATH=$PATH:/usr/sbin:/sbin  # where Debian keeps nginx; not every user looks there
+readonly NO_DISPLAY=3  # stream_player's exit status if there is no display
+PATH=$PATH:/usr/sbin:/sbin  # Debian's directory of nginx, which is not in every user's PATH
 
 # shellcheck source=scripts/lib/log.sh
 source "$ROOT/scripts/lib/log.sh"
@@ -20,22 +20,22 @@ source "$ROOT/scripts/lib/sample.sh"
 
 usage() {
   cat <<'USAGE'
-scripts/play.sh                           makes a sample, serves it and plays it
-scripts/play.sh --sample KIND [options]   the same, of a kind, with options of the player
+scripts/play.sh                           makes, serves and plays a sample
+scripts/play.sh --sample KIND [options]   the same with a sample of this kind and options of the player
 scripts/play.sh ADDRESS [options]         plays an http, https or file:// address
-scripts/play.sh --console ...             any of these in the console, also where there is a display
+scripts/play.sh --console ...             any of these in the console, even if there is a display
 
-The kinds of samples are hls (HTTP Live Streaming in several segments, which is what comes without
-an argument), ts (one MPEG transport stream), flv and mp4.
+The kinds of samples are hls (HTTP Live Streaming in several segments, the default), ts (one MPEG
+transport stream), flv and mp4.
 
-It plays in a window where there is a display, else in the console. scripts/play.sh ADDRESS --help
-tells the options, which are those of stream_player in a window and of stream_host in the console.
+Plays in a window if there is a display, otherwise in the console. scripts/play.sh ADDRESS --help
+lists the options: those of stream_player in a window, those of stream_host in the console.
 USAGE
 }
 
 has_display() { [[ -n ${DISPLAY-} || -n ${WAYLAND_DISPLAY-} ]]; }
 
-# prepare PACKAGE... - installs what is missing, these packages included, and builds.
+# prepare PACKAGE... - installs missing packages, including these, and builds the host.
 prepare() {
   local player=OFF packages=()
   if [[ $HOST == stream_player ]]; then
@@ -43,14 +43,14 @@ prepare() {
   fi
   ensure_packages "${BUILD_PACKAGES[@]}" "${packages[@]}" "$@"
   note "building $HOST in build/play"
-  # Only what is needed to play; the libraries of the tests and benchmarks may be missing.
+  # Only the targets needed to play: the libraries of tests and benchmarks may be missing.
   (cd "$ROOT" && cmake --preset release -B "$BUILD" -DSTREAM_BUILD_PLAYER="$player" \
     -DSTREAM_BUILD_TESTS=OFF -DSTREAM_BUILD_BENCH=OFF --log-level=WARNING) ||
     die "the configuration failed"
   cmake --build "$BUILD" --target "$HOST" || die "the build failed"
 }
 
-# play ADDRESS [options] - the report goes to a place of its own unless the options name another.
+# play ADDRESS [options] - writes the report to the default path unless the options name one.
 play() {
   local status=0 report=(--report "$REPORT")
   [[ " $*" != *" --report"* ]] || report=()
@@ -67,7 +67,7 @@ play() {
     play "$@"
     return
   fi
-  [[ ! -s $REPORT ]] || note "a report of what came, for any browser: $REPORT"
+  [[ ! -s $REPORT ]] || note "a report of this run, for any browser: $REPORT"
   return "$status"
 }
 
@@ -76,7 +76,7 @@ remove_sample() {
   rm -rf "$SAMPLE_DIR"
 }
 
-# make_sample KIND DIR - sets SAMPLE_FILE, the name of what is to be played.
+# make_sample KIND DIR - sets SAMPLE_FILE to the name of the file to play.
 make_sample() {
   case $1 in
     hls)
@@ -112,7 +112,7 @@ play_sample() {
   make_sample "$kind" "$SAMPLE_DIR/www" || die "ffmpeg could not make the sample"
   start_nginx "$SAMPLE_DIR"
   note "nginx serves it on port $NGINX_PORT"
-  # A proxy has no way to this machine's loopback.
+  # A proxy cannot reach this machine's loopback.
   unset http_proxy https_proxy all_proxy HTTP_PROXY HTTPS_PROXY ALL_PROXY
   play "http://127.0.0.1:$NGINX_PORT/$SAMPLE_FILE" "$@"
 }

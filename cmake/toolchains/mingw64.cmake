@@ -1,5 +1,5 @@
-# 64-bit Windows by Debian's cross compiler, with the threads of POSIX that std::thread needs there.
-# scripts/windows/prepare.sh makes the libraries first; what is built runs under wine.
+# 64-bit Windows with Debian's cross compiler, in its variant with POSIX threads, which std::thread needs.
+# scripts/windows/prepare.sh must build the libraries first. Programs are run under wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -19,17 +19,17 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# The import library of a DLL would be taken first otherwise.
+# Otherwise the import library of a DLL would be found first.
 set(ZLIB_USE_STATIC_LIBS ON)
 
 set(CMAKE_CROSSCOMPILING_EMULATOR ${stream_root}/scripts/windows/run_in_wine.sh)
 
-# Where GCC 12 optimises for this target it takes code of CLI11 for a null dereference. The native
-# builds refuse such code; here it is only told.
+# GCC 12, when optimising for this target, reports a false null dereference in CLI11. It stays a warning here; in
+# native builds such a warning is an error.
 set(CMAKE_CXX_FLAGS_INIT "-Wno-error=null-dereference")
 
-# The compiler's run-time libraries go inside: Windows does not have them. The same sources give the
-# same bytes, without the time and without an address that depends on the output's path.
+# Links the compiler's run-time libraries statically, since Windows does not have them. The output is reproducible:
+# it contains no timestamp, and no base address that depends on the path of the output.
 set(stream_link_flags "-static -Wl,--no-insert-timestamp -Wl,--disable-auto-image-base")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "${stream_link_flags}")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "${stream_link_flags}")

@@ -2,8 +2,8 @@
 //
 //   play ADDRESS [FRAMES]
 //
-// Ends after FRAMES frames (100 if not given), or 10 seconds after the last callback. The threads
-// are those of POSIX, which GCC for Windows has too.
+// Ends after FRAMES frames (default 100), or 10 seconds after the last callback. Uses POSIX
+// threads, which GCC for Windows supports too.
 #include <pthread.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -12,7 +12,7 @@
 
 #include "stream_downloader_c.h"
 
-// What the callbacks share: they are called from several threads at once.
+// State shared by the callbacks, which several threads call at once.
 typedef struct play {
   pthread_mutex_t mutex;
   pthread_cond_t changed;
@@ -45,8 +45,8 @@ static void on_line(void* user, const char* line, size_t length) {
   pthread_mutex_unlock(&self->mutex);
 }
 
-// Whether all frames were printed. No line says of every format that a stream has ended or does not
-// play: silence does.
+// Returns whether all frames were printed. Not every format reports that a stream has ended or does
+// not play, so silence ends the wait.
 static int wait_for_frames(play* self) {
   int is_done;
   pthread_mutex_lock(&self->mutex);

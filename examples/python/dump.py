@@ -1,6 +1,6 @@
 """Writes the first frames of a stream as `stream_host --dump` does: video.es, audio.es and frames.csv.
 
-usage: dump.py LIBRARY ADDRESS DIRECTORY FRAMES   the directory exists; gives up after 20 s without a frame
+usage: dump.py LIBRARY ADDRESS DIRECTORY FRAMES   DIRECTORY must exist; ends after 20 s without a frame
 """
 import ctypes as c
 import itertools
@@ -19,7 +19,7 @@ class Frame(c.Structure):
 FRAME = c.CFUNCTYPE(None, c.c_void_p, c.POINTER(Frame))
 
 
-class Callbacks(c.Structure):  # a c_void_p is a callback that stays null
+class Callbacks(c.Structure):  # a c_void_p field is a callback that stays null
     _fields_ = [("size", c.c_size_t), ("user", c.c_void_p), ("duration", c.c_void_p),
                 ("buffered_time", c.c_void_p), ("audio_clock", c.c_void_p), ("audio_frame", FRAME),
                 ("video_frame", FRAME), ("message", c.c_void_p), ("play_result", c.c_void_p)]

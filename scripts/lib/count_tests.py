@@ -1,8 +1,8 @@
 """Prints how many tests of a CTest run passed, failed and were skipped.
 
-A CTest test that is a whole program writes what its cases did to a JUnit file of its own, named for
-the test, in the directory of the results: then its cases count. One that failed without a failed
-case, since it crashed or ran out of time, counts as one more failed test.
+If a CTest test is a whole program, the program writes the results of its cases to a JUnit file in the
+results directory, named for the test; then its cases are counted. A program that failed without a failed
+case, because it crashed or timed out, counts as one more failed test.
 """
 
 import collections
@@ -31,7 +31,7 @@ def cases_of(path):
 
 
 def outcomes_of(test, results):
-    """Of the cases of a CTest test, or of the test itself where it has none."""
+    """Returns the outcomes of the cases of a CTest test, or of the test itself if it has no cases."""
     path = results / f"{test.get('name')}.xml"
     if not path.exists():
         return [outcome(test)]

@@ -2,7 +2,7 @@
 
   coverage_table.py CSV REQUIRED FOLDERS
 
-Fails where fewer lines of all folders together were run than REQUIRED per cent, and where one of the
+Fails if fewer than REQUIRED percent of the lines in all folders together were run, or if one of the
 folders is missing.
 """
 

@@ -1,7 +1,7 @@
 """Prints why the failed tests of a CTest run failed.
 
-Of a program that wrote the results of its cases (count_tests.py), those of the failed cases; of any
-other test, and of a program that crashed or ran out of time, the end of what it wrote.
+For a program that wrote the results of its cases (count_tests.py), prints the messages of the failed
+cases. For any other test, and for a program that crashed or timed out, prints the end of its output.
 """
 
 import pathlib
@@ -18,7 +18,7 @@ def end_of(text):
 
 
 def reasons(test, results):
-    """Pairs of a name and a text."""
+    """Yields pairs of a name and a text."""
     path = results / f"{test.get('name')}.xml"
     cases = [case for case in cases_of(path) if is_failed(case)] if path.exists() else []
     if not cases:

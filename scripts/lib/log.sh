@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# What the scripts say, and how they give up: one clear line.
+# Messages of the scripts: progress lines, and one clear line on failure.
 
 note() { printf '== %s\n' "$*"; }
 

@@ -1,42 +1,41 @@
 # shellcheck shell=bash
-# The Debian packages that the project needs, by purpose, and their installation. Needs log.sh.
+# The Debian packages that the project needs, grouped by purpose, and functions to install them. Needs log.sh.
 #
-# Nothing is asked of a package registry while nothing is missing.
+# No package registry is contacted if nothing is missing.
 #
 # shellcheck disable=SC2034  # the lists are for the scripts that read this file
 
-# What brings npm: nothing where there is one already. Debian's cannot be installed beside one from
-# elsewhere.
+# The packages of npm; empty if npm is installed already. Debian's npm conflicts with one from another source.
 NPM_PACKAGES=()
 [[ -n $(command -v npm) ]] || NPM_PACKAGES=(nodejs npm)
 readonly NPM_PACKAGES
 
-# To build the library and the console host with its report, and to play an address with them.
+# For building the library and the console host with its report, and for playing an address.
 readonly BUILD_PACKAGES=(
   ca-certificates cmake g++ libcli11-dev libcurl4-openssl-dev ninja-build nlohmann-json3-dev
   pkg-config zlib1g-dev "${NPM_PACKAGES[@]}"
 )
-# To build the player with a window, too.
+# For building the player with a window.
 readonly PLAYER_PACKAGES=(
   libavcodec-dev libavutil-dev libsdl2-dev libswresample-dev libswscale-dev
 )
-# To make a sample and to serve it.
+# For making and serving a sample.
 readonly SAMPLE_PACKAGES=(ffmpeg nginx)
-# To build and run the tests.
+# For building and running the tests.
 readonly TEST_PACKAGES=(
   chromium googletest libcpp-httplib-dev libgmock-dev libgtest-dev libssl-dev locales openbox openssl
   python3 util-linux xdotool xvfb
 )
-# To check the sources, and to build the fuzzers, the benchmarks and what has sanitizers, whose reports name
-# functions by a program of llvm. eslint comes from npm.
+# For checking the sources and for building the fuzzers, the benchmarks and the sanitizer presets; llvm has the
+# program that finds the function names in sanitizer reports. npm installs eslint.
 readonly CHECK_PACKAGES=(
   clang clang-format clang-tidy libavcodec-dev libavformat-dev libavutil-dev libbenchmark-dev
   libclang-rt-dev llvm pylint shellcheck
 )
-# To count which lines the tests run.
+# For measuring which lines the tests cover.
 readonly COVERAGE_PACKAGES=(gcovr)
 
-# as_root COMMAND... - runs it as root, with sudo where that is needed.
+# as_root COMMAND... - runs the command as root, with sudo if necessary.
 as_root() {
   if [[ $(id -u) -eq 0 ]]; then
     "$@"
@@ -51,18 +50,17 @@ is_installed() {
   [[ $(dpkg-query -W -f '${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
 }
 
-# Refuses, with one line, where the packages cannot be installed.
+# Ends the script with one line if the packages cannot be installed.
 require_means_to_install() {
   local missing="$*"
   if [[ -z $(command -v apt-get) ]]; then
-    die "apt-get is not here; install what these Debian packages hold, then try again: $missing"
+    die "apt-get was not found; install the contents of these Debian packages and try again: $missing"
   fi
   as_root true || die "root or sudo is needed to install: $missing"
 }
 
-# A policy for the time of the installation: the project runs nginx by itself, on a port of its own,
-# so the service that comes with the package must not come up on port 80. A policy that the machine
-# has already is respected.
+# A service policy that is in place only during the installation. The project runs nginx itself on its own port, so
+# the package must not start its service on port 80. An existing policy of the machine is kept.
 readonly SERVICE_POLICY=/usr/sbin/policy-rc.d
 
 keep_nginx_service_off() {
@@ -79,7 +77,7 @@ POLICY
 
 forget_nginx_service() {
   if [[ -n $(command -v systemctl) ]]; then
-    as_root systemctl disable --quiet nginx 2>/dev/null || true  # no running systemd: nothing to do
+    as_root systemctl disable --quiet nginx 2>/dev/null || true  # no systemd is running
   fi
 }
 
@@ -87,7 +85,7 @@ apt_get_install() {
   as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "$@"
 }
 
-# install_packages PACKAGE... - in a subshell, so that its trap is its own.
+# install_packages PACKAGE... - runs in a subshell, so that its trap is local.
 install_packages() (
   [[ " $* " == *" nginx "* ]] && keep_nginx_service_off
   as_root apt-get update -q || die "apt-get update failed; these packages are missing: $*"
@@ -96,7 +94,7 @@ install_packages() (
   return 0
 )
 
-# ensure_packages PACKAGE... - installs those that are missing and names them first.
+# ensure_packages PACKAGE... - names and installs those that are missing.
 ensure_packages() {
   local package
   local missing=()

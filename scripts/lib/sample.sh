@@ -1,8 +1,8 @@
 # shellcheck shell=bash
-# A sample made by ffmpeg and a web server that serves it on the loopback. Needs log.sh.
+# A sample made by ffmpeg, and a web server on the loopback interface. Needs log.sh.
 
-# make_stream OPTION... FILE - twelve seconds of H.264 with B-frames and AAC, in the form that the
-# options ask for.
+# make_stream OPTION... FILE - twelve seconds of H.264 with B-frames and AAC, in the container that the options
+# select.
 make_stream() {
   local seconds=12
   ffmpeg -nostdin -v error -y \
@@ -18,7 +18,7 @@ make_ts_sample() { make_stream -f mpegts "$1"; }
 # make_flv_sample FILE
 make_flv_sample() { make_stream -f flv "$1"; }
 
-# make_mp4_sample FILE - with its index first, so that it plays while it comes.
+# make_mp4_sample FILE - with the index first, so that it plays while it downloads.
 make_mp4_sample() { make_stream -f mp4 -movflags +faststart "$1"; }
 
 # make_hls_sample DIR - DIR/sample.m3u8 and six segments.
@@ -27,11 +27,11 @@ make_hls_sample() {
     -hls_segment_filename "$1/segment%d.ts" "$1/sample.m3u8"
 }
 
-# write_nginx_config DIR PORT - everything that nginx reads or writes lies in DIR. It sends a sample
-# in a few seconds, not at once, so that there is progress to be seen.
+# write_nginx_config DIR PORT - all files that nginx reads or writes are in DIR. The rate is limited, so that a
+# sample takes a few seconds and progress is visible.
 write_nginx_config() {
   local user_line=""
-  [[ $(id -u) -eq 0 ]] && user_line="user root;"  # DIR is closed to everybody else
+  [[ $(id -u) -eq 0 ]] && user_line="user root;"  # other users cannot read DIR
   cat >"$1/nginx.conf" <<CONFIG
 $user_line
 worker_processes 1;
@@ -56,8 +56,8 @@ CONFIG
 
 port_answers() { (exec 3<>"/dev/tcp/127.0.0.1/$1") 2>/dev/null; }
 
-# start_nginx DIR - serves DIR/www and sets NGINX_PORT. nginx goes to the background only when it
-# listens, and fails when another program got the port first; then the next port is tried.
+# start_nginx DIR - serves DIR/www and sets NGINX_PORT. nginx goes to the background once it listens, and fails if
+# another program has taken the port; then another port is tried.
 start_nginx() {
   local dir=$1 try
   for ((try = 0; try < 20; ++try)); do

@@ -1,9 +1,9 @@
 # shellcheck shell=bash
-# How programs built with sanitizers are run.
+# Runs programs that were built with sanitizers.
 
-# The sanitizers of these compilers need room at fixed addresses. Kernels that spread mappings over
-# more than 28 bits take it now and then, so there programs run with that spreading off, where this
-# is permitted.
+# The sanitizers of these compilers need certain address ranges to be free. Kernels that randomise mappings over
+# more than 28 bits sometimes occupy them, so on such kernels programs run without randomisation, if that is
+# permitted.
 run_sanitized() {
   local limit=28 bits=0
   [[ -r /proc/sys/vm/mmap_rnd_bits ]] && bits=$(</proc/sys/vm/mmap_rnd_bits)

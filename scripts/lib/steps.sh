@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# The named steps of a check: each runs with its output in a log of its own and ends with one line
-# that reports its result and how long it took. Needs log.sh.
+# The named steps of a check. The output of each step goes to a log of its own. At its end one line reports the
+# result and the duration. Needs log.sh.
 
 STEP_LINES=()
 FAILED_STEPS=()
@@ -10,7 +10,7 @@ TESTS_PASSED=0
 TESTS_FAILED=0
 TESTS_SKIPPED=0
 
-# begin_steps DIR - where the logs go; the logs of an earlier check are removed.
+# begin_steps DIR - sets the log directory and removes the logs of an earlier check.
 begin_steps() {
   LOG_DIR=$1
   rm -rf "$LOG_DIR"
@@ -24,8 +24,8 @@ end_step() {
   note "$line"
 }
 
-# start_step NAME COMMAND... - the command runs beside what follows, in a shell of its own that stops
-# at its first error. Each step that was started must be awaited.
+# start_step NAME COMMAND... - runs the command in the background, in a shell that stops at the first error. Each
+# started step must be awaited.
 start_step() {
   local name=$1
   shift
@@ -33,13 +33,14 @@ start_step() {
   (
     start=$SECONDS
     set +e
-    (set -e; "$@")  # no condition may stand around this: it would switch off the end at an error
+    (set -e; "$@")  # must not be part of a condition: that would disable set -e
     printf '%d %d\n' $? $((SECONDS - start)) >"$LOG_DIR/$name.result"
   ) >"$LOG_DIR/$name.log" 2>&1 </dev/null &
   STEP_PIDS[$name]=$!
 }
 
-# await_step NAME - step_passed reports how it went; the end of the log of a failed one is shown.
+# await_step NAME - waits for a step; step_passed then returns its result. Prints the end of the log if the step
+# failed.
 await_step() {
   local name=$1 log=$LOG_DIR/$1.log elapsed=0
   wait "${STEP_PIDS[$name]}" || true
@@ -54,7 +55,7 @@ await_step() {
   fi
 }
 
-# run_step NAME COMMAND... - both in one.
+# run_step NAME COMMAND... - starts a step and awaits it.
 run_step() {
   start_step "$@"
   await_step "$1"
@@ -64,7 +65,7 @@ step_passed() { [[ $STEP_STATUS -eq 0 ]]; }
 
 skip_step() { end_step "$1" "skipped: $2" 0; }
 
-# count_tests FILE RESULTS - adds up a JUnit file of CTest, and those of the programs that it ran.
+# count_tests FILE RESULTS - adds the test counts of a JUnit file of CTest and of the result files of its programs.
 count_tests() {
   local passed failed skipped
   read -r passed failed skipped < <(python3 -B "$(dirname "${BASH_SOURCE[0]}")/count_tests.py" "$1" "$2")
@@ -74,8 +75,8 @@ count_tests() {
   TESTS_SKIPPED=$((TESTS_SKIPPED + skipped))
 }
 
-# Prints the summary; the last line is alone on its line and counts the tests. A step that failed
-# without a failed test of its own counts as one. False when anything failed.
+# Prints the summary. Its last line contains nothing but the test counts. A failed step without a failed test
+# counts as one failed test. Returns false if anything failed.
 end_steps() {
   local skipped=""
   note "summary, after $SECONDS s"

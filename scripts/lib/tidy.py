@@ -1,15 +1,15 @@
-"""Runs clang-tidy over all sources of the project, in batches of sources whose options agree.
+"""Runs clang-tidy over all sources of the project, in batches of sources with compatible options.
 
   tidy.py BUILD_DIRECTORY... [-- FILE...]
 
-The build directories have been configured; each source is looked at as the first of them that
-compiles it does, in a batch with the macros of its neighbours too. A source that none of them
-compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR names it, so that a new folder cannot escape.
-With FILEs only those are looked at.
+The build directories must be configured. Each source is checked with the options of the first directory
+that compiles it, and in a batch also with the macros of the other sources. A source that none of them
+compiles is an error, unless OTHER_SYSTEM or NEIGHBOUR names it, so that no new folder is missed. With
+FILEs only those are checked.
 
-Most of the time of clang-tidy goes into headers. So sources with options that agree are joined into one
-source, a batch, as long as they define no name twice. A batch that is clean is clean; where one
-is not, its sources are looked at one by one, and only what is found then counts.
+clang-tidy spends most of its time on headers. Therefore sources with compatible options are joined into
+one source, a batch, unless they define the same name. If a batch has no findings, neither have its
+sources. If it has some, its sources are checked one by one, and only those findings count.
 """
 
 import json
@@ -27,10 +27,10 @@ WORK = ROOT / "build" / "tidy"
 NOT_OURS = {"build", "out", ".git"}
 CONFIG = ".clang-tidy"
 
-# Compiled for Windows only, by a compiler whose options clang-tidy does not take.
+# Compiled for Windows only, with compiler options that clang-tidy does not accept.
 OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|msvc|paths)/")
-# Compiled by none of the presets that are looked at, but as the source named here is: what the report is
-# without its page, what only the Windows library compiles, and the host that uses the installed library.
+# Not compiled by any of the presets in use, but with the options of the source named here: the report without
+# its page, sources of the Windows library only, and the host that uses the installed library.
 NEIGHBOUR = {
     "msvc/auto_class_init.cc": "public/stream_downloader.cc",
     "msvc/player_lines_msvc.cc": "public/stream_downloader.cc",
@@ -38,19 +38,20 @@ NEIGHBOUR = {
     "tests/package/consumer/host.cc": "host/console/main.cc",
 }
 
-# What unused_names looks for instead, since in a batch another source may use the name.
+# Checks replaced by unused_names, because in a batch another source may use the name.
 SEEN_BY_UNUSED_NAMES = "-misc-unused-using-decls,-misc-unused-alias-decls"
 
-# How far the static analyzer follows one function: a third of the default, in less than half the time.
+# How far the static analyzer follows one function: a third of the default, which takes less than half the
+# time.
 ANALYZER_LIMIT = [f"--extra-arg={word}" for word in
                   ("-Xclang", "-analyzer-config", "-Xclang", "max-nodes=75000")]
 
-MOST_LINES = 3000  # of a batch; larger ones would leave a processor idle at the end
-# What the preprocessor and the parser have to know; optimisation, warnings and sanitizers are the
-# compilers' own affair.
+MOST_LINES = 3000  # per batch; larger batches would leave a processor idle at the end
+# The options that affect the preprocessor and the parser. Optimisation, warnings and sanitizers do not matter
+# here.
 OPTION = re.compile(r"-([DUI].+|std=.+|isystem)$")
 TAKES_VALUE = ("-isystem",)
-# A line that begins in the first column and defines a name, and names that are none.
+# A line that begins in the first column and defines a name. The first part excludes lines that define none.
 DEFINITION = re.compile(r"(?!TEST|TYPED_TEST|INSTANTIATE|namespace|extern|template|public|private|[ #/}])"
                         r".*?(?<!::)\b(\w+)(?=\s*(?:[({=;\[]|:(?!:)|$))")
 USING = re.compile(r"using [\w:]+::(\w+);")
@@ -68,7 +69,7 @@ def own_sources():
 
 
 def wanted_options(command):
-    """The options of a compile command that decide what the source says."""
+    """Yields the options of a compile command that affect the meaning of the source."""
     words = iter(shlex.split(command)[1:])
     for word in words:
         if OPTION.match(word):
@@ -78,14 +79,14 @@ def wanted_options(command):
 
 
 def sources_of(entry):
-    """The sources that a compile command compiles: several, where CMake has joined them into one."""
+    """Returns the sources of a compile command: several if CMake has joined them into one."""
     if "/Unity/" not in entry["file"]:
         return [entry["file"]]
     return re.findall(r'^#include "(.+)"$', Path(entry["file"]).read_text(encoding="utf-8"), re.MULTILINE)
 
 
 def compile_options(directories):
-    """What each source is compiled with, by its path."""
+    """Returns the options of each source, by its path."""
     options = {}
     for directory in directories:
         entries = json.loads((directory / "compile_commands.json").read_text(encoding="utf-8"))
@@ -102,12 +103,12 @@ def compile_options(directories):
         else:
             escaped.append(source)
     if escaped:
-        sys.exit("compiled by none of the presets, and so not looked at:\n  " + "\n  ".join(escaped))
+        sys.exit("not compiled by any of the presets, and therefore not checked:\n  " + "\n  ".join(escaped))
     return found
 
 
 def config_folder(source):
-    """The folder of the configuration that holds for the source, '.' for that of the project."""
+    """Returns the folder of the configuration that applies to the source, '.' for the project's."""
     folder = (ROOT / source).parent
     while not (folder / CONFIG).exists():
         folder = folder.parent
@@ -115,8 +116,8 @@ def config_folder(source):
 
 
 class Names:
-    """The names in some sources: those that only their own source may see, those that every source
-    sees, what `using` says, and all that are mentioned."""
+    """The names in some sources: `own` can be used in their own source only, `common` in every source,
+    `used` maps the names of `using` lines to these lines, and `mentioned` has every word."""
 
     def __init__(self, text=""):
         self.own, self.common, self.used = set(), set(), {}
@@ -137,7 +138,7 @@ class Names:
         self.mentioned |= other.mentioned
 
     def clash_with(self, other):
-        """Whether a name would mean something else in one source because of the other."""
+        """Whether joining the sources could change the meaning of a name in one of them."""
         both_used = self.used.keys() & other.used.keys()
         return not (self.own.isdisjoint(other.mentioned) and other.own.isdisjoint(self.mentioned)
                     and self.common.isdisjoint(other.common)
@@ -153,8 +154,8 @@ class Options:
         self.others = tuple(word for word in words if not word.startswith("-D"))
 
     def agree_with(self, other):
-        """Whether a source with the other options may join: it needs none that is missing here, no
-        macro has two values, and assert() is the same."""
+        """Whether a source with the other options may join: this one has all of its options, no macro
+        has two values, and assert() is the same."""
         return (set(self.others) >= set(other.others)
                 and ("NDEBUG" in self.macros) == ("NDEBUG" in other.macros)
                 and all(self.macros.get(name, value) == value for name, value in other.macros.items()))
@@ -173,7 +174,7 @@ class Batch:
         self.names = Names()
 
     def take(self, source, folder, options):
-        """Adds the source, unless there is no room for it, for its names or for its options."""
+        """Adds the source, unless its size, its names or its options do not fit."""
         if folder != self.folder or not self.options.agree_with(options):
             return False
         text = (ROOT / source).read_text(encoding="utf-8")
@@ -188,8 +189,8 @@ class Batch:
 
 
 def all_batches(commands):
-    """Batches of everything, the largest first. Sources with many options are the first of theirs, since
-    those with fewer may join them."""
+    """Returns batches of all sources, the largest first. Sources with many options start batches, since
+    sources with fewer options may join them."""
     batches = []
     for source in sorted(commands, key=lambda source: -len(commands[source])):
         folder, options = config_folder(source), Options(commands[source])
@@ -206,7 +207,7 @@ def command_entry(path, options):
 
 
 def write_batch(path, batch):
-    """One text, not includes: the static analyzer skips what is in another file than the first."""
+    """Writes one text without includes: the static analyzer skips functions outside the main file."""
     path.parent.mkdir(parents=True, exist_ok=True)
     if batch.folder != ".":
         shutil.copy(ROOT / batch.folder / CONFIG, path.parent)
@@ -216,13 +217,13 @@ def write_batch(path, batch):
 
 
 def neighbours(batch):
-    """The options by which the sources find the headers beside them."""
+    """Returns the options with which the sources find the headers beside them."""
     folders = sorted({str((ROOT / name).parent) for name in batch.sources})
     return [option for folder in folders for option in ("-iquote", folder)]
 
 
 def write_batches(made, commands):
-    """Writes the batches and the compile commands, and gives {path of the batch: its sources}."""
+    """Writes the batches and the compile commands. Returns {path of the batch: its sources}."""
     shutil.rmtree(WORK, ignore_errors=True)
     WORK.mkdir(parents=True)
     entries = [command_entry(ROOT / source, command) for source, command in commands.items()]
@@ -239,7 +240,7 @@ def write_batches(made, commands):
 
 
 def unused_names(sources):
-    """What `using` or an alias brings into a source that does not mention it."""
+    """Yields names from `using` or an alias that the source does not mention again."""
     for source in sources:
         text = (ROOT / source).read_text(encoding="utf-8")
         for match in re.finditer(r"^(?:using [\w:]+::|namespace )(\w+)(?:;| = )", text, re.MULTILINE):
@@ -248,7 +249,7 @@ def unused_names(sources):
 
 
 def tidy(path):
-    """What clang-tidy finds in it; nothing where it is clean."""
+    """Returns the findings of clang-tidy for the file; empty if there are none."""
     run = subprocess.run(["clang-tidy", "--quiet", f"--checks={SEEN_BY_UNUSED_NAMES}",
                           *ANALYZER_LIMIT, "-p", str(WORK), str(path)],
                          check=False, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
@@ -260,11 +261,11 @@ def first_error(output):
 
 
 def findings(pool, batches):
-    """What is found in single sources, after a look at each source of a batch that is not clean."""
+    """Returns the findings in single sources. Checks each source of a batch with findings again."""
     found, doubtful = [], []
     for sources, output in zip(batches.values(), pool.map(tidy, batches)):
         if output and len(sources) > 1:
-            print(f"{len(sources)} sources one by one, since together: {first_error(output)}", flush=True)
+            print(f"checking {len(sources)} sources one by one: {first_error(output)}", flush=True)
             doubtful += sources
         elif output:
             found.append(output)

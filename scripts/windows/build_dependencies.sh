@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Builds the libraries that the Windows build needs and Debian does not have for it: one recipe each,
-# one folder each. A recipe that has not changed since, with the same versions, compiler and
-# toolchain, is not built again, and then nothing is asked of the network.
+# Builds the libraries that the Windows build needs and Debian does not provide for it. Each has one recipe and one
+# directory. A recipe is built again only if the recipe, its versions, the compiler or the toolchain file has
+# changed. If nothing has changed, the network is not used.
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -13,7 +13,7 @@ source "$HERE/settings.sh"
 # shellcheck source=scripts/windows/debian_source.sh
 source "$HERE/debian_source.sh"
 
-# For the recipes: "name version" of installed packages, a line each.
+# For the recipes: prints "name version" for each installed package, one per line.
 package_versions() {
   # shellcheck disable=SC2016  # dpkg-query fills this in
   dpkg-query -W -f '${Package} ${Version}\n' "$@"
@@ -38,8 +38,8 @@ stamp_of() {
   } | sha256sum | cut -d ' ' -f 1
 }
 
-# In a subshell each, since every recipe defines the same functions. The folder is made whole or not
-# at all.
+# Runs in a subshell, since every recipe defines the same functions. The target directory is replaced only after a
+# complete build.
 build_dependency() (
   name=$1
   # shellcheck source=/dev/null

@@ -1,6 +1,5 @@
 #!/usr/bin/env bash
-# Makes the folder that wine keeps its Windows in, once, as Windows 10. Run it alone, before anything
-# runs under wine in parallel.
+# Creates the wine prefix once, as Windows 10. Run it alone, before programs run under wine in parallel.
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -10,14 +9,14 @@ source "$HERE/../lib/log.sh"
 # shellcheck source=scripts/windows/settings.sh
 source "$HERE/settings.sh"
 
-# The first program starts wine's services, which hold the streams they were given open for seconds.
+# The first program starts wine's services, which keep its output streams open for seconds.
 quietly() { "$@" </dev/null >/dev/null 2>&1; }
 
 main() {
   set_wine_environment
   [[ -f $WINEPREFIX/made ]] && return
   note "setting up wine in ${WINEPREFIX#"$WINDOWS_ROOT"/}"
-  quietly "$WINESERVER" -k -w || true  # one that an earlier try left behind
+  quietly "$WINESERVER" -k -w || true  # ends a server left by an earlier attempt
   rm -rf "$WINEPREFIX"
   mkdir -p "$WINEPREFIX"
   quietly "$WINESERVER" -p600 || die "wine's server does not start"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes a Debian 12 machine ready for the preset "windows": packages, libraries, wine. What is there
-# already is left alone, and then nothing is asked of the network.
+# Prepares a Debian 12 machine for the preset "windows": packages, libraries, wine. Does nothing for parts that
+# exist already; if all exist, the network is not used.
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# run_in_wine.sh PROGRAM ARGUMENT... - runs a Windows program. CMake and CTest start the tests with it.
+# run_in_wine.sh PROGRAM ARGUMENT... - runs a Windows program. CMake and CTest run the tests with it.
 set -euo pipefail
 
 HERE=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -9,9 +9,9 @@ source "$HERE/../lib/log.sh"
 # shellcheck source=scripts/windows/settings.sh
 source "$HERE/settings.sh"
 
-# The first program that meets no server starts wine's services, which hold its streams open for
-# seconds after it ended. So the server and the services are started here, with none, by the first of
-# those that ask; the others wait for it.
+# If no server is running, the first program starts wine's services, and they keep its output streams open for
+# seconds after it has ended. Therefore the first script to run starts the server and the services here, without
+# streams; the others wait for it.
 start_server_once() {
   exec 9>"$WINEPREFIX/starting"
   flock 9
@@ -23,7 +23,7 @@ start_server_once() {
 }
 
 main() {
-  [[ $# -gt 0 ]] || die "which program?"
+  [[ $# -gt 0 ]] || die "no program was given"
   set_wine_environment
   [[ -f $WINEPREFIX/made ]] || die "wine is not set up; run scripts/windows/prepare.sh"
   start_server_once

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Ends wine's server and all that runs under it; it would end by itself ten minutes after the last
+# Ends wine's server and all programs that run under it. Otherwise it ends by itself ten minutes after the last
 # program.
 set -euo pipefail
 
@@ -10,4 +10,4 @@ source "$HERE/settings.sh"
 
 set_wine_environment
 [[ ! -d $WINEPREFIX ]] && exit
-"$WINESERVER" -k -w 2>/dev/null || true  # none runs: nothing to end
+"$WINESERVER" -k -w 2>/dev/null || true  # fails if no server is running

@@ -1,6 +1,5 @@
 # shellcheck shell=bash
-# The web server of the pipeline tests, from Debian's source, with a pkg-config file as Debian's own
-# package has it.
+# The web server of the pipeline tests, from Debian's source, with a pkg-config file like that of Debian's package.
 
 recipe_version() { package_versions libcpp-httplib-dev; }
 

@@ -1,11 +1,11 @@
 # shellcheck shell=bash
-# libcurl from Debian's source: static, TLS by Schannel, only the protocols that the component accepts.
+# libcurl from Debian's source: static, with Schannel for TLS and only the protocols that the component accepts.
 
-# The machine's own libcurl tells which version its repositories hold.
+# The version of the machine's own libcurl is the version in its repositories.
 recipe_version() { package_versions libcurl4-openssl-dev; }
 
-# Protocols are switched off one by one, since HTTP_ONLY would drop file:// too. Unicode is for
-# file:// addresses with letters outside the code page.
+# Each protocol is disabled individually, since HTTP_ONLY would disable file:// too. Unicode is needed for file://
+# addresses with characters outside the code page.
 readonly OPTIONS=(
   -DBUILD_SHARED_LIBS=OFF -DBUILD_CURL_EXE=OFF -DBUILD_TESTING=OFF -DENABLE_MANUAL=OFF
   -DCURL_USE_SCHANNEL=ON -DCURL_USE_OPENSSL=OFF -DCURL_USE_LIBSSH2=OFF -DCURL_USE_LIBPSL=OFF

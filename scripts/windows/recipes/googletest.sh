@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# googletest and googlemock, from the source that Debian's package installs.
+# googletest and googlemock, from the source in Debian's package.
 
 recipe_version() { package_versions googletest; }
 

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Libraries that are headers only, copied to where the cross build finds them. It cannot look into
-# /usr/include itself: the headers of the machine's own C library lie there too.
+# Header-only libraries, copied to where the cross build finds them. It cannot search /usr/include, which also
+# contains the headers of the machine's own C library.
 
 readonly HEADER_PACKAGES=(libcli11-dev nlohmann-json3-dev)
 
@@ -13,7 +13,7 @@ recipe_build() {
   done
 }
 
-# The headers and CMake packages of a Debian package, without the /usr before them.
+# Copies the headers and CMake packages of a Debian package, without the leading /usr.
 copy_package() {
   local file
   while read -r file; do

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(CleanUrlTest, PlainAddressComesBackAsItIs) {
+TEST(CleanUrlTest, PlainAddressIsUnchanged) {
   EXPECT_EQ(CleanUrl("http://host/a b.ts?x=1~"), "http://host/a b.ts?x=1~");
 }
 
@@ -14,7 +14,7 @@ TEST(CleanUrlTest, CarriageReturnAndLineFeedEndTheAddress) {
   EXPECT_EQ(CleanUrl("http://host/a.flv\r\n"), "http://host/a.flv");
 }
 
-TEST(CleanUrlTest, WhatFollowsAControlByteIsDiscarded) {
+TEST(CleanUrlTest, RestAfterAControlByteIsDiscarded) {
   EXPECT_EQ(CleanUrl(std::string("http://h\0/a.ts", 14)), "http://h");
   EXPECT_EQ(CleanUrl("http://h\x7F/a.ts"), "http://h");
 }
@@ -25,8 +25,8 @@ TEST(CleanUrlTest, PairOfHighBytesFoldsIntoTheirSum) {
   EXPECT_EQ(CleanUrl("http://h/\xC3\xA9.ts"), "http://h/\x6C.ts");
 }
 
-TEST(CleanUrlTest, ThirdHighByteWithoutAPartnerEndsTheAddress) {
-  // 0xE4 + 0xB8 is 0x19C, so the pair becomes 0x9C; 0xAD is followed by a letter.
+TEST(CleanUrlTest, HighByteWithoutAPartnerEndsTheAddress) {
+  // 0xE4 + 0xB8 is 0x19C, so the pair becomes 0x9C. 0xAD is followed by a letter.
   EXPECT_EQ(CleanUrl("http://h/\xE4\xB8\xADx.ts"), "http://h/\x9C");
 }
 
@@ -38,7 +38,7 @@ TEST(FileUrlTest, SchemeCountsOnlyAtTheStart) {
   EXPECT_FALSE(IsFileUrl("FILE:///tmp/a.ts"));
 }
 
-TEST(FileUrlTest, PathIsWhatFollowsTheFirstSevenCharacters) {
+TEST(FileUrlTest, PathStartsAfterTheFirstSevenCharacters) {
   EXPECT_EQ(FileUrlPath("file:///tmp/a.ts"), "/tmp/a.ts");
   EXPECT_EQ(FileUrlPath("file://C:\\a b.ts"), "C:\\a b.ts");
 }

@@ -4,7 +4,7 @@
 
 namespace {
 
-// `count` bits of a header from `position` on.
+// `count` bits of a header starting at bit `position`.
 std::uint32_t Bits(const AdtsHeader& header, unsigned position, unsigned count) {
   std::uint32_t value = 0;
   for (unsigned bit = position; bit < position + count; ++bit) {
@@ -17,7 +17,7 @@ std::uint32_t Bits(const AdtsHeader& header, unsigned position, unsigned count) 
 constexpr unsigned kChannelsAt = 23;
 constexpr unsigned kLengthAt = 30;
 
-TEST(AdtsTest, HeaderHasEveryFieldInItsPlace) {
+TEST(AdtsTest, HeaderHasEveryFieldAtItsPosition) {
   const AdtsHeader header = MakeAdtsHeader({3, 2}, 1000);
   EXPECT_EQ(Bits(header, 0, 12), 0xFFFU) << "syncword";
   EXPECT_EQ(Bits(header, 12, 1), 0U) << "ID";
@@ -38,28 +38,28 @@ TEST(AdtsTest, KnownHeaderByteByByte) {
             (AdtsHeader{0xFF, 0xF1, 0x50, 0x80, 0x2E, 0x7F, 0xFC}));
 }
 
-TEST(AdtsTest, HeaderOfAnEmptyFrameTellsItsOwnLength) {
+TEST(AdtsTest, HeaderOfAnEmptyFrameCountsItsOwnLength) {
   EXPECT_EQ(Bits(MakeAdtsHeader({}, 0), kLengthAt, 13), kAdtsHeaderSize);
 }
 
-TEST(AdtsTest, LongestFrameThatThirteenBitsHold) {
+TEST(AdtsTest, LongestFrameOfThirteenBitsFits) {
   const AdtsHeader header = MakeAdtsHeader({}, 8191 - kAdtsHeaderSize);
   EXPECT_EQ(Bits(header, kLengthAt, 13), 8191U);
 }
 
-TEST(AdtsTest, LengthBeyondThirteenBitsLosesItsTopAndTouchesNoOtherField) {
+TEST(AdtsTest, LengthBeyondThirteenBitsIsTruncatedAndChangesNoOtherField) {
   const AdtsHeader too_long = MakeAdtsHeader({15, 7}, 8192 - kAdtsHeaderSize);
   EXPECT_EQ(Bits(too_long, kLengthAt, 13), 0U);
   EXPECT_EQ(Bits(too_long, 26, 4), 0U);
   EXPECT_EQ(MakeAdtsHeader({15, 7}, 0xFFFFFF), MakeAdtsHeader({15, 7}, 0xFFFFFF & 0x1FFF));
 }
 
-TEST(AdtsTest, ChannelConfigurationBeyondThreeBitsLosesItsTop) {
+TEST(AdtsTest, ChannelConfigurationBeyondThreeBitsIsTruncated) {
   EXPECT_EQ(MakeAdtsHeader({3, 8}, 10), MakeAdtsHeader({3, 0}, 10));
   EXPECT_EQ(MakeAdtsHeader({3, 15}, 10), MakeAdtsHeader({3, 7}, 10));
 }
 
-TEST(AdtsTest, FieldsOfTheConfigurationsThatEncodersWrite) {
+TEST(AdtsTest, FieldsOfConfigurationsThatEncodersWrite) {
   struct Case {
     std::uint16_t config;
     std::uint16_t index;
@@ -88,10 +88,10 @@ TEST(AdtsTest, NoConfigurationGivesZeroFields) {
   const AdtsHeader header = MakeAdtsHeader(FieldsOfAudioSpecificConfig(0), 10);
   EXPECT_EQ(Bits(header, 18, 4), 0U);
   EXPECT_EQ(Bits(header, kChannelsAt, 3), 0U);
-  EXPECT_EQ(Bits(header, 16, 2), 1U) << "the profile is that of AAC LC all the same";
+  EXPECT_EQ(Bits(header, 16, 2), 1U) << "the profile is still AAC LC";
 }
 
-TEST(AdtsTest, ObjectTypeOfTheConfigurationIsNotLookedAt) {
+TEST(AdtsTest, ObjectTypeOfTheConfigurationIsIgnored) {
   EXPECT_EQ(MakeAdtsHeader(FieldsOfAudioSpecificConfig(0x2990), 10),
             MakeAdtsHeader(FieldsOfAudioSpecificConfig(0x1190), 10));
 }

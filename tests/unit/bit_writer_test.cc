@@ -12,7 +12,7 @@ TEST(BitWriterTest, FirstBitIsTheMostSignificantOfTheFirstByte) {
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 2>{0x80, 0}));
 }
 
-TEST(BitWriterTest, EachNumberFollowsTheOneBefore) {
+TEST(BitWriterTest, EachNumberFollowsThePreviousOne) {
   std::array<std::uint8_t, 2> bytes{};
   BitWriter writer(bytes);
   writer.Write(3, 0b101);
@@ -31,11 +31,11 @@ TEST(BitWriterTest, NumberSpansThreeBytes) {
 
 TEST(BitWriterTest, OnlyTheLowBitsAreWritten) {
   std::array<std::uint8_t, 2> bytes{};
-  BitWriter(bytes).Write(3, 0xFFFA);  // 010 at its end
+  BitWriter(bytes).Write(3, 0xFFFA);  // its low bits are 010
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 2>{0b01000000, 0}));
 }
 
-TEST(BitWriterTest, NoBitsLeaveThePositionAlone) {
+TEST(BitWriterTest, ZeroBitsDoNotMoveThePosition) {
   std::array<std::uint8_t, 1> bytes{};
   BitWriter writer(bytes);
   writer.Write(0, 0xFFFF);
@@ -43,13 +43,13 @@ TEST(BitWriterTest, NoBitsLeaveThePositionAlone) {
   EXPECT_EQ(bytes[0], 0x80);
 }
 
-TEST(BitWriterTest, BitsThatWereSetStaySet) {
+TEST(BitWriterTest, BitsAlreadySetStaySet) {
   std::array<std::uint8_t, 1> bytes = {0b10010001};
   BitWriter(bytes).Write(8, 0b01010000);
   EXPECT_EQ(bytes[0], 0b11010001);
 }
 
-TEST(BitWriterTest, BytesBesideTheNumberAreNotTouched) {
+TEST(BitWriterTest, BytesAfterTheNumberAreUnchanged) {
   std::array<std::uint8_t, 4> bytes = {0, 0, 0, 0xA5};
   BitWriter writer(bytes);
   writer.Write(8, 0x12);
@@ -57,7 +57,7 @@ TEST(BitWriterTest, BytesBesideTheNumberAreNotTouched) {
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{0x12, 0x34, 0x56, 0xA5}));
 }
 
-TEST(BitWriterTest, WhatLiesBehindTheEndIsDropped) {
+TEST(BitWriterTest, BitsAfterTheEndAreDropped) {
   std::array<std::uint8_t, 3> bytes{};
   BitWriter writer(std::span<std::uint8_t>(bytes).first(2));
   writer.Write(12, 0);
@@ -66,7 +66,7 @@ TEST(BitWriterTest, WhatLiesBehindTheEndIsDropped) {
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 3>{0, 0x0F, 0}));
 }
 
-TEST(BitWriterTest, EveryPositionAndCountGivesWhatANaiveWriterGives) {
+TEST(BitWriterTest, EveryPositionAndCountMatchesANaiveWriter) {
   for (unsigned position = 0; position < 16; ++position) {
     for (unsigned count = 1; count <= 16; ++count) {
       std::array<std::uint8_t, 4> bytes{};

@@ -19,7 +19,7 @@ void Fill(CByteBuffer& buffer, std::uint32_t n) {
   ASSERT_EQ(buffer.Append(bytes.data(), n), kBufferOk);
 }
 
-// A buffer of 4096 bytes whose last 100 written bytes, or fewer, are unread at `read_pos`.
+// Makes a buffer of 4096 bytes that has `unread` unread bytes at `read_pos`.
 void FillAndConsume(CByteBuffer& buffer, std::uint32_t read_pos, std::uint32_t unread) {
   ASSERT_EQ(buffer.Initialize(), kBufferOk);
   ASSERT_EQ(buffer.Reserve(4096), kBufferOk);
@@ -29,14 +29,14 @@ void FillAndConsume(CByteBuffer& buffer, std::uint32_t read_pos, std::uint32_t u
   ASSERT_EQ(buffer.Capacity(), 4096U);
 }
 
-TEST(ByteBufferTest, NewBufferHasNothing) {
+TEST(ByteBufferTest, NewBufferIsEmpty) {
   const CByteBuffer buffer;
   EXPECT_EQ(buffer.Capacity(), 0U);
   EXPECT_EQ(buffer.Size(), 0U);
   EXPECT_EQ(buffer.ReadPtr(), nullptr);
 }
 
-TEST(ByteBufferTest, InitializeGivesAnEmptyArrayOf4096Bytes) {
+TEST(ByteBufferTest, InitializeAllocatesAnEmptyArrayOf4096Bytes) {
   CByteBuffer buffer;
   EXPECT_EQ(buffer.Initialize(), kBufferOk);
   EXPECT_EQ(buffer.Capacity(), 4096U);
@@ -71,7 +71,7 @@ TEST(ByteBufferTest, ReserveThatJustFitsCompactsWithoutGrowth) {
   EXPECT_EQ(buffer.Capacity(), 4096U);
 }
 
-TEST(ByteBufferTest, ReserveThatDoesNotFitGrowsByWhatIsNeededAnd4096) {
+TEST(ByteBufferTest, ReserveThatDoesNotFitGrowsByTheNeededSizeAnd4096) {
   CByteBuffer buffer;
   FillAndConsume(buffer, 0, 100);
   EXPECT_EQ(buffer.Reserve(4000), kBufferOk);
@@ -128,7 +128,7 @@ TEST(ByteBufferTest, ReserveThatOverflowsIsRefusedAndChangesNothing) {
   EXPECT_EQ(buffer.Capacity(), 4096U);
 }
 
-// Although it would fit without the bytes that are consumed already.
+// It would fit if the consumed bytes did not count.
 TEST(ByteBufferTest, ReserveThatOverflowsWithTheWholeCapacityIsRefused) {
   CByteBuffer buffer;
   Fill(buffer, 20'000);
@@ -140,7 +140,7 @@ TEST(ByteBufferTest, ReserveThatOverflowsWithTheWholeCapacityIsRefused) {
   EXPECT_EQ(buffer.ReadPos(), 20'000U);
 }
 
-TEST(ByteBufferTest, GrowthThatOverflowsByItsSlackAloneIsRefused) {
+TEST(ByteBufferTest, GrowthWhoseSlackOverflowsIsRefused) {
   CByteBuffer buffer;
   FillAndConsume(buffer, 0, 4000);
   EXPECT_EQ(buffer.Reserve(kMax - 4096), kBufferImpossible);  // the sum fits only without the slack
@@ -148,7 +148,7 @@ TEST(ByteBufferTest, GrowthThatOverflowsByItsSlackAloneIsRefused) {
   EXPECT_EQ(buffer.Size(), 4000U);
 }
 
-TEST(ByteBufferTest, ResetForgetsTheContentsAndKeepsTheArray) {
+TEST(ByteBufferTest, ResetDiscardsTheContentsAndKeepsTheArray) {
   CByteBuffer buffer;
   FillAndConsume(buffer, 50, 100);
   ASSERT_EQ(buffer.Reserve(10), kBufferOk);
@@ -159,7 +159,7 @@ TEST(ByteBufferTest, ResetForgetsTheContentsAndKeepsTheArray) {
   EXPECT_EQ(buffer.Capacity(), 4096U);
 }
 
-// The plain design that the buffer's members follow: one array, compacted at every Reserve.
+// The reference design for the buffer's members: one array, compacted at every Reserve.
 struct PlainBuffer {
   std::vector<std::uint8_t> unread;
   std::uint32_t capacity = 4096;
@@ -175,7 +175,7 @@ struct PlainBuffer {
   }
 };
 
-TEST(ByteBufferTest, RandomUseGivesTheBytesAndMembersOfThePlainDesign) {
+TEST(ByteBufferTest, RandomUseMatchesTheReferenceDesign) {
   std::mt19937 random(20261121);  // NOLINT: the same run every time
   CByteBuffer buffer;
   PlainBuffer plain;
@@ -204,11 +204,11 @@ TEST(ByteBufferTest, RandomUseGivesTheBytesAndMembersOfThePlainDesign) {
   }
 }
 
-// Of a large block the consumed part holds no memory, and what replaces it must be what was
-// written.
-TEST(ByteBufferTest, LargeBacklogThatMovesOnKeepsItsBytes) {
+// In a large block the memory of consumed bytes is released. Bytes that are stored there later must
+// be intact.
+TEST(ByteBufferTest, MovingLargeBacklogKeepsItsBytes) {
   constexpr std::uint32_t kBacklog = 20'000'000;
-  constexpr std::uint32_t kStep = 256;  // of which the first number is looked at
+  constexpr std::uint32_t kStep = 256;  // bytes per read, of which the first number is checked
   std::vector<std::uint32_t> piece(250'048);
   const auto piece_size = static_cast<std::uint32_t>(piece.size() * sizeof(std::uint32_t));
   ASSERT_EQ(piece_size % kStep, 0U);

@@ -14,7 +14,7 @@ namespace {
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
-TEST(ClockTest, SystemClockEndsAWaitThatIsNeverMetAfterItsLimit) {
+TEST(ClockTest, WaitInTheSystemClockEndsAfterItsLimit) {
   std::mutex mutex;
   std::condition_variable condition;
   std::unique_lock lock(mutex);
@@ -22,7 +22,7 @@ TEST(ClockTest, SystemClockEndsAWaitThatIsNeverMetAfterItsLimit) {
   EXPECT_TRUE(lock.owns_lock());
 }
 
-TEST(ClockTest, ReplacementIsInUseUntilItIsGone) {
+TEST(ClockTest, ReplacementIsInUseUntilItIsDestroyed) {
   Clock* const system = &CurrentClock();
   {
     SimulatedClock simulated;
@@ -31,7 +31,7 @@ TEST(ClockTest, ReplacementIsInUseUntilItIsGone) {
   EXPECT_EQ(&CurrentClock(), system);
 }
 
-TEST(SimulatedClockTest, TimeStandsStillUntilItIsMoved) {
+TEST(SimulatedClockTest, TimeStandsStillUntilAdvanced) {
   SimulatedClock clock;
   clock.SetWallTime(1'000);
   const Clock::TimePoint before = clock.Now();
@@ -41,7 +41,7 @@ TEST(SimulatedClockTest, TimeStandsStillUntilItIsMoved) {
   EXPECT_EQ(clock.WallTime(), 1'000 + 24 * 3'600);
 }
 
-TEST(SimulatedClockTest, SleeperSleepsUntilItsTimeHasCome) {
+TEST(SimulatedClockTest, SleepEndsWhenItsTimeIsReached) {
   SimulatedClock clock;
   std::atomic<bool> awake{false};
   auto sleeper = std::async(std::launch::async, [&] {
@@ -58,7 +58,7 @@ TEST(SimulatedClockTest, SleeperSleepsUntilItsTimeHasCome) {
   EXPECT_EQ(clock.Sleeps(milliseconds(100)), 1U);
 }
 
-TEST(SimulatedClockTest, WaitEndsWithItsLimitOrWhenItIsMet) {
+TEST(SimulatedClockTest, WaitEndsAtItsLimitOrWhenItsConditionIsMet) {
   SimulatedClock clock;
   std::mutex mutex;
   std::condition_variable condition;
@@ -82,7 +82,7 @@ TEST(SimulatedClockTest, WaitEndsWithItsLimitOrWhenItIsMet) {
   EXPECT_TRUE(in_time.get());
 }
 
-TEST(SimulatedClockTest, AdvanceUntilGoesOnNoFurtherThanItMust) {
+TEST(SimulatedClockTest, AdvanceUntilStopsAsSoonAsTheConditionIsMet) {
   SimulatedClock clock;
   std::atomic<int> turns{0};
   auto loop = std::async(std::launch::async, [&] {
@@ -95,7 +95,7 @@ TEST(SimulatedClockTest, AdvanceUntilGoesOnNoFurtherThanItMust) {
   EXPECT_EQ(clock.Elapsed(), milliseconds(200));
   clock.Release();
   loop.get();
-  EXPECT_EQ(clock.Elapsed(), milliseconds(490)) << "the sleep that was released is cut short";
+  EXPECT_EQ(clock.Elapsed(), milliseconds(490)) << "the sleep in progress at Release takes no time";
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ TEST(CopyBufferTest, GrowsToExactlyTheNeededSize) {
   EXPECT_EQ(std::memcmp(buffer.Data(), bytes.data(), bytes.size()), 0);
 }
 
-TEST(CopyBufferTest, ResetKeepsTheBlockAndReleaseGivesItBack) {
+TEST(CopyBufferTest, ResetKeepsTheBlockAndReleaseFreesIt) {
   CopyBuffer buffer;
   const std::array<std::uint8_t, 5> bytes{};
   ASSERT_TRUE(buffer.Append(bytes.data(), 5));
@@ -42,7 +42,7 @@ TEST(CopyBufferTest, LengthPast31BitsIsRefused) {
   EXPECT_EQ(buffer.Length(), 1);
 }
 
-TEST(CopyBufferTest, AppendingNothingSucceeds) {
+TEST(CopyBufferTest, AppendOfZeroBytesSucceeds) {
   CopyBuffer buffer;
   EXPECT_TRUE(buffer.Append(nullptr, 0));
   EXPECT_EQ(buffer.Length(), 0);

@@ -19,21 +19,21 @@ std::atomic<bool> g_has_left{false};
 
 bool (*g_check)() = nullptr;
 
-// Exit handlers run in the reverse order of their registration: this one runs `check` after the
-// guard's handler.
+// Exit handlers run in the reverse order of their registration, so `check` runs after the guard's
+// handler.
 void CheckAfterTheGuard(bool (*check)()) {
   g_check = check;
   std::atexit([] { std::_Exit(g_check() ? kAsExpected : kOtherwise); });
   GuardExit();
 }
 
-// The clock of a process that exits: nobody destroys it.
+// The clock of a process that exits. It is never destroyed.
 SimulatedClock& ExitClock() {
   static SimulatedClock& clock = *new SimulatedClock;
   return clock;
 }
 
-// Starts a thread that is inside libcurl while `stay` runs.
+// Starts a thread that is inside libcurl while `stay` runs. Returns once it is inside.
 template <typename Stay>
 void StartThreadInsideLibcurl(Stay stay) {
   static std::atomic<bool> inside{false};
@@ -46,7 +46,8 @@ void StartThreadInsideLibcurl(Stay stay) {
   while (!inside) std::this_thread::yield();
 }
 
-// Starts a thread that downloads from a server that does not answer. Nobody destroys what it uses.
+// Starts a thread that downloads from a server that sends no reply. The objects it uses are never
+// destroyed.
 struct SilentDownload {
   static SilentDownload& Start() {
     static SilentDownload& download = *new SilentDownload;
@@ -74,13 +75,13 @@ class ExitGuardTest : public testing::Test {
   ExitGuardTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
 };
 
-TEST_F(ExitGuardTest, LibcurlIsOpenBeforeTheExit) {
+TEST_F(ExitGuardTest, LibcurlIsAvailableBeforeTheExit) {
   GuardExit();
   EXPECT_TRUE(LibcurlUse());
   EXPECT_FALSE(ProcessIsExiting());
 }
 
-// The thread leaves only when the exit waits for it.
+// The thread leaves libcurl only once the exit waits for it.
 TEST_F(ExitGuardTest, ExitWaitsForAThreadInsideLibcurl) {
   const auto exit_with_a_thread_inside = [] {
     CheckAfterTheGuard([] { return g_has_left.load(); });
@@ -90,8 +91,9 @@ TEST_F(ExitGuardTest, ExitWaitsForAThreadInsideLibcurl) {
   EXPECT_EXIT(exit_with_a_thread_inside(), testing::ExitedWithCode(kAsExpected), "");
 }
 
-// The thread moves the time and does not leave. What it finds to be otherwise ends the process.
-TEST_F(ExitGuardTest, ExitGivesUpOnAThreadThatStaysInsideLibcurlAfter1200Milliseconds) {
+// The thread advances the time and does not leave libcurl. If a check fails, it ends the process
+// with another exit status.
+TEST_F(ExitGuardTest, ExitStopsWaitingForAThreadInsideLibcurlAfter1200Milliseconds) {
   const auto exit_with_a_stuck_thread = [] {
     GuardExit();
     StartThreadInsideLibcurl([] {
@@ -107,7 +109,7 @@ TEST_F(ExitGuardTest, ExitGivesUpOnAThreadThatStaysInsideLibcurlAfter1200Millise
   EXPECT_EXIT(exit_with_a_stuck_thread(), testing::ExitedWithCode(kAsExpected), "");
 }
 
-TEST_F(ExitGuardTest, NobodyEntersLibcurlOnceTheProcessExits) {
+TEST_F(ExitGuardTest, NoThreadEntersLibcurlDuringTheExit) {
   const auto exit_and_enter = [] {
     CheckAfterTheGuard([] { return ProcessIsExiting() && !LibcurlUse(); });
     std::exit(kOtherwise);
@@ -115,8 +117,9 @@ TEST_F(ExitGuardTest, NobodyEntersLibcurlOnceTheProcessExits) {
   EXPECT_EXIT(exit_and_enter(), testing::ExitedWithCode(kAsExpected), "");
 }
 
-// A task that goes on would report the end of its transfer to a player that may be gone.
-TEST_F(ExitGuardTest, TransferThatTheExitEndedKeepsItsThread) {
+// If the thread continued, it would report the end of its transfer to a player that may be
+// destroyed already.
+TEST_F(ExitGuardTest, ThreadOfATransferThatTheExitEndedDoesNotContinue) {
   const auto exit_during_a_download = [] {
     curl_global_init(CURL_GLOBAL_DEFAULT);
     ExitClock();

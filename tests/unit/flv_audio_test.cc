@@ -15,19 +15,19 @@ using flv_test::kAudio;
 using flv_test::kStereo48;
 using flv_test::Tag;
 
-// The frame behind the header that it gets.
+// The frame after its ADTS header.
 Bytes WithAdts(const Bytes& frame, std::uint16_t config) {
   const AdtsHeader header =
       MakeAdtsHeader(FieldsOfAudioSpecificConfig(config), static_cast<std::uint32_t>(frame.size()));
   return Join({Bytes(header.begin(), header.end()), frame});
 }
 
-// What a header tells of the length of its frame.
+// The length field of an ADTS header.
 std::uint32_t FrameLength(const Bytes& adts) {
   return (adts[3] & 3U) << 11 | std::uint32_t{adts[4]} << 3 | adts[5] >> 5;
 }
 
-TEST(FlvAudioTest, AacFrameComesOutBehindAnAdtsHeader) {
+TEST(FlvAudioTest, AacFrameFollowsAnAdtsHeader) {
   const ParsedFlv parsed = ParseTags({AacHeaderTag(kStereo48), AacTag(1000, {0x21, 0x10, 0x04})});
   ASSERT_EQ(parsed.frames.audio.size(), 1U);
   const DumpedFrame& frame = parsed.frames.audio.front();
@@ -40,7 +40,7 @@ TEST(FlvAudioTest, AacFrameComesOutBehindAnAdtsHeader) {
   EXPECT_EQ(parsed.console, "headlength:9\n");
 }
 
-TEST(FlvAudioTest, BodyOfNBytesGivesAFrameAndALengthFieldOfNPlusFive) {
+TEST(FlvAudioTest, BodyOfNBytesYieldsALengthFieldOfNPlusFive) {
   for (const std::size_t n : {2U, 3U, 8U, 100U, 2000U}) {
     const ParsedFlv parsed = ParseTags({AacTag(0, Bytes(n - 2, 0x21))});
     ASSERT_EQ(parsed.frames.audio.size(), 1U);
@@ -57,7 +57,7 @@ TEST(FlvAudioTest, AudioFrameIsMarkedAsVideo) {
   EXPECT_TRUE(parsed.frames.audio[1].is_video);
 }
 
-TEST(FlvAudioTest, SequenceHeaderYieldsNoFrameAndHoldsForThoseBehindIt) {
+TEST(FlvAudioTest, SequenceHeaderYieldsNoFrameAndAppliesToLaterFrames) {
   const ParsedFlv parsed = ParseTags({AacTag(0, {1}), AacHeaderTag(0x1588), AacTag(1, {2}),
                                       AacHeaderTag(0x1210), AacTag(2, {3}), AacTag(3, {4})});
   ASSERT_EQ(parsed.frames.audio.size(), 4U);
@@ -68,7 +68,7 @@ TEST(FlvAudioTest, SequenceHeaderYieldsNoFrameAndHoldsForThoseBehindIt) {
   EXPECT_EQ(parsed.audio_config, 0x1210);
 }
 
-TEST(FlvAudioTest, ConfigurationOfAnEarlierStreamHoldsUntilThereIsAnother) {
+TEST(FlvAudioTest, ConfigurationOfAnEarlierStreamAppliesUntilTheNextOne) {
   const ParsedFlv parsed =
       ParseTags({AacTag(0, {1}), AacHeaderTag(0x1210), AacTag(1, {2})}, kStereo48);
   ASSERT_EQ(parsed.frames.audio.size(), 2U);
@@ -76,8 +76,9 @@ TEST(FlvAudioTest, ConfigurationOfAnEarlierStreamHoldsUntilThereIsAnother) {
   EXPECT_EQ(parsed.frames.audio[1].payload, WithAdts({2}, 0x1210));
 }
 
-TEST(FlvAudioTest, WhatFollowsTheTwoBytesOfAConfigurationIsSkipped) {
-  const Bytes body = {0xAF, 0, 0x13, 0x90, 0x56, 0xE5, 0x9D, 0x48, 0x80};  // with SBR
+TEST(FlvAudioTest, BytesAfterTheTwoBytesOfAConfigurationAreSkipped) {
+  const Bytes body = {0xAF, 0,    0x13, 0x90, 0x56,
+                      0xE5, 0x9D, 0x48, 0x80};  // a configuration with SBR
   const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, body), AacTag(40, {1, 2})});
   ASSERT_EQ(parsed.frames.audio.size(), 1U);
   EXPECT_EQ(parsed.frames.audio.front().payload, WithAdts({1, 2}, 0x1390));
@@ -90,7 +91,7 @@ TEST(FlvAudioTest, OtherAacPacketTypesYieldNothing) {
   EXPECT_EQ(parsed.audio_config, 0);
 }
 
-TEST(FlvAudioTest, LowNibbleOfTheFirstByteDoesNotMatter) {
+TEST(FlvAudioTest, LowNibbleOfTheFirstByteIsIgnored) {
   for (const int low : {0, 2, 15}) {
     const ParsedFlv parsed =
         ParseTags({Tag(kAudio, 0, {static_cast<std::uint8_t>(0xA0 + low), 1, 9})});
@@ -99,7 +100,7 @@ TEST(FlvAudioTest, LowNibbleOfTheFirstByteDoesNotMatter) {
   }
 }
 
-TEST(FlvAudioTest, OtherCodecIsWrappedAsWellAndToldOfWithItsMisspelling) {
+TEST(FlvAudioTest, OtherCodecAlsoGetsAnAdtsHeaderAndAMisspelledLine) {
   const Bytes mp3(417, 0x55);
   const ParsedFlv parsed =
       ParseTags({Tag(kAudio, 26, Join({{0x2F}, mp3})), Tag(kAudio, 52, {0x3F, 1, 2})}, kStereo48);
@@ -111,7 +112,7 @@ TEST(FlvAudioTest, OtherCodecIsWrappedAsWellAndToldOfWithItsMisspelling) {
   EXPECT_EQ(parsed.console, "headlength:9\nwrite autio data:417\nwrite autio data:2\n");
 }
 
-TEST(FlvAudioTest, FrameTooLongForTheLengthFieldComesWholeWithTheTopOfItsLengthCut) {
+TEST(FlvAudioTest, FrameTooLongForTheLengthFieldIsCompleteAndItsLengthIsTruncated) {
   const Bytes frame(8192 - 7 + 5, 0x21);
   const ParsedFlv parsed = ParseTags({AacTag(0, frame)});
   ASSERT_EQ(parsed.frames.audio.size(), 1U);
@@ -120,7 +121,7 @@ TEST(FlvAudioTest, FrameTooLongForTheLengthFieldComesWholeWithTheTopOfItsLengthC
   EXPECT_EQ(FrameLength(payload), 5U);
 }
 
-TEST(FlvAudioTest, FramesKeepTheirOrderBesideVideo) {
+TEST(FlvAudioTest, AudioAndVideoFramesKeepTheirOrder) {
   const ParsedFlv parsed = ParseFlv(flv_test::MakeStream(20));
   ASSERT_EQ(parsed.frames.audio.size(), 20U);
   ASSERT_EQ(parsed.frames.video.size(), 22U);

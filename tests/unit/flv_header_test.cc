@@ -12,12 +12,12 @@ using flv_test::Join;
 using flv_test::LastBackPointer;
 using flv_test::NalTag;
 
-// The nine bytes with another data offset than theirs.
+// The nine bytes of a header, with this data offset.
 Bytes HeaderWithOffset(std::uint32_t offset) {
   return Join({{'F', 'L', 'V', 1, 5}, flv_test::BigEndian(offset, 4)});
 }
 
-// One frame, to see where the parser looks for the first tag.
+// One frame. It is delivered if the parser finds the first tag.
 Bytes OneFrame() { return Join({NalTag(40, {{0x65, 1}}), LastBackPointer()}); }
 
 TEST(FlvHeaderTest, SignatureIsAccepted) {
@@ -42,7 +42,7 @@ TEST(FlvHeaderTest, MixedCaseIsNoSignature) {
   }
 }
 
-TEST(FlvHeaderTest, VersionAndTypeFlagsAreNotLookedAt) {
+TEST(FlvHeaderTest, VersionAndTypeFlagsAreIgnored) {
   Bytes stream = Join({Header(), OneFrame()});
   stream[3] = 0xFF;
   stream[4] = 0;  // neither audio nor video
@@ -66,15 +66,15 @@ TEST(FlvHeaderTest, SmallerDataOffsetSkipsNothing) {
   }
 }
 
-TEST(FlvHeaderTest, DataOffsetAboveSignedNumbersIsToldAsNegativeAndSkipsNothing) {
+TEST(FlvHeaderTest, DataOffsetAbove31BitsIsPrintedAsNegativeAndSkipsNothing) {
   const ParsedFlv parsed = ParseFlv(Join({HeaderWithOffset(0xFFFFFFFF), OneFrame()}));
   EXPECT_TRUE(parsed.has_header);
   EXPECT_EQ(parsed.console, "headlength:-1\n");
   EXPECT_EQ(parsed.frames.video.size(), 1U);
 }
 
-// As of writers that write the nine with its low byte first.
-TEST(FlvHeaderTest, OfAHeaderThatGoesOnBehindTheEndOfTheStreamNothingIsPassedOver) {
+// Some writers store the 9 with its low byte first.
+TEST(FlvHeaderTest, DataOffsetBeyondTheEndOfTheStreamSkipsNothing) {
   for (const std::uint32_t offset : {1000U, 0x09000000U, 0x7FFFFFFFU, 0x80000008U}) {
     const ParsedFlv parsed = ParseFlv(Join({HeaderWithOffset(offset), OneFrame()}));
     EXPECT_TRUE(parsed.has_header) << offset;
@@ -82,7 +82,7 @@ TEST(FlvHeaderTest, OfAHeaderThatGoesOnBehindTheEndOfTheStreamNothingIsPassedOve
   }
 }
 
-TEST(FlvHeaderTest, SignatureThatIsCutShortIsNoHeaderAndNothingIsSaid) {
+TEST(FlvHeaderTest, TruncatedSignatureIsNoHeaderAndPrintsNothing) {
   for (const std::size_t size : {0U, 1U, 2U}) {
     Bytes stream = Header();
     stream.resize(size);
@@ -92,7 +92,7 @@ TEST(FlvHeaderTest, SignatureThatIsCutShortIsNoHeaderAndNothingIsSaid) {
   }
 }
 
-TEST(FlvHeaderTest, HeaderThatIsCutShortBehindItsSignatureIsNoHeader) {
+TEST(FlvHeaderTest, HeaderTruncatedAfterItsSignatureIsNoHeader) {
   for (std::size_t size = 3; size < flv_test::kHeaderSize; ++size) {
     Bytes stream = Header();
     stream.resize(size);

@@ -24,20 +24,20 @@ constexpr char kUrl[] = "http://host/a.flv";
 
 class FlvPlayTest : public FlvTasks {
  protected:
-  // Lets the play task run over bytes that are all there.
+  // Runs the play task over a complete stream. Returns the console output.
   std::string PlayAll(const Bytes& bytes) {
     Take(bytes);
     EndOfDownload();
     return CapturedPlay();
   }
 
-  // The same while the download goes on.
+  // The same while the download continues.
   std::string PlayWithoutAnEnd(const Bytes& bytes) {
     Take(bytes);
     return CapturedPlay();
   }
 
-  // The play task on a thread of its own, for as long as the test keeps it waiting.
+  // Runs the play task on a thread of its own.
   std::future<void> PlayAside() {
     return std::async(std::launch::async, [this] { Play(kUrl); });
   }
@@ -53,7 +53,7 @@ class FlvPlayTest : public FlvTasks {
   }
 };
 
-// The play task in simulated time, on a thread of its own, which ends with the test.
+// Runs the play task in simulated time on a thread of its own, which ends with the test.
 class FlvPlayAsideTest : public FlvPlayTest {
  protected:
   ~FlvPlayAsideTest() override {
@@ -63,14 +63,14 @@ class FlvPlayAsideTest : public FlvPlayTest {
   }
 
   void StartPlay() { play_ = PlayAside(); }
-  // Waits for its end.
+  // Waits for the end of the play task.
   void AwaitEnd() { play_.get(); }
 
-  // Whether the task waits for the beginning of the stream. It is woken and looks again.
+  // Whether the task waits for the start of the stream: wakes it, and it must wait again.
   bool StillWaitsForTheBeginning() {
     if (!clock_.AwaitWaiting(1)) return false;
     const std::size_t checks = clock_.UnmetChecks();
-    g_flvStream->Stop();  // nothing but the wake-up, since the pipeline runs
+    g_flvStream->Stop();  // only wakes the task, because the run flag is set
     return WaitUntil([&] { return clock_.UnmetChecks() > checks; }) && clock_.AwaitWaiting(1) &&
            player_.Snapshot().messages.empty();
   }
@@ -81,7 +81,7 @@ class FlvPlayAsideTest : public FlvPlayTest {
   std::future<void> play_;
 };
 
-TEST_F(FlvPlayTest, WholeStreamIsReportedParsedAndReadOver) {
+TEST_F(FlvPlayTest, WholeStreamIsReportedAndParsed) {
   const std::string console = PlayAll(MakeStream(5));
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:FLV CACHE_NO OK:http://host/a.flv"));
@@ -92,14 +92,14 @@ TEST_F(FlvPlayTest, WholeStreamIsReportedParsedAndReadOver) {
   EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
 }
 
-TEST_F(FlvPlayTest, WhatIsNoFlvFileIsReportedAndLeftAlone) {
+TEST_F(FlvPlayTest, StreamThatIsNotFlvIsReportedAndNotParsed) {
   const std::string console = PlayAll(Bytes(100, 0x47));
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV NO:http://host/a.flv"));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:FLV NO:http://host/a.flv"));
   EXPECT_EQ(console, "not flv file\nReadHead Err\n");
 }
 
-TEST_F(FlvPlayTest, WhatIsNoFlvFileIsDroppedAndItsTransferGoesOn) {
+TEST_F(FlvPlayTest, BytesOfAStreamThatIsNotFlvAreDroppedAndItsTransferContinues) {
   constexpr int kPieces = 500;
   constexpr std::uint64_t kSignatureBytes = 3;
   const Bytes piece(100'000, 0x47);
@@ -111,8 +111,9 @@ TEST_F(FlvPlayTest, WhatIsNoFlvFileIsDroppedAndItsTransferGoesOn) {
   EXPECT_EQ(g_flvStream->DroppedSize(), (kPieces + 1) * piece.size() - kSignatureBytes);
 }
 
-TEST_F(FlvPlayTest, WhatFollowsAStreamThatIsReadOverIsDropped) {
-  const Bytes stream = flv_test::Join({MakeStream(5), Bytes(200'000)});  // ends at an empty tag
+TEST_F(FlvPlayTest, BytesAfterTheEndOfTheParsingAreDropped) {
+  const Bytes stream =
+      flv_test::Join({MakeStream(5), Bytes(200'000)});  // parsing ends at a tag without a body
   EXPECT_EQ(PlayWithoutAnEnd(stream), "headlength:9\nsssize:4\nppsize:3\nread over\n");
   EXPECT_EQ(Take(stream), stream.size());
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
@@ -120,7 +121,7 @@ TEST_F(FlvPlayTest, WhatFollowsAStreamThatIsReadOverIsDropped) {
   EXPECT_EQ(TakeQueuedFrames().video.size(), 7U);
 }
 
-TEST_F(FlvPlayTest, EmptyStreamIsReportedAsNone) {
+TEST_F(FlvPlayTest, EmptyStreamIsReportedAsNotFlv) {
   EXPECT_EQ(PlayAll({}), "ReadHead Err\n");
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV NO:http://host/a.flv"));
 }
@@ -130,21 +131,21 @@ TEST_F(FlvPlayTest, HeaderAloneIsAStreamWithoutFrames) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
 }
 
-TEST_F(FlvPlayTest, StreamOfThirteenBytesIsOneWithoutFrames) {
+TEST_F(FlvPlayTest, StreamOfThirteenBytesHasNoFrames) {
   const Bytes stream = flv_test::Join({flv_test::Header(), flv_test::LastBackPointer()});
   ASSERT_EQ(stream.size(), 13U);
   EXPECT_EQ(PlayAll(stream), "headlength:9\nread over\n");
   EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
 }
 
-TEST_F(FlvPlayTest, WithoutAPlayerItIsParsedAllTheSame) {
+TEST_F(FlvPlayTest, StreamIsParsedWithoutAPlayer) {
   Take(MakeStream(5));
   EndOfDownload();
   Play(kUrl, PlayerPort());
   EXPECT_EQ(TakeQueuedFrames().video.size(), 7U);
 }
 
-TEST_F(FlvPlayAsideTest, TenKibibytesDoNotWakeIt) {
+TEST_F(FlvPlayAsideTest, TenKibibytesDoNotStartTheParser) {
   Take(MakeStreamOfSize(10240));
   StartPlay();
   EXPECT_TRUE(StillWaitsForTheBeginning());
@@ -153,7 +154,7 @@ TEST_F(FlvPlayAsideTest, TenKibibytesDoNotWakeIt) {
   EXPECT_TRUE(Reports());
 }
 
-TEST_F(FlvPlayAsideTest, OneByteMoreWakesIt) {
+TEST_F(FlvPlayAsideTest, OneByteMoreThanTenKibibytesStartsTheParser) {
   const Bytes stream = MakeStreamOfSize(10241);
   StartPlay();
   Take(Bytes(stream.begin(), stream.end() - 1));
@@ -163,20 +164,20 @@ TEST_F(FlvPlayAsideTest, OneByteMoreWakesIt) {
   EndOfDownload();
 }
 
-TEST_F(FlvPlayTest, BytesThatCameBeforeItBeganToWaitStartIt) {
+TEST_F(FlvPlayTest, BytesReceivedBeforeTheWaitStartTheParser) {
   Take(MakeStreamOfSize(10241));
   const auto play = PlayAside();
   EXPECT_TRUE(Reports());
   EndOfDownload();
 }
 
-TEST_F(FlvPlayTest, EndOfADownloadBeforeItBeganToWaitStartsIt) {
+TEST_F(FlvPlayTest, EndOfTheDownloadBeforeTheWaitStartsTheParser) {
   EndOfDownload();
   Play(kUrl);
   EXPECT_TRUE(Reports());
 }
 
-TEST_F(FlvPlayAsideTest, StopWakesIt) {
+TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheStream) {
   StartPlay();
   EXPECT_TRUE(StillWaitsForTheBeginning());
   BeginToStop();
@@ -208,7 +209,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheRestOfALongHeader) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
 }
 
-TEST_F(FlvPlayAsideTest, ParserWaitsUntilThereIsSpaceForItsFrames) {
+TEST_F(FlvPlayAsideTest, ParserWaitsForQueueSpace) {
   constexpr Clock::Duration kSpacePace{1};
   ClaimTooManyBytes();
   Take(flv_test::Join(
@@ -216,17 +217,17 @@ TEST_F(FlvPlayAsideTest, ParserWaitsUntilThereIsSpaceForItsFrames) {
   EndOfDownload();
   StartPlay();
   EXPECT_TRUE(StillPolls(clock_, kSpacePace));
-  EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "the second tag is not read yet";
+  EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "the second tag was read although the queue is full";
   ClaimNothing();
   clock_.Release();
   AwaitEnd();
   EXPECT_EQ(g_videoQueue->pushed, 2U);
 }
 
-// The tag itself would hold the parser for ever, or for as long as its bytes come.
+// Otherwise the tag would keep the parser busy for as long as bytes arrive.
 TEST_F(FlvPlayTest, StopEndsTheParserBetweenTwoNalUnitsOfATag) {
   constexpr std::size_t kNals = 1'000'000;
-  Bytes units(4 * kNals);  // of no bytes each
+  Bytes units(4 * kNals);  // empty NAL units
   Take(flv_test::Join(
       {flv_test::Header(), flv_test::Tag(flv_test::kVideo, 0, flv_test::AvcBody(1, units))}));
   const auto play = PlayAside();
@@ -257,7 +258,7 @@ TEST_F(FlvPlayAsideTest, TagLoopPausesAMillisecondAfterEachTag) {
   EXPECT_EQ(clock_.Elapsed(), kTagPace * kTags);
 }
 
-// Keeps both kinds of lines in the order in which they come.
+// Records messages and results in the order of the calls.
 class LinePlayer final : public CStreamPlayerImp {
  public:
   void OnDuration(float) override {}
@@ -271,7 +272,7 @@ class LinePlayer final : public CStreamPlayerImp {
   std::vector<std::string> lines;
 };
 
-TEST_F(FlvPlayTest, MessageComesBeforeTheResult) {
+TEST_F(FlvPlayTest, MessagePrecedesTheResult) {
   LinePlayer player;
   Take(MakeStream(1));
   EndOfDownload();

@@ -11,7 +11,7 @@ namespace {
 
 class FlvReaderTest : public testing::Test {
  protected:
-  // A reader over these bytes.
+  // Makes a reader over these bytes.
   FlvReader& Over(std::vector<std::uint8_t> bytes) {
     bytes_ = std::move(bytes);
     source_.emplace(bytes_);
@@ -39,7 +39,7 @@ TEST_F(FlvReaderTest, NumbersAreBigEndian) {
   EXPECT_EQ(reader.Position(), 10U);
 }
 
-TEST_F(FlvReaderTest, FourthByteOfATimestampIsItsTop) {
+TEST_F(FlvReaderTest, FourthByteOfATimestampIsTheMostSignificant) {
   std::uint32_t timestamp = 0;
   EXPECT_TRUE(Over({0x34, 0x56, 0x78, 0x12}).ReadTimestamp(timestamp));
   EXPECT_EQ(timestamp, 0x12345678U);
@@ -57,7 +57,7 @@ TEST_F(FlvReaderTest, LargestNumbersKeepAllTheirBits) {
   EXPECT_EQ(timestamp, 0xFFFFFFFFU);
 }
 
-TEST_F(FlvReaderTest, NumberOfWhichAByteIsMissingIsLeftAsItWas) {
+TEST_F(FlvReaderTest, NumberWithAMissingByteIsUnchanged) {
   std::uint8_t eight = 8;
   EXPECT_FALSE(Over({}).Read8(eight));
   EXPECT_EQ(eight, 8);
@@ -71,7 +71,7 @@ TEST_F(FlvReaderTest, NumberOfWhichAByteIsMissingIsLeftAsItWas) {
   EXPECT_EQ(number, 32U);
 }
 
-TEST_F(FlvReaderTest, BytesThatAreNotAllThereStayWhereTheyAre) {
+TEST_F(FlvReaderTest, IncompleteBytesAreNotConsumed) {
   FlvReader& reader = Over({1, 2, 3});
   std::array<std::uint8_t, 4> bytes = {9, 9, 9, 9};
   EXPECT_FALSE(reader.ReadBytes(bytes.data(), 4));
@@ -80,7 +80,7 @@ TEST_F(FlvReaderTest, BytesThatAreNotAllThereStayWhereTheyAre) {
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{1, 2, 3, 9}));
 }
 
-TEST_F(FlvReaderTest, PositionCountsAlsoWhatDidNotCome) {
+TEST_F(FlvReaderTest, PositionCountsMissingBytesToo) {
   FlvReader& reader = Over({1, 2});
   std::uint32_t number = 0;
   EXPECT_FALSE(reader.Read32(number));
@@ -89,7 +89,7 @@ TEST_F(FlvReaderTest, PositionCountsAlsoWhatDidNotCome) {
   EXPECT_EQ(reader.Position(), 14U);
 }
 
-TEST_F(FlvReaderTest, SkipPassesOverBytes) {
+TEST_F(FlvReaderTest, SkipDropsBytes) {
   FlvReader& reader = Over({1, 2, 3, 4});
   EXPECT_TRUE(reader.Skip(3));
   std::uint8_t last = 0;
@@ -98,7 +98,7 @@ TEST_F(FlvReaderTest, SkipPassesOverBytes) {
   EXPECT_EQ(reader.Position(), 4U);
 }
 
-TEST_F(FlvReaderTest, SkipThatIsTooLongTakesNothing) {
+TEST_F(FlvReaderTest, SkipBeyondTheEndConsumesNothing) {
   FlvReader& reader = Over({1, 2});
   EXPECT_FALSE(reader.Skip(3));
   EXPECT_EQ(reader.Position(), 3U);
@@ -107,7 +107,7 @@ TEST_F(FlvReaderTest, SkipThatIsTooLongTakesNothing) {
   EXPECT_EQ(next, 1);
 }
 
-TEST_F(FlvReaderTest, SkipOfNothingOrBackwardsTakesNothing) {
+TEST_F(FlvReaderTest, SkipOfZeroOrLessConsumesNothing) {
   FlvReader& reader = Over({1});
   EXPECT_TRUE(reader.Skip(0));
   EXPECT_EQ(reader.Position(), 0U);
@@ -118,13 +118,13 @@ TEST_F(FlvReaderTest, SkipOfNothingOrBackwardsTakesNothing) {
   EXPECT_EQ(first, 1);
 }
 
-TEST_F(FlvReaderTest, NoBytesCanAlwaysBeRead) {
+TEST_F(FlvReaderTest, ZeroBytesCanAlwaysBeRead) {
   FlvReader& reader = Over({});
   EXPECT_TRUE(reader.ReadBytes(nullptr, 0));
   EXPECT_EQ(reader.Position(), 0U);
 }
 
-TEST_F(FlvReaderTest, AwaitTellsWhatIsThereAndTakesNothing) {
+TEST_F(FlvReaderTest, AwaitChecksForBytesAndConsumesNothing) {
   FlvReader& reader = Over({1, 2});
   EXPECT_TRUE(reader.Await(0));
   EXPECT_TRUE(reader.Await(2));

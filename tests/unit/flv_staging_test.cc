@@ -1,4 +1,5 @@
-// The way of the bytes: what a transfer takes, the stream, and the source that the parser reads.
+// The path of the bytes: from a transfer into the stream, and from the stream to the source that
+// the parser reads.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,7 +18,7 @@ using flv_test::Bytes;
 
 class FlvStagingTest : public FlvTasks {
  protected:
-  // Everything that is unread.
+  // Reads all unread bytes.
   static Bytes Unread(FlvSource& source) {
     Bytes bytes(g_flvStream->UnreadSize());
     EXPECT_TRUE(source.Read(bytes.data(), static_cast<std::uint32_t>(bytes.size())));
@@ -30,7 +31,8 @@ class FlvStagingTest : public FlvTasks {
                               static_cast<std::uint32_t>(bytes.size()));
   }
 
-  // What a reader waits for is there now, or never will be: its next look ends its wait.
+  // Advances to the next check of a waiting reader. The wait ends if the bytes have arrived or
+  // never will.
   void LookAgain() { clock_.Advance(kPoll); }
 
   static constexpr Clock::Duration kPoll{100};
@@ -39,13 +41,13 @@ class FlvStagingTest : public FlvTasks {
   FlvStreamSource source_{stream_};
 };
 
-TEST_F(FlvStagingTest, TransferStagesWhatItIsGiven) {
+TEST_F(FlvStagingTest, TransferStagesItsBytes) {
   EXPECT_EQ(Take({1, 2, 3}), 3U);
   EXPECT_EQ(Take({4}), 1U);
   EXPECT_EQ(Unread(), (Bytes{1, 2, 3, 4}));
 }
 
-TEST_F(FlvStagingTest, TransferTakesNothingOnceStopped) {
+TEST_F(FlvStagingTest, StoppedTransferTakesNothing) {
   g_flvRunning = false;
   EXPECT_EQ(Take({1, 2, 3}), 0U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
@@ -63,19 +65,19 @@ TEST_F(FlvStagingTest, TransferEndsAtAnHtmlPageInMidStream) {
   EXPECT_EQ(g_flvStream->UnreadSize(), 4U);
 }
 
-TEST_F(FlvStagingTest, TransferTakesWhatOnlyResemblesAnHtmlPage) {
+TEST_F(FlvStagingTest, TransferTakesBytesThatOnlyResembleAnHtmlPage) {
   EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l'}), 5U);
   EXPECT_EQ(Take({'<', 'H', 'T', 'M', 'L', '>'}), 6U);
   EXPECT_EQ(Take({' ', '<', 'h', 't', 'm', 'l', '>'}), 7U);
 }
 
-TEST_F(FlvStagingTest, TransferWithoutBytesTakesThemAndStagesNothing) {
+TEST_F(FlvStagingTest, TransferOfANullPointerSucceedsAndStagesNothing) {
   EXPECT_EQ(transfer_.Take(nullptr, 35), 35U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_EQ(Take({}), 0U);
 }
 
-TEST_F(FlvStagingTest, SecondDeliveryOfTheSameBytesIsLeftOut) {
+TEST_F(FlvStagingTest, SecondDeliveryOfTheSameBytesIsSkipped) {
   EXPECT_TRUE(Stage(0, {1, 2, 3, 4}));
   EXPECT_TRUE(Stage(0, {1, 2}));
   EXPECT_TRUE(Stage(2, {3, 4, 5}));
@@ -85,14 +87,14 @@ TEST_F(FlvStagingTest, SecondDeliveryOfTheSameBytesIsLeftOut) {
   EXPECT_EQ(Unread(), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
 }
 
-TEST_F(FlvStagingTest, BytesThatWereReadAlreadyDoNotComeAgain) {
+TEST_F(FlvStagingTest, BytesAlreadyReadAreNotStagedAgain) {
   Take({1, 2, 3});
   EXPECT_EQ(Unread(), (Bytes{1, 2, 3}));
   EXPECT_TRUE(Stage(0, {1, 2, 3, 4, 5}));
   EXPECT_EQ(Unread(), (Bytes{4, 5}));
 }
 
-TEST_F(FlvStagingTest, BothSidesOfALocalFileAtOnceStageEachByteOnce) {
+TEST_F(FlvStagingTest, ConcurrentDeliveriesOfALocalFileStageEachByteOnce) {
   Bytes file(1'000'000);
   for (std::size_t i = 0; i < file.size(); ++i) file[i] = static_cast<std::uint8_t>(i * 7 / 5);
   const auto deliver = [&file](std::size_t piece, auto stage) {
@@ -111,7 +113,7 @@ TEST_F(FlvStagingTest, BothSidesOfALocalFileAtOnceStageEachByteOnce) {
   EXPECT_TRUE(Unread() == file);
 }
 
-TEST_F(FlvStagingTest, NewStreamIsEmptyAndBeginsAtItsFirstByte) {
+TEST_F(FlvStagingTest, NewStreamIsEmptyAndStartsAtItsFirstByte) {
   Take({1, 2, 3});
   const std::uint64_t newer = g_flvStream->Begin();
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
@@ -129,7 +131,7 @@ TEST_F(FlvStagingTest, BytesOfAnOlderStreamAreRefused) {
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
 }
 
-TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNothingOfTheNewer) {
+TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNoBytesOfTheNewer) {
   FlvTransfer transfer(g_flvStream->Begin());
   EXPECT_EQ(transfer.Take("abc", 3), 3U);
   std::uint8_t byte = 9;
@@ -155,7 +157,7 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
   EXPECT_TRUE(reader.get());
 }
 
-TEST_F(FlvStagingTest, NewStreamEndsTheWaitForAnOlderOne) {
+TEST_F(FlvStagingTest, NewStreamEndsTheWaitsForAnOlderOne) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
   auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
   ASSERT_TRUE(clock_.AwaitWaiting(2));
@@ -166,7 +168,7 @@ TEST_F(FlvStagingTest, NewStreamEndsTheWaitForAnOlderOne) {
   player.get();
 }
 
-TEST_F(FlvStagingTest, ReadWaitsForBytesThatAreStillToCome) {
+TEST_F(FlvStagingTest, ReadWaitsForMissingBytes) {
   Take({1, 2});
   Bytes bytes(4);
   auto reader = std::async(std::launch::async, [&] { return source_.Read(bytes.data(), 4); });
@@ -189,7 +191,7 @@ TEST_F(FlvStagingTest, WaitingReaderHoldsNoLock) {
   EXPECT_TRUE(reader.get());
 }
 
-TEST_F(FlvStagingTest, ReadThatCannotBeSatisfiedTakesNothing) {
+TEST_F(FlvStagingTest, ReadThatCannotSucceedConsumesNothing) {
   Take({1, 2});
   EndOfDownload();
   Bytes bytes(3, 9);
@@ -206,14 +208,14 @@ TEST_F(FlvStagingTest, SkipDropsBytes) {
   EXPECT_EQ(Unread(), (Bytes{3}));
 }
 
-TEST_F(FlvStagingTest, SkipThatIsTooLongDropsNothing) {
+TEST_F(FlvStagingTest, SkipBeyondTheEndDropsNothing) {
   Take({1, 2});
   EndOfDownload();
   EXPECT_FALSE(source_.Skip(3));
   EXPECT_EQ(Unread(), (Bytes{1, 2}));
 }
 
-TEST_F(FlvStagingTest, SkipWaitsForBytesThatAreStillToCome) {
+TEST_F(FlvStagingTest, SkipWaitsForMissingBytes) {
   constexpr std::uint32_t kSkipped = 50'000'000;
   constexpr std::uint32_t kPieces = 500;
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(kSkipped); });
@@ -237,7 +239,7 @@ TEST_F(FlvStagingTest, StopEndsASkip) {
   EXPECT_FALSE(reader.get());
 }
 
-TEST_F(FlvStagingTest, WhatIsThereCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
+TEST_F(FlvStagingTest, BytesCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
   Take({1, 2});
   EndOfDownload();
   std::uint8_t byte = 0;
@@ -268,18 +270,18 @@ TEST_F(FlvStagingTest, StopEndsEveryWait) {
   player.get();
 }
 
-TEST_F(FlvStagingTest, PiecesAfterTheEndOfTheParsingAreCountedAndDropped) {
+TEST_F(FlvStagingTest, BytesAfterTheEndOfTheParsingAreCountedAndDropped) {
   Take({1, 2, 3});
   g_flvStream->EndParsing(stream_);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_EQ(Take({4, 5}), 2U);
-  EXPECT_TRUE(Stage(4, {5, 6}));  // one of them is there already
+  EXPECT_TRUE(Stage(4, {5, 6}));  // the first of them was delivered before
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_EQ(g_flvStream->DroppedSize(), 6U);
-  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U) << "an HTML page ends the transfer as before";
+  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U) << "an HTML page still ends the transfer";
 }
 
-TEST_F(FlvStagingTest, EndOfTheParsingOfAnOlderStreamChangesNothingOfTheNewer) {
+TEST_F(FlvStagingTest, EndOfTheParsingOfAnOlderStreamDoesNotAffectTheNewer) {
   Take({1, 2, 3});
   g_flvStream->EndParsing(stream_);
   const std::uint64_t newer = g_flvStream->Begin();
@@ -291,7 +293,7 @@ TEST_F(FlvStagingTest, EndOfTheParsingOfAnOlderStreamChangesNothingOfTheNewer) {
   EXPECT_EQ(Unread(source), (Bytes{'a', 'b'}));
 }
 
-// A stream of its own that keeps no more than ten unread bytes, or one piece more.
+// A stream with a limit of ten unread bytes, which the last piece may exceed.
 class FlvFullStreamTest : public FlvTasks {
  protected:
   bool Stage(std::uint64_t offset, std::uint32_t size) {
@@ -303,7 +305,7 @@ class FlvFullStreamTest : public FlvTasks {
     return std::async(std::launch::async, [=, this] { return Stage(offset, size); });
   }
 
-  // Looks for space every millisecond, and finds none.
+  // Whether a waiting piece checks for space every millisecond and finds none.
   bool IsStillPolling() { return StillPolls(clock_, kPace); }
   void LookAgain() { clock_.Advance(kPace); }
 
@@ -314,9 +316,9 @@ class FlvFullStreamTest : public FlvTasks {
   std::uint64_t number_ = full_.Begin();
 };
 
-TEST_F(FlvFullStreamTest, PieceWaitsUntilSomethingWasReadAndIsThenStaged) {
+TEST_F(FlvFullStreamTest, PieceWaitsUntilBytesAreReadAndIsThenStaged) {
   EXPECT_TRUE(Stage(0, 9));
-  EXPECT_TRUE(Stage(9, 5)) << "there was room for one byte";
+  EXPECT_TRUE(Stage(9, 5)) << "there was space for one byte";
   auto piece = StageLater(14, 3);
   EXPECT_TRUE(IsStillPolling());
   EXPECT_EQ(full_.UnreadSize(), 14U);
@@ -326,13 +328,13 @@ TEST_F(FlvFullStreamTest, PieceWaitsUntilSomethingWasReadAndIsThenStaged) {
   EXPECT_EQ(full_.UnreadSize(), 12U);
 }
 
-TEST_F(FlvFullStreamTest, PieceThatIsThereAlreadyDoesNotWait) {
+TEST_F(FlvFullStreamTest, PieceThatWasDeliveredBeforeDoesNotWait) {
   EXPECT_TRUE(Stage(0, 20));
   EXPECT_TRUE(Stage(5, 15));
   EXPECT_EQ(full_.UnreadSize(), 20U);
 }
 
-TEST_F(FlvFullStreamTest, StopAndANewStreamEndTheWaitAndThePieceIsRefused) {
+TEST_F(FlvFullStreamTest, StopOrNewStreamEndsTheWaitAndThePieceIsRefused) {
   EXPECT_TRUE(Stage(0, 10));
   auto replaced = StageLater(10, 1);
   EXPECT_TRUE(IsStillPolling());
@@ -360,7 +362,7 @@ TEST_F(FlvFullStreamTest, EndOfTheParsingEndsTheWaitAndThePieceIsDropped) {
   EXPECT_EQ(full_.DroppedSize(), 13U);
 }
 
-TEST_F(FlvFullStreamTest, SkipOfMoreThanCanBeUnreadPassesOverItAllTheSame) {
+TEST_F(FlvFullStreamTest, SkipOfMoreThanTheLimitSucceeds) {
   clock_.Release();
   auto skipped = std::async(std::launch::async, [this] { return full_.Skip(number_, 95); });
   for (std::uint64_t at = 0; at < 100; at += 4) EXPECT_TRUE(Stage(at, 4));
@@ -368,7 +370,7 @@ TEST_F(FlvFullStreamTest, SkipOfMoreThanCanBeUnreadPassesOverItAllTheSame) {
   EXPECT_EQ(full_.UnreadSize(), 5U);
 }
 
-TEST_F(FlvFullStreamTest, ReleasedStreamIsEmptyAndTheNextOneGoesOn) {
+TEST_F(FlvFullStreamTest, ReleasedStreamIsEmptyAndTheNextOneWorks) {
   EXPECT_TRUE(Stage(0, 12));
   full_.Release();
   EXPECT_EQ(full_.UnreadSize(), 0U);

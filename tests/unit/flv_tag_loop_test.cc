@@ -25,25 +25,26 @@ using flv_test::Tag;
 using flv_test::TagOfSize;
 using flv_test::WithLength;
 
-// What comes of a tag that is followed by a good one, told by the number of video frames.
+// The number of video frames delivered for this tag and a valid tag after it, which holds one
+// frame.
 std::size_t FramesOfTagAndAGoodOne(const Bytes& tag) {
   return ParseTags({tag, NalTag(40, {{0x65, 1, 2, 3}})}).frames.video.size();
 }
 
-TEST(FlvTagLoopTest, ScriptDataYieldsNoFrameAndNoMessage) {
+TEST(FlvTagLoopTest, ScriptDataYieldsNoFrameAndNoLine) {
   const ParsedFlv parsed = ParseTags({flv_test::ScriptTag(Bytes(300, 2)), NalTag(0, {{0x65}})});
   EXPECT_EQ(parsed.frames.video.size(), 1U);
   EXPECT_TRUE(parsed.frames.audio.empty());
   EXPECT_EQ(parsed.console, "headlength:9\n");
 }
 
-TEST(FlvTagLoopTest, TagsOfOtherTypesArePassedOver) {
+TEST(FlvTagLoopTest, TagsOfOtherTypesAreSkipped) {
   for (const std::uint8_t type : Bytes{0, 1, 7, 10, 15, 40, 41, 255}) {
     EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(type, 0, {0x17, 1, 0, 0, 0})), 1U) << int{type};
   }
 }
 
-TEST(FlvTagLoopTest, BackPointersAndStreamIdsAreNotLookedAt) {
+TEST(FlvTagLoopTest, BackPointersAndStreamIdsAreIgnored) {
   Bytes tag = NalTag(0, {{0x65}});
   for (const std::size_t at : {0U, 1U, 2U, 3U, 12U, 13U, 14U}) tag[at] = 0xFF;
   EXPECT_EQ(FramesOfTagAndAGoodOne(tag), 2U);
@@ -55,12 +56,12 @@ TEST(FlvTagLoopTest, TagWithoutABodyEndsTheLoop) {
   }
 }
 
-TEST(FlvTagLoopTest, RestOfABodyThatItsHandlerLeftIsSkipped) {
+TEST(FlvTagLoopTest, UnreadRestOfABodyIsSkipped) {
   const Bytes aac = Tag(kAudio, 0, {0xAF, 5, 1, 2, 3, 4, 5, 6});
   EXPECT_EQ(FramesOfTagAndAGoodOne(aac), 1U);
 }
 
-TEST(FlvTagLoopTest, TagThatIsTooShortForItsNalUnitYieldsNoFrameAndEndsTheLoop) {
+TEST(FlvTagLoopTest, TagTooShortForItsNalUnitYieldsNoFrameAndEndsTheLoop) {
   const Bytes body = AvcBody(1, WithLength({0x41, 1, 2, 3}));
   for (std::size_t missing = 1; missing <= 4; ++missing) {
     const Bytes lying = TagOfSize(body.size() - missing, kVideo, 0, body);
@@ -68,22 +69,22 @@ TEST(FlvTagLoopTest, TagThatIsTooShortForItsNalUnitYieldsNoFrameAndEndsTheLoop) 
   }
 }
 
-TEST(FlvTagLoopTest, NalUnitThatGoesOnInTheNextTagIsNoFrameAndEndsTheLoop) {
+TEST(FlvTagLoopTest, NalUnitThatExtendsBeyondItsTagIsNoFrameAndEndsTheLoop) {
   const Bytes units = Join({WithLength({0x65, 9}), BigEndian(10, 4), {0x41, 1, 2}});
   const ParsedFlv parsed =
       ParseTags({Tag(kVideo, 0, AvcBody(1, units)), NalTag(40, {{0x65, 1, 2, 3}})});
-  ASSERT_EQ(parsed.frames.video.size(), 1U) << "the one before it";
+  ASSERT_EQ(parsed.frames.video.size(), 1U) << "only the NAL unit before it";
   EXPECT_EQ(parsed.frames.video.front().payload, (Bytes{0, 0, 0, 1, 0x65, 9}));
 }
 
-TEST(FlvTagLoopTest, LengthThatGoesOnInTheNextTagEndsTheLoop) {
+TEST(FlvTagLoopTest, LengthFieldThatExtendsBeyondItsTagEndsTheLoop) {
   for (std::size_t bytes = 1; bytes < 4; ++bytes) {
     const Bytes units = Join({WithLength({0x65, 9}), Bytes(bytes)});
     EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, AvcBody(1, units))), 1U) << bytes;
   }
 }
 
-TEST(FlvTagLoopTest, ParameterSetThatGoesOnInTheNextTagIsNoFrameAndEndsTheLoop) {
+TEST(FlvTagLoopTest, ParameterSetThatExtendsBeyondItsTagIsNoFrameAndEndsTheLoop) {
   const Bytes record = flv_test::AvcRecord({{0x67, 1, 2, 3}}, {{0x68, 4, 5}});
   const Bytes after = NalTag(40, {Bytes(100, 0x65)});
   const auto parse = [&](std::size_t size) {
@@ -112,7 +113,8 @@ TEST(FlvTagLoopTest, VideoTagTooShortForItsFixedFieldsEndsTheLoop) {
 }
 
 TEST(FlvTagLoopTest, AacTagTooShortForItsPacketTypeYieldsNoFrameAndEndsTheLoop) {
-  for (const std::uint8_t next : Bytes{0, 1, 2}) {  // would be the packet type
+  for (const std::uint8_t next :
+       Bytes{0, 1, 2}) {  // the byte after the tag, at the position of the packet type
     Bytes after = NalTag(40, {{0x65, 1, 2, 3}});
     after.front() = next;
     const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, {0xAF}), after});
@@ -122,7 +124,7 @@ TEST(FlvTagLoopTest, AacTagTooShortForItsPacketTypeYieldsNoFrameAndEndsTheLoop) 
   EXPECT_EQ(FramesOfTagAndAGoodOne(TagOfSize(1, kAudio, 0, {0xAF, 1, 9})), 0U);
 }
 
-TEST(FlvTagLoopTest, AacHeaderTooShortForAConfigurationLeavesItAndTheStreamGoesOn) {
+TEST(FlvTagLoopTest, AacHeaderTooShortForAConfigurationIsSkipped) {
   for (const Bytes& body : {Bytes{0xAF, 0}, Bytes{0xAF, 0, 0x12}}) {
     const ParsedFlv parsed = ParseFlv(Join({Header(), Tag(kAudio, 0, body), AacTag(20, {1, 2}),
                                             NalTag(40, {{0x65, 1}}), flv_test::LastBackPointer()}),
@@ -134,14 +136,14 @@ TEST(FlvTagLoopTest, AacHeaderTooShortForAConfigurationLeavesItAndTheStreamGoesO
   }
 }
 
-TEST(FlvTagLoopTest, AacTagOfTwoBytesIsABareHeader) {
+TEST(FlvTagLoopTest, AacTagOfTwoBytesYieldsABareAdtsHeader) {
   const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, {0xAF, 1}), NalTag(40, {{0x65}})});
   ASSERT_EQ(parsed.frames.audio.size(), 1U);
   EXPECT_EQ(parsed.frames.audio.front().payload.size(), 7U);
   EXPECT_EQ(parsed.frames.video.size(), 1U);
 }
 
-TEST(FlvTagLoopTest, OtherAudioOfOneByteIsABareHeader) {
+TEST(FlvTagLoopTest, OtherAudioOfOneByteYieldsABareAdtsHeader) {
   const ParsedFlv parsed = ParseTags({Tag(kAudio, 0, {0x2F}), NalTag(40, {{0x65}})});
   ASSERT_EQ(parsed.frames.audio.size(), 1U);
   EXPECT_EQ(parsed.frames.audio.front().payload.size(), 7U);
@@ -149,7 +151,7 @@ TEST(FlvTagLoopTest, OtherAudioOfOneByteIsABareHeader) {
   EXPECT_EQ(parsed.frames.video.size(), 1U);
 }
 
-TEST(FlvTagLoopTest, TagThatIsLongerThanTheStreamYieldsNoFrameOfItsOwn) {
+TEST(FlvTagLoopTest, TagLongerThanTheStreamYieldsNoFrame) {
   EXPECT_EQ(FramesOfTagAndAGoodOne(TagOfSize(0xFFFFFF, kScript, 0, {1, 2, 3})), 0U);
   const ParsedFlv audio = ParseTags({TagOfSize(0xFFFFFF, kAudio, 0, {0xAF, 1, 1, 2, 3})});
   EXPECT_TRUE(audio.frames.audio.empty());
@@ -158,7 +160,7 @@ TEST(FlvTagLoopTest, TagThatIsLongerThanTheStreamYieldsNoFrameOfItsOwn) {
   EXPECT_EQ(other.console, "headlength:9\nwrite autio data:16777214\n");
 }
 
-TEST(FlvTagLoopTest, NalUnitsInATagThatIsLongerThanTheStreamComeAsFarAsTheyAreWhole) {
+TEST(FlvTagLoopTest, CompleteNalUnitsOfATagLongerThanTheStreamAreDelivered) {
   const Bytes units = Join({WithLength({0x41, 1}), WithLength({0x41, 2}), BigEndian(500, 4)});
   const ParsedFlv parsed = ParseTags({TagOfSize(0xFFFFFF, kVideo, 0, AvcBody(1, units))});
   EXPECT_EQ(parsed.frames.video.size(), 2U);
@@ -178,11 +180,11 @@ TEST(FlvTagLoopTest, HostileParameterSetLengthsEndTheParserWithoutAFrame) {
   EXPECT_EQ(FramesOfTagAndAGoodOne(Tag(kVideo, 0, AvcBody(0, sps))), 0U);
   const Bytes pps = Join({start, BigEndian(2, 2), {0x67, 1, 1}, BigEndian(0xFFFF, 2), {0x68}});
   const ParsedFlv parsed = ParseTags({Tag(kVideo, 0, AvcBody(0, pps)), NalTag(40, {{0x65}})});
-  EXPECT_EQ(parsed.frames.video.size(), 1U) << "the SPS alone";
+  EXPECT_EQ(parsed.frames.video.size(), 1U) << "only the SPS";
   EXPECT_EQ(parsed.console, "headlength:9\nsssize:2\nppsize:65535\n");
 }
 
-TEST(FlvTagLoopTest, GarbageBehindGoodTagsEndsTheLoopAndKeepsTheirFrames) {
+TEST(FlvTagLoopTest, GarbageAfterValidTagsEndsTheLoopAndKeepsTheirFrames) {
   for (const std::uint8_t byte : Bytes{0x00, 0x08, 0x09, 0x12, 0xFF}) {
     const ParsedFlv parsed = ParseTags({NalTag(0, {{0x65, 1}}), AacTag(0, {7}), Bytes(2000, byte)});
     ASSERT_GE(parsed.frames.video.size(), 1U) << int{byte};
@@ -191,7 +193,7 @@ TEST(FlvTagLoopTest, GarbageBehindGoodTagsEndsTheLoopAndKeepsTheirFrames) {
   }
 }
 
-// A stream that is replaced by another one while a body of more than 100 bytes is read.
+// A stream that is replaced by a newer one while more than 100 bytes are read at once.
 class ReplacedSource final : public FlvSource {
  public:
   explicit ReplacedSource(const Bytes& bytes) : source_(bytes) {}
@@ -209,7 +211,7 @@ class ReplacedSource final : public FlvSource {
   bool runs_ = true;
 };
 
-TEST(FlvTagLoopTest, FrameOfAStreamThatWasReplacedMeanwhileIsNotQueuedAndEndsTheLoop) {
+TEST(FlvTagLoopTest, FrameOfAReplacedStreamIsNotQueuedAndEndsTheLoop) {
   const Bytes stream = Join({Header(), NalTag(0, {{0x65, 1}}), NalTag(40, {Bytes(200, 0x41)}),
                              NalTag(80, {{0x41, 2}}), flv_test::LastBackPointer()});
   ResetFrameQueues();

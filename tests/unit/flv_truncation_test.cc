@@ -1,5 +1,5 @@
-// Streams that end too early: whatever is cut off, the frames are the first of the whole stream's,
-// and nothing but its bytes is in them.
+// Truncated streams: wherever a stream is cut, its frames are the first frames of the whole stream
+// and contain only its bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,11 +28,11 @@ void ExpectPrefixes(const Bytes& stream) {
   for (std::size_t size = 0; size <= stream.size(); ++size) {
     SCOPED_TRACE("cut after " + std::to_string(size));
     Bytes cut(stream.begin(), stream.begin() + static_cast<std::ptrdiff_t>(size));
-    cut.shrink_to_fit();  // so that a read behind the end is seen
+    cut.shrink_to_fit();  // so that a sanitizer detects a read after the end
     const FrameDump dump = ParseFlv(cut).frames;
     ExpectFirstOf(dump.video, whole.video);
     ExpectFirstOf(dump.audio, whole.audio);
-    // A frame whose bytes were there is there.
+    // More bytes never yield fewer frames.
     EXPECT_GE(dump.video.size(), before.video.size());
     EXPECT_GE(dump.audio.size(), before.audio.size());
     before = dump;
@@ -61,9 +61,9 @@ TEST(FlvTruncationTest, CutAtEveryByteOfOtherAudio) {
   ExpectPrefixes(stream);
 }
 
-// What a header leaves room for is no tag, however much it looks like one, but of a header that is
-// cut off nothing is passed over.
-TEST(FlvTruncationTest, LongHeaderThatIsCutOffIsReadAsTheTagsItLooksLike) {
+// The extra bytes of a header are skipped, even if they look like a tag. But if they are truncated,
+// nothing is skipped.
+TEST(FlvTruncationTest, TruncatedLongHeaderIsReadAsTheTagsItResembles) {
   const Bytes extra = Join({flv_test::NalTag(1, {{0x65, 1}}), {0, 0, 0}});
   const Bytes stream = Join({flv_test::Header(extra), flv_test::NalTag(40, {{0x65, 2}})});
   const FrameDump whole = ParseFlv(stream).frames;
@@ -76,7 +76,7 @@ TEST(FlvTruncationTest, LongHeaderThatIsCutOffIsReadAsTheTagsItLooksLike) {
   EXPECT_EQ(dump.video.front().payload, (Bytes{0, 0, 0, 1, 0x65, 1}));
 }
 
-TEST(FlvTruncationTest, ByteCountOfTheFramesNeverExceedsThatOfTheStream) {
+TEST(FlvTruncationTest, FramesNeverHoldMoreBytesThanTheStream) {
   std::mt19937 random(5);  // NOLINT: the same run every time
   for (int run = 0; run < 500; ++run) {
     Bytes stream = flv_test::MakeStream(6, 40);
@@ -92,7 +92,7 @@ TEST(FlvTruncationTest, ByteCountOfTheFramesNeverExceedsThatOfTheStream) {
   }
 }
 
-TEST(FlvTruncationTest, BytesOfEveryFrameOfASpoiltStreamAreThoseOfTheStreamInOrder) {
+TEST(FlvTruncationTest, FramesOfADamagedStreamHoldItsBytesInOrder) {
   std::mt19937 random(6);  // NOLINT: the same run every time
   for (int run = 0; run < 500; ++run) {
     Bytes stream = flv_test::MakeStream(6, 40);
@@ -107,13 +107,13 @@ TEST(FlvTruncationTest, BytesOfEveryFrameOfASpoiltStreamAreThoseOfTheStreamInOrd
   }
 }
 
-// Between two tags there is a PreviousTagSize, whose bytes are like no others of the stream.
-TEST(FlvTruncationTest, NoFrameOfASpoiltStreamGoesOnInTheNextTag) {
+// A PreviousTagSize field separates two tags. Its bytes occur nowhere else in the stream.
+TEST(FlvTruncationTest, NoFrameOfADamagedStreamExtendsIntoTheNextTag) {
   constexpr std::uint8_t kBetween[] = {0x70, 0x71, 0x72, 0x73};
   std::mt19937 random(7);  // NOLINT: the same run every time
   for (int run = 0; run < 2000; ++run) {
     Bytes stream = flv_test::MakeStream(6, 40);
-    // Only bodies are spoilt: what a tag says of its size decides where it ends.
+    // Damages only bodies, because the size in a tag header determines where the tag ends.
     std::size_t at = flv_test::kHeaderSize;
     for (int tag = static_cast<int>(random() % 14); tag > 0; --tag) {
       at += flv_test::kBackPointerSize + flv_test::kTagHeaderSize + stream[at + 7];

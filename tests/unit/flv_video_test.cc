@@ -22,7 +22,7 @@ std::vector<Bytes> Payloads(const std::vector<DumpedFrame>& frames) {
   return payloads;
 }
 
-TEST(FlvVideoTest, NalUnitComesOutBehindAStartCode) {
+TEST(FlvVideoTest, NalUnitFollowsAStartCode) {
   const ParsedFlv parsed = ParseTags({NalTag(1000, {{0x65, 0xAA, 0xBB}})});
   ASSERT_EQ(parsed.frames.video.size(), 1U);
   const DumpedFrame& frame = parsed.frames.video.front();
@@ -47,7 +47,7 @@ TEST(FlvVideoTest, EachNalUnitOfATagIsAFrameWithTheTimeOfTheTag) {
   }
 }
 
-TEST(FlvVideoTest, TagOfManySmallNalUnitsIsReadToItsEnd) {
+TEST(FlvVideoTest, AllOfManySmallNalUnitsAreRead) {
   std::vector<Bytes> nals;
   for (int i = 0; i < 200; ++i) nals.push_back({static_cast<std::uint8_t>(i)});
   const ParsedFlv parsed = ParseTags({NalTag(40, nals), NalTag(80, {{0x65}})});
@@ -57,7 +57,7 @@ TEST(FlvVideoTest, TagOfManySmallNalUnitsIsReadToItsEnd) {
   }
 }
 
-TEST(FlvVideoTest, CompositionTimeChangesNothing) {
+TEST(FlvVideoTest, CompositionTimeIsIgnored) {
   Bytes body = AvcBody(1, WithLength({0x41}));
   body[2] = 0xFF;
   body[3] = 0x12;
@@ -77,7 +77,7 @@ TEST(FlvVideoTest, TimestampPastTwentyFourBitsUsesTheExtensionByte) {
   EXPECT_EQ(parsed.frames.video[3].play, 0xFFFFFFFFULL * 90);
 }
 
-TEST(FlvVideoTest, EveryCodecIsTakenForAvc) {
+TEST(FlvVideoTest, EveryCodecIsReadAsAvc) {
   for (const std::uint8_t first : Bytes{0x00, 0x12, 0x22, 0x17, 0x27, 0x57, 0xFF}) {
     Bytes body = AvcBody(1, WithLength({0x41, 9}));
     body[0] = first;
@@ -87,26 +87,26 @@ TEST(FlvVideoTest, EveryCodecIsTakenForAvc) {
   }
 }
 
-TEST(FlvVideoTest, EndOfSequenceYieldsNothingAndTheStreamGoesOn) {
+TEST(FlvVideoTest, EndOfSequenceYieldsNoFrameAndTheStreamContinues) {
   const ParsedFlv parsed = ParseTags({flv_test::EndOfSequenceTag(80), NalTag(120, {{0x41}})});
   ASSERT_EQ(parsed.frames.video.size(), 1U);
   EXPECT_EQ(parsed.frames.video.front().pts, 120U * 90);
   EXPECT_EQ(parsed.console, "headlength:9\n");
 }
 
-TEST(FlvVideoTest, OtherPacketTypesHoldNalUnitsAsWell) {
+TEST(FlvVideoTest, OtherPacketTypesAreReadAsNalUnits) {
   for (const std::uint8_t type : Bytes{2, 3, 255}) {
     const Bytes body = AvcBody(type, WithLength({0x41, 5}));
     EXPECT_EQ(ParseTags({Tag(kVideo, 0, body)}).frames.video.size(), 1U) << int{type};
   }
 }
 
-TEST(FlvVideoTest, EmptyNalUnitIsABareStartCode) {
+TEST(FlvVideoTest, EmptyNalUnitYieldsABareStartCode) {
   EXPECT_EQ(Payloads(ParseTags({NalTag(0, {{}, {0x41}})}).frames.video),
             (std::vector<Bytes>{{0, 0, 0, 1}, {0, 0, 0, 1, 0x41}}));
 }
 
-TEST(FlvVideoTest, SequenceHeaderGivesBothParameterSetsAndTellsTheirSizes) {
+TEST(FlvVideoTest, SequenceHeaderYieldsBothParameterSetsAndPrintsTheirSizes) {
   const Bytes sps = {0x67, 0x64, 0, 0x1F};
   const Bytes pps = {0x68, 0xEB};
   const ParsedFlv parsed = ParseTags({AvcHeaderTag(40, {sps}, {pps})});
@@ -116,17 +116,17 @@ TEST(FlvVideoTest, SequenceHeaderGivesBothParameterSetsAndTellsTheirSizes) {
   for (const DumpedFrame& frame : parsed.frames.video) EXPECT_EQ(frame.dts, 3600U);
 }
 
-TEST(FlvVideoTest, FurtherPpsAndWhatFollowsThemAreSkipped) {
+TEST(FlvVideoTest, FurtherPpsAndTheBytesAfterThemAreSkipped) {
   const Bytes record = Join({flv_test::AvcRecord({{0x67, 1}}, {{0x68, 2}, {0x68, 3, 4}}),
-                             {0xFD, 0xF8, 0xF8, 0}});  // as High profile has it
+                             {0xFD, 0xF8, 0xF8, 0}});  // as in the High profile
   const ParsedFlv parsed = ParseTags({Tag(kVideo, 0, AvcBody(0, record)), NalTag(40, {{0x65, 7}})});
   EXPECT_EQ(Payloads(parsed.frames.video),
             (std::vector<Bytes>{WithStartCode({0x67, 1}), WithStartCode({0x68, 2}),
                                 WithStartCode({0x65, 7})}));
 }
 
-// The count of the SPS is not looked at: behind the first one a count and a length are read.
-TEST(FlvVideoTest, SecondSpsIsTakenForAPpsCountAndLengthAndItsBytes) {
+// The SPS count is ignored: the bytes after the first SPS are read as a PPS count and a PPS length.
+TEST(FlvVideoTest, SecondSpsIsReadAsAPpsCountAndLengthAndItsBytes) {
   const Bytes first = {0x67, 1, 2};
   const Bytes second = {0x67, 3};  // 00 02 67 03: count 0, length 0x0267, then 03 ...
   const Bytes record = Join({flv_test::AvcRecord({first, second}, {{0x68, 4}}), Bytes(800, 0xEE)});
@@ -140,7 +140,7 @@ TEST(FlvVideoTest, SecondSpsIsTakenForAPpsCountAndLengthAndItsBytes) {
   EXPECT_EQ(parsed.console, "headlength:9\nsssize:3\nppsize:615\n");
 }
 
-TEST(FlvVideoTest, SequenceHeaderInMidStreamGivesItsParameterSetsAgain) {
+TEST(FlvVideoTest, SequenceHeaderInMidStreamYieldsItsParameterSetsAgain) {
   const ParsedFlv parsed =
       ParseTags({AvcHeaderTag(0, {{0x67, 1}}, {{0x68, 1}}), NalTag(0, {{0x65}}),
                  AvcHeaderTag(40, {{0x67, 2}}, {{0x68, 2}}), NalTag(40, {{0x65}})});
@@ -148,15 +148,15 @@ TEST(FlvVideoTest, SequenceHeaderInMidStreamGivesItsParameterSetsAgain) {
   EXPECT_EQ(parsed.frames.video[3].payload, WithStartCode({0x67, 2}));
 }
 
-TEST(FlvVideoTest, LengthsAlwaysHaveFourBytes) {
+TEST(FlvVideoTest, NalLengthsAlwaysHaveFourBytes) {
   Bytes record = flv_test::AvcRecord({{0x67, 1}}, {{0x68, 2}});
-  record[4] = 0xFC;  // says that they have one
+  record[4] = 0xFC;  // declares lengths of one byte
   const ParsedFlv parsed = ParseTags({Tag(kVideo, 0, AvcBody(0, record)), NalTag(40, {{0x65, 7}})});
   ASSERT_EQ(parsed.frames.video.size(), 3U);
   EXPECT_EQ(parsed.frames.video[2].payload, WithStartCode({0x65, 7}));
 }
 
-TEST(FlvVideoTest, LongestNalUnitOfATagComesWhole) {
+TEST(FlvVideoTest, LongestNalUnitOfATagIsDeliveredWhole) {
   const Bytes nal(0xFFFFFF - 5 - 4, 0x41);
   const ParsedFlv parsed = ParseTags({NalTag(0, {nal})});
   ASSERT_EQ(parsed.frames.video.size(), 1U);

@@ -31,10 +31,10 @@ class FrameBacklogTest : public testing::Test {
     return std::async(std::launch::async, [this, limit] { AwaitFrameRoom(running_, limit); });
   }
 
-  // Checks for queue space every millisecond, and finds none.
+  // Whether the parser checks for queue space every millisecond and finds none.
   bool IsStillPolling() { return StillPolls(clock_, kPace); }
 
-  // The next look will end the wait.
+  // Advances to the next check.
   void LookAgain() { clock_.Advance(kPace); }
 
   static constexpr Clock::Duration kPace{1};
@@ -43,19 +43,19 @@ class FrameBacklogTest : public testing::Test {
   std::atomic<bool> running_{true};
 };
 
-TEST_F(FrameBacklogTest, NothingWaitsWhereTheQueuesAreNotThereYet) {
+TEST_F(FrameBacklogTest, NoWaitBeforeTheQueuesExist) {
   ReleaseFrameQueues();
   AwaitFrameRoom(running_, {0, 0});
 }
 
-TEST_F(FrameBacklogTest, AsManyFramesAndBytesAsTheLimitDoNotWait) {
+TEST_F(FrameBacklogTest, NoWaitAtTheLimit) {
   Push(50, g_videoQueue);
   Push(50, g_videoQueue);
   Push(100, g_audioQueue);
   AwaitFrameRoom(running_, {2, 100});
 }
 
-TEST_F(FrameBacklogTest, OneFrameTooManyWaitsUntilOneIsTaken) {
+TEST_F(FrameBacklogTest, OneFrameAboveTheLimitWaitsUntilOneIsRemoved) {
   for (int i = 0; i < 3; ++i) Push(0, g_audioQueue);
   const std::future<void> waiting = Await({2, 100});
   EXPECT_TRUE(IsStillPolling());
@@ -64,7 +64,7 @@ TEST_F(FrameBacklogTest, OneFrameTooManyWaitsUntilOneIsTaken) {
   waiting.wait();
 }
 
-TEST_F(FrameBacklogTest, OneByteTooManyWaitsUntilItsFrameIsTaken) {
+TEST_F(FrameBacklogTest, OneByteAboveTheLimitWaitsUntilItsFrameIsRemoved) {
   Push(101, g_videoQueue);
   const std::future<void> waiting = Await({2, 100});
   EXPECT_TRUE(IsStillPolling());

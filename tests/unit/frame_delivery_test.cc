@@ -12,7 +12,7 @@
 
 namespace {
 
-// Runs one delivery loop on a thread of its own, in simulated time, until the test ends.
+// Runs a delivery loop on a thread of its own, in simulated time, until the test ends.
 class FrameDeliveryTest : public testing::Test {
  protected:
   FrameDeliveryTest() { ResetFrameQueues(); }
@@ -75,14 +75,14 @@ TEST_F(FrameDeliveryTest, LoopSleepsOneMillisecondAfterEachFrame) {
   }
 }
 
-TEST_F(FrameDeliveryTest, LoopSleepsOneMillisecondWhereThereIsNoFrame) {
+TEST_F(FrameDeliveryTest, LoopSleepsOneMillisecondIfThereIsNoFrame) {
   StartVideo();
   EXPECT_TRUE(StillPolls(clock_, kPace));
   Push(g_videoQueue, 1);
   EXPECT_TRUE(clock_.AdvanceUntil([this] { return DeliveredVideo() == 1; }, 1, kPace));
 }
 
-TEST_F(FrameDeliveryTest, AudioLoopLeavesTheVideoQueueAlone) {
+TEST_F(FrameDeliveryTest, AudioLoopLeavesTheVideoQueueUnchanged) {
   Push(g_videoQueue, 1);
   Push(g_audioQueue, 90'000);
   thread_ = std::thread([this] {
@@ -93,7 +93,7 @@ TEST_F(FrameDeliveryTest, AudioLoopLeavesTheVideoQueueAlone) {
   EXPECT_FALSE(IsEmpty(g_videoQueue));
 }
 
-TEST_F(FrameDeliveryTest, UnwantedFrameIsReleasedUnseen) {
+TEST_F(FrameDeliveryTest, UnwantedFrameIsReleasedAndNotDelivered) {
   Push(g_videoQueue, 1);
   Push(g_videoQueue, 2);
   const auto wanted = [](const FrameRecord& frame) { return frame.playTime >= 2; };
@@ -104,7 +104,7 @@ TEST_F(FrameDeliveryTest, UnwantedFrameIsReleasedUnseen) {
   EXPECT_EQ(player_.Snapshot().video.front().pts, 2U);
 }
 
-TEST_F(FrameDeliveryTest, WithoutAPlayerFramesAreStillTaken) {
+TEST_F(FrameDeliveryTest, FramesAreRemovedWithoutAPlayer) {
   Push(g_videoQueue, 1);
   Push(g_videoQueue, 2);
   thread_ = std::thread([this] {

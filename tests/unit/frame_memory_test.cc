@@ -33,11 +33,12 @@ bool IsUnharmed(const Payload& payload) {
                      [&payload](std::uint8_t byte) { return byte == payload.fill; });
 }
 
-// Sizes of audio frames, of pictures, and around the largest that shares its chunk with others.
+// Typical sizes of audio and video frames, and sizes around the largest payload that shares its
+// chunk with others.
 constexpr std::size_t kSizes[] = {0,      1,         15,        16,        17,        400,
                                   20'000, 1'048'575, 1'048'576, 1'048'577, 3'000'000, 9'000'000};
 
-TEST(FrameMemoryTest, PayloadOfAnySizeIsThereAndAligned) {
+TEST(FrameMemoryTest, PayloadOfAnySizeIsAllocatedAndAligned) {
   for (const std::size_t size : kSizes) {
     const Payload payload = Make(size, 7);
     ASSERT_NE(payload.bytes, nullptr) << size;
@@ -47,9 +48,9 @@ TEST(FrameMemoryTest, PayloadOfAnySizeIsThereAndAligned) {
   }
 }
 
-TEST(FrameMemoryTest, NullIsNothing) { FreePayload(nullptr); }
+TEST(FrameMemoryTest, FreeOfNullDoesNothing) { FreePayload(nullptr); }
 
-TEST(FrameMemoryTest, PayloadsThatAreGoneBeforeTheNextComesShareOnePlace) {
+TEST(FrameMemoryTest, PayloadsFreedBeforeTheNextAllocationShareOneAddress) {
   if (kSeparateBlocks) GTEST_SKIP() << "each payload is a block of its own";
   const Payload first = Make(4'000, 1);
   FreePayload(first.bytes);
@@ -60,7 +61,7 @@ TEST(FrameMemoryTest, PayloadsThatAreGoneBeforeTheNextComesShareOnePlace) {
   }
 }
 
-TEST(FrameMemoryTest, SizeThatNoMemoryCanHoldIsRefused) {
+TEST(FrameMemoryTest, SizeBeyondAllMemoryIsRefused) {
   if (kSeparateBlocks) GTEST_SKIP() << "the sanitizer's heap ends the process instead";
   constexpr std::size_t kMost = std::numeric_limits<std::size_t>::max();
   for (const std::size_t size : {kMost, kMost - 16, kMost - 4'096, kMost / 2}) {
@@ -78,7 +79,7 @@ TEST(FrameMemoryTest, PayloadKnowsItsKindWhateverItsSize) {
   }
 }
 
-TEST(FrameMemoryTest, EmptyPayloadsBetweenSmallOnesKeepTheirKindAndAreReleased) {
+TEST(FrameMemoryTest, EmptyPayloadsBetweenSmallOnesKeepTheirKindAndAreFreed) {
   std::vector<std::uint8_t*> payloads;
   for (int i = 0; i < 300'000; ++i) {  // more than a chunk holds
     payloads.push_back(AllocatePayload(i % 2 == 0 ? 16 : 0, PayloadKind::kAudio));
@@ -88,7 +89,7 @@ TEST(FrameMemoryTest, EmptyPayloadsBetweenSmallOnesKeepTheirKindAndAreReleased) 
   for (std::uint8_t* const payload : payloads) FreePayload(payload);
 }
 
-TEST(FrameMemoryTest, PayloadsThatComeAndGoInAnyOrderKeepTheirBytes) {
+TEST(FrameMemoryTest, PayloadsAllocatedAndFreedInAnyOrderKeepTheirBytes) {
   std::mt19937 random(1);
   std::vector<Payload> alive;
   for (int i = 0; i < 20'000; ++i) {
@@ -108,7 +109,7 @@ TEST(FrameMemoryTest, PayloadsThatComeAndGoInAnyOrderKeepTheirBytes) {
   }
 }
 
-TEST(FrameMemoryTest, PayloadsReleasedByAnotherThreadKeepTheirBytes) {
+TEST(FrameMemoryTest, PayloadsFreedByAnotherThreadKeepTheirBytes) {
   constexpr int kCount = 20'000;
   std::mutex mutex;
   std::condition_variable changed;
@@ -135,8 +136,9 @@ TEST(FrameMemoryTest, PayloadsReleasedByAnotherThreadKeepTheirBytes) {
   EXPECT_EQ(harmed, 0);
 }
 
-// Payloads of both kinds that wait for delivery, released in order within their kind. After each
-// step the memory held may exceed what waits by 16 MiB, spare memory and bookkeeping included.
+// Payloads of both kinds wait for delivery and are freed in order within their kind. After each
+// step the held memory may exceed the waiting bytes by at most 16 MiB, including spare memory and
+// bookkeeping.
 class FrameMemoryBacklogTest : public testing::Test {
  protected:
   static constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
@@ -191,7 +193,7 @@ class FrameMemoryBacklogTest : public testing::Test {
   int pushed_ = 0;
 };
 
-TEST_F(FrameMemoryBacklogTest, VideoReleasedWhileAudioWaitsHoldsNothing) {
+TEST_F(FrameMemoryBacklogTest, VideoFreedWhileAudioWaitsHoldsNoMemory) {
   for (int i = 0; i < kFrames; ++i) {
     PushAudio();
     PushVideo();
@@ -200,7 +202,7 @@ TEST_F(FrameMemoryBacklogTest, VideoReleasedWhileAudioWaitsHoldsNothing) {
   }
 }
 
-TEST_F(FrameMemoryBacklogTest, AudioReleasedWhileVideoWaitsHoldsNothing) {
+TEST_F(FrameMemoryBacklogTest, AudioFreedWhileVideoWaitsHoldsNoMemory) {
   for (int i = 0; i < kFrames; ++i) {
     PushVideo();
     for (int k = 0; k < 40; ++k) {
@@ -210,7 +212,7 @@ TEST_F(FrameMemoryBacklogTest, AudioReleasedWhileVideoWaitsHoldsNothing) {
   }
 }
 
-TEST_F(FrameMemoryBacklogTest, VideoDrainedBeforeTheAudioBetweenItHoldsNothing) {
+TEST_F(FrameMemoryBacklogTest, VideoFreedBeforeTheAudioBetweenItHoldsNoMemory) {
   for (int i = 0; i < kFrames; ++i) {
     PushVideo();
     PushAudio();
@@ -219,7 +221,7 @@ TEST_F(FrameMemoryBacklogTest, VideoDrainedBeforeTheAudioBetweenItHoldsNothing) 
   EXPECT_EQ(WaitingOf(PayloadKind::kAudio).size(), kFrames);
 }
 
-TEST_F(FrameMemoryBacklogTest, AudioDrainedBeforeTheVideoBetweenItHoldsNothing) {
+TEST_F(FrameMemoryBacklogTest, AudioFreedBeforeTheVideoBetweenItHoldsNoMemory) {
   for (int i = 0; i < kFrames; ++i) {
     PushVideo();
     for (int k = 0; k < 100; ++k) PushAudio();
@@ -228,7 +230,7 @@ TEST_F(FrameMemoryBacklogTest, AudioDrainedBeforeTheVideoBetweenItHoldsNothing) 
   EXPECT_EQ(WaitingOf(PayloadKind::kVideo).size(), kFrames);
 }
 
-TEST_F(FrameMemoryBacklogTest, ReleaseInTurnsAndOutOfPhaseHoldsNothing) {
+TEST_F(FrameMemoryBacklogTest, KindsThatBlockInTurnHoldNoMemory) {
   for (int i = 0; i < 2 * kFrames; ++i) {
     PushVideo();
     PushAudio();
@@ -241,7 +243,7 @@ TEST_F(FrameMemoryBacklogTest, ReleaseInTurnsAndOutOfPhaseHoldsNothing) {
   }
 }
 
-TEST_F(FrameMemoryBacklogTest, TinyAndLargePayloadsOfOneKindHoldNothingOnceReleased) {
+TEST_F(FrameMemoryBacklogTest, TinyAndLargePayloadsOfOneKindHoldNoMemoryOnceFreed) {
   std::mt19937 random(3);  // NOLINT: the same run every time
   const auto size = [&random] {
     const std::size_t largest = random() % 8 == 0 ? 2'500'000 : 60;
@@ -254,15 +256,15 @@ TEST_F(FrameMemoryBacklogTest, TinyAndLargePayloadsOfOneKindHoldNothingOnceRelea
   }
 }
 
-// Each fills more than half of a chunk, into which no second one fits.
-TEST_F(FrameMemoryBacklogTest, PayloadsThatShareNoChunkHoldNoMoreThanThemselves) {
+// Each payload needs more than half of a chunk, so no two share one.
+TEST_F(FrameMemoryBacklogTest, PayloadsThatShareNoChunkHoldOnlyTheirOwnMemory) {
   for (const std::size_t size : {1'048'576U, 1'040'000U, 700'000U, 1'048'577U}) {
     for (int i = 0; i < 150; ++i) Push(PayloadKind::kVideo, size);
     Drain(PayloadKind::kVideo);
   }
 }
 
-TEST_F(FrameMemoryBacklogTest, LittleIsKeptWhenEverythingWasReleased) {
+TEST_F(FrameMemoryBacklogTest, LittleMemoryIsKeptOnceAllPayloadsAreFreed) {
   for (int i = 0; i < kFrames; ++i) {
     PushVideo();
     PushAudio();

@@ -13,7 +13,7 @@ FrameRecord MakeFrame(std::int32_t size, std::uint64_t pts = 0) {
   return frame;
 }
 
-// A queue of the test's own, emptied at its end.
+// A queue that is emptied at the end of the test.
 class FrameQueueTest : public testing::Test {
  protected:
   ~FrameQueueTest() override {
@@ -49,12 +49,12 @@ TEST_F(FrameQueueTest, CountAndTotalBytesFollowPushesAndPops) {
   EXPECT_EQ(queue_.tail, nullptr);
 }
 
-TEST_F(FrameQueueTest, FramesComeOutInTheOrderOfPushes) {
+TEST_F(FrameQueueTest, FramesArePoppedInTheOrderOfPushes) {
   for (std::uint64_t pts = 1; pts <= 3; ++pts) Push(1, pts);
   for (std::uint64_t pts = 1; pts <= 3; ++pts) EXPECT_EQ(Pop()->pts, pts);
 }
 
-TEST_F(FrameQueueTest, PlacesCountPushesWhateverWasTaken) {
+TEST_F(FrameQueueTest, SequenceNumbersCountPushesWhateverWasPopped) {
   for (int i = 0; i < 3; ++i) Push(1);
   EXPECT_EQ(queue_.FirstPlace(), 1U);
   Pop();
@@ -73,7 +73,7 @@ TEST_F(FrameQueueTest, PushWithoutAQueueFailsAndLeavesThePayloadToTheCaller) {
   EXPECT_EQ(frame.data, nullptr);
 }
 
-TEST_F(FrameQueueTest, NodeCarriesAPrivateCopyOfThePayload) {
+TEST_F(FrameQueueTest, NodeHasItsOwnCopyOfThePayload) {
   std::vector<std::uint8_t> payload = {1, 2, 3};
   FrameRecord frame;
   ASSERT_EQ(CreateFrameNode(frame, 7, 8, payload.data(), 3, false, false), 0);
@@ -88,8 +88,8 @@ TEST_F(FrameQueueTest, NodeCarriesAPrivateCopyOfThePayload) {
   EXPECT_EQ(node->intact, 0U);
 }
 
-// Nodes, too, are the memory of a frame: there may be far more of them than of payload bytes.
-TEST(FrameQueueMemoryTest, VideoFramesOfAFewBytesHoldNothingOnceTakenWhileAudioWaits) {
+// The memory of a frame includes its node, which may be far larger than its payload.
+TEST(FrameQueueMemoryTest, SmallVideoFramesReleaseTheirMemoryWhileAudioWaits) {
   constexpr int kFrames = 300'000;
   constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
   FrameQueue video;
@@ -128,7 +128,7 @@ TEST(GlobalFrameQueuesTest, PopBeforeTheFirstResetReturnsNothing) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TEST(GlobalFrameQueuesTest, ResetReleasesWhatWasQueuedAndBeginsAGeneration) {
+TEST(GlobalFrameQueuesTest, ResetReleasesQueuedFramesAndIncrementsTheGeneration) {
   ResetFrameQueues();
   const std::uint64_t generation = FrameQueueGeneration();
   {
@@ -145,7 +145,7 @@ TEST(GlobalFrameQueuesTest, ResetReleasesWhatWasQueuedAndBeginsAGeneration) {
   EXPECT_EQ(g_audioQueue->totalBytes, 0U);
 }
 
-TEST(GlobalFrameQueuesTest, ReleaseTakesQueuesAndFramesAwayAndBeginsAGeneration) {
+TEST(GlobalFrameQueuesTest, ReleaseRemovesQueuesAndFramesAndIncrementsTheGeneration) {
   ResetFrameQueues();
   const std::uint64_t generation = FrameQueueGeneration();
   {
@@ -162,7 +162,7 @@ TEST(GlobalFrameQueuesTest, ReleaseTakesQueuesAndFramesAwayAndBeginsAGeneration)
   EXPECT_EQ(g_audioQueue, nullptr);
 }
 
-TEST(GlobalFrameQueuesTest, ReleaseOfQueuesThatAreNotThereIsHarmless) {
+TEST(GlobalFrameQueuesTest, ReleaseOfMissingQueuesDoesNothing) {
   ReleaseFrameQueues();
   ReleaseFrameQueues();
   ResetFrameQueues();
@@ -171,7 +171,7 @@ TEST(GlobalFrameQueuesTest, ReleaseOfQueuesThatAreNotThereIsHarmless) {
   EXPECT_EQ(g_videoQueue->pushed, 0U);
 }
 
-TEST(GlobalFrameQueuesTest, EnsureQueueMakesAMissingQueueOnce) {
+TEST(GlobalFrameQueuesTest, EnsureQueueCreatesAMissingQueueOnce) {
   const std::lock_guard lock(g_frameQueueMutex);
   FrameQueue* made = EnsureQueue(g_videoQueue);
   ASSERT_NE(made, nullptr);

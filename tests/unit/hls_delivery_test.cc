@@ -35,7 +35,7 @@ class HlsDeliveryTest : public testing::Test {
   static void PushVideo(std::uint64_t pts) { Push(g_videoQueue, pts, true); }
   static void PushAudio(std::uint64_t pts) { Push(g_audioQueue, pts, false); }
 
-  // Delivers both kinds until `met` holds, then stops. What was written to the console.
+  // Delivers both kinds until `met` is true, then stops. Returns the console output.
   template <typename Condition>
   std::string DeliverUntil(Condition met) {
     testing::internal::CaptureStdout();
@@ -52,7 +52,7 @@ class HlsDeliveryTest : public testing::Test {
   HlsPipeline pipeline_;
 };
 
-TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreTold) {
+TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreReported) {
   PushVideo(1);
   PushAudio(2);
   const std::string console = DeliverUntil(
@@ -63,7 +63,7 @@ TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreTold) {
               testing::UnorderedElementsAre("m3u8 video thread stop.", "m3u8 audio thread stop."));
 }
 
-TEST_F(HlsDeliveryTest, FirstVideoFrameAfterAStopIsLeftOutAndNoAudioFrameIs) {
+TEST_F(HlsDeliveryTest, OnlyTheFirstVideoFrameAfterAStopIsSkipped) {
   SkipFirstVideoFrame();
   for (const std::uint64_t pts : {1U, 2U, 3U}) {
     PushVideo(pts);
@@ -76,11 +76,11 @@ TEST_F(HlsDeliveryTest, FirstVideoFrameAfterAStopIsLeftOutAndNoAudioFrameIs) {
 }
 
 // After a second start two threads deliver video.
-TEST_F(HlsDeliveryTest, TwoThreadsLeaveOutNoMoreFramesThanAreAskedFor) {
+TEST_F(HlsDeliveryTest, TwoThreadsSkipNoMoreFramesThanRequested) {
   constexpr int kRounds = 3'000'000;
   std::atomic<std::int32_t> skip{0};
   std::atomic<bool> too_many{false};
-  std::atomic<int> missing{2};  // no latch: in GCC 12 for Windows its wake-up may be missed
+  std::atomic<int> missing{2};  // no std::latch: in GCC 12 for Windows its wake-up may be missed
   const auto deliver = [&] {
     --missing;
     while (missing.load() > 0) std::this_thread::yield();
@@ -98,7 +98,7 @@ TEST_F(HlsDeliveryTest, TwoThreadsLeaveOutNoMoreFramesThanAreAskedFor) {
   EXPECT_EQ(skip.load(), 0);
 }
 
-TEST_F(HlsDeliveryTest, ListedDurationIsForgottenWithTheFirstFrameOfEitherKind) {
+TEST_F(HlsDeliveryTest, ListedDurationIsClearedByTheFirstFrameOfEitherKind) {
   for (const bool is_video : {true, false}) {
     pipeline_.running = true;
     pipeline_.listedDuration = 30;
@@ -110,7 +110,7 @@ TEST_F(HlsDeliveryTest, ListedDurationIsForgottenWithTheFirstFrameOfEitherKind) 
   }
 }
 
-TEST_F(HlsDeliveryTest, FrameThatIsLeftOutForgetsTheListedDurationToo) {
+TEST_F(HlsDeliveryTest, SkippedFrameClearsTheListedDurationToo) {
   SkipFirstVideoFrame();
   pipeline_.listedDuration = 30;
   PushVideo(1);
@@ -140,7 +140,7 @@ TEST_F(HlsDeliveryTest, AudioClockIsTheWholeSecondsOfThePlayTime) {
   EXPECT_THAT(player_.Snapshot().clocks, ElementsAre(2.0F));
 }
 
-TEST_F(HlsDeliveryTest, WithoutAPlayerFramesAreTakenAndReleased) {
+TEST_F(HlsDeliveryTest, FramesAreRemovedAndReleasedWithoutAPlayer) {
   pipeline_.player = PlayerPort();
   PushVideo(1);
   std::thread video([this] { DeliverHlsVideo(pipeline_); });

@@ -15,7 +15,7 @@ using hls_test::SegmentUris;
 
 constexpr char kBase[] = "http://host/";
 
-// The window of a text, a line for each pair.
+// The window of a playlist text, one line for each pair.
 class WindowTest : public testing::Test {
  protected:
   std::vector<std::string> PairsOf(const std::string& text) {
@@ -37,22 +37,22 @@ class WindowTest : public testing::Test {
   SequenceWindow window_;
 };
 
-TEST_F(WindowTest, SegmentsHaveTheirNumbersAndTheirKeysWithoutTheQuery) {
+TEST_F(WindowTest, SegmentsHaveNumbersAndKeysWithoutTheQuery) {
   EXPECT_EQ(PairsOf(LivePlaylist(7, {"a.ts?token=1", "b.ts"})),
             Pairs({"7 http://host/a.ts", "8 http://host/b.ts"}));
   EXPECT_EQ(window_.first, 7);
 }
 
-TEST_F(WindowTest, WhatIsNoSegmentHasANumberAndIsSkipped) {
+TEST_F(WindowTest, EntryThatIsNoSegmentHasANumberAndIsSkipped) {
   EXPECT_EQ(PairsOf(LivePlaylist(7, {"a.aac", "b.ts"})), Pairs({"8 http://host/b.ts"}));
   EXPECT_EQ(window_.first, 7);
 }
 
-TEST_F(WindowTest, PlaylistWithoutASequenceHasNone) {
+TEST_F(WindowTest, PlaylistWithoutASequenceHasNoPairs) {
   EXPECT_EQ(PairsOf("#EXTM3U\n" + hls_test::SegmentLines({"a.ts"})), Pairs());
 }
 
-TEST_F(WindowTest, RestOfAnEarlierTextIsNotPartOfIt) {
+TEST_F(WindowTest, RestOfAnEarlierTextIsIgnored) {
   EXPECT_EQ(PairsOf(LivePlaylist(7, {"a.ts", "b.ts"}) + LivePlaylist(8, {"b.ts", "c.ts"})),
             Pairs({"8 http://host/b.ts", "9 http://host/c.ts"}));
   EXPECT_EQ(PairsOf(LivePlaylist(1, {"a.ts"}) + LivePlaylist(8, {"b.ts", "c.ts"})),
@@ -63,7 +63,7 @@ TEST_F(WindowTest, RestOfAnEarlierTextIsNotPartOfIt) {
             Pairs({"8 http://host/b.ts"}));
 }
 
-TEST_F(WindowTest, NewestOfAVeryLongPlaylistAreCompared) {
+TEST_F(WindowTest, OnlyTheNewestSegmentsOfAVeryLongPlaylistAreCompared) {
   constexpr int kMore = 5;
   const int count = static_cast<int>(kMostCompared) + kMore;
   PairsOf(LivePlaylist(0, SegmentUris(0, count)));
@@ -89,7 +89,7 @@ TEST_F(LiveSequencesTest, PlaylistsAreNotComparedWithEachOther) {
   EXPECT_EQ(Follow("low", 2), SequenceVerdict::kRestart) << "compared with 100";
 }
 
-TEST_F(LiveSequencesTest, PlaylistsThatWereAskedForLastAreRemembered) {
+TEST_F(LiveSequencesTest, LastUsedPlaylistsAreRemembered) {
   Follow("first", 100);
   for (std::size_t i = 0; i < LiveSequences::kRememberedSources; ++i) {
     EXPECT_LE(sequences_.Size(), LiveSequences::kRememberedSources);
@@ -99,7 +99,7 @@ TEST_F(LiveSequencesTest, PlaylistsThatWereAskedForLastAreRemembered) {
   EXPECT_EQ(Follow("first", 1), SequenceVerdict::kGoesOn) << "forgotten";
 }
 
-TEST_F(LiveSequencesTest, OthersAreForgotten) {
+TEST_F(LiveSequencesTest, ForgetOthersKeepsOnlyTheLastUsedPlaylist) {
   Follow("low", 100);
   Follow("high", 100);
   sequences_.ForgetOthers();

@@ -27,7 +27,7 @@ using hls_test::Uris;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Lets so many segments wait that there is room for `room` more.
+// Fills the queue until it has space for just this many more segments.
 void LeaveRoomFor(std::size_t room) {
   const std::lock_guard lock(g_segmentQueueMutex);
   g_segmentQueue->resize(kMaxWaitingSegments - room);
@@ -35,10 +35,10 @@ void LeaveRoomFor(std::size_t room) {
 
 class SegmentQueueTest : public HlsTasks {
  protected:
-  SegmentQueueTest() { pipeline_.variantHandle.reset(); }  // variants cannot be fetched
+  SegmentQueueTest() { pipeline_.variantHandle.reset(); }  // so that no variant can be fetched
 };
 
-TEST_F(SegmentQueueTest, SegmentsAreQueuedInOrderAndCountedWithoutALineBreak) {
+TEST_F(SegmentQueueTest, SegmentsAreQueuedInOrderAndTheirCountIsPrintedWithoutALineBreak) {
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
   EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   EXPECT_EQ(taken_.front().uri, "http://host/live/seg0.ts");
@@ -58,12 +58,12 @@ TEST_F(SegmentQueueTest, SameSegmentsAreQueuedOnce) {
   }
 }
 
-TEST_F(SegmentQueueTest, AddressesThatDifferInTheirQueryAreOneSegment) {
+TEST_F(SegmentQueueTest, AddressesThatDifferOnlyInTheirQueryAreOneSegment) {
   Queue(LivePlaylist(0, {"a.ts?token=1", "a.ts?token=2", "b.ts?token=1"}));
   EXPECT_THAT(Take(), ElementsAre("a.ts?token=1", "b.ts?token=1"));
 }
 
-TEST_F(SegmentQueueTest, DownloadedSegmentsAreForgottenWhenANewOneComesAndTakenOnceAllTheSame) {
+TEST_F(SegmentQueueTest, DownloadedSegmentsAreForgottenWhenANewOneIsListedAndStillTakenOnce) {
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
   TakeAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))),
@@ -71,32 +71,32 @@ TEST_F(SegmentQueueTest, DownloadedSegmentsAreForgottenWhenANewOneComesAndTakenO
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg2.ts"));
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))),
             "QUEUEED1:3[REMOVE]: http://host/live/seg2.ts\n");
-  EXPECT_EQ(WaitingSegments(), 2U) << "queued once more";
-  EXPECT_THAT(TakeAndDownload(), IsEmpty()) << "and not taken again";
+  EXPECT_EQ(WaitingSegments(), 2U) << "queued again";
+  EXPECT_THAT(TakeAndDownload(), IsEmpty()) << "but not taken again";
   EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
 }
 
-TEST_F(SegmentQueueTest, NothingIsForgottenWhileNothingIsNew) {
+TEST_F(SegmentQueueTest, NothingIsForgottenWithoutANewSegment) {
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
   TakeAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 2))), "QUEUEED1:2");
   EXPECT_EQ(KnownSegments(), 2U);
 }
 
-TEST_F(SegmentQueueTest, BodyWithoutAHeaderChangesNothingAndStays) {
+TEST_F(SegmentQueueTest, BodyWithoutAHeaderQueuesNothingAndIsKept) {
   EXPECT_EQ(Queue(SegmentLines(SegmentUris(0, 2))), "");
   EXPECT_EQ(WaitingSegments(), 0U);
   EXPECT_EQ(KnownSegments(), 0U);
   EXPECT_EQ(PlaylistText(), SegmentLines(SegmentUris(0, 2)));
 }
 
-TEST_F(SegmentQueueTest, BodyThatStayedIsReadTogetherWithTheNext) {
+TEST_F(SegmentQueueTest, KeptBodyIsParsedTogetherWithTheNext) {
   Queue(SegmentLines({"early.ts"}));
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 1))), "QUEUEED1:2");
   EXPECT_THAT(Take(), ElementsAre("early.ts", "seg0.ts"));
 }
 
-TEST_F(SegmentQueueTest, EmptyPlaylistIsCountedAndQueuesNothing) {
+TEST_F(SegmentQueueTest, EmptyPlaylistPrintsItsCountAndQueuesNothing) {
   EXPECT_EQ(Queue("#EXTM3U\n"), "QUEUEED1:0");
   EXPECT_EQ(WaitingSegments(), 0U);
 }
@@ -125,7 +125,7 @@ TEST_F(SegmentQueueTest, OnDemandPlaylistQueuesEveryAddressAndAddsUpDurations) {
   EXPECT_EQ(KnownSegments(), 0U);
 }
 
-TEST_F(SegmentQueueTest, OnDemandSegmentsThatDifferInTheirQueryAreTwo) {
+TEST_F(SegmentQueueTest, OnDemandSegmentsThatDifferOnlyInTheirQueryAreTwo) {
   M3u8Table entries;
   entries[0] = {"a.ts?1", 10};
   entries[1] = {"a.ts?2", 10};
@@ -135,7 +135,7 @@ TEST_F(SegmentQueueTest, OnDemandSegmentsThatDifferInTheirQueryAreTwo) {
   EXPECT_THAT(Take(), ElementsAre("a.ts?1", "a.ts?2"));
 }
 
-TEST_F(SegmentQueueTest, SegmentWhoseQueryChangesIsNotTakenAgain) {
+TEST_F(SegmentQueueTest, SegmentWithAChangedQueryIsNotTakenAgain) {
   Queue(LivePlaylist(0, {"a.ts?1", "b.ts?1"}));
   TakeAndDownload();
   Queue(LivePlaylist(0, {"a.ts?2", "b.ts?2", "c.ts?2"}));
@@ -144,7 +144,7 @@ TEST_F(SegmentQueueTest, SegmentWhoseQueryChangesIsNotTakenAgain) {
   EXPECT_THAT(TakeAndDownload(), IsEmpty());
 }
 
-TEST_F(SegmentQueueTest, OnDemandSegmentThatIsListedTwiceIsTakenOnce) {
+TEST_F(SegmentQueueTest, OnDemandSegmentListedTwiceIsTakenOnce) {
   M3u8Table entries;
   entries[0] = {"a.ts", 10};
   entries[1] = {"a.ts", 10};
@@ -160,13 +160,13 @@ TEST_F(SegmentQueueTest, OnDemandPlaylistWithoutEntriesEndsTheWaitOnceWithAnEmpt
   testing::internal::CaptureStdout();
   QueueAllSegments(pipeline_, {});
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "QUEUEED3:0");
-  EXPECT_THAT(TakeQueuedSegments(pipeline_, history_), IsEmpty()) << "and returns at once";
+  EXPECT_THAT(TakeQueuedSegments(pipeline_, history_), IsEmpty()) << "returns at once";
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U) << "waited for";
+  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U) << "waits for a segment";
   producer.join();
 }
 
-TEST_F(SegmentQueueTest, OnDemandPlaylistWithoutEntriesThatWasStoppedDoesNotWakeTheNextRun) {
+TEST_F(SegmentQueueTest, WakeUpByAnOnDemandPlaylistWithoutEntriesIsForgottenAtAStop) {
   testing::internal::CaptureStdout();
   QueueAllSegments(pipeline_, {});
   testing::internal::GetCapturedStdout();
@@ -185,7 +185,7 @@ TEST_F(SegmentQueueTest, StopEndsTheWaitForSegments) {
   stopper.join();
 }
 
-TEST_F(SegmentQueueTest, SegmentsThatComeLaterEndTheWait) {
+TEST_F(SegmentQueueTest, SegmentsQueuedLaterEndTheWait) {
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
   EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U);
   producer.join();
@@ -201,14 +201,14 @@ TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
   EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
 }
 
-TEST_F(SegmentQueueTest, PauseAfterAStopIsNone) {
+TEST_F(SegmentQueueTest, NoPauseAfterAStop) {
   const SimulatedClock clock;
   pipeline_.running = false;
   PauseBetweenRefreshes(pipeline_);
   EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
 }
 
-TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueuedMeanwhile) {
+TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueued) {
   constexpr std::chrono::milliseconds kSecond{1000};
   SimulatedClock clock;
   std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
@@ -220,7 +220,7 @@ TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueuedMeanwhile) {
   pause.join();
 }
 
-// The segment thread in simulated time. All that is queued ends before the start position, so
+// The segment thread in simulated time. All queued segments end before the start position, so
 // nothing is requested.
 class SegmentLoopTest : public SegmentQueueTest {
  protected:
@@ -244,7 +244,7 @@ class SegmentLoopTest : public SegmentQueueTest {
   std::thread segments_;
 };
 
-TEST_F(SegmentLoopTest, NextBatchIsTakenAMillisecondLater) {
+TEST_F(SegmentLoopTest, NextBatchIsTakenAfterAMillisecond) {
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
   segments_ = std::thread([this] { DownloadPartsThread(pipeline_); });
   for (int batch = 1; batch <= 3; ++batch) {
@@ -252,7 +252,7 @@ TEST_F(SegmentLoopTest, NextBatchIsTakenAMillisecondLater) {
     EXPECT_TRUE(clock_.AwaitWaiting(1));
     EXPECT_EQ(clock_.Sleeps(kPace), static_cast<std::size_t>(batch));
     Queue(LivePlaylist(batch, SegmentUris(batch, 1)));
-    EXPECT_EQ(WaitingSegments(), 1U) << "it is taken when the time has passed";
+    EXPECT_EQ(WaitingSegments(), 1U) << "the batch was taken too early";
     clock_.Advance(kPace);
   }
   EXPECT_TRUE(IsTaken(4));
@@ -260,7 +260,7 @@ TEST_F(SegmentLoopTest, NextBatchIsTakenAMillisecondLater) {
   Stop();
 }
 
-TEST_F(SegmentQueueTest, StreamThatRestartsUnderTheSameNamesIsPlayedAtOnce) {
+TEST_F(SegmentQueueTest, RestartUnderTheSameNamesIsPlayedAtOnce) {
   Queue(LivePlaylist(100, SegmentUris(0, 3)));
   TakeAndDownload();
   Queue(LivePlaylist(103, SegmentUris(3, 3)));
@@ -273,7 +273,7 @@ TEST_F(SegmentQueueTest, StreamThatRestartsUnderTheSameNamesIsPlayedAtOnce) {
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg4.ts"));
 }
 
-TEST_F(SegmentQueueTest, StreamThatRestartsAndStandsStillIsPlayedOnce) {
+TEST_F(SegmentQueueTest, RestartThatDoesNotAdvanceIsPlayedOnce) {
   Queue(LivePlaylist(100, SegmentUris(0, 3)));
   TakeAndDownload();
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
@@ -284,26 +284,26 @@ TEST_F(SegmentQueueTest, StreamThatRestartsAndStandsStillIsPlayedOnce) {
   }
 }
 
-TEST_F(SegmentQueueTest, SegmentsStillWaitingWhenTheStreamBeginsAnewArePlayedToo) {
+TEST_F(SegmentQueueTest, SegmentsWaitingAtARestartArePlayedToo) {
   Queue(LivePlaylist(100, SegmentUris(0, 2)));
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg0.ts", "seg1.ts"));
 }
 
-TEST_F(SegmentQueueTest, LateCopyOfAPlaylistIsCountedAndOtherwiseSkipped) {
+TEST_F(SegmentQueueTest, LateCopyOfAPlaylistIsCountedAndOtherwiseIgnored) {
   Queue(LivePlaylist(100, SegmentUris(10, 3)));
   TakeAndDownload();
   Queue(LivePlaylist(101, SegmentUris(11, 3)));
   TakeAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(100, SegmentUris(10, 3))), "QUEUEED1:3");
-  EXPECT_EQ(WaitingSegments(), 0U) << "not even queued again";
+  EXPECT_EQ(WaitingSegments(), 0U) << "nothing is queued again";
   EXPECT_THAT(TakeAndDownload(), IsEmpty());
   Queue(LivePlaylist(102, SegmentUris(12, 3)));
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg14.ts"));
 }
 
-TEST_F(SegmentQueueTest, SegmentsThatWereNeverListedAreQueuedAtOnceAlsoUnderSmallerNumbers) {
+TEST_F(SegmentQueueTest, NewSegmentsAreQueuedAtOnceAlsoUnderSmallerNumbers) {
   Queue(LivePlaylist(100, SegmentUris(10, 3)));
   TakeAndDownload();
   Queue(LivePlaylist(90, SegmentUris(0, 3)));
@@ -312,7 +312,7 @@ TEST_F(SegmentQueueTest, SegmentsThatWereNeverListedAreQueuedAtOnceAlsoUnderSmal
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg13.ts"));
 }
 
-TEST_F(SegmentQueueTest, ReusedNameForWhichThereIsNoRoomIsLeftForALaterRefresh) {
+TEST_F(SegmentQueueTest, ReusedNameIsLeftForALaterRefreshIfTheQueueIsFull) {
   const auto list = [](int first) {
     Uris names;
     for (int i = first; i < first + 3; ++i) names.push_back("r" + std::to_string(i % 4) + ".ts");
@@ -329,7 +329,7 @@ TEST_F(SegmentQueueTest, ReusedNameForWhichThereIsNoRoomIsLeftForALaterRefresh) 
   EXPECT_THAT(TakeAndDownload(), ElementsAre("r0.ts"));
 }
 
-TEST_F(SegmentQueueTest, SegmentWhoseNameWasReusedWhileItWaitedIsReplaced) {
+TEST_F(SegmentQueueTest, SegmentWhoseNameIsReusedWhileItWaitsIsReplaced) {
   Queue(LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
   const auto first = TakeQueuedSegments(pipeline_, history_);
   Queue(LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
@@ -346,7 +346,7 @@ TEST_F(SegmentQueueTest, SegmentWhoseNameWasReusedWhileItWaitedIsReplaced) {
   EXPECT_FALSE(IsReplaced(second[3]));
 }
 
-TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotPileUp) {
+TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotAccumulate) {
   for (int first = 0; first < 300; ++first) {
     Uris names;
     for (int i = first; i < first + 5; ++i) names.push_back("r" + std::to_string(i % 8) + ".ts");
@@ -358,7 +358,7 @@ TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotPileUp) {
   EXPECT_LE(KnownSegments(), 8U);
 }
 
-TEST_F(SegmentQueueTest, PlaylistWithoutASequenceNeverBeginsAnew) {
+TEST_F(SegmentQueueTest, PlaylistWithoutASequenceNeverRestarts) {
   const auto list = [](int first) { return "#EXTM3U\n" + SegmentLines(SegmentUris(first, 3)); };
   Queue(list(3));
   TakeAndDownload();
@@ -368,7 +368,7 @@ TEST_F(SegmentQueueTest, PlaylistWithoutASequenceNeverBeginsAnew) {
   EXPECT_THAT(TakeAndDownload(), IsEmpty());
 }
 
-TEST_F(SegmentQueueTest, SegmentsThatAllEndBeforeTheStartPositionAreWalkedAndNotDownloaded) {
+TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
   pipeline_.startPosition = 31;
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   testing::internal::CaptureStdout();
@@ -380,10 +380,10 @@ TEST_F(SegmentQueueTest, SegmentsThatAllEndBeforeTheStartPositionAreWalkedAndNot
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "m3u8 DownloadParts thread stop.\n");
   EXPECT_TRUE(player_.Snapshot().buffered_times.empty());
   EXPECT_EQ(player_.Snapshot().durations.front(), 30.0F);
-  EXPECT_EQ(KnownSegments(), 3U) << "their state stays as it was queued";
+  EXPECT_EQ(KnownSegments(), 3U) << "they are still in the state kSegmentQueued";
 }
 
-TEST_F(SegmentQueueTest, SegmentsForWhichThereIsNoRoomAreLeftForALaterRefresh) {
+TEST_F(SegmentQueueTest, SegmentsAreLeftForALaterRefreshIfTheQueueIsFull) {
   LeaveRoomFor(2);
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
   EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
@@ -395,11 +395,11 @@ TEST_F(SegmentQueueTest, SegmentsForWhichThereIsNoRoomAreLeftForALaterRefresh) {
   EXPECT_THAT(Take(), ElementsAre("seg2.ts"));
 }
 
-// A live stream of many segments, and what it must never do.
+// A live stream of many segments.
 class LongLiveTest : public SegmentQueueTest {
  protected:
-  // Refreshes `count` times a window of this length that moves on by `step`. Every segment must be
-  // taken once, in order; `done` says what becomes of each.
+  // Refreshes a window of `length` segments `count` times; it advances by `step`. Every segment
+  // must be taken once, in order. `done` is called for each.
   template <typename Done>
   void Play(int count, int length, int step, Done done) {
     std::vector<std::string> played;
@@ -420,7 +420,7 @@ class LongLiveTest : public SegmentQueueTest {
   std::size_t most_known_ = 0;
 };
 
-TEST_F(LongLiveTest, SegmentsWhoseNamesDoNotSortByAgeArePlayedOnceEach) {
+TEST_F(LongLiveTest, SegmentsWhoseNamesDoNotSortByAgeArePlayedOnce) {
   Play(1'300, 6, 1, Downloaded);
 }
 
@@ -429,19 +429,19 @@ TEST_F(LongLiveTest, WindowOfMoreThanAThousandSegmentsIsPlayedOnce) {
   EXPECT_EQ(taken_.size(), 1'500U);
 }
 
-TEST_F(LongLiveTest, LongWindowThatMovesOnIsPlayedOnce) { Play(5, 1'500, 3, Downloaded); }
+TEST_F(LongLiveTest, LongWindowThatAdvancesIsPlayedOnce) { Play(5, 1'500, 3, Downloaded); }
 
-TEST_F(LongLiveTest, DownloadedSegmentsDoNotPileUp) {
+TEST_F(LongLiveTest, DownloadedSegmentsDoNotAccumulate) {
   Play(500, 6, 1, Downloaded);
   EXPECT_LE(most_known_, 14U);
 }
 
-TEST_F(LongLiveTest, SegmentsThatAreNeverDownloadedDoNotPileUp) {
+TEST_F(LongLiveTest, SegmentsThatAreNeverDownloadedDoNotAccumulate) {
   Play(500, 6, 1, [](const std::string& uri, std::size_t) { NoteSegmentDone(uri); });
   EXPECT_LE(most_known_, 14U);
 }
 
-TEST_F(LongLiveTest, MixOfBothDoesNotPileUp) {
+TEST_F(LongLiveTest, MixOfBothDoesNotAccumulate) {
   Play(500, 6, 2, [](const std::string& uri, std::size_t at) {
     at % 3 == 0 ? NoteSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
   });

@@ -25,7 +25,7 @@ class SegmentStatesTest : public testing::Test {
   SegmentStatesTest() { ForgetAllSegments(); }
   ~SegmentStatesTest() override { ForgetAllSegments(); }
 
-  // What RemoveStaleSegments writes to the console.
+  // The console output of RemoveStaleSegments.
   static std::string Remove(const M3u8Table& current, std::int32_t state) {
     testing::internal::CaptureStdout();
     RemoveStaleSegments(current, state);
@@ -40,7 +40,7 @@ class SegmentStatesTest : public testing::Test {
     return table;
   }
 
-  // Whether it is known; a segment that was not is then.
+  // Whether the segment is known. Adds it if not.
   static bool IsKnown(const std::string& uri) { return !AddSegmentIfNew(uri, kSegmentQueued); }
 };
 
@@ -51,13 +51,13 @@ TEST_F(SegmentStatesTest, SegmentIsAddedOnceWhateverItsQuery) {
   EXPECT_EQ(KnownSegments(), 1U);
 }
 
-TEST_F(SegmentStatesTest, SecondAddLeavesTheStateAsItWas) {
+TEST_F(SegmentStatesTest, SecondAddDoesNotChangeTheState) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   AddSegmentIfNew("a.ts", kSegmentDownloaded);
   EXPECT_EQ(Remove({}, kSegmentDownloaded), "");
 }
 
-TEST_F(SegmentStatesTest, StateIsSetByTheKey) {
+TEST_F(SegmentStatesTest, StateIsSetWhateverTheQuery) {
   AddSegmentIfNew("a.ts?1", kSegmentQueued);
   SetSegmentState("a.ts?other", kSegmentDownloaded);
   EXPECT_EQ(Remove({}, kSegmentDownloaded), "[REMOVE]: a.ts\n");
@@ -68,7 +68,7 @@ TEST_F(SegmentStatesTest, StateOfAnUnknownSegmentIsNotSet) {
   EXPECT_EQ(KnownSegments(), 0U);
 }
 
-TEST_F(SegmentStatesTest, RemovalSparesWhatIsCurrentAndWhatIsInAnotherState) {
+TEST_F(SegmentStatesTest, RemovalKeepsListedSegmentsAndThoseInAnotherState) {
   AddSegmentIfNew("c.ts", kSegmentDownloaded);
   AddSegmentIfNew("b.ts", kSegmentQueued);
   AddSegmentIfNew("a.ts?q", kSegmentDownloaded);
@@ -78,14 +78,14 @@ TEST_F(SegmentStatesTest, RemovalSparesWhatIsCurrentAndWhatIsInAnotherState) {
   EXPECT_FALSE(IsKnown("a.ts") || IsKnown("c.ts"));
 }
 
-TEST_F(SegmentStatesTest, RemovalOfQueuedOnesAsksForThatState) {
+TEST_F(SegmentStatesTest, RemovalOfQueuedSegmentsKeepsDownloadedOnes) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   AddSegmentIfNew("b.ts", kSegmentDownloaded);
   EXPECT_EQ(Remove({}, kSegmentQueued), "[REMOVE]: a.ts\n");
   EXPECT_EQ(KnownSegments(), 1U);
 }
 
-TEST_F(SegmentStatesTest, SegmentThatIsDoneAndNotListedIsForgottenInSilence) {
+TEST_F(SegmentStatesTest, DoneSegmentThatIsNotListedIsForgottenWithoutALine) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   NoteSegmentDone("a.ts?query");
   testing::internal::CaptureStdout();
@@ -94,16 +94,16 @@ TEST_F(SegmentStatesTest, SegmentThatIsDoneAndNotListedIsForgottenInSilence) {
   EXPECT_EQ(KnownSegments(), 0U);
 }
 
-TEST_F(SegmentStatesTest, SegmentThatIsDoneAndStillListedStaysKnown) {
+TEST_F(SegmentStatesTest, DoneSegmentThatIsStillListedStaysKnown) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   NoteSegmentDone("a.ts");
   ForgetDoneSegments({"a.ts"});
   EXPECT_EQ(KnownSegments(), 1U);
   ForgetDoneSegments({"b.ts"});
-  EXPECT_EQ(KnownSegments(), 0U) << "it is forgotten once it is not listed any more";
+  EXPECT_EQ(KnownSegments(), 0U) << "forgotten once it is no longer listed";
 }
 
-TEST_F(SegmentStatesTest, SegmentThatStillWaitsIsNotForgotten) {
+TEST_F(SegmentStatesTest, WaitingSegmentIsNotForgotten) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   ForgetDoneSegments({"b.ts"});
   EXPECT_EQ(KnownSegments(), 1U);
@@ -117,10 +117,10 @@ TEST_F(SegmentStatesTest, DownloadedSegmentIsLeftToTheRemoval) {
   EXPECT_EQ(KnownSegments(), 1U);
   AddSegmentIfNew("b.ts", kSegmentQueued);
   ForgetDoneSegments({});
-  EXPECT_EQ(KnownSegments(), 2U) << "what was noted is noted no more";
+  EXPECT_EQ(KnownSegments(), 2U) << "the segment still counts as done";
 }
 
-TEST_F(SegmentStatesTest, EverythingIsForgottenAtOnce) {
+TEST_F(SegmentStatesTest, ForgetAllSegmentsForgetsEverything) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   AddSegmentIfNew("b.ts", kSegmentDownloaded);
   NoteSegmentDone("a.ts");
@@ -128,7 +128,7 @@ TEST_F(SegmentStatesTest, EverythingIsForgottenAtOnce) {
   EXPECT_EQ(KnownSegments(), 0U);
   AddSegmentIfNew("a.ts", kSegmentQueued);
   ForgetDoneSegments({});
-  EXPECT_EQ(KnownSegments(), 1U) << "and so is what was noted";
+  EXPECT_EQ(KnownSegments(), 1U) << "the segment still counts as done";
 }
 
 TEST_F(SegmentStatesTest, ForgottenSegmentIsNewAgainAndTheOthersStay) {
@@ -141,7 +141,7 @@ TEST_F(SegmentStatesTest, ForgottenSegmentIsNewAgainAndTheOthersStay) {
   EXPECT_TRUE(AddSegmentIfNew("a.ts?2", kSegmentQueued));
   EXPECT_FALSE(AddSegmentIfNew("b.ts", kSegmentQueued));
   ForgetDoneSegments({});
-  EXPECT_FALSE(AddSegmentIfNew("a.ts", kSegmentQueued)) << "it is not done any more";
+  EXPECT_FALSE(AddSegmentIfNew("a.ts", kSegmentQueued)) << "the segment still counts as done";
 }
 
 }  // namespace

@@ -23,14 +23,14 @@ using Keys = std::vector<std::string>;
 constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = kNoSequenceNumber + 1;
 
-// "s<first>" and so on.
+// "s<first>" and the following names.
 Keys Names(int first, int count) {
   Keys keys;
   for (int i = first; i < first + count; ++i) keys.push_back("s" + std::to_string(i));
   return keys;
 }
 
-// The same out of a ring of names.
+// The same, from a ring of `ring` names.
 Keys RingNames(int first, int count, int ring) {
   Keys keys;
   for (int i = first; i < first + count; ++i) keys.push_back("r" + std::to_string(i % ring));
@@ -49,7 +49,7 @@ class SequenceLedgerTest : public testing::Test {
     return verdict;
   }
 
-  // What a window brings that is new, if it is played.
+  // Records which segments of a window are new, if the window is played.
   void Note(const Keys& keys, Verdict verdict) {
     new_.clear();
     if (verdict == Verdict::kLateCopy) return;
@@ -59,7 +59,7 @@ class SequenceLedgerTest : public testing::Test {
     }
   }
 
-  // Windows of a stream whose numbers are right, so that they are believed.
+  // Follows windows with correct numbers, so that numbers are believed.
   void ProveNumbers(int first, int count) {
     for (int i = 0; i < 5; ++i) Follow(first + i, Names(first + i, count));
   }
@@ -91,23 +91,23 @@ TEST_F(SequenceLedgerTest, WindowWithoutSegmentsGoesOnAndChangesNothing) {
   EXPECT_EQ(Follow(100, Names(0, 3)), Verdict::kLateCopy);
 }
 
-// Late copies.
+// --- Late copies ---
 
 TEST_F(SequenceLedgerTest, EarlierWindowThatAgreesIsALateCopy) {
   Follow(94, Names(94, 6));
   Follow(97, Names(97, 6));
   Follow(100, Names(100, 6));
-  EXPECT_EQ(Follow(94, Names(94, 6)), Verdict::kLateCopy) << "all of it below";
-  EXPECT_EQ(Follow(97, Names(97, 6)), Verdict::kLateCopy) << "some of it below";
-  EXPECT_EQ(Follow(100, Names(100, 6)), Verdict::kGoesOn) << "the window that was accepted last";
+  EXPECT_EQ(Follow(94, Names(94, 6)), Verdict::kLateCopy) << "all of it before the current window";
+  EXPECT_EQ(Follow(97, Names(97, 6)), Verdict::kLateCopy) << "part of it before the current window";
+  EXPECT_EQ(Follow(100, Names(100, 6)), Verdict::kGoesOn) << "the last accepted window";
 }
 
-TEST_F(SequenceLedgerTest, OldCopyThatDoesNotMoveIsNeverBelieved) {
+TEST_F(SequenceLedgerTest, OldCopyThatDoesNotAdvanceIsNeverBelieved) {
   for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
   for (int i = 0; i < 1'000; ++i) EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kLateCopy);
 }
 
-TEST_F(SequenceLedgerTest, CacheNodeThatLagsAndMovesOnBetweenFreshCopiesIsNeverBelieved) {
+TEST_F(SequenceLedgerTest, LaggingCacheNodeBetweenCurrentCopiesIsNeverBelieved) {
   for (int first = 0; first < 100; ++first) {
     EXPECT_EQ(Follow(first, Names(first, 4)), Verdict::kGoesOn);
     if (first < 6) continue;
@@ -115,7 +115,7 @@ TEST_F(SequenceLedgerTest, CacheNodeThatLagsAndMovesOnBetweenFreshCopiesIsNeverB
   }
 }
 
-TEST_F(SequenceLedgerTest, CacheNodeThatAloneAnswersPlaysNothingAgainAndCatchesUp) {
+TEST_F(SequenceLedgerTest, LaggingCacheNodeAlonePlaysNothingAgainAndCatchesUp) {
   for (int first = 0; first <= 20; ++first) Follow(first, Names(first, 4));
   for (int first = 9; first < 20; ++first) {
     EXPECT_EQ(Follow(first, Names(first, 4)), Verdict::kLateCopy);
@@ -125,7 +125,7 @@ TEST_F(SequenceLedgerTest, CacheNodeThatAloneAnswersPlaysNothingAgainAndCatchesU
   EXPECT_THAT(new_, ElementsAre("s24"));
 }
 
-TEST_F(SequenceLedgerTest, LateCopiesOfTwoNodesAreNotTakenForOneThatMovesOn) {
+TEST_F(SequenceLedgerTest, LateCopiesOfTwoNodesDoNotCountAsOneThatAdvances) {
   for (int first = 0; first <= 60; ++first) Follow(first, Names(first, 30));
   for (int i = 0; i < 20; ++i) {
     EXPECT_EQ(Follow(20 + i, Names(20 + i, 30)), Verdict::kLateCopy);
@@ -133,13 +133,13 @@ TEST_F(SequenceLedgerTest, LateCopiesOfTwoNodesAreNotTakenForOneThatMovesOn) {
   }
 }
 
-TEST_F(SequenceLedgerTest, OlderWindowWithAKeyThatIsInNoTableIsNoCopy) {
+TEST_F(SequenceLedgerTest, OlderWindowWithAnUnknownKeyIsNoLateCopy) {
   Follow(100, Names(100, 3));
   EXPECT_EQ(Follow(98, Names(98, 3)), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("s98", "s99"));
 }
 
-// Restarts.
+// --- Restarts ---
 
 TEST_F(SequenceLedgerTest, SameNamesUnderSmallerNumbersRestartAtOnce) {
   Follow(100, Names(0, 3));
@@ -149,14 +149,14 @@ TEST_F(SequenceLedgerTest, SameNamesUnderSmallerNumbersRestartAtOnce) {
   EXPECT_THAT(new_, ElementsAre("s1"));
 }
 
-TEST_F(SequenceLedgerTest, RestartThatStandsStillPlaysOnce) {
+TEST_F(SequenceLedgerTest, RestartThatDoesNotAdvancePlaysOnce) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kRestart);
   for (int i = 0; i < 30; ++i) EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kGoesOn);
   EXPECT_THAT(new_, IsEmpty());
 }
 
-TEST_F(SequenceLedgerTest, SecondRestartIsOneToo) {
+TEST_F(SequenceLedgerTest, SecondRestartIsDetectedToo) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(50, Names(0, 3)), Verdict::kRestart);
   EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kRestart);
@@ -176,24 +176,24 @@ TEST_F(SequenceLedgerTest, NewNamesUnderSmallerNumbersGoOnAtOnce) {
   EXPECT_THAT(new_, ElementsAre("new1"));
 }
 
-TEST_F(SequenceLedgerTest, NumbersCountFromTheNewNames) {
+TEST_F(SequenceLedgerTest, LateCopiesAreJudgedByTheNumbersOfTheNewNames) {
   ProveNumbers(100, 3);
   Follow(5, {"new5", "new6"});
   Follow(6, {"new6", "new7"});
   EXPECT_EQ(Follow(5, {"new5", "new6"}), Verdict::kLateCopy);
-  EXPECT_EQ(Follow(104, Names(104, 3)), Verdict::kGoesOn) << "a late copy of the run before";
+  EXPECT_EQ(Follow(104, Names(104, 3)), Verdict::kGoesOn) << "a late copy of the previous run";
   EXPECT_THAT(new_, IsEmpty());
   EXPECT_EQ(Follow(6, {"new6", "new7", "new8"}), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("new8"));
 }
 
-TEST_F(SequenceLedgerTest, NewNamesUnderNumbersThatOthersHadGoOn) {
+TEST_F(SequenceLedgerTest, NewNamesUnderUsedNumbersGoOn) {
   for (int first = 0; first < 20; ++first) Follow(first, Names(first, 3));
   EXPECT_EQ(Follow(0, {"new0", "new1"}), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("new0", "new1"));
 }
 
-TEST_F(SequenceLedgerTest, LateCopiesOfTheRunBeforeARestartPlayNothing) {
+TEST_F(SequenceLedgerTest, LateCopiesOfThePreviousRunPlayNothing) {
   ProveNumbers(100, 3);
   EXPECT_EQ(Follow(0, Names(100, 3)), Verdict::kRestart);
   for (int i = 0; i < 3; ++i) {
@@ -203,7 +203,7 @@ TEST_F(SequenceLedgerTest, LateCopiesOfTheRunBeforeARestartPlayNothing) {
   }
 }
 
-TEST_F(SequenceLedgerTest, RunBeforeARestartIsForgottenOnceTheNumbersWereRightForLong) {
+TEST_F(SequenceLedgerTest, PreviousRunIsForgottenAfterManyCorrectNumbers) {
   Follow(1'000, Names(0, 3));
   Follow(0, Names(0, 3));
   EXPECT_EQ(ledger_.Size(), 6U);
@@ -211,7 +211,7 @@ TEST_F(SequenceLedgerTest, RunBeforeARestartIsForgottenOnceTheNumbersWereRightFo
   EXPECT_EQ(ledger_.Size(), 15U);
 }
 
-TEST_F(SequenceLedgerTest, RestartUnderTheSameNamesAndNumbersIsBelievedOnceItHasMovedOnForLong) {
+TEST_F(SequenceLedgerTest, RestartUnderTheSameNamesAndNumbersIsBelievedAfterManySteps) {
   for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
   int restarted_at = -1;
   for (int first = 0; first < 50 && restarted_at < 0; ++first) {
@@ -223,7 +223,7 @@ TEST_F(SequenceLedgerTest, RestartUnderTheSameNamesAndNumbersIsBelievedOnceItHas
   EXPECT_THAT(new_, ElementsAre("s16"));
 }
 
-TEST_F(SequenceLedgerTest, RestartThatGrowsUnderTheSameNamesAndNumbersIsBelievedToo) {
+TEST_F(SequenceLedgerTest, GrowingRestartUnderTheSameNamesAndNumbersIsBelievedToo) {
   for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
   for (int count = 1; count <= 13; ++count) {
     EXPECT_EQ(Follow(0, Names(0, count)), Verdict::kLateCopy);
@@ -231,7 +231,7 @@ TEST_F(SequenceLedgerTest, RestartThatGrowsUnderTheSameNamesAndNumbersIsBelieved
   EXPECT_EQ(Follow(0, Names(0, 14)), Verdict::kRestart);
 }
 
-// Rings of names.
+// --- Rings of names ---
 
 class SequenceRingTest : public SequenceLedgerTest,
                          public testing::WithParamInterface<std::pair<int, int>> {};
@@ -254,25 +254,25 @@ TEST_P(SequenceRingTest, EverySegmentIsNewOnceAndInOrder) {
     EXPECT_EQ(Follow(first, window), Verdict::kGoesOn);
     played.insert(played.end(), new_.begin(), new_.end());
     EXPECT_EQ(Follow(first, window), Verdict::kGoesOn);
-    EXPECT_THAT(new_, IsEmpty()) << "it has not moved";
+    EXPECT_THAT(new_, IsEmpty()) << "the window has not advanced";
   }
   EXPECT_EQ(played, RingNames(0, windows - 1 + length, names));
 }
 
-TEST_F(SequenceLedgerTest, RingThatIsSeenEveryFewSegmentsPlaysOn) {
+TEST_F(SequenceLedgerTest, RingSeenEveryFewSegmentsGoesOn) {
   for (int first = 0; first < 120; first += 3) {
     Follow(first, RingNames(first, 5, 8));
     EXPECT_EQ(new_.size(), first == 0 ? 5U : 3U);
   }
 }
 
-TEST_F(SequenceLedgerTest, RingWhoseNumbersWereRightPlaysOnAfterAGap) {
+TEST_F(SequenceLedgerTest, RingWithCorrectNumbersGoesOnAfterAGap) {
   for (int first = 0; first < 10; ++first) Follow(first, RingNames(first, 5, 8));
-  Follow(17, RingNames(17, 5, 8));  // the names of 9 to 13 again
+  Follow(17, RingNames(17, 5, 8));  // reuses the names of 9 to 13
   EXPECT_EQ(new_, RingNames(17, 5, 8));
 }
 
-TEST_F(SequenceLedgerTest, RingWhoseWindowGrowsBeforeItMovesPlaysOn) {
+TEST_F(SequenceLedgerTest, RingWhoseWindowGrowsBeforeItAdvancesGoesOn) {
   Follow(0, RingNames(0, 4, 8));
   Follow(4, RingNames(4, 4, 8));
   EXPECT_EQ(Follow(4, RingNames(4, 6, 8)), Verdict::kGoesOn);
@@ -288,7 +288,7 @@ TEST_F(SequenceLedgerTest, LateCopiesOfARingPlayNothing) {
   }
 }
 
-TEST_F(SequenceLedgerTest, KeyThatIsListedTwiceIsOneSegment) {
+TEST_F(SequenceLedgerTest, KeyListedTwiceIsOneSegment) {
   Follow(10, {"filler", "s1", "filler"});
   EXPECT_THAT(new_, ElementsAre("filler", "s1"));
   Follow(11, {"s1", "filler", "s2", "filler"});
@@ -296,22 +296,25 @@ TEST_F(SequenceLedgerTest, KeyThatIsListedTwiceIsOneSegment) {
   Follow(13, {"s2", "filler", "s3"});
   EXPECT_THAT(new_, ElementsAre("s3"));
   EXPECT_EQ(Follow(11, {"s1", "filler", "s2", "filler"}), Verdict::kLateCopy)
-      << "the numbers are believed all the same";
+      << "the numbers are still believed";
 }
 
-TEST_F(SequenceLedgerTest, NamesThatStartAgainUnderRisingNumbersAreNew) {
-  ProveNumbers(0, 3);  // up to the window from 4 on
+TEST_F(SequenceLedgerTest, NamesReusedUnderRisingNumbersAreNew) {
+  ProveNumbers(0, 3);  // the last window starts at 4
   EXPECT_EQ(Follow(7, Names(0, 3)), Verdict::kGoesOn);
   EXPECT_EQ(new_, Names(0, 3));
   EXPECT_EQ(Follow(8, Names(1, 3)), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("s3"));
 }
 
-// Servers that number otherwise. Every segment must be new once, and in order.
+// --- Servers whose numbers do not count segments ---
+//
+// Every segment must be new once, and in order.
 
 class SequenceBrokenNumbersTest : public SequenceLedgerTest {
  protected:
-  // Follows a window that slides by one when `slides` says so, `number` says under which number.
+  // Follows a window that advances by one segment whenever `slides` returns true. `number` returns
+  // its media sequence number.
   template <typename Slides, typename Number>
   void ExpectEachOnce(int length, Slides slides, Number number) {
     Keys played;
@@ -356,12 +359,12 @@ TEST_F(SequenceBrokenNumbersTest, NumberThatIsTheTime) {
   ExpectEachOnce([](int refresh, int) { return 1'700'000'000 + refresh * 10; });
 }
 
-TEST_F(SequenceBrokenNumbersTest, NumberThatIsTheTimeAtWhichTheWindowSlid) {
+TEST_F(SequenceBrokenNumbersTest, NumberThatIsTheTimeOfTheLastAdvance) {
   ExpectEachOnce([](int, int first) { return 1'700'000'000 + first * 10; });
   ExpectEachOnce([](int, int first) { return 1'700'000'000 + first * 2; });
 }
 
-TEST_F(SequenceBrokenNumbersTest, NumberThatWasRightForAWhileAndThenSticks) {
+TEST_F(SequenceBrokenNumbersTest, NumberThatStopsAfterAWhile) {
   ExpectEachOnce([](int, int first) { return first < 20 ? first : 20; });
 }
 
@@ -374,7 +377,7 @@ TEST_F(SequenceBrokenNumbersTest, NumberThatRunsAheadAfterAWhile) {
   }
 }
 
-TEST_F(SequenceLedgerTest, NumbersThatJumpAfterTheyWereRightPlayNothingAgain) {
+TEST_F(SequenceLedgerTest, NumbersThatJumpAfterAWhilePlayNothingAgain) {
   std::size_t played = 0;
   for (int first = 0; first < 60; ++first) {
     Follow(first < 20 ? first : first * 100, Names(first, 3));
@@ -383,20 +386,20 @@ TEST_F(SequenceLedgerTest, NumbersThatJumpAfterTheyWereRightPlayNothingAgain) {
   EXPECT_EQ(played, 62U);
 }
 
-TEST_F(SequenceLedgerTest, NumbersThatWereWrongAreBelievedOnceTheyWereRightForLong) {
+TEST_F(SequenceLedgerTest, WrongNumbersAreBelievedAfterManyCorrectOnes) {
   Follow(0, Names(0, 3));
   Follow(0, Names(1, 3));
   int first = 2;
   for (; first < 14; ++first) {
     Follow(first, Names(first, 3));
-    EXPECT_EQ(Follow(first - 1, Names(first - 1, 3)), Verdict::kGoesOn) << "the keys alone decide";
+    EXPECT_EQ(Follow(first - 1, Names(first - 1, 3)), Verdict::kGoesOn) << "only the keys decide";
     EXPECT_THAT(new_, IsEmpty());
   }
   for (; first < 30; ++first) Follow(first, Names(first, 3));
   EXPECT_EQ(Follow(20, Names(20, 3)), Verdict::kLateCopy);
 }
 
-TEST_F(SequenceLedgerTest, TwoServersThatNumberTheSameSegmentsDifferentlyPlayThemAgainOnceAtMost) {
+TEST_F(SequenceLedgerTest, ServersThatNumberTheSameSegmentsDifferentlyReplayThemAtMostOnce) {
   std::size_t played = 0;
   for (int first = 0; first < 100; ++first) {
     Follow(first + 1'000, Names(first, 3));
@@ -407,7 +410,7 @@ TEST_F(SequenceLedgerTest, TwoServersThatNumberTheSameSegmentsDifferentlyPlayThe
   EXPECT_LE(played, 102U + 3U);
 }
 
-// Bounds.
+// --- Limits ---
 
 TEST_F(SequenceLedgerTest, MemoryIsBoundedOverAStreamOfDays) {
   for (int first = 0; first < 10'000; ++first) Follow(first, Names(first, 6));
@@ -415,7 +418,7 @@ TEST_F(SequenceLedgerTest, MemoryIsBoundedOverAStreamOfDays) {
   EXPECT_GE(ledger_.Size(), SequenceLedger::kRemembered);
 }
 
-TEST_F(SequenceLedgerTest, LateCopyOfAThousandSegmentsAgoIsKnown) {
+TEST_F(SequenceLedgerTest, LateCopyFromAThousandSegmentsAgoIsDetected) {
   for (int first = 0; first < 5'000; ++first) Follow(first, Names(first, 6));
   EXPECT_EQ(Follow(4'000, Names(4'000, 6)), Verdict::kLateCopy);
 }
@@ -432,7 +435,7 @@ TEST_F(SequenceLedgerTest, LargestAndSmallestNumbersDoNotOverflow) {
   EXPECT_EQ(Follow(kSmallest, Names(0, 1)), Verdict::kRestart);
   EXPECT_EQ(Follow(kSmallest + 1, Names(1, 3)), Verdict::kGoesOn);
   EXPECT_EQ(Follow(kSmallest + 2, Names(2, 3)), Verdict::kGoesOn);
-  EXPECT_EQ(Follow(kMax, Names(0, 1)), Verdict::kLateCopy) << "of the run before";
+  EXPECT_EQ(Follow(kMax, Names(0, 1)), Verdict::kLateCopy) << "of the previous run";
   for (std::int64_t i = 0; i < 20; ++i) {
     Follow(kSmallest + i, Names(static_cast<int>(i), 3));
     Follow(kMax - 2, Names(static_cast<int>(i), 3));

@@ -15,7 +15,7 @@ TEST(SequenceMemoryTest, EmptyMemoryKnowsNothing) {
   EXPECT_EQ(memory.ReusedAt("a"), std::nullopt);
 }
 
-TEST(SequenceMemoryTest, PairIsKnownByBoth) {
+TEST(SequenceMemoryTest, PairIsFoundByNumberAndKey) {
   SequenceMemory memory;
   memory.Record({7, "a"});
   EXPECT_TRUE(memory.Contains({7, "a"}));
@@ -24,17 +24,17 @@ TEST(SequenceMemoryTest, PairIsKnownByBoth) {
   EXPECT_EQ(memory.NumberOf("a"), 7);
 }
 
-TEST(SequenceMemoryTest, KeyKeepsItsEarlierNumbersAndHasTheNewest) {
+TEST(SequenceMemoryTest, KeyKeepsItsOlderPairsAndReportsTheNewestNumber) {
   SequenceMemory memory;
   memory.Record({0, "a"});
   memory.Record({8, "a"});
-  memory.Record({0, "a"});  // an old pair, listed again
+  memory.Record({0, "a"});  // an old pair that is listed again
   EXPECT_TRUE(memory.Contains({0, "a"}));
   EXPECT_TRUE(memory.Contains({8, "a"}));
   EXPECT_EQ(memory.NumberOf("a"), 8);
 }
 
-TEST(SequenceMemoryTest, NumberBelongsToTheKeyThatWasListedLast) {
+TEST(SequenceMemoryTest, NumberBelongsToTheKeyListedLast) {
   SequenceMemory memory;
   memory.Record({7, "a"});
   memory.Record({7, "b"});
@@ -56,7 +56,7 @@ TEST(SequenceMemoryTest, KeyThatLostItsNumberIsKnownUntilTheTrim) {
   EXPECT_EQ(memory.NumberOf("a"), std::nullopt);
 }
 
-TEST(SequenceMemoryTest, TrimForgetsWhatWasListedLongestAgo) {
+TEST(SequenceMemoryTest, TrimForgetsThePairsListedLongestAgo) {
   SequenceMemory memory;
   for (int i = 0; i < 5; ++i) memory.Record({i, std::to_string(i)});
   memory.Record({0, "0"});
@@ -77,7 +77,7 @@ TEST(SequenceMemoryTest, TrimOfOneOfTwoPairsKeepsTheKey) {
   EXPECT_EQ(memory.NumberOf("a"), 8);
 }
 
-TEST(SequenceMemoryTest, MovedMemoryKnowsTheSame) {
+TEST(SequenceMemoryTest, MovedMemoryKeepsItsPairs) {
   SequenceMemory memory;
   memory.Record({0, "a"});
   memory.Record({1, "b"});

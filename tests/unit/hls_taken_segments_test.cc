@@ -8,7 +8,7 @@ namespace {
 
 class TakenSegmentsTest : public testing::Test {
  protected:
-  // Takes "s<first>" and so on; how many of them were new.
+  // Takes `count` names starting with "s<first>". Returns how many of them were new.
   int Take(int first, int count, std::size_t limit) {
     int taken = 0;
     for (int i = first; i < first + count; ++i) {
@@ -26,7 +26,7 @@ TEST_F(TakenSegmentsTest, SegmentIsTakenOnce) {
   EXPECT_EQ(segments_.Size(), 1U);
 }
 
-TEST_F(TakenSegmentsTest, WholeAddressCountsWithItsQuery) {
+TEST_F(TakenSegmentsTest, QueryIsPartOfTheKey) {
   EXPECT_TRUE(segments_.Take("a.ts?1", 1000));
   EXPECT_TRUE(segments_.Take("a.ts?2", 1000));
 }
@@ -39,28 +39,28 @@ TEST_F(TakenSegmentsTest, OneMoreThanTheLimitIsKept) {
   EXPECT_EQ(segments_.Size(), 1001U);
 }
 
-TEST_F(TakenSegmentsTest, WhatWasNotMetForLongestIsForgottenWhateverItsName) {
-  Take(9, 4, 3);  // s9, s10, s11 and s12: by name s9 is the last
+TEST_F(TakenSegmentsTest, LeastRecentlySeenSegmentIsForgottenWhateverItsName) {
+  Take(9, 4, 3);  // s9, s10, s11 and s12; s9 sorts last
   EXPECT_TRUE(segments_.Take("s13", 3));
   EXPECT_EQ(Take(10, 4, 3), 0);
   EXPECT_TRUE(segments_.Take("s9", 3));
 }
 
-TEST_F(TakenSegmentsTest, SegmentMetAgainCountsAsNew) {
+TEST_F(TakenSegmentsTest, SegmentSeenAgainCountsAsRecent) {
   Take(0, 4, 3);
   EXPECT_FALSE(segments_.Take("s0", 3));
   EXPECT_TRUE(segments_.Take("s4", 3));
   EXPECT_FALSE(segments_.Take("s0", 3));
-  EXPECT_TRUE(segments_.Take("s1", 3)) << "the one that was forgotten instead";
+  EXPECT_TRUE(segments_.Take("s1", 3)) << "it was forgotten instead";
 }
 
-TEST_F(TakenSegmentsTest, SmallerLimitForgetsAllThatAreTooMany) {
+TEST_F(TakenSegmentsTest, SmallerLimitForgetsAllSegmentsAboveIt) {
   Take(0, 11, 10);
   EXPECT_TRUE(segments_.Take("next", 2));
   EXPECT_EQ(segments_.Size(), 3U);
 }
 
-TEST_F(TakenSegmentsTest, LimitOfNoneKeepsTheLastOne) {
+TEST_F(TakenSegmentsTest, LimitOfZeroKeepsTheLastSegment) {
   EXPECT_EQ(Take(0, 3, 0), 3);
   EXPECT_EQ(segments_.Size(), 1U);
   EXPECT_FALSE(segments_.Take("s2", 0));

@@ -26,13 +26,13 @@ class VideoWatchTest : public testing::Test {
   static void PushVideo(int count) { Push(g_videoQueue, count); }
 };
 
-TEST_F(VideoWatchTest, FramesFromBeforeItDoNotCount) {
+TEST_F(VideoWatchTest, EarlierFramesDoNotCount) {
   PushVideo(3);
   VideoWatch watch;
   EXPECT_FALSE(watch.HasCome());
 }
 
-TEST_F(VideoWatchTest, FrameThatWasDeliveredSinceCounts) {
+TEST_F(VideoWatchTest, DeliveredFrameCounts) {
   VideoWatch watch;
   PushVideo(1);
   EXPECT_NE(PopVideoFrame(), nullptr);
@@ -45,7 +45,7 @@ TEST_F(VideoWatchTest, AudioDoesNotCount) {
   EXPECT_FALSE(watch.HasCome());
 }
 
-TEST_F(VideoWatchTest, AsManyFramesAsBeforeAResetCount) {
+TEST_F(VideoWatchTest, SameNumberOfFramesAfterAResetCounts) {
   PushVideo(3);
   VideoWatch watch;
   ResetFrameQueues();
@@ -53,16 +53,16 @@ TEST_F(VideoWatchTest, AsManyFramesAsBeforeAResetCount) {
   EXPECT_TRUE(watch.HasCome());
 }
 
-TEST_F(VideoWatchTest, ResetAloneIsNoVideo) {
+TEST_F(VideoWatchTest, ResetAloneDoesNotCount) {
   PushVideo(3);
   VideoWatch watch;
   ResetFrameQueues();
   EXPECT_FALSE(watch.HasCome());
   PushVideo(1);
-  EXPECT_TRUE(watch.HasCome()) << "but what comes behind it is";
+  EXPECT_TRUE(watch.HasCome()) << "a frame after the reset counts";
 }
 
-TEST_F(VideoWatchTest, FrameThatWasSeenBeforeAResetStillCounts) {
+TEST_F(VideoWatchTest, FrameSeenBeforeAResetStillCounts) {
   VideoWatch watch;
   PushVideo(1);
   EXPECT_TRUE(watch.HasCome());
@@ -70,7 +70,7 @@ TEST_F(VideoWatchTest, FrameThatWasSeenBeforeAResetStillCounts) {
   EXPECT_TRUE(watch.HasCome());
 }
 
-TEST_F(VideoWatchTest, WithoutQueuesNothingHasCome) {
+TEST_F(VideoWatchTest, NothingCountsWithoutQueues) {
   ReleaseFrameQueues();
   VideoWatch watch;
   EXPECT_FALSE(watch.HasCome());

@@ -14,7 +14,7 @@ namespace {
 
 class SegmentCallbackTest : public HlsTasks {
  protected:
-  // Appends `length` bytes of this kind, as a transfer would.
+  // Appends `length` bytes of value `kind`, as a transfer does.
   static std::size_t Append(std::size_t length, char kind) {
     std::string bytes(length, kind);
     const std::lock_guard lock(g_downloadMutex);
@@ -51,7 +51,7 @@ TEST_F(SegmentCallbackTest, EmptyPieceChangesNothing) {
   EXPECT_EQ(g_downloadLength, 0);
 }
 
-TEST_F(SegmentCallbackTest, ExactlyTheSizeOfTheBufferFits) {
+TEST_F(SegmentCallbackTest, SegmentOfExactlyTheBufferSizeFits) {
   EXPECT_EQ(Append(15'728'000, 'a'), 15'728'000U);
   EXPECT_EQ(Append(640, 'b'), 640U);
   EXPECT_EQ(Length(), 15'728'640);
@@ -60,7 +60,7 @@ TEST_F(SegmentCallbackTest, ExactlyTheSizeOfTheBufferFits) {
   EXPECT_EQ(g_downloadBuffer->back(), 'b');
 }
 
-TEST_F(SegmentCallbackTest, OneByteMoreGivesTheSegmentUpWhole) {
+TEST_F(SegmentCallbackTest, OneByteMoreDropsTheWholeSegment) {
   SetLength(15'728'640 - 2);
   testing::internal::CaptureStdout();
   EXPECT_EQ(Append(3, 'c'), 0U);
@@ -69,30 +69,30 @@ TEST_F(SegmentCallbackTest, OneByteMoreGivesTheSegmentUpWhole) {
   EXPECT_EQ(Length(), 0);
 }
 
-TEST_F(SegmentCallbackTest, PieceLargerThanTheBufferIsGivenUp) {
+TEST_F(SegmentCallbackTest, PieceLargerThanTheBufferIsDropped) {
   testing::internal::CaptureStdout();
   EXPECT_EQ(Append(15'728'641, 'c'), 0U);
   EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("is given up.\n"));
   EXPECT_EQ(Length(), 0);
 }
 
-TEST_F(SegmentCallbackTest, NothingIsTakenAfterTheStop) {
+TEST_F(SegmentCallbackTest, NothingIsTakenAfterAStop) {
   EXPECT_EQ(Append(3, 'a'), 3U);
   pipeline_.running = false;
   EXPECT_EQ(Append(3, 'a'), 0U);
   EXPECT_EQ(Length(), 3);
 }
 
-TEST_F(SegmentCallbackTest, NothingIsTakenWhenThePipelineIsGone) {
+TEST_F(SegmentCallbackTest, NothingIsTakenWithoutAPipeline) {
   ForgetActiveM3u8(&pipeline_);
   EXPECT_EQ(Append(3, 'a'), 0U);
 }
 
-TEST_F(SegmentCallbackTest, PipelineMadeLastDecides) {
-  const HlsPipeline last;  // does not run
+TEST_F(SegmentCallbackTest, LatestPipelineDecides) {
+  const HlsPipeline last;  // is not running
   SetActiveM3u8(&last);
   EXPECT_EQ(Append(3, 'a'), 0U);
-  ForgetActiveM3u8(&pipeline_);  // not the last one: nothing changes
+  ForgetActiveM3u8(&pipeline_);  // not the latest one: changes nothing
   SetActiveM3u8(&pipeline_);
   ForgetActiveM3u8(&last);
   EXPECT_EQ(Append(3, 'a'), 3U);
@@ -100,7 +100,7 @@ TEST_F(SegmentCallbackTest, PipelineMadeLastDecides) {
 
 using TextCallback = std::size_t (*)(char*, std::size_t, std::size_t, void*);
 
-// Both of them take text in the same way.
+// The same rules apply to both kinds of text.
 class PlaylistCallbackTest : public HlsTasks, public testing::WithParamInterface<bool> {
  protected:
   static std::string& Text() { return GetParam() ? *g_variantText : *g_playlistText; }
@@ -122,13 +122,13 @@ TEST_P(PlaylistCallbackTest, PiecesAreAppended) {
   Text().clear();
 }
 
-TEST_P(PlaylistCallbackTest, NothingIsTakenAfterTheStop) {
+TEST_P(PlaylistCallbackTest, NothingIsTakenAfterAStop) {
   pipeline_.running = false;
   EXPECT_EQ(Append("#EXT"), 0U);
   EXPECT_EQ(Text(), "");
 }
 
-TEST_P(PlaylistCallbackTest, TextThatGoesOnForEverEndsItsTransfer) {
+TEST_P(PlaylistCallbackTest, EndlessTextEndsItsTransfer) {
   Text().assign(kMaxPlaylistSize - 4, '#');
   EXPECT_EQ(Append("1234"), 4U);
   EXPECT_EQ(Append("5"), 0U);
@@ -136,10 +136,10 @@ TEST_P(PlaylistCallbackTest, TextThatGoesOnForEverEndsItsTransfer) {
   Text().clear();
 }
 
-// Requests that fail at once, since there is no handle, and only make room for what would come.
+// Requests that fail at once for lack of a handle. They only prepare the text for a next body.
 class LeftoverTest : public HlsTasks {
  protected:
-  // What stays in front of the next body.
+  // The part of `body` that is kept before the next body.
   std::string LeftOf(const std::string& body) {
     {
       const std::lock_guard lock(g_playlistMutex);
@@ -153,17 +153,17 @@ class LeftoverTest : public HlsTasks {
 
 TEST_F(LeftoverTest, EmptyTextStaysEmpty) { EXPECT_EQ(LeftOf(""), ""); }
 
-TEST_F(LeftoverTest, WholeLinesStay) {
+TEST_F(LeftoverTest, CompleteLinesAreKept) {
   EXPECT_EQ(LeftOf("<html></html>\n"), "<html></html>\n");
   EXPECT_EQ(LeftOf("one\n\ntwo\n"), "one\n\ntwo\n");
 }
 
-TEST_F(LeftoverTest, LineThatBrokeOffIsDropped) {
+TEST_F(LeftoverTest, IncompleteLineIsDropped) {
   EXPECT_EQ(LeftOf("<html></html>"), "");
   EXPECT_EQ(LeftOf("#EXTM3U\n#EXTINF:10,\nseg1"), "#EXTM3U\n#EXTINF:10,\n");
 }
 
-TEST_F(LeftoverTest, TextOfUpToAMebibyteStays) {
+TEST_F(LeftoverTest, TextOfUpToAMebibyteIsKept) {
   const std::string longest = std::string((1 << 20) - 1, 'x') + "\n";
   EXPECT_EQ(LeftOf(longest), longest);
 }
@@ -172,7 +172,7 @@ TEST_F(LeftoverTest, LongerTextIsDropped) {
   EXPECT_EQ(LeftOf(std::string((1 << 20) + 1, '\n')), "");
 }
 
-TEST_F(LeftoverTest, VariantsHaveTheSameRules) {
+TEST_F(LeftoverTest, SameRulesApplyToVariants) {
   const std::lock_guard lock(g_playlistMutex);
   pipeline_.variantHandle.reset();
   *g_variantText = "x\ny";

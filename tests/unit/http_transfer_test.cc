@@ -16,7 +16,7 @@
 
 namespace {
 
-TEST(RangeTest, OffsetsGiveOpenEndedRanges) {
+TEST(RangeTest, OffsetsBecomeOpenEndedRanges) {
   EXPECT_EQ(RangeFrom(0), "0-");
   EXPECT_EQ(RangeFrom(1'048'576), "1048576-");
 }
@@ -32,15 +32,15 @@ TEST(HtmlPageTest, OnlyTheLowerCaseTagAtTheStartCounts) {
   EXPECT_FALSE(IsHtmlPage("<HTML>", 6));
   EXPECT_FALSE(IsHtmlPage(" <html>", 7));
   EXPECT_FALSE(IsHtmlPage("<html lang=en>", 14));
-  EXPECT_FALSE(IsHtmlPage("<html>", 5));  // only five bytes have come
+  EXPECT_FALSE(IsHtmlPage("<html>", 5));  // only five bytes received
   EXPECT_FALSE(IsHtmlPage(nullptr, 0));
 }
 
-// --- How a transfer ends once its run flag is clear ---
+// --- The end of a transfer after its run flag is cleared ---
 
-// The system's clock, at which a watched transfer looks in each progress callback that goes on. The
-// first of them clears the run flag. What looks at it much later finds that a day has passed, so
-// that a transfer that does not end by its flag ends by its silence limit.
+// The system's clock, which a watched transfer reads in each progress callback that does not abort
+// it. The first of these reads clears the run flag. From the third read after that on, a day seems
+// to have passed, so a transfer that ignores its flag ends by its silence limit.
 class ClearingClock final : public Clock {
  public:
   explicit ClearingClock(std::atomic<bool>& running) : running_(running) { UseClock(this); }
@@ -79,11 +79,11 @@ class ClearingClock final : public Clock {
   int looks_after_the_stop_ = 0;
 };
 
-// A write callback that looks at no flag. With the fourth piece it clears the transfer's.
+// A write callback that does not check the run flag. The fourth piece clears the flag.
 struct HeedlessReceiver {
   static constexpr std::size_t kLargestPiece = CURL_MAX_WRITE_SIZE;
-  // Far more than libcurl receives between two progress callbacks. Here a transfer ends that does
-  // not end by its flag.
+  // Far more than libcurl receives between two progress callbacks. A transfer that ignores its flag
+  // is ended at this limit.
   static constexpr std::size_t kMuch = 64 << 20;
 
   std::atomic<bool> running{true};
@@ -134,7 +134,7 @@ TEST_F(TransferStopTest, EndlessTransferEndsThoughItsCallbackTakesEverything) {
   EXPECT_LT(receiver.bytes_after_the_stop, HeedlessReceiver::kMuch);
 }
 
-TEST_F(TransferStopTest, TransferThatIsStoppedInMidBodyEndsThoughTheServerStalls) {
+TEST_F(TransferStopTest, TransferStoppedInMidBodyEndsThoughTheServerStalls) {
   server_.Serve(std::string(8 * HeedlessReceiver::kLargestPiece, 'x'));
   HeedlessReceiver receiver;
   HeedlessReceiver::current = &receiver;
@@ -143,7 +143,7 @@ TEST_F(TransferStopTest, TransferThatIsStoppedInMidBodyEndsThoughTheServerStalls
   EXPECT_GE(receiver.pieces, 4);
 }
 
-TEST_F(TransferStopTest, TransferThatIsStoppedBeforeItBeginsEndsThoughTheServerIsSilent) {
+TEST_F(TransferStopTest, TransferStoppedBeforeItBeginsEndsThoughTheServerIsSilent) {
   const std::atomic<bool> stopped{false};
   EXPECT_EQ(Perform({server_.Url("/silent/a"), TakeAll, stopped}), CURLE_ABORTED_BY_CALLBACK);
 }

@@ -1,4 +1,4 @@
-// A track that is damaged is not listed, and the others are read as if it were not there.
+// A damaged track is not listed, and the other tracks are read as if it did not exist.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -77,7 +77,7 @@ std::vector<Damage> Damages() {
 
 constexpr MP4TrackId kDamagedId = 9;
 
-// The small movie with a damaged copy of one of its tracks, which is number `index` from 0 on.
+// SmallMovie with a damaged copy of one of its tracks inserted at position `index`.
 Movie MovieWith(const Damage& damage, std::size_t index, bool is_video) {
   Movie movie = mp4_boxes::SmallMovie();
   Track damaged = movie.tracks[is_video ? 0 : 1];
@@ -87,7 +87,7 @@ Movie MovieWith(const Damage& damage, std::size_t index, bool is_video) {
   return movie;
 }
 
-// The tracks of the small movie are listed and read, and no other.
+// Expects that the tracks of SmallMovie, and no others, are listed and can be read.
 void ExpectTheOthers(const Mp4FileHandle& file) {
   ASSERT_TRUE(file);
   EXPECT_EQ(MP4GetNumberOfTracks(file.get()), 2U);
@@ -100,14 +100,14 @@ void ExpectTheOthers(const Mp4FileHandle& file) {
 
 class IsobmffDamagedTrackTest : public testing::TestWithParam<Damage> {};
 
-TEST_P(IsobmffDamagedTrackTest, OthersAreRead) {
+TEST_P(IsobmffDamagedTrackTest, OtherTracksAreRead) {
   for (const bool is_video : {true, false}) {
     for (const std::size_t index : {0U, 1U, 2U}) {
       for (const bool index_first : {true, false}) {
         SCOPED_TRACE(std::to_string(index) + (index_first ? " first" : " last"));
         Movie movie = MovieWith(GetParam(), index, is_video);
         movie.index_first = index_first;
-        // In a file that ends with the index, zeros at its end may not have been received yet.
+        // If the file ended with the index, zeros at its end could be bytes not received yet.
         movie.in_index = Box("udta", Text("end"));
         ExpectTheOthers(OpenMp4Movie(movie));
       }
@@ -115,7 +115,7 @@ TEST_P(IsobmffDamagedTrackTest, OthersAreRead) {
   }
 }
 
-TEST_P(IsobmffDamagedTrackTest, MovieOfNothingElseHasNoTracks) {
+TEST_P(IsobmffDamagedTrackTest, MovieOfDamagedTracksHasNoTracks) {
   Movie movie = mp4_boxes::SmallMovie();
   GetParam().change(movie.tracks[0]);
   movie.tracks.pop_back();
@@ -127,8 +127,8 @@ TEST_P(IsobmffDamagedTrackTest, MovieOfNothingElseHasNoTracks) {
 INSTANTIATE_TEST_SUITE_P(Damages, IsobmffDamagedTrackTest, testing::ValuesIn(Damages()),
                          [](const auto& tested) { return tested.param.name; });
 
-// Renames one box at a time, so that it counts as unknown.
-TEST(IsobmffDamagedTracksTest, TrackWithoutAnyOfItsHeadersIsNotListed) {
+// Renames one box at a time, which makes it unknown.
+TEST(IsobmffDamagedTracksTest, TrackThatLacksOneOfItsHeadersIsNotListed) {
   const Damage none{"", [](Track&) {}};
   for (const std::size_t index : {0U, 2U}) {
     const mp4_boxes::File built = BuildMp4(MovieWith(none, index, false));
@@ -146,8 +146,8 @@ TEST(IsobmffDamagedTracksTest, TrackWithoutAnyOfItsHeadersIsNotListed) {
   }
 }
 
-// What was found before the damage is enough.
-TEST(IsobmffDamagedTracksTest, TrackWithABrokenBoxBehindAllThatIsNeededIsRead) {
+// The boxes before the damage are sufficient.
+TEST(IsobmffDamagedTracksTest, TrackWithABrokenBoxAfterAllRequiredOnesIsRead) {
   Movie movie = mp4_boxes::SmallMovie();
   for (Track& track : movie.tracks) track.padding["trak"] = 16;
   mp4_boxes::File built = BuildMp4(movie);
@@ -165,9 +165,9 @@ TEST(IsobmffDamagedTracksTest, TrackWithABrokenBoxBehindAllThatIsNeededIsRead) {
     EXPECT_EQ(ReadMp4Track(file, track.id), ExpectedSamples(track)) << track.handler;
 }
 
-// The last bytes of the file are a chunk offset of zero. The film does not need the track, so it is
-// not taken for one whose rest has not been received yet.
-TEST(IsobmffDamagedTracksTest, TimeCodeTrackThatEndsInZerosHoldsNothingUp) {
+// The last bytes of the file are a chunk offset of zero. Playback does not need the track, so it
+// does not count as incompletely received.
+TEST(IsobmffDamagedTracksTest, TimeCodeTrackThatEndsInZerosDoesNotBlockTheFile) {
   for (const bool index_first : {true, false}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.index_first = index_first;

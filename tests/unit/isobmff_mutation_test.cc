@@ -1,5 +1,5 @@
-// Files with mistakes in them: whatever they hold, nothing is read outside, waits for ever or is
-// taken for more than the file can hold. The sanitizers watch.
+// Malformed files: whatever they contain, no read is out of bounds, no call hangs, and no sample is
+// larger than the file. The sanitizers check this.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@ using mp4_boxes::Bytes;
 using mp4_boxes::File;
 
 Mp4Exercise Exercise(const Bytes& bytes) {
-  std::filesystem::remove("movie.mp4");  // some file systems take long over one written anew
+  std::filesystem::remove("movie.mp4");  // some file systems are slow to overwrite a file
   mp4_boxes::WriteFile("movie.mp4", bytes);
   return ExerciseMp4("movie.mp4");
 }
@@ -28,7 +28,7 @@ File SmallFile(bool index_first) {
   return BuildMp4(movie);
 }
 
-TEST(IsobmffMutationTest, UnharmedFileGivesEverything) {
+TEST(IsobmffMutationTest, IntactFileYieldsAllTracksAndSamples) {
   const Mp4Exercise result = Exercise(SmallFile(true).bytes);
   EXPECT_EQ(result.tracks, 2U);
   EXPECT_EQ(result.samples, 25U);
@@ -49,7 +49,7 @@ TEST(IsobmffMutationTest, EveryNumberOfTheIndexReplaced) {
   }
 }
 
-TEST(IsobmffMutationTest, EveryByteOfTheIndexMissing) {
+TEST(IsobmffMutationTest, EachByteOfTheFileRemoved) {
   const File built = SmallFile(false);
   for (std::size_t at = 0; at < built.bytes.size(); ++at) {
     Bytes changed = built.bytes;

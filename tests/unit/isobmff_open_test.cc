@@ -1,4 +1,4 @@
-// Which files open: an index that is not whole is none.
+// Which files open. A file with an incomplete index does not.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -32,13 +32,13 @@ void ExpectWhole(const Movie& movie) {
 }
 
 bool Opens(const Bytes& bytes) {
-  std::filesystem::remove("movie.mp4");  // some file systems take long over one written anew
+  std::filesystem::remove("movie.mp4");  // some file systems are slow to overwrite a file
   return OpenMp4Bytes(bytes) != nullptr;
 }
 
 TEST(IsobmffOpenTest, IndexBeforeTheMediaData) { ExpectWhole(mp4_boxes::SmallMovie()); }
 
-TEST(IsobmffOpenTest, IndexBehindTheMediaData) {
+TEST(IsobmffOpenTest, IndexAfterTheMediaData) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.index_first = false;
   ExpectWhole(movie);
@@ -52,7 +52,7 @@ TEST(IsobmffOpenTest, BoxSizesOf64Bits) {
   ExpectWhole(movie);
 }
 
-TEST(IsobmffOpenTest, Version1HeadersAreOf64Bits) {
+TEST(IsobmffOpenTest, Version1HeadersHave64BitFields) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.version = 1;
   movie.duration = (std::uint64_t{1} << 32) + 7;
@@ -83,7 +83,7 @@ TEST(IsobmffOpenTest, EditListIsIgnored) {
 
 // --- Padding ---
 
-// Zeros behind the last child of each container of one track.
+// SmallMovie with zeros after the last child of one container of one track.
 Movie PaddedTrack(std::size_t track, const std::string& container, std::size_t zeros,
                   bool index_first) {
   Movie movie = mp4_boxes::SmallMovie();
@@ -92,7 +92,7 @@ Movie PaddedTrack(std::size_t track, const std::string& container, std::size_t z
   return movie;
 }
 
-TEST(IsobmffOpenTest, ZerosBehindTheLastBoxOfATrackArePadding) {
+TEST(IsobmffOpenTest, ZerosAfterTheLastBoxOfATrackArePadding) {
   for (const char* const container : {"trak", "mdia", "minf", "stbl"}) {
     for (const std::size_t zeros : {1U, 2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 12U, 15U, 16U, 19U}) {
       for (const bool index_first : {true, false}) {
@@ -107,7 +107,7 @@ TEST(IsobmffOpenTest, ZerosBehindTheLastBoxOfATrackArePadding) {
   }
 }
 
-TEST(IsobmffOpenTest, ZerosBehindTheLastBoxOfTheIndexArePadding) {
+TEST(IsobmffOpenTest, ZerosAfterTheLastBoxOfTheIndexArePadding) {
   for (const std::size_t zeros : {1U, 3U, 4U, 7U, 8U, 12U, 16U, 100U, 128U}) {
     for (const bool index_first : {true, false}) {
       SCOPED_TRACE(zeros);
@@ -133,7 +133,7 @@ TEST(IsobmffOpenTest, ZerosInAllContainersAtOnceArePadding) {
   ExpectWhole(movie);
 }
 
-TEST(IsobmffOpenTest, ZerosBehindTheIndexAtTheEndOfTheFileArePadding) {
+TEST(IsobmffOpenTest, ZerosAfterTheIndexAtTheEndOfTheFileArePadding) {
   for (const std::size_t zeros : {1U, 4U, 8U, 12U, 5000U}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.index_first = false;
@@ -148,8 +148,8 @@ TEST(IsobmffOpenTest, ZerosAtTheEndOfAnIndexWithoutSizeArePadding) {
   }
 }
 
-// Zeros at the end of a file may be space that is reserved for it.
-TEST(IsobmffOpenTest, ZerosAtTheEndOfTheFileThatCouldBeATableOrATrackAreNoPadding) {
+// Zeros at the end of a file may be reserved space for bytes not received yet.
+TEST(IsobmffOpenTest, ZerosAtTheEndOfTheFileThatCouldBeATableOrATrackAreNotPadding) {
   for (const char* const container : {"trak", "mdia", "minf", "stbl"})
     EXPECT_FALSE(OpenMp4Movie(PaddedTrack(1, container, 20, false))) << container;
   Movie movie = mp4_boxes::SmallMovie();
@@ -160,7 +160,7 @@ TEST(IsobmffOpenTest, ZerosAtTheEndOfTheFileThatCouldBeATableOrATrackAreNoPaddin
   EXPECT_TRUE(OpenMp4Movie(movie));
 }
 
-TEST(IsobmffOpenTest, ZerosInFrontOfAnotherBoxAreNoPadding) {
+TEST(IsobmffOpenTest, ZerosBeforeAnotherBoxAreNotPadding) {
   for (const std::size_t zeros : {8U, 12U, 16U}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.in_index = Join({Zeros(zeros), Box("udta", Text("text"))});
@@ -168,24 +168,25 @@ TEST(IsobmffOpenTest, ZerosInFrontOfAnotherBoxAreNoPadding) {
   }
 }
 
-// Below the file no box goes on to the end of anything.
+// Only a box at the top level may extend to the end of the file.
 TEST(IsobmffOpenTest, ChildWithoutSizeIsRefused) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.in_index = Join({U32(0), Text("udta"), Zeros(12)});
   EXPECT_FALSE(OpenMp4Movie(movie));
 }
 
-TEST(IsobmffOpenTest, RestOfTheIndexThatIsTooShortForABoxAndNotZeroIsRefused) {
+TEST(IsobmffOpenTest, NonZeroRestTooShortForABoxIsRefused) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.in_index = {0, 0, 1};
   EXPECT_FALSE(OpenMp4Movie(movie));
 }
 
-// The last box may have a size of 0: it goes on to the end of the file.
-TEST(IsobmffOpenTest, LastBoxWithoutSizeGoesOnToTheEnd) {
+// The last box of the file may have size 0, which means that it extends to the end of the file.
+TEST(IsobmffOpenTest, LastBoxWithoutSizeExtendsToTheEnd) {
   const Movie movie = mp4_boxes::SmallMovie();
   mp4_boxes::File built = BuildMp4(movie);
-  std::fill_n(built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_end), 4, 0);  // mdat
+  std::fill_n(built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_end), 4,
+              0);  // the size of mdat
   EXPECT_TRUE(Opens(built.bytes));
   EXPECT_TRUE(Opens(mp4_boxes::BuildWithOpenIndex(movie).bytes));
 }
@@ -210,7 +211,7 @@ TEST(IsobmffOpenTest, FragmentedFileHasNoSamples) {
   EXPECT_EQ(MP4GetSampleTime(file.get(), 1, 1), MP4_INVALID_TIMESTAMP);
 }
 
-TEST(IsobmffOpenTest, WhatIsNoMovieDoesNotOpen) {
+TEST(IsobmffOpenTest, FilesThatAreNoMoviesDoNotOpen) {
   std::filesystem::create_directory("directory");
   EXPECT_EQ(MP4Read("directory"), nullptr);
   EXPECT_EQ(MP4Read("no such file"), nullptr);
@@ -233,7 +234,7 @@ TEST(IsobmffOpenTest, PathIsUtf8) {
   EXPECT_EQ(MP4Read("\xFF\xFE not UTF-8.mp4"), nullptr);
 }
 
-// Others may do with the file what they like meanwhile.
+// Other programs may rename or delete the file meanwhile.
 TEST(IsobmffOpenTest, OpenFileCanBeRenamedAndDeleted) {
   const Movie movie = mp4_boxes::SmallMovie();
   const Mp4FileHandle file = OpenMp4Movie(movie);
@@ -243,9 +244,9 @@ TEST(IsobmffOpenTest, OpenFileCanBeRenamedAndDeleted) {
   EXPECT_EQ(ReadMp4Track(file, 1), ExpectedSamples(movie.tracks[0]));
 }
 
-// --- An index that is not whole ---
+// --- Incomplete index ---
 
-TEST(IsobmffOpenTest, FileCutOffAnywhereInItsIndexDoesNotOpen) {
+TEST(IsobmffOpenTest, FileTruncatedInItsIndexDoesNotOpen) {
   for (const bool index_first : {true, false}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.index_first = index_first;
@@ -259,7 +260,7 @@ TEST(IsobmffOpenTest, FileCutOffAnywhereInItsIndexDoesNotOpen) {
 
 void ExpectToOpenInNoPart(const Movie& movie) {
   const mp4_boxes::File built = BuildMp4(movie);
-  constexpr std::size_t kLastEntry = 4;  // a chunk offset
+  constexpr std::size_t kLastEntry = 4;  // bytes of a chunk offset
   for (std::size_t size = 0; size + kLastEntry <= built.index_end; ++size) {
     Bytes holed = built.bytes;
     std::fill(holed.begin() + static_cast<std::ptrdiff_t>(size), holed.end(), std::uint8_t{0});
@@ -267,8 +268,8 @@ void ExpectToOpenInNoPart(const Movie& movie) {
   }
 }
 
-// A sparse file that is being downloaded: what has not come yet reads as zeros, up to the end.
-TEST(IsobmffOpenTest, IndexOfWhichTheRestIsZerosDoesNotOpen) {
+// A sparse file during its download: bytes not received yet read as zeros.
+TEST(IsobmffOpenTest, IndexThatEndsInZerosDoesNotOpen) {
   for (const bool index_first : {true, false}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.index_first = index_first;
@@ -278,8 +279,8 @@ TEST(IsobmffOpenTest, IndexOfWhichTheRestIsZerosDoesNotOpen) {
   }
 }
 
-// A damaged track must not make an index look whole whose rest is missing.
-TEST(IsobmffOpenTest, IndexWithADamagedTrackOfWhichTheRestIsZerosDoesNotOpen) {
+// A damaged track must not make an incomplete index look complete.
+TEST(IsobmffOpenTest, IndexWithADamagedTrackThatEndsInZerosDoesNotOpen) {
   for (const bool index_first : {true, false}) {
     Movie movie = mp4_boxes::SmallMovie();
     movie.index_first = index_first;
@@ -288,9 +289,9 @@ TEST(IsobmffOpenTest, IndexWithADamagedTrackOfWhichTheRestIsZerosDoesNotOpen) {
   }
 }
 
-TEST(IsobmffOpenTest, HoleBetweenTheHeadOfTheIndexAndItsBoxes) {
+TEST(IsobmffOpenTest, IndexWithAHoleDoesNotOpen) {
   const mp4_boxes::File built = BuildMp4(mp4_boxes::SmallMovie());
-  for (const std::size_t begin : {8U, 116U}) {  // where mvhd and the first trak begin
+  for (const std::size_t begin : {8U, 116U}) {  // the offsets of mvhd and of the first trak
     Bytes holed = built.bytes;
     const auto from = holed.begin() + static_cast<std::ptrdiff_t>(built.index_begin + begin);
     std::fill(from, from + 64, std::uint8_t{0});
@@ -298,7 +299,7 @@ TEST(IsobmffOpenTest, HoleBetweenTheHeadOfTheIndexAndItsBoxes) {
   }
 }
 
-TEST(IsobmffOpenTest, OpensOnceTheRestOfTheIndexHasCome) {
+TEST(IsobmffOpenTest, FileOpensOnceItsIndexIsComplete) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.index_first = false;
   const mp4_boxes::File built = BuildMp4(movie);
@@ -319,8 +320,8 @@ TEST(IsobmffOpenTest, FileWithoutAMovieHeaderIsRefused) {
   }
 }
 
-// Only the head of the table is there, which is all that is read.
-TEST(IsobmffOpenTest, TableOfMoreThan32MiBIsRefused) {
+// The file contains only the head of the table. Nothing else is read.
+TEST(IsobmffOpenTest, TableAbove32MiBIsRefused) {
   constexpr std::size_t kMost = std::size_t{8} << 20;  // entries of four bytes
   for (const std::size_t count : {kMost, kMost + 1}) {
     const Bytes head = Join({U32(0), U32(0), U32(count)});
@@ -334,7 +335,7 @@ TEST(IsobmffOpenTest, TableOfMoreThan32MiBIsRefused) {
   }
 }
 
-TEST(IsobmffOpenTest, IndexOfVeryManyTinyBoxesIsGivenUp) {
+TEST(IsobmffOpenTest, IndexOfVeryManyTinyBoxesIsRefused) {
   Bytes tiny;
   for (int i = 0; i < 4000; ++i) mp4_boxes::Append(tiny, Box("free", {}));
   const auto opens = [&tiny](std::uint32_t tracks) {
@@ -351,8 +352,8 @@ TEST(IsobmffOpenTest, IndexOfVeryManyTinyBoxesIsGivenUp) {
   EXPECT_FALSE(opens(25));
 }
 
-// A file of nothing but empty boxes ends the search for the index.
-TEST(IsobmffOpenTest, EndlessRowOfEmptyBoxesIsGivenUp) {
+// The search for the index ends after a limited number of boxes.
+TEST(IsobmffOpenTest, FileOfVeryManyEmptyBoxesIsRefused) {
   Bytes bytes;
   for (int i = 0; i < 70000; ++i) mp4_boxes::Append(bytes, Box("free", {}));
   mp4_boxes::Append(bytes, BuildMp4(mp4_boxes::SmallMovie()).bytes);

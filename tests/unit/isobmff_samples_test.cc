@@ -1,5 +1,4 @@
-// Samples: where they lie, when they are due, and what happens where a table or the file ends too
-// early.
+// Samples: their offsets and times, and tables or files that end too early.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -33,7 +32,8 @@ Track VideoTrack(std::size_t samples) {
   return track;
 }
 
-// Every sample in order, then in random order with a handle that has looked at none yet.
+// Reads every sample in order, then samples in random order, partly with handles that have read
+// nothing yet.
 void ExpectSamples(const Movie& movie) {
   const mp4_boxes::File built = BuildMp4(movie);
   const Mp4FileHandle file = OpenMp4Bytes(built.bytes);
@@ -63,12 +63,12 @@ TEST(IsobmffSamplesTest, ChunksOfAnySize) {
   }
 }
 
-TEST(IsobmffSamplesTest, ChunkRunsThatChangeAllTheTime) {
+TEST(IsobmffSamplesTest, ChunkRunsThatChangeConstantly) {
   Track track = VideoTrack(600);
   track.samples_a_chunk = 1;
   Movie movie = OneTrack(track);
   const mp4_boxes::File plain = BuildMp4(movie);
-  // The samples lie one behind the other, so that any cut into chunks gives the same.
+  // The samples are contiguous, so every division into chunks yields the same samples.
   std::vector<Bytes> runs;
   std::vector<Bytes> offsets;
   std::size_t sample = 0;
@@ -110,7 +110,7 @@ TEST(IsobmffSamplesTest, CompositionOffsetsOfBothVersions) {
   }
 }
 
-TEST(IsobmffSamplesTest, NegativeCompositionOffsetIsIts32BitsUnsigned) {
+TEST(IsobmffSamplesTest, NegativeCompositionOffsetIsReturnedAs32BitsUnsigned) {
   Track track = VideoTrack(2);
   track.composition_version = 1;
   track.samples[1].composition = -40;
@@ -155,14 +155,14 @@ TEST(IsobmffSamplesTest, OffsetsOf64Bits) {
   ExpectSamples(OneTrack(track));
 }
 
-TEST(IsobmffSamplesTest, SamplesLargerThanWhatIsReadAhead) {
+TEST(IsobmffSamplesTest, SamplesLargerThanTheReadAhead) {
   Track track = VideoTrack(12);
   for (std::size_t i = 0; i < track.samples.size(); ++i)
     track.samples[i].data = Bytes(i % 2 == 0 ? 700'000 : 9'000, static_cast<std::uint8_t>(i));
   ExpectSamples(OneTrack(track));
 }
 
-// Reading ahead goes over several windows, and the two tracks lie far apart.
+// The read-ahead covers several windows, and the two tracks are far apart in the file.
 TEST(IsobmffSamplesTest, TracksFarApart) {
   Movie movie = mp4_boxes::SmallMovie();
   for (Track& track : movie.tracks) {
@@ -211,7 +211,7 @@ TEST(IsobmffSamplesTest, SampleNumbersOutsideTheTrack) {
   EXPECT_TRUE(ReadMp4(file, 1, 5));
 }
 
-TEST(IsobmffSamplesTest, FailedReadGivesNoBlock) {
+TEST(IsobmffSamplesTest, FailedReadReturnsNoBlock) {
   const Mp4FileHandle file = OpenMp4Movie(OneTrack(VideoTrack(5)));
   std::uint8_t other = 0;
   std::uint8_t* bytes = &other;
@@ -221,7 +221,7 @@ TEST(IsobmffSamplesTest, FailedReadGivesNoBlock) {
   EXPECT_EQ(size, 0U);
 }
 
-TEST(IsobmffSamplesTest, OptionalResultsMayBeLeftOut) {
+TEST(IsobmffSamplesTest, OptionalResultsMayBeOmitted) {
   const Mp4FileHandle file = OpenMp4Movie(OneTrack(VideoTrack(1)));
   std::uint8_t* bytes = nullptr;
   std::uint32_t size = 0;
@@ -261,7 +261,7 @@ TEST(IsobmffSamplesTest, SizesThatEndEarly) {
 }
 
 // A track may claim any number of samples of one size without a table of them.
-TEST(IsobmffSamplesTest, MoreSizesThanAnythingElse) {
+TEST(IsobmffSamplesTest, MoreSizesThanOtherEntries) {
   const Bytes sizes = Join({U32(1), U32(0xFFFFFFFF)});
   EXPECT_EQ(ReadableSamples("stsz", mp4_boxes::FullBox("stsz", 0, sizes)), 10U);
 }
@@ -271,13 +271,13 @@ TEST(IsobmffSamplesTest, ChunksThatEndEarly) {
   EXPECT_EQ(ReadableSamples("stco", Table("stco", {offset, offset, offset})), 6U);
 }
 
-TEST(IsobmffSamplesTest, ChunkRunsThatMakeNoSense) {
+TEST(IsobmffSamplesTest, InvalidChunkRuns) {
   const auto run = [](std::uint32_t chunk, std::uint32_t samples) {
     return Join({U32(chunk), U32(samples), U32(1)});
   };
   EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(1, 0)})), 0U);
   EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(1, 1)})), 5U);
-  EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(1, 2), run(1, 2)})), 0U) << "loops";
+  EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(1, 2), run(1, 2)})), 0U) << "a loop";
   EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(1, 2), run(3, 2), run(2, 2)})), 4U);
   EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(0, 2), run(1, 2)})), 0U);
   EXPECT_EQ(ReadableSamples("stsc", Table("stsc", {run(1, 2), run(900, 2)})), 10U);
@@ -293,23 +293,23 @@ TEST(IsobmffSamplesTest, RunsWithoutSamplesAreSkipped) {
   ExpectSamples(OneTrack(track));
 }
 
-TEST(IsobmffSamplesTest, SyncSamplesCountUpToTheFirstThatGoesBack) {
+TEST(IsobmffSamplesTest, SyncSamplesCountUpToTheFirstThatDecreases) {
   Track track = VideoTrack(10);
   for (std::size_t i = 0; i < 10; ++i) track.samples[i].sync = i + 1 == 2 || i + 1 == 9;
   track.replaced["stss"] = Table("stss", {U32(2), U32(9), U32(4), U32(10), U32(1)});
   ExpectSamples(OneTrack(track));
 }
 
-// --- Bytes that are not there ---
+// --- Missing bytes ---
 
-TEST(IsobmffSamplesTest, MediaDataThatIsCutOffGivesTheSamplesThatAreThere) {
+TEST(IsobmffSamplesTest, TruncatedMediaDataYieldsTheCompleteSamples) {
   const Movie movie = mp4_boxes::SmallMovie();
   const mp4_boxes::File built = BuildMp4(movie);
   for (std::size_t size = built.index_end; size < built.bytes.size(); ++size) {
     const Mp4FileHandle file = OpenMp4Bytes(
         Bytes(built.bytes.begin(), built.bytes.begin() + static_cast<std::ptrdiff_t>(size)));
     ASSERT_TRUE(file);
-    // Each sample of either track, whether the one before it was there or not.
+    // Each sample of both tracks, also after a missing one.
     for (std::size_t t = 0; t < 2; ++t) {
       for (std::size_t i = 0; i < movie.tracks[t].samples.size(); ++i) {
         const Bytes& data = movie.tracks[t].samples[i].data;
@@ -336,7 +336,7 @@ TEST(IsobmffSamplesTest, OffsetsBeyondTheFile) {
   }
 }
 
-// Nothing is allocated for a size that the file cannot hold.
+// No memory is allocated for a size that the file cannot hold.
 TEST(IsobmffSamplesTest, SampleOf4GiBInASmallFile) {
   Track track = VideoTrack(2);
   track.replaced["stsz"] =
@@ -344,11 +344,11 @@ TEST(IsobmffSamplesTest, SampleOf4GiBInASmallFile) {
   track.samples_a_chunk = 2;
   const Mp4FileHandle file = OpenMp4Movie(OneTrack(track));
   EXPECT_FALSE(ReadMp4(file, 1, 1));
-  EXPECT_FALSE(ReadMp4(file, 1, 2)) << "it lies behind the first one";
+  EXPECT_FALSE(ReadMp4(file, 1, 2)) << "it follows the first one";
 }
 
-// A sparse file.
-TEST(IsobmffSamplesTest, SampleOfMoreThan64MiBIsNotRead) {
+// The file is sparse.
+TEST(IsobmffSamplesTest, SampleAbove64MiBIsNotRead) {
   constexpr std::uint32_t kMost = 64U << 20;
   for (const std::uint32_t size : {kMost, kMost + 1}) {
     Track track = VideoTrack(1);
@@ -363,9 +363,9 @@ TEST(IsobmffSamplesTest, SampleOfMoreThan64MiBIsNotRead) {
 }
 
 #ifdef STREAM_TEST_FAILING_NEW
-TEST(IsobmffSamplesTest, SampleIsFreedWhereThereIsNoMemoryToReadAhead) {
+TEST(IsobmffSamplesTest, SampleIsFreedIfThereIsNoMemoryForTheReadAhead) {
   const Mp4FileHandle first = OpenMp4Movie(OneTrack(VideoTrack(5)));
-  ASSERT_TRUE(ReadMp4(first, 1, 2)) << "what the handles share is there now";
+  ASSERT_TRUE(ReadMp4(first, 1, 2)) << "loads the state that handles share";
   for (int i = 0; i < 20; ++i) {
     const Mp4FileHandle file(MP4Read("movie.mp4"));
     std::uint8_t* bytes = nullptr;
@@ -377,7 +377,7 @@ TEST(IsobmffSamplesTest, SampleIsFreedWhereThereIsNoMemoryToReadAhead) {
     }
     EXPECT_FALSE(is_read);
     EXPECT_EQ(bytes, nullptr);
-    EXPECT_TRUE(ReadMp4(file, 1, 2)) << "there is memory again";
+    EXPECT_TRUE(ReadMp4(file, 1, 2)) << "memory is available again";
   }
 }
 #endif
@@ -391,8 +391,7 @@ TEST(IsobmffSamplesTest, FileThatShrinksWhileOpen) {
   std::filesystem::resize_file("movie.mp4", 0);
   EXPECT_FALSE(ReadMp4(file, 2, 1));
   mp4_boxes::WriteFile("movie.mp4", built.bytes);
-  EXPECT_EQ(ReadMp4Track(file, 1), ExpectedSamples(movie.tracks[0]))
-      << "the handle is of use again";
+  EXPECT_EQ(ReadMp4Track(file, 1), ExpectedSamples(movie.tracks[0])) << "the handle works again";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Handles of one file share its index while they are open, whatever becomes of the file.
+// All open handles of a file share its index, whatever happens to the file.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -19,7 +19,7 @@ using mp4_boxes::BuildMp4;
 using mp4_boxes::Bytes;
 using mp4_boxes::Movie;
 
-// An OpenMovie is what stands behind a handle.
+// A handle points to an OpenMovie.
 const isobmff::MovieIndex* IndexOf(const Mp4FileHandle& file) {
   return &static_cast<const OpenMovie*>(file.get())->Index();
 }
@@ -42,8 +42,8 @@ TEST(IsobmffSharingTest, EqualFilesDoNotShare) {
   EXPECT_NE(IndexOf(first), IndexOf(second));
 }
 
-// As the pipeline opens it: the next handle before the last one is closed.
-TEST(IsobmffSharingTest, IndexIsHandedOnFromHandleToHandle) {
+// Like the pipeline, opens the next handle before the previous one is closed.
+TEST(IsobmffSharingTest, IndexIsPassedOnFromHandleToHandle) {
   const Movie movie = mp4_boxes::SmallMovie();
   Mp4FileHandle file = OpenMp4Bytes(BuildMp4(movie).bytes);
   const isobmff::MovieIndex* const index = IndexOf(file);
@@ -54,7 +54,7 @@ TEST(IsobmffSharingTest, IndexIsHandedOnFromHandleToHandle) {
   }
 }
 
-TEST(IsobmffSharingTest, LastHandleTakesTheIndexAlong) {
+TEST(IsobmffSharingTest, IndexIsReleasedWithTheLastHandle) {
   mp4_boxes::WriteFile("movie.mp4", BuildMp4(mp4_boxes::SmallMovie()).bytes);
   const auto file = isobmff::File::Open("movie.mp4");
   ASSERT_TRUE(file);
@@ -62,7 +62,7 @@ TEST(IsobmffSharingTest, LastHandleTakesTheIndexAlong) {
   EXPECT_TRUE(index.expired());
 }
 
-TEST(IsobmffSharingTest, FileThatGrowsBetweenTheOpens) {
+TEST(IsobmffSharingTest, GrowingFileKeepsItsIndex) {
   const Movie movie = mp4_boxes::SmallMovie();
   const mp4_boxes::File built = BuildMp4(movie);
   const auto part = [&](std::size_t size) {
@@ -89,9 +89,9 @@ TEST(IsobmffSharingTest, FileThatGrowsBetweenTheOpens) {
   EXPECT_EQ(read, 10U);
 }
 
-// Until all of it has come, an index that goes on to the end of its file looks like one of fewer
+// While it is incomplete, an index that extends to the end of its file looks like one with fewer
 // tracks.
-TEST(IsobmffSharingTest, IndexWithoutSizeIsReadAnewWhenItsFileHasGrown) {
+TEST(IsobmffSharingTest, IndexWithoutSizeIsReadAgainAfterItsFileHasGrown) {
   const mp4_boxes::File built = mp4_boxes::BuildWithOpenIndex(mp4_boxes::SmallMovie());
   Mp4FileHandle file;
   for (std::uint32_t tracks = 0; tracks < 2; ++tracks) {
@@ -103,11 +103,11 @@ TEST(IsobmffSharingTest, IndexWithoutSizeIsReadAnewWhenItsFileHasGrown) {
   file = OpenMp4Bytes(built.bytes);
   ASSERT_TRUE(file);
   EXPECT_EQ(MP4GetNumberOfTracks(file.get()), 2U);
-  EXPECT_EQ(IndexOf(Open("movie.mp4")), IndexOf(file)) << "shared while the file stays as it is";
+  EXPECT_EQ(IndexOf(Open("movie.mp4")), IndexOf(file)) << "shared while the file does not change";
 }
 
-// The cache file of a pipeline is emptied and filled anew for another address.
-TEST(IsobmffSharingTest, FileThatIsWrittenAnewHasAnIndexOfItsOwn) {
+// A pipeline empties its cache file and fills it again for another address.
+TEST(IsobmffSharingTest, RewrittenFileHasAnIndexOfItsOwn) {
   Movie movie = mp4_boxes::SmallMovie();
   const Mp4FileHandle old = OpenMp4Bytes(BuildMp4(movie).bytes);
   movie.duration += 1;
@@ -118,8 +118,8 @@ TEST(IsobmffSharingTest, FileThatIsWrittenAnewHasAnIndexOfItsOwn) {
   EXPECT_EQ(IndexOf(Open("movie.mp4")), IndexOf(changed));
 }
 
-// The head that is compared is all of a small index, and not of this one.
-TEST(IsobmffSharingTest, FileWhoseIndexIsOtherOnlyAtItsEndHasAnIndexOfItsOwn) {
+// The head of an index, which is compared, covers all of a small index, but not all of this one.
+TEST(IsobmffSharingTest, FileWhoseIndexDiffersOnlyAtItsEndHasAnIndexOfItsOwn) {
   constexpr std::size_t kHead = 4096;
   Movie movie = mp4_boxes::SmallMovie();
   movie.tracks[0].samples = mp4_boxes::NumberedSamples(1500, 512, 5);
@@ -137,7 +137,7 @@ TEST(IsobmffSharingTest, FileWhoseIndexIsOtherOnlyAtItsEndHasAnIndexOfItsOwn) {
   EXPECT_EQ(ReadMp4Track(changed, 2), ExpectedSamples(movie.tracks[1]));
 }
 
-TEST(IsobmffSharingTest, SampleThatIsWrittenAfterTheOpenIsRead) {
+TEST(IsobmffSharingTest, SampleWrittenAfterTheOpenIsRead) {
   const Movie movie = mp4_boxes::SmallMovie();
   const mp4_boxes::File built = BuildMp4(movie);
   const auto end_of_index = built.bytes.begin() + static_cast<std::ptrdiff_t>(built.index_end);
@@ -148,7 +148,7 @@ TEST(IsobmffSharingTest, SampleThatIsWrittenAfterTheOpenIsRead) {
   EXPECT_EQ(ReadMp4Track(file, 1), ExpectedSamples(movie.tracks[0]));
 }
 
-TEST(IsobmffSharingTest, FileThatIsEmptiedDoesNotOpenAgain) {
+TEST(IsobmffSharingTest, EmptiedFileDoesNotOpenAgain) {
   const mp4_boxes::File built = BuildMp4(mp4_boxes::SmallMovie());
   const Mp4FileHandle file = OpenMp4Bytes(built.bytes);
   std::filesystem::resize_file("movie.mp4", built.index_end - 1);
@@ -157,7 +157,7 @@ TEST(IsobmffSharingTest, FileThatIsEmptiedDoesNotOpenAgain) {
   EXPECT_FALSE(Open("movie.mp4"));
 }
 
-// A table that could not be read is tried again.
+// Reading a table is retried after a failure.
 TEST(IsobmffSharingTest, TablesThatCouldNotBeReadAreReadLater) {
   const Movie movie = mp4_boxes::SmallMovie();
   const mp4_boxes::File built = BuildMp4(movie);

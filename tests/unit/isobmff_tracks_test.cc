@@ -1,4 +1,4 @@
-// What a file tells of itself and of its tracks.
+// The properties of a file and of its tracks.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -31,7 +31,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-// The small movie with another sample entry for its video or audio track.
+// SmallMovie with another sample entry for its video or audio track.
 Mp4FileHandle WithVideo(const Bytes& entry) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.tracks[0].entry = entry;
@@ -50,7 +50,7 @@ struct ParameterSets {
   std::vector<Bytes> picture;
 };
 
-// Takes a list that ends at a size of 0, and frees it.
+// Copies a list that ends with a size of 0, and frees it.
 std::vector<Bytes> TakeList(std::uint8_t** blocks, std::uint32_t* sizes) {
   std::vector<Bytes> list;
   for (std::size_t i = 0; sizes[i] != 0; ++i) {
@@ -128,7 +128,7 @@ TEST(IsobmffTracksTest, TypeNameAndTimeScale) {
   EXPECT_EQ(MP4GetTrackTimeScale(file.get(), 2), 48000U);
 }
 
-TEST(IsobmffTracksTest, WhatIsNotThereIsInvalid) {
+TEST(IsobmffTracksTest, PropertiesOfMissingTracksAndFilesAreInvalid) {
   const Mp4FileHandle opened = OpenMp4Movie(mp4_boxes::SmallMovie());
   for (const Mp4FileHandle* const file : {&opened, static_cast<const Mp4FileHandle*>(nullptr)}) {
     void* const handle = file == nullptr ? nullptr : file->get();
@@ -171,7 +171,7 @@ TEST(IsobmffTracksTest, EmptyParameterSetDoesNotEndTheList) {
   EXPECT_THAT(sets.picture, ElementsAre(kPps));
 }
 
-TEST(IsobmffTracksTest, ParameterSetThatIsCutOffIsLeftOut) {
+TEST(IsobmffTracksTest, TruncatedParameterSetIsSkipped) {
   Bytes avc = AvcC({kSps}, {kPps});
   avc.pop_back();
   avc[3] = static_cast<std::uint8_t>(avc.size());
@@ -181,7 +181,7 @@ TEST(IsobmffTracksTest, ParameterSetThatIsCutOffIsLeftOut) {
   EXPECT_THAT(sets.picture, ElementsAre());
 }
 
-TEST(IsobmffTracksTest, OtherTracksLeaveTheListsUntouchedAndSayTrue) {
+TEST(IsobmffTracksTest, OtherTracksReturnTrueAndLeaveTheListsUnchanged) {
   for (const char* const name : {"hvc1", "hev1", "mp4v", "encv"}) {
     const ParameterSets sets = SetsOf(WithVideo(VideoEntry(name, AvcC({kSps}, {kPps}))), 1);
     EXPECT_TRUE(sets.result) << name;
@@ -215,7 +215,7 @@ TEST(IsobmffTracksTest, AudioOfAac) {
   EXPECT_EQ(ConfigurationOf(file, 2), std::pair(true, kAacLc48000Stereo));
 }
 
-TEST(IsobmffTracksTest, VideoHasNoAudioFacts) {
+TEST(IsobmffTracksTest, VideoHasNoAudioProperties) {
   const Mp4FileHandle file = OpenMp4Movie(mp4_boxes::SmallMovie());
   EXPECT_EQ(MP4GetTrackAudioMpeg4Type(file.get(), 1), 0);
   EXPECT_EQ(MP4GetTrackAudioChannels(file.get(), 1), -1);
@@ -255,7 +255,7 @@ TEST(IsobmffTracksTest, OptionalFieldsOfTheStreamDescriptorAreSkipped) {
             std::pair(true, kAacLc48000Stereo));
 }
 
-TEST(IsobmffTracksTest, MalformedStreamDescriptorIsLeftOut) {
+TEST(IsobmffTracksTest, MalformedStreamDescriptorIsSkipped) {
   const Bytes whole = Esds(0x40, kAacLc48000Stereo);
   for (std::size_t size = 8; size + 3 < whole.size(); ++size) {  // without the last descriptor
     Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
@@ -275,7 +275,7 @@ Bytes QuickTimeEntry(unsigned version, unsigned channels, const Bytes& added,
                            Zeros(4), U32(48000U << 16), added, children}));
 }
 
-// Behind others, and closed by a box of type 0.
+// The descriptor follows other boxes, and a box of type 0 ends the list.
 Bytes Wave() {
   return Box("wave", Join({Box("frma", Text("mp4a")), Box("mp4a", Zeros(4)),
                            Esds(0x40, kAacLc48000Stereo), U32(8), U32(0)}));
@@ -295,7 +295,8 @@ TEST(IsobmffTracksTest, QuickTimeSoundVersion2) {
   EXPECT_EQ(ConfigurationOf(file, 2), std::pair(true, kAacLc48000Stereo));
 }
 
-// In a sample description of version 1 the entry's version is that of the ISO, which adds nothing.
+// In a sample description of version 1, the version of an entry has its ISO meaning and adds no
+// fields.
 TEST(IsobmffTracksTest, IsoSoundVersion1) {
   Movie movie = mp4_boxes::SmallMovie();
   const Bytes entry = QuickTimeEntry(1, 2, {}, Esds(0x40, kAacLc48000Stereo));
@@ -305,7 +306,7 @@ TEST(IsobmffTracksTest, IsoSoundVersion1) {
 
 // --- Texts ---
 
-TEST(IsobmffTracksTest, InfoIsALineForPeople) {
+TEST(IsobmffTracksTest, InfoIsAReadableLine) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.tracks[0].time_scale = 512 * 5;  // ten samples of 512 last two seconds
   const Mp4FileHandle file = OpenMp4Movie(movie);

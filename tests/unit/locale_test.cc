@@ -1,4 +1,4 @@
-// What hosts with a locale of their own see: numbers stay as they are in the C locale.
+// Hosts that set a locale: numbers are written and read as in the C locale.
 #include <gtest/gtest.h>
 
 #include <clocale>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr char kGerman[] = "de_DE.UTF-8";
 
-// What C++ streams write in a German locale.
+// Number formatting of C++ streams in a German locale.
 class GermanNumbers final : public std::numpunct<char> {
  protected:
   char do_decimal_point() const override { return ','; }
@@ -28,7 +28,7 @@ class GermanNumbers final : public std::numpunct<char> {
   std::string do_grouping() const override { return "\3"; }
 };
 
-// Makes the locale in a directory of the test's own and sets it for C, and one like it for C++,
+// Creates a German locale in the test's directory and sets it for C, and an equivalent one for C++,
 // until the end of the test.
 class LocaleTest : public testing::Test {
  protected:
@@ -55,7 +55,7 @@ class LocaleTest : public testing::Test {
   }
 };
 
-TEST_F(LocaleTest, StartPositionLinesStayAsTheyAre) {
+TEST_F(LocaleTest, StartPositionLinesDoNotChange) {
   EXPECT_EQ(StartPositionLine("TS", 3725.5F, 2), "PLAY TS StartPostion:01:02:05.500 Q:0.002000s");
   EXPECT_EQ(StartPositionLine("MP4", 3725.5F, 1'234'567),
             "PLAY MP4 StartPostion:01:02:05.500 Q:1234.567000s");
@@ -73,7 +73,7 @@ TEST_F(LocaleTest, WholeNumbersAreNotGrouped) {
             "2\xC8\xD5 0:0:0");
 }
 
-TEST_F(LocaleTest, PlaylistNumbersAreReadAsTheyAre) {
+TEST_F(LocaleTest, PlaylistNumbersAreReadAsInTheCLocale) {
   M3u8Header header;
   std::int64_t sequence = 0;
   M3u8Table entries;

@@ -28,7 +28,7 @@ TEST(ParseAttributeListTest, RepeatedKeyKeepsItsFirstValue) {
   EXPECT_EQ(Attributes("a=1, a =2,a"), M3u8Attributes({{"", ""}, {"a", "1"}}));
 }
 
-TEST(ParseAttributeListTest, ValueHoldsAllThatFollowsTheFirstSeparator) {
+TEST(ParseAttributeListTest, ValueIsAllThatFollowsTheFirstSeparator) {
   EXPECT_EQ(Attributes("a=b=c"), M3u8Attributes({{"a", "b=c"}}));
 }
 
@@ -48,11 +48,11 @@ TEST(ParseAttributeListTest, SeparatorsMayBeLongerThanOneCharacter) {
             M3u8Attributes({{"a", "1"}, {"b", "2;"}}));
 }
 
-TEST(ParseAttributeListTest, EmptyListSeparatorCutsNothing) {
+TEST(ParseAttributeListTest, EmptyListSeparatorSplitsNothing) {
   EXPECT_EQ(ParseAttributeList("a=1,b=2", "", "="), M3u8Attributes({{"a", "1,b=2"}}));
 }
 
-// What is found for "a" and for "b".
+// The values found for "a" and "b".
 std::vector<std::optional<std::string_view>> Found(std::string_view text) {
   std::array<WantedAttribute, 2> wanted = {{{"a"}, {"b"}}};
   FindAttributes(text, ",", "=", wanted);
@@ -68,11 +68,11 @@ TEST(FindAttributesTest, MissingKeyHasNoValue) {
   EXPECT_THAT(Found(""), ElementsAre(std::nullopt, std::nullopt));
 }
 
-TEST(FindAttributesTest, RepeatedKeyKeepsItsFirstValueAlsoWhereThatIsEmpty) {
+TEST(FindAttributesTest, RepeatedKeyKeepsItsFirstValueEvenIfEmpty) {
   EXPECT_THAT(Found("a=1,a=2,b=,b=3"), ElementsAre("1", ""));
 }
 
-TEST(FindAttributesTest, PieceWithoutSeparatorIsNoKey) {
+TEST(FindAttributesTest, PieceWithoutSeparatorIsNotAKey) {
   EXPECT_THAT(Found("a,b=1"), ElementsAre(std::nullopt, "1"));
 }
 

@@ -13,7 +13,7 @@ namespace {
 using m3u8_test::kBase;
 using m3u8_test::kUntouchedSequence;
 
-// One text, parsed into everything fresh.
+// A text, parsed with a new header and table.
 struct Parsed {
   M3u8Header header;
   std::int64_t sequence = kUntouchedSequence;
@@ -51,7 +51,7 @@ TEST(ParseM3u8Test, SegmentBetweenCarriageReturnsIsEntryZero) {
 TEST(ParseM3u8Test, SegmentOfDurationZeroIsDropped) {
   const Parsed parsed("#EXTM3U\n#EXTINF:0,\nseg0.ts\n#EXTINF:1,\nseg1.ts\n");
   EXPECT_EQ(parsed.Uris(), Uris({"http://host/a/b/seg1.ts"}));
-  EXPECT_EQ(parsed.entries.count(0), 1U);  // the dropped one has taken no index
+  EXPECT_EQ(parsed.entries.count(0), 1U);  // the dropped segment has no index
 }
 
 TEST(ParseM3u8Test, AbsolutePathIsResolvedAgainstSchemeHostAndPort) {
@@ -59,7 +59,7 @@ TEST(ParseM3u8Test, AbsolutePathIsResolvedAgainstSchemeHostAndPort) {
   EXPECT_EQ(parsed.Uris(), Uris({"https://host:8080/x/seg.ts"}));
 }
 
-TEST(ParseM3u8Test, OfTwoVariantsWithEqualBandwidthTheFirstIsKept) {
+TEST(ParseM3u8Test, FirstOfTwoVariantsWithEqualBandwidthIsKept) {
   const Parsed parsed(
       "#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=5\nfirst.m3u8\n"
       "#EXT-X-STREAM-INF:BANDWIDTH=5\nsecond.m3u8\n");
@@ -85,7 +85,8 @@ TEST(ParseM3u8Test, AllowCacheNoClearsIt) {
 
 TEST(ParseM3u8Test, AllowCacheYesSetsIt) {
   EXPECT_TRUE(Parsed("#EXT-X-ALLOW-CACHE:YES").header.allowCache);
-  EXPECT_FALSE(Parsed("#EXT-X-ALLOW-CACHE: YES").header.allowCache);  // ":YES" is looked for
+  EXPECT_FALSE(
+      Parsed("#EXT-X-ALLOW-CACHE: YES").header.allowCache);  // the parser searches for ":YES"
 }
 
 TEST(ParseM3u8Test, TextWithoutEndIsLive) {
@@ -93,13 +94,13 @@ TEST(ParseM3u8Test, TextWithoutEndIsLive) {
   EXPECT_FALSE(Parsed("#EXTM3U\n#EXTINF:1,\nseg.ts\n#EXT-X-ENDLIST\n").header.isLive);
 }
 
-TEST(ParseM3u8Test, LineOfOneCharacterIsSkippedBeforeAnyTest) {
-  // Neither is an address, and the lone "#" is no tag line, so the variant still waits.
+TEST(ParseM3u8Test, LineOfOneCharacterIsSkipped) {
+  // "x" is not an address and "#" is not a tag, so the variant stays pending.
   const Parsed parsed("#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=5\nx\n#\nv.m3u8\n");
   EXPECT_EQ(parsed.Uris(), Uris({"http://host/a/b/v.m3u8"}));
 }
 
-TEST(ParseM3u8Test, TagLineOfTwoCharactersEndsTheWaitForAVariant) {
+TEST(ParseM3u8Test, TagLineOfTwoCharactersEndsAPendingVariant) {
   const Parsed parsed("#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=5\n##\nv.m3u8\n");
   EXPECT_EQ(parsed.Uris(), Uris());
   EXPECT_FALSE(parsed.header.streamInfPending);
@@ -115,12 +116,12 @@ TEST(ParseM3u8Test, HeaderFollowedByAnythingElseDoesNotCount) {
   EXPECT_FALSE(Parsed("#EXTM3U #\n").result);
 }
 
-TEST(ParseM3u8Test, WaitForAVariantOutlastsItsAddress) {
+TEST(ParseM3u8Test, VariantStaysPendingAfterItsAddress) {
   const Parsed parsed("#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=5\nv.m3u8");
   EXPECT_TRUE(parsed.header.streamInfPending);
 }
 
-TEST(ParseM3u8Test, WithoutAHeaderWhatWasFoundIsStoredAllTheSame) {
+TEST(ParseM3u8Test, EntriesAreStoredWithoutAHeader) {
   const Parsed parsed("#EXT-X-VERSION:3\n#EXT-X-MEDIA-SEQUENCE:9\n#EXTINF:1,\nseg.ts\n");
   EXPECT_FALSE(parsed.result);
   EXPECT_EQ(parsed.header.version, 3);
@@ -128,12 +129,12 @@ TEST(ParseM3u8Test, WithoutAHeaderWhatWasFoundIsStoredAllTheSame) {
   EXPECT_EQ(parsed.Uris(), Uris({"http://host/a/b/seg.ts"}));
 }
 
-TEST(ParseM3u8Test, MediaSequenceThatIsMissingOrNoNumberIsNotWritten) {
+TEST(ParseM3u8Test, MissingOrInvalidMediaSequenceIsNotWritten) {
   EXPECT_EQ(Parsed("#EXTM3U\n").sequence, kUntouchedSequence);
   EXPECT_EQ(Parsed("#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:x\n").sequence, kUntouchedSequence);
 }
 
-TEST(ParseM3u8Test, HeaderUsedAgainKeepsWhatTheSecondTextDoesNotSay) {
+TEST(ParseM3u8Test, ReusedHeaderKeepsFieldsMissingInTheSecondText) {
   Parsed parsed(
       "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:7\n#EXT-X-ALLOW-CACHE:YES\n"
       "#EXTINF:2,\nseg.ts\n#EXT-X-ENDLIST\n#EXT-X-STREAM-INF:BANDWIDTH=1\n");
@@ -146,14 +147,14 @@ TEST(ParseM3u8Test, HeaderUsedAgainKeepsWhatTheSecondTextDoesNotSay) {
   EXPECT_FALSE(parsed.header.streamInfPending);
 }
 
-TEST(ParseM3u8Test, EntriesOfAnEarlierTextShadowThoseOfALaterOne) {
+TEST(ParseM3u8Test, EntriesOfAnEarlierTextTakePrecedence) {
   Parsed parsed("#EXTM3U\n#EXTINF:2,\nold0.ts\n");
   ParseM3u8(parsed.header, kBase, "#EXTINF:2,\nnew0.ts\n#EXTINF:2,\nnew1.ts\n", parsed.sequence,
             parsed.entries);
   EXPECT_EQ(parsed.Uris(), Uris({"http://host/a/b/old0.ts", "http://host/a/b/new1.ts"}));
 }
 
-TEST(ParseM3u8Test, NothingButTheTableOutlivesAText) {
+TEST(ParseM3u8Test, OnlyTheTableOutlivesAText) {
   M3u8Header header;
   std::int64_t sequence = 0;
   M3u8Table entries;
@@ -165,7 +166,7 @@ TEST(ParseM3u8Test, NothingButTheTableOutlivesAText) {
   EXPECT_EQ(header.totalDuration, 3.0F);
 }
 
-TEST(ParseM3u8Test, NotANumberAsDurationAnnouncesASegment) {
+TEST(ParseM3u8Test, NanDurationAnnouncesASegment) {
   const Parsed parsed("#EXTM3U\n#EXTINF:nan,\nseg.ts\nstray.ts\n");
   ASSERT_EQ(parsed.Uris(), Uris({"http://host/a/b/seg.ts"}));
   EXPECT_TRUE(std::isnan(parsed.entries.at(0).duration));
@@ -191,7 +192,7 @@ TEST(ParseM3u8Test, HundredThousandSegmentsKeepTheirOrder) {
   EXPECT_EQ(parsed.header.totalDuration, 100'000.0F);
 }
 
-// One that is not linear in the length of the line does not come back from these.
+// A parser that is not linear in the length of a line would not finish these.
 TEST(ParseM3u8Test, LinesOfMegabytesAreParsed) {
   constexpr std::size_t kMegabytes = 4 << 20;
   const std::string digits(kMegabytes, '7');
@@ -206,8 +207,9 @@ TEST(ParseM3u8Test, LinesOfMegabytesAreParsed) {
   EXPECT_EQ(parsed.entries.at(5).uri, "http://host/a/b/v.m3u8");
 }
 
-// Hundreds of megabytes if each were remembered, and seconds in which no stop is looked at.
-TEST(ParseM3u8Test, BandwidthBehindMillionsOfOtherAttributesIsFound) {
+// Storing every attribute would take hundreds of megabytes, and seconds in which no stop is
+// noticed.
+TEST(ParseM3u8Test, BandwidthAfterMillionsOfOtherAttributesIsFound) {
   constexpr int kMany = 2'000'000;
   std::string text = "#EXTM3U\n#EXT-X-STREAM-INF:";
   for (int i = 0; i < kMany; ++i) text += std::to_string(i) + "=,";
@@ -216,14 +218,14 @@ TEST(ParseM3u8Test, BandwidthBehindMillionsOfOtherAttributesIsFound) {
   EXPECT_EQ(parsed.entries.at(5).uri, "http://host/a/b/v.m3u8");
 }
 
-// A playlist of so many segments, and one more whose address is a short one whatever the base is.
+// A playlist of `count` segments with relative addresses, and one with a short absolute address.
 std::string SegmentsAndAShortOne(int count) {
   std::string text = "#EXTM3U\n";
   for (int i = 0; i < count; ++i) text += "#EXTINF:1\nab\n";
   return text + "#EXTINF:1\nhttp://short/ab\n#EXT-X-ENDLIST\n";
 }
 
-TEST(ParseM3u8Test, AddressesBeyondTheLimitOfTheirSumAreLeftOut) {
+TEST(ParseM3u8Test, AddressesBeyondTheLimitOfTheirTotalSizeAreSkipped) {
   constexpr std::size_t kMebibyte = 1 << 20;
   constexpr int kFitting = 256;
   const std::string base = "http://host/" + std::string(kMebibyte - 16, 'x') + "/";
@@ -243,7 +245,7 @@ TEST(M3u8NumberTest, SegmentsCountFromTheMediaSequence) {
   EXPECT_EQ(parsed.Numbers(), Numbers({41, 42}));
 }
 
-TEST(M3u8NumberTest, DroppedSegmentOfDurationZeroHasItsNumberToo) {
+TEST(M3u8NumberTest, DroppedSegmentOfDurationZeroHasANumber) {
   const Parsed parsed(
       "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:41\n#EXTINF:0,\na.ts\n#EXTINF:1,\nb.ts\n"
       "#EXTINF:0,\n#EXT-X-BYTERANGE:5\nc.ts\n#EXTINF:1,\nd.ts\n");
@@ -251,14 +253,14 @@ TEST(M3u8NumberTest, DroppedSegmentOfDurationZeroHasItsNumberToo) {
   EXPECT_EQ(parsed.entries.count(1), 1U) << "the keys of the table do not count it";
 }
 
-TEST(M3u8NumberTest, LineThatNothingAnnouncesHasNone) {
+TEST(M3u8NumberTest, LineWithoutADurationHasNoNumber) {
   const Parsed parsed(
       "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:41\nstray.ts\n#EXTINF:0,\na.ts\nstray.ts\n"
       "#EXTINF:1,\nb.ts\nstray.ts\n#EXTINF:1,\nc.ts\n");
   EXPECT_EQ(parsed.Numbers(), Numbers({42, 43}));
 }
 
-TEST(M3u8NumberTest, WithoutAMediaSequenceThereIsNone) {
+TEST(M3u8NumberTest, NoNumbersWithoutAMediaSequence) {
   EXPECT_EQ(Parsed("#EXTM3U\n#EXTINF:1,\na.ts\n").Numbers(), Numbers({kNoSequenceNumber}));
   EXPECT_EQ(Parsed("#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:x\n#EXTINF:1,\na.ts\n").Numbers(),
             Numbers({kNoSequenceNumber}));
@@ -271,7 +273,7 @@ TEST(M3u8NumberTest, SegmentsCountFromTheLastMediaSequenceBeforeThem) {
   EXPECT_EQ(parsed.Numbers(), Numbers({kNoSequenceNumber, 7, 6}));
 }
 
-TEST(M3u8NumberTest, VariantHasNoneAndIsNotCounted) {
+TEST(M3u8NumberTest, VariantHasNoNumberAndIsNotCounted) {
   const Parsed parsed(
       "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:7\n#EXT-X-STREAM-INF:BANDWIDTH=500\nlow.m3u8\n"
       "#EXTINF:1,\na.ts\n");
@@ -279,7 +281,7 @@ TEST(M3u8NumberTest, VariantHasNoneAndIsNotCounted) {
   EXPECT_EQ(parsed.entries.at(0).number, 7);
 }
 
-TEST(M3u8NumberTest, ThereIsNoneAfterTheLargest) {
+TEST(M3u8NumberTest, NoNumberFollowsTheLargest) {
   const Parsed parsed(
       "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:9223372036854775807\n#EXTINF:1,\na.ts\n#EXTINF:1,\nb.ts\n"
       "#EXTINF:1,\nc.ts\n");

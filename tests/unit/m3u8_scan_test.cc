@@ -12,7 +12,7 @@ namespace {
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr std::int32_t kOld = -7;
 
-// Whether a number was read, the number, and what was left of the text.
+// Whether a number was read, its value, and the rest of the text.
 template <typename Number>
 using Scanned = std::tuple<bool, Number, std::string>;
 
@@ -37,32 +37,32 @@ Scanned<Number> Failed(const std::string& text) {
   return {false, static_cast<Number>(kOld), text};
 }
 
-TEST(ScanInt32Test, DigitsAreReadUpToTheFirstCharacterThatDoesNotFit) {
+TEST(ScanInt32Test, DigitsAreReadUpToTheFirstOtherCharacter) {
   EXPECT_EQ(Int32("720p"), Read(720, "p"));
   EXPECT_EQ(Int32("3.5"), Read(3, ".5"));
   EXPECT_EQ(Int32("0x10"), Read(0, "x10"));
   EXPECT_EQ(Int32("007"), Read(7));
 }
 
-TEST(ScanInt32Test, LeadingBlanksAndASignAreTaken) {
+TEST(ScanInt32Test, LeadingBlanksAndASignAreRead) {
   EXPECT_EQ(Int32(" \t\r\n\v\f+12"), Read(12));
   EXPECT_EQ(Int32(" -12"), Read(-12));
 }
 
-TEST(ScanInt32Test, TextWithoutANumberLeavesAllAsItWas) {
+TEST(ScanInt32Test, TextWithoutANumberChangesNothing) {
   for (const char* text : {"", " ", "x1", "+", "-", "+-1", "-+1", "--1", "++1", "- 1"}) {
     EXPECT_EQ(Int32(text), Failed(text)) << text;
   }
 }
 
-TEST(ScanInt32Test, NumberOutOfRangeIsClampedAndTakenWhole) {
+TEST(ScanInt32Test, NumberOutOfRangeIsClampedAndReadCompletely) {
   EXPECT_EQ(Int32("2147483647"), Read(2147483647));
   EXPECT_EQ(Int32("2147483648x"), Read(2147483647, "x"));
   EXPECT_EQ(Int32("-2147483648"), Read(std::numeric_limits<std::int32_t>::min()));
   EXPECT_EQ(Int32("-99999999999999999999x"), Read(std::numeric_limits<std::int32_t>::min(), "x"));
 }
 
-TEST(ScanInt64Test, NumberOutOfRangeIsClampedAndTakenWhole) {
+TEST(ScanInt64Test, NumberOutOfRangeIsClampedAndReadCompletely) {
   constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
   constexpr auto kMin = std::numeric_limits<std::int64_t>::min();
   EXPECT_EQ(Int64("4294967296"), Read(std::int64_t{4294967296}));
@@ -79,7 +79,7 @@ TEST(ScanFloatTest, DecimalNumbersAreRead) {
   EXPECT_EQ(Float("9.976633"), Read(9.976633F));
 }
 
-TEST(ScanFloatTest, CommaIsNoDecimalPoint) { EXPECT_EQ(Float("1,5"), Read(1.0F, ",5")); }
+TEST(ScanFloatTest, CommaIsNotADecimalPoint) { EXPECT_EQ(Float("1,5"), Read(1.0F, ",5")); }
 
 TEST(ScanFloatTest, ExponentWithoutDigitsIsNotPartOfTheNumber) {
   EXPECT_EQ(Float("1e,"), Read(1.0F, "e,"));
@@ -100,14 +100,14 @@ TEST(ScanFloatTest, WordsForInfinityAndNaNAreRead) {
   EXPECT_TRUE(std::isnan(value));
 }
 
-TEST(ScanFloatTest, TextWithoutANumberLeavesAllAsItWas) {
+TEST(ScanFloatTest, TextWithoutANumberChangesNothing) {
   for (const char* text : {"", " ", ",", ".", ".e1", "+-1", "--1", "-+1", "+ 1", "0x", "0xg",
                            "0x-1", "0xinf", "in", "infini", "infix", "na", "seven"}) {
     EXPECT_EQ(Float(text), Failed<float>(text)) << text;
   }
 }
 
-TEST(ScanFloatTest, NumberTooLargeBecomesAnInfinity) {
+TEST(ScanFloatTest, TooLargeNumberBecomesInfinity) {
   EXPECT_EQ(Float("3.5e38"), Read(kInfinity));
   EXPECT_EQ(Float("-1e99,"), Read(-kInfinity, ","));
   EXPECT_EQ(Float("1e99999999999999999999"), Read(kInfinity));
@@ -116,7 +116,7 @@ TEST(ScanFloatTest, NumberTooLargeBecomesAnInfinity) {
   EXPECT_EQ(Float("0." + std::string(20, '0') + "1e70"), Read(kInfinity));
 }
 
-TEST(ScanFloatTest, NumberTooSmallBecomesZero) {
+TEST(ScanFloatTest, TooSmallNumberBecomesZero) {
   EXPECT_EQ(Float("1e-99,"), Read(0.0F, ","));
   EXPECT_EQ(Float("1e-99999999999999999999"), Read(0.0F));
   EXPECT_EQ(Float("0x1p-200"), Read(0.0F));
@@ -124,7 +124,7 @@ TEST(ScanFloatTest, NumberTooSmallBecomesZero) {
   EXPECT_EQ(Float(std::string(20, '9') + "e-90"), Read(0.0F));
 }
 
-TEST(ScanFloatTest, SmallestNumberThereIsIsRead) {
+TEST(ScanFloatTest, SmallestNumberIsRead) {
   EXPECT_EQ(Float("1.4e-45"), Read(std::numeric_limits<float>::denorm_min()));
 }
 

@@ -1,4 +1,5 @@
-// Every playlist of the table, parsed; and the fuzzer's seeds, which are made of the same table.
+// Parses every playlist of the table, and checks the fuzzer's seeds, which are generated from the
+// same table.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -16,7 +17,7 @@ namespace {
 using m3u8_test::kUntouchedSequence;
 using m3u8_test::Playlist;
 
-// Libraries differ in how they print these.
+// Standard libraries print these values differently.
 std::string Number(float number) {
   if (std::isnan(number)) return "nan";
   if (std::isinf(number)) return number < 0 ? "-inf" : "inf";
@@ -70,8 +71,8 @@ std::string FileText(const std::filesystem::path& path) {
   return text.str();
 }
 
-// make_m3u8_seeds makes them anew.
-TEST(M3u8SeedsTest, FuzzerSeedsAreTheTextsOfTheTable) {
+// make_m3u8_seeds generates them.
+TEST(M3u8SeedsTest, FuzzerSeedsEqualTheTextsOfTheTable) {
   std::map<std::string, std::string> texts;
   for (const Playlist& playlist : m3u8_test::Playlists()) texts[playlist.name] = playlist.text;
   std::map<std::string, std::string> seeds;

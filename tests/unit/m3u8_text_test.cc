@@ -12,21 +12,21 @@ std::string AfterTrimming(std::string text, std::string_view set = kM3u8Blanks) 
   return text;
 }
 
-TEST(TrimCharsTest, CharactersOfTheSetGoAtBothEndsAndStayInside) {
+TEST(TrimCharsTest, CharactersOfTheSetAreTrimmedAtBothEndsOnly) {
   EXPECT_EQ(AfterTrimming(" \t\r\n a b\tc \r\n"), "a b\tc");
   EXPECT_EQ(AfterTrimming("xyaxyb", "yx"), "axyb");
 }
 
-TEST(TrimCharsTest, TextOfNothingElseBecomesEmpty) {
+TEST(TrimCharsTest, TextOfOnlySuchCharactersBecomesEmpty) {
   EXPECT_EQ(AfterTrimming(" \r\n"), "");
   EXPECT_EQ(AfterTrimming(""), "");
 }
 
 TEST(TrimCharsTest, EmptySetTrimsNothing) { EXPECT_EQ(AfterTrimming(" a ", ""), " a "); }
 
-TEST(TrimCharsTest, OtherBlanksStay) { EXPECT_EQ(AfterTrimming("\v a\f "), "\v a\f"); }
+TEST(TrimCharsTest, OtherBlanksAreKept) { EXPECT_EQ(AfterTrimming("\v a\f "), "\v a\f"); }
 
-TEST(ForEachPieceTest, ThereIsOnePieceMoreThanSeparators) {
+TEST(ForEachPieceTest, PiecesAreOneMoreThanSeparators) {
   std::vector<std::string> pieces;
   ForEachPiece("a,,b,", ",", [&](std::string_view piece) { pieces.emplace_back(piece); });
   EXPECT_EQ(pieces, std::vector<std::string>({"a", "", "b", ""}));

@@ -13,7 +13,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Fields of a width and a value each, as bytes.
+// Packs fields, each given by its width and value, into bytes.
 Bytes Fields(const std::vector<std::pair<unsigned, unsigned>>& fields) {
   unsigned bits = 0;
   for (const auto& [width, value] : fields) bits += width;
@@ -46,8 +46,8 @@ TEST(AudioSpecificConfigTest, EveryValueOfEveryField) {
   }
 }
 
-// The fields of the extension follow those of the stream below it.
-TEST(AudioSpecificConfigTest, SbrAndPsThatAreSignalledFirst) {
+// The fields of the extension follow those of the core stream.
+TEST(AudioSpecificConfigTest, SbrAndPsWithHierarchicalSignalling) {
   ExpectConfig(Fields({{5, 5}, {4, 6}, {4, 2}, {4, 3}, {5, 2}}), 5, 6, 2);
   ExpectConfig(Fields({{5, 29}, {4, 7}, {4, 1}, {4, 4}, {5, 2}}), 29, 7, 1);
 }
@@ -57,12 +57,12 @@ TEST(AudioSpecificConfigTest, ObjectTypeAbove31) {
   ExpectConfig(Fields({{5, 31}, {6, 63}, {4, 14}, {4, 15}}), 95, 14, 15);
 }
 
-TEST(AudioSpecificConfigTest, RateThatIsGivenAsANumber) {
+TEST(AudioSpecificConfigTest, RateGivenAsANumber) {
   ExpectConfig(Fields({{5, 2}, {4, 15}, {12, 0xFFF}, {12, 0xFFF}, {4, 6}}), 2, 15, 6);
   ExpectConfig(Fields({{5, 31}, {6, 1}, {4, 15}, {12, 0}, {12, 0}, {4, 7}}), 33, 15, 7);
 }
 
-TEST(AudioSpecificConfigTest, BytesThatEndWithinTheFieldsAreNoConfig) {
+TEST(AudioSpecificConfigTest, TruncatedBytesAreNoConfig) {
   for (const Bytes& whole : {Bytes{0x11, 0x90}, Fields({{5, 31}, {6, 10}, {4, 3}, {4, 6}}),
                              Fields({{5, 2}, {4, 15}, {12, 1}, {12, 2}, {4, 6}}),
                              Fields({{5, 31}, {6, 1}, {4, 15}, {12, 0}, {12, 0}, {4, 7}})}) {

@@ -1,4 +1,4 @@
-// What an MP4 task of an older start must not put into the queues of a newer one.
+// An MP4 task of an older start must not begin the stream of a newer one.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -33,15 +33,15 @@ class Mp4OlderStartTest : public testing::Test {
     EmitMp4Video(sample, {});
   }
 
-  // Begins a stream, and has another thread go on with `unit`. Makes the queue as new as a start
-  // does while that thread copies the unit. False where the copy was quicker.
+  // Begins a stream and emits `unit` on another thread. While that thread copies the unit, resets
+  // the queue as a new start does. Returns false if the copy finished first.
   static bool StartDuringACopyOf(const Bytes& unit) {
     ResetFrameQueues();
     Emit(Lengthened({Nal(5)}));
     const std::size_t held = HeldPayloadMemory();
     const std::future<void> emitted =
         std::async(std::launch::async, [bytes = Lengthened({unit})] { Emit(bytes); });
-    // Whether the stream has begun was looked at before the memory was allocated.
+    // The emitting thread checks whether the stream has begun before it allocates the memory.
     while (HeldPayloadMemory() < held + unit.size()) std::this_thread::yield();
     bool in_time = false;
     {
@@ -55,12 +55,12 @@ class Mp4OlderStartTest : public testing::Test {
   }
 };
 
-TEST_F(Mp4OlderStartTest, UnitInHandDoesNotBeginTheStreamOfTheNextStart) {
+TEST_F(Mp4OlderStartTest, UnitOfAnOlderStartDoesNotBeginTheStreamOfTheNext) {
   constexpr std::size_t kLargeEnoughToBeInTime = 16 << 20;
   const Bytes unit = Nal(1, kLargeEnoughToBeInTime);
   int attempts = 100;
   while (!StartDuringACopyOf(unit)) ASSERT_GT(--attempts, 0);
-  EXPECT_EQ(PopVideoFrame(), nullptr) << "it is no unit that a stream may begin with";
+  EXPECT_EQ(PopVideoFrame(), nullptr) << "a stream must not begin with this unit";
   EXPECT_FALSE(Mp4VideoHasBegun());
 }
 

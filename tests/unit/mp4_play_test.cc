@@ -37,12 +37,12 @@ class Mp4PlayTest : public Mp4Tasks {
     PlayMp4({url, Address(), PlayerPort(&player_), reader_, downloading_, start_position_});
   }
 
-  // So much of a stream is in the restart file now.
+  // Extends the restart file to the first `size` bytes of a stream.
   static void Write(const Bytes& stream, std::size_t size) {
     const std::lock_guard lock(g_mp4FileLock);
     const auto end = stream.begin() + static_cast<std::ptrdiff_t>(size);
     const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(g_mp4File->ranges.First().end);
-    AppendToLocalFile("restart.mp4", {begin, end});  // as the download does, which cuts nothing off
+    AppendToLocalFile("restart.mp4", {begin, end});  // like the download, truncates nothing
     g_mp4File->ranges.Add(0, size);
     ++g_mp4File->revision;
   }
@@ -55,7 +55,7 @@ class Mp4PlayTest : public Mp4Tasks {
   std::shared_ptr<std::atomic<bool>> downloading_ = std::make_shared<std::atomic<bool>>(true);
 };
 
-TEST_F(Mp4PlayTest, PassIsMadeAfterTheEndOfTheDownload) {
+TEST_F(Mp4PlayTest, PassAfterTheEndOfTheDownloadReadsTheFile) {
   const auto movie = MakeMovie();
   const Bytes stream = BuildMp4(movie).bytes;
   Write(stream, stream.size());
@@ -65,7 +65,7 @@ TEST_F(Mp4PlayTest, PassIsMadeAfterTheEndOfTheDownload) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
 }
 
-TEST_F(Mp4PlayTest, PassesGoOnWhileTheFileGrows) {
+TEST_F(Mp4PlayTest, PassesContinueWhileTheFileGrows) {
   const auto movie = MakeMovie();
   const auto file = BuildMp4(movie);
   std::thread play([this] { Play(); });
@@ -80,14 +80,14 @@ TEST_F(Mp4PlayTest, PassesGoOnWhileTheFileGrows) {
   EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4PlayTest, NothingDownloadedIsNoVideo) {
+TEST_F(Mp4PlayTest, EmptyDownloadHasNoVideo) {
   *downloading_ = false;
   Play();
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 NO:http://host/a.mp4"));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:http://host/a.mp4"));
 }
 
-TEST_F(Mp4PlayTest, BytesThatArriveInTheMiddleOfAPassArePlayedBeforeTheVerdict) {
+TEST_F(Mp4PlayTest, BytesReceivedDuringAPassArePlayedBeforeTheVerdict) {
   const auto movie = MakeMovie();
   const auto file = BuildMp4(movie);
   Write(file.bytes, file.offsets[0][5]);
@@ -102,7 +102,7 @@ TEST_F(Mp4PlayTest, BytesThatArriveInTheMiddleOfAPassArePlayedBeforeTheVerdict) 
   EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4PlayTest, LooksForMoreEveryMillisecond) {
+TEST_F(Mp4PlayTest, ChecksForMoreBytesEveryMillisecond) {
   constexpr Clock::Duration kPace{1};
   const auto movie = MakeMovie();
   const Bytes stream = BuildMp4(movie).bytes;
@@ -113,14 +113,14 @@ TEST_F(Mp4PlayTest, LooksForMoreEveryMillisecond) {
   clock.Advance(kPace);
   EXPECT_TRUE(clock.AwaitWaiting(1));
   EXPECT_EQ(Pushed(), movie.tracks[0].samples.size());
-  EXPECT_THAT(player_.Snapshot().results, IsEmpty()) << "the download goes on";
+  EXPECT_THAT(player_.Snapshot().results, IsEmpty()) << "the download has not ended";
   *downloading_ = false;
   clock.Advance(kPace);
   play.join();
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
 }
 
-TEST_F(Mp4PlayTest, VerdictIsGivenAtAStopToo) {
+TEST_F(Mp4PlayTest, VerdictIsReportedAtAStopToo) {
   const auto file = BuildMp4(MakeMovie());
   Write(file.bytes, file.offsets[0][5]);
   std::thread play([this] { Play(); });
@@ -130,7 +130,7 @@ TEST_F(Mp4PlayTest, VerdictIsGivenAtAStopToo) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
 }
 
-TEST_F(Mp4PlayTest, OtherAddressEndsItWithoutAWord) {
+TEST_F(Mp4PlayTest, OtherAddressEndsTheTaskWithoutALine) {
   const auto file = BuildMp4(MakeMovie());
   Write(file.bytes, file.offsets[0][5]);
   std::thread play([this] { Play(); });
@@ -140,7 +140,7 @@ TEST_F(Mp4PlayTest, OtherAddressEndsItWithoutAWord) {
   EXPECT_THAT(player_.Snapshot().results, IsEmpty());
 }
 
-TEST_F(Mp4PlayTest, LocalFileIsReadWhereItLies) {
+TEST_F(Mp4PlayTest, LocalFileIsReadDirectly) {
   const auto movie = MakeMovie();
   const std::string url = "file://" + WriteLocalFile("local.mp4", BuildMp4(movie).bytes);
   *downloading_ = false;

@@ -22,7 +22,7 @@ DownloadedRanges Ranges(const std::vector<std::pair<std::uint64_t, std::uint64_t
   return ranges;
 }
 
-TEST(DownloadedRangesTest, NothingIsHeldByNone) {
+TEST(DownloadedRangesTest, EmptyRangesHoldNothing) {
   const DownloadedRanges ranges;
   EXPECT_THAT(ranges.All(), IsEmpty());
   EXPECT_FALSE(ranges.Hold(0, 0));
@@ -30,39 +30,39 @@ TEST(DownloadedRangesTest, NothingIsHeldByNone) {
   EXPECT_EQ(ranges.EndOfRangeAt(7), 7U);
 }
 
-TEST(DownloadedRangesTest, PiecesThatFollowEachOtherAreOneRange) {
+TEST(DownloadedRangesTest, AdjacentPiecesAreOneRange) {
   EXPECT_THAT(Ranges({{0, 10}, {10, 20}, {20, 21}}).All(), ElementsAre(Pair(0, 21)));
 }
 
-TEST(DownloadedRangesTest, RangeBehindAGapIsSeparateFromTheFirst) {
+TEST(DownloadedRangesTest, RangeAfterAGapIsSeparate) {
   EXPECT_THAT(Ranges({{0, 10}, {50, 60}}).All(), ElementsAre(Pair(0, 10), Pair(50, 60)));
 }
 
-TEST(DownloadedRangesTest, RangesThatMeetAreMergedIntoOne) {
+TEST(DownloadedRangesTest, RangesThatMeetAreMerged) {
   EXPECT_THAT(Ranges({{0, 10}, {50, 60}, {10, 50}}).All(), ElementsAre(Pair(0, 60)));
 }
 
-TEST(DownloadedRangesTest, FirstRangeThatGrowsOverSeveralTakesThemAll) {
+TEST(DownloadedRangesTest, FirstRangeThatGrowsOverSeveralIsMergedWithThem) {
   EXPECT_THAT(Ranges({{0, 10}, {20, 30}, {40, 50}, {90, 99}, {10, 45}}).All(),
               ElementsAre(Pair(0, 50), Pair(90, 99)));
 }
 
-TEST(DownloadedRangesTest, LaterRangeThatGrowsIsNotMergedWithItsOwnBeginning) {
+TEST(DownloadedRangesTest, ExtensionOfALaterRangeIsNotMergedWithIt) {
   EXPECT_THAT(Ranges({{0, 10}, {50, 60}, {60, 70}}).All(),
               ElementsAre(Pair(0, 10), Pair(50, 60), Pair(60, 70)));
 }
 
-TEST(DownloadedRangesTest, RangeThatBeginsNowhereYetIsNotMergedWithThoseBehindIt) {
+TEST(DownloadedRangesTest, RangeWithANewStartIsNotMergedWithLaterOnes) {
   EXPECT_THAT(Ranges({{0, 10}, {50, 60}, {40, 55}}).All(),
               ElementsAre(Pair(0, 10), Pair(40, 55), Pair(50, 60)));
 }
 
-TEST(DownloadedRangesTest, RangeWithAKnownBeginningTakesThoseBehindIt) {
+TEST(DownloadedRangesTest, RangeWithAKnownStartIsMergedWithLaterOnes) {
   EXPECT_THAT(Ranges({{0, 10}, {40, 45}, {50, 60}, {40, 55}}).All(),
               ElementsAre(Pair(0, 10), Pair(40, 60)));
 }
 
-TEST(DownloadedRangesTest, RangeInFrontOfAllIsNotMerged) {
+TEST(DownloadedRangesTest, RangeBeforeAllOthersIsNotMerged) {
   EXPECT_THAT(Ranges({{50, 60}, {0, 50}}).All(), ElementsAre(Pair(0, 50), Pair(50, 60)));
 }
 
@@ -81,7 +81,7 @@ TEST(DownloadedRangesTest, BytesAreHeldUpToTheEndOfARange) {
   EXPECT_FALSE(ranges.Hold(9, 50));
 }
 
-TEST(DownloadedRangesTest, SampleStraddlingTheEndOfTheFirstRangeIsNotThereUntilItGrows) {
+TEST(DownloadedRangesTest, SampleAcrossTheEndOfTheFirstRangeIsNotHeldUntilTheRangeGrows) {
   DownloadedRanges ranges = Ranges({{0, 10}});
   EXPECT_FALSE(ranges.First().Holds(8, 4));
   ranges.Add(10, 11);
@@ -90,27 +90,27 @@ TEST(DownloadedRangesTest, SampleStraddlingTheEndOfTheFirstRangeIsNotThereUntilI
   EXPECT_TRUE(ranges.First().Holds(8, 4));
 }
 
-TEST(DownloadedRangesTest, SampleInsideTheSecondRangeIsJudgedAgainstTheFirstOnly) {
+TEST(DownloadedRangesTest, SampleInsideTheSecondRangeIsNotHeldByTheFirst) {
   const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
   EXPECT_TRUE(ranges.Hold(52, 3));
   EXPECT_FALSE(ranges.First().Holds(52, 3));
 }
 
-TEST(DownloadedRangesTest, SampleInFrontOfTheFirstRangeIsNotThere) {
+TEST(DownloadedRangesTest, SampleBeforeTheFirstRangeIsNotHeld) {
   EXPECT_FALSE(Ranges({{50, 60}}).First().Holds(49, 2));
   EXPECT_TRUE(Ranges({{50, 60}}).First().Holds(50, 2));
 }
 
-TEST(DownloadedRangesTest, OffsetInARangeMovesToItsEndOnceOnly) {
+TEST(DownloadedRangesTest, OffsetInARangeMovesToItsEndOnlyOnce) {
   const DownloadedRanges ranges = Ranges({{5, 10}, {20, 30}, {30, 40}});
   EXPECT_EQ(ranges.EndOfRangeAt(4), 4U);
   EXPECT_EQ(ranges.EndOfRangeAt(5), 10U);
   EXPECT_EQ(ranges.EndOfRangeAt(9), 10U);
   EXPECT_EQ(ranges.EndOfRangeAt(10), 10U);
-  EXPECT_EQ(ranges.EndOfRangeAt(25), 30U) << "the range that begins there is not looked at";
+  EXPECT_EQ(ranges.EndOfRangeAt(25), 30U) << "the range that starts there is ignored";
 }
 
-TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsBound) {
+TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsLimit) {
   DownloadedRanges ranges;
   ranges.MarkLocalFile();
   EXPECT_THAT(ranges.All(), ElementsAre(Pair(0, 999'999'999)));
@@ -139,9 +139,9 @@ TEST(DownloadedRangesTest, ClearedRangesHoldNothing) {
   EXPECT_TRUE(ranges.Hold(2, 3));
 }
 
-// As a download after a seek adds them; so many that a look at every range would take half a
-// minute.
-TEST(DownloadedRangesTest, PiecesBehindAGapAreRangesOfTheirOwn) {
+// A download after a seek adds such ranges. There are so many that checking every range would take
+// half a minute.
+TEST(DownloadedRangesTest, PiecesAfterAGapAreSeparateRanges) {
   constexpr std::uint64_t kPiece = 10;
   constexpr std::uint64_t kPieces = 100'000;
   DownloadedRanges ranges = Ranges({{0, kPiece}});
@@ -153,7 +153,7 @@ TEST(DownloadedRangesTest, PiecesBehindAGapAreRangesOfTheirOwn) {
   EXPECT_TRUE(ranges.Hold(kPieces / 2 * kPiece, kPiece));
 }
 
-// The rules as they are told, over a plain list that is sorted by start.
+// A reference model: the same rules over a list sorted by start.
 class PlainRanges {
  public:
   void Add(std::uint64_t old, std::uint64_t new_end) {
@@ -210,7 +210,7 @@ class PlainRanges {
   std::vector<std::pair<std::uint64_t, std::uint64_t>> list_;
 };
 
-constexpr std::uint64_t kSpace = 100;  // offsets of the random ranges
+constexpr std::uint64_t kSpace = 100;  // limit of the random offsets
 
 void ExpectSameAnswers(const DownloadedRanges& ranges, const PlainRanges& plain) {
   ASSERT_TRUE(std::equal(
@@ -225,7 +225,7 @@ void ExpectSameAnswers(const DownloadedRanges& ranges, const PlainRanges& plain)
   }
 }
 
-TEST(DownloadedRangesTest, RandomRangesGiveWhatAPlainModelGives) {
+TEST(DownloadedRangesTest, RandomRangesMatchTheReferenceModel) {
   for (unsigned seed = 0; seed < 500; ++seed) {
     SCOPED_TRACE(seed);
     std::minstd_rand random(seed + 1);
@@ -241,8 +241,8 @@ TEST(DownloadedRangesTest, RandomRangesGiveWhatAPlainModelGives) {
   }
 }
 
-// As the download adds them: bytes that are held already are not added again.
-TEST(DownloadedRangesTest, RangesCoverWhatWasWrittenAndNothingElse) {
+// Like the download, does not add bytes that are already held.
+TEST(DownloadedRangesTest, RangesCoverExactlyTheWrittenBytes) {
   for (unsigned seed = 0; seed < 500; ++seed) {
     std::minstd_rand random(seed + 1);
     DownloadedRanges ranges;

@@ -37,7 +37,7 @@ using mp4_test::WithAdtsHeader;
 constexpr std::uint64_t kTimeMs = 120;
 constexpr std::uint64_t kStartMs = 80;
 
-// How often the parser checks for queue space.
+// The interval at which the parser checks for queue space.
 constexpr Clock::Duration kPace{1};
 
 class Mp4SampleTest : public testing::Test {
@@ -48,7 +48,7 @@ class Mp4SampleTest : public testing::Test {
   }
   ~Mp4SampleTest() override { g_mp4Running = false; }
 
-  // A block that ends where the bytes do, as the library gives it.
+  // A block that ends with its last byte, as the library returns it.
   static Mp4Sample SampleOf(const Bytes& bytes) {
     Mp4Sample sample;
     sample.bytes.reset(static_cast<std::uint8_t*>(std::malloc(bytes.size())));
@@ -70,22 +70,22 @@ class Mp4SampleTest : public testing::Test {
     return payloads;
   }
 
-  // The stream has begun, and what it began with is delivered.
+  // Begins the stream and removes its first frame.
   static void Begin() { ASSERT_EQ(Emit(Lengthened({Nal(5)})).size(), 1U); }
 };
 
-TEST_F(Mp4SampleTest, ParameterSetsStandInFrontOfTheFirstUnitOnly) {
+TEST_F(Mp4SampleTest, ParameterSetsPrecedeOnlyTheFirstUnit) {
   EXPECT_EQ(
       Emit(Lengthened({Nal(5, 9), Nal(5, 8)})),
       (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(5, 9))}), StartCoded(Nal(5, 8))}));
   EXPECT_EQ(Emit(Lengthened({Nal(5, 7)})), std::vector<Bytes>{StartCoded(Nal(5, 7))});
 }
 
-TEST_F(Mp4SampleTest, FirstUnitStandsAloneWhereNoParameterSetsAreKnown) {
+TEST_F(Mp4SampleTest, FirstUnitStandsAloneWithoutParameterSets) {
   EXPECT_EQ(Emit(Lengthened({Nal(5)}), {}), std::vector<Bytes>{StartCoded(Nal(5))});
 }
 
-TEST_F(Mp4SampleTest, ParameterSetThatIsMissingLeavesNoStartCode) {
+TEST_F(Mp4SampleTest, MissingParameterSetLeavesNoStartCode) {
   EXPECT_EQ(Emit(Lengthened({Nal(5)}), {{}, kPps}),
             std::vector<Bytes>{Join({StartCoded(kPps), StartCoded(Nal(5))})});
   ResetFrameQueues();
@@ -93,7 +93,7 @@ TEST_F(Mp4SampleTest, ParameterSetThatIsMissingLeavesNoStartCode) {
             std::vector<Bytes>{Join({StartCoded(kSps), StartCoded(Nal(5))})});
 }
 
-TEST_F(Mp4SampleTest, StreamBeginsWithAnIdrSliceSeiOrSpsAndNothingElse) {
+TEST_F(Mp4SampleTest, StreamBeginsOnlyWithAnIdrSliceSeiOrSps) {
   for (unsigned type = 0; type < 32; ++type) {
     ResetFrameQueues();
     const bool begins = type >= 5 && type <= 7;
@@ -102,26 +102,26 @@ TEST_F(Mp4SampleTest, StreamBeginsWithAnIdrSliceSeiOrSpsAndNothingElse) {
   }
 }
 
-TEST_F(Mp4SampleTest, UnitsInFrontOfTheFirstAreDroppedAndThoseBehindItAreNot) {
+TEST_F(Mp4SampleTest, OnlyUnitsBeforeTheFirstAreDropped) {
   EXPECT_EQ(Emit(Lengthened({Nal(9), Nal(1), Nal(6), Nal(1, 5), Nal(5, 6)})),
             (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(6))}), StartCoded(Nal(1, 5)),
                                 StartCoded(Nal(5, 6))}));
 }
 
-TEST_F(Mp4SampleTest, UnitsOfEveryTypeComeOnceTheStreamHasBegun) {
+TEST_F(Mp4SampleTest, UnitsOfEveryTypeAreQueuedOnceTheStreamHasBegun) {
   Begin();
   for (unsigned type = 0; type < 32; ++type) {
     EXPECT_EQ(Emit(Lengthened({Nal(type)})), std::vector<Bytes>{StartCoded(Nal(type))});
   }
 }
 
-TEST_F(Mp4SampleTest, FirstUnitIsToldOnce) {
+TEST_F(Mp4SampleTest, FirstUnitIsReportedOnce) {
   EXPECT_FALSE(EmitMp4Video(SampleOf(Lengthened({Nal(1)})), {}));
   EXPECT_TRUE(EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(5)})), {}));
   EXPECT_FALSE(EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {}));
 }
 
-TEST_F(Mp4SampleTest, StreamHasBegunAlsoWhenAllOfItIsDelivered) {
+TEST_F(Mp4SampleTest, StreamHasBegunEvenIfAllFramesAreDelivered) {
   Begin();
   EXPECT_TRUE(Mp4VideoHasBegun());
   ResetFrameQueues();
@@ -130,7 +130,7 @@ TEST_F(Mp4SampleTest, StreamHasBegunAlsoWhenAllOfItIsDelivered) {
   EXPECT_FALSE(Mp4VideoHasBegun());
 }
 
-TEST_F(Mp4SampleTest, LengthThatReachesBehindTheSampleDropsTheRest) {
+TEST_F(Mp4SampleTest, LengthBeyondTheSampleDropsTheRest) {
   Begin();
   const Bytes good = Lengthened({Nal(1, 30)});
   const Bytes rest = Nal(1, 9);
@@ -142,12 +142,12 @@ TEST_F(Mp4SampleTest, LengthThatReachesBehindTheSampleDropsTheRest) {
   }
 }
 
-TEST_F(Mp4SampleTest, LengthThatEndsAtTheSampleIsRight) {
+TEST_F(Mp4SampleTest, LengthUpToTheEndOfTheSampleIsValid) {
   Begin();
   EXPECT_EQ(Emit(Join({U32(10), Nal(1, 9)})), std::vector<Bytes>{StartCoded(Nal(1, 9))});
 }
 
-TEST_F(Mp4SampleTest, BytesThatAreNoWholeLengthAreDropped) {
+TEST_F(Mp4SampleTest, IncompleteLengthIsDropped) {
   Begin();
   for (std::size_t left = 0; left < 4; ++left) {
     EXPECT_EQ(Emit(Join({Lengthened({Nal(1)}), Bytes(left)})).size(), 1U) << left;
@@ -155,19 +155,19 @@ TEST_F(Mp4SampleTest, BytesThatAreNoWholeLengthAreDropped) {
   }
 }
 
-TEST_F(Mp4SampleTest, UnitWithoutBytesIsAStartCodeAlone) {
+TEST_F(Mp4SampleTest, EmptyUnitYieldsABareStartCode) {
   Begin();
   EXPECT_EQ(Emit(Lengthened({{}, Nal(1), {}})),
             (std::vector<Bytes>{StartCoded({}), StartCoded(Nal(1)), StartCoded({})}));
 }
 
-TEST_F(Mp4SampleTest, UnitWithoutBytesDoesNotBeginTheStream) {
+TEST_F(Mp4SampleTest, EmptyUnitDoesNotBeginTheStream) {
   EXPECT_TRUE(Emit(Lengthened({{}, {}})).empty());
   EXPECT_EQ(Emit(Lengthened({{}, Nal(5)})).size(), 1U);
 }
 
-// Whatever the lengths say, nothing outside the block is read: the address sanitizer watches.
-TEST_F(Mp4SampleTest, EveryCutOfASampleIsSurvived) {
+// Whatever the lengths are, nothing outside the block is read. The address sanitizer checks this.
+TEST_F(Mp4SampleTest, EveryTruncationOfASampleIsHandled) {
   Begin();
   const Bytes whole = Lengthened({Nal(1, 6), Nal(1, 5)});
   for (std::size_t size = 0; size <= whole.size(); ++size) {
@@ -176,7 +176,7 @@ TEST_F(Mp4SampleTest, EveryCutOfASampleIsSurvived) {
   }
 }
 
-TEST_F(Mp4SampleTest, FramesCarryTheTimesOfTheirSample) {
+TEST_F(Mp4SampleTest, FramesHaveTheTimesOfTheirSample) {
   EmitMp4Video(SampleOf(Lengthened({Nal(6), Nal(5)})), {});
   EmitMp4Audio(SampleOf({1, 2, 3}), {});
   const FrameDump dump = TakeQueuedFrames();
@@ -192,7 +192,7 @@ TEST_F(Mp4SampleTest, FramesCarryTheTimesOfTheirSample) {
   EXPECT_FALSE(dump.audio[0].is_video);
 }
 
-TEST_F(Mp4SampleTest, RenderingOffsetBelongsToThePresentationTimeOnly) {
+TEST_F(Mp4SampleTest, RenderingOffsetAffectsOnlyThePresentationTime) {
   Mp4Sample sample = SampleOf(Lengthened({Nal(5)}));
   sample.rendering_offset = 40;
   EXPECT_EQ(sample.PresentationTime(), kTimeMs + 40);
@@ -218,7 +218,7 @@ TEST_F(Mp4SampleTest, PresentationTimeNeverWraps) {
   EXPECT_EQ(presented(kMost, 1), kMost);
 }
 
-TEST_F(Mp4SampleTest, AudioFrameStandsBehindItsAdtsHeader) {
+TEST_F(Mp4SampleTest, AudioFrameFollowsItsAdtsHeader) {
   for (const std::size_t size : {0U, 1U, 100U, 8184U}) {
     EmitMp4Audio(SampleOf(Filler(size, 3)), {4, 2});
     EXPECT_EQ(Payloads(TakeQueuedFrames().audio),
@@ -226,7 +226,7 @@ TEST_F(Mp4SampleTest, AudioFrameStandsBehindItsAdtsHeader) {
   }
 }
 
-TEST_F(Mp4SampleTest, AudioFrameThatIsTooLongForItsHeaderComesWholeWithItsLengthCut) {
+TEST_F(Mp4SampleTest, AudioFrameTooLongForItsHeaderIsCompleteAndItsLengthIsTruncated) {
   EmitMp4Audio(SampleOf(Filler(8185, 3)), {4, 2});
   const auto payloads = Payloads(TakeQueuedFrames().audio);
   ASSERT_EQ(payloads.size(), 1U);
@@ -234,26 +234,26 @@ TEST_F(Mp4SampleTest, AudioFrameThatIsTooLongForItsHeaderComesWholeWithItsLength
   EXPECT_EQ(payloads[0].size(), 8192U);
 }
 
-TEST_F(Mp4SampleTest, ChannelsBeyondWhatTheHeaderHoldsSpoilNothingElse) {
+TEST_F(Mp4SampleTest, ExcessChannelsChangeNoOtherField) {
   EmitMp4Audio(SampleOf({1}), {3, 0xFFFF});
   EXPECT_EQ(Payloads(TakeQueuedFrames().audio), std::vector<Bytes>{WithAdtsHeader({1}, 3, 7)});
 }
 
-// It is not read again after the stop.
-TEST_F(Mp4SampleTest, SampleThatWasReadBeforeAStopIsQueuedWhole) {
+// The sample would not be read again after the stop.
+TEST_F(Mp4SampleTest, SampleReadBeforeAStopIsQueuedWhole) {
   g_mp4Running = false;
   EXPECT_EQ(Emit(Lengthened({Nal(5), Nal(1)})).size(), 2U);
 }
 
-TEST_F(Mp4SampleTest, SampleOfVeryManyUnitsDoesNotHoldUpAStop) {
+TEST_F(Mp4SampleTest, SampleOfVeryManyUnitsDoesNotDelayAStop) {
   Bytes bytes = Lengthened({Nal(5)});
-  bytes.resize(bytes.size() + std::size_t{4} * 5000);  // units without a byte
+  bytes.resize(bytes.size() + std::size_t{4} * 5000);  // empty units
   EXPECT_EQ(Emit(bytes).size(), 5001U);
   g_mp4Running = false;
   EXPECT_EQ(Emit(bytes).size(), 4096U);
 }
 
-TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
+TEST_F(Mp4SampleTest, MissingQueuesAreCreated) {
   ReleaseFrameQueues();
   EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});
   EmitMp4Audio(SampleOf({1}), {});
@@ -262,7 +262,7 @@ TEST_F(Mp4SampleTest, QueuesAreMadeWhereThereAreNone) {
   EXPECT_EQ(dump.audio.size(), 1U);
 }
 
-TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAUnitThatMay) {
+TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAValidFirstUnit) {
   Begin();
   ClaimTooManyBytes();
   SimulatedClock clock;
@@ -278,11 +278,11 @@ TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAUnitThatMay) {
       (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(5))}), StartCoded(Nal(1, 7))}));
 }
 
-// --- Streams that make more frames than are taken ---
+// --- More frames than are delivered ---
 
 struct Backlog {
   const char* name;
-  std::uint32_t frames;  // the most that there may be
+  std::uint32_t frames;  // the limit, or 0 if the other limit is tested
   std::uint64_t bytes;
 };
 
@@ -309,7 +309,7 @@ class Mp4BacklogTest : public Mp4SampleTest, public testing::WithParamInterface<
   SimulatedClock clock_;
 };
 
-TEST_P(Mp4BacklogTest, HoldsTheNextFramesBackUntilThereIsRoom) {
+TEST_P(Mp4BacklogTest, WaitsForQueueSpace) {
   ClaimTooMuch();
   const std::future<void> emitted = Emit();
   ExpectToWait();
@@ -321,14 +321,14 @@ TEST_P(Mp4BacklogTest, HoldsTheNextFramesBackUntilThereIsRoom) {
   EXPECT_EQ(dump.video.size(), 1U);
 }
 
-TEST_P(Mp4BacklogTest, OfTheMostThatThereMayBeHoldsNothingBack) {
+TEST_P(Mp4BacklogTest, DoesNotWaitAtTheLimit) {
   ClaimBacklog(GetParam().frames, GetParam().bytes);
   EmitMp4Audio(SampleOf({1}), {});
   ClaimNothing();
   EXPECT_EQ(TakeQueuedFrames().audio.size(), 1U);
 }
 
-TEST_P(Mp4BacklogTest, DoesNotHoldUpTheStop) {
+TEST_P(Mp4BacklogTest, DoesNotDelayAStop) {
   ClaimTooMuch();
   const std::future<void> emitted = Emit();
   ExpectToWait();

@@ -1,4 +1,5 @@
-// Seeking in the track reader: where the tracks are put, and from where the file is wanted.
+// Seeking in the track reader: the next samples of the tracks, and the file offset to download
+// from.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -29,14 +30,15 @@ class Mp4SeekTest : public Mp4Tasks {
     path_ = WriteLocalFile("movie.mp4", file_.bytes);
   }
 
-  // Where the samples of that number begin: the file is wanted from the first of them.
+  // The file offset of the first of the samples with this number, from which the file must be
+  // downloaded.
   std::uint64_t Begin(std::size_t number) const {
     std::uint64_t begin = UINT64_MAX;
     for (const auto& of_track : file_.offsets) begin = std::min(begin, of_track[number]);
     return begin;
   }
 
-  // The frames of the rest of the movie, from the samples of that number on.
+  // The frames of the rest of the movie, starting with the samples of this number.
   std::string RestFrom(std::size_t number) const {
     return DumpText(ExpectedFrames(movie_, {number, number}));
   }
@@ -50,21 +52,21 @@ class Mp4SeekTest : public Mp4Tasks {
   std::string path_;
 };
 
-TEST_F(Mp4SeekTest, SeekInWhatWasReadGoesBack) {
+TEST_F(Mp4SeekTest, SeekWithinReadSamplesGoesBack) {
   Lay(MakeMovie());
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(0.8F, path_), Begin(20));
   EXPECT_EQ(Rest(), RestFrom(20));
 }
 
-TEST_F(Mp4SeekTest, SeekBehindWhatWasReadScansTheIndex) {
+TEST_F(Mp4SeekTest, SeekBeyondReadSamplesScansTheIndex) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   EXPECT_EQ(reader_.Seek(1.2F, path_), Begin(30));
   EXPECT_EQ(Rest(), RestFrom(30));
 }
 
-TEST_F(Mp4SeekTest, ScannedSamplesAreKnownAfterwards) {
+TEST_F(Mp4SeekTest, ScannedSamplesAreKnownLater) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Seek(1.2F, path_);
@@ -73,35 +75,35 @@ TEST_F(Mp4SeekTest, ScannedSamplesAreKnownAfterwards) {
   EXPECT_EQ(reader_.Seek(0, "no/such/file.mp4"), Begin(0));
 }
 
-TEST_F(Mp4SeekTest, PositionBetweenTwoSamplesMeansTheLaterOne) {
+TEST_F(Mp4SeekTest, PositionBetweenTwoSamplesSelectsTheLaterOne) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   EXPECT_EQ(reader_.Seek(1.201F, path_), Begin(31));
   EXPECT_EQ(reader_.Seek(0.041F, path_), Begin(2));
 }
 
-TEST_F(Mp4SeekTest, PositionBehindTheEndMeansTheLastSamples) {
+TEST_F(Mp4SeekTest, PositionAfterTheEndSelectsTheLastSamples) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   EXPECT_EQ(reader_.Seek(1000, path_), Begin(49));
   EXPECT_EQ(Rest(), RestFrom(49));
 }
 
-TEST_F(Mp4SeekTest, PositionBeforeTheBeginningMeansTheFirstSamples) {
+TEST_F(Mp4SeekTest, PositionBeforeTheStartSelectsTheFirstSamples) {
   Lay(MakeMovie());
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(-3, path_), Begin(0));
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
-TEST_F(Mp4SeekTest, PositionThatIsNoNumberEndsTheSearchAtTheLastSamples) {
+TEST_F(Mp4SeekTest, NanOrInfinitePositionSelectsTheLastSamples) {
   Lay(MakeMovie());
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(std::nanf(""), path_), Begin(49));
   EXPECT_EQ(reader_.Seek(std::numeric_limits<float>::infinity(), path_), Begin(49));
 }
 
-TEST_F(Mp4SeekTest, ForwardAndBackAndForwardAgain) {
+TEST_F(Mp4SeekTest, SeeksForwardAndBackAndForwardAgain) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(1)));
   for (const std::size_t number : {40U, 3U, 45U, 0U, 20U}) {
@@ -111,19 +113,19 @@ TEST_F(Mp4SeekTest, ForwardAndBackAndForwardAgain) {
   }
 }
 
-TEST_F(Mp4SeekTest, SeekWhileThereIsNoIndexLeavesTheBeginning) {
+TEST_F(Mp4SeekTest, SeekWithoutAnIndexStaysAtTheStart) {
   Lay(MakeMovie());
   EXPECT_EQ(reader_.Seek(1, "no/such/file.mp4"), 0U);
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
-TEST_F(Mp4SeekTest, SeekBeforeTheTracksAreFoundLeavesTheBeginning) {
+TEST_F(Mp4SeekTest, SeekBeforeTheTracksAreFoundStaysAtTheStart) {
   Lay(MakeMovie());
   EXPECT_EQ(reader_.Seek(1, path_), 0U);
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
-TEST_F(Mp4SeekTest, SeekBackInMidRunBringsTheAudioBackToo) {
+TEST_F(Mp4SeekTest, SeekBackInMidStreamMovesTheAudioBackToo) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Seek(1.2F, path_);
@@ -135,24 +137,24 @@ TEST_F(Mp4SeekTest, SeekBackInMidRunBringsTheAudioBackToo) {
   EXPECT_EQ(dump.audio.size(), 40U);
 }
 
-// Of such a track no time is recorded yet, so that its own first sample is where the search begins.
-TEST_F(Mp4SeekTest, SeekBeforeAnyAudioWasReadLosesNoSampleOfIt) {
+// For such a track no time is recorded yet, so the search starts at its first sample.
+TEST_F(Mp4SeekTest, SeekBeforeAnyAudioWasReadSkipsNoAudioSample) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(0)));
   EXPECT_EQ(reader_.Seek(0, path_), Begin(0));
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
-TEST_F(Mp4SeekTest, SeekInAFileThatIsGoneStaysWithinWhatWasRead) {
+TEST_F(Mp4SeekTest, SeekInAMissingFileStaysWithinKnownSamples) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Close();
-  // The samples of number 5 were met, and are not there yet.
+  // The times of the samples of number 5 are recorded, but their bytes are not received yet.
   EXPECT_EQ(reader_.Seek(1.2F, "no/such/file.mp4"), Begin(5));
   EXPECT_EQ(Rest(), RestFrom(5));
 }
 
-TEST_F(Mp4SeekTest, FileIsWantedFromTheTrackThatBeginsFirst) {
+TEST_F(Mp4SeekTest, OffsetIsThatOfTheTrackThatStartsFirst) {
   Movie movie = MakeMovie();
   movie.tracks[0].samples_a_chunk = 7;
   movie.tracks[1].samples_a_chunk = 25;
@@ -164,28 +166,28 @@ TEST_F(Mp4SeekTest, FileIsWantedFromTheTrackThatBeginsFirst) {
   }
 }
 
-TEST_F(Mp4SeekTest, FileWithoutAudioIsWantedFromItsBeginning) {
+TEST_F(Mp4SeekTest, OffsetIsZeroWithoutAudio) {
   Lay(MovieOf({VideoTrack()}));
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(0.8F, path_), 0U);
   EXPECT_EQ(Rest(), RestFrom(20));
 }
 
-TEST_F(Mp4SeekTest, FileWithoutVideoIsWantedFromItsBeginning) {
+TEST_F(Mp4SeekTest, OffsetIsZeroWithoutVideo) {
   Lay(MovieOf({AudioTrack()}));
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(0.8F, path_), 0U);
 }
 
-TEST_F(Mp4SeekTest, SampleThatWasMissingBeforeTheSeekIsNotWaitedForAfterwards) {
+TEST_F(Mp4SeekTest, SampleMissingBeforeTheSeekIsNotWaitedFor) {
   Lay(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Seek(0.08F, path_);
   EXPECT_THAT(Pass(Part(path_, Begin(5))).video, SizeIs(3));
 }
 
-// Endless claims of a small file: as many samples as a number holds, all of the same size and time.
-TEST_F(Mp4SeekTest, FileThatClaimsBillionsOfSamplesIsNotSearchedForEver) {
+// A small file that claims the largest possible number of samples, all of the same size and time.
+TEST_F(Mp4SeekTest, SearchAmongBillionsOfClaimedSamplesEnds) {
   Movie movie = MakeMovie({.samples = 2});
   for (auto& track : movie.tracks) {
     track.replaced["stts"] =
@@ -197,8 +199,8 @@ TEST_F(Mp4SeekTest, FileThatClaimsBillionsOfSamplesIsNotSearchedForEver) {
   }
   Lay(movie);
   Pass(Part(path_, file_.index_end));
-  // Each sample is of one byte, so that the offset shows how many were read: the audio from
-  // its first on, the video from the one behind that of the pass.
+  // Each sample has one byte, so the offset shows how many samples were searched. The search for
+  // audio starts at the first sample, the search for video at the sample after the pass.
   const std::uint64_t video = file_.offsets[0][0] + Mp4TimeIndex::kMaxPlaces;
   const std::uint64_t audio = file_.offsets[1][0] + Mp4TimeIndex::kMaxPlaces - 1;
   EXPECT_EQ(reader_.Seek(5, path_), std::min(video, audio));

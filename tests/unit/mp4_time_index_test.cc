@@ -24,32 +24,30 @@ void ExpectFound(const std::optional<Mp4TimeIndex::Found>& found, MP4SampleId id
   EXPECT_EQ(found->reaches_target, reaches_target);
 }
 
-TEST(Mp4TimeIndexTest, NothingIsFoundWhileItIsEmpty) {
-  EXPECT_FALSE(Mp4TimeIndex().Find(0).has_value());
-}
+TEST(Mp4TimeIndexTest, EmptyIndexFindsNothing) { EXPECT_FALSE(Mp4TimeIndex().Find(0).has_value()); }
 
-TEST(Mp4TimeIndexTest, SampleAtTheVeryTimeIsFound) {
+TEST(Mp4TimeIndexTest, SampleAtTheExactTimeIsFound) {
   ExpectFound(ThreeSamples().Find(40), 2, 200, true);
 }
 
-TEST(Mp4TimeIndexTest, SampleBehindTheTimeIsFoundWhereNoneIsAtIt) {
+TEST(Mp4TimeIndexTest, NextSampleIsFoundIfNoneIsAtTheTime) {
   ExpectFound(ThreeSamples().Find(41), 3, 300, true);
   ExpectFound(ThreeSamples().Find(0.5F), 2, 200, true);
 }
 
-TEST(Mp4TimeIndexTest, TimeBeforeAllFindsTheFirst) {
+TEST(Mp4TimeIndexTest, TimeBeforeAllSamplesFindsTheFirst) {
   ExpectFound(ThreeSamples().Find(-1000), 1, 100, true);
 }
 
-TEST(Mp4TimeIndexTest, TimeBehindAllFindsTheLastWhichDoesNotReachIt) {
+TEST(Mp4TimeIndexTest, TimeAfterAllSamplesFindsTheLastWithoutReachingIt) {
   ExpectFound(ThreeSamples().Find(80.5F), 3, 300, false);
 }
 
-TEST(Mp4TimeIndexTest, TimeThatIsNoNumberFindsTheLast) {
+TEST(Mp4TimeIndexTest, NanFindsTheLast) {
   ExpectFound(ThreeSamples().Find(std::nanf("")), 3, 300, false);
 }
 
-TEST(Mp4TimeIndexTest, SampleOfTheSameTimeReplacesTheOneBefore) {
+TEST(Mp4TimeIndexTest, SampleOfTheSameTimeReplacesTheEarlierOne) {
   Mp4TimeIndex index = ThreeSamples();
   index.Record(40, {7, 700});
   ExpectFound(index.Find(40), 7, 700, true);
@@ -70,7 +68,7 @@ TEST(Mp4TimeIndexTest, LargestTimeIsFoundToo) {
   ExpectFound(index.Find(1e18F), 9, 900, true);
 }
 
-TEST(Mp4TimeIndexTest, NoMoreSamplesAreRecordedThanItHasRoomFor) {
+TEST(Mp4TimeIndexTest, SamplesAboveTheCapacityAreNotRecorded) {
   Mp4TimeIndex index;
   for (std::uint32_t i = 0; i < Mp4TimeIndex::kMaxPlaces + 10; ++i) index.Record(i, {i + 1, i});
   constexpr std::uint32_t kLast = Mp4TimeIndex::kMaxPlaces - 1;

@@ -45,7 +45,7 @@ constexpr char kH264Line[] = "PLAY MP4 H264:http://host/a.mp4";
 
 class Mp4TrackReaderTest : public Mp4Tasks {
  protected:
-  // A movie as it lies in a file.
+  // A movie in a file.
   struct Laid {
     mp4_boxes::File file;
     std::string path;
@@ -59,7 +59,7 @@ class Mp4TrackReaderTest : public Mp4Tasks {
     return {std::move(file), std::move(path)};
   }
 
-  // The file as far as it has come, and nothing else known to be there.
+  // Truncates the file to its first `end` bytes, which are also all that is known to be received.
   Mp4TrackReader::Source UpTo(const Laid& laid, std::uint64_t end) {
     const auto size = static_cast<std::ptrdiff_t>(end);
     WriteLocalFile("movie.mp4", {laid.file.bytes.begin(), laid.file.bytes.begin() + size});
@@ -69,12 +69,12 @@ class Mp4TrackReaderTest : public Mp4Tasks {
   RecordingPlayer::Record Told() const { return player_.Snapshot(); }
 };
 
-TEST_F(Mp4TrackReaderTest, WholeFileComesInOnePass) {
+TEST_F(Mp4TrackReaderTest, WholeFileIsReadInOnePass) {
   const Movie movie = MakeMovie({.samples = 30, .key_interval = 10});
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4TrackReaderTest, DurationThenCodecThenBufferedTimesAreTold) {
+TEST_F(Mp4TrackReaderTest, DurationCodecAndBufferedTimesAreReportedInThisOrder) {
   Movie movie = MakeMovie({.samples = 3});
   movie.tracks[0].samples[1].composition = 80;
   movie.duration = 1234;
@@ -84,7 +84,7 @@ TEST_F(Mp4TrackReaderTest, DurationThenCodecThenBufferedTimesAreTold) {
   EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.12F, 0.08F));
 }
 
-TEST_F(Mp4TrackReaderTest, SecondPassFindsNothingOfTheFirstAgain) {
+TEST_F(Mp4TrackReaderTest, SecondPassRepeatsNothing) {
   const Movie movie = MakeMovie();
   PassOver(movie);
   player_.Forget();
@@ -93,7 +93,7 @@ TEST_F(Mp4TrackReaderTest, SecondPassFindsNothingOfTheFirstAgain) {
   EXPECT_THAT(Told().durations, IsEmpty());
 }
 
-TEST_F(Mp4TrackReaderTest, FirstVideoSamplesThatAreNotIdrAreDroppedUpToTheFirstUnitThatBegins) {
+TEST_F(Mp4TrackReaderTest, VideoUnitsBeforeTheFirstIdrUnitAreDropped) {
   Movie movie = MakeMovie({.samples = 4, .key_interval = 100});
   movie.tracks[0].samples[0].data = Lengthened({Nal(1, 8, 1)});
   movie.tracks[0].samples[1].data = Lengthened({Nal(9, 2), Nal(1, 8, 2)});
@@ -104,20 +104,20 @@ TEST_F(Mp4TrackReaderTest, FirstVideoSamplesThatAreNotIdrAreDroppedUpToTheFirstU
   EXPECT_EQ(dump.video[1].payload, StartCoded(Nal(1, 8, 5)));
   EXPECT_EQ(dump.video[0].pts, 80U * 90);
   EXPECT_EQ(DumpText(dump), DumpText(ExpectedFrames(movie)));
-  EXPECT_THAT(dump.audio, SizeIs(2)) << "what came before the video is dropped";
+  EXPECT_THAT(dump.audio, SizeIs(2)) << "audio before the video is dropped";
 }
 
-TEST_F(Mp4TrackReaderTest, AudioEarlierThanTheKeyFrameOfItsPassIsDropped) {
+TEST_F(Mp4TrackReaderTest, AudioBeforeTheKeyFrameOfItsPassIsDropped) {
   Movie movie = MakeMovie({.samples = 6});
   for (std::size_t i = 0; i < 6; ++i) movie.tracks[1].samples[i].duration = 48 * 20;
   movie.tracks[0].samples[0].data = Lengthened({Nal(1)});
-  // The video begins at 40 ms, in the same turn as the audio of 20 ms.
+  // The video begins at 40 ms, in the same turn as the audio sample at 20 ms.
   const FrameDump dump = PassOver(movie);
   ASSERT_THAT(dump.audio, SizeIs(4));
   EXPECT_EQ(dump.audio.front().pts, 40U * 90);
 }
 
-TEST_F(Mp4TrackReaderTest, AudioEarlierThanTheKeyFrameOfAnEarlierPassIsDroppedToo) {
+TEST_F(Mp4TrackReaderTest, AudioBeforeTheKeyFrameOfAnEarlierPassIsDroppedToo) {
   Movie movie = MakeMovie({.samples = 4});
   for (auto& sample : movie.tracks[1].samples) sample.duration = 48 * 20;
   movie.tracks[0].samples[0].data = Lengthened({Nal(1)});
@@ -128,7 +128,7 @@ TEST_F(Mp4TrackReaderTest, AudioEarlierThanTheKeyFrameOfAnEarlierPassIsDroppedTo
   EXPECT_EQ(audio.front().pts, 40U * 90);
 }
 
-TEST_F(Mp4TrackReaderTest, KeyFrameOfTheStartBeforeHoldsNoAudioBack) {
+TEST_F(Mp4TrackReaderTest, KeyFrameOfAnEarlierStartDropsNoAudio) {
   const Movie movie = MakeMovie({.samples = 10});
   const Laid laid = Lay(movie);
   reader_.RunPass(Part(laid.path, laid.Video(1)));
@@ -140,8 +140,8 @@ TEST_F(Mp4TrackReaderTest, KeyFrameOfTheStartBeforeHoldsNoAudioBack) {
   EXPECT_THAT(Pass(Whole(laid.path)).audio, SizeIs(10));
 }
 
-// Audio lies in front of the video that it belongs to.
-TEST_F(Mp4TrackReaderTest, AudioIsNotReadAheadOfAVideoThatIsStillToCome) {
+// In the file the audio precedes its video.
+TEST_F(Mp4TrackReaderTest, AudioIsNotReadBeforeItsVideo) {
   const Movie movie = MovieOf({AudioTrack({.samples = 5}), VideoTrack({.samples = 5})});
   const Laid laid = Lay(movie);
   EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.offsets[1][0]))), "");
@@ -150,20 +150,20 @@ TEST_F(Mp4TrackReaderTest, AudioIsNotReadAheadOfAVideoThatIsStillToCome) {
   EXPECT_THAT(dump.audio, SizeIs(5));
 }
 
-TEST_F(Mp4TrackReaderTest, AacTrackOf44100HzGivesIndexFour) {
+TEST_F(Mp4TrackReaderTest, AacTrackOf44100HzHasIndexFour) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[1] = AudioTrack({.samples = 1}, 44100);
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 2));
 }
 
-TEST_F(Mp4TrackReaderTest, SbrTrackOf88200HzGivesIndexFourToo) {
+TEST_F(Mp4TrackReaderTest, SbrTrackOf88200HzHasIndexFourToo) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[1] = AudioTrack({.samples = 1}, 88200);
   movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0x2B, 0x91, 0x88, 0x00}));
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 2));
 }
 
-TEST_F(Mp4TrackReaderTest, PsTrackOf88200HzGivesIndexFourToo) {
+TEST_F(Mp4TrackReaderTest, PsTrackOf88200HzHasIndexFourToo) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[1] = AudioTrack({.samples = 1}, 88200);
   movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0xEA, 0x09, 0x88, 0x00}));
@@ -176,7 +176,7 @@ TEST_F(Mp4TrackReaderTest, TrackOf96000HzKeepsIndexZero) {
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 0, 2));
 }
 
-TEST_F(Mp4TrackReaderTest, RateThatIsNotMappedKeepsTheIndexOfTheFileBefore) {
+TEST_F(Mp4TrackReaderTest, UnmappedRateKeepsTheIndexOfThePreviousFile) {
   Movie movie = MakeMovie({.samples = 1});
   PassOver(movie);
   movie.tracks[1] = AudioTrack({.samples = 1}, 96000);
@@ -190,13 +190,13 @@ TEST_F(Mp4TrackReaderTest, ChannelsAreThoseOfTheTrack) {
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 3, 6));
 }
 
-TEST_F(Mp4TrackReaderTest, SamplesBeforeTheStartPositionAreReadAndToldButNotQueued) {
+TEST_F(Mp4TrackReaderTest, SamplesBeforeTheStartPositionAreReadAndReportedButNotQueued) {
   const Movie movie = MakeMovie({.samples = 260});  // 10.4 s
   const Mp4TrackReader::Source source = Whole(Lay(movie).path);
   start_position_ = 10;
   EXPECT_EQ(DumpText(Pass(source)), DumpText(ExpectedFrames(movie, {.start_ms = 10'000})));
   EXPECT_THAT(Told().buffered_times, SizeIs(260));
-  EXPECT_EQ(DumpText(Pass(Whole(source.path))), "") << "their numbers have advanced";
+  EXPECT_EQ(DumpText(Pass(Whole(source.path))), "") << "the samples were read again";
 }
 
 TEST_F(Mp4TrackReaderTest, RenderingOffsetCountsForTheStartPosition) {
@@ -210,7 +210,7 @@ TEST_F(Mp4TrackReaderTest, RenderingOffsetCountsForTheStartPosition) {
   EXPECT_EQ(dump.audio[0].pts, 80U * 90);
 }
 
-// Both versions of the table: many programs write negative offsets into either.
+// Both versions of the table, since many programs write negative offsets into either.
 Movie WithOffsets(unsigned version, const std::vector<std::int32_t>& offsets) {
   Movie movie = MakeMovie({.samples = offsets.size()});
   movie.tracks[0].composition_version = version;
@@ -228,7 +228,7 @@ TEST_F(Mp4TrackReaderTest, NegativeOffsetsAreReportedAsEarlierTimes) {
   }
 }
 
-TEST_F(Mp4TrackReaderTest, TimeBeforeTheBeginningIsReportedAsZero) {
+TEST_F(Mp4TrackReaderTest, TimeBelowZeroIsReportedAsZero) {
   for (const unsigned version : {0U, 1U}) {
     StartAnother();
     player_.Forget();
@@ -249,15 +249,15 @@ TEST_F(Mp4TrackReaderTest, NegativeOffsetCountsForTheStartPosition) {
   }
 }
 
-TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFirstRangeWaitsUntilItGrowsPastIt) {
+TEST_F(Mp4TrackReaderTest, SampleAcrossTheEndOfTheFirstRangeWaitsUntilTheRangeGrows) {
   const Laid laid = Lay(MakeMovie({.samples = 3}));
-  const std::uint64_t end = laid.Audio(1);  // where the second video sample ends
+  const std::uint64_t end = laid.Audio(1);  // the end of the second video sample
   EXPECT_THAT(Pass(Part(laid.path, end - 1)).video, SizeIs(1));
   EXPECT_THAT(Pass(Part(laid.path, end - 1)).video, IsEmpty());
   EXPECT_THAT(Pass(Part(laid.path, end)).video, SizeIs(1));
 }
 
-TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFileWaitsUntilItGrowsPastIt) {
+TEST_F(Mp4TrackReaderTest, SampleAcrossTheEndOfTheFileWaitsUntilTheFileGrows) {
   const Laid laid = Lay(MakeMovie({.samples = 3}));
   const std::uint64_t end = laid.Audio(1);
   EXPECT_THAT(Pass(UpTo(laid, end - 1)).video, SizeIs(1));
@@ -265,7 +265,7 @@ TEST_F(Mp4TrackReaderTest, SampleStraddlingTheEndOfTheFileWaitsUntilItGrowsPastI
   EXPECT_THAT(Pass(UpTo(laid, end)).video, IsEmpty());
 }
 
-TEST_F(Mp4TrackReaderTest, SampleWithoutBytesIsThereAtTheEndOfTheRange) {
+TEST_F(Mp4TrackReaderTest, EmptySampleIsAvailableAtTheEndOfTheRange) {
   Movie movie = MovieOf({VideoTrack({.samples = 3})});
   movie.tracks[0].samples[1].data.clear();
   const Laid laid = Lay(movie);
@@ -289,8 +289,8 @@ TEST_F(Mp4TrackReaderTest, SamplesBeforeTheFirstRangeStayUnavailable) {
               IsEmpty());
 }
 
-// However the download is cut into passes, the frames are the same.
-TEST_F(Mp4TrackReaderTest, GrowingFileGivesTheSameFramesInAnySteps) {
+// The frames do not depend on how the download is divided into passes.
+TEST_F(Mp4TrackReaderTest, GrowingFileYieldsTheSameFramesInAnySteps) {
   const Movie movie = MakeMovie({.samples = 20, .key_interval = 5});
   const Laid laid = Lay(movie);
   for (const std::size_t step : {13U, 50U, 97U, 1000U}) {
@@ -304,7 +304,7 @@ TEST_F(Mp4TrackReaderTest, GrowingFileGivesTheSameFramesInAnySteps) {
   }
 }
 
-TEST_F(Mp4TrackReaderTest, IndexThatIsNotWholeIsNoIndexYet) {
+TEST_F(Mp4TrackReaderTest, IncompleteIndexIsIgnored) {
   const Movie movie = MakeMovie({.samples = 5});
   const Laid laid = Lay(movie);
   EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_end - 1))), "");
@@ -313,7 +313,7 @@ TEST_F(Mp4TrackReaderTest, IndexThatIsNotWholeIsNoIndexYet) {
   EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.bytes.size()))), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4TrackReaderTest, IndexBehindTheDataPlaysOnceItHasCome) {
+TEST_F(Mp4TrackReaderTest, IndexAfterTheDataIsReadOnceReceived) {
   Movie movie = MakeMovie({.samples = 5});
   movie.index_first = false;
   const Laid laid = Lay(movie);
@@ -321,24 +321,25 @@ TEST_F(Mp4TrackReaderTest, IndexBehindTheDataPlaysOnceItHasCome) {
   EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_end))), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4TrackReaderTest, MissingFileAndEmptyFileGiveNothing) {
+TEST_F(Mp4TrackReaderTest, MissingFileAndEmptyFileYieldNothing) {
   EXPECT_EQ(DumpText(Pass(Whole("no/such/file.mp4"))), "");
   EXPECT_EQ(DumpText(Pass(Whole(WriteLocalFile("movie.mp4", {})))), "");
   EXPECT_THAT(Told().messages, IsEmpty());
 }
 
-TEST_F(Mp4TrackReaderTest, SampleWhoseBytesAreNotInTheFileDoesNotStarveTheOtherTrack) {
+TEST_F(Mp4TrackReaderTest, SampleMissingInTheFileDoesNotBlockTheOtherTrack) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].samples_a_chunk = 3;
-  movie.tracks[1].samples_a_chunk = 5;  // v0 v1 v2 a0 ... a4 v3 v4
+  movie.tracks[1].samples_a_chunk = 5;  // file order: v0 v1 v2 a0 ... a4 v3 v4
   Laid laid = Lay(movie);
   UpTo(laid, laid.Video(3) + 1);
-  const FrameDump dump = Pass(Whole(laid.path));  // the download tells more than the file holds
+  const FrameDump dump =
+      Pass(Whole(laid.path));  // the ranges claim more bytes than the file contains
   EXPECT_THAT(dump.video, SizeIs(3));
   EXPECT_THAT(dump.audio, SizeIs(5));
 }
 
-TEST_F(Mp4TrackReaderTest, VideoAloneComesAndTellsItsDurationInEveryPass) {
+TEST_F(Mp4TrackReaderTest, VideoAloneIsReadAndItsDurationIsReportedInEveryPass) {
   const Movie movie = MovieOf({VideoTrack({.samples = 5})});
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
   PassOver(movie);
@@ -353,13 +354,13 @@ TEST_F(Mp4TrackReaderTest, AudioAloneIsReadAndNeverQueued) {
   EXPECT_THAT(Told().buffered_times, IsEmpty());
 }
 
-TEST_F(Mp4TrackReaderTest, FileWithoutTracksTellsItsDurationOnly) {
+TEST_F(Mp4TrackReaderTest, FileWithoutTracksReportsOnlyItsDuration) {
   EXPECT_EQ(DumpText(PassOver(MovieOf({}))), "");
   EXPECT_THAT(Told().messages, IsEmpty());
   EXPECT_THAT(Told().durations, SizeIs(1));
 }
 
-TEST_F(Mp4TrackReaderTest, H265IsToldOnceAndRefusedInEveryPass) {
+TEST_F(Mp4TrackReaderTest, H265IsReportedOnceAndRefusedInEveryPass) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
   for (int pass = 0; pass < 3; ++pass) EXPECT_EQ(DumpText(PassOver(movie)), "");
@@ -367,14 +368,14 @@ TEST_F(Mp4TrackReaderTest, H265IsToldOnceAndRefusedInEveryPass) {
   EXPECT_THAT(Told().buffered_times, IsEmpty());
 }
 
-TEST_F(Mp4TrackReaderTest, OtherCodecsAreToldByTheNameOfTheirSampleEntry) {
+TEST_F(Mp4TrackReaderTest, OtherCodecsAreReportedByTheNameOfTheirSampleEntry) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].entry = VideoEntry("mp4v", {});
   EXPECT_EQ(DumpText(PassOver(movie)), "");
   EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
 }
 
-// A film of one video and one audio track, with a track in front of them that cannot be played.
+// `movie` with a track before its own tracks that cannot be played.
 Movie Behind(Track damaged, const Movie& movie) {
   Movie with = movie;
   damaged.id = 9;
@@ -427,7 +428,7 @@ TEST_F(Mp4TrackReaderTest, DamagedVideoTrackIsNotReported) {
   EXPECT_THAT(Told().durations, SizeIs(1));
 }
 
-TEST_F(Mp4TrackReaderTest, H265IsRefusedThoughAnH264TrackFollows) {
+TEST_F(Mp4TrackReaderTest, H265IsRefusedEvenIfAnH264TrackFollows) {
   const Movie movie = MakeMovie({.samples = 5});
   Track other = movie.tracks[0];
   other.entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
@@ -442,7 +443,7 @@ TEST_F(Mp4TrackReaderTest, PaddedIndexPlays) {
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4TrackReaderTest, TracksWhoseTypesAreInCapitalsPlay) {
+TEST_F(Mp4TrackReaderTest, TracksWithTypesInCapitalsPlay) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].handler = "ViDE";
   movie.tracks[1].handler = "SOUN";
@@ -459,7 +460,7 @@ TEST_F(Mp4TrackReaderTest, FirstOfTwoVideoTracksPlays) {
   EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
 }
 
-TEST_F(Mp4TrackReaderTest, TracksOfDifferentLengthsComeToTheirEnds) {
+TEST_F(Mp4TrackReaderTest, TracksOfDifferentLengthsAreReadToTheirEnds) {
   const FrameDump short_audio =
       PassOver(MovieOf({VideoTrack({.samples = 9}), AudioTrack({.samples = 4})}));
   EXPECT_THAT(short_audio.video, SizeIs(9));
@@ -471,7 +472,7 @@ TEST_F(Mp4TrackReaderTest, TracksOfDifferentLengthsComeToTheirEnds) {
   EXPECT_THAT(short_video.audio, SizeIs(9));
 }
 
-TEST_F(Mp4TrackReaderTest, LastParameterSetsOfTheListCount) {
+TEST_F(Mp4TrackReaderTest, LastParameterSetsOfTheListAreUsed) {
   const Bytes sps = {0x67, 9, 9};
   const Bytes pps = {0x68, 8};
   Movie movie = MakeMovie({.samples = 1});
@@ -491,7 +492,7 @@ TEST_F(Mp4TrackReaderTest, ParameterSetsOfTheNextFileReplaceThoseOfTheFirst) {
       << "the file has no picture parameter set of its own";
 }
 
-TEST_F(Mp4TrackReaderTest, FileAfterAResetPlaysFromItsBeginning) {
+TEST_F(Mp4TrackReaderTest, FileAfterAResetPlaysFromItsStart) {
   const Movie movie = MakeMovie({.samples = 5});
   PassOver(movie);
   StartAnother();
@@ -505,7 +506,7 @@ TEST_F(Mp4TrackReaderTest, PassEndsWhenThePipelineStops) {
   EXPECT_EQ(DumpText(PassOver(MakeMovie())), DumpText(ExpectedFrames(MakeMovie())));
 }
 
-TEST_F(Mp4TrackReaderTest, FileLetGoOfIsOpenedAgain) {
+TEST_F(Mp4TrackReaderTest, ClosedFileIsOpenedAgain) {
   const Movie movie = MakeMovie({.samples = 5});
   const Laid laid = Lay(movie);
   EXPECT_THAT(Pass(Part(laid.path, laid.Video(2))).video, SizeIs(2));
@@ -529,7 +530,7 @@ class Mp4PassUnderWayTest : public Mp4TrackReaderTest {
   Mp4TrackReader reader_{PlayerPort(&busy_)};
 };
 
-TEST_F(Mp4PassUnderWayTest, SecondPassBesideItIsNotMade) {
+TEST_F(Mp4PassUnderWayTest, SecondPassAtTheSameTimeIsRefused) {
   const Movie movie = MakeMovie({.samples = 5});
   const auto source = Whole(Lay(movie).path);
   bool is_made = true;
@@ -537,10 +538,10 @@ TEST_F(Mp4PassUnderWayTest, SecondPassBesideItIsNotMade) {
   EXPECT_TRUE(reader_.RunPass(source));
   EXPECT_FALSE(is_made);
   EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
-  EXPECT_TRUE(reader_.RunPass(source)) << "the next one is";
+  EXPECT_TRUE(reader_.RunPass(source)) << "a later pass is not refused";
 }
 
-TEST_F(Mp4PassUnderWayTest, SeekInTheMiddleOfItGoesOnFromThere) {
+TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
   const Laid laid = Lay(MakeMovie({.samples = 50}));
   const auto source = Whole(laid.path);
   reader_.RunPass(Part(laid.path, laid.Video(0)));
@@ -548,18 +549,18 @@ TEST_F(Mp4PassUnderWayTest, SeekInTheMiddleOfItGoesOnFromThere) {
   reader_.RunPass(source);
   EXPECT_TRUE(reader_.MayFindMore(source));
   const auto video = TakeQueuedFrames().video;
-  ASSERT_THAT(video, SizeIs(21)) << "the sample that was in hand, and those from 30 on";
+  ASSERT_THAT(video, SizeIs(21)) << "the current sample, and those from 30 on";
   EXPECT_EQ(video[1].pts, 1200U * 90);
 }
 
-TEST_F(Mp4PassUnderWayTest, OtherAddressInTheMiddleOfItEndsIt) {
+TEST_F(Mp4PassUnderWayTest, OtherAddressEndsThePass) {
   const auto source = Whole(Lay(MakeMovie()).path);
   busy_.once = [&] { reader_.Reset(1); };
   reader_.RunPass(source);
-  EXPECT_THAT(TakeQueuedFrames().video, SizeIs(1)) << "the sample that was in hand";
+  EXPECT_THAT(TakeQueuedFrames().video, SizeIs(1)) << "the current sample";
 }
 
-TEST_F(Mp4PassUnderWayTest, StopInTheMiddleOfItEndsItBehindTheSampleInHand) {
+TEST_F(Mp4PassUnderWayTest, StopEndsThePassAfterTheCurrentSample) {
   const auto source = Whole(Lay(MakeMovie()).path);
   busy_.once = [] { g_mp4Running = false; };
   reader_.RunPass(source);
@@ -568,7 +569,7 @@ TEST_F(Mp4PassUnderWayTest, StopInTheMiddleOfItEndsItBehindTheSampleInHand) {
   EXPECT_THAT(dump.audio, IsEmpty());
 }
 
-// --- Whether a pass is worth its while ---
+// --- Whether another pass may find more ---
 
 class Mp4MayFindMoreTest : public Mp4TrackReaderTest {
  protected:
@@ -577,16 +578,16 @@ class Mp4MayFindMoreTest : public Mp4TrackReaderTest {
   }
 };
 
-TEST_F(Mp4MayFindMoreTest, FirstPassMay) { EXPECT_TRUE(MayFindMore(Part("any.mp4", 0))); }
+TEST_F(Mp4MayFindMoreTest, TrueForTheFirstPass) { EXPECT_TRUE(MayFindMore(Part("any.mp4", 0))); }
 
-TEST_F(Mp4MayFindMoreTest, PassOverTheSameBytesMayNot) {
+TEST_F(Mp4MayFindMoreTest, FalseForTheSameBytes) {
   const Laid laid = Lay(MakeMovie());
   const auto source = Part(laid.path, laid.Video(3));
   Pass(source);
   EXPECT_FALSE(MayFindMore(source));
 }
 
-TEST_F(Mp4MayFindMoreTest, AnyNewBytesMayCompleteTheIndex) {
+TEST_F(Mp4MayFindMoreTest, TrueForNewBytesOfAnIncompleteIndex) {
   const Laid laid = Lay(MakeMovie());
   const auto source = UpTo(laid, laid.file.index_end - 5);
   Pass(source);
@@ -594,20 +595,20 @@ TEST_F(Mp4MayFindMoreTest, AnyNewBytesMayCompleteTheIndex) {
   EXPECT_TRUE(MayFindMore(UpTo(laid, laid.file.index_end - 4)));
 }
 
-TEST_F(Mp4MayFindMoreTest, BytesOfTheNextSampleMayAndThoseBehindItInAnotherRangeMayNot) {
+TEST_F(Mp4MayFindMoreTest, TrueOnceTheNextSampleIsReceived) {
   const Laid laid = Lay(MakeMovie());
   Pass(Part(laid.path, laid.Video(3)));
   EXPECT_FALSE(MayFindMore(Part(laid.path, laid.Video(3))));
   EXPECT_TRUE(MayFindMore(Part(laid.path, laid.Audio(3))));
 }
 
-TEST_F(Mp4MayFindMoreTest, RestOfASampleMay) {
+TEST_F(Mp4MayFindMoreTest, TrueForTheRestOfASample) {
   const Laid laid = Lay(MakeMovie());
   Pass(Part(laid.path, laid.Audio(3) - 1));
   EXPECT_TRUE(MayFindMore(Part(laid.path, laid.Audio(3))));
 }
 
-TEST_F(Mp4MayFindMoreTest, RestOfASampleThatTheFileDidNotHoldYetMay) {
+TEST_F(Mp4MayFindMoreTest, TrueForTheRestOfASampleThatTheFileLacked) {
   const Laid laid = Lay(MovieOf({VideoTrack()}));
   EXPECT_THAT(Pass(UpTo(laid, laid.Video(3) + 10)).video, SizeIs(3));
   const auto source = UpTo(laid, laid.Video(4));
@@ -615,14 +616,15 @@ TEST_F(Mp4MayFindMoreTest, RestOfASampleThatTheFileDidNotHoldYetMay) {
   EXPECT_THAT(Pass(source).video, SizeIs(1));
 }
 
-TEST_F(Mp4MayFindMoreTest, NothingMayOnceBothTracksHaveEnded) {
+TEST_F(Mp4MayFindMoreTest, FalseAfterTheEndOfBothTracks) {
   const Laid laid = Lay(MakeMovie());
   Pass(Part(laid.path, laid.file.bytes.size()));
   EXPECT_FALSE(MayFindMore(Part(laid.path, laid.file.bytes.size() + 100)));
 }
 
-TEST_F(Mp4MayFindMoreTest, NewBytesMayBringATrackThatIsNotKnownYet) {
-  if (!kKeepMp4Open) GTEST_SKIP() << "whether it reads such an index is an installed library's own";
+TEST_F(Mp4MayFindMoreTest, TrueForNewBytesThatMayHoldAnotherTrack) {
+  if (!kKeepMp4Open)
+    GTEST_SKIP() << "whether such an index is read depends on the installed library";
   const Movie movie = MakeMovie({.samples = 5});
   const mp4_boxes::File file = mp4_boxes::BuildWithOpenIndex(movie);
   const Laid laid{file, WriteLocalFile("movie.mp4", file.bytes)};
@@ -640,7 +642,7 @@ TEST_F(Mp4MayFindMoreTest, NewBytesMayBringATrackThatIsNotKnownYet) {
   }
 }
 
-TEST_F(Mp4MayFindMoreTest, NothingMayOnceTheVideoWasRefused) {
+TEST_F(Mp4MayFindMoreTest, FalseAfterTheVideoWasRefused) {
   Movie movie = MovieOf({VideoTrack({.samples = 5})});
   movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
   const Laid laid = Lay(movie);
@@ -648,7 +650,7 @@ TEST_F(Mp4MayFindMoreTest, NothingMayOnceTheVideoWasRefused) {
   EXPECT_FALSE(MayFindMore(Whole(laid.path)));
 }
 
-TEST_F(Mp4MayFindMoreTest, PassAfterASeekMay) {
+TEST_F(Mp4MayFindMoreTest, TrueAfterASeek) {
   const Laid laid = Lay(MakeMovie());
   const auto source = Part(laid.path, laid.file.bytes.size());
   Pass(source);
@@ -656,8 +658,8 @@ TEST_F(Mp4MayFindMoreTest, PassAfterASeekMay) {
   EXPECT_TRUE(MayFindMore(source));
 }
 
-// It could be read before, so it can be again, though nothing is added to it.
-TEST_F(Mp4MayFindMoreTest, PassAfterOneThatCouldNotOpenAKnownFileMay) {
+// The file could be read before, so it may be readable again without new bytes.
+TEST_F(Mp4MayFindMoreTest, TrueAfterAKnownFileCouldNotBeOpened) {
   const Movie movie = MakeMovie({.samples = 5});
   const Laid laid = Lay(movie);
   Pass(Part(laid.path, laid.Video(0)));
@@ -669,14 +671,14 @@ TEST_F(Mp4MayFindMoreTest, PassAfterOneThatCouldNotOpenAKnownFileMay) {
   EXPECT_EQ(DumpText(Pass(source)), DumpText(ExpectedFrames(movie)));
 }
 
-TEST_F(Mp4MayFindMoreTest, PassOverAFileThatNeverOpenedMayNotUntilItGrows) {
+TEST_F(Mp4MayFindMoreTest, FalseForAFileThatNeverOpenedUntilItGrows) {
   const auto source = Whole("no/such/file.mp4");
   Pass(source);
   EXPECT_FALSE(MayFindMore(source));
   EXPECT_TRUE(MayFindMore(Whole("no/such/file.mp4")));
 }
 
-TEST_F(Mp4MayFindMoreTest, PassAfterTheFileWasLetGoOfMay) {
+TEST_F(Mp4MayFindMoreTest, TrueAfterTheFileWasClosed) {
   const Laid laid = Lay(MakeMovie());
   const auto source = Part(laid.path, laid.Audio(3));
   Pass(source);

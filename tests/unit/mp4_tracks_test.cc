@@ -54,7 +54,7 @@ Mp4AudioTrack Audio(std::uint32_t rate, const Bytes& entry) {
   return DescribeAudioTrack(Open(MovieOf({track})).get(), 2);
 }
 
-TEST(Mp4TracksTest, FirstTrackOfATypeIsTaken) {
+TEST(Mp4TracksTest, FirstTrackOfATypeIsFound) {
   const Mp4FileHandle file =
       Open(MovieOf({NumberedTrack(9, "hint"), NumberedTrack(4, "soun"), NumberedTrack(7, "vide"),
                     NumberedTrack(5, "vide"), NumberedTrack(3, "soun"), NumberedTrack(1, "text")}));
@@ -96,7 +96,7 @@ MP4TrackId FoundIn(const std::vector<Track>& tracks, const char* type) {
   return FindMp4Track(file.get(), type);
 }
 
-TEST(Mp4TracksTest, TrackThatCannotBePlayedDoesNotHideTheNextOfItsType) {
+TEST(Mp4TracksTest, UnplayableTrackDoesNotHideTheNextOfItsType) {
   for (Track (*const make)(Track) : {WithoutSampleEntry, WithoutTimeScale, WithoutSamples}) {
     const Track video = VideoTrack();
     const Track audio = AudioTrack();
@@ -114,13 +114,13 @@ TEST(Mp4TracksTest, H264TrackWithoutParameterSetsDoesNotHideTheNextVideoTrack) {
   }
 }
 
-TEST(Mp4TracksTest, TrackWithoutSampleEntryOrTimeScaleIsNeverTaken) {
+TEST(Mp4TracksTest, TrackWithoutSampleEntryOrTimeScaleIsNeverFound) {
   EXPECT_EQ(FoundIn({WithoutSampleEntry(VideoTrack())}, "vide"), MP4_INVALID_TRACK_ID);
   EXPECT_EQ(FoundIn({WithoutTimeScale(AudioTrack())}, "soun"), MP4_INVALID_TRACK_ID);
 }
 
-// As those of a fragmented file are.
-TEST(Mp4TracksTest, FirstOfTracksThatAllLackSamplesIsTaken) {
+// Like the tracks of a fragmented file.
+TEST(Mp4TracksTest, FirstOfTracksThatAllLackSamplesIsFound) {
   const Track empty = WithoutSamples(VideoTrack());
   EXPECT_EQ(
       FoundIn({WithoutSampleEntry(Numbered(4, empty)), Numbered(5, empty), Numbered(6, empty)},
@@ -128,7 +128,7 @@ TEST(Mp4TracksTest, FirstOfTracksThatAllLackSamplesIsTaken) {
       5U);
 }
 
-// A codec that is not supported is no damage.
+// An unsupported codec does not count as damage.
 TEST(Mp4TracksTest, TrackOfAnotherCodecHidesTheNextOne) {
   for (const char* const name : {"hvc1", "hev1", "mp4v"}) {
     const Track other = WithEntry(VideoTrack(), VideoEntry(name, {}));
@@ -136,7 +136,7 @@ TEST(Mp4TracksTest, TrackOfAnotherCodecHidesTheNextOne) {
   }
 }
 
-TEST(Mp4TracksTest, SixteenTracksThatCannotBePlayedEndTheSearch) {
+TEST(Mp4TracksTest, SearchEndsAfterSixteenUnplayableTracks) {
   std::vector<Track> tracks;
   for (std::uint32_t id = 1; id <= 15; ++id)
     tracks.push_back(Numbered(id, WithoutSamples(VideoTrack())));
@@ -146,7 +146,7 @@ TEST(Mp4TracksTest, SixteenTracksThatCannotBePlayedEndTheSearch) {
   EXPECT_EQ(FoundIn(tracks, "vide"), 19U);
 }
 
-TEST(Mp4TracksTest, TypeInCapitalsIsTheSame) {
+TEST(Mp4TracksTest, TypeInCapitalsIsFoundToo) {
   Track audio = AudioTrack({}, 88200);
   audio.handler = "SOUN";
   audio.entry = SoundEntry("mp4a", 6, Esds(0x40, kSbr));
@@ -160,7 +160,7 @@ TEST(Mp4TracksTest, TypeInCapitalsIsTheSame) {
   EXPECT_EQ(DescribeAudioTrack(file.get(), 2).sample_rate, 44100U);
 }
 
-TEST(Mp4TracksTest, NoTrackIsFoundWhereThereIsNone) {
+TEST(Mp4TracksTest, MissingTypeIsNotFound) {
   const Mp4FileHandle file = Open(MovieOf({NumberedTrack(1, "text")}));
   ASSERT_NE(file, nullptr);
   EXPECT_EQ(FindMp4Track(file.get(), "vide"), MP4_INVALID_TRACK_ID);
@@ -174,7 +174,7 @@ TEST(Mp4TracksTest, Avc1IsH264WithItsParameterSets) {
   EXPECT_THAT(track.pps, ElementsAre(kPps));
 }
 
-TEST(Mp4TracksTest, SeveralParameterSetsComeInTheirOrder) {
+TEST(Mp4TracksTest, ParameterSetsKeepTheirOrder) {
   const Bytes sps2 = {0x67, 1};
   const Bytes pps2 = {0x68, 2};
   const Bytes pps3 = {0x68, 3, 3};
@@ -184,7 +184,7 @@ TEST(Mp4TracksTest, SeveralParameterSetsComeInTheirOrder) {
 }
 
 #ifdef STREAM_TEST_FAILING_NEW
-TEST(Mp4TracksTest, ParameterSetsAreFreedWhereThereIsNoMemoryForCopies) {
+TEST(Mp4TracksTest, ParameterSetsAreFreedIfThereIsNoMemoryForCopies) {
   Track track = VideoTrack();
   track.entry = VideoEntry("avc1", AvcC({kSps, kSps}, {kPps, kPps}));
   const Mp4FileHandle file = Open(MovieOf({track}));
@@ -222,7 +222,7 @@ TEST(Mp4TracksTest, ChannelsAreThoseOfTheAudioSpecificConfig) {
   }
 }
 
-TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheConfigGivesNone) {
+TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryIfTheConfigHasNone) {
   for (const Bytes& config : {Bytes{0x11, 0x80}, Bytes{0x11, 0xC0}, Bytes{0x11, 0xF8}, Bytes{0x11},
                               Bytes{0xF9}, Bytes{}}) {
     EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, Esds(0x40, config))).channels, 3U);
@@ -230,32 +230,32 @@ TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheConfigGivesNone) {
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, {})).channels, 3U);
 }
 
-// The same bytes mean something else where the stream is not MPEG-4 audio.
-TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryWhereTheStreamIsOfAnotherKind) {
+// The same bytes have another meaning if the stream is not MPEG-4 audio.
+TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryIfTheStreamIsNotMpeg4Audio) {
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x6B, {0x11, 0xB0}))).channels, 2U);
 }
 
-TEST(Mp4TracksTest, AacTrackTellsItsRateAndChannels) {
+TEST(Mp4TracksTest, AacTrackReportsItsRateAndChannels) {
   const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 6, Esds(0x40, {0x12, 0x30})));
   EXPECT_EQ(track.id, 2U);
   EXPECT_EQ(track.sample_rate, 44100U);
   EXPECT_EQ(track.channels, 6U);
 }
 
-TEST(Mp4TracksTest, SbrTrackTellsHalfItsRate) {
+TEST(Mp4TracksTest, SbrTrackReportsHalfItsRate) {
   EXPECT_EQ(Audio(88200, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 44100U);
   EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 24000U);
 }
 
 // The core is mono; PS makes it stereo.
-TEST(Mp4TracksTest, PsTrackTellsHalfItsRate) {
+TEST(Mp4TracksTest, PsTrackReportsHalfItsRate) {
   const Bytes ps = {0xEB, 0x8A, 0x08, 0x00};  // audio object type 29
   const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 2, Esds(0x40, ps)));
   EXPECT_EQ(track.sample_rate, 22050U);
   EXPECT_EQ(track.channels, 1U);
 }
 
-TEST(Mp4TracksTest, AudioWithoutAConfigurationTellsItsRateAsItIs) {
+TEST(Mp4TracksTest, AudioWithoutAConfigurationReportsItsRateUnchanged) {
   EXPECT_EQ(Audio(44100, SoundEntry("mp4a", 2, Esds(0x6B, {}))).sample_rate, 44100U);
   EXPECT_EQ(Audio(22050, SoundEntry("mp4a", 1, {})).sample_rate, 22050U);
 }
@@ -270,18 +270,18 @@ TEST(Mp4TracksTest, DurationIsThatOfTheMovieInWholeMilliseconds) {
   EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 100'000);
 }
 
-TEST(Mp4TracksTest, DurationThatDoesNotFitInMillisecondsNeverWraps) {
+TEST(Mp4TracksTest, DurationBeyondTheRangeOfMillisecondsDoesNotWrap) {
   Movie movie = MovieOf({VideoTrack()});
   movie.version = 1;
   movie.time_scale = 90'000;
-  movie.duration = std::numeric_limits<std::uint64_t>::max() / 1000 + 90'000;  // wraps to 1 s
+  movie.duration = std::numeric_limits<std::uint64_t>::max() / 1000 + 90'000;  // would wrap to 1 s
   EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 204'963'823'041.0F);
-  movie.duration = std::numeric_limits<std::uint64_t>::max();  // "not known"
+  movie.duration = std::numeric_limits<std::uint64_t>::max();  // means "unknown"
   movie.time_scale = 1;
   EXPECT_FLOAT_EQ(Mp4DurationSeconds(Open(movie).get()), 18'446'744'073'709'551.0F);
 }
 
-TEST(Mp4TracksTest, TimeScaleOfZeroGivesADurationOfZero) {
+TEST(Mp4TracksTest, TimeScaleOfZeroYieldsADurationOfZero) {
   Movie movie = MovieOf({VideoTrack()});
   movie.time_scale = 0;
   const Mp4FileHandle file = Open(movie);
@@ -289,7 +289,7 @@ TEST(Mp4TracksTest, TimeScaleOfZeroGivesADurationOfZero) {
   EXPECT_EQ(Mp4DurationSeconds(file.get()), 0);
 }
 
-TEST(Mp4TracksTest, MillisecondsAreWholeOnes) {
+TEST(Mp4TracksTest, MillisecondsAreRoundedDown) {
   EXPECT_EQ(Mp4Milliseconds(1023, 1024), 999U);
   EXPECT_EQ(Mp4Milliseconds(1024, 1024), 1000U);
   EXPECT_EQ(Mp4Milliseconds(7, 0), 0U);
@@ -306,13 +306,13 @@ TEST(Mp4TracksTest, MillisecondsNeverWrap) {
   EXPECT_EQ(Mp4Milliseconds(0xFFFFFFFF, 0xFFFFFFFF), 1000U);
 }
 
-TEST(Mp4TracksTest, CompositionOffsetIsA32BitNumberWithASign) {
+TEST(Mp4TracksTest, CompositionOffsetIsASigned32BitNumber) {
   EXPECT_EQ(Mp4OffsetMilliseconds(0x7FFFFFFF, 1000), 0x7FFFFFFF);
   EXPECT_EQ(Mp4OffsetMilliseconds(0xFFFFFFFF, 1000), -1);
   EXPECT_EQ(Mp4OffsetMilliseconds(0x80000000, 1), std::int64_t{-2'147'483'648} * 1000);
   EXPECT_EQ(Mp4OffsetMilliseconds(0xFFFFFE00, 12800), -40);
   EXPECT_EQ(Mp4OffsetMilliseconds(1023, 1024), 999);
-  EXPECT_EQ(Mp4OffsetMilliseconds(std::uint64_t{0} - 1023, 1024), -999) << "of 64 bits";
+  EXPECT_EQ(Mp4OffsetMilliseconds(std::uint64_t{0} - 1023, 1024), -999) << "an offset of 64 bits";
   EXPECT_EQ(Mp4OffsetMilliseconds(7, 0), 0);
 }
 
@@ -328,7 +328,7 @@ TEST(SetSamplingFrequencyIndexTest, EveryMappedRateHasItsIndex) {
   }
 }
 
-TEST(SetSamplingFrequencyIndexTest, OtherRatesLeaveTheIndexAsItWas) {
+TEST(SetSamplingFrequencyIndexTest, OtherRatesLeaveTheIndexUnchanged) {
   for (const std::uint32_t rate : {96000U, 88200U, 64000U, 7350U, 0U, 44101U, 4294967295U}) {
     AdtsFields fields;
     SetSamplingFrequencyIndex(fields, rate);

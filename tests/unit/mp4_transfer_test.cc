@@ -64,7 +64,7 @@ class Mp4TransferTest : public Mp4Tasks {
     ++g_mp4File->seeks;
   }
 
-  // While a directory lies in its place, no file can be opened there.
+  // A directory at its path prevents the file from being opened.
   void BlockFile() const {
     std::filesystem::remove(path_);
     std::filesystem::create_directory(path_);
@@ -77,7 +77,7 @@ class Mp4TransferTest : public Mp4Tasks {
   std::string path_;
 };
 
-TEST_F(Mp4TransferTest, BytesComeOneBehindTheOther) {
+TEST_F(Mp4TransferTest, PiecesAreWrittenInOrder) {
   Mp4Transfer transfer(Address());
   EXPECT_EQ(transfer.Offset(), 0U);
   EXPECT_EQ(Take(transfer, {1, 2, 3}), 3U);
@@ -89,7 +89,7 @@ TEST_F(Mp4TransferTest, BytesComeOneBehindTheOther) {
   EXPECT_FALSE(transfer.HasPending());
 }
 
-TEST_F(Mp4TransferTest, NextTransferGoesOnAtTheWriteOffset) {
+TEST_F(Mp4TransferTest, NextTransferContinuesAtTheWriteOffset) {
   Mp4Transfer first(Address());
   Take(first, {1, 2, 3});
   Mp4Transfer second(Address());
@@ -110,7 +110,7 @@ TEST_F(Mp4TransferTest, TransferAfterASeekLeavesAGap) {
   EXPECT_EQ(WriteOffset(), 8U);
 }
 
-TEST_F(Mp4TransferTest, GapThatIsFilledMakesOneRange) {
+TEST_F(Mp4TransferTest, FilledGapMakesOneRange) {
   Mp4Transfer first(Address());
   Take(first, {1, 2, 3});
   SeekTo(6);
@@ -123,19 +123,19 @@ TEST_F(Mp4TransferTest, GapThatIsFilledMakesOneRange) {
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 8)));
 }
 
-TEST_F(Mp4TransferTest, SeekWhileATransferRunsChangesNeitherItsPlaceNorTheNextStart) {
+TEST_F(Mp4TransferTest, SeekDuringATransferAffectsOnlyTheNextTransfer) {
   Mp4Transfer running(Address());
   Take(running, {1, 2});
   SeekTo(100);
   EXPECT_EQ(Take(running, {3, 4}), 2U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
-  EXPECT_EQ(WriteOffset(), 100U) << "where the seek put it";
+  EXPECT_EQ(WriteOffset(), 100U) << "the offset of the seek";
   EXPECT_EQ(Mp4Transfer(Address()).Offset(), 100U);
 }
 
-// A seek back goes to the end of what is there, which is where the transfer is.
-TEST_F(Mp4TransferTest, NextStartGoesOnBehindTheTransferThatWasThereAtTheSeek) {
+// A seek back goes to the end of the received range, which is where the transfer writes.
+TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferThatIsAtTheOffsetOfTheSeek) {
   Mp4Transfer running(Address());
   Take(running, {1, 2});
   SeekTo(2);
@@ -145,22 +145,22 @@ TEST_F(Mp4TransferTest, NextStartGoesOnBehindTheTransferThatWasThereAtTheSeek) {
   EXPECT_EQ(Mp4Transfer(Address()).Offset(), 5U);
 }
 
-TEST_F(Mp4TransferTest, NextStartGoesOnBehindTheTransferOnceItHasPassedWhereASeekPutIt) {
+TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferOnceItHasPassedTheOffsetOfTheSeek) {
   Mp4Transfer running(Address());
   Take(running, {1, 2});
   SeekTo(5);
   Take(running, {3, 4});
-  EXPECT_EQ(WriteOffset(), 5U) << "not there yet";
+  EXPECT_EQ(WriteOffset(), 5U) << "not reached yet";
   Take(running, {5, 6, 7});
   EXPECT_EQ(WriteOffset(), 7U);
   Take(running, {8});
   EXPECT_EQ(WriteOffset(), 8U);
   SeekTo(1);
   Take(running, {9});
-  EXPECT_EQ(WriteOffset(), 1U) << "what it does not pass is left alone";
+  EXPECT_EQ(WriteOffset(), 1U) << "an offset that the transfer does not pass is unchanged";
 }
 
-TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsPlace) {
+TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsOffset) {
   Mp4Transfer one(Address());
   Mp4Transfer other(Address());
   Take(one, {1, 2, 3});
@@ -171,7 +171,7 @@ TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsPlace) {
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 6)));
 }
 
-TEST_F(Mp4TransferTest, BytesThatAreInTheFileAreNotWrittenAgain) {
+TEST_F(Mp4TransferTest, BytesAlreadyInTheFileAreNotWrittenAgain) {
   Mp4Transfer first(Address());
   Take(first, {1, 2, 3, 4});
   const std::uint64_t revision = Revision();
@@ -184,7 +184,7 @@ TEST_F(Mp4TransferTest, BytesThatAreInTheFileAreNotWrittenAgain) {
   EXPECT_EQ(Revision(), revision);
 }
 
-TEST_F(Mp4TransferTest, BytesThatReachBehindARangeAreWrittenWhole) {
+TEST_F(Mp4TransferTest, PieceThatExtendsBeyondARangeIsWrittenWhole) {
   Mp4Transfer first(Address());
   Take(first, {1, 2, 3});
   SeekTo(1);
@@ -194,7 +194,7 @@ TEST_F(Mp4TransferTest, BytesThatReachBehindARangeAreWrittenWhole) {
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
 }
 
-TEST_F(Mp4TransferTest, FileThatCannotBeOpenedForAWhileKeepsTheBytesWaiting) {
+TEST_F(Mp4TransferTest, BytesStayPendingWhileTheFileCannotBeOpened) {
   Mp4Transfer transfer(Address());
   BlockFile();
   EXPECT_EQ(Take(transfer, {1, 2}), 2U);
@@ -209,7 +209,7 @@ TEST_F(Mp4TransferTest, FileThatCannotBeOpenedForAWhileKeepsTheBytesWaiting) {
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
 }
 
-TEST_F(Mp4TransferTest, EmptyPieceWritesWhatWaits) {
+TEST_F(Mp4TransferTest, EmptyPieceWritesPendingBytes) {
   Mp4Transfer transfer(Address());
   BlockFile();
   Take(transfer, {1, 2});
@@ -221,7 +221,7 @@ TEST_F(Mp4TransferTest, EmptyPieceWritesWhatWaits) {
   EXPECT_EQ(FileNow(), (Bytes{1, 2}));
 }
 
-TEST_F(Mp4TransferTest, FileThatTakesNoBytesKeepsThemWaiting) {
+TEST_F(Mp4TransferTest, BytesStayPendingIfTheDeviceIsFull) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   UsePath("/dev/full");
   Mp4Transfer transfer(Address());
@@ -231,16 +231,16 @@ TEST_F(Mp4TransferTest, FileThatTakesNoBytesKeepsThemWaiting) {
   EXPECT_EQ(WriteOffset(), 0U);
 }
 
-// --- What the console reports of it ---
+// --- Console lines about failed writes ---
 
 class Mp4WriteFailureTest : public Mp4TransferTest {
  protected:
   Mp4WriteFailureTest() { testing::internal::CaptureStdout(); }
   ~Mp4WriteFailureTest() override {
-    std::cout << testing::internal::GetCapturedStdout();  // what failed is written there too
+    std::cout << testing::internal::GetCapturedStdout();  // failure messages were captured too
   }
 
-  // What was written since the last call.
+  // The console output since the last call.
   static std::string Console() {
     std::string text = testing::internal::GetCapturedStdout();
     testing::internal::CaptureStdout();
@@ -252,7 +252,7 @@ class Mp4WriteFailureTest : public Mp4TransferTest {
   }
 };
 
-TEST_F(Mp4WriteFailureTest, FullDiskIsReportedOnceADownload) {
+TEST_F(Mp4WriteFailureTest, FullDiskIsReportedOncePerDownload) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   UsePath("/dev/full");
   const std::string line = Line("/dev/full", std::errc::no_space_on_device);
@@ -264,7 +264,7 @@ TEST_F(Mp4WriteFailureTest, FullDiskIsReportedOnceADownload) {
   EXPECT_EQ(Console(), line);
 }
 
-TEST_F(Mp4WriteFailureTest, FileThatVanishedIsReportedOnceADownload) {
+TEST_F(Mp4WriteFailureTest, MissingFileIsReportedOncePerDownload) {
   Mp4Transfer transfer(Address());
   Take(transfer, {1, 2});
   EXPECT_EQ(Console(), "");
@@ -274,9 +274,9 @@ TEST_F(Mp4WriteFailureTest, FileThatVanishedIsReportedOnceADownload) {
   EXPECT_TRUE(transfer.HasPending());
 }
 
-// The start of an address reports it where no directory can be written; the next start of the same
-// address makes no file.
-TEST_F(Mp4WriteFailureTest, EachStartHasOneLineWhereNoDirectoryCanBeWritten) {
+// The start of an address reports that no directory can be written. The next start of the same
+// address creates no file and reports the failed write.
+TEST_F(Mp4WriteFailureTest, EachStartPrintsOneLineIfNoDirectoryCanBeWritten) {
   const BlockedTempFolder folder;
   folder.BlockCache();
   Mp4Transfer transfer(NextMp4Address("mebo.mp4"));
@@ -291,7 +291,7 @@ TEST_F(Mp4WriteFailureTest, EachStartHasOneLineWhereNoDirectoryCanBeWritten) {
   EXPECT_EQ(std::count(next.begin(), next.end(), '\n'), 1) << next;
 }
 
-TEST_F(Mp4TransferTest, EmptyPieceWithNothingWaitingTouchesNoFile) {
+TEST_F(Mp4TransferTest, EmptyPieceWithoutPendingBytesTouchesNoFile) {
   Mp4Transfer transfer(Address());
   BlockFile();
   EXPECT_EQ(transfer.Take(nullptr, 0), 0U);
@@ -313,7 +313,7 @@ TEST_F(Mp4TransferTest, TransferForAnEarlierAddressWritesNothingAndEnds) {
   EXPECT_EQ(FileNow(), (Bytes{7}));
 }
 
-TEST_F(Mp4TransferTest, BytesThatWaitForAnEarlierAddressAreDropped) {
+TEST_F(Mp4TransferTest, BytesPendingForAnEarlierAddressAreDropped) {
   Mp4Transfer stale(Address());
   BlockFile();
   Take(stale, {1, 2});
@@ -335,7 +335,7 @@ TEST_F(Mp4TransferTest, BytesBeyondTwoGibibytesEndTheTransferWithALine) {
   EXPECT_THAT(Ranges(), IsEmpty());
 }
 
-TEST_F(Mp4TransferTest, LastByteThatHasAPlaceIsWritten) {
+TEST_F(Mp4TransferTest, LastByteWithAValidOffsetIsWritten) {
   const std::uint64_t last = std::numeric_limits<std::int32_t>::max();
   SeekTo(last);
   Mp4Transfer transfer(Address());
@@ -344,7 +344,7 @@ TEST_F(Mp4TransferTest, LastByteThatHasAPlaceIsWritten) {
   EXPECT_THAT(Ranges(), ElementsAre(Pair(last, last + 2)));
 }
 
-TEST_F(Mp4TransferTest, ReplyWithoutAStatusIsTakenWhereverItBegins) {
+TEST_F(Mp4TransferTest, ReplyWithoutAStatusIsAcceptedAtAnyOffset) {
   const CurlHandle handle = MakeCurlHandle();
   Mp4Transfer beginning(Address());
   EXPECT_TRUE(beginning.AcceptReply(handle.get()));
@@ -354,7 +354,7 @@ TEST_F(Mp4TransferTest, ReplyWithoutAStatusIsTakenWhereverItBegins) {
   EXPECT_EQ(middle.Offset(), 10U);
 }
 
-TEST_F(Mp4TransferTest, TransfersOnSeveralThreadsLeaveTheStreamWhole) {
+TEST_F(Mp4TransferTest, ConcurrentTransfersLeaveTheStreamIntact) {
   const Bytes stream = Filler(20'000, 77);
   const auto take_in_pieces = [&stream](Mp4Transfer& transfer, std::size_t piece) {
     for (std::size_t at = 0; at < stream.size(); at += piece) {
@@ -362,7 +362,7 @@ TEST_F(Mp4TransferTest, TransfersOnSeveralThreadsLeaveTheStreamWhole) {
       transfer.Take(reinterpret_cast<const char*>(stream.data()) + at, size);
     }
   };
-  std::vector<Mp4Transfer> transfers;  // all from the beginning
+  std::vector<Mp4Transfer> transfers;  // all start at offset 0
   transfers.reserve(3);
   for (int i = 0; i < 3; ++i) transfers.emplace_back(Address());
   std::vector<std::thread> threads;

@@ -22,7 +22,7 @@ bool MsvcSetStartPostion(CStreamDownloader* facade, float seconds);
 
 namespace {
 
-// A facade as a host of Visual C++ makes one. On Windows its player is sent no line here: the
+// A facade as a Visual C++ host creates it. On Windows its player gets no line here, because the
 // strings of this program are not those of Visual C++.
 class MsvcFacade {
  public:
@@ -48,7 +48,7 @@ class MsvcFacade {
   alignas(CStreamDownloader) std::array<unsigned char, sizeof(CStreamDownloader)> memory_{};
 };
 
-TEST(MsvcExportsTest, PlayerIsKnownAndTheFirstFieldUntilTheFacadeIsDestroyed) {
+TEST(MsvcExportsTest, PlayerIsKnownAndInTheFirstFieldUntilTheFacadeIsDestroyed) {
   RecordingPlayer player;
   {
     const MsvcFacade facade(&player);
@@ -58,12 +58,12 @@ TEST(MsvcExportsTest, PlayerIsKnownAndTheFirstFieldUntilTheFacadeIsDestroyed) {
   EXPECT_FALSE(msvc::IsPlayer(&player));
 }
 
-TEST(MsvcExportsTest, FacadeWithoutAPlayerIsMadeAndDestroyed) {
+TEST(MsvcExportsTest, FacadeWithoutAPlayerIsCreatedAndDestroyed) {
   const MsvcFacade facade(nullptr);
   EXPECT_EQ(facade.FirstField(), nullptr);
 }
 
-TEST(MsvcExportsTest, PlayerThatWasAssignedIsKnownAsLongAsEitherFacade) {
+TEST(MsvcExportsTest, AssignedPlayerIsKnownAsLongAsEitherFacadeExists) {
   RecordingPlayer player;
   RecordingPlayer other;
   MsvcFacade assigned(&other);
@@ -76,7 +76,7 @@ TEST(MsvcExportsTest, PlayerThatWasAssignedIsKnownAsLongAsEitherFacade) {
   EXPECT_FALSE(msvc::IsPlayer(&other));
 }
 
-// The library destroys the argument: with sanitizers it must neither leak nor be released twice.
+// The library destroys the argument. Sanitizers report a leak or a second release.
 TEST(MsvcExportsTest, AddressIsDestroyed) {
   MsvcFacade facade(nullptr);
   msvc::String url = msvc::MakeString(std::string(5000, 'a'));
@@ -86,7 +86,7 @@ TEST(MsvcExportsTest, AddressIsDestroyed) {
 TEST(MsvcExportsTest, ExceptionBecomesFalse) {
   MsvcFacade facade(nullptr);
   msvc::String url{};
-  url.size = std::numeric_limits<std::size_t>::max() / 2 + 1;  // no std::string can be as long
+  url.size = std::numeric_limits<std::size_t>::max() / 2 + 1;  // longer than any std::string
   url.capacity = msvc::String::kInside - 1;
   EXPECT_FALSE(MsvcBeginDownload(facade.Get(), &url));
 }

@@ -10,7 +10,7 @@ class CStreamDownloader;
 
 namespace {
 
-// Only their addresses matter.
+// Only the addresses of the facades are used.
 class MsvcPlayersTest : public testing::Test {
  protected:
   ~MsvcPlayersTest() override {
@@ -27,7 +27,7 @@ class MsvcPlayersTest : public testing::Test {
   RecordingPlayer other_;
 };
 
-TEST_F(MsvcPlayersTest, PlayerOfAFacadeIsKnownAndNoOther) {
+TEST_F(MsvcPlayersTest, OnlyThePlayerOfAFacadeIsKnown) {
   EXPECT_FALSE(msvc::IsPlayer(&player_));
   msvc::AddPlayer(Facade(0), &player_);
   EXPECT_TRUE(msvc::IsPlayer(&player_));
@@ -45,7 +45,7 @@ TEST_F(MsvcPlayersTest, PlayerIsForgottenWithTheLastOfItsFacades) {
   EXPECT_FALSE(msvc::IsPlayer(&player_));
 }
 
-TEST_F(MsvcPlayersTest, FacadeThatSharesAPlayerRefersToItsFormerOneNoLonger) {
+TEST_F(MsvcPlayersTest, FacadeThatSharesAPlayerReleasesItsFormerOne) {
   msvc::AddPlayer(Facade(0), &player_);
   msvc::AddPlayer(Facade(1), &other_);
   msvc::SharePlayer(Facade(1), &player_);
@@ -60,14 +60,14 @@ TEST_F(MsvcPlayersTest, SharedPlayerOfAnotherCompilerStaysUnknown) {
   EXPECT_FALSE(msvc::IsPlayer(&other_));
 }
 
-TEST_F(MsvcPlayersTest, PlayerIsForgottenAtOnceHoweverManyFacadesReferToIt) {
+TEST_F(MsvcPlayersTest, PlayerIsForgottenAtOnceWhateverTheNumberOfItsFacades) {
   msvc::AddPlayer(Facade(0), &player_);
   msvc::AddPlayer(Facade(1), &player_);
   msvc::ForgetPlayer(&player_);
   EXPECT_FALSE(msvc::IsPlayer(&player_));
 }
 
-TEST_F(MsvcPlayersTest, PlayerAtTheAddressOfAForgottenOneOutlivesTheFacadesOfThat) {
+TEST_F(MsvcPlayersTest, PlayerAtAReusedAddressOutlivesTheFacadesOfTheForgottenOne) {
   msvc::AddPlayer(Facade(0), &player_);
   msvc::ForgetPlayer(&player_);
   msvc::AddPlayer(Facade(1), &player_);
@@ -75,7 +75,7 @@ TEST_F(MsvcPlayersTest, PlayerAtTheAddressOfAForgottenOneOutlivesTheFacadesOfTha
   EXPECT_TRUE(msvc::IsPlayer(&player_));
 }
 
-TEST_F(MsvcPlayersTest, NullIsNoPlayer) {
+TEST_F(MsvcPlayersTest, NullIsNotAPlayer) {
   msvc::AddPlayer(Facade(0), nullptr);
   EXPECT_FALSE(msvc::IsPlayer(nullptr));
 }

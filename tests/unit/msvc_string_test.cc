@@ -20,14 +20,14 @@ std::string Letters(std::size_t length) {
   return text;
 }
 
-// The address that is stored before an aligned block: what the heap returned.
+// The address that is stored before an aligned block: the result of the heap's allocation.
 std::uintptr_t StoredAddress(const msvc::String& string) {
   std::uintptr_t address = 0;
   std::memcpy(&address, string.content.block - sizeof(address), sizeof(address));
   return address;
 }
 
-// As the other side makes one: with a capacity of its choice.
+// Makes a string as a host does, with a capacity of its choice.
 msvc::String MakeRoomyString(const std::string& text, std::size_t capacity) {
   msvc::String string{};
   string.size = text.size();
@@ -44,7 +44,7 @@ msvc::String MakeRoomyString(const std::string& text, std::size_t capacity) {
   return string;
 }
 
-TEST(MsvcStringTest, TextOfEachLengthIsKeptWithAZeroAfterIt) {
+TEST(MsvcStringTest, TextOfAnyLengthIsKeptAndZeroTerminated) {
   for (const std::size_t length : {0U, 1U, 15U, 16U, 31U, 32U, 4094U, 4095U, 4096U, 65'536U}) {
     const std::string text = Letters(length);
     msvc::String string = msvc::MakeString(text);
@@ -61,7 +61,7 @@ TEST(MsvcStringTest, ZerosInsideATextAreKept) {
   msvc::Destroy(string);
 }
 
-TEST(MsvcStringTest, CapacityIsAMultipleOfSixteenLessOne) {
+TEST(MsvcStringTest, CapacityIsAMultipleOf16MinusOne) {
   for (const std::size_t length : {16U, 31U, 32U, 47U, 4095U, 4096U, 100'000U}) {
     msvc::String string = msvc::MakeString(Letters(length));
     EXPECT_EQ(string.size, length);
@@ -76,7 +76,7 @@ TEST(MsvcStringTest, FifteenCharactersAreStoredInside) {
   EXPECT_EQ(msvc::TextOf(string).data(), string.content.inside);
 }
 
-TEST(MsvcStringTest, BlockOf4096BytesIsAlignedWithTheAddressOfItsMemoryBeforeIt) {
+TEST(MsvcStringTest, BlockOf4096BytesIsAlignedAndPrecededByTheAddressOfItsMemory) {
   for (const std::size_t capacity : {kFirstAligned, kFirstAligned + 16, std::size_t{65'535}}) {
     msvc::String string = msvc::MakeString(Letters(capacity));
     const auto block = reinterpret_cast<std::uintptr_t>(string.content.block);
@@ -87,7 +87,7 @@ TEST(MsvcStringTest, BlockOf4096BytesIsAlignedWithTheAddressOfItsMemoryBeforeIt)
   }
 }
 
-TEST(MsvcStringTest, StringOfTheOtherSideWithSpareCapacityIsReadAndReleased) {
+TEST(MsvcStringTest, HostStringWithSpareCapacityIsReadAndReleased) {
   for (const std::size_t capacity : {16U, 31U, 40U, 4094U, 4095U, 4096U, 5000U}) {
     for (const std::size_t length : {0U, 3U, 16U}) {
       msvc::String string = MakeRoomyString(Letters(length), capacity);

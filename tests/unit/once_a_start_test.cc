@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(OnceAStartTest, OnlyTheFirstCallOfAStartIsTheFirst) {
+TEST(OnceAStartTest, OnlyTheFirstCallAfterAStartReturnsTrue) {
   OnceAStart line;
   EXPECT_TRUE(line.IsFirst()) << "no start was counted yet";
   EXPECT_FALSE(line.IsFirst());
@@ -13,7 +13,7 @@ TEST(OnceAStartTest, OnlyTheFirstCallOfAStartIsTheFirst) {
   EXPECT_FALSE(line.IsFirst());
 }
 
-TEST(OnceAStartTest, EachKindOfLineHasItsOwnFirstCall) {
+TEST(OnceAStartTest, EachLineCountsItsOwnCalls) {
   OnceAStart line;
   OnceAStart other;
   CountStart();

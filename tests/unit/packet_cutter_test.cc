@@ -12,7 +12,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// No two packets of it are equal.
+// Packets that all differ.
 Bytes NumberedPackets(std::size_t packets) {
   Bytes stream(packets * kTsPacketSize);
   for (std::size_t i = 0; i < stream.size(); ++i) {
@@ -21,7 +21,8 @@ Bytes NumberedPackets(std::size_t packets) {
   return stream;
 }
 
-// What is cut out of `stream` from `offset` on when it arrives in pieces of `piece` bytes.
+// The packets that are cut out of `stream` if it is received from `offset` on in pieces of `piece`
+// bytes.
 Bytes Cut(const Bytes& stream, std::size_t offset, std::size_t piece) {
   PacketCutter cutter(offset);
   CByteBuffer packets;
@@ -38,14 +39,14 @@ Bytes FromPacket(const Bytes& stream, std::size_t index) {
   return Bytes(stream.begin() + static_cast<std::ptrdiff_t>(index * kTsPacketSize), stream.end());
 }
 
-TEST(PacketCutterTest, StreamFromItsBeginningIsWholeWhateverThePieces) {
+TEST(PacketCutterTest, StreamFromItsStartIsCompleteWhateverThePieces) {
   const Bytes stream = NumberedPackets(10);
   for (const std::size_t piece : {1U, 2U, 47U, 187U, 188U, 189U, 376U, 1000U, 5000U}) {
     EXPECT_EQ(Cut(stream, 0, piece), stream) << "pieces of " << piece;
   }
 }
 
-TEST(PacketCutterTest, ResumeInMidPacketBeginsAtTheNextPacketFromEveryOffset) {
+TEST(PacketCutterTest, ResumeInMidPacketStartsAtTheNextPacketFromEveryOffset) {
   const Bytes stream = NumberedPackets(6);
   for (std::size_t offset = 1; offset <= 2 * kTsPacketSize; ++offset) {
     const std::size_t next = (offset + kTsPacketSize - 1) / kTsPacketSize;
@@ -69,7 +70,7 @@ TEST(PacketCutterTest, EmptyPieceChangesNothing) {
   EXPECT_EQ(packets.Size(), 0U);
 }
 
-TEST(PacketCutterTest, OffsetAtTheEndOfItsRangeSkipsNoMoreThanAPacket) {
+TEST(PacketCutterTest, LargestOffsetSkipsAtMostOnePacket) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   PacketCutter cutter(kMost);
   const Bytes stream = NumberedPackets(3);

@@ -1,4 +1,4 @@
-// Built with the address sanitizer only, which alone can tell released memory.
+// Built only with the address sanitizer, which detects released memory.
 #include <gtest/gtest.h>
 #include <sanitizer/asan_interface.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-TEST(PayloadLifetimeTest, PayloadKeptAfterTheCallIsReleasedMemory) {
+TEST(PayloadLifetimeTest, PayloadIsReleasedAfterTheCall) {
   ResetFrameQueues();
   const std::uint8_t bytes[] = {1, 2, 3, 4};
   FrameRecord frame;

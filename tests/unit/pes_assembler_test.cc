@@ -20,7 +20,7 @@ TEST(PesTimestampTest, AllThirtyThreeBitsAreRead) {
   EXPECT_EQ(get_pes_timestamp({0x28, 0x00, 0x00, 0x00, 0x02}), (std::uint64_t{1} << 32) + 1);
 }
 
-TEST(PesTimestampTest, MarkerBitsAndPrefixDoNotCount) {
+TEST(PesTimestampTest, MarkerBitsAndPrefixAreIgnored) {
   EXPECT_EQ(get_pes_timestamp({0xF1, 0x00, 0x01, 0x00, 0x01}), 0U);
 }
 
@@ -42,7 +42,7 @@ TEST_F(PesAssemblerTest, GapMarksThePacketUntilTheNextBegins) {
   pes_.CheckContinuity(2);
   EXPECT_EQ(pes_.cc_ok, 0U);
   EXPECT_EQ(pes_.intact, 0U);
-  EXPECT_EQ(pes_.last_cc, 0);  // not taken up while the packet is not intact
+  EXPECT_EQ(pes_.last_cc, 0);  // not updated while the packet is not intact
   pes_.CheckContinuity(1);
   EXPECT_EQ(pes_.cc_ok, 1U);
   EXPECT_EQ(pes_.intact, 0U);

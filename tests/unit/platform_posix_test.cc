@@ -12,7 +12,7 @@
 
 namespace {
 
-TEST(PlatformPosixTest, TextHasNoCodePageAndComesBackAsItIs) {
+TEST(PlatformPosixTest, TextHasNoCodePageAndIsUnchanged) {
   EXPECT_EQ(AnsiToUtf8("/tmp/\xC3\xA9\xFF.mp4"), "/tmp/\xC3\xA9\xFF.mp4");
 }
 
@@ -22,7 +22,7 @@ TEST(PlatformPosixTest, WidePathKeepsEveryByte) {
   EXPECT_EQ(std::string(wide.begin(), wide.end()), narrow);
 }
 
-// Sets the time zone of this process, which is the test's own.
+// Sets the time zone of the test's process.
 std::tm LocalTimeIn(const char* zone, std::time_t time) {
   setenv("TZ", zone, 1);  // NOLINT(concurrency-mt-unsafe): no other thread runs
   tzset();
@@ -44,7 +44,7 @@ TEST(PlatformPosixTest, LocalTimeIsThatOfTheTimeZone) {
 
 class UserCacheTest : public testing::Test {
  protected:
-  // Of this process, which is the test's own.
+  // Sets the environment of the test's process.
   static std::string CacheOf(const char* cache, const char* home) {
     Set("XDG_CACHE_HOME", cache);
     Set("HOME", home);
@@ -61,24 +61,24 @@ class UserCacheTest : public testing::Test {
   }
 };
 
-TEST_F(UserCacheTest, VariableOfItsOwnComesFirst) {
+TEST_F(UserCacheTest, CacheVariableHasPriority) {
   EXPECT_EQ(CacheOf("/fast/cache", "/home/u"), "/fast/cache/");
   EXPECT_EQ(platform::UserCacheDirectoryWide(), L"/fast/cache/");
 }
 
-TEST_F(UserCacheTest, HomeIsUsedWhereItIsUnsetOrEmptyOrRelative) {
+TEST_F(UserCacheTest, HomeIsUsedIfTheVariableIsUnsetOrEmptyOrRelative) {
   for (const char* const cache : {static_cast<const char*>(nullptr), "", "cache", "./cache"}) {
     EXPECT_EQ(CacheOf(cache, "/home/u"), "/home/u/.cache/");
   }
 }
 
-TEST_F(UserCacheTest, ThereIsNoneWithoutAHome) {
+TEST_F(UserCacheTest, NoCacheWithoutAHome) {
   EXPECT_EQ(CacheOf(nullptr, nullptr), "");
   EXPECT_EQ(CacheOf("", ""), "");
   EXPECT_EQ(CacheOf("cache", "u"), "");
 }
 
-TEST(PlatformPosixTest, PrivateDirectoryIsForItsUserAlone) {
+TEST(PlatformPosixTest, PrivateDirectoryIsAccessibleToItsUserOnly) {
   const std::filesystem::path path = std::filesystem::current_path() / "private";
   std::filesystem::remove(path);
   EXPECT_TRUE(platform::MakePrivateDirectory(path.wstring()));
@@ -88,7 +88,7 @@ TEST(PlatformPosixTest, PrivateDirectoryIsForItsUserAlone) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST(PlatformPosixTest, EverythingButARegularFileIsSpecial) {
+TEST(PlatformPosixTest, ExistingFileThatIsNotRegularIsSpecial) {
   const std::filesystem::path directory = testing::TempDir() + "special_files";
   std::filesystem::remove_all(directory);
   std::filesystem::create_directory(directory);

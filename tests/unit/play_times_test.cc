@@ -9,8 +9,7 @@
 
 namespace {
 
-// A queue with a spreader, and a plain copy of every node ever pushed, popped or not, on which the
-// same rules are followed step by step.
+// A queue whose frames get their play times from a spreader.
 class PlayTimesTest : public testing::Test {
  protected:
   ~PlayTimesTest() override {
@@ -55,38 +54,39 @@ TEST_F(PlayTimesTest, NewestFrameHasItsDistanceFromTheBase) {
   EXPECT_EQ(QueuedPlayTimes().back(), 1800U);
 }
 
-TEST_F(PlayTimesTest, FrameBeforeTheBaseHasItsDistanceToo) {
+TEST_F(PlayTimesTest, DistanceOfAFrameBeforeTheBaseIsPositive) {
   Push(90'000);
   Push(88'000);
   EXPECT_EQ(QueuedPlayTimes().back(), 2000U);
 }
 
-TEST_F(PlayTimesTest, FramesInOrderAreSpreadOneAnchorBehind) {
+TEST_F(PlayTimesTest, FramesInOrderAreInterpolatedOneAnchorLate) {
   for (std::uint64_t i = 0; i < 4; ++i) Push(90'000 + i * 3600);
-  // Each anchor and the newest frame make two nodes, so a step is half the distance of the anchors.
+  // There are two nodes from each anchor to the newest frame, so a step is half the distance
+  // between the anchors.
   EXPECT_EQ(QueuedPlayTimes(), (Times{0, 1800, 5400, 10'800}));
 }
 
 TEST_F(PlayTimesTest, FramesOutOfOrderShareTheDistanceOfTheirAnchors) {
   Push(90'000);   // anchor
-  Push(100'800);  // anchor: step 0 for the first
+  Push(100'800);  // anchor: step 0 for the first frame
   Push(93'600);
   Push(97'200);
-  Push(111'600);  // anchor: four nodes from the one before, distance 10800, step 2700
+  Push(111'600);  // anchor: four nodes from the previous one, distance 10800, step 2700
   EXPECT_EQ(QueuedPlayTimes(), (Times{0, 2700, 5400, 8100, 21'600}));
 }
 
-TEST_F(PlayTimesTest, FramesTakenInBetweenDoNotChangeTheValuesOfTheRest) {
+TEST_F(PlayTimesTest, RemovedFramesDoNotChangeTheValuesOfTheRest) {
   Push(90'000);
   Push(100'800);
   Push(93'600);
-  for (int i = 0; i < 2; ++i) EXPECT_NE(Pop(), nullptr);  // the anchor is gone
+  for (int i = 0; i < 2; ++i) EXPECT_NE(Pop(), nullptr);  // the anchor is removed too
   Push(97'200);
   Push(111'600);
   EXPECT_EQ(QueuedPlayTimes(), (Times{5400, 8100, 21'600}));
 }
 
-TEST_F(PlayTimesTest, EmptiedQueueDoesNotDisturbTheSpreading) {
+TEST_F(PlayTimesTest, EmptiedQueueDoesNotDisturbTheInterpolation) {
   Push(90'000);
   Push(100'800);
   while (Pop()) {
@@ -103,14 +103,14 @@ TEST_F(PlayTimesTest, BaseOfZeroIsReplacedByTheNextAnchor) {
   EXPECT_EQ(spreader_.InitialPlayTime(93'600), 3600U);
 }
 
-TEST_F(PlayTimesTest, SumThatWrapsBelowZeroComesBackAsZero) {
+TEST_F(PlayTimesTest, SumThatWrapsBelowZeroBecomesZero) {
   Push(0);
   Push(90'000);
-  Push(93'600);  // t begins at 0 - 90000, which rounds up to 2^64 in single precision
+  Push(93'600);  // t starts at 0 - 90000, which rounds up to 2^64 in single precision
   EXPECT_EQ(QueuedPlayTimes(), (Times{0, 0, 3600}));
 }
 
-// All nodes ever pushed, none taken: the rules in their plainest form.
+// A reference model: the same rules over all frames ever pushed, none of them removed.
 class PlainSpreading {
  public:
   void Push(std::uint64_t pts) {
@@ -148,7 +148,7 @@ class PlainSpreading {
   std::uint64_t base_ = 0;
 };
 
-TEST_F(PlayTimesTest, RandomPushesAndPopsGiveTheValuesOfAQueueThatWasNeverTouched) {
+TEST_F(PlayTimesTest, RandomPushesAndPopsMatchTheReferenceModel) {
   std::mt19937 random(7);  // NOLINT: the same run every time
   PlainSpreading plain;
   std::size_t taken = 0;

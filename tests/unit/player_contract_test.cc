@@ -1,5 +1,5 @@
-// The binary contract with hosts: calls arrive in the right slots of the player's virtual table,
-// with their arguments where a separately built program expects them.
+// The binary contract with hosts: calls use the right slots of the player's virtual table, and
+// their arguments are where a separately built program expects them.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -19,12 +19,12 @@ static_assert(std::is_standard_layout_v<MediaFrame>);
 static_assert(sizeof(CStreamDownloader) == 48);
 static_assert(!std::is_polymorphic_v<CStreamDownloader>);
 
-// An object laid out as the ABI lays out an instance of a class with virtual functions: a pointer
-// to a table of functions, then whatever the host likes. No compiler's idea of CStreamPlayerImp is
-// used.
+// An object with the layout that the ABI defines for a class with virtual functions: a pointer to a
+// table of functions, then the host's fields. It does not use this compiler's layout of
+// CStreamPlayerImp.
 struct RawPlayer {
   void* const* table;
-  std::vector<int> slots;  // in the order of the calls
+  std::vector<int> slots;  // of the calls, in their order
   float seconds = 0;
   MediaFrame frame{};
   std::string text;

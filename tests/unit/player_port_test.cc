@@ -42,7 +42,7 @@ TEST(PlayerPortTest, VideoFrameArrivesWithItsTimesAndPayload) {
 }
 
 TEST(PlayerPortTest, AudioFrameIsPrecededByItsClock) {
-  RecordingPlayer player;  // fails by itself on a frame before its clock
+  RecordingPlayer player;  // fails the test if a frame precedes its clock
   std::uint8_t payload[] = {1, 2, 3};
   PlayerPort(&player).AudioFrame(ThreeByteFrame(payload));
   const auto record = player.Snapshot();
@@ -60,7 +60,7 @@ TEST(PlayerPortTest, AudioClockDropsTheFractionOfASecond) {
   EXPECT_EQ(player.Snapshot().clocks, (std::vector<float>{0.0F, 1.0F}));
 }
 
-TEST(PlayerPortTest, LinesAndTimesGoToTheCallsOfTheirKind) {
+TEST(PlayerPortTest, LinesAndTimesUseTheCallsOfTheirKind) {
   RecordingPlayer player;
   const PlayerPort port(&player);
   port.Message("PLAY M3U8 OK:");
@@ -75,7 +75,7 @@ TEST(PlayerPortTest, LinesAndTimesGoToTheCallsOfTheirKind) {
   EXPECT_TRUE(static_cast<bool>(port));
 }
 
-TEST(PlayerPortTest, WithoutAPlayerNothingIsCalled) {
+TEST(PlayerPortTest, NothingIsCalledWithoutAPlayer) {
   const PlayerPort nobody(nullptr);
   std::uint8_t payload[] = {1, 2, 3};
   nobody.Message("PLAY TS:");
@@ -87,7 +87,7 @@ TEST(PlayerPortTest, WithoutAPlayerNothingIsCalled) {
   EXPECT_FALSE(static_cast<bool>(nobody));
 }
 
-TEST(PlayerPortTest, WhatThePlayerThrowsEndsTheCallOnly) {
+TEST(PlayerPortTest, ExceptionOfThePlayerEndsOnlyThatCall) {
   ThrowingPlayer player;
   const PlayerPort port(&player);
   std::uint8_t payload[] = {1, 2, 3};
@@ -97,10 +97,10 @@ TEST(PlayerPortTest, WhatThePlayerThrowsEndsTheCallOnly) {
   port.BufferedTime(1);
   port.VideoFrame(ThreeByteFrame(payload));
   port.AudioFrame(ThreeByteFrame(payload));
-  EXPECT_EQ(player.calls, 7) << "the frame follows its clock all the same";
+  EXPECT_EQ(player.calls, 7) << "the frame is delivered although its clock threw";
 }
 
-TEST(PlayerPortTest, WhatThePlayerThrowsIsLoggedOnceAStart) {
+TEST(PlayerPortTest, ExceptionOfThePlayerIsLoggedOncePerStart) {
   ThrowingPlayer player;
   const PlayerPort port(&player);
   testing::internal::CaptureStdout();

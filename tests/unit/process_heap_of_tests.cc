@@ -1,4 +1,4 @@
-// The heap of the process on systems where the library has no use for it.
+// Replaces the heap of the process on systems where the library does not use it.
 #include <cstdlib>
 
 #include "msvc/process_heap.h"

@@ -1,5 +1,5 @@
-// Built for Linux without a sanitizer only: what the process holds in memory is that of the
-// component alone there, and can be read.
+// Built only for Linux without a sanitizer. There the resident memory can be read and contains only
+// the component's memory.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
 
-// Of two hundred megabytes in all.
+// 200 MB of video in all.
 constexpr int kFrames = 2'000;
 constexpr std::int32_t kVideoSize = 100'000;
 constexpr std::int32_t kAudioSize = 400;
@@ -31,7 +31,7 @@ void Drain(FrameQueue& queue) {
   }
 }
 
-TEST(ResidentMemoryTest, VideoThatWasTakenWhileAudioWaitsIsNotResident) {
+TEST(ResidentMemoryTest, DeliveredVideoIsNotResidentWhileAudioWaits) {
   FrameQueue video;
   FrameQueue audio;
   const std::size_t before = ResidentSize();
@@ -44,7 +44,7 @@ TEST(ResidentMemoryTest, VideoThatWasTakenWhileAudioWaitsIsNotResident) {
   Drain(audio);
 }
 
-TEST(ResidentMemoryTest, VideoDrainedFirstIsNotResidentAnyMore) {
+TEST(ResidentMemoryTest, VideoDrainedFirstIsNotResident) {
   FrameQueue video;
   FrameQueue audio;
   const std::size_t before = ResidentSize();
@@ -52,7 +52,7 @@ TEST(ResidentMemoryTest, VideoDrainedFirstIsNotResidentAnyMore) {
     Push(kVideoSize, true, video);
     Push(kAudioSize, false, audio);
   }
-  EXPECT_GT(ResidentSize(), before + video.heldBytes / 2) << "nothing is measured";
+  EXPECT_GT(ResidentSize(), before + video.heldBytes / 2) << "the frames are not measured";
   EXPECT_LE(ResidentSize(), before + video.heldBytes + audio.heldBytes + kMostBeyond);
   Drain(video);
   EXPECT_LE(ResidentSize(), before + audio.heldBytes + kMostBeyond);
@@ -72,7 +72,7 @@ TEST(ResidentMemoryTest, ConsumedPartOfALargeBacklogIsNotResident) {
   ASSERT_EQ(buffer.Initialize(), kBufferOk);
   const std::size_t before = ResidentSize();
   Append(buffer, kBacklog);
-  EXPECT_GT(ResidentSize(), before + kBacklog / 2) << "nothing is measured";
+  EXPECT_GT(ResidentSize(), before + kBacklog / 2) << "the backlog is not measured";
   while (buffer.Size() >= 188) {
     ASSERT_EQ(buffer.MoveStart(188), kBufferOk);
     if (buffer.Size() % 1000 == 0) {
@@ -82,8 +82,9 @@ TEST(ResidentMemoryTest, ConsumedPartOfALargeBacklogIsNotResident) {
   EXPECT_LE(ResidentSize(), before + kMostBeyond);
 }
 
-// After it was twice as large, and also when the unread bytes were moved to the start of the block.
-TEST(ResidentMemoryTest, BacklogThatKeepsItsSizeForLongHoldsNoMoreThanThat) {
+// The backlog was twice as large before. At times its unread bytes are moved to the start of the
+// block.
+TEST(ResidentMemoryTest, BacklogOfConstantSizeHoldsNoMoreMemoryThanThat) {
   constexpr std::uint32_t kStep = 1 << 20;
   constexpr std::uint32_t kBacklog = 50 * kStep;
   CByteBuffer buffer;
@@ -101,7 +102,7 @@ TEST(ResidentMemoryTest, BacklogThatKeepsItsSizeForLongHoldsNoMoreThanThat) {
   EXPECT_LE(ResidentSize(), before + kMostBeyond);
 }
 
-TEST(ResidentMemoryTest, BufferThatIsUsedAgainAfterALargeBacklogHoldsNoMoreThanIsUnread) {
+TEST(ResidentMemoryTest, BufferReusedAfterALargeBacklogHoldsOnlyItsUnreadBytes) {
   constexpr std::uint32_t kStep = 1 << 20;
   CByteBuffer buffer;
   ASSERT_EQ(buffer.Initialize(), kBufferOk);
@@ -116,7 +117,7 @@ TEST(ResidentMemoryTest, BufferThatIsUsedAgainAfterALargeBacklogHoldsNoMoreThanI
   }
 }
 
-// The heap may place something small after a block, and then keeps the block when it is released.
+// The heap may place a small block after a large one and then keep the large one when it is freed.
 TEST(ResidentMemoryTest, ReleasedCopyBufferIsNotResident) {
   constexpr std::int32_t kSize = 30'000'000;
   const std::vector<std::uint8_t> bytes(kSize, 0x47);

@@ -19,14 +19,14 @@ class SilenceWatchTest : public testing::Test {
   SilenceWatch watch_{seconds(10), start_};
 };
 
-TEST_F(SilenceWatchTest, TransferThatNeverReceivesAByteIsTooLongSilentAtTheLimit) {
+TEST_F(SilenceWatchTest, TransferWithoutAnyByteIsTooLongSilentAtTheLimit) {
   EXPECT_FALSE(IsTooLong(watch_, 0, seconds(0)));
   EXPECT_FALSE(IsTooLong(watch_, 0, seconds(9)));
   EXPECT_TRUE(IsTooLong(watch_, 0, seconds(10)));
   EXPECT_TRUE(IsTooLong(watch_, 0, seconds(60)));
 }
 
-TEST_F(SilenceWatchTest, OneByteInNineSecondsGoesOnForEver) {
+TEST_F(SilenceWatchTest, OneByteEveryNineSecondsIsNeverTooLongSilent) {
   for (int i = 1; i <= 1'000; ++i) {
     const auto now = seconds(9) * i;
     EXPECT_FALSE(IsTooLong(watch_, static_cast<std::uint64_t>(i), now));
@@ -39,18 +39,18 @@ TEST_F(SilenceWatchTest, SilenceAfterManyBytesCountsFromTheLastOfThem) {
   EXPECT_TRUE(IsTooLong(watch_, 5'000, seconds(15)));
 }
 
-TEST_F(SilenceWatchTest, BytesSeenAtTheLimitEndTheSilence) {
+TEST_F(SilenceWatchTest, BytesFoundAfterTheLimitEndTheSilence) {
   EXPECT_FALSE(IsTooLong(watch_, 0, seconds(9)));
   EXPECT_FALSE(IsTooLong(watch_, 1, seconds(30)));
   EXPECT_FALSE(IsTooLong(watch_, 1, seconds(39)));
 }
 
-TEST_F(SilenceWatchTest, CountThatStartsAgainEndsTheSilence) {
+TEST_F(SilenceWatchTest, ByteCountThatRestartsEndsTheSilence) {
   EXPECT_FALSE(IsTooLong(watch_, 300, seconds(1)));
   EXPECT_FALSE(IsTooLong(watch_, 20, seconds(11)));
 }
 
-TEST_F(SilenceWatchTest, WithoutALimitNoSilenceIsTooLong) {
+TEST_F(SilenceWatchTest, NoSilenceIsTooLongWithoutALimit) {
   SilenceWatch watch(seconds(0), start_);
   EXPECT_FALSE(IsTooLong(watch, 0, seconds(0)));
   EXPECT_FALSE(IsTooLong(watch, 0, seconds(1'000'000)));

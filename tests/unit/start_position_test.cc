@@ -13,7 +13,7 @@ TEST(StartPositionTest, HoursMinutesSecondsAndMillisecondsArePadded) {
   EXPECT_EQ(StartPositionLine("TS", 3725.5F, 0), "PLAY TS StartPostion:01:02:05.500 Q:0.000000s");
 }
 
-TEST(StartPositionTest, PartOfAMillisecondIsCutOff) {
+TEST(StartPositionTest, MillisecondsAreTruncated) {
   EXPECT_EQ(PositionMilliseconds(1.9996F), 1999);
   EXPECT_EQ(PositionMilliseconds(-1.9996F), -1999);
   EXPECT_EQ(StartPositionLine("M3U8", 59.9996F), "PLAY M3U8 StartPostion:00:00:59.999");
@@ -28,12 +28,12 @@ TEST(StartPositionTest, ElapsedTicksAreDividedByAThousand) {
   EXPECT_EQ(StartPositionLine("MP4", 1.0F, 250), "PLAY MP4 StartPostion:00:00:01.000 Q:0.250000s");
 }
 
-TEST(StartPositionTest, LineWithoutATimeEndsBehindThePosition) {
+TEST(StartPositionTest, LineWithoutATimeEndsAfterThePosition) {
   EXPECT_EQ(StartPositionLine("M3U8", 3725.5F), "PLAY M3U8 StartPostion:01:02:05.500");
   EXPECT_EQ(StartPositionLine("M3U8", 216'000.0F), "PLAY M3U8 StartPostion:00:00:00.000");
 }
 
-TEST(StartPositionTest, PositionsThatDoNotFitIn32BitsGiveTheSmallestNumber) {
+TEST(StartPositionTest, PositionsBeyond32BitsBecomeTheSmallestNumber) {
   constexpr int kMin = std::numeric_limits<int>::min();
   EXPECT_EQ(PositionMilliseconds(3'000'000.0F), kMin);
   EXPECT_EQ(PositionMilliseconds(-3'000'000.0F), kMin);
@@ -41,13 +41,13 @@ TEST(StartPositionTest, PositionsThatDoNotFitIn32BitsGiveTheSmallestNumber) {
   EXPECT_EQ(PositionMilliseconds(std::numeric_limits<float>::quiet_NaN()), kMin);
 }
 
-TEST(StartPositionTest, FrameAtNinePointNineSecondsLiesBeforeTenAndNotBeforeNine) {
+TEST(StartPositionTest, FrameAtNinePointNineSecondsIsBeforeTenAndNotBeforeNine) {
   EXPECT_TRUE(LiesBefore(10.0F, 891'000));
   EXPECT_FALSE(LiesBefore(9.0F, 891'000));
   EXPECT_FALSE(LiesBefore(0.0F, 0));
 }
 
-TEST(FormatTextTest, TextOfMoreThan1024CharactersIsEmpty) {
+TEST(FormatTextTest, TextAbove1024CharactersIsEmpty) {
   const std::string longest(1024, 'x');
   EXPECT_EQ(FormatText("%s", longest.c_str()), longest);
   EXPECT_EQ(FormatText("%sy", longest.c_str()), "");
@@ -60,7 +60,7 @@ TEST(FormatTextTest, FixedTextHasSixDigitsAfterThePoint) {
   EXPECT_EQ(FixedText(-0.5), "-0.500000");
 }
 
-TEST(FormatTextTest, FixedTextOfTheLargestNumberIsWhole) {
+TEST(FormatTextTest, FixedTextOfTheLargestNumberIsComplete) {
   const std::string text = FixedText(std::numeric_limits<double>::lowest());
   EXPECT_TRUE(text.starts_with("-17976931348623157")) << text;
   EXPECT_EQ(text.find('.'), 1U + 309) << text;

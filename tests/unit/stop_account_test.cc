@@ -20,7 +20,7 @@ class StopAccountTest : public testing::Test {
   StopAccount account_{[this] { return running_.load(); }};
 };
 
-TEST_F(StopAccountTest, SleepsBeforeTheStopAreNotJudged) {
+TEST_F(StopAccountTest, SleepsBeforeTheStopDoNotCount) {
   for (int i = 0; i < 3; ++i) SleepFor(milliseconds(2));
   running_ = false;
   EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
@@ -37,7 +37,7 @@ TEST_F(StopAccountTest, EachThreadMayBeginOneSleepAfterTheStop) {
   EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
 }
 
-TEST_F(StopAccountTest, SecondSleepOfAThreadAfterTheStopIsTooMuch) {
+TEST_F(StopAccountTest, SecondSleepOfAThreadAfterTheStopIsNotPrompt) {
   running_ = false;
   SleepFor(milliseconds(1));
   SleepFor(milliseconds(1));
@@ -46,14 +46,14 @@ TEST_F(StopAccountTest, SecondSleepOfAThreadAfterTheStopIsTooMuch) {
   EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
 }
 
-TEST_F(StopAccountTest, SleepAfterTheStopThatIsLongerThanThePaceIsTooMuch) {
+TEST_F(StopAccountTest, SleepAfterTheStopAboveThePaceIsNotPrompt) {
   running_ = false;
   SleepFor(milliseconds(2));
   EXPECT_FALSE(account_.WasPrompt(milliseconds(1)));
   EXPECT_TRUE(account_.WasPrompt(milliseconds(2)));
 }
 
-TEST_F(StopAccountTest, WaitEndsWhenItIsMetAndNotByItsLimit) {
+TEST_F(StopAccountTest, WaitEndsByItsConditionAndNotByItsLimit) {
   std::mutex mutex;
   std::condition_variable condition;
   std::promise<void> waiting;
@@ -65,14 +65,14 @@ TEST_F(StopAccountTest, WaitEndsWhenItIsMetAndNotByItsLimit) {
     });
   });
   waiting.get_future().wait();
-  { const std::lock_guard lock(mutex); }  // it waits by now
+  { const std::lock_guard lock(mutex); }  // the thread waits now
   running_ = false;
   condition.notify_all();
   EXPECT_TRUE(waited.get());
   EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
 }
 
-TEST_F(StopAccountTest, WaitsMayPassAtOnce) {
+TEST_F(StopAccountTest, WaitsMayEndAtOnce) {
   std::mutex mutex;
   std::condition_variable condition;
   std::unique_lock lock(mutex);

@@ -25,7 +25,7 @@ class StopProtocolTest : public testing::Test {
     return {"ts", running_, pool_, gate_, [this] { wake_(); }};
   }
 
-  // What StopPipeline writes to the console, and into `result` what it returns.
+  // The console output of StopPipeline. `result` receives its return value.
   std::string Stop(bool& result) {
     testing::internal::CaptureStdout();
     result = StopPipeline(Pipeline());
@@ -37,7 +37,7 @@ class StopProtocolTest : public testing::Test {
     return result;
   }
 
-  // Queues as many frames as make sure that a single pop does not empty a queue.
+  // Queues more than one frame of each kind, so that a single pop does not empty a queue.
   static void QueueFrames() {
     for (int i = 0; i < 3; ++i) {
       Queue(g_videoQueue, true);
@@ -58,7 +58,7 @@ class StopProtocolTest : public testing::Test {
   CThreadPool pool_{1};
 };
 
-TEST_F(StopProtocolTest, LineFlagWakeTasksVideoAudioIsTheOrder) {
+TEST_F(StopProtocolTest, OrderIsLineFlagWakeTasksVideoAudio) {
   std::promise<void> woken;
   std::promise<void> begun;
   pool_.AddTask(gate_.Admit([&] {
@@ -96,7 +96,7 @@ TEST_F(StopProtocolTest, AudioQueueIsEmptied) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TEST_F(StopProtocolTest, FramesThatATaskQueuesAfterTheFlagWasClearedAreDroppedToo) {
+TEST_F(StopProtocolTest, FramesQueuedByATaskAfterTheFlagWasClearedAreDroppedToo) {
   std::promise<void> woken;
   std::promise<void> begun;
   pool_.AddTask(gate_.Admit([&] {
@@ -111,7 +111,7 @@ TEST_F(StopProtocolTest, FramesThatATaskQueuesAfterTheFlagWasClearedAreDroppedTo
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TEST_F(StopProtocolTest, ClearFlagReturnsFalseWithoutALineAndLeavesTheQueuesAlone) {
+TEST_F(StopProtocolTest, ClearFlagReturnsFalseWithoutALineAndLeavesTheQueuesUnchanged) {
   running_ = false;
   QueueFrames();
   bool was_running = true;
@@ -121,7 +121,7 @@ TEST_F(StopProtocolTest, ClearFlagReturnsFalseWithoutALineAndLeavesTheQueuesAlon
   EXPECT_NE(PopAudioFrame(), nullptr);
 }
 
-TEST_F(StopProtocolTest, TasksAreWokenAndJoinedAlsoWhenTheFlagIsClear) {
+TEST_F(StopProtocolTest, TasksAreWokenAndJoinedEvenIfTheFlagIsClear) {
   running_ = false;
   std::promise<void> woken;
   std::promise<void> begun;
@@ -129,7 +129,7 @@ TEST_F(StopProtocolTest, TasksAreWokenAndJoinedAlsoWhenTheFlagIsClear) {
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
     woken.get_future().wait_for(kTestLimit);
-    for (int i = 0; i < 1000; ++i) std::this_thread::yield();  // a stop that joins still waits
+    for (int i = 0; i < 1000; ++i) std::this_thread::yield();  // a stop that joins waits for this
     ended = true;
   }));
   begun.get_future().wait();
@@ -141,13 +141,13 @@ TEST_F(StopProtocolTest, TasksAreWokenAndJoinedAlsoWhenTheFlagIsClear) {
   EXPECT_FALSE(StopPipeline(Pipeline()));
   EXPECT_TRUE(was_woken);
   EXPECT_TRUE(ended.load());
-  if (!was_woken) woken.set_value();  // so that the task ends before what it uses is gone
+  if (!was_woken) woken.set_value();  // the task must end before the objects it uses
   pool_.Stop();
 }
 
-// The one worker is in the first task. Behind it wait one that was admitted and one that was not,
-// which shows when the one before it was taken.
-TEST_F(StopProtocolTest, AdmittedTaskThatHasNotBegunNeverRuns) {
+// The only worker runs the first task while two tasks wait: an admitted task, and a task without
+// admission, which shows when the admitted task has been removed from the pool.
+TEST_F(StopProtocolTest, AdmittedTaskThatHasNotStartedNeverRuns) {
   std::promise<void> release;
   std::promise<void> begun;
   std::promise<void> taken;
@@ -167,7 +167,7 @@ TEST_F(StopProtocolTest, AdmittedTaskThatHasNotBegunNeverRuns) {
   EXPECT_FALSE(has_run.load()) << "the gate was closed too late";
 }
 
-TEST_F(StopProtocolTest, AdmittedTaskThatWasLeftInThePoolDoesNotRunAfterTheNextStart) {
+TEST_F(StopProtocolTest, AdmittedTaskLeftInThePoolDoesNotRunAfterTheNextStart) {
   std::promise<void> woken;
   std::promise<void> begun;
   std::atomic<bool> has_run{false};

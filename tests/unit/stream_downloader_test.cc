@@ -15,7 +15,7 @@ namespace {
 
 using Fields = std::array<void*, 6>;
 
-// The layout of the facade is part of the contract, so it is looked at as bytes.
+// The layout of the facade is part of the contract, so the tests read it as bytes.
 Fields FieldsOf(const CStreamDownloader& downloader) {
   Fields fields{};
   static_assert(sizeof(fields) == sizeof(downloader));
@@ -25,7 +25,7 @@ Fields FieldsOf(const CStreamDownloader& downloader) {
 
 class StreamDownloaderTest : public testing::Test {
  protected:
-  // What BeginDownload told the player at once, about an address under which there is nothing.
+  // The first line that BeginDownload reports for an address where nothing exists.
   std::string FirstLine(const std::string& url) {
     player_.Forget();
     downloader_.BeginDownload(url);
@@ -38,12 +38,12 @@ class StreamDownloaderTest : public testing::Test {
   CStreamDownloader downloader_{&player_};
 };
 
-TEST_F(StreamDownloaderTest, EmptyAddressIsRefusedInSilence) {
+TEST_F(StreamDownloaderTest, EmptyAddressIsRefusedWithoutALine) {
   EXPECT_FALSE(downloader_.BeginDownload(""));
   EXPECT_TRUE(player_.Snapshot().messages.empty());
 }
 
-TEST_F(StreamDownloaderTest, LineBreakBehindAnFlvAddressIsCleanedButToldAsReceived) {
+TEST_F(StreamDownloaderTest, LineBreakAfterAnFlvAddressIsRemovedButReportedAsReceived) {
   EXPECT_EQ(FirstLine("file:///no/such.flv\r\n"), "PLAY FLV:file:///no/such.flv\r\n");
 }
 
@@ -64,12 +64,12 @@ TEST_F(StreamDownloaderTest, RtmpAddressWithHttpAndAMarkerGoesToThatFormat) {
   EXPECT_EQ(FirstLine("rtmp://host/a.flv?from=http"), "PLAY FLV:rtmp://host/a.flv?from=http");
 }
 
-TEST_F(StreamDownloaderTest, CapitalsAreRefused) {
+TEST_F(StreamDownloaderTest, AddressInCapitalsIsRefused) {
   EXPECT_FALSE(downloader_.BeginDownload("HTTP://HOST/A.TS"));
   EXPECT_EQ(FirstLine("HTTP://HOST/A.TS"), "PLAY UNKOWN:HTTP://HOST/A.TS");
 }
 
-TEST_F(StreamDownloaderTest, ExtensionInCapitalsIsNoMarker) {
+TEST_F(StreamDownloaderTest, ExtensionInCapitalsIsIgnored) {
   EXPECT_EQ(FirstLine("http://127.0.0.1/A.TS"), "PLAY MP4:http://127.0.0.1/A.TS");
 }
 
@@ -81,16 +81,16 @@ TEST_F(StreamDownloaderTest, FileAddressWithoutAKnownMarkerGoesToMp4) {
   EXPECT_EQ(FirstLine("file:///no/such"), "PLAY MP4:file:///no/such");
 }
 
-TEST_F(StreamDownloaderTest, FileSchemeAnywhereButAtTheStartIsRefused) {
+TEST_F(StreamDownloaderTest, FileSchemeThatIsNotAtTheStartIsRefused) {
   EXPECT_EQ(FirstLine("x file:///no/such.flv"), "PLAY UNKOWN:x file:///no/such.flv");
 }
 
-TEST_F(StreamDownloaderTest, M3u8WinsOverTsInTheQuery) {
+TEST_F(StreamDownloaderTest, M3u8HasPriorityOverTsInTheQuery) {
   EXPECT_EQ(FirstLine("http://127.0.0.1/list.m3u8?next=a.ts"),
             "PLAY M3U8:http://127.0.0.1/list.m3u8?next=a.ts");
 }
 
-TEST_F(StreamDownloaderTest, TsWinsOverFlv) {
+TEST_F(StreamDownloaderTest, TsHasPriorityOverFlv) {
   EXPECT_EQ(FirstLine("file:///no/such.flv.ts"), "PLAY TS:file:///no/such.flv.ts");
 }
 
@@ -107,13 +107,13 @@ TEST_F(StreamDownloaderTest, HighByteWithoutAPartnerEndsTheAddressBeforeItsMarke
             "PLAY MP4:http://127.0.0.1/\xE4\xB8\xAD.flv");
 }
 
-TEST_F(StreamDownloaderTest, WithoutAPipelineEndAndPositionReturnFalse) {
+TEST_F(StreamDownloaderTest, EndAndPositionReturnFalseWithoutAPipeline) {
   EXPECT_FALSE(downloader_.EndDownload());
   EXPECT_FALSE(downloader_.SetStartPostion(10));
   EXPECT_TRUE(player_.Snapshot().messages.empty());
 }
 
-TEST_F(StreamDownloaderTest, PipelineOnceMadeTakesPositionsAlsoWhileStopped) {
+TEST_F(StreamDownloaderTest, StoppedPipelineStillTakesPositions) {
   FirstLine("file:///no/such.ts");
   EXPECT_FALSE(downloader_.EndDownload());
   EXPECT_TRUE(downloader_.SetStartPostion(3725.5F));
@@ -121,7 +121,7 @@ TEST_F(StreamDownloaderTest, PipelineOnceMadeTakesPositionsAlsoWhileStopped) {
             "PLAY TS StartPostion:01:02:05.500 Q:");
 }
 
-TEST_F(StreamDownloaderTest, EveryPipelineThatThereIsTakesAPositionInTheSameOrder) {
+TEST_F(StreamDownloaderTest, EveryExistingPipelineTakesAPositionInAFixedOrder) {
   for (const char* url : {"file:///no/such.ts", "file:///no/such.mp4", "file:///no/such.flv",
                           "file:///no/such.m3u8"}) {
     FirstLine(url);
@@ -136,7 +136,7 @@ TEST_F(StreamDownloaderTest, EveryPipelineThatThereIsTakesAPositionInTheSameOrde
   EXPECT_TRUE(messages[3].starts_with("PLAY TS StartPostion:00:00:01.000 Q:"));
 }
 
-TEST_F(StreamDownloaderTest, EveryPipelineThatRunsIsStoppedInTheSameOrder) {
+TEST_F(StreamDownloaderTest, EveryRunningPipelineIsStoppedInAFixedOrder) {
   for (const char* url : {"file:///no/such.ts", "file:///no/such.mp4", "file:///no/such.flv",
                           "file:///no/such.m3u8"}) {
     downloader_.BeginDownload(url);
@@ -155,7 +155,7 @@ TEST_F(StreamDownloaderTest, EveryPipelineThatRunsIsStoppedInTheSameOrder) {
   EXPECT_FALSE(downloader_.EndDownload());
 }
 
-TEST_F(StreamDownloaderTest, OneThatRunsIsEnoughForAStopToSayYes) {
+TEST_F(StreamDownloaderTest, StopReturnsTrueIfOnePipelineRuns) {
   FirstLine("file:///no/such.ts");
   downloader_.BeginDownload("file:///no/such.m3u8");
   EXPECT_TRUE(downloader_.EndDownload());
@@ -163,7 +163,7 @@ TEST_F(StreamDownloaderTest, OneThatRunsIsEnoughForAStopToSayYes) {
   EXPECT_TRUE(downloader_.EndDownload());
 }
 
-TEST_F(StreamDownloaderTest, DestroyedFacadeTakesItsHlsPipelineWithIt) {
+TEST_F(StreamDownloaderTest, DestructorStopsTheHlsPipeline) {
   {
     CStreamDownloader inner(&player_);
     inner.BeginDownload("file:///no/such.m3u8");
@@ -173,7 +173,7 @@ TEST_F(StreamDownloaderTest, DestroyedFacadeTakesItsHlsPipelineWithIt) {
   EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
 }
 
-TEST_F(StreamDownloaderTest, WithoutAPlayerEverythingIsSilent) {
+TEST_F(StreamDownloaderTest, FacadeWithoutAPlayerIsSilent) {
   CStreamDownloader silent(nullptr);
   EXPECT_FALSE(silent.BeginDownload("rtmp://host/a"));
   EXPECT_TRUE(silent.BeginDownload("file:///no/such.m3u8"));
@@ -192,7 +192,7 @@ TEST_F(StreamDownloaderTest, PlayerThatThrowsDisturbsNoCallOfTheFacade) {
     EXPECT_TRUE(downloader.BeginDownload(url));
     EXPECT_TRUE(downloader.SetStartPostion(1));
     EXPECT_TRUE(downloader.EndDownload());
-    EXPECT_FALSE(downloader.EndDownload()) << "the stop was not whole";
+    EXPECT_FALSE(downloader.EndDownload()) << "the stop was incomplete";
   }
   EXPECT_GE(player.calls, 7);
 }
@@ -205,7 +205,7 @@ TEST_F(StreamDownloaderTest, AssignmentSharesPlayerAndPipelines) {
   EXPECT_TRUE(other.SetStartPostion(1));
 }
 
-TEST(StreamDownloaderLayoutTest, SixPointersThePlayerFirst) {
+TEST(StreamDownloaderLayoutTest, PlayerIsTheFirstOfSixPointers) {
   RecordingPlayer player;
   const CStreamDownloader downloader(&player);
   const Fields fields = FieldsOf(downloader);
@@ -213,7 +213,7 @@ TEST(StreamDownloaderLayoutTest, SixPointersThePlayerFirst) {
   for (std::size_t i = 1; i < fields.size(); ++i) EXPECT_EQ(fields[i], nullptr);
 }
 
-TEST(StreamDownloaderLayoutTest, AutoClassInitZeroFillsTheGivenBytes) {
+TEST(StreamDownloaderLayoutTest, AutoClassInitZeroesTheGivenBytes) {
   RecordingPlayer player;
   CStreamDownloader downloader(&player);
   downloader.__autoclassinit2(sizeof(void*));

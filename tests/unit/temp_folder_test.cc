@@ -41,12 +41,12 @@ TEST(TempFolderTest, DirectoryInTheCacheIsNamedByAHashOfTheExecutable) {
             L"C:\\Local\\stream_downloader\\tmp\\af63dc4c8601ec8c");
 }
 
-TEST(TempFolderTest, TwoExecutablesShareNoDirectoryInTheCache) {
+TEST(TempFolderTest, ExecutablesHaveDifferentDirectoriesInTheCache) {
   const std::string cache = "/home/u/.cache/";
   EXPECT_NE(TempDirInCache(cache, L"/usr/bin/one"), TempDirInCache(cache, L"/usr/bin/two"));
 }
 
-// --- A directory that cannot be made ---
+// --- A directory that cannot be created ---
 
 class BlockedTempFolderTest : public testing::Test {
  protected:
@@ -63,7 +63,7 @@ class BlockedTempFolderTest : public testing::Test {
     return names;
   }
 
-  // Where neither directory can be written.
+  // The line if neither directory can be written.
   std::string LineAboutBoth() const {
     return "Cache files cannot be written in " + folder_.Beside().string() + "/ nor in " +
            folder_.InCache() + ".\n";
@@ -72,22 +72,22 @@ class BlockedTempFolderTest : public testing::Test {
   BlockedTempFolder folder_;
 };
 
-TEST_F(BlockedTempFolderTest, CacheFileIsMadeInTheUsersCache) {
+TEST_F(BlockedTempFolderTest, CacheFileIsCreatedInTheUsersCache) {
   std::string path;
   EXPECT_EQ(ConsoleOf([&path] { path = CreateCacheFile("mebo.ts"); }), folder_.Line());
   EXPECT_EQ(path, folder_.InCache() + "mebo.ts");
   EXPECT_EQ(FilesInCache(), std::set<std::string>{"mebo.ts"});
-  EXPECT_TRUE(folder_.IsBlocked()) << "what is in its place was changed";
+  EXPECT_TRUE(folder_.IsBlocked()) << "the blocking file was changed";
 }
 
-TEST_F(BlockedTempFolderTest, BothFormsOfTheDirectoryFollow) {
+TEST_F(BlockedTempFolderTest, BothFormsOfThePathChange) {
   ConsoleOf([] { CreateCacheFile("mebo.ts"); });
   EXPECT_EQ(GetTempDirA(), folder_.InCache());
   EXPECT_EQ(std::filesystem::path(GetTempDirW()) / "", std::filesystem::path(folder_.InCache()));
   EXPECT_TRUE(TempFolderIsWritable());
 }
 
-TEST_F(BlockedTempFolderTest, CacheFileThatExistsInTheUsersCacheIsEmptied) {
+TEST_F(BlockedTempFolderTest, ExistingCacheFileInTheUsersCacheIsEmptied) {
   ConsoleOf([this] {
     std::ofstream(CreateCacheFile("mebo.ts")) << "left from another address";
     ASSERT_GT(std::filesystem::file_size(folder_.InCache() + "mebo.ts"), 0U);
@@ -104,7 +104,7 @@ TEST_F(BlockedTempFolderTest, EachNewCacheFileIsReportedOnce) {
             folder_.Line() + folder_.Line());
 }
 
-TEST_F(BlockedTempFolderTest, LinkToNowhereInItsPlaceCountsToo) {
+TEST_F(BlockedTempFolderTest, DanglingLinkBlocksTheDirectoryToo) {
   folder_.Unblock();
   std::error_code failure;
   std::filesystem::create_symlink("nowhere/at/all", folder_.Beside(), failure);
@@ -113,7 +113,7 @@ TEST_F(BlockedTempFolderTest, LinkToNowhereInItsPlaceCountsToo) {
   EXPECT_EQ(FilesInCache(), std::set<std::string>{"mebo.ts"});
 }
 
-TEST_F(BlockedTempFolderTest, DirectoryThatCanBeMadeLaterIsUsedForTheNextCacheFile) {
+TEST_F(BlockedTempFolderTest, DirectoryThatCanBeCreatedLaterIsUsedForTheNextCacheFile) {
   ConsoleOf([] { CreateCacheFile("mebo.ts"); });
   folder_.Unblock();
   const std::string beside = TempDirBeside(platform::ModuleFileName());
@@ -122,7 +122,7 @@ TEST_F(BlockedTempFolderTest, DirectoryThatCanBeMadeLaterIsUsedForTheNextCacheFi
   EXPECT_TRUE(std::filesystem::exists(beside + "mebo.ts"));
 }
 
-TEST_F(BlockedTempFolderTest, CacheThatCannotBeWrittenEitherIsReportedAndThePathStays) {
+TEST_F(BlockedTempFolderTest, UnwritableCacheIsReportedAndThePathStays) {
   folder_.BlockCache();
   const std::string beside = TempDirBeside(platform::ModuleFileName());
   EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }),
@@ -131,7 +131,7 @@ TEST_F(BlockedTempFolderTest, CacheThatCannotBeWrittenEitherIsReportedAndThePath
   EXPECT_FALSE(TempFolderIsWritable());
 }
 
-TEST_F(BlockedTempFolderTest, UserWithoutACacheIsReportedAndThePathStays) {
+TEST_F(BlockedTempFolderTest, MissingCacheIsReportedAndThePathStays) {
   SetUserCache("");
   const std::string beside = TempDirBeside(platform::ModuleFileName());
   EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }),
@@ -144,7 +144,7 @@ TEST_F(BlockedTempFolderTest, FileOpenedWithoutACacheFileIsInTheUsersCacheToo) {
   EXPECT_EQ(FilesInCache(), std::set<std::string>{"tmpE.ts"});
 }
 
-TEST_F(BlockedTempFolderTest, FilesThatCanBeOpenedNowhereAreReportedOnce) {
+TEST_F(BlockedTempFolderTest, FilesThatCannotBeOpenedAnywhereAreReportedOnce) {
   folder_.BlockCache();
   EXPECT_EQ(ConsoleOf([] {
               EXPECT_EQ(OpenTempFile("tmpE.ts", "wb+"), nullptr);
@@ -162,21 +162,22 @@ class FreeTempFolderTest : public BlockedTempFolderTest {
   const std::string beside_ = TempDirBeside(platform::ModuleFileName());
 };
 
-TEST_F(FreeTempFolderTest, MissingDirectoryIsNotMadeForAFileThatIsOnlyOpened) {
+TEST_F(FreeTempFolderTest, MissingDirectoryIsNotCreatedForAFileThatIsOnlyOpened) {
   EXPECT_EQ(ConsoleOf([] { EXPECT_EQ(OpenTempFile("tmpE.ts", "wb+"), nullptr); }), "");
   EXPECT_FALSE(std::filesystem::exists(folder_.Beside()));
   EXPECT_EQ(GetTempDirA(), beside_);
 }
 
-TEST_F(FreeTempFolderTest, CacheFileThatCannotBeOpenedThereStaysThere) {
-  std::filesystem::create_directories(beside_ + "mebo.mp4");  // a directory in its place
+TEST_F(FreeTempFolderTest, CacheFileThatCannotBeOpenedKeepsItsDirectory) {
+  std::filesystem::create_directories(beside_ + "mebo.mp4");  // a directory in place of the file
   EXPECT_EQ(ConsoleOf([this] { EXPECT_EQ(CreateCacheFile("mebo.mp4"), beside_ + "mebo.mp4"); }),
             "");
   EXPECT_EQ(GetTempDirA(), beside_);
   EXPECT_TRUE(TempFolderIsWritable());
   EXPECT_FALSE(std::filesystem::exists(folder_.InCache()));
   const std::filesystem::directory_iterator entries(beside_);
-  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1) << "the check left something behind";
+  EXPECT_EQ(std::distance(begin(entries), end(entries)), 1)
+      << "the check left a file in the directory";
 }
 
 }  // namespace

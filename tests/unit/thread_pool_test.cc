@@ -17,7 +17,7 @@
 
 namespace {
 
-// Counts tasks that are inside, and lets them out together.
+// Counts the tasks inside and holds them until it is opened.
 class Gate {
  public:
   void Enter() {
@@ -66,7 +66,7 @@ TEST(ThreadPoolTest, TaskAddedWhileStoppedRunsAfterTheNextStart) {
   gate.Open();
 }
 
-TEST(ThreadPoolTest, StopWakesIdleWorkersAndASecondOneFindsNothingToDo) {
+TEST(ThreadPoolTest, StopWakesIdleWorkersAndASecondStopDoesNothing) {
   CThreadPool pool(8);
   pool.Stop();
   pool.Stop();
@@ -92,7 +92,7 @@ TEST(ThreadPoolTest, StopReturnsOnlyAfterTheRunningTask) {
   EXPECT_FALSE(stopped_before_end);
 }
 
-TEST(ThreadPoolTest, FiveLongTasksOnEightThreadsRunAtOnce) {
+TEST(ThreadPoolTest, FiveLongTasksOnEightThreadsRunConcurrently) {
   Gate gate;
   CThreadPool pool(8);
   for (int i = 0; i < 5; ++i) pool.AddTask([&] { gate.Enter(); });
@@ -150,7 +150,7 @@ TEST(TaskGateTest, TaskAdmittedBeforeTheGateClosedDoesNothing) {
   EXPECT_EQ(runs, 10);
 }
 
-// What is logged of a task that throws.
+// The console output of a task that throws.
 template <typename Exception>
 std::string LineOfATaskThatThrows(const Exception& exception) {
   TaskGate gate;
@@ -159,20 +159,20 @@ std::string LineOfATaskThatThrows(const Exception& exception) {
   return testing::internal::GetCapturedStdout();
 }
 
-TEST(TaskGateTest, TaskThatThrowsEndsAloneAndIsLogged) {
+TEST(TaskGateTest, TaskThatThrowsEndsAndIsLogged) {
   EXPECT_EQ(LineOfATaskThatThrows(std::bad_alloc()), "a task ended: out of memory\n");
   EXPECT_EQ(LineOfATaskThatThrows(std::runtime_error("no disk")), "a task ended: no disk\n");
   EXPECT_EQ(LineOfATaskThatThrows(1), "a task ended: unknown\n");
 }
 
-TEST(TaskGateTest, LongTextOfAnExceptionIsCut) {
+TEST(TaskGateTest, LongTextOfAnExceptionIsTruncated) {
   const std::string text(1'000, 'x');
   EXPECT_EQ(LineOfATaskThatThrows(std::runtime_error(text)),
             "a task ended: " + text.substr(0, 400) + "\n");
 }
 
 #ifdef STREAM_TEST_FAILING_NEW
-TEST(TaskGateTest, TaskThatRanOutOfMemoryIsLoggedWithoutAny) {
+TEST(TaskGateTest, TaskThatRanOutOfMemoryIsLoggedWithoutAllocation) {
   TaskGate gate;
   const CThreadPool::Task task = gate.Admit([] { throw std::bad_alloc(); });
   testing::internal::CaptureStdout();

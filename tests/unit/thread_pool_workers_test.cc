@@ -1,4 +1,4 @@
-// How many threads a pool has, by the count of the system.
+// The number of threads of a pool, counted by the system.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -22,7 +22,8 @@ Threads ThreadsOfThisProcess() {
   return threads;
 }
 
-// Those that are there now and were not then. A thread that has ended may be listed for a while.
+// The number of threads that exist now and are not in `then`. A thread that has ended may be listed
+// for a while.
 std::size_t CountNew(const Threads& then) {
   const Threads now = ThreadsOfThisProcess();
   Threads added;
@@ -31,7 +32,7 @@ std::size_t CountNew(const Threads& then) {
   return added.size();
 }
 
-TEST(ThreadPoolWorkersTest, NewPoolHasAsManyThreadsAsItWasAskedFor) {
+TEST(ThreadPoolWorkersTest, NewPoolHasTheRequestedNumberOfThreads) {
   const Threads before = ThreadsOfThisProcess();
   const CThreadPool pool(8);
   EXPECT_EQ(CountNew(before), 8U);

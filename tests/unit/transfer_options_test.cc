@@ -1,4 +1,4 @@
-// What libcurl is asked for by every transfer.
+// The options that every transfer sets in libcurl.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -21,7 +21,7 @@ class TransferOptionsTest : public testing::Test {
   const CurlHandle handle_ = SetUpDownload(transfer_, 0);
 };
 
-TEST_F(TransferOptionsTest, ConnectionIsGivenUpAfterThreeSeconds) {
+TEST_F(TransferOptionsTest, ConnectTimeoutIsThreeSeconds) {
   EXPECT_EQ(CurlNumbers(handle_.get()).at(CURLOPT_CONNECTTIMEOUT), 3);
 }
 
@@ -34,7 +34,7 @@ TEST_F(TransferOptionsTest, RedirectsAreFollowed) {
   EXPECT_EQ(CurlNumbers(handle_.get()).at(CURLOPT_FOLLOWLOCATION), 1);
 }
 
-TEST_F(TransferOptionsTest, ProgressCallbackIsOnSoThatAStopReachesASilentTransfer) {
+TEST_F(TransferOptionsTest, ProgressCallbackIsEnabledSoThatAStopReachesASilentTransfer) {
   EXPECT_EQ(CurlNumbers(handle_.get()).at(CURLOPT_NOPROGRESS), 0);
 }
 

@@ -15,7 +15,7 @@ std::int32_t HandleNothing(ts_context*, const std::uint8_t*, std::int32_t) { ret
 
 class TsContextTest : public testing::Test {
  protected:
-  // Probes packets one a call, as the pipelines feed them; returns what was printed.
+  // Probes one packet per call, like the pipelines. Returns the console output.
   std::string Probe(const std::vector<Packet>& packets) {
     testing::internal::CaptureStdout();
     for (const Packet& packet : packets) ts_probe(context_, HandleNothing, packet.data(), 1);
@@ -40,7 +40,7 @@ TEST_F(TsContextTest, ProbeChoosesAHandlerForEachPlayableVideo) {
   }
 }
 
-TEST_F(TsContextTest, ProbePassesOverMpeg4VisualAndAvsInSilence) {
+TEST_F(TsContextTest, ProbeSkipsMpeg4VisualAndAvsWithoutALine) {
   for (const std::uint8_t type : Bytes{0x10, 0x42}) {
     context_ = ts_context();
     EXPECT_EQ(Probe({MakePat(), MakePmt({{type, kVideoPid}})}), "");
@@ -48,7 +48,7 @@ TEST_F(TsContextTest, ProbePassesOverMpeg4VisualAndAvsInSilence) {
   }
 }
 
-TEST_F(TsContextTest, ProbeSaysThatMpeg1VideoIsNotKnown) {
+TEST_F(TsContextTest, ProbeReportsThatMpeg1VideoIsNotKnown) {
   EXPECT_EQ(Probe({MakePat(), MakePmt({{0x01, kVideoPid}})}), "ES stream type=1 isn't known.\n");
   EXPECT_EQ(context_.handler, nullptr);
 }
@@ -60,19 +60,19 @@ TEST_F(TsContextTest, ProbeNeedsThePatBeforeThePmt) {
   EXPECT_NE(context_.handler, nullptr);
 }
 
-TEST_F(TsContextTest, ProbeTakesPatAndPmtFromOneBuffer) {
+TEST_F(TsContextTest, ProbeReadsPatAndPmtFromOneBuffer) {
   std::vector<Packet> packets = {MakePat(), MakePmt()};
   ts_probe(context_, HandleNothing, packets[0].data(), 2);
   EXPECT_NE(context_.handler, nullptr);
 }
 
-TEST_F(TsContextTest, ProbeRefusesABufferThatDoesNotBeginWithAPacket) {
+TEST_F(TsContextTest, ProbeRefusesABufferThatDoesNotStartWithAPacket) {
   Packet packet = MakePat();
   packet[0] = 0x48;
   EXPECT_EQ(Probe({packet}), "The packet isn't TS packet\n");
 }
 
-TEST_F(TsContextTest, ProbePassesOverALaterPacketWithoutASyncByte) {
+TEST_F(TsContextTest, ProbeSkipsALaterPacketWithoutASyncByte) {
   std::vector<Packet> packets = {MakePat(), MakePat(), MakePmt()};
   packets[1][0] = 0;
   testing::internal::CaptureStdout();
@@ -81,14 +81,14 @@ TEST_F(TsContextTest, ProbePassesOverALaterPacketWithoutASyncByte) {
   EXPECT_NE(context_.handler, nullptr);
 }
 
-TEST_F(TsContextTest, ProbeTakesTheFirstProgramThatHasVideo) {
+TEST_F(TsContextTest, ProbeSelectsTheFirstProgramThatHasVideo) {
   Probe({MakePat({{1, 0x20}, {2, 0x21}}), MakePmt({{0x0F, 0x30}}, 0x20),
          MakePmt({{0x1B, 0x40}, {0x0F, 0x41}}, 0x21)});
   EXPECT_EQ(context_.video_pid, 0x40);
   EXPECT_EQ(context_.AudioPid(), 0x30);  // always of the first program
 }
 
-TEST_F(TsContextTest, MovedPmtWipesTheProgramsStreamsUntilItComes) {
+TEST_F(TsContextTest, MovedPmtClearsTheProgramsStreamsUntilItIsReceived) {
   Probe({MakePat(), MakePmt()});
   Follow(MakePat({{1, 0x555}}));
   EXPECT_EQ(context_.programs[0].pmt_pid, 0x555);
@@ -111,12 +111,12 @@ TEST_F(TsContextTest, AudioThatMovesAloneIsNotFollowed) {
   EXPECT_EQ(context_.AudioPid(), kAudioPid);
 }
 
-TEST_F(TsContextTest, PmtThatFailsIsSaid) {
+TEST_F(TsContextTest, FailedPmtIsReported) {
   Probe({MakePat(), MakePmt()});
   EXPECT_EQ(Follow(MakePmt({{0x0F, 0x77}})), "get_pmt_info failed\n");
 }
 
-TEST_F(TsContextTest, LatestPmtOfTwoProgramsGivesTheVideo) {
+TEST_F(TsContextTest, LatestPmtOfTwoProgramsDeterminesTheVideo) {
   Probe({MakePat({{1, 0x20}, {2, 0x21}}), MakePmt({{0x1B, 0x40}}, 0x20)});
   Follow(MakePmt({{0x1B, 0x50}}, 0x21));
   EXPECT_EQ(context_.video_pid, 0x50);
@@ -124,7 +124,7 @@ TEST_F(TsContextTest, LatestPmtOfTwoProgramsGivesTheVideo) {
   EXPECT_EQ(context_.video_pid, 0x40);
 }
 
-TEST_F(TsContextTest, LengthOfMoreThanSevenPacketsIsNotLookedAt) {
+TEST_F(TsContextTest, BufferAboveSevenPacketsIsIgnored) {
   Probe({MakePat(), MakePmt()});
   std::vector<Packet> packets(8, MakePat({{1, 0x555}}));
   get_pmt_info(packets[0].data(), 8 * 188, context_);

@@ -26,7 +26,7 @@ class TsDemuxTest : public testing::Test {
   static void Feed(const std::vector<Packet>& packets) {
     for (const Packet& packet : packets) Feed(packet);
   }
-  // A whole stream, one packet a call.
+  // Feeds a whole stream, one packet per call.
   static void FeedStream(const Bytes& stream) {
     const TsDemuxLock lock;
     for (std::size_t at = 0; at < stream.size(); at += kTsPacketSize) {
@@ -57,7 +57,7 @@ class TsDemuxTest : public testing::Test {
 
 Bytes PayloadOf(const FrameNodePtr& node) { return {node->data, node->data + node->size}; }
 
-TEST_F(TsDemuxTest, FrameComesOutWhenTheNextPesPacketBegins) {
+TEST_F(TsDemuxTest, FrameIsQueuedWhenTheNextPesPacketBegins) {
   FeedTables();
   const Bytes payload(500, 0x11);
   FeedVideo(90'000, payload);
@@ -72,7 +72,7 @@ TEST_F(TsDemuxTest, FrameComesOutWhenTheNextPesPacketBegins) {
   EXPECT_EQ(frame->intact, 1U);
 }
 
-TEST_F(TsDemuxTest, FinalPesPacketNeverReachesTheQueue) {
+TEST_F(TsDemuxTest, LastPesPacketIsNeverQueued) {
   FeedStream(MakeStream(5));
   EXPECT_EQ(CountVideo(), 4U);
   for (std::size_t i = 0; i < 4; ++i) {
@@ -84,7 +84,7 @@ TEST_F(TsDemuxTest, FinalPesPacketNeverReachesTheQueue) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TEST_F(TsDemuxTest, NothingComesOutBeforeTheProgramIsKnown) {
+TEST_F(TsDemuxTest, NothingIsQueuedBeforeTheProgramIsKnown) {
   FeedVideo(90'000, Bytes(10, 1));
   FeedTables();
   FeedVideo(93'600, Bytes(10, 2));
@@ -95,7 +95,7 @@ TEST_F(TsDemuxTest, NothingComesOutBeforeTheProgramIsKnown) {
   EXPECT_EQ(PopVideoFrame(), nullptr);
 }
 
-TEST_F(TsDemuxTest, Mpeg4VisualAloneGivesNoFramesAndNoMessage) {
+TEST_F(TsDemuxTest, Mpeg4VisualAloneYieldsNoFramesAndNoLine) {
   EXPECT_EQ(Printed([] {
               Feed(MakePat());
               Feed(MakePmt({{0x10, kVideoPid}}));
@@ -106,7 +106,7 @@ TEST_F(TsDemuxTest, Mpeg4VisualAloneGivesNoFramesAndNoMessage) {
   EXPECT_EQ(PopVideoFrame(), nullptr);
 }
 
-TEST_F(TsDemuxTest, PesWithOnlyAPtsStillYieldsADtsOfTheFollowingBytes) {
+TEST_F(TsDemuxTest, PesWithOnlyAPtsReadsItsDtsFromTheFollowingBytes) {
   FeedTables();
   const Bytes payload = {0x21, 0x00, 0x01, 0x00, 0x0F, 0xAA};  // reads as the timestamp 7
   Feed(Packetize(kVideoPid, MakePes(90'000, payload)));
@@ -118,10 +118,10 @@ TEST_F(TsDemuxTest, PesWithOnlyAPtsStillYieldsADtsOfTheFollowingBytes) {
   EXPECT_EQ(PayloadOf(frame), payload);
 }
 
-TEST_F(TsDemuxTest, DtsFieldBehindThePacketReadsAsZero) {
+TEST_F(TsDemuxTest, DtsFieldBeyondThePacketReadsAsZero) {
   FeedTables();
   Packet packet = MakePacket(kVideoPid, true, 0, MakePes(90'000, {0xAA}));
-  Feed(packet);  // 15 bytes of PES at the end of the packet: the DTS field would lie behind it
+  Feed(packet);  // 15 bytes of PES at the end of the packet, so the DTS field is beyond it
   FeedVideo(93'600, Bytes(10, 2));
   const FrameNodePtr frame = PopVideoFrame();
   ASSERT_NE(frame, nullptr);
@@ -129,7 +129,7 @@ TEST_F(TsDemuxTest, DtsFieldBehindThePacketReadsAsZero) {
   EXPECT_EQ(PayloadOf(frame), Bytes{0xAA});
 }
 
-TEST_F(TsDemuxTest, ContinuityGapMarksItsFrameAndTheNextStartsIntact) {
+TEST_F(TsDemuxTest, ContinuityGapMarksItsFrameAndTheNextFrameIsIntact) {
   FeedTables();
   std::vector<Packet> packets = Packetize(kVideoPid, MakePes(90'000, Bytes(700, 1)));
   packets.erase(packets.begin() + 1);
@@ -139,13 +139,13 @@ TEST_F(TsDemuxTest, ContinuityGapMarksItsFrameAndTheNextStartsIntact) {
   const FrameNodePtr broken = PopVideoFrame();
   ASSERT_NE(broken, nullptr);
   EXPECT_EQ(broken->intact, 0U);
-  EXPECT_EQ(broken->size, 700 - 184);  // recorded, never repaired
+  EXPECT_EQ(broken->size, 700 - 184);  // the gap is recorded, never repaired
   const FrameNodePtr next = PopVideoFrame();
   ASSERT_NE(next, nullptr);
   EXPECT_EQ(next->intact, 1U);
 }
 
-TEST_F(TsDemuxTest, PesThatNeverEndsIsCutAtOneMebibyte) {
+TEST_F(TsDemuxTest, EndlessPesIsCutAtOneMebibyte) {
   FeedTables();
   FeedVideo(90'000, Bytes(1'200'000, 1));
   FeedVideo(93'600, Bytes(10, 2));
@@ -155,7 +155,7 @@ TEST_F(TsDemuxTest, PesThatNeverEndsIsCutAtOneMebibyte) {
   EXPECT_EQ(frame->intact, 0U);
 }
 
-// The PAT's own PID, 0, is what the audio PID of a program without audio reads as.
+// The audio PID of a program without audio reads as 0, which is the PID of the PAT.
 TEST_F(TsDemuxTest, PatOfAProgramWithoutAudioIsNeverAudio) {
   for (int i = 0; i < 3; ++i) {
     Feed(MakePat());
@@ -166,7 +166,7 @@ TEST_F(TsDemuxTest, PatOfAProgramWithoutAudioIsNeverAudio) {
   EXPECT_EQ(CountVideo(), 2U);
 }
 
-TEST_F(TsDemuxTest, PatIsNeverAudioWhereThePmtNamesItsPidAsAudio) {
+TEST_F(TsDemuxTest, PatIsNeverAudioEvenIfThePmtNamesItsPid) {
   for (int i = 0; i < 3; ++i) {
     Feed(MakePat());
     Feed(MakePmt({{0x1B, kVideoPid}, {0x0F, 0}}));
@@ -189,7 +189,7 @@ TEST_F(TsDemuxTest, OnlyTheFirstAudioStreamIsFollowed) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TEST_F(TsDemuxTest, BytesLeftBehindComeOutWithResetTimestampsInTheNextStream) {
+TEST_F(TsDemuxTest, LeftoverBytesAreQueuedWithResetTimestampsInTheNextStream) {
   FeedStream(MakeStream(2));
   ResetFrameQueues();
   FeedStream(MakeStream(2, 500'000));
@@ -201,13 +201,13 @@ TEST_F(TsDemuxTest, BytesLeftBehindComeOutWithResetTimestampsInTheNextStream) {
   const FrameNodePtr left_audio = PopAudioFrame();
   ASSERT_NE(left_audio, nullptr);
   EXPECT_EQ(left_audio->pts, 0U);
-  EXPECT_NE(left_audio->dts, 0U);  // the audio DTS alone is not reset
+  EXPECT_NE(left_audio->dts, 0U);  // only the audio DTS is not reset
   const FrameNodePtr first = PopVideoFrame();
   ASSERT_NE(first, nullptr);
   EXPECT_EQ(first->pts, 500'000U);
 }
 
-TEST_F(TsDemuxTest, FrameLeftBehindWithAGapComesOutIntactInTheNextStream) {
+TEST_F(TsDemuxTest, LeftoverFrameWithAGapIsIntactInTheNextStream) {
   FeedTables();
   std::vector<Packet> packets = Packetize(kVideoPid, MakePes(90'000, Bytes(700, 1)));
   packets.erase(packets.begin() + 1);
@@ -219,11 +219,11 @@ TEST_F(TsDemuxTest, FrameLeftBehindWithAGapComesOutIntactInTheNextStream) {
   EXPECT_EQ(left->intact, 1U);
 }
 
-TEST_F(TsDemuxTest, CounterOfTheStreamBeforeMakesNoGapInTheNext) {
+TEST_F(TsDemuxTest, CounterOfThePreviousStreamMakesNoGapInTheNext) {
   FeedTables();
   FeedVideo(90'000, Bytes(10, 1), 3);
   ResetFrameQueues();
-  Feed(MakePacket(kVideoPid, false, 9, Bytes(184, 2)));  // goes on where the stream was begun
+  Feed(MakePacket(kVideoPid, false, 9, Bytes(184, 2)));  // the next stream starts in mid-frame
   FeedVideo(93'600, Bytes(10, 3));
   const FrameNodePtr left = PopVideoFrame();
   ASSERT_NE(left, nullptr);
@@ -231,14 +231,14 @@ TEST_F(TsDemuxTest, CounterOfTheStreamBeforeMakesNoGapInTheNext) {
   EXPECT_EQ(left->intact, 1U);
 }
 
-TEST_F(TsDemuxTest, ProgramLearntFromOneStreamServesTheNext) {
+TEST_F(TsDemuxTest, KnownProgramIsUsedForTheNextStream) {
   FeedStream(MakeStream(1));
   ResetFrameQueues();
-  FeedVideo(93'600, Bytes(10, 2));  // no PAT and no PMT
+  FeedVideo(93'600, Bytes(10, 2));  // without PAT and PMT
   EXPECT_NE(PopVideoFrame(), nullptr);
 }
 
-TEST_F(TsDemuxTest, PacketWithoutPayloadIsPassedOver) {
+TEST_F(TsDemuxTest, PacketWithoutPayloadIsSkipped) {
   FeedTables();
   FeedVideo(90'000, Bytes(10, 1));
   for (const std::uint8_t control : Bytes{0x00, 0x20}) {
@@ -249,15 +249,15 @@ TEST_F(TsDemuxTest, PacketWithoutPayloadIsPassedOver) {
   EXPECT_EQ(PopVideoFrame(), nullptr);
 }
 
-TEST_F(TsDemuxTest, PesHeaderBehindThePacketIsSaidAndPassedOver) {
+TEST_F(TsDemuxTest, PesHeaderBeyondThePacketIsReportedAndSkipped) {
   FeedTables();
   Packet packet = MakePacket(kVideoPid, true, 0, Bytes(184, 9), true);
   packet[3] = 0x30;
-  packet[4] = 180;  // the payload would begin at 185, behind the header at 194
+  packet[4] = 180;  // the payload would start at 185, and the PES header would end at 194
   EXPECT_EQ(Printed([&] { Feed(packet); }), "total_len : 194 \n");
 }
 
-TEST_F(TsDemuxTest, PesHeaderLengthThatLiesIsSaidAndPassedOver) {
+TEST_F(TsDemuxTest, WrongPesHeaderLengthIsReportedAndSkipped) {
   FeedTables();
   Bytes pes = MakePes(90'000, Bytes(10, 1));
   pes[8] = 200;
@@ -265,32 +265,32 @@ TEST_F(TsDemuxTest, PesHeaderLengthThatLiesIsSaidAndPassedOver) {
   EXPECT_EQ(Printed([&] { Feed(packet); }), "total_len:213, pes_header_data_len:0xc8\n");
 }
 
-// A packet of the video's PID whose payload of `size` bytes begins a PES packet with 0xFF in them.
+// A packet of the video PID whose payload of `size` bytes starts a PES packet and is all 0xFF.
 Packet PesStartOfSize(std::size_t size) {
   return MakePacket(kVideoPid, true, 0, Bytes(size, 0xFF));
 }
 
-TEST_F(TsDemuxTest, PesHeaderThatEndsWithThePacketIsSaidAndPassedOver) {
+TEST_F(TsDemuxTest, PesHeaderThatEndsWithThePacketIsReportedAndSkipped) {
   FeedTables();
   FeedVideo(90'000, Bytes(10, 1));
   EXPECT_EQ(Printed([] { Feed(PesStartOfSize(9)); }), "total_len : 188 \n");
-  EXPECT_EQ(PopVideoFrame(), nullptr) << "the frame before is not complete yet";
+  EXPECT_EQ(PopVideoFrame(), nullptr) << "the previous frame is not complete yet";
 }
 
-TEST_F(TsDemuxTest, PesHeaderWithALastByteBehindItIsReadFurther) {
+TEST_F(TsDemuxTest, PesHeaderWithOneByteAfterItIsRead) {
   FeedTables();
   EXPECT_EQ(Printed([] { Feed(PesStartOfSize(10)); }), "total_len:442, pes_header_data_len:0xff\n");
 }
 
-TEST_F(TsDemuxTest, PesHeaderDataThatEndsWithThePacketIsSaidAndPassedOver) {
+TEST_F(TsDemuxTest, PesHeaderDataThatEndsWithThePacketIsReportedAndSkipped) {
   FeedTables();
   FeedVideo(90'000, Bytes(10, 1));
   EXPECT_EQ(Printed([] { Feed(MakePacket(kVideoPid, true, 0, MakePes(93'600, {}))); }),
             "total_len:188, pes_header_data_len:0x5\n");
-  EXPECT_EQ(PopVideoFrame(), nullptr) << "the frame before is not complete yet";
+  EXPECT_EQ(PopVideoFrame(), nullptr) << "the previous frame is not complete yet";
 }
 
-TEST_F(TsDemuxTest, PesHeaderDataWithOneByteBehindItBeginsAPesPacket) {
+TEST_F(TsDemuxTest, PesHeaderDataWithOneByteAfterItBeginsAPesPacket) {
   FeedTables();
   FeedVideo(90'000, Bytes(10, 1));
   EXPECT_EQ(Printed([] { Feed(MakePacket(kVideoPid, true, 0, MakePes(93'600, {7}))); }), "");
@@ -310,7 +310,7 @@ TEST_F(TsDemuxTest, AdaptationFieldLongerThanThePacketAddsNothing) {
   EXPECT_EQ(PopVideoFrame()->size, 10);
 }
 
-TEST_F(TsDemuxTest, PacketWithoutASyncByteIsSaidAndPassedOver) {
+TEST_F(TsDemuxTest, PacketWithoutASyncByteIsReportedAndSkipped) {
   FeedTables();
   Packet packet = MakePat();
   packet[0] = 0;
@@ -328,20 +328,20 @@ TEST_F(TsDemuxTest, TailShorterThanAPacketIsIgnored) {
   EXPECT_EQ(CountVideo(), 2U);
 }
 
-TEST_F(TsDemuxTest, MissingBufferIsSaid) {
+TEST_F(TsDemuxTest, MissingBufferIsReported) {
   const TsDemuxLock lock;
   EXPECT_EQ(Printed([] { ts_demux_feed(nullptr, 188); }), "parameter error\n");
   EXPECT_EQ(Printed([] { ts_parse_packets(nullptr, MakePat().data(), 1); }), "parameter error\n");
 }
 
-TEST_F(TsDemuxTest, ShortBufferThatIsNoPacketIsSaidWhileNoProgramIsKnown) {
+TEST_F(TsDemuxTest, ShortBufferThatIsNoPacketIsReportedWhileNoProgramIsKnown) {
   const TsDemuxLock lock;
   const std::uint8_t byte = 0;
   EXPECT_EQ(Printed([&] { ts_demux_feed(&byte, 1); }), "The packet isn't TS packet\n");
   EXPECT_EQ(Printed([&] { ts_demux_feed(&byte, 0); }), "");
 }
 
-TEST_F(TsDemuxTest, HtmlPageIsSurvived) {
+TEST_F(TsDemuxTest, HtmlPageYieldsNoFrame) {
   std::string page = "<html><body>gone</body></html>";
   page.resize(1880, ' ');
   const TsDemuxLock lock;

@@ -42,12 +42,12 @@ class TsStreamRoomTest : public testing::Test {
   SimulatedClock clock_;
 };
 
-TEST_F(TsStreamRoomTest, LessThanTheMostDoesNotWait) {
+TEST_F(TsStreamRoomTest, NoWaitBelowTheLimit) {
   Stage(99);
   AwaitStreamRoom(100);
 }
 
-TEST_F(TsStreamRoomTest, TheMostWaitsUntilSomeAreRead) {
+TEST_F(TsStreamRoomTest, WaitAtTheLimitEndsWhenBytesAreRead) {
   Stage(100);
   const std::future<void> waiting = Await(100);
   EXPECT_TRUE(StillPolls(clock_, kPace));
@@ -68,7 +68,7 @@ TEST_F(TsStreamRoomTest, StopEndsTheWait) {
   waiting.wait();
 }
 
-// A transfer that is given its pieces by the test.
+// A transfer that receives its pieces from the test.
 class TsTransferTest : public testing::Test {
  protected:
   TsTransferTest() { g_tsRunning = true; }
@@ -84,7 +84,7 @@ class TsTransferTest : public testing::Test {
   TsTransfer transfer_{PlayerPort(&player_), 0};
 };
 
-TEST_F(TsTransferTest, FirstBytesAreReportedAndThoseAfterThemAreNotHoweverFewTheyAre) {
+TEST_F(TsTransferTest, OnlyTheFirstBytesAreReportedHoweverFewTheyAre) {
   for (int i = 0; i < 200; ++i) {
     Take(1);
     ASSERT_EQ(OkMessages(), 1U) << i;
@@ -100,7 +100,7 @@ TEST_F(TsTransferTest, EmptyPieceIsReportedAndSoAreTheFirstBytesAfterIt) {
   EXPECT_EQ(OkMessages(), 2U);
 }
 
-// The download of a local file on a thread of its own, in simulated time.
+// Downloads a local file on a thread of its own, in simulated time.
 class TsLocalFileTest : public testing::Test {
  protected:
   TsLocalFileTest() { g_tsRunning = true; }
@@ -110,7 +110,7 @@ class TsLocalFileTest : public testing::Test {
     if (download_.valid()) download_.wait();
   }
 
-  // Packets of which each byte is the number of its packet.
+  // Packets in which each byte is the number of its packet.
   static std::vector<std::uint8_t> Packets(std::size_t count) {
     std::vector<std::uint8_t> bytes;
     for (std::size_t i = 0; i < count; ++i) {
@@ -139,7 +139,7 @@ class TsLocalFileTest : public testing::Test {
   std::future<void> download_;
 };
 
-TEST_F(TsLocalFileTest, IsReadInPiecesOf10240BytesWithTenMillisecondsAfterEach) {
+TEST_F(TsLocalFileTest, IsReadInPiecesOf10240BytesWithAPauseOfTenMilliseconds) {
   constexpr std::size_t kPackets = 150;
   StartDownload(Packets(kPackets));
   const std::uint64_t size = kPackets * kTsPacketSize;
@@ -155,7 +155,7 @@ TEST_F(TsLocalFileTest, IsReadInPiecesOf10240BytesWithTenMillisecondsAfterEach) 
   EXPECT_EQ(Staged(), Packets(kPackets));
 }
 
-TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterWhatWasReceived) {
+TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterTheReceivedBytes) {
   constexpr std::uint64_t kReceived = 3 * kTsPacketSize + 1;
   const std::vector<std::uint8_t> file = Packets(10);
   g_tsDownloaded = kReceived;
@@ -165,7 +165,7 @@ TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterWhatWasReceived) {
   EXPECT_EQ(Staged(), std::vector<std::uint8_t>(file.begin() + 4 * kTsPacketSize, file.end()));
 }
 
-TEST_F(TsLocalFileTest, StopEndsItAfterThePieceInHandAndIsReportedOnce) {
+TEST_F(TsLocalFileTest, StopEndsItAfterTheCurrentPieceAndIsReportedOnce) {
   StartDownload(Packets(150));
   ASSERT_TRUE(clock_.AwaitWaiting(1));
   g_tsRunning = false;

@@ -26,11 +26,11 @@ class TsDurationReportTest : public testing::Test {
   TsDurationReport report_;
 };
 
-TEST_F(TsDurationReportTest, FirstLookTakesTheFirstFrameAndReportsNothing) {
+TEST_F(TsDurationReportTest, FirstUpdateRecordsTheFirstFrameAndReportsNothing) {
   EXPECT_LT(Update(90'000, 270'000), 0);
 }
 
-TEST_F(TsDurationReportTest, SpanFromTheFirstFrameIsReportedEachTimeItGrows) {
+TEST_F(TsDurationReportTest, SpanFromTheFirstFrameIsReportedWheneverItGrows) {
   Update(90'000, 270'000);
   EXPECT_EQ(Update(90'000, 270'000), 2.0F);
   EXPECT_LT(Update(180'000, 270'000), 0);  // nothing newer
@@ -45,13 +45,13 @@ TEST_F(TsDurationReportTest, EmptyOrMissingQueueReportsNothing) {
   EXPECT_LT(report_.Update(nullptr), 0);
 }
 
-TEST_F(TsDurationReportTest, DurationNeverWrapsWhereTheNewestFrameIsBeforeTheFirst) {
+TEST_F(TsDurationReportTest, DurationDoesNotWrapIfTheNewestFrameIsBeforeTheFirst) {
   Update(90'000, 90'000);
   EXPECT_LT(Update(90'000, 80'000), 0);
   EXPECT_EQ(Update(90'000, 180'000), 1.0F);
 }
 
-TEST_F(TsDurationReportTest, LargestTimeStampGivesAFiniteDuration) {
+TEST_F(TsDurationReportTest, LargestTimestampYieldsAFiniteDuration) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   Update(1, 1);
   EXPECT_FLOAT_EQ(Update(1, kMost), 18446744073709551615.0F / 90'000);

@@ -16,7 +16,7 @@
 
 namespace {
 
-// A parse task on a thread of its own, in simulated time, until the test ends.
+// Runs a parse task on a thread of its own, in simulated time, until the test ends.
 class TsParseTest : public testing::Test {
  protected:
   TsParseTest() {
@@ -55,7 +55,7 @@ class TsParseTest : public testing::Test {
   std::thread thread_;
 };
 
-TEST_F(TsParseTest, LooksAgainTenMillisecondsAfterItFoundNothing) {
+TEST_F(TsParseTest, ChecksAgainTenMillisecondsAfterAnEmptyBuffer) {
   Start();
   EXPECT_TRUE(StillPolls(clock_, kEmptyPause));
   Stage(ts_test::MakeStream(4));
@@ -75,10 +75,10 @@ TEST_F(TsParseTest, PausesOneMillisecondAfterABatch) {
   EXPECT_EQ(clock_.Sleeps(kEmptyPause), 0U);
   clock_.Advance(kBatchPause);
   ASSERT_TRUE(WaitUntil([this] { return clock_.Sleeps(kEmptyPause) == 1; }));
-  EXPECT_EQ(clock_.Sleeps(kBatchPause), 1U) << "nothing was left for another batch";
+  EXPECT_EQ(clock_.Sleeps(kBatchPause), 1U) << "there was a second batch";
 }
 
-TEST_F(TsParseTest, StreamWaitsUntilThereIsSpaceForItsFrames) {
+TEST_F(TsParseTest, StreamWaitsForQueueSpace) {
   ClaimTooManyBytes();
   const ts_test::Bytes stream = ts_test::MakeStream(4);
   Stage(stream);
@@ -90,7 +90,7 @@ TEST_F(TsParseTest, StreamWaitsUntilThereIsSpaceForItsFrames) {
   EXPECT_TRUE(WaitUntil([] { return Unread() == 0; }));
 }
 
-TEST_F(TsParseTest, StopEndsTheWaitForSpace) {
+TEST_F(TsParseTest, StopEndsTheWaitForQueueSpace) {
   ClaimTooManyBytes();
   Stage(ts_test::MakeStream(4));
   Start();
@@ -100,7 +100,7 @@ TEST_F(TsParseTest, StopEndsTheWaitForSpace) {
   ClaimNothing();
 }
 
-TEST_F(TsParseTest, CopyOfALargeBatchIsReleasedAfterItAndThatOfASmallOneIsKept) {
+TEST_F(TsParseTest, CopyIsReleasedAfterALargeBatchAndKeptAfterASmallOne) {
   const auto capacity_after = [this](const ts_test::Bytes& stream) {
     Stage(stream);
     if (!thread_.joinable()) Start();

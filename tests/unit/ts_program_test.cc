@@ -12,17 +12,16 @@ namespace {
 
 using namespace ts_test;  // NOLINT: the builders read best without it
 
-// What a call printed.
+// The console output of a call.
 std::string Printed(const std::function<void()>& call) {
   testing::internal::CaptureStdout();
   call();
   return testing::internal::GetCapturedStdout();
 }
 
-constexpr std::size_t kSection =
-    5;  // where the section begins in a packet without adaptation field
+constexpr std::size_t kSection = 5;  // offset of the section in a packet without adaptation field
 
-// Packs a section of a chosen length and valid checksum, whatever its fields say.
+// Makes a section of a given length with a valid checksum, whatever its fields contain.
 Packet PatWithSectionLength(unsigned length) {
   Bytes body(length >= 4 ? length - 4 : 0, 0);
   for (std::size_t i = 0; i < body.size(); ++i) body[i] = i < 5 ? std::uint8_t{0} : Low(i);
@@ -39,10 +38,10 @@ TEST(ParsePatTest, OneProgramIsStoredWithItsRawNumber) {
   ts_program_table programs{};
   EXPECT_EQ(parse_pat(MakePat({{0x0102, 0x1ABC}}).data(), programs.data()), 1);
   EXPECT_EQ(programs[0].pmt_pid, 0x1ABC);
-  EXPECT_EQ(programs[0].program_number, 0x0201);  // as the bytes stand
+  EXPECT_EQ(programs[0].program_number, 0x0201);  // the two bytes as stored in the packet
 }
 
-TEST(ParsePatTest, SectionLength12IsNotTakenForATransportStream) {
+TEST(ParsePatTest, SectionLength12IsNoTransportStream) {
   ts_program_table programs{};
   std::int32_t result = 0;
   EXPECT_EQ(Printed([&] { result = parse_pat(PatWithSectionLength(12).data(), programs.data()); }),
@@ -55,7 +54,7 @@ TEST(ParsePatTest, SectionLength13YieldsOneProgram) {
   EXPECT_EQ(parse_pat(PatWithSectionLength(13).data(), programs.data()), 1);
 }
 
-TEST(ParsePatTest, SectionLength189IsNotTakenForATransportStream) {
+TEST(ParsePatTest, SectionLength189IsNoTransportStream) {
   ts_program_table programs{};
   Packet packet = MakePat();
   packet[kSection + 2] = 189;
@@ -63,7 +62,7 @@ TEST(ParsePatTest, SectionLength189IsNotTakenForATransportStream) {
             "The media file is not TS file\n");
 }
 
-TEST(ParsePatTest, SectionThatEndsBehindThePacketIsTooLong) {
+TEST(ParsePatTest, SectionThatEndsBeyondThePacketIsTooLong) {
   ts_program_table programs{};
   Packet packet = MakePat();
   packet[kSection + 2] = 188;
@@ -71,16 +70,16 @@ TEST(ParsePatTest, SectionThatEndsBehindThePacketIsTooLong) {
             "total_len:13 is too long\n");
 }
 
-TEST(ParsePatTest, ChecksumThatLiesHalfBehindThePacketDoesNotMatch) {
+TEST(ParsePatTest, ChecksumHalfBeyondThePacketDoesNotMatch) {
   ts_program_table programs{};
   Packet packet = MakePat();
-  packet[kSection + 2] = 182;  // the checksum begins at byte 186
+  packet[kSection + 2] = 182;  // the checksum starts at byte 186
   const std::string printed =
       Printed([&] { EXPECT_EQ(parse_pat(packet.data(), programs.data()), -1); });
   EXPECT_EQ(printed, "Pat Data is error!! pat_crc is 0xffff0000\n");
 }
 
-TEST(ParsePatTest, FiveProgramsStoreFourAndSaySo) {
+TEST(ParsePatTest, FourOfFiveProgramsAreStoredAndALineIsPrinted) {
   ts_program_table programs{};
   const Packet packet = MakePat({{1, 0x20}, {2, 0x21}, {3, 0x22}, {4, 0x23}, {5, 0x24}});
   EXPECT_EQ(Printed([&] { EXPECT_EQ(parse_pat(packet.data(), programs.data()), 4); }),
@@ -106,7 +105,7 @@ TEST(ParsePatTest, FlippedChecksumBitIsRejectedWithTheStoredChecksum) {
             expected.data());
 }
 
-TEST(ParsePatTest, AdaptationFieldBeforeTheSectionIsPassedOver) {
+TEST(ParsePatTest, AdaptationFieldBeforeTheSectionIsSkipped) {
   Bytes payload = {0};
   Append(payload, MakeSection(0, {0, 1, 0xC1, 0, 0, 0, 1, 0xE1, 0x23}));
   ts_program_table programs{};
@@ -123,7 +122,7 @@ TEST(ParsePatTest, AdaptationFieldThatFillsThePacketIsTooLong) {
             "total_len:261 is too long\n");
 }
 
-// A packet whose section begins at `start`, behind an adaptation field, and is all 0xFF.
+// A packet whose section starts at `start`, after an adaptation field, and is all 0xFF.
 Packet SectionAt(std::uint8_t start, std::uint16_t pid) {
   Packet packet = MakePacket(pid, true, 0, Bytes(184, 0xFF), true);
   packet[3] = 0x30;
@@ -137,7 +136,7 @@ TEST(ParsePatTest, HeaderThatEndsWithThePacketIsTooLong) {
     return Printed([&] { EXPECT_EQ(parse_pat(SectionAt(start, 0).data(), programs.data()), -1); });
   };
   EXPECT_EQ(parse(180), "total_len:180 is too long\n");
-  EXPECT_EQ(parse(179), "") << "read further, and no PAT";
+  EXPECT_EQ(parse(179), "") << "the header is read, and it is no PAT";
 }
 
 TEST(ParsePatTest, PacketWithoutPayloadPrintsItsControlField) {
@@ -149,7 +148,7 @@ TEST(ParsePatTest, PacketWithoutPayloadPrintsItsControlField) {
   EXPECT_TRUE(printed.starts_with("ts_hd->header.adaptation_field_ctrl:0x2\n")) << printed;
 }
 
-TEST(ParsePatTest, OtherPidsAndOtherTablesAreRefusedInSilence) {
+TEST(ParsePatTest, OtherPidsAndOtherTablesAreRefusedWithoutALine) {
   ts_program_table programs{};
   Packet other_table = MakePat();
   other_table[kSection] = 2;
@@ -160,7 +159,7 @@ TEST(ParsePatTest, OtherPidsAndOtherTablesAreRefusedInSilence) {
             "");
 }
 
-TEST(ParsePatTest, NullArgumentsAreSaid) {
+TEST(ParsePatTest, NullArgumentsAreReported) {
   ts_program_table programs{};
   EXPECT_EQ(Printed([&] {
               EXPECT_EQ(parse_pat(nullptr, programs.data()), -1);
@@ -188,7 +187,7 @@ TEST_F(ParsePmtTest, StreamsAreStoredWithTypesAndPids) {
   EXPECT_EQ(ts_last_stream_type, kStreamTypeH265);
 }
 
-TEST_F(ParsePmtTest, SixAudioStreamsKeepTheSixthInTheLastPlace) {
+TEST_F(ParsePmtTest, SixthAudioStreamIsStoredInTheLastSlot) {
   const Packet packet = MakePmt({{0x1B, 0x200},
                                  {0x0F, 0x201},
                                  {0x0F, 0x202},
@@ -208,14 +207,14 @@ TEST_F(ParsePmtTest, LastVideoStreamListedWins) {
   EXPECT_EQ(program_.video_stream_type, kStreamTypeMpeg2Video);
 }
 
-TEST_F(ParsePmtTest, AudioAloneIsNoProgramToPlay) {
+TEST_F(ParsePmtTest, AudioAloneIsNoPlayableProgram) {
   ts_last_stream_type = 0;
   EXPECT_EQ(Parse(MakePmt({{0x0F, 0x202}})), -1);
   EXPECT_EQ(program_.audio_pid[0], 0x202);
-  EXPECT_EQ(ts_last_stream_type, 0);  // audio does not change it
+  EXPECT_EQ(ts_last_stream_type, 0);  // not changed by audio
 }
 
-TEST_F(ParsePmtTest, UnknownTypeIsSaidAndRemembered) {
+TEST_F(ParsePmtTest, UnknownTypeIsReportedAndRecorded) {
   EXPECT_EQ(Printed([&] {
               EXPECT_EQ(Parse(MakePmt({{0x86, 0x205}, {0x1B, 0x201}})), 0);
             }),
@@ -224,7 +223,7 @@ TEST_F(ParsePmtTest, UnknownTypeIsSaidAndRemembered) {
   EXPECT_EQ(ts_last_stream_type, 0x86);
 }
 
-TEST_F(ParsePmtTest, ProgramDescriptorsArePassedOver) {
+TEST_F(ParsePmtTest, ProgramDescriptorsAreSkipped) {
   const Packet packet =
       MakeSectionPacket(kPmtPid, MakePmtSection({{0x1B, 0x201}}, {0x05, 4, 'H', 'D', 'M', 'V'}));
   EXPECT_EQ(Parse(packet), 0);
@@ -241,7 +240,7 @@ TEST_F(ParsePmtTest, FlippedChecksumBitIsRejectedWithTheStoredChecksum) {
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(packet), -1); }), expected.data());
 }
 
-TEST_F(ParsePmtTest, LengthsThatLieAreTooLong) {
+TEST_F(ParsePmtTest, WrongLengthsAreTooLong) {
   Packet packet = MakePmt({{0x1B, 0x201}});
   packet[kSection + 11] = 200;  // program_info_length beyond the section
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(packet), -1); }),
@@ -255,13 +254,13 @@ TEST_F(ParsePmtTest, SectionShorterThanItsHeaderIsTooLong) {
             "total_len:17 is too long(section_len:12, program_info_len:0, es_info_len:65535)\n");
 }
 
-TEST_F(ParsePmtTest, StreamEntryWhoseDescriptorsRunOutOfTheSectionEndsTheLoop) {
+TEST_F(ParsePmtTest, StreamEntryThatExtendsBeyondTheSectionEndsTheLoop) {
   Bytes body = {0, 1, 0xC1, 0, 0, 0xE1, 0x01, 0xF0, 0, 0x1B, 0xE2, 0x01, 0xFF, 0xFF};
   EXPECT_EQ(Parse(MakeSectionPacket(kPmtPid, MakeSection(2, body))), 0);
   EXPECT_EQ(program_.video_pid, 0x201);
 }
 
-TEST_F(ParsePmtTest, OtherTableOnItsPidIsSaid) {
+TEST_F(ParsePmtTest, OtherTableOnThePmtPidIsReported) {
   Packet packet = MakePmt();
   packet[kSection] = 0x42;
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(packet), -1); }), "It isn't available PMT:256!\n");
@@ -274,7 +273,7 @@ TEST_F(ParsePmtTest, AdaptationFieldThatFillsThePacketIsTooLong) {
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(packet), -1); }), "total_len:189 is too long\n");
 }
 
-TEST_F(ParsePmtTest, SectionThatBeginsBehindThePacketIsTooLong) {
+TEST_F(ParsePmtTest, SectionThatStartsBeyondThePacketIsTooLong) {
   const auto parse = [this](std::uint8_t start) {
     return Printed([&] { EXPECT_EQ(Parse(SectionAt(start, kPmtPid)), -1); });
   };
@@ -282,13 +281,13 @@ TEST_F(ParsePmtTest, SectionThatBeginsBehindThePacketIsTooLong) {
   EXPECT_EQ(parse(187), "It isn't available PMT:256!\n");
 }
 
-TEST_F(ParsePmtTest, PmtOfAnotherProgramIsRefusedInSilence) {
+TEST_F(ParsePmtTest, PmtOfAnotherProgramIsRefusedWithoutALine) {
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(MakePmt({{0x1B, 0x201}}, 0x333)), -1); }), "");
   program_.pmt_pid = 0;
   EXPECT_EQ(Printed([&] { EXPECT_EQ(Parse(MakePmt({{0x1B, 0x201}}, 0)), -1); }), "");
 }
 
-TEST_F(ParsePmtTest, NullArgumentsAreSaid) {
+TEST_F(ParsePmtTest, NullArgumentsAreReported) {
   EXPECT_EQ(Printed([&] {
               EXPECT_EQ(parse_pmt(nullptr, &program_), -1);
               EXPECT_EQ(parse_pmt(MakePmt().data(), nullptr), -1);

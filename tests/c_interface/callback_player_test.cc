@@ -12,7 +12,7 @@
 
 namespace {
 
-// What the last call was given, and by which callback.
+// The last callback and its arguments.
 struct Called {
   std::string name;
   float seconds = 0;
@@ -54,7 +54,7 @@ sd_callbacks NotingCallbacks(Called& called) {
   };
   callbacks.on_message = [](void* user, const char* line, std::size_t length) {
     Note(user, "message");
-    static_cast<Called*>(user)->text = std::string(line, length + 1);  // with the zero behind it
+    static_cast<Called*>(user)->text = std::string(line, length + 1);  // with its terminating zero
   };
   callbacks.on_play_result = [](void* user, const char* line, std::size_t length) {
     Note(user, "play result");
@@ -93,7 +93,7 @@ class CInterfaceCallbackPlayerTest : public testing::Test {
   CallbackPlayer player_{NotingCallbacks(called_)};
 };
 
-TEST_F(CInterfaceCallbackPlayerTest, EachCallHasItsCallback) {
+TEST_F(CInterfaceCallbackPlayerTest, EachPlayerCallReachesItsCallback) {
   const std::array<std::uint8_t, 2> payload = {1, 2};
   const MediaFrame frame{0x1111111111, 0x2222222222, 0x3333333333, 2, payload.data(), 0};
   player_.OnDuration(1.5F);
@@ -112,7 +112,7 @@ TEST_F(CInterfaceCallbackPlayerTest, EachCallHasItsCallback) {
   ExpectCall("play result", "");
 }
 
-TEST_F(CInterfaceCallbackPlayerTest, RecordIsLaidOutAsTheFrame) {
+TEST_F(CInterfaceCallbackPlayerTest, FrameRecordHasTheLayoutOfMediaFrame) {
   const MediaFrame frame{1, 2, 3, 4, nullptr, 0};
   player_.OnVideoFrame(frame);
   std::array<unsigned char, 48> record;
@@ -123,7 +123,7 @@ TEST_F(CInterfaceCallbackPlayerTest, RecordIsLaidOutAsTheFrame) {
   EXPECT_EQ(record, original);
 }
 
-TEST_F(CInterfaceCallbackPlayerTest, NullCallbacksAreLeftOut) {
+TEST_F(CInterfaceCallbackPlayerTest, NullCallbacksAreSkipped) {
   CallbackPlayer silent{sd_callbacks{}};
   silent.OnDuration(1);
   silent.OnBufferedTime(1);

@@ -1,4 +1,4 @@
-// What the callbacks are given is what a player of the C++ interface is given.
+// The callbacks receive the same data as a player of the C++ interface.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -56,7 +56,7 @@ void ExpectSameFrames(const Record& record, const Record& expected) {
   EXPECT_EQ(record.clocks, expected.clocks);
 }
 
-TEST(CInterfaceCallbacksTest, FlvFramesAreThoseOfTheCppInterface) {
+TEST(CInterfaceCallbacksTest, FlvFramesEqualThoseOfTheCppInterface) {
   const Record expected = PlayByCpp(LocalFlv("by cpp"), PlayedFlv);
   const std::string address = LocalFlv("by c");
   const Record record = PlayByC(address, PlayedFlv);
@@ -66,7 +66,7 @@ TEST(CInterfaceCallbacksTest, FlvFramesAreThoseOfTheCppInterface) {
   EXPECT_EQ(record.results, std::vector{"PLAY:FLV CACHE_NO OK:" + address});
 }
 
-TEST(CInterfaceCallbacksTest, Mp4FramesAndTimesAreThoseOfTheCppInterface) {
+TEST(CInterfaceCallbacksTest, Mp4FramesAndTimesEqualThoseOfTheCppInterface) {
   const Record expected = PlayByCpp(LocalMp4("by cpp"), PlayedMp4);
   const std::string address = LocalMp4("by c");
   const Record record = PlayByC(address, PlayedMp4);
@@ -79,7 +79,7 @@ TEST(CInterfaceCallbacksTest, Mp4FramesAndTimesAreThoseOfTheCppInterface) {
   EXPECT_EQ(record.results, std::vector{"PLAY:MP4 OK:" + address});
 }
 
-TEST(CInterfaceCallbacksTest, AllNullCallbacksPlayInSilence) {
+TEST(CInterfaceCallbacksTest, AllCallbacksMayBeNull) {
   sd_callbacks callbacks{};
   callbacks.size = sizeof(callbacks);
   const OwnedDownloader downloader(callbacks);
@@ -89,9 +89,9 @@ TEST(CInterfaceCallbacksTest, AllNullCallbacksPlayInSilence) {
   EXPECT_EQ(sd_end_download(downloader.get()), SD_OK);
 }
 
-// Each callback is null once while the others are set. The player records no audio frame without
-// its clock.
-TEST(CInterfaceCallbacksTest, NullCallbackLeavesItsCallsOut) {
+// Each callback is null once while the others are set. The audio clock and the audio frame are null
+// together, since the recording player rejects a frame without its clock.
+TEST(CInterfaceCallbacksTest, NullCallbackIsSkippedWhileTheOthersAreCalled) {
   const auto has_video = [](RecordingPlayer& player) {
     return player.WaitFor([](const Record& record) { return record.video.size() >= kFrames; });
   };

@@ -1,4 +1,4 @@
-// Making and destroying downloaders, with good and bad input.
+// Creating and destroying downloaders, with valid and invalid arguments.
 #include <gtest/gtest.h>
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 namespace c_interface_test {
 namespace {
 
-// What a variable holds before a call that has to overwrite it.
+// A value that the call must overwrite.
 sd_downloader* SomePointer() {
   static char byte;
   return reinterpret_cast<sd_downloader*>(&byte);
@@ -43,8 +43,8 @@ TEST(CInterfaceCreateTest, StructOfAnotherSizeIsRefused) {
   }
 }
 
-// A host of another version may have a smaller struct: with sanitizers a further byte is an error.
-TEST(CInterfaceCreateTest, NothingBehindTheSizeOfAnotherStructIsRead) {
+// A host of another version may have a smaller struct. A sanitizer reports a read beyond its size.
+TEST(CInterfaceCreateTest, NothingAfterTheSizeOfAnotherStructIsRead) {
   const auto size = std::make_unique<std::size_t>(sizeof(std::size_t));
   sd_downloader* downloader = SomePointer();
   EXPECT_EQ(sd_create(reinterpret_cast<const sd_callbacks*>(size.get()), &downloader),
@@ -67,14 +67,14 @@ TEST(CInterfaceDestroyTest, NullDownloaderIsRefusedByEveryFunction) {
   EXPECT_EQ(sd_destroy(nullptr), SD_ERROR_NULL_DOWNLOADER);
 }
 
-TEST(CInterfaceDestroyTest, WhatPlaysIsStopped) {
+TEST(CInterfaceDestroyTest, RunningStreamIsStopped) {
   RecordingPlayer player;
   {
     const OwnedDownloader downloader(player);
     EXPECT_EQ(Begin(downloader.get(), "file:///no/such.m3u8"), SD_OK);
     EXPECT_FALSE(player.Snapshot().HasMessage("PLAY STOP OK"));
   }
-  player.Close();  // a call from now on fails the test
+  player.Close();  // any later call fails the test
   EXPECT_EQ(player.Snapshot().messages.back(), "PLAY STOP OK");
 }
 

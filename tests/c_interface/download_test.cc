@@ -1,5 +1,5 @@
-// Starting, stopping and start positions: what the functions return, and what the callbacks are
-// given.
+// Starting, stopping and start positions: the results of the functions and the calls of the
+// callbacks.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -25,7 +25,7 @@ TEST_F(CInterfaceBeginTest, NullAddressIsRefused) {
   EXPECT_EQ(sd_begin_download(downloader_.get(), nullptr, 0), SD_ERROR_NULL_ADDRESS);
 }
 
-TEST_F(CInterfaceBeginTest, EmptyAddressIsRefusedInSilence) {
+TEST_F(CInterfaceBeginTest, EmptyAddressIsRefusedWithoutALine) {
   EXPECT_EQ(sd_begin_download(downloader_.get(), "http://127.0.0.1/a.ts", 0),
             SD_ERROR_EMPTY_ADDRESS);
   EXPECT_EQ(player_.Snapshot().messages, Lines());
@@ -47,18 +47,18 @@ TEST_F(CInterfaceBeginTest, AddressNeedNotBeTerminated) {
   EXPECT_EQ(player_.Snapshot().messages, Lines{"PLAY UNKOWN:rtmp://host/a"});
 }
 
-TEST_F(CInterfaceBeginTest, ZerosInAnAddressAreInItsLine) {
+TEST_F(CInterfaceBeginTest, ZerosInAnAddressAreKeptInItsLine) {
   const std::string zeros("rtmp\0\0//host\0", 13);
   EXPECT_EQ(Begin(downloader_.get(), zeros), SD_ERROR_UNKNOWN_SCHEME);
   EXPECT_EQ(player_.Snapshot().messages, Lines{"PLAY UNKOWN:" + zeros});
 }
 
-TEST_F(CInterfaceBeginTest, BytesAboveAsciiAreInItsLineAsTheyWere) {
+TEST_F(CInterfaceBeginTest, BytesAboveAsciiAreKeptInItsLine) {
   EXPECT_EQ(Begin(downloader_.get(), "rtmp://\xE4\xB8\xAD\xFF"), SD_ERROR_UNKNOWN_SCHEME);
   EXPECT_EQ(player_.Snapshot().messages, Lines{"PLAY UNKOWN:rtmp://\xE4\xB8\xAD\xFF"});
 }
 
-TEST_F(CInterfaceBeginTest, AddressOfAMillionBytesIsInItsLine) {
+TEST_F(CInterfaceBeginTest, LineHoldsAnAddressOfAMillionBytes) {
   const std::string address = "rtmp://" + std::string(1'000'000, 'a');
   EXPECT_EQ(Begin(downloader_.get(), address), SD_ERROR_UNKNOWN_SCHEME);
   EXPECT_EQ(player_.Snapshot().messages, Lines{"PLAY UNKOWN:" + address});
@@ -72,7 +72,7 @@ TEST_F(CInterfaceBeginTest, LengthBeyondAllMemoryIsRefused) {
   EXPECT_EQ(player_.Snapshot().messages, Lines());
 }
 
-TEST_F(CInterfaceBeginTest, MissingFileIsStartedAllTheSame) {
+TEST_F(CInterfaceBeginTest, MissingFileIsStarted) {
   const std::string address = "file:///no/such.flv";
   EXPECT_EQ(Begin(downloader_.get(), address), SD_OK);
   EXPECT_TRUE(player_.WaitFor([](const Record& record) { return !record.results.empty(); }));
@@ -81,17 +81,17 @@ TEST_F(CInterfaceBeginTest, MissingFileIsStartedAllTheSame) {
   EXPECT_EQ(player_.Snapshot().results, Lines{"PLAY:FLV NO:" + address});
 }
 
-TEST_F(CInterfaceEndTest, NothingWasStarted) {
+TEST_F(CInterfaceEndTest, ReturnsNotPlayingBeforeAnyStart) {
   EXPECT_EQ(sd_end_download(downloader_.get()), SD_NOT_PLAYING);
 }
 
-TEST_F(CInterfaceEndTest, SecondStopFindsNothing) {
+TEST_F(CInterfaceEndTest, SecondStopReturnsNotPlaying) {
   EXPECT_EQ(Begin(downloader_.get(), LocalFlv("second stop")), SD_OK);
   EXPECT_EQ(sd_end_download(downloader_.get()), SD_OK);
   EXPECT_EQ(sd_end_download(downloader_.get()), SD_NOT_PLAYING);
 }
 
-// Plays until a callback is in the call that is held, and has been given audio.
+// Plays until the blocked callback has been entered and audio has been delivered.
 void PlayInto(HeldVideoCall& call, RecordingPlayer& player, sd_downloader* downloader,
               const std::string& address) {
   EXPECT_EQ(Begin(downloader, address), SD_OK);
@@ -99,14 +99,14 @@ void PlayInto(HeldVideoCall& call, RecordingPlayer& player, sd_downloader* downl
   EXPECT_TRUE(player.WaitFor([](const auto& record) { return !record.audio.empty(); }));
 }
 
-TEST_F(CInterfaceEndTest, StopWaitsForTheCallbackThatRuns) {
+TEST_F(CInterfaceEndTest, StopWaitsForARunningCallback) {
   HeldVideoCall call(player_);
   PlayInto(call, player_, downloader_.get(), LocalFlv("stopped"));
   EXPECT_EQ(EndBehindCall(call, [this] { return sd_end_download(downloader_.get()); }), SD_OK);
-  player_.Close();  // a call from now on fails the test
+  player_.Close();  // any later call fails the test
 }
 
-TEST_F(CInterfaceEndTest, DestructionWaitsForTheCallbackThatRuns) {
+TEST_F(CInterfaceEndTest, DestructionWaitsForARunningCallback) {
   RecordingPlayer player;
   HeldVideoCall call(player);
   const sd_callbacks callbacks = CallbacksTo(player);
@@ -114,7 +114,7 @@ TEST_F(CInterfaceEndTest, DestructionWaitsForTheCallbackThatRuns) {
   ASSERT_EQ(sd_create(&callbacks, &downloader), SD_OK);
   PlayInto(call, player, downloader, LocalFlv("destroyed"));
   EXPECT_EQ(EndBehindCall(call, [downloader] { return sd_destroy(downloader); }), SD_OK);
-  player.Close();  // a call from now on fails the test
+  player.Close();  // any later call fails the test
 }
 
 TEST_F(CInterfaceEndTest, SameDownloaderPlaysAgain) {
@@ -128,12 +128,12 @@ TEST_F(CInterfaceEndTest, SameDownloaderPlaysAgain) {
   }
 }
 
-TEST_F(CInterfacePositionTest, NothingWasStarted) {
+TEST_F(CInterfacePositionTest, ReturnsNothingStartedBeforeAnyStart) {
   EXPECT_EQ(sd_set_start_position(downloader_.get(), 10), SD_NOTHING_STARTED);
   EXPECT_EQ(player_.Snapshot().messages, Lines());
 }
 
-TEST_F(CInterfacePositionTest, FramesBeforeItAreDropped) {
+TEST_F(CInterfacePositionTest, FramesBeforeThePositionAreDropped) {
   constexpr std::size_t kDropped = 5;
   const std::string address = LocalMp4("position");
   EXPECT_EQ(Begin(downloader_.get(), address), SD_OK);

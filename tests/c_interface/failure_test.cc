@@ -1,5 +1,5 @@
-// What a facade throws ends in the C functions. The facade of this program does nothing but throw
-// what a test wants.
+// Exceptions thrown by the facade end in the C functions. In this program the facade does nothing
+// but throw the exception that a test sets.
 #include <gtest/gtest.h>
 
 #include <exception>
@@ -12,7 +12,7 @@
 
 namespace {
 
-std::exception_ptr thrown;  // by every member but the destructor, if not null
+std::exception_ptr thrown;  // thrown by every member except the destructor, if not null
 
 bool ThrowOrReturnTrue() {
   if (thrown != nullptr) std::rethrow_exception(thrown);
@@ -30,7 +30,7 @@ CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
       ts_(nullptr) {
   ThrowOrReturnTrue();
 }
-// An exception in it would end the process.
+// An exception thrown by a destructor would end the process.
 CStreamDownloader::~CStreamDownloader() { EXPECT_EQ(thrown, nullptr); }
 bool CStreamDownloader::BeginDownload(std::string /*url*/) { return ThrowOrReturnTrue(); }
 bool CStreamDownloader::EndDownload() { return ThrowOrReturnTrue(); }
@@ -51,14 +51,14 @@ class CInterfaceFailureTest : public testing::TestWithParam<Failure> {
   sd_callbacks callbacks_{};
 };
 
-TEST_P(CInterfaceFailureTest, CreateReturnsItAndMakesNothing) {
+TEST_P(CInterfaceFailureTest, CreateReturnsTheErrorAndNoDownloader) {
   thrown = GetParam().thrown;
   sd_downloader* downloader = reinterpret_cast<sd_downloader*>(&callbacks_);
   EXPECT_EQ(sd_create(&callbacks_, &downloader), GetParam().result);
   EXPECT_EQ(downloader, nullptr);
 }
 
-TEST_P(CInterfaceFailureTest, EveryOtherFunctionReturnsItAndTheDownloaderStays) {
+TEST_P(CInterfaceFailureTest, EveryOtherFunctionReturnsTheErrorAndTheDownloaderStaysUsable) {
   sd_downloader* downloader = nullptr;
   ASSERT_EQ(sd_create(&callbacks_, &downloader), SD_OK);
   thrown = GetParam().thrown;

@@ -1,4 +1,4 @@
-// Calls from inside a callback, where a stop would wait for itself, are refused.
+// Calls from inside a callback are refused, because a stop there would wait for itself.
 #include <gtest/gtest.h>
 
 #include <condition_variable>
@@ -15,7 +15,7 @@
 namespace c_interface_test {
 namespace {
 
-// Passes everything on to a recording player, and does something inside the first call of one kind.
+// Runs an action inside the first call of one kind.
 class IntrudingPlayer final : public CStreamPlayerImp {
  public:
   enum class Kind { kDuration, kBufferedTime, kClock, kAudio, kVideo, kMessage, kResult };
@@ -31,7 +31,7 @@ class IntrudingPlayer final : public CStreamPlayerImp {
   void OnMessage(std::string /*line*/) override { Called(Kind::kMessage); }
   void OnPlayResult(std::string /*line*/) override { Called(Kind::kResult); }
 
-  // False if no call of the kind is made.
+  // Waits until the action has run. False if the time limit expires first.
   bool WaitUntilDone() {
     std::unique_lock lock(mutex_);
     return done_changed_.wait_for(lock, kTestLimit, [this] { return done_; });
@@ -55,7 +55,7 @@ class IntrudingPlayer final : public CStreamPlayerImp {
 
 using Kind = IntrudingPlayer::Kind;
 
-// Ends with the first call that is not refused: a later one would wait for ever.
+// Returns at the first call that is not refused, because a later one would wait for ever.
 void ExpectAllRefused(sd_downloader* downloader) {
   RecordingPlayer player;
   const sd_callbacks callbacks = CallbacksTo(player);
@@ -88,7 +88,7 @@ TEST_P(CInterfaceInsideEachCallbackTest, CallsAreRefusedForEveryDownloader) {
   own = downloader.get();
   EXPECT_EQ(Begin(own, LocalMp4("inside " + std::to_string(static_cast<int>(GetParam())))), SD_OK);
   EXPECT_TRUE(player.WaitUntilDone());
-  EXPECT_EQ(sd_end_download(own), SD_OK);  // it is still there, and still played
+  EXPECT_EQ(sd_end_download(own), SD_OK);  // it still exists and still plays
   EXPECT_EQ(other_player_.Snapshot().messages.size(), 0U);
 }
 
@@ -97,7 +97,7 @@ INSTANTIATE_TEST_SUITE_P(EveryKind, CInterfaceInsideEachCallbackTest,
                                          Kind::kAudio, Kind::kVideo, Kind::kMessage,
                                          Kind::kResult));
 
-TEST_F(CInterfaceInsideCallbackTest, CallsOnTheCallersOwnThreadAreRefusedUntilTheCallbackReturns) {
+TEST_F(CInterfaceInsideCallbackTest, CallsOnTheCallersThreadAreRefusedUntilTheCallbackReturns) {
   sd_downloader* own = nullptr;
   IntrudingPlayer player(Kind::kMessage, [&] { ExpectAllRefused(own); });
   const OwnedDownloader downloader(player);
@@ -107,7 +107,7 @@ TEST_F(CInterfaceInsideCallbackTest, CallsOnTheCallersOwnThreadAreRefusedUntilTh
   EXPECT_EQ(sd_end_download(own), SD_NOT_PLAYING);
 }
 
-TEST_F(CInterfaceInsideCallbackTest, VersionAndTextsMayBeAskedFor) {
+TEST_F(CInterfaceInsideCallbackTest, VersionAndTextsAreAvailable) {
   std::string version;
   IntrudingPlayer player(Kind::kMessage,
                          [&] { version = std::string(sd_version()) + sd_result_text(SD_OK); });

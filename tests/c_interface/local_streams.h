@@ -1,5 +1,5 @@
-// Short streams in local files, and waiting until they are played whole. Each file has a name of
-// its own, since an address that was played before goes on where it was stopped.
+// Short streams in local files, and waits for their delivery. Each file needs its own name, because
+// an address that was played before continues where it was stopped.
 #ifndef TESTS_C_INTERFACE_LOCAL_STREAMS_H_
 #define TESTS_C_INTERFACE_LOCAL_STREAMS_H_
 
@@ -13,15 +13,15 @@
 
 namespace c_interface_test {
 
-inline constexpr std::size_t kFrames = 12;  // pictures of a stream, and audio frames
-inline constexpr std::size_t kFlvVideoFrames = kFrames + 2;  // and two parameter sets
+inline constexpr std::size_t kFrames = 12;                   // of each kind in a stream
+inline constexpr std::size_t kFlvVideoFrames = kFrames + 2;  // and the two parameter sets
 
-// The address of a file that holds an FLV stream.
+// Writes an FLV stream to a file and returns its address.
 inline std::string LocalFlv(const std::string& name) {
   return "file://" + WriteLocalFile(name + ".flv", flv_test::MakeStream(kFrames));
 }
 
-// The address of a file that holds an MP4 movie: it makes the component use every callback.
+// Writes an MP4 movie to a file and returns its address. Its playback calls every callback.
 inline std::string LocalMp4(const std::string& name) {
   mp4_test::Shape shape;
   shape.samples = kFrames;
@@ -29,7 +29,7 @@ inline std::string LocalMp4(const std::string& name) {
   return "file://" + WriteLocalFile(name + ".mp4", mp4_test::BuildMp4(movie).bytes);
 }
 
-// Wait until all frames of one are delivered. False if that does not happen.
+// Wait until all frames of the stream are delivered. False if the time limit expires first.
 inline bool PlayedFlv(RecordingPlayer& player) {
   return player.WaitFor([](const RecordingPlayer::Record& record) {
     return record.video.size() >= kFlvVideoFrames && record.audio.size() >= kFrames;

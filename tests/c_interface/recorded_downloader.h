@@ -1,5 +1,5 @@
-// A downloader of the C interface, and callbacks for it that pass everything on to a player of the
-// C++ interface, so that what one delivers can be compared with what the other does.
+// A downloader of the C interface with callbacks that forward to a player of the C++ interface, so
+// that both interfaces can be compared.
 #ifndef TESTS_C_INTERFACE_RECORDED_DOWNLOADER_H_
 #define TESTS_C_INTERFACE_RECORDED_DOWNLOADER_H_
 
@@ -20,7 +20,7 @@ inline MediaFrame FrameOf(const sd_frame& record) {
   return {record.pts, record.dts, record.play_time, record.size, record.data, record.reserved};
 }
 
-// The player is borrowed, as the user pointer.
+// `player` is borrowed and passed as the user pointer.
 inline sd_callbacks CallbacksTo(CStreamPlayerImp& player) {
   sd_callbacks callbacks;
   callbacks.size = sizeof(callbacks);
@@ -53,7 +53,7 @@ inline sd_result Begin(sd_downloader* downloader, const std::string& url) {
   return sd_begin_download(downloader, url.data(), url.size());
 }
 
-// Owns a downloader that must be made.
+// Creates, owns and destroys a downloader. A failure fails the test.
 class OwnedDownloader {
  public:
   explicit OwnedDownloader(const sd_callbacks& callbacks) {

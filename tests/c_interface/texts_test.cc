@@ -1,4 +1,4 @@
-// What results mean, and the version.
+// The texts of results, and the version.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,7 +13,7 @@ namespace {
 constexpr int kLast = SD_NOTHING_STARTED;
 constexpr int kFirst = SD_ERROR_OTHER;
 
-TEST(CInterfaceResultTextTest, EveryValueHasItsOwn) {
+TEST(CInterfaceResultTextTest, EveryValueHasItsOwnText) {
   std::set<std::string> texts;
   for (int result = kFirst; result <= kLast; ++result) texts.insert(sd_result_text(result));
   EXPECT_EQ(texts.size(), static_cast<std::size_t>(kLast - kFirst + 1));
@@ -21,14 +21,14 @@ TEST(CInterfaceResultTextTest, EveryValueHasItsOwn) {
   EXPECT_FALSE(texts.contains(""));
 }
 
-TEST(CInterfaceResultTextTest, UnknownValueHasOneToo) {
+TEST(CInterfaceResultTextTest, UnknownValueHasATextToo) {
   for (const int result : {kFirst - 1, kLast + 1, 4711, std::numeric_limits<int>::min(),
                            std::numeric_limits<int>::max()}) {
     EXPECT_STREQ(sd_result_text(result), "unknown result") << result;
   }
 }
 
-// Hosts were compiled with these numbers.
+// Hosts are compiled with these numbers.
 TEST(CInterfaceResultTextTest, ValuesAreFixed) {
   EXPECT_EQ(SD_OK, 0);
   EXPECT_EQ(SD_NOT_PLAYING, 1);
@@ -51,7 +51,7 @@ TEST(CInterfaceVersionTest, HeaderAndLibraryAgree) {
   EXPECT_EQ(sd_version_number(), static_cast<std::uint32_t>(SD_VERSION_NUMBER));
 }
 
-TEST(CInterfaceVersionTest, NumberIsMadeOfTheText) {
+TEST(CInterfaceVersionTest, NumberMatchesTheText) {
   int major = 0;
   int minor = 0;
   int patch = 0;

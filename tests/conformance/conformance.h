@@ -1,27 +1,27 @@
-// What the typed tests of the conformance suite have in common. Each runs for every format. The
-// traits class of a format describes how it differs, and is the server of its streams:
+// The common base of the typed tests of the conformance suite, which run for every format. The
+// traits class of a format describes its differences and is the server of its streams:
 //
 //   Pipeline                 the class behind the facade
 //   kName, kConsoleName      the format in the player's lines ("PLAY TS:") and in the console's
-//   kOkLine                  the message that a stream is what it should be, without the address
-//   kRestartLines            how many lines report a start with the address that played last
-//   kOwnRunFlag              whether each pipeline has a run flag, or all of a format share one
-//   kRequests                how many requests every start makes at least
+//   kOkLine                  the message that the stream is valid, without the address
+//   kRestartLines            how many lines report a start of the address that played last
+//   kOwnRunFlag              whether each pipeline has a run flag of its own, or all share one
+//   kRequests                the minimum number of requests of every start
 //   kAddressRequests         requests for the address itself that one start of Endless() makes
 //                            while the time stands still
 //   kPace                    the longest sleep of its loops
-//   kDue, kDueAgain          the frames of Whole() in a first start, and in one after a stop
+//   kDue, kDueAgain          the frames of Whole() in a first start, and in a start after a stop
 //   Runs()                   the run flag of the pipeline that was started last
 //   Whole(name)              the address of a short stream, served as fast as possible
-//   Endless(name)            that of one that is sent little by little, for a long time or for ever
-//   Silent(name)             that of one for which not even an answer is sent
-//   Gated(name)              that of one of which about half is sent, and the rest no earlier than
-//                            after ReleaseGated(name)
-//   AwaitWhole()             waits until so much of Whole() has been received that another start
+//   Endless(name)            the address of a stream that is sent slowly, for long or for ever
+//   Silent(name)             an address whose requests get no reply
+//   Gated(name)              the address of a stream of which about half is sent at once, and the
+//                            rest after ReleaseGated(name)
+//   AwaitWhole()             waits until enough of Whole() has been received that another start
 //                            does not change what is reported
-//   AwaitGate()              the same for what Gated() sends before it is released
+//   AwaitGate()              the same for the part of Gated() that is sent before the release
 //
-// Streams of different names have different addresses.
+// Streams with different names have different addresses.
 #ifndef TESTS_CONFORMANCE_CONFORMANCE_H_
 #define TESTS_CONFORMANCE_CONFORMANCE_H_
 
@@ -56,7 +56,7 @@ struct FormatNames {
   }
 };
 
-// What a server remembers of a request for this address.
+// The path that a server records for a request for this address.
 inline std::string PathOf(const std::string& url) {
   constexpr std::string_view kScheme = "http://";
   return url.substr(url.find('/', kScheme.size()));
@@ -86,7 +86,7 @@ class Conformance : protected AccountedStops, public Play<Format> {
     return this->WaitForVideo(counts.video) && this->WaitForAudio(counts.audio);
   }
 
-  // Stops, and looks that the stop waited for nothing that it need not wait for.
+  // Stops, and checks that the stop was prompt.
   bool StopPromptly() {
     const bool was_running = this->Stop();
     EXPECT_FALSE(Format::Runs());
@@ -94,7 +94,7 @@ class Conformance : protected AccountedStops, public Play<Format> {
     return was_running;
   }
 
-  // Plays a whole stream, and leaves it to play on without anything to report.
+  // Plays a whole stream and does not stop. Returns when nothing more will be reported.
   void BeginAndPlayWhole(const std::string& name) {
     EXPECT_TRUE(this->downloader_.BeginDownload(this->server_.Whole(name)));
     EXPECT_TRUE(WaitForFrames(Format::kDue));
@@ -102,15 +102,15 @@ class Conformance : protected AccountedStops, public Play<Format> {
     EXPECT_TRUE(this->server_.AwaitWhole());
   }
 
-  // After a stop: the next start is recorded alone.
+  // Call it after a stop, so that only the next start is recorded.
   void StartAgain() {
     account_.Forget();
     this->player_.Reopen();
     this->player_.Forget();
   }
 
-  // Plays a whole stream from its beginning and stops. Of an earlier start a frame may be left that
-  // is not this stream's.
+  // Plays a whole stream from its beginning and stops. `left_behind` is how many frames of an
+  // earlier start may be delivered besides.
   void ExpectToPlayWhole(const std::string& name, const FrameCounts& due,
                          std::size_t left_behind = 0) {
     const std::string url = this->server_.Whole(name);
@@ -132,10 +132,11 @@ class Conformance : protected AccountedStops, public Play<Format> {
     for (std::size_t i = 1; i < frames.size(); ++i) {
       if (frames[i].pts < frames[i - 1].pts) ++steps_back;
     }
-    EXPECT_LE(steps_back, left_behind) << "frames in another order";
+    EXPECT_LE(steps_back, left_behind) << "frames are out of order";
   }
 
-  // How many frames of a kind the parser has queued since the start, and whether all are delivered.
+  // Whether the parser has queued at least `due` frames since the start and all of them are
+  // delivered.
   static bool AllAreTaken(const FrameCounts& due) {
     const std::lock_guard lock(g_frameQueueMutex);
     return g_videoQueue->pushed >= due.video && g_audioQueue->pushed >= due.audio &&

@@ -1,4 +1,4 @@
-// FLV, as the conformance suite plays it (conformance.h).
+// The traits of FLV for the conformance suite (conformance.h).
 #ifndef TESTS_CONFORMANCE_FLV_FORMAT_H_
 #define TESTS_CONFORMANCE_FLV_FORMAT_H_
 
@@ -23,7 +23,8 @@ class FlvFormat : public TestServer {
   static constexpr std::size_t kAddressRequests = 1;
   static constexpr int kRestartLines = 1;
   static constexpr bool kOwnRunFlag = false;
-  static constexpr std::chrono::milliseconds kPace{100};  // the parser's poll for bytes
+  static constexpr std::chrono::milliseconds kPace{
+      100};  // the interval at which the parser polls for bytes
   static constexpr int kFrames = 40;
   // The two parameter sets are video frames too.
   static constexpr FrameCounts kDue{kFrames + 2, kFrames};
@@ -34,13 +35,13 @@ class FlvFormat : public TestServer {
   static bool Runs() { return g_flvRunning.load(); }
 
   std::string Whole(const std::string& name) const { return Url("/plain/" + name + ".flv"); }
-  // What is repeated is all but the head, so that tags follow tags. It is more than the parser
-  // takes, so that the parser never polls.
+  // Everything but the head is repeated, so the stream stays a sequence of tags. It arrives faster
+  // than the parser reads, so the parser never polls.
   std::string Endless(const std::string& name) const {
     return Url("/live/" + std::to_string(flv_test::StreamStart().size()) + "/" + name + ".flv");
   }
   std::string Silent(const std::string& name) const { return Url("/silent/" + name + ".flv"); }
-  // Half of it is more than the parser waits for before it begins.
+  // The first half is more than the parser waits for before it starts.
   std::string Gated(const std::string& name) const { return Url("/gated/" + name + ".flv"); }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
 

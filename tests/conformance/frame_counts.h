@@ -1,4 +1,4 @@
-// How many frames of each kind a stream has.
+// The number of frames of each kind.
 #ifndef TESTS_CONFORMANCE_FRAME_COUNTS_H_
 #define TESTS_CONFORMANCE_FRAME_COUNTS_H_
 

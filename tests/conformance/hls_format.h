@@ -1,4 +1,4 @@
-// HTTP Live Streaming, as the conformance suite plays it (conformance.h).
+// The traits of HTTP Live Streaming for the conformance suite (conformance.h).
 #ifndef TESTS_CONFORMANCE_HLS_FORMAT_H_
 #define TESTS_CONFORMANCE_HLS_FORMAT_H_
 
@@ -27,7 +27,7 @@ class HlsFormat : public HlsServer {
   static constexpr std::chrono::milliseconds kPace{1};
   static constexpr int kFrames = 40;
   static constexpr FrameCounts kDue{kFrames - 1, kFrames - 1};
-  // After a stop the first video frame is skipped: kept for compatibility.
+  // Kept for compatibility: after a stop the first video frame is skipped.
   static constexpr FrameCounts kDueAgain{kFrames - 2, kFrames - 1};
 
   static bool Runs() { return ActiveM3u8Runs(); }
@@ -37,7 +37,7 @@ class HlsFormat : public HlsServer {
     Put(Path(name), hls_test::OnDemandPlaylist(uris));
     return Url(Path(name));
   }
-  // Live: its segments play once, and its playlist is fetched over and over.
+  // A live stream: its segments play once, and its playlist is fetched again and again.
   std::string Endless(const std::string& name) {
     const auto uris = PutSegments(name);
     Put(Path(name), hls_test::LivePlaylist(0, uris));
@@ -47,7 +47,7 @@ class HlsFormat : public HlsServer {
     Put(Path(name), ::Silent());
     return Url(Path(name));
   }
-  // What is held back is most of the second segment.
+  // Most of the second segment is held back.
   std::string Gated(const std::string& name) {
     const std::string url = Whole(name);
     Put(GatedPath(name), GatedAfter(kTsPacketSize, ::Whole(Segments().at(1))));

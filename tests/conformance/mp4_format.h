@@ -1,4 +1,4 @@
-// MP4, as the conformance suite plays it (conformance.h).
+// The traits of MP4 for the conformance suite (conformance.h).
 #ifndef TESTS_CONFORMANCE_MP4_FORMAT_H_
 #define TESTS_CONFORMANCE_MP4_FORMAT_H_
 
@@ -36,7 +36,7 @@ class Mp4Format : public Mp4Server {
   static bool Runs() { return g_mp4Running.load(); }
 
   std::string Whole(const std::string& name) { return Put(name, {}); }
-  // No movie is without an end: one that is received little by little, far slower than it plays.
+  // A movie always has an end, so this one is received slowly, far slower than it plays.
   std::string Endless(const std::string& name) {
     return Put(name, {.piece = kVideoSize, .pause = std::chrono::milliseconds(2)});
   }

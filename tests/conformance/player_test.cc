@@ -1,5 +1,4 @@
-// Players that are not what a pipeline would wish for: none at all, one that blocks, one that
-// throws.
+// Unusual players: none at all, one that blocks, one that throws.
 #include "tests/conformance/conformance.h"
 #include "tests/support/held_video_call.h"
 #include "tests/support/throwing_player.h"
@@ -12,7 +11,7 @@ class PlayerTest : public Conformance<Format> {};
 
 TYPED_TEST_SUITE(PlayerTest, Formats, FormatNames);
 
-TYPED_TEST(PlayerTest, NoneAtAllHasTheFramesTakenAndReleased) {
+TYPED_TEST(PlayerTest, WithoutAPlayerFramesAreRemovedAndReleased) {
   CStreamDownloader facade(nullptr);
   EXPECT_TRUE(facade.BeginDownload(this->server_.Whole("a")));
   EXPECT_TRUE(WaitUntil([this] { return this->AllAreTaken(TypeParam::kDue); }));
@@ -21,7 +20,7 @@ TYPED_TEST(PlayerTest, NoneAtAllHasTheFramesTakenAndReleased) {
   EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
 }
 
-TYPED_TEST(PlayerTest, OneThatBlocksInVideoGetsItsAudioAndTheStopWaitsForItsCallOnly) {
+TYPED_TEST(PlayerTest, PlayerThatBlocksInVideoGetsItsAudioAndTheStopWaitsOnlyForItsCall) {
   HeldVideoCall call(this->player_);
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   ASSERT_TRUE(call.WaitUntilEntered());
@@ -29,11 +28,11 @@ TYPED_TEST(PlayerTest, OneThatBlocksInVideoGetsItsAudioAndTheStopWaitsForItsCall
   EXPECT_EQ(this->player_.Snapshot().video.size(), 1U);
   EXPECT_TRUE(EndBehindCall(call, this->downloader_));
   this->player_.Close();
-  EXPECT_EQ(this->player_.Snapshot().video.size(), 1U) << "no other frame is delivered behind it";
+  EXPECT_EQ(this->player_.Snapshot().video.size(), 1U) << "another frame was delivered after it";
   EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
 }
 
-TYPED_TEST(PlayerTest, OneThatThrowsInEveryCallGetsAllCallsAndIsStopped) {
+TYPED_TEST(PlayerTest, PlayerThatThrowsInEveryCallGetsAllCallsAndCanBeStopped) {
   ThrowingPlayer player;
   CStreamDownloader facade(&player);
   testing::internal::CaptureStdout();

@@ -1,4 +1,4 @@
-// Starts: the first one, the next one with the same or another address, and one without a stop
+// The first start, the next start with the same or another address, and a start without a stop
 // before it.
 #include "tests/conformance/conformance.h"
 
@@ -8,7 +8,7 @@ namespace {
 template <typename Format>
 class StartTest : public Conformance<Format> {
  protected:
-  // A start of `url` that another start without a stop may follow.
+  // Starts `url` so that another start without a stop may follow.
   void BeginAndWaitForVideo(const std::string& url) {
     EXPECT_TRUE(this->downloader_.BeginDownload(url));
     EXPECT_TRUE(this->WaitForVideo(1));
@@ -19,10 +19,10 @@ TYPED_TEST_SUITE(StartTest, Formats, FormatNames);
 
 TYPED_TEST(StartTest, PlaysEveryFrameOnceAndInOrder) {
   this->ExpectToPlayWhole("a", TypeParam::kDue);
-  EXPECT_GT(this->account_.Sleeps(), 0U) << "the loops sleep in the clock that judges the stop";
+  EXPECT_GT(this->account_.Sleeps(), 0U) << "no loop slept in the account's clock";
 }
 
-TYPED_TEST(StartTest, OfTheSameAddressFromItsBeginningPlaysEverythingAgain) {
+TYPED_TEST(StartTest, SameAddressAfterASeekToItsStartPlaysEverythingAgain) {
   this->ExpectToPlayWhole("a", TypeParam::kDue);
   this->StartAgain();
   EXPECT_TRUE(this->downloader_.SetStartPostion(0));
@@ -33,7 +33,7 @@ TYPED_TEST(StartTest, OfTheSameAddressFromItsBeginningPlaysEverythingAgain) {
             static_cast<std::size_t>(TypeParam::kRestartLines));
 }
 
-TYPED_TEST(StartTest, OfTheSameAddressAfterAStopInMidStreamGoesOnPlaying) {
+TYPED_TEST(StartTest, SameAddressAfterAStopInMidStreamContinues) {
   const std::string url = this->server_.Gated("a");
   this->BeginAndWaitForVideo(url);
   EXPECT_TRUE(this->StopPromptly());
@@ -46,7 +46,7 @@ TYPED_TEST(StartTest, OfTheSameAddressAfterAStopInMidStreamGoesOnPlaying) {
             static_cast<std::size_t>(TypeParam::kRestartLines));
 }
 
-TYPED_TEST(StartTest, OfAnotherAddressPlaysAllOfThatAndNothingOfTheFirst) {
+TYPED_TEST(StartTest, OtherAddressAfterAStopPlaysOnlyItsOwnFrames) {
   this->BeginAndWaitForVideo(this->server_.Endless("a"));
   EXPECT_TRUE(this->StopPromptly());
   this->StartAgain();
@@ -55,7 +55,7 @@ TYPED_TEST(StartTest, OfAnotherAddressPlaysAllOfThatAndNothingOfTheFirst) {
   EXPECT_FALSE(this->player_.Snapshot().HasMessage(this->OkLine(this->server_.Endless("a"))));
 }
 
-TYPED_TEST(StartTest, SecondOneWithoutAStopRequestsTheSameAddressAgainAndEndsInOneStop) {
+TYPED_TEST(StartTest, SecondStartOfTheSameAddressRequestsItAgainAndOneStopEndsBoth) {
   const std::string url = this->server_.Endless("a");
   this->BeginAndWaitForVideo(url);
   EXPECT_TRUE(this->server_.WaitForRequests(PathOf(url), TypeParam::kAddressRequests));
@@ -68,7 +68,7 @@ TYPED_TEST(StartTest, SecondOneWithoutAStopRequestsTheSameAddressAgainAndEndsInO
   EXPECT_FALSE(this->downloader_.EndDownload());
 }
 
-TYPED_TEST(StartTest, SecondOneWithoutAStopPlaysAnotherAddressBesideTheFirst) {
+TYPED_TEST(StartTest, SecondStartOfAnotherAddressPlaysBesideTheFirst) {
   const std::string url = this->server_.Endless("b");
   this->BeginAndWaitForVideo(this->server_.Endless("a"));
   EXPECT_TRUE(this->downloader_.BeginDownload(url));
@@ -77,7 +77,7 @@ TYPED_TEST(StartTest, SecondOneWithoutAStopPlaysAnotherAddressBesideTheFirst) {
   EXPECT_FALSE(this->downloader_.EndDownload());
 }
 
-TYPED_TEST(StartTest, ThreeWithoutAStopAreForgottenByOneStop) {
+TYPED_TEST(StartTest, OneStopEndsThreeStarts) {
   for (int i = 0; i < 3; ++i) this->downloader_.BeginDownload(this->server_.Endless("a"));
   EXPECT_TRUE(this->server_.WaitForRequests(1));
   EXPECT_TRUE(this->StopPromptly());

@@ -1,4 +1,4 @@
-// Stops: at any time, of anything that can be in the way, and where nothing is to be stopped.
+// Stops at any time, with slow servers and players, and when nothing plays.
 #include <array>
 #include <future>
 #include <memory>
@@ -15,7 +15,7 @@ class StopTest : public Conformance<Format> {
  protected:
   using Pipeline = typename Format::Pipeline;
 
-  // A frame of each kind in the queues, which nobody takes.
+  // Queues a frame of each kind, which no task removes.
   static void QueueFrames() {
     ResetFrameQueues();
     for (const bool is_video : {true, false}) {
@@ -27,9 +27,9 @@ class StopTest : public Conformance<Format> {
     }
   }
 
-  // Waits for the moment of a stop: as chance has it, at once, or when a number of requests, video
-  // frames or sleeps has been counted in this start. So a stop reaches every stage of a start,
-  // however fast the machine is.
+  // Waits for a random moment of the stop: at once, or when a number of requests, video frames or
+  // sleeps has been counted in this start. So a stop hits every stage of a start, however fast the
+  // machine is.
   void AwaitRandomMoment(std::mt19937& random) {
     switch (random() % 4) {
       case 0:
@@ -56,7 +56,7 @@ class StopTest : public Conformance<Format> {
 
 TYPED_TEST_SUITE(StopTest, Formats, FormatNames);
 
-TYPED_TEST(StopTest, WritesItsLinesInOrderAndLeavesNothingQueued) {
+TYPED_TEST(StopTest, PrintsItsLinesInOrderAndEmptiesTheQueues) {
   this->downloader_.BeginDownload(this->server_.Endless("a"));
   ASSERT_TRUE(this->WaitForVideo(3));
   testing::internal::CaptureStdout();
@@ -71,7 +71,7 @@ TYPED_TEST(StopTest, WritesItsLinesInOrderAndLeavesNothingQueued) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TYPED_TEST(StopTest, SecondOneReturnsFalseAndReportsNothing) {
+TYPED_TEST(StopTest, SecondStopReturnsFalseAndPrintsNothing) {
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   EXPECT_TRUE(this->StopPromptly());
   testing::internal::CaptureStdout();
@@ -79,12 +79,12 @@ TYPED_TEST(StopTest, SecondOneReturnsFalseAndReportsNothing) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TYPED_TEST(StopTest, OfAFacadeThatNeverPlayedReturnsFalse) {
+TYPED_TEST(StopTest, FacadeThatNeverPlayedReturnsFalse) {
   EXPECT_FALSE(this->downloader_.EndDownload());
   EXPECT_TRUE(this->player_.Snapshot().messages.empty());
 }
 
-TYPED_TEST(StopTest, OfAPipelineThatIsNotRunningReturnsFalseAndPrintsNothing) {
+TYPED_TEST(StopTest, PipelineThatIsNotRunningReturnsFalseAndPrintsNothing) {
   typename TestFixture::Pipeline pipeline(&this->player_);
   this->player_.Close();
   testing::internal::CaptureStdout();
@@ -92,7 +92,7 @@ TYPED_TEST(StopTest, OfAPipelineThatIsNotRunningReturnsFalseAndPrintsNothing) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TYPED_TEST(StopTest, OfAPipelineThatIsNotRunningLeavesTheQueuesAlone) {
+TYPED_TEST(StopTest, PipelineThatIsNotRunningLeavesTheQueuesUnchanged) {
   typename TestFixture::Pipeline pipeline(&this->player_);
   this->QueueFrames();
   EXPECT_FALSE(pipeline.EndDownload());
@@ -100,7 +100,7 @@ TYPED_TEST(StopTest, OfAPipelineThatIsNotRunningLeavesTheQueuesAlone) {
   EXPECT_NE(PopAudioFrame(), nullptr);
 }
 
-TYPED_TEST(StopTest, DropsTheFramesThatAreStillQueued) {
+TYPED_TEST(StopTest, DropsQueuedFrames) {
   std::promise<void> release;
   const std::shared_future<void> released = release.get_future().share();
   this->player_.during_video = [released] { released.wait(); };
@@ -116,21 +116,21 @@ TYPED_TEST(StopTest, DropsTheFramesThatAreStillQueued) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-// The server sends nothing before the end of the test, so that the transfer has ended by itself.
+// The server sends nothing until the end of the test, so only the stop can end the transfer.
 TYPED_TEST(StopTest, DoesNotWaitForASilentServer) {
   this->downloader_.BeginDownload(this->server_.Silent("a"));
   ASSERT_TRUE(this->server_.WaitForRequests(1));
   EXPECT_TRUE(this->StopPromptly());
-  EXPECT_EQ(this->server_.Requests().size(), 1U) << "nothing is tried again after a stop";
+  EXPECT_EQ(this->server_.Requests().size(), 1U) << "a request was sent after the stop";
 }
 
-TYPED_TEST(StopTest, DoesNotWaitForAServerThatStalls) {
+TYPED_TEST(StopTest, DoesNotWaitForAStalledServer) {
   this->downloader_.BeginDownload(this->server_.Gated("a"));
   ASSERT_TRUE(this->WaitForVideo(3));
   EXPECT_TRUE(this->StopPromptly());
 }
 
-TYPED_TEST(StopTest, RightAfterTheStartLeavesNoTaskForTheNext) {
+TYPED_TEST(StopTest, StopRightAfterAStartLeavesNoTaskForTheNextStart) {
   for (int i = 0; i < 20; ++i) {
     this->downloader_.BeginDownload(this->server_.Endless("other"));
     this->downloader_.EndDownload();
@@ -140,7 +140,7 @@ TYPED_TEST(StopTest, RightAfterTheStartLeavesNoTaskForTheNext) {
   EXPECT_EQ(this->server_.CountRequests(PathOf(this->server_.Whole("a"))), 1U);
 }
 
-TYPED_TEST(StopTest, HundredAtRandomTimesFromAnotherThread) {
+TYPED_TEST(StopTest, HundredStopsAtRandomTimesFromAnotherThread) {
   constexpr std::size_t kStops = 100;
   std::mt19937 random(1);  // NOLINT: the same run every time
   const std::array urls = {this->server_.Endless("a"), this->server_.Endless("b")};
@@ -150,7 +150,7 @@ TYPED_TEST(StopTest, HundredAtRandomTimesFromAnotherThread) {
   for (std::size_t i = 0; i < kStops; ++i) {
     this->StartAgain();
     this->account_.LetWaitsPass(random() % 2 == 0);
-    this->downloader_.SetStartPostion(0);  // else a stream that has an end would reach it
+    this->downloader_.SetStartPostion(0);  // otherwise a finite stream would reach its end
     this->BeginCounting();
     this->downloader_.BeginDownload(urls.at(i / 2 % 2));
     std::thread stopper([&] {
@@ -167,7 +167,7 @@ TYPED_TEST(StopTest, HundredAtRandomTimesFromAnotherThread) {
   EXPECT_EQ(restarts, TypeParam::kRestartLines * kStops / 2);
 }
 
-TYPED_TEST(StopTest, IsMadeByTheDestructorOfTheFacade) {
+TYPED_TEST(StopTest, DestructorOfTheFacadeStops) {
   {
     CStreamDownloader inner(&this->player_);
     inner.BeginDownload(this->server_.Endless("a"));
@@ -178,7 +178,7 @@ TYPED_TEST(StopTest, IsMadeByTheDestructorOfTheFacade) {
   EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
 }
 
-TYPED_TEST(StopTest, IsMadeByTheDestructorOfThePipeline) {
+TYPED_TEST(StopTest, DestructorOfThePipelineStops) {
   {
     typename TestFixture::Pipeline pipeline(&this->player_);
     pipeline.BeginDownload(this->server_.Endless("a"));
@@ -189,14 +189,14 @@ TYPED_TEST(StopTest, IsMadeByTheDestructorOfThePipeline) {
   EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
 }
 
-TYPED_TEST(StopTest, IsNotReportedByTheDestructorOfAPipelineThatNeverPlayed) {
+TYPED_TEST(StopTest, DestructorOfAPipelineThatNeverPlayedPrintsNothing) {
   this->player_.Close();
   testing::internal::CaptureStdout();
   { const typename TestFixture::Pipeline pipeline(&this->player_); }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
 }
 
-TYPED_TEST(StopTest, IsNotRepeatedByTheDestructorOfAStoppedFacade) {
+TYPED_TEST(StopTest, DestructorOfAStoppedFacadePrintsNothing) {
   auto inner = std::make_unique<CStreamDownloader>(&this->player_);
   inner->BeginDownload(this->server_.Whole("a"));
   EXPECT_TRUE(inner->EndDownload());

@@ -1,4 +1,4 @@
-// Plain transport streams, as the conformance suite plays them (conformance.h).
+// The traits of plain transport streams for the conformance suite (conformance.h).
 #ifndef TESTS_CONFORMANCE_TS_FORMAT_H_
 #define TESTS_CONFORMANCE_TS_FORMAT_H_
 
@@ -40,7 +40,8 @@ class TsFormat : public TestServer {
   std::string Gated(const std::string& name) const { return Url("/gated/" + name + ".ts"); }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
 
-  // Whichever start receives the next bytes reports the stream of the start that was made last.
+  // Bytes received by any start are reported under the address of the latest start, so they must be
+  // complete before another start.
   bool AwaitWhole() const { return AwaitReceived(stream_.size()); }
   bool AwaitGate() const { return AwaitReceived(stream_.size() / 2); }
 

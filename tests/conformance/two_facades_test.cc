@@ -16,18 +16,18 @@ class TwoFacadesTest : public Conformance<Format> {
     });
   }
 
-  // What the end of one returns when the other one has ended its stream before.
+  // The result of EndDownload after the other facade's EndDownload, which clears a shared run flag.
   static constexpr bool kEndAfterAnotherOnesEnd = Format::kOwnRunFlag;
 };
 
 TYPED_TEST_SUITE(TwoFacadesTest, Formats, FormatNames);
 
-TYPED_TEST(TwoFacadesTest, OnePlaysAfterTheOtherAndItsPlayerAreGone) {
+TYPED_TEST(TwoFacadesTest, PlaysAfterTheOtherFacadeAndItsPlayerAreDestroyed) {
   PlayOnAnotherFacade(this->server_.Whole("a"), TypeParam::kOkLine);
   this->ExpectToPlayWhole("b", TypeParam::kDueAgain, 1);
 }
 
-TYPED_TEST(TwoFacadesTest, SeekAndStartAfterTheOtherAndItsPlayerAreGone) {
+TYPED_TEST(TwoFacadesTest, SeeksAndStartsAfterTheOtherFacadeAndItsPlayerAreDestroyed) {
   this->BeginAndPlayWhole("a");
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_EQ(this->downloader_.EndDownload(), TestFixture::kEndAfterAnotherOnesEnd);
@@ -38,13 +38,13 @@ TYPED_TEST(TwoFacadesTest, SeekAndStartAfterTheOtherAndItsPlayerAreGone) {
   this->ExpectToPlayWhole("a", TypeParam::kDueAgain, 2);
 }
 
-TYPED_TEST(TwoFacadesTest, LinesGoToThePlayerOfTheOneThatWasCalled) {
+TYPED_TEST(TwoFacadesTest, LinesGoToThePlayerOfTheCalledFacade) {
   RecordingPlayer other_player;
   CStreamDownloader other(&other_player);
   other.BeginDownload(this->server_.Endless("a"));
   ASSERT_TRUE(WaitForFrames(other_player, 3));
   EXPECT_TRUE(other.EndDownload());
-  this->ExpectToPlayWhole("b", TypeParam::kDueAgain, 1);  // its player is closed now
+  this->ExpectToPlayWhole("b", TypeParam::kDueAgain, 1);  // closes player_
 
   other_player.Forget();
   EXPECT_TRUE(other.SetStartPostion(0));
@@ -72,7 +72,7 @@ TYPED_TEST(TwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
   EXPECT_EQ(other_player.Snapshot().MessagesWith(TypeParam::kOkLine).size(), 1U);
 }
 
-TYPED_TEST(TwoFacadesTest, EndAfterTheOtherOnesStopWaitsForThePlayersOwnCall) {
+TYPED_TEST(TwoFacadesTest, EndAfterTheOtherFacadesStopWaitsForTheCallOfItsPlayer) {
   HeldVideoCall call(this->player_);
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   ASSERT_TRUE(call.WaitUntilEntered());
@@ -83,7 +83,7 @@ TYPED_TEST(TwoFacadesTest, EndAfterTheOtherOnesStopWaitsForThePlayersOwnCall) {
   this->player_.Close();
 }
 
-TYPED_TEST(TwoFacadesTest, StartsOfBothAtATimeEndWithTheStopOfBoth) {
+TYPED_TEST(TwoFacadesTest, ConcurrentStartsEndWithTheStopOfBoth) {
   RecordingPlayer other_player;
   for (int i = 0; i < 5; ++i) {
     CStreamDownloader other(&other_player);
@@ -105,21 +105,20 @@ TYPED_TEST(TwoFacadesTest, StartsOfBothAtATimeEndWithTheStopOfBoth) {
   }
 }
 
-// Where one run flag is that of all pipelines of the format, so that the stop of one ends the
-// other.
+// Formats whose pipelines share one run flag: the stop of one pipeline also ends the others.
 template <typename Format>
 class SharedRunFlagTest : public Conformance<Format> {};
 
 using FormatsWithOneRunFlag = testing::Types<TsFormat, FlvFormat, Mp4Format>;
 TYPED_TEST_SUITE(SharedRunFlagTest, FormatsWithOneRunFlag, FormatNames);
 
-// The server of the first start sends nothing more, so that its transfer has ended by itself.
-TYPED_TEST(SharedRunFlagTest, EndAfterTheOtherOnesStopWaitsForATransferThatStalls) {
+// The server of the first start sends nothing more, so only the stop can end its transfer.
+TYPED_TEST(SharedRunFlagTest, EndAfterTheOtherFacadesStopWaitsForAStalledTransfer) {
   this->downloader_.BeginDownload(this->server_.Gated("a"));
   ASSERT_TRUE(this->WaitForVideo(3) && this->server_.AwaitGate());
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_FALSE(TypeParam::Runs());
-  EXPECT_FALSE(this->Stop());  // closes the player, which no task may call any more
+  EXPECT_FALSE(this->Stop());  // closes the player: no task may call it any more
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// A player that blocks in its first audio frame, and the memory that is held for frames meanwhile.
+// A player that blocks in its first audio frame, and a check of the memory held for frames
+// meanwhile.
 #ifndef TESTS_SUPPORT_BLOCKED_AUDIO_H_
 #define TESTS_SUPPORT_BLOCKED_AUDIO_H_
 
@@ -11,7 +12,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
 
-// From its construction, before anything plays, to its destruction.
+// Make it before anything plays. Its destruction releases the player's call.
 class BlockedAudio {
  public:
   explicit BlockedAudio(RecordingPlayer& player) {
@@ -19,7 +20,7 @@ class BlockedAudio {
   }
   ~BlockedAudio() { release_.set_value(); }
 
-  // Whether what is held soon is what is queued and no more than 16 MiB beside it.
+  // Waits until the memory held for payloads exceeds the queued bytes by no more than 16 MiB.
   static bool HoldsLittleBesideTheQueues() {
     constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
     return WaitUntil([] {

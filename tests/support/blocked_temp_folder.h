@@ -1,5 +1,6 @@
-// A directory beside the executable that cannot be made, since a file is in its place, and a user's
-// cache of the test's own. That holds for every user: root may write where permissions forbid it.
+// Makes the cache directory beside the executable unusable by putting a file in its place, and
+// gives the user a cache directory of the test's own. A file blocks every user, while root may
+// write where permissions forbid it.
 #ifndef TESTS_SUPPORT_BLOCKED_TEMP_FOLDER_H_
 #define TESTS_SUPPORT_BLOCKED_TEMP_FOLDER_H_
 
@@ -25,7 +26,7 @@ class BlockedTempFolder {
   BlockedTempFolder(const BlockedTempFolder&) = delete;
   BlockedTempFolder& operator=(const BlockedTempFolder&) = delete;
 
-  // The path that is blocked, without a separator at its end.
+  // The blocked path, without a trailing separator.
   static std::filesystem::path Beside() {
     const std::string path = TempDirBeside(platform::ModuleFileName());
     return path.substr(0, path.size() - 1);
@@ -36,10 +37,10 @@ class BlockedTempFolder {
   }
   static void Unblock() { std::filesystem::remove_all(Beside()); }
 
-  // Puts a file in the place of the cache as well.
+  // Puts a file in the place of the user's cache directory as well.
   void BlockCache() const { std::ofstream(cache_) << kContents; }
 
-  // The narrow form of the directory that takes the place of the blocked one.
+  // The narrow form of the directory that is used instead of the blocked one.
   std::string InCache() const {
     std::string cache = (cache_ / "").make_preferred().string();
     return TempDirInCache(cache, platform::ModuleFileNameWide());

@@ -1,4 +1,4 @@
-// A player that does something once, in the middle of a pass over an MP4 file.
+// A player that runs an action once, while an MP4 file is read.
 #ifndef TESTS_SUPPORT_BUSY_PLAYER_H_
 #define TESTS_SUPPORT_BUSY_PLAYER_H_
 

@@ -1,4 +1,5 @@
-// Frames that seem to wait for delivery: for tests of who waits for them to be taken.
+// Makes the video queue claim a backlog, for tests of the code that waits for queued frames to be
+// delivered.
 #ifndef TESTS_SUPPORT_CLAIMED_BACKLOG_H_
 #define TESTS_SUPPORT_CLAIMED_BACKLOG_H_
 
@@ -8,14 +9,14 @@
 #include "common/frame_backlog.h"
 #include "common/frame_queue.h"
 
-// From now on so much seems to wait in the video queue, which has to be there and empty.
+// Makes the video queue claim this many frames and bytes. The queue must exist and be empty.
 inline void ClaimBacklog(std::uint32_t frames, std::uint64_t bytes) {
   const std::lock_guard lock(g_frameQueueMutex);
   g_videoQueue->count = frames;
   g_videoQueue->heldBytes = bytes;
 }
 
-// One byte more than a parser lets wait.
+// One byte more than the limit above which a parser waits.
 inline void ClaimTooManyBytes() { ClaimBacklog(0, kMaxFrameBacklog.bytes + 1); }
 
 inline void ClaimNothing() { ClaimBacklog(0, 0); }

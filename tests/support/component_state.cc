@@ -48,7 +48,8 @@ void ResetFlv() {
   g_flvStream->Release();
 }
 
-// The counters go on: a pipeline that was forgotten must not own the file of a later one.
+// The counters are incremented, never reset, so that a pipeline that an earlier test leaked does
+// not own the restart file of a later one.
 void ResetMp4() {
   g_mp4Running = false;
   const std::lock_guard lock(g_mp4FileLock);
@@ -76,5 +77,5 @@ void ResetComponent() {
   ResetMp4();
   ResetCacheFiles();
   ReleaseFrameQueues();
-  CountStart();  // lines that are printed once a start are printed again
+  CountStart();  // so that lines printed once a start are printed again
 }

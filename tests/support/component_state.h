@@ -1,10 +1,10 @@
-// The component's process-wide state, for tests that share a process with others.
+// Resets the component's process-wide state, for tests that share a process.
 #ifndef TESTS_SUPPORT_COMPONENT_STATE_H_
 #define TESTS_SUPPORT_COMPONENT_STATE_H_
 
-// Puts the component back to the state in which a process finds it: no stream, no address, no frame
-// queue, nothing learnt of programs, no restart file, and no directory of cache files. Only when no
-// pipeline runs. Called before each test of a program that is made by stream_add_test.
+// Resets the component to its initial state: no stream, no address, no frame queues, no known
+// programs, no restart file and no directory of cache files. Call it only while no pipeline runs.
+// The test programs made by stream_add_test call it before each test.
 void ResetComponent();
 
 #endif  // TESTS_SUPPORT_COMPONENT_STATE_H_

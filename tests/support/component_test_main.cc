@@ -1,5 +1,5 @@
-// The main function of the test programs that are linked with the component: each test begins with
-// the component in its first state, so that the order of the tests does not matter.
+// The main function of the test programs that are linked with the component. It resets the
+// component before each test, so that the order of the tests does not matter.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,7 +16,7 @@ class ResetBeforeEachTest final : public testing::EmptyTestEventListener {
 
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
-  // Where threads of earlier tests may exist, a fork alone would not do.
+  // Threads of earlier tests may still exist, so a plain fork is not safe.
   testing::FLAGS_gtest_death_test_style = "threadsafe";
   testing::UnitTest::GetInstance()->listeners().Append(new ResetBeforeEachTest);
   return RUN_ALL_TESTS();

@@ -24,12 +24,12 @@ std::map<CURLoption, long> CurlNumbers(CURL* handle) {
   return g_numbers[handle];
 }
 
-// Stands in front of libcurl's function. Its own declaration has the enumeration as the last named
-// parameter, from which C++ may not begin to read the others.
+// Replaces libcurl's function. libcurl declares the last named parameter as an enumeration, and in
+// C++ va_start is undefined for such a type; hence a function of another name with the same symbol.
 extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option,
                                      ...) __asm__("curl_easy_setopt");
 
-// The kind of an option is in its number.
+// The type of an option's argument follows from the range of its number.
 extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option, ...) {
   const auto option = static_cast<CURLoption>(number_of_option);
   va_list arguments;

@@ -1,6 +1,6 @@
-// What libcurl is given by curl_easy_setopt: the program that is linked with curl_options.cc calls
-// this function instead, which records numeric options and forwards the call. For shared libraries
-// of ELF systems only.
+// Records the numeric options that are passed to curl_easy_setopt: a program that is linked with
+// curl_options.cc calls a replacement, which records the option and forwards the call. Works with
+// shared libraries on ELF systems only.
 #ifndef TESTS_SUPPORT_CURL_OPTIONS_H_
 #define TESTS_SUPPORT_CURL_OPTIONS_H_
 
@@ -8,7 +8,8 @@
 
 #include <map>
 
-// The options of a handle that are numbers, as they were set last. They outlive a reset.
+// The numeric options of a handle, each with the value set last. A reset of the handle does not
+// clear them.
 std::map<CURLoption, long> CurlNumbers(CURL* handle);
 
 #endif  // TESTS_SUPPORT_CURL_OPTIONS_H_

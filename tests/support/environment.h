@@ -1,11 +1,11 @@
-// The environment of this process, which is the test's own.
+// Changes the environment of the test's process.
 #ifndef TESTS_SUPPORT_ENVIRONMENT_H_
 #define TESTS_SUPPORT_ENVIRONMENT_H_
 
 #include <string>
 
-// Gives the user another cache directory, or none where it is empty. To be called before anything
-// is started: no other thread may read the environment meanwhile.
+// Sets the user's cache directory, or unsets it if `directory` is empty. Call it before any thread
+// is started: none may read the environment meanwhile.
 void SetUserCache(const std::string& directory);
 
 #endif  // TESTS_SUPPORT_ENVIRONMENT_H_

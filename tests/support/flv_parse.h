@@ -1,4 +1,4 @@
-// The FLV parser over bytes in memory, and what it makes of them.
+// Runs the FLV parser over bytes in memory and returns its frames and its console output.
 #ifndef TESTS_SUPPORT_FLV_PARSE_H_
 #define TESTS_SUPPORT_FLV_PARSE_H_
 
@@ -19,10 +19,10 @@ struct ParsedFlv {
   bool has_header = false;
   FrameDump frames;
   std::string console;
-  std::uint16_t audio_config = 0;  // as the stream left it
+  std::uint16_t audio_config = 0;  // after the stream
 };
 
-// Parses to the end, as the play task does but without its pauses.
+// Parses to the end like the play task, but without its pauses.
 inline ParsedFlv ParseFlv(const std::vector<std::uint8_t>& stream, std::uint16_t audio_config = 0) {
   ResetFrameQueues();
   std::atomic<std::uint16_t> config{audio_config};
@@ -39,7 +39,7 @@ inline ParsedFlv ParseFlv(const std::vector<std::uint8_t>& stream, std::uint16_t
   return parsed;
 }
 
-// ParseFlv over a file of these tags.
+// ParseFlv over a file that consists of these tags.
 inline ParsedFlv ParseTags(const std::vector<flv_test::Bytes>& tags,
                            std::uint16_t audio_config = 0) {
   return ParseFlv(

@@ -12,7 +12,7 @@
 #include "tests/support/play.h"
 #include "tests/support/test_server.h"
 
-// What the player got, as the parser's frames: all of an FLV stream are marked as video.
+// The received frames in the form of the parser's frames. Every FLV frame is marked as video.
 inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   const auto copy = [](const std::vector<RecordedFrame>& frames) {
     std::vector<DumpedFrame> copies;
@@ -28,8 +28,8 @@ class FlvPlayFixture : public Play<TestServer> {
  protected:
   static std::string OkLine(const std::string& url) { return "PLAY FLV CACHE_NO OK:" + url; }
 
-  // Plays until as many frames have come as the stream holds, stops, and holds what came against
-  // what the parser makes of the same bytes in memory.
+  // Plays until all frames of the stream have been received, stops, and compares them with the
+  // frames that the parser makes of the same bytes in memory.
   void ExpectAllFrames(const std::string& url, const flv_test::Bytes& stream) {
     const FrameDump expected = ParseFlv(stream).frames;
     downloader_.BeginDownload(url);
@@ -38,8 +38,7 @@ class FlvPlayFixture : public Play<TestServer> {
     EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(expected));
   }
 
-  // An address under which the server sends a stream without an end. Call it before the first
-  // request.
+  // The address of an endless stream. Call it before the first request.
   std::string ServeLive() {
     flv_test::Bytes stream = flv_test::StreamStart();
     const std::string head = std::to_string(stream.size());

@@ -1,5 +1,5 @@
-// Builds FLV streams by hand (Adobe Flash Video File Format, annex E), well-formed unless a test
-// spoils them.
+// Builds FLV streams (Adobe Flash Video File Format, annex E). They are well-formed unless a test
+// damages them.
 #ifndef TESTS_SUPPORT_FLV_TAGS_H_
 #define TESTS_SUPPORT_FLV_TAGS_H_
 
@@ -18,16 +18,16 @@ inline constexpr std::uint8_t kScript = 18;
 
 inline constexpr std::size_t kHeaderSize = 9;
 inline constexpr std::size_t kTagHeaderSize = 11;
-inline constexpr std::size_t kBackPointerSize = 4;  // PreviousTagSize
+inline constexpr std::size_t kBackPointerSize = 4;  // the PreviousTagSize field
 
-// 48 kHz, two channels, AAC LC: an AudioSpecificConfig.
+// AudioSpecificConfig: AAC LC, 48 kHz, two channels.
 inline constexpr std::uint16_t kStereo48 = 0x1190;
 
 inline void Append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }
 
-// All parts, one behind the other.
+// The concatenation of all parts.
 inline Bytes Join(const std::vector<Bytes>& parts) {
   Bytes all;
   for (const Bytes& part : parts) Append(all, part);
@@ -43,7 +43,7 @@ inline Bytes BigEndian(std::uint64_t value, int count) {
   return bytes;
 }
 
-// The file header. `extra` lies between its nine bytes and the first tag.
+// The file header. `extra` is inserted between its nine bytes and the first tag.
 inline Bytes Header(const Bytes& extra = {}, const std::string& signature = "FLV") {
   return Join({Bytes(signature.begin(), signature.end()),
                {1, 5},
@@ -51,10 +51,10 @@ inline Bytes Header(const Bytes& extra = {}, const std::string& signature = "FLV
                extra});
 }
 
-// PreviousTagSize and a tag behind it that says of itself that its body has `size` bytes.
+// PreviousTagSize, then a tag whose header declares a body of `size` bytes.
 inline Bytes TagOfSize(std::size_t size, std::uint8_t type, std::uint32_t timestamp,
                        const Bytes& body) {
-  return Join({BigEndian(0x70717273, 4),  // nobody looks at it
+  return Join({BigEndian(0x70717273, 4),  // PreviousTagSize, which the parser ignores
                {type},
                BigEndian(size, 3),
                BigEndian(timestamp, 3),
@@ -67,12 +67,12 @@ inline Bytes Tag(std::uint8_t type, std::uint32_t timestamp, const Bytes& body) 
   return TagOfSize(body.size(), type, timestamp, body);
 }
 
-// The body of a video tag: key frame, AVC, then the packet type, a composition time and the rest.
+// The body of a video tag: key frame, AVC, packet type, composition time, rest.
 inline Bytes AvcBody(std::uint8_t packet_type, const Bytes& rest) {
   return Join({{0x17, packet_type, 0, 0, 80}, rest});
 }
 
-// A NAL unit behind its length.
+// A NAL unit after its 4-byte length.
 inline Bytes WithLength(const Bytes& nal) { return Join({BigEndian(nal.size(), 4), nal}); }
 
 inline Bytes NalTag(std::uint32_t timestamp, const std::vector<Bytes>& nals) {
@@ -113,20 +113,20 @@ inline Bytes AacTag(std::uint32_t timestamp, const Bytes& frame) {
 
 inline Bytes ScriptTag(const Bytes& body) { return Tag(kScript, 0, body); }
 
-// What closes a file: the size of its last tag.
+// The end of a file: the size of its last tag.
 inline Bytes LastBackPointer() { return BigEndian(11, 4); }
 
-// What a NAL unit becomes.
+// A NAL unit as the parser delivers it.
 inline Bytes WithStartCode(const Bytes& nal) { return Join({{0, 0, 0, 1}, nal}); }
 
-// The parts of MakeStream's result: where a test repeats or cuts them.
+// The parts of MakeStream's result, for tests that repeat or cut them.
 inline Bytes StreamStart() {
   return Join({Header(), ScriptTag({2, 0, 4, 'm', 'e', 't', 'a'}),
                AvcHeaderTag(0, {{0x67, 1, 2, 3}}, {{0x68, 4, 5}}), AacHeaderTag(kStereo48)});
 }
 
-// A picture of one NAL unit and an AAC frame, 40 ms behind those of the number before. Their bytes
-// are made of the number, so that no two frames are alike.
+// A video frame of one NAL unit and an AAC frame, both 40 ms after the previous number. Their bytes
+// are derived from the number, so that no two frames are equal.
 inline Bytes StreamFrame(int number, std::size_t nal_size) {
   Bytes nal(nal_size, static_cast<std::uint8_t>(number));
   nal[0] = 0x41;
@@ -136,9 +136,9 @@ inline Bytes StreamFrame(int number, std::size_t nal_size) {
   return Join({NalTag(timestamp, {nal}), AacTag(timestamp, aac)});
 }
 
-// A whole file: script data, both sequence headers and `frames` pictures with an AAC frame behind
-// each. `frames` + 2 video frames (the parameter sets come first) and `frames` audio frames come
-// out.
+// A whole file: script data, both sequence headers, and `frames` video frames, each followed by an
+// AAC frame. The parser delivers `frames` + 2 video frames (the parameter sets are the first two)
+// and `frames` audio frames.
 inline Bytes MakeStream(int frames, std::size_t nal_size = 300) {
   Bytes stream = StreamStart();
   for (int i = 0; i < frames; ++i) Append(stream, StreamFrame(i, nal_size));
@@ -146,12 +146,12 @@ inline Bytes MakeStream(int frames, std::size_t nal_size = 300) {
   return stream;
 }
 
-// A file of exactly `size` bytes whose last frame is filled up to it; at least StreamStart and
-// 1 KB.
+// A file of exactly `size` bytes; its last frame is as long as needed. `size` must be at least 1 KB
+// more than StreamStart.
 inline Bytes MakeStreamOfSize(std::size_t size, std::size_t nal_size = 300) {
   Bytes stream = StreamStart();
   Bytes frame = StreamFrame(0, nal_size);
-  constexpr std::size_t kFill = 100;  // room for the tag that fills up
+  constexpr std::size_t kFill = 100;  // space for the last tag
   for (int i = 1; stream.size() + frame.size() + kFill <= size; ++i) {
     Append(stream, frame);
     frame = StreamFrame(i, nal_size);

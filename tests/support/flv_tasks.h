@@ -1,4 +1,4 @@
-// What the tasks of an FLV pipeline do, without the pipeline: for tests that run them step by step.
+// Runs the tasks of an FLV pipeline step by step, without the pipeline.
 #ifndef TESTS_SUPPORT_FLV_TASKS_H_
 #define TESTS_SUPPORT_FLV_TASKS_H_
 
@@ -26,28 +26,28 @@ class FlvTasks : public testing::Test {
   }
   ~FlvTasks() override { g_flvRunning = false; }
 
-  // The transfer brings these bytes. Returns how many were taken.
+  // The transfer receives these bytes. Returns how many of them it accepted.
   std::size_t Take(const flv_test::Bytes& bytes) {
     return transfer_.Take(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
 
-  // No more bytes will come.
+  // Marks the end of the input.
   void EndOfDownload() const { g_flvStream->EndDownload(stream_); }
 
-  // What a stop does first.
+  // The first step of a stop.
   static void BeginToStop() {
     g_flvRunning = false;
     g_flvStream->Stop();
   }
 
-  // The play task's work, on this thread.
+  // Runs the play task on this thread.
   void Play(const std::string& url, PlayerPort player) {
     PlayFlv({url, player, stream_, audio_config_});
   }
   void Play(const std::string& url) { Play(url, PlayerPort(&player_)); }
 
-  // Both the download task's and the play task's work, to the end of both. Returns all the frames
-  // that came of it; `console` gets what was printed.
+  // Runs the download task and the play task to their ends. Returns all queued frames; `console`
+  // receives the console output.
   FrameDump DownloadAndPlay(const std::string& url, std::string* console = nullptr) {
     testing::internal::CaptureStdout();
     std::thread download([this, url] {

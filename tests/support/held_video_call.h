@@ -1,4 +1,4 @@
-// A player that blocks in its first video frame, and a stop that has to wait for it.
+// A player that blocks in its first video frame, and a check that a stop waits for that call.
 #ifndef TESTS_SUPPORT_HELD_VIDEO_CALL_H_
 #define TESTS_SUPPORT_HELD_VIDEO_CALL_H_
 
@@ -14,8 +14,8 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
 
-// Holds the first video call of a player. Make it before anything plays. Its end releases the call,
-// so that a test that has failed does not hang.
+// Blocks the first video call of a player. Make it before anything plays. Its destruction releases
+// the call, so that a failed test does not hang.
 class HeldVideoCall {
  public:
   explicit HeldVideoCall(RecordingPlayer& player) {
@@ -37,20 +37,20 @@ class HeldVideoCall {
     if (!std::exchange(is_released_, true)) release_.set_value();
   }
 
-  // Whether the worker that has delivered audio ends: a worker outlives its tasks, and ends when
-  // its pool is stopped. Audio must have been delivered.
+  // Waits until the worker that delivers audio has ended. Workers outlive their tasks and end when
+  // their pool is stopped. Audio must have been delivered.
   bool WaitUntilThePoolIsStopped() {
     return audio_worker_ended_.wait_for(kTestLimit) == std::future_status::ready;
   }
 
  private:
-  // What the player's callbacks use, which may live longer than the test that made them.
+  // State shared with the player's callbacks, which may outlive this object.
   struct Call {
     explicit Call(std::shared_future<void> when) : released(std::move(when)) {}
 
     std::atomic<bool> entered{false};
     std::atomic<bool> has_audio_worker{false};
-    std::promise<void> worker_end;  // of the first thread that delivers audio
+    std::promise<void> worker_end;  // set when the first thread that delivers audio exits
     const std::shared_future<void> released;
   };
 
@@ -60,15 +60,15 @@ class HeldVideoCall {
   const std::future<void> audio_worker_ended_ = call_->worker_end.get_future();
 };
 
-// `end` ends what the player of the held call plays: it must wait for that call, and for nothing
-// else. Audio must have been delivered before. Returns what `end` returns.
+// `end` stops what the player of the blocked call plays. It must wait for that call and for nothing
+// else. Audio must have been delivered before. Returns the result of `end`.
 template <typename End>
 auto EndBehindCall(HeldVideoCall& call, const End& end) {
   auto ended = std::async(std::launch::async, end);
-  // From here on the end can only be waiting for the worker that is in the call.
+  // From here on the stop can wait only for the worker in the blocked call.
   EXPECT_TRUE(call.WaitUntilThePoolIsStopped());
   EXPECT_EQ(ended.wait_for(std::chrono::seconds(0)), std::future_status::timeout)
-      << "the end does not wait for the player's own call";
+      << "the stop does not wait for the player's call";
   call.Release();
   return ended.get();
 }

@@ -12,15 +12,15 @@ namespace {
 
 using ts_test::Bytes;
 
-// The first segment of the run of the encoder to which this one belongs. Segments are counted from
-// the beginning of the stream.
+// The first segment of the encoder run that contains `segment`. Segments are counted from the
+// beginning of the stream.
 std::int64_t RunOf(std::int64_t segment) {
   constexpr std::int64_t kSecondRun =
       HlsDayServer::kWindow + HlsDayServer::kRestart / HlsDayServer::kSegmentSeconds - 1;
   return segment < kSecondRun ? 0 : kSecondRun;
 }
 
-// Those of the second run are smaller.
+// The media sequence number of a segment. The second run starts again at 0.
 std::int64_t NumberOf(std::int64_t segment) {
   constexpr std::int64_t kFirstNumber = 100'000;
   return RunOf(segment) == 0 ? kFirstNumber + segment : segment - RunOf(segment);
@@ -28,15 +28,15 @@ std::int64_t NumberOf(std::int64_t segment) {
 
 std::int64_t NewestAt(std::int64_t seconds) { return HlsDayServer::SegmentsUntil(seconds) - 1; }
 
-// Four bytes, the highest first.
+// Four bytes, most significant first.
 Bytes NumberBytes(std::int64_t number) {
   const auto value = static_cast<std::uint64_t>(number);
   return {ts_test::Low(value >> 24), ts_test::Low(value >> 16), ts_test::Low(value >> 8),
           ts_test::Low(value)};
 }
 
-// The transport stream of a segment. A frame fills one packet, so the counters of the packets
-// continue from segment to segment.
+// The transport stream of a segment. Each frame fills one packet, so continuity counters continue
+// from segment to segment.
 std::string Packets(std::int64_t segment) {
   constexpr std::uint64_t kTicks = 90'000;
   std::string stream;
@@ -102,7 +102,7 @@ std::string HlsDayServer::MasterPlaylist() const {
   return hls_test::MasterPlaylist({{500'000, "list.m3u8?token=" + std::to_string(time_.load())}});
 }
 
-// A name belongs to the run of the encoder that is under way.
+// Segment names are counted within the current run of the encoder.
 std::string HlsDayServer::Segment(std::int64_t name) {
   const std::int64_t segment = RunOf(NewestAt(time_.load())) + name;
   ++(segment == segments_.load() ? segments_ : out_of_order_);

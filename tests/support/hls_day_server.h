@@ -1,9 +1,10 @@
-// A live HLS stream that goes on for days, as an HTTP server inside the test's process. Nothing is
-// stored: playlists and segments are made from the time, which the test moves.
+// An HTTP server in the test's process with a live HLS stream that lasts for days. Nothing is
+// stored: playlists and segments are generated from the time, which the test sets.
 //
-// A segment of ten seconds holds three video and three audio frames, whose payload is their number
-// in the whole stream. Names and media sequence numbers begin again when the encoder is restarted;
-// the query of every address changes each second; now and then a playlist is an old copy.
+// A segment of ten seconds holds three video and three audio frames; their payload is their number
+// in the whole stream. Segment names and media sequence numbers start again when the encoder
+// restarts. The query of every address changes each second. From time to time an old copy of the
+// playlist is sent.
 #ifndef TESTS_SUPPORT_HLS_DAY_SERVER_H_
 #define TESTS_SUPPORT_HLS_DAY_SERVER_H_
 
@@ -25,15 +26,15 @@ class HlsDayServer final : public LocalServer {
   HlsDayServer();
   ~HlsDayServer() { Close(); }
 
-  // Either plays the same segments.
+  // Both addresses play the same segments.
   std::string ListUrl() const { return Url("/list.m3u8"); }
   std::string MasterUrl() const { return Url("/master.m3u8"); }
 
-  // The seconds since the stream was first asked for.
+  // Sets the time, in seconds since the start of the stream.
   void SetTime(std::int64_t seconds) { time_ = seconds; }
 
-  std::int64_t Refreshes() const { return refreshes_.load(); }      // of the list
-  std::int64_t Masters() const { return masters_.load(); }          // and of the master playlist
+  std::int64_t Refreshes() const { return refreshes_.load(); }      // of the media playlist
+  std::int64_t Masters() const { return masters_.load(); }          // of the master playlist
   std::int64_t Segments() const { return segments_.load(); }        // requested in order
   std::int64_t OutOfOrder() const { return out_of_order_.load(); }  // other segment requests
   static std::int64_t SegmentsUntil(std::int64_t seconds) {

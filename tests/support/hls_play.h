@@ -21,8 +21,8 @@
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
-// The file in which segments without video are kept. Every test begins with its directory, and
-// without the file.
+// The file that stores segments without video. At the start of every test its directory exists and
+// the file does not.
 class BadSegmentFile {
  public:
   BadSegmentFile() : path_(GetTempDirA() + "tmpE.ts") {
@@ -44,7 +44,7 @@ class BadSegmentFile {
 
 class HlsPlay : public Play<HlsServer> {
  protected:
-  // Serves a stream as segments of the given names, below "/".
+  // Serves a stream as segments with these names, below "/".
   void PutSegments(const ts_test::Bytes& stream, const hls_test::Uris& names) {
     const auto segments = hls_test::CutIntoSegments(stream, names.size());
     for (std::size_t i = 0; i < names.size(); ++i) server_.Put("/" + names[i], segments[i]);
@@ -64,7 +64,7 @@ class HlsPlay : public Play<HlsServer> {
         [count](const Record& record) { return record.buffered_times.size() >= count; });
   }
 
-  // How often each of these was requested.
+  // The number of requests for each of these names.
   std::vector<std::size_t> CountRequests(const hls_test::Uris& names) const {
     std::vector<std::size_t> counts;
     for (const std::string& name : names) counts.push_back(server_.CountRequests("/" + name));
@@ -76,20 +76,22 @@ class HlsPlay : public Play<HlsServer> {
   BadSegmentFile bad_;
 };
 
-// HlsPlay in simulated time, for live streams: the pause before a refresh ends when the test says
-// so, and no transfer falls silent. The loops that look every millisecond run on meanwhile.
+// HlsPlay in simulated time, for live streams: the pause before a refresh ends only when the test
+// advances the clock, and no transfer times out for lack of data. Sleeps of a millisecond take real
+// time, so the polling loops keep running.
 class HlsLivePlay : public HlsPlay {
  protected:
   HlsLivePlay() { clock_.SetRealSleeps(std::chrono::milliseconds(1)); }
-  ~HlsLivePlay() override { downloader_.EndDownload(); }  // no task outlives the clock
+  ~HlsLivePlay() override { downloader_.EndDownload(); }  // no task may outlive the clock
 
-  // Waits until the playlist task pauses and the segment task has finished everything that was
-  // queued. From then on nothing is requested before the next refresh.
+  // Waits until the playlist task pauses and the segment task has finished all queued segments.
+  // From then on nothing is requested until the next refresh.
   bool WaitForPause() {
     return WaitUntil([this] { return IsPausing(); });
   }
 
-  // Ends a pause and waits for the next one: exactly one refresh, and what follows from it.
+  // Ends a pause and waits for the next one: exactly one refresh and the segment downloads that
+  // follow from it.
   bool NextRefresh() {
     if (!WaitForPause()) return false;
     clock_.Advance(kRefreshPause);
@@ -107,8 +109,9 @@ class HlsLivePlay : public HlsPlay {
   SimulatedClock clock_;
 
  private:
-  // A segment task that downloads or hands over has g_downloadMutex. One that waits in the clock
-  // beside that mutex waits for segments, unless some are queued and it has not woken yet.
+  // The segment task holds g_downloadMutex while it downloads or hands over. If that mutex is free
+  // and the task waits in the clock, it waits for segments, unless some are queued and it has not
+  // woken up yet.
   bool IsPausing() const {
     constexpr std::size_t kTasks = 2;
     const std::unique_lock hand_over(g_downloadMutex, std::try_to_lock);
@@ -118,7 +121,7 @@ class HlsLivePlay : public HlsPlay {
   }
 };
 
-// The frames that the demultiplexer makes of a whole stream.
+// The frames that the demultiplexer outputs for a whole stream.
 inline RecordingPlayer::Record FramesOf(const ts_test::Bytes& stream) {
   RecordingPlayer::Record record;
   const TsDemuxLock lock;

@@ -1,4 +1,4 @@
-// Playlists, and the segments that they name, for tests that play them.
+// Playlists and their segments, for tests that play them.
 #ifndef TESTS_SUPPORT_HLS_PLAYLISTS_H_
 #define TESTS_SUPPORT_HLS_PLAYLISTS_H_
 
@@ -15,14 +15,14 @@ namespace hls_test {
 
 using Uris = std::vector<std::string>;
 
-// "seg<first>.ts" and so on.
+// "seg<first>.ts" and the following names.
 inline Uris SegmentUris(int first, int count, const std::string& prefix = "seg") {
   Uris uris;
   for (int i = first; i < first + count; ++i) uris.push_back(prefix + std::to_string(i) + ".ts");
   return uris;
 }
 
-// Segments of ten seconds, without a header.
+// Segments of ten seconds, without a playlist header.
 inline std::string SegmentLines(const Uris& uris) {
   std::string lines;
   for (const std::string& uri : uris) lines += "#EXTINF:10.000,\n" + uri + "\n";
@@ -52,7 +52,7 @@ inline std::string MasterPlaylist(const std::vector<Variant>& variants) {
   return text;
 }
 
-// A stream cut between packets into pieces of about the same size.
+// A stream cut at packet boundaries into pieces of about equal size.
 inline std::vector<ts_test::Bytes> CutIntoSegments(const ts_test::Bytes& stream,
                                                    std::size_t count) {
   const std::size_t packets = stream.size() / kTsPacketSize;
@@ -64,13 +64,14 @@ inline std::vector<ts_test::Bytes> CutIntoSegments(const ts_test::Bytes& stream,
   return segments;
 }
 
-// A packet that belongs to nothing and is skipped by whoever plays the stream.
+// A null packet, which players skip.
 inline ts_test::Packet NullPacket() {
   constexpr std::uint16_t kNullPid = 0x1FFF;
   return ts_test::MakePacket(kNullPid, false, 0, ts_test::Bytes(kTsPacketSize - 4, 0));
 }
 
-// The segment with null packets behind it, and at the end the start of one, up to exactly `size`.
+// The segment followed by null packets, the last of them truncated, so that the size is exactly
+// `size`.
 inline ts_test::Bytes PaddedTo(std::size_t size, ts_test::Bytes segment) {
   const ts_test::Packet filler = NullPacket();
   segment.reserve(size + filler.size());

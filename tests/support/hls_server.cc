@@ -21,7 +21,8 @@ bool HlsServer::WarmUp() {
 
 void HlsServer::SetUpReplies() {
   server_->Get(".*", [this](const auto& request, auto& response) {
-    // In this order: a reply that is put after a request was counted is not for that request.
+    // Look up the reply before the request is recorded: a reply that a test sets after it has seen
+    // the request must not apply to that request.
     const SharedReply reply = ReplyTo(request.path);
     Remember(request);
     if (reply != nullptr && reply->is_held && !AwaitRelease(request.path)) return;

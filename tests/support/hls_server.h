@@ -1,5 +1,5 @@
-// An HTTP server inside the test's process that answers each path as the test says, which may
-// change its mind while the server runs.
+// An HTTP server in the test's process with one reply for each path. The test may change replies
+// while the server runs.
 #ifndef TESTS_SUPPORT_HLS_SERVER_H_
 #define TESTS_SUPPORT_HLS_SERVER_H_
 
@@ -16,7 +16,7 @@
 #include "tests/support/local_server.h"
 #include "tests/support/wait_until.h"
 
-// How one path is answered: the status, the first `sent` bytes of the body, and what comes then.
+// The reply for one path: status, the first `sent` bytes of the body, and what follows them.
 struct Reply {
   enum class Then {
     kRest,
@@ -31,9 +31,9 @@ struct Reply {
   Then then = Then::kRest;
   std::size_t sent = 0;
   int status = 200;
-  std::string location = {};           // where it is redirected, if anywhere
-  bool is_held = false;                // until it is released, not even a header is sent
-  std::chrono::milliseconds pause{1};  // of kItselfForEver, by the component's clock
+  std::string location = {};           // redirect target, if not empty
+  bool is_held = false;                // nothing is sent before Release, not even headers
+  std::chrono::milliseconds pause{1};  // for kItselfForEver; measured by the component's clock
 };
 
 inline Reply Whole(std::string body) { return {std::move(body)}; }
@@ -55,8 +55,8 @@ inline Reply GatedAfter(std::size_t sent, Reply reply) {
   reply.sent = sent;
   return reply;
 }
-// The body over and over, with a pause after each, for as long as the client listens. A test that
-// stands still in simulated time releases its clock before the server is destroyed.
+// Sends the body repeatedly, with a pause after each copy, until the client disconnects. A test
+// whose simulated time does not advance must release its clock before the server is destroyed.
 inline Reply Trickling(Reply reply,
                        std::chrono::milliseconds pause = std::chrono::milliseconds(1)) {
   reply.then = Reply::Then::kItselfForEver;
@@ -82,7 +82,7 @@ class HlsServer : public LocalServer {
 
   ~HlsServer() { Close(); }
 
-  // From now on `path`, without a query, is answered so. What was not put is not found.
+  // Sets the reply for `path` (without query) from now on. Paths without a reply get status 404.
   void Put(const std::string& path, Reply reply) {
     const std::lock_guard lock(mutex_);
     replies_[path] = std::make_shared<const Reply>(std::move(reply));
@@ -92,7 +92,7 @@ class HlsServer : public LocalServer {
     Put(path, Whole(body));
   }
 
-  // Lets held replies for this path go, and the rest of gated ones.
+  // Sends the held replies for this path and the rest of gated ones.
   void Release(const std::string& path) {
     {
       const std::lock_guard lock(mutex_);
@@ -101,7 +101,7 @@ class HlsServer : public LocalServer {
     changed_.notify_all();
   }
 
-  // Waits until the body of a trickling reply for this path was sent so often.
+  // Waits until a trickling reply for this path has sent its body `count` times.
   bool WaitForTrickles(const std::string& path, std::size_t count) {
     return WaitUntil([&] {
       const std::lock_guard lock(mutex_);
@@ -109,7 +109,7 @@ class HlsServer : public LocalServer {
     });
   }
 
-  // Waits until the first bytes of a stalled reply for this path were sent.
+  // Waits until a stalled reply for this path has sent its first bytes.
   bool WaitForStall(const std::string& path) {
     return WaitUntil([&] {
       const std::lock_guard lock(mutex_);
@@ -117,7 +117,7 @@ class HlsServer : public LocalServer {
     });
   }
 
-  // Whether the client has hung up on a trickling reply for this path.
+  // Waits until the client has disconnected from a trickling reply for this path.
   bool WaitForHangUp(const std::string& path) {
     return WaitUntil([&] {
       const std::lock_guard lock(mutex_);
@@ -140,13 +140,13 @@ class HlsServer : public LocalServer {
 
   void Send(const std::string& path, const SharedReply& reply, httplib::Response& response);
 
-  // Without a length, which an endless body does not have.
+  // Sends a chunked reply, since an endless body has no length.
   void Trickle(const std::string& path, const SharedReply& reply, httplib::Response& response);
 
-  // False at the end of the test.
+  // Waits for Release. Returns false if the test ends first.
   bool AwaitRelease(const std::string& path);
 
-  // False, at the end of the test.
+  // Waits for the end of the test, then returns false.
   bool Stall(const std::string& path);
 
   bool GoesOn(const std::string& path, Reply::Then then);

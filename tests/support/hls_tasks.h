@@ -1,5 +1,5 @@
-// What the tasks of an HLS pipeline share, without the tasks: for tests that do the tasks' work
-// themselves, step by step and without the pauses.
+// The state shared by the tasks of an HLS pipeline, without the tasks: tests run the steps of the
+// tasks themselves, without the pauses.
 #ifndef TESTS_SUPPORT_HLS_TASKS_H_
 #define TESTS_SUPPORT_HLS_TASKS_H_
 
@@ -34,15 +34,15 @@ class HlsTasks : public testing::Test {
     ClearHlsStream();
   }
 
-  // One pass of the playlist thread over a playlist that came as `text`; what it wrote to the
-  // console.
+  // One pass of the playlist thread over a playlist whose text is `text`. Returns the console
+  // output.
   std::string Queue(const std::string& text) {
     testing::internal::CaptureStdout();
     QueueOrLeave(kUrl, PlaylistText(std::string()) + text);
     return testing::internal::GetCapturedStdout();
   }
 
-  // One request and, when it succeeded, one pass. The console is left out.
+  // One request for the playlist and, if it succeeds, one pass. The console output is dropped.
   bool Refresh(const std::string& url) {
     testing::internal::CaptureStdout();
     const auto text = FetchPlaylist(pipeline_, {url, true});
@@ -51,7 +51,7 @@ class HlsTasks : public testing::Test {
     return text.has_value();
   }
 
-  // What the segment thread would go and download now, by the last part of the address.
+  // The segments that the segment thread would download now, each as the last part of its address.
   std::vector<std::string> Take() {
     if (WaitingSegments() == 0) return {};
     std::vector<std::string> names;
@@ -63,7 +63,7 @@ class HlsTasks : public testing::Test {
     return names;
   }
 
-  // Take, and every download succeeds.
+  // Take, then every download succeeds.
   std::vector<std::string> TakeAndDownload() {
     const std::size_t before = taken_.size();
     auto names = Take();
@@ -82,7 +82,7 @@ class HlsTasks : public testing::Test {
     const std::lock_guard lock(g_playlistMutex);
     return *g_playlistText;
   }
-  // What it was, before it was set to `text`.
+  // Sets the text and returns the previous one.
   static std::string PlaylistText(std::string text) {
     const std::lock_guard lock(g_playlistMutex);
     return std::exchange(*g_playlistText, std::move(text));
@@ -92,7 +92,7 @@ class HlsTasks : public testing::Test {
     return *g_variantText;
   }
 
-  static constexpr char kList[] = "/list.m3u8";  // of a server
+  static constexpr char kList[] = "/list.m3u8";  // a path on a server
   static constexpr char kUrl[] = "http://host/live/list.m3u8";
 
   void QueueOrLeave(const std::string& url, const std::string& text) {
@@ -102,7 +102,7 @@ class HlsTasks : public testing::Test {
   RecordingPlayer player_;
   HlsPipeline pipeline_;
   SegmentHistory history_;
-  std::vector<M3u8Entry> taken_;  // by Take so far
+  std::vector<M3u8Entry> taken_;  // all segments returned by Take so far
 };
 
 #endif  // TESTS_SUPPORT_HLS_TASKS_H_

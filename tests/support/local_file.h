@@ -1,4 +1,4 @@
-// Files for tests that play local addresses, in the directory that is the test program's own.
+// Local files for tests that play them, in the test program's own directory.
 #ifndef TESTS_SUPPORT_LOCAL_FILE_H_
 #define TESTS_SUPPORT_LOCAL_FILE_H_
 
@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// Writes a file. Returns its whole path.
+// Writes a file. Returns its absolute path.
 inline std::string WriteLocalFile(const std::string& name, const std::vector<std::uint8_t>& bytes) {
   const std::filesystem::path path = std::filesystem::current_path() / name;
   std::filesystem::remove(path);
@@ -18,7 +18,7 @@ inline std::string WriteLocalFile(const std::string& name, const std::vector<std
   return path.string();
 }
 
-// Appends to a file, which need not be there yet and may be open elsewhere.
+// Appends to a file, which is created if it does not exist and may be open elsewhere.
 inline void AppendToLocalFile(const std::string& name, const std::vector<std::uint8_t>& bytes) {
   std::ofstream(std::filesystem::current_path() / name, std::ios::binary | std::ios::app)
       .write(reinterpret_cast<const char*>(bytes.data()),

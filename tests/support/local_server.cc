@@ -27,8 +27,8 @@ void LocalServer::Open() {
   while (!server_->is_running()) std::this_thread::yield();
 }
 
-// Headers and body are written one after the other: without the second line the body would wait for
-// the client to acknowledge the headers.
+// Headers and body are written separately. Without TCP_NODELAY the body would wait until the client
+// has acknowledged the headers.
 void LocalServer::KeepConnections() {
   server_->set_keep_alive_max_count(std::numeric_limits<std::size_t>::max());
   server_->set_tcp_nodelay(true);

@@ -1,5 +1,5 @@
-// An HTTP server inside the test's process, on a port of the system's choice, that remembers what
-// it was asked. What it answers is up to the classes derived from it.
+// An HTTP server in the test's process, on an ephemeral port, that records the requests it
+// receives. Derived classes define the replies.
 #ifndef TESTS_SUPPORT_LOCAL_SERVER_H_
 #define TESTS_SUPPORT_LOCAL_SERVER_H_
 
@@ -58,12 +58,12 @@ class LocalServer {
   }
 
  protected:
-  struct Cold {};  // a server that is not open yet
+  struct Cold {};  // tag for a server that is not open yet
 
-  // The library of the server makes its tables at their first use, which the thread sanitizer,
-  // since the library is not built with it, cannot tell from a race. So each kind of reply is asked
-  // for once by `warm_up`, of a server whose threads have ended before those of the first real one
-  // begin.
+  // The HTTP library initializes its tables at their first use. The thread sanitizer, which does
+  // not instrument that library, would report this as a race. So before the first server of a kind
+  // opens, `warm_up` requests each kind of reply once from a server whose threads have ended by
+  // then.
   explicit LocalServer(bool (*warm_up)());
   explicit LocalServer(Cold cold);
 
@@ -71,20 +71,21 @@ class LocalServer {
 
   void Open();
 
-  // For a server that is asked very often: a connection stays open for any number of requests,
-  // since one for each would use up the ports. Before Open.
+  // Keeps connections open for any number of requests, for a server with very many requests: one
+  // connection for each would exhaust the ports. Call it before Open.
   void KeepConnections();
 
-  // To be called by the destructor of the class that answers, and harmless a second time.
+  // Call it in the destructor of the derived class that sends the replies. A second call does
+  // nothing.
   void Close();
 
-  // Whether an open server answers all of these.
+  // Whether an open server answers requests for all these paths.
   bool Answers(const std::vector<std::string>& paths) const;
 
   void Remember(const httplib::Request& request);
 
-  // Waits for `met`, which is asked with the mutex held, or for the end of the test. False, which
-  // ends a reply, when that has come.
+  // Waits until `met`, which is called with the mutex held, is true or the test ends. Returns
+  // false, which ends the reply, if the test ends.
   template <typename Condition>
   bool WaitFor(Condition met) {
     std::unique_lock lock(mutex_);

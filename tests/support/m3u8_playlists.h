@@ -1,4 +1,4 @@
-// Playlists and what the parser must make of them: the one source of the table tests and of the
+// Playlists and the expected results of the parser: the common source of the table tests and of the
 // fuzzer's seeds.
 #ifndef TESTS_SUPPORT_M3U8_PLAYLISTS_H_
 #define TESTS_SUPPORT_M3U8_PLAYLISTS_H_
@@ -10,20 +10,21 @@
 
 namespace m3u8_test {
 
-// The address that all of them are parsed against.
+// The base address of all these playlists.
 inline constexpr char kBase[] = "http://host/a/b/list.m3u8";
 
-// A sequence number of the caller that the parser has not written to.
+// The initial value of the caller's sequence number, to detect whether the parser writes to it.
 inline constexpr std::int64_t kUntouchedSequence = -77;
 
 struct Playlist {
-  std::string name;  // of the test and of the seed
+  std::string name;  // of the test case and of the seed file
   std::string text;
-  // One line for the header, without what a fresh header has too, and one for each entry.
+  // One line for the header with the fields that differ from a default header, then one line for
+  // each entry.
   std::string expected;
 };
 
-// How GoogleTest shows one.
+// Prints a playlist in GoogleTest's output.
 inline void PrintTo(const Playlist& playlist, std::ostream* out) { *out << playlist.name; }
 
 inline std::string Repeated(const std::string& text, int times) {

@@ -1,9 +1,9 @@
-// MP4 files for tests, written box by box: a whole small file that plays, or one that differs from
-// it in what a test is about.
+// MP4 files for tests, written box by box: a small file that plays, or one that differs from it in
+// the detail under test.
 //
-// BuildMp4 lays out the samples of all tracks chunk by chunk in turns, and tells where everything
-// came to lie. A track's `replaced` puts other boxes in the place of its own; an empty one is left
-// out.
+// BuildMp4 writes the samples of all tracks, one chunk of each track in turn, and returns the file
+// offsets of the samples and of the index. A track's `replaced` boxes replace its own; an empty one
+// omits the box.
 #ifndef TESTS_SUPPORT_MP4_BOXES_H_
 #define TESTS_SUPPORT_MP4_BOXES_H_
 
@@ -48,7 +48,7 @@ inline Bytes Box(const std::string& type, const Bytes& body) {
   return Join({U32(body.size() + 8), Text(type), body});
 }
 
-// The same with a size of 64 bits.
+// The same with a 64-bit size.
 inline Bytes LargeBox(const std::string& type, const Bytes& body) {
   return Join({U32(1), Text(type), U64(body.size() + 16), body});
 }
@@ -57,7 +57,7 @@ inline Bytes FullBox(const std::string& type, unsigned version, const Bytes& bod
   return Box(type, Join({U8(version), Zeros(3), body}));
 }
 
-// A full box that counts its entries.
+// A full box with an entry count and its entries.
 inline Bytes Table(const std::string& type, const std::vector<Bytes>& entries,
                    unsigned version = 0) {
   Bytes body = U32(entries.size());
@@ -87,7 +87,7 @@ inline Bytes VideoEntry(const std::string& name, const Bytes& children, unsigned
              Join({Zeros(6), U16(1), Zeros(16), U16(width), U16(height), Zeros(50), children}));
 }
 
-// A descriptor whose size takes so many bytes.
+// A descriptor whose size field has `size_bytes` bytes.
 inline Bytes Descriptor(unsigned tag, const Bytes& body, int size_bytes = 1) {
   Bytes out = U8(tag);
   for (int i = size_bytes - 1; i >= 0; --i)
@@ -133,13 +133,15 @@ struct Track {
   Bytes entry = AvcEntry();
   std::vector<Sample> samples;
   std::size_t samples_a_chunk = 1;
-  unsigned version = 0;                        // of tkhd and mdhd
-  unsigned size_bits = 32;                     // below 32 in an stz2 box
-  bool large_offsets = false;                  // co64
-  unsigned composition_version = 0;            // of ctts, which is there where any sample needs it
-  Bytes more;                                  // boxes behind tkhd
-  std::map<std::string, Bytes> replaced;       // whole boxes of the sample table, by type
-  std::map<std::string, std::size_t> padding;  // zeros at the end of trak, mdia, minf or stbl
+  unsigned version = 0;        // of tkhd and mdhd
+  unsigned size_bits = 32;     // 32: stsz box; 4, 8 or 16: stz2 box
+  bool large_offsets = false;  // co64 instead of stco
+  unsigned composition_version =
+      0;       // of ctts, which is written if any sample has a composition offset
+  Bytes more;  // boxes after tkhd
+  std::map<std::string, Bytes> replaced;  // boxes of the sample table to replace, by type
+  std::map<std::string, std::size_t>
+      padding;  // zeros at the end of trak, mdia, minf or stbl, by type
 };
 
 struct Movie {
@@ -147,9 +149,9 @@ struct Movie {
   std::uint64_t duration = 0;
   unsigned version = 0;  // of mvhd
   bool index_first = true;
-  bool large_boxes = false;  // moov and mdat have sizes of 64 bits
-  Bytes before;              // boxes at the start of the file
-  Bytes in_index;            // more boxes, at the end of moov
+  bool large_boxes = false;  // moov and mdat have 64-bit sizes
+  Bytes before;              // boxes before moov and mdat
+  Bytes in_index;            // more boxes at the end of moov
   std::vector<Track> tracks;
 };
 
@@ -167,7 +169,7 @@ inline Bytes Length(unsigned version, std::uint64_t value) {
   return Number(value, version == 1 ? 8 : 4);
 }
 
-// Runs of samples with the same value.
+// Run-length encodes a value of the samples.
 template <typename Value>
 Bytes RunBox(const std::string& type, const std::vector<Sample>& samples, unsigned version,
              Value value) {
@@ -260,8 +262,8 @@ inline Bytes SampleTableBox(const Track& track, const std::vector<std::uint64_t>
   return PaddedBox(track, "stbl", body);
 }
 
-// The media data is in this file (ISO/IEC 14496-12, 8.7.1). The bundled reader does not ask, but
-// libmp4v2 reads no sample of a track without it.
+// Declares that the media data is in this file (ISO/IEC 14496-12, 8.7.1). The bundled reader
+// ignores it, but libmp4v2 reads no sample of a track without it.
 inline Bytes DataInformationBox() {
   constexpr unsigned kInThisFile = 1;
   const Bytes url = Box("url ", Join({U8(0), Zeros(2), U8(kInThisFile)}));
@@ -296,7 +298,8 @@ inline Bytes IndexBox(const Movie& movie, const std::vector<std::vector<std::uin
   return movie.large_boxes ? LargeBox("moov", body) : Box("moov", body);
 }
 
-// The samples of all tracks, a chunk of each in turns, and where they begin in what comes out.
+// The samples of all tracks, one chunk of each in turn. `offsets` receives their offsets in the
+// returned data.
 inline Bytes LayOut(const std::vector<Track>& tracks,
                     std::vector<std::vector<std::uint64_t>>& offsets) {
   Bytes data;
@@ -338,7 +341,7 @@ inline File BuildMp4(const Movie& movie) {
   return file;
 }
 
-// The same with an index that tells no size: it goes on to the end of the file.
+// The same with an index whose size field is 0: the box extends to the end of the file.
 inline File BuildWithOpenIndex(Movie movie) {
   movie.index_first = false;
   File file = BuildMp4(movie);
@@ -347,7 +350,7 @@ inline File BuildWithOpenIndex(Movie movie) {
   return file;
 }
 
-// Where the box of that track begins, counted from 0, in its index.
+// The file offset of a track's trak box; tracks are counted from 0.
 inline std::size_t TrackBegin(const File& file, std::size_t track) {
   const Bytes type = Text("trak");
   auto found = file.bytes.begin() + static_cast<std::ptrdiff_t>(file.index_begin);
@@ -358,7 +361,7 @@ inline std::size_t TrackBegin(const File& file, std::size_t track) {
 
 // --- Movies ---
 
-// So many samples, each of another size and content.
+// Samples of varying sizes, each filled with its number.
 inline std::vector<Sample> NumberedSamples(std::size_t count, std::uint32_t duration,
                                            std::size_t key_every) {
   std::vector<Sample> samples;
@@ -369,7 +372,7 @@ inline std::vector<Sample> NumberedSamples(std::size_t count, std::uint32_t dura
   return samples;
 }
 
-// A track of H.264 and one of AAC, in chunks of 3 and 2 samples.
+// An H.264 track in chunks of 3 samples and an AAC track in chunks of 2.
 inline Movie SmallMovie() {
   Track video;
   video.time_scale = 12800;

@@ -1,5 +1,5 @@
-// Asks an MP4 file for everything that <mp4v2/mp4v2.h> can give, of which nothing may be missing or
-// too much. For the fuzzer and for tests of malformed files: what comes out is counted, not judged.
+// Reads everything that <mp4v2/mp4v2.h> offers about an MP4 file. For the fuzzer and for tests of
+// malformed files: the results are counted, not checked.
 #ifndef TESTS_SUPPORT_MP4_EXERCISE_H_
 #define TESTS_SUPPORT_MP4_EXERCISE_H_
 
@@ -17,7 +17,7 @@ struct Mp4Exercise {
 
 namespace mp4_exercise {
 
-// Touches every byte, so that a sanitizer sees any that are not the block's.
+// Reads every byte, so that a sanitizer reports bytes outside the block.
 inline std::size_t Touch(const std::uint8_t* bytes, std::size_t size) {
   std::size_t sum = 0;
   for (std::size_t i = 0; i < size; ++i) sum += bytes[i];
@@ -77,7 +77,7 @@ inline bool TakeSample(MP4FileHandle file, MP4TrackId track, MP4SampleId sample,
 }  // namespace mp4_exercise
 
 inline Mp4Exercise ExerciseMp4(const char* path) {
-  constexpr MP4SampleId kMostSamples = 100;  // of a track, from its first on
+  constexpr MP4SampleId kMostSamples = 100;  // of each track
   Mp4Exercise result;
   MP4FileHandle file = MP4Read(path);
   if (file == nullptr) return result;

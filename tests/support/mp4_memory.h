@@ -1,8 +1,8 @@
-// Lets `new` fail in a test of what becomes of all that is held then. The leak sanitizer is what
-// looks, so it is there with the address sanitizer only, where the build defines
+// Makes `new` fail, for tests that check that nothing is leaked then. Only the leak sanitizer can
+// see that, so this exists in builds with the address sanitizer only, which define
 // STREAM_TEST_FAILING_NEW.
 //
-// To be included by one source of a test program: it replaces `new` and `delete` of all of it.
+// Include it in one source of a test program: it replaces `new` and `delete` of the whole program.
 #ifndef TESTS_SUPPORT_MP4_MEMORY_H_
 #define TESTS_SUPPORT_MP4_MEMORY_H_
 
@@ -12,7 +12,7 @@
 #include <cstdlib>
 #include <new>
 
-// While one lives, only so many more calls of `new` on this thread succeed.
+// During the lifetime of an object, only the next `allowed` calls of `new` on this thread succeed.
 class FailingNew {
  public:
   explicit FailingNew(int allowed) { left_ = allowed; }

@@ -1,7 +1,8 @@
-// Movies for tests that play MP4, and what is to come of them.
+// Movies for tests that play MP4, and the frames expected from them.
 //
-// Every sample says which one it is. A video and an audio sample of the same number have the same
-// time, 40 ms after those before them, so that nothing depends on when which bytes come.
+// Every sample contains its number. A video and an audio sample of the same number have the same
+// time, 40 ms after the previous number, so that the result does not depend on the order in which
+// bytes are received.
 #ifndef TESTS_SUPPORT_MP4_MOVIES_H_
 #define TESTS_SUPPORT_MP4_MOVIES_H_
 
@@ -29,7 +30,7 @@ inline constexpr unsigned kSei = 6;
 inline constexpr std::uint32_t kFrameMs = 40;
 inline constexpr std::uint64_t kTicksPerMs = 90;
 
-// Bytes that tell their number and their place.
+// Bytes that contain `number` and depend on their position.
 inline Bytes Filler(std::size_t size, std::size_t number) {
   Bytes bytes = mp4_boxes::U16(number);
   for (std::size_t i = bytes.size(); i < size; ++i)
@@ -42,22 +43,22 @@ inline Bytes Nal(unsigned type, std::size_t size = 20, std::size_t number = 0) {
   return Join({mp4_boxes::U8(0x60 | type), Filler(size, number)});
 }
 
-// The bytes of a video sample: each unit behind its length.
+// The bytes of a video sample: each NAL unit after its length.
 inline Bytes Lengthened(const std::vector<Bytes>& nals) {
   Bytes bytes;
   for (const Bytes& nal : nals) Append(bytes, Join({U32(nal.size()), nal}));
   return bytes;
 }
 
-// A unit as it comes out.
+// A NAL unit as the player receives it.
 inline Bytes StartCoded(const Bytes& nal) { return Join({{0, 0, 0, 1}, nal}); }
 
-// What stands in front of the first unit.
+// The parameter sets, which precede the first NAL unit.
 inline Bytes ParameterSets() {
   return Join({StartCoded(mp4_boxes::kSps), StartCoded(mp4_boxes::kPps)});
 }
 
-// An AAC frame as it comes out.
+// An AAC frame as the player receives it.
 inline Bytes WithAdtsHeader(const Bytes& frame, unsigned frequency_index = 3,
                             unsigned channels = 2) {
   const std::size_t length = (frame.size() + 7) & 0x1FFF;
@@ -74,7 +75,7 @@ struct Shape {
   std::size_t samples = 50;     // of each track
   std::size_t video_size = 60;  // of a slice
   std::size_t audio_size = 30;
-  std::size_t key_interval = 1;  // every sample is a key frame
+  std::size_t key_interval = 1;  // 1: every sample is a key frame
 };
 
 inline Track VideoTrack(const Shape& shape = {}) {
@@ -109,14 +110,14 @@ inline Movie MakeMovie(const Shape& shape = {}) {
   return MovieOf({VideoTrack(shape), AudioTrack(shape)});
 }
 
-// --- What comes of them ---
+// --- Expected frames ---
 
 inline DumpedFrame FrameAt(std::uint64_t ms, bool is_video, Bytes payload) {
   const std::uint64_t ticks = ms * kTicksPerMs;
   return {ticks, ticks, ticks, is_video, true, std::move(payload)};
 }
 
-// The units of a video sample whose lengths are right.
+// The NAL units of a video sample with correct lengths.
 inline std::vector<Bytes> NalsOf(const Bytes& sample) {
   std::vector<Bytes> nals;
   for (std::size_t at = 0; at < sample.size();) {
@@ -129,15 +130,15 @@ inline std::vector<Bytes> NalsOf(const Bytes& sample) {
   return nals;
 }
 
-// Where a run begins: so many samples were read before it.
+// Where a run starts: the number of samples of each track that were read before it.
 struct From {
   std::size_t video = 0;
   std::size_t audio = 0;
-  std::uint64_t start_ms = 0;  // samples before it are dropped
+  std::uint64_t start_ms = 0;  // samples before this time are dropped
 };
 
-// The frames of a movie whose first track is video and whose second, if there is one, is audio at
-// 48 kHz, when all of it is there: a sample of each in turns, video first.
+// The frames expected from a complete movie, one sample of each track in turn, video first. The
+// first track is video; the second, if there is one, is audio at 48 kHz.
 inline FrameDump ExpectedFrames(const Movie& movie, const From& from = {}) {
   FrameDump dump;
   const auto add_video = [&](std::uint64_t ms, const Bytes& sample) {

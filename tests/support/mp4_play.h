@@ -20,7 +20,7 @@
 #include "tests/support/play.h"
 #include "tests/support/wait_until.h"
 
-// What the player got, as the reader's frames.
+// The received frames in the form of the reader's frames.
 inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   const auto copy = [](const std::vector<RecordedFrame>& frames, bool is_video) {
     std::vector<DumpedFrame> copies;
@@ -41,14 +41,14 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     return {std::istreambuf_iterator<char>(file), {}};
   }
 
-  // Serves a movie; what it looks like as a file is in file_ afterwards.
+  // Serves a movie. Afterwards file_ describes its file.
   void ServeMovie(const mp4_test::Movie& movie) {
     movie_ = movie;
     file_ = mp4_test::BuildMp4(movie);
     server_.Serve(file_.bytes);
   }
 
-  // Where the samples of that number begin.
+  // The file offset of the first of the samples with this number.
   std::size_t Begin(std::size_t number) const {
     std::uint64_t begin = UINT64_MAX;
     for (const auto& of_track : file_.offsets) begin = std::min(begin, of_track.at(number));
@@ -59,7 +59,7 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     return player_.WaitFor([](const Record& record) { return !record.results.empty(); });
   }
 
-  // Waits until the player has got all that was queued.
+  // Waits until the player has received all queued frames.
   bool WaitForDelivery() {
     return WaitUntil([this] {
       std::unique_lock lock(g_frameQueueMutex);
@@ -72,7 +72,7 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     });
   }
 
-  // Waits until the restart file holds so many bytes from its beginning.
+  // Waits until the restart file contains its first `count` bytes.
   static bool WaitForBytes(std::uint64_t count) {
     return WaitUntil([count] {
       const std::lock_guard lock(g_mp4FileLock);
@@ -80,7 +80,8 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     });
   }
 
-  // Plays until the verdict, stops when everything queued has come, and returns the frames.
+  // Plays until the verdict, stops when all queued frames have been delivered, and returns the dump
+  // of the frames.
   std::string PlayToTheEnd(const std::string& url) {
     downloader_.BeginDownload(url);
     EXPECT_TRUE(WaitForVerdict());
@@ -94,7 +95,7 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     return DumpText(mp4_test::ExpectedFrames(movie_, from));
   }
 
-  // After a stop: the next start is recorded alone.
+  // Call it after a stop, so that only the next start is recorded.
   void StartAgain() {
     player_.Reopen();
     player_.Forget();

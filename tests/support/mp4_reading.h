@@ -1,4 +1,4 @@
-// Reads MP4 files through <mp4v2/mp4v2.h> in a test: handles that close themselves, samples as
+// Reads MP4 files through <mp4v2/mp4v2.h> in a test: handles that close themselves, and samples as
 // values.
 #ifndef TESTS_SUPPORT_MP4_READING_H_
 #define TESTS_SUPPORT_MP4_READING_H_
@@ -44,7 +44,7 @@ inline std::optional<ReadMp4Sample> ReadMp4(const Mp4FileHandle& file, MP4TrackI
   return sample;
 }
 
-// Every sample up to the first that is not there.
+// Every sample up to the first that cannot be read.
 inline std::vector<ReadMp4Sample> ReadMp4Track(const Mp4FileHandle& file, MP4TrackId track) {
   std::vector<ReadMp4Sample> samples;
   while (auto sample = ReadMp4(file, track, static_cast<MP4SampleId>(samples.size() + 1)))
@@ -52,7 +52,7 @@ inline std::vector<ReadMp4Sample> ReadMp4Track(const Mp4FileHandle& file, MP4Tra
   return samples;
 }
 
-// What a track of BuildMp4 must come out as.
+// The samples that must be read from a track of BuildMp4.
 inline std::vector<ReadMp4Sample> ExpectedSamples(const mp4_boxes::Track& track) {
   std::vector<ReadMp4Sample> samples;
   MP4Timestamp start = 0;
@@ -64,7 +64,7 @@ inline std::vector<ReadMp4Sample> ExpectedSamples(const mp4_boxes::Track& track)
   return samples;
 }
 
-// Writes the file into the test's directory and opens it; null where it holds no complete index.
+// Writes the file into the test's directory and opens it. Null if it has no complete index.
 inline Mp4FileHandle OpenMp4Bytes(const mp4_boxes::Bytes& bytes,
                                   const std::string& path = "movie.mp4") {
   mp4_boxes::WriteFile(path, bytes);

@@ -1,5 +1,4 @@
-// An HTTP server inside the test's process that answers each request for its one body as a test
-// has laid down.
+// An HTTP server in the test's process that serves one body, with replies that the test defines.
 #ifndef TESTS_SUPPORT_MP4_SERVER_H_
 #define TESTS_SUPPORT_MP4_SERVER_H_
 
@@ -17,17 +16,21 @@
 
 #include "tests/support/local_server.h"
 
-// How one request is answered.
+// The reply to one request.
 struct Mp4Reply {
-  enum class End { kCut, kStall, kGate };  // the connection ends, or nothing comes, or not yet
+  enum class End {
+    kCut,
+    kStall,
+    kGate
+  };  // at `until`: disconnect, send nothing more, or wait for Release
 
-  bool ranges = true;                  // false: the whole body, whatever was asked for
-  int status = 0;                      // an error, with `page` as its body
-  std::string page = "no";             // likewise
-  bool silent = false;                 // no answer at all
-  std::size_t piece = 65'536;          // bytes that are sent at once
-  std::chrono::microseconds pause{0};  // behind each of them
-  std::size_t until = std::numeric_limits<std::size_t>::max();  // bytes of the body in all, then
+  bool ranges = true;                  // false: sends the whole body whatever range is requested
+  int status = 0;                      // if not 0, this status with `page` as the body
+  std::string page = "no";             // see `status`
+  bool silent = false;                 // sends no reply at all
+  std::size_t piece = 65'536;          // bytes per write
+  std::chrono::microseconds pause{0};  // after each write
+  std::size_t until = std::numeric_limits<std::size_t>::max();  // bytes of the body before `end`
   End end = End::kCut;
 };
 
@@ -37,12 +40,11 @@ class Mp4Server : public LocalServer {
 
   ~Mp4Server() { Close(); }
 
-  // Both are set before the first request. The first request gets the first reply and so on; the
-  // last one counts for all that follow.
+  // Call both before the first request. Each request gets the next reply; the last one is repeated.
   void Serve(const std::vector<std::uint8_t>& body) { body_.assign(body.begin(), body.end()); }
   void Answer(std::vector<Mp4Reply> replies) { replies_ = std::move(replies); }
 
-  // Every request for `path` is answered so, from now on.
+  // From now on every request for `path` gets this reply.
   void AnswerAt(const std::string& path, const Mp4Reply& reply) {
     const std::lock_guard lock(mutex_);
     replies_at_[path] = reply;
@@ -50,7 +52,7 @@ class Mp4Server : public LocalServer {
 
   std::string Address() const { return Url("/a.mp4"); }
 
-  // Lets the rest of gated replies go.
+  // Sends the rest of gated replies.
   void Release() {
     {
       const std::lock_guard lock(mutex_);
@@ -74,13 +76,13 @@ class Mp4Server : public LocalServer {
 
   Mp4Reply NextReply(const std::string& path);
 
-  // Of "bytes=N-".
+  // N of "bytes=N-".
   static std::size_t FirstByte(const std::string& range);
 
-  // In chunks, which the library never cuts to the range that was asked for.
+  // Sends the page in chunks: the HTTP library does not cut those to the requested range.
   static void SendPage(httplib::Response& response, int status, const std::string& page);
 
-  // The library tells the range in its answer, and asks for what lies in it.
+  // The HTTP library sends the Content-Range header and calls back for the bytes of the range only.
   void SendRange(httplib::Response& response, const Mp4Reply& reply);
 
   void SendAll(httplib::Response& response, const Mp4Reply& reply);
@@ -88,7 +90,7 @@ class Mp4Server : public LocalServer {
   // Returns how many bytes it sent; 0 ends the reply.
   std::size_t SendPiece(const Mp4Reply& reply, std::size_t at, httplib::DataSink& sink);
 
-  // Whether the reply goes on afterwards.
+  // Whether the reply continues afterwards.
   bool AwaitEndOf(const Mp4Reply& reply);
 
   bool IsReleased() const;

@@ -1,4 +1,4 @@
-// What the tasks of an MP4 pipeline do, without the pipeline: for tests that run them step by step.
+// Runs the tasks of an MP4 pipeline step by step, without the pipeline.
 #ifndef TESTS_SUPPORT_MP4_TASKS_H_
 #define TESTS_SUPPORT_MP4_TASKS_H_
 
@@ -27,7 +27,8 @@ class Mp4Tasks : public testing::Test {
 
   // --- The restart file ---
 
-  // Another address: a restart file of that name, of which nothing is known. Returns its path.
+  // Starts another address: creates an empty restart file of that name, with no known ranges.
+  // Returns its path.
   static std::string BeginAddress(const std::string& name) {
     std::string path = WriteLocalFile(name, {});
     UsePath(path);
@@ -46,12 +47,12 @@ class Mp4Tasks : public testing::Test {
     return g_mp4File->addresses;
   }
 
-  // --- Passes over a file ---
+  // --- Reading a file ---
 
-  // All of the file is there.
+  // The whole file has been received.
   Mp4TrackReader::Source Whole(const std::string& path) { return Part(path, 999'999'999); }
 
-  // Only that much of the file is known to be there.
+  // Only the first `end` bytes have been received.
   Mp4TrackReader::Source Part(const std::string& path, std::uint64_t end) {
     return Between(path, {0, end});
   }
@@ -59,22 +60,22 @@ class Mp4Tasks : public testing::Test {
     return {0, "http://host/a.mp4", path, there, ++revision_, start_position_};
   }
 
-  // Runs a pass and takes what it queued.
+  // Runs a pass and returns the frames it queued.
   FrameDump Pass(const Mp4TrackReader::Source& source) {
     EXPECT_TRUE(reader_.RunPass(source));
     return TakeQueuedFrames();
   }
-  // The same over a whole movie.
+  // Reads a whole movie once.
   FrameDump PassOver(const mp4_test::Movie& movie) {
     return Pass(Whole(WriteLocalFile("movie.mp4", BuildMp4(movie).bytes)));
   }
 
-  // A start with the same address.
+  // Starts the same address again.
   void StartAgain() {
     reader_.Begin();
     ResetFrameQueues();
   }
-  // A start with another one.
+  // Starts another address.
   void StartAnother() {
     reader_.Reset(0);
     StartAgain();

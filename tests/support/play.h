@@ -1,4 +1,4 @@
-// A facade, a recording player and a server: what the tests that play a stream have in common.
+// A facade, a recording player and a server: the common base of the tests that play a stream.
 #ifndef TESTS_SUPPORT_PLAY_H_
 #define TESTS_SUPPORT_PLAY_H_
 
@@ -26,7 +26,7 @@ class Play : public testing::Test {
     return player_.WaitFor([&line](const Record& record) { return record.HasMessage(line); });
   }
 
-  // Stops; every call of the player after that fails the test.
+  // Stops. Every later call of the player fails the test.
   bool Stop() {
     const bool was_running = downloader_.EndDownload();
     player_.Close();
@@ -38,8 +38,7 @@ class Play : public testing::Test {
   CStreamDownloader downloader_{&player_};
 };
 
-// The recorded frames as text, video first, without anything that depends on when they were
-// delivered.
+// The recorded frames as text, video first, without anything that depends on the time of delivery.
 inline std::vector<std::string> Dump(const RecordingPlayer::Record& record) {
   std::vector<std::string> lines;
   for (const auto* frames : {&record.video, &record.audio}) {

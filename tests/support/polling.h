@@ -1,5 +1,5 @@
-// Threads that wait by looking again and again, asleep in between: whether one of them still waits,
-// shown by what it does and not by how long nothing has happened.
+// Checks that a polling thread still waits, by counting its sleeps and not by waiting for something
+// not to happen.
 #ifndef TESTS_SUPPORT_POLLING_H_
 #define TESTS_SUPPORT_POLLING_H_
 
@@ -8,8 +8,8 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
-// Lets the only thread that sleeps in `clock` look again a few times, each time after exactly
-// `pace`. False if it has not gone back to sleep for that long each time.
+// Wakes the only thread that sleeps in `clock` a few times, each time after exactly `pace`. Returns
+// false unless it sleeps for `pace` again each time.
 inline bool StillPolls(SimulatedClock& clock, Clock::Duration pace) {
   constexpr int kTimes = 3;
   for (int i = 0; i < kTimes; ++i) {

@@ -1,14 +1,14 @@
-// How much memory the test's process holds. Where that cannot be read, or would be that of a
-// sanitizer, both are 0.
+// The memory used by the test's process. Both functions return 0 where it cannot be read, or where
+// it would include the memory of a sanitizer.
 #ifndef TESTS_SUPPORT_PROCESS_MEMORY_H_
 #define TESTS_SUPPORT_PROCESS_MEMORY_H_
 
 #include <cstddef>
 
-// Bytes in memory, as the system counts them.
+// Resident bytes, as counted by the system.
 std::size_t ResidentSize();
 
-// Bytes allocated on the heap and not released.
+// Bytes allocated on the heap and not freed.
 std::size_t HeapInUse();
 
 #endif  // TESTS_SUPPORT_PROCESS_MEMORY_H_

@@ -1,5 +1,5 @@
-// A player that keeps everything it is given and judges while it records: a frame after the stop or
-// an audio frame without its clock fails the test at once. Safe from any thread.
+// A player that records all calls and checks them at once: a call after the stop or an audio frame
+// without its clock fails the test. Safe from any thread.
 #ifndef TESTS_SUPPORT_RECORDING_PLAYER_H_
 #define TESTS_SUPPORT_RECORDING_PLAYER_H_
 
@@ -89,7 +89,7 @@ class RecordingPlayer final : public CStreamPlayerImp {
     Note([&](Record& record) { record.results.push_back(std::move(line)); });
   }
 
-  // From now on every call is a failure, until Reopen.
+  // From now on every call fails the test, until Reopen.
   void Close() {
     const std::lock_guard lock(mutex_);
     closed_ = true;
@@ -109,14 +109,14 @@ class RecordingPlayer final : public CStreamPlayerImp {
     record_ = Record();
   }
 
-  // Waits until `met` holds for what was recorded. False when it did not within the time limit.
+  // Waits until `met` is true for the record. False if the time limit expires first.
   bool WaitFor(const std::function<bool(const Record&)>& met,
                std::chrono::milliseconds limit = kTestLimit) {
     std::unique_lock lock(mutex_);
     return changed_.wait_for(lock, limit, [&] { return met(record_); });
   }
 
-  // Run inside each call of their kind, on the delivery thread. Set them before anything plays.
+  // Called inside each video or audio call, on the delivery thread. Set them before anything plays.
   std::function<void()> during_video;
   std::function<void()> during_audio;
 
@@ -138,7 +138,8 @@ class RecordingPlayer final : public CStreamPlayerImp {
   mutable std::mutex mutex_;
   std::condition_variable changed_;
   Record record_;
-  // Clocks whose frame has not come yet. After a second start two threads deliver audio.
+  // Clocks whose frame has not been delivered yet, by thread: after a second start two threads
+  // deliver audio.
   std::map<std::thread::id, float> pending_clocks_;
   bool closed_ = false;
 };

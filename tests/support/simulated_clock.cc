@@ -8,7 +8,7 @@
 #include "common/platform.h"
 #include "tests/support/test_limit.h"
 
-// Not at the beginning of time, where a subtraction could run below it.
+// Starts at 1000 hours, so that subtractions do not go below zero.
 SimulatedClock::SimulatedClock() : start_(std::chrono::hours(1000)) { UseClock(this); }
 
 SimulatedClock::~SimulatedClock() { UseClock(nullptr); }
@@ -61,10 +61,11 @@ bool SimulatedClock::WaitFor(std::condition_variable& condition, std::unique_loc
 void SimulatedClock::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                           const std::function<bool()>& met) {
   constexpr Duration kForEver = std::chrono::hours(1'000'000);
-  while (!WaitFor(condition, lock, kForEver, met)) condition.wait(lock);  // after Release
+  while (!WaitFor(condition, lock, kForEver, met))
+    condition.wait(lock);  // WaitFor returns at once after Release
 }
 
-// Checks `met` before the thread counts as waiting.
+// Checks `met` before the thread is counted as waiting.
 bool SimulatedClock::WaitUntilDue(Duration limit, std::condition_variable& condition,
                                   std::unique_lock<std::mutex>& lock,
                                   const std::function<bool()>& met) {
@@ -106,7 +107,7 @@ void SimulatedClock::WakeThoseThatAreDue() {
   }
   moved_.notify_all();
   for (const Waiter& waiter : due) {
-    { const std::lock_guard lock(*waiter.mutex); }  // nobody is between looking and waiting
+    { const std::lock_guard lock(*waiter.mutex); }  // no thread is between its check and its wait
     waiter.condition->notify_all();
   }
 }
@@ -137,7 +138,7 @@ bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t 
   return false;
 }
 
-// Looks at `met` every millisecond, since nobody notifies the clock of it.
+// Checks `met` every millisecond, since nothing notifies the clock of it.
 bool SimulatedClock::AwaitWaitingOr(const std::function<bool()>& met, std::size_t count) {
   const auto limit = std::chrono::steady_clock::now() + kTestLimit;
   std::unique_lock lock(mutex_);

@@ -1,5 +1,6 @@
-// SimulatedClock: a clock for the component whose time stands still until the test moves it. Hours
-// pass in the time that the work of the component takes, and a test knows who is waiting for what.
+// SimulatedClock: a clock for the component whose time advances only when the test says so. Hours
+// of simulated time take only as long as the component's work, and a test can see how many threads
+// are waiting.
 #ifndef TESTS_SUPPORT_SIMULATED_CLOCK_H_
 #define TESTS_SUPPORT_SIMULATED_CLOCK_H_
 
@@ -16,8 +17,9 @@
 
 #include "common/clock.h"
 
-// In use from its construction to its destruction. Threads may sleep and wait in it only in
-// between: stop every pipeline before it is destroyed, after Release. Safe from any thread.
+// It is the component's clock from its construction to its destruction. Threads may sleep and wait
+// in it only in between: before it is destroyed, call Release and stop every pipeline. Safe from
+// any thread.
 class SimulatedClock final : public Clock {
  public:
   SimulatedClock();
@@ -26,53 +28,53 @@ class SimulatedClock final : public Clock {
   SimulatedClock& operator=(const SimulatedClock&) = delete;
 
   TimePoint Now() override;
-  std::time_t WallTime() override;  // what was set, and the time passed since
+  std::time_t WallTime() override;  // the time set, plus the simulated time since the construction
   void Sleep(Duration duration) override;
   bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                Duration limit, const std::function<bool()>& met) override;
   void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
             const std::function<bool()>& met) override;
 
-  // The time passed since the construction.
+  // The simulated time since the construction.
   Duration Elapsed() const { return Duration(elapsed_.load()); }
 
   void SetWallTime(std::time_t time) { wall_time_ = time; }
 
-  // Moves the time and wakes the threads that are due.
+  // Advances the time and wakes the threads that are due.
   void Advance(Duration duration);
 
-  // Threads that sleep or wait in the clock and are not due yet. One that waits on a condition has
-  // found it not to be met.
+  // The number of threads that sleep or wait in the clock and are not due yet. Those that wait on a
+  // condition have found it false.
   std::size_t Waiting() const;
 
-  // Waits until so many threads sleep or wait, which is how a test knows that the component has
-  // done all it can do at this time. False if that does not happen within the time limit of a test.
+  // Waits until at least `count` threads sleep or wait: then the component has done all it can do
+  // at this time. False if the time limit of a test expires first.
   bool AwaitWaiting(std::size_t count);
 
-  // Moves the time by `step` until `met`, each time once `count` threads sleep or wait. False if
-  // neither happens within the time limit of a test.
+  // Advances the time by `step` until `met` is true, each time as soon as `count` threads sleep or
+  // wait. False if the time limit of a test expires first.
   bool AdvanceUntil(const std::function<bool()>& met, std::size_t count, Duration step);
 
-  // From now on no thread sleeps: a sleep moves the time itself. For the end of a test.
+  // From now on no thread sleeps: each sleep advances the time instead. For the end of a test.
   void Release();
 
-  // Has sleeps of up to that length take real time and no simulated time. For tests in which the
-  // loops of the component run on while the time stands still for what waits longer.
+  // Makes sleeps of up to this length take real time and no simulated time. For tests in which the
+  // polling loops of the component keep running while the time stands still for longer waits.
   void SetRealSleeps(Duration longest) { longest_real_sleep_ = longest; }
 
-  // How often each kind of call has begun.
+  // The number of sleeps that have begun.
   std::size_t Sleeps() const;
-  std::size_t Sleeps(Duration duration) const;  // those of exactly that length
+  std::size_t Sleeps(Duration duration) const;  // only those of exactly this length
   std::size_t Looks() const { return looks_.load(); }
 
-  // How often those who wait on a condition have found it not to be met.
+  // The number of times that waiting threads have found their condition false.
   std::size_t UnmetChecks() const { return unmet_checks_.load(); }
 
  private:
   struct Waiter {
     std::int64_t due;                    // in milliseconds since the construction
-    std::condition_variable* condition;  // null for a sleeper
-    std::mutex* mutex;                   // that of `condition`
+    std::condition_variable* condition;  // null for a sleeping thread
+    std::mutex* mutex;                   // the mutex of `condition`
   };
   using Waiters = std::list<Waiter>;
 
@@ -85,7 +87,7 @@ class SimulatedClock final : public Clock {
   void Leave(Waiters::iterator waiter);
   void WakeThoseThatAreDue();
   bool AwaitWaitingOr(const std::function<bool()>& met, std::size_t count);
-  std::size_t WaitingLocked() const;  // with mutex_ held
+  std::size_t WaitingLocked() const;  // requires mutex_
 
   const TimePoint start_;
   std::atomic<std::int64_t> elapsed_{0};  // milliseconds
@@ -96,8 +98,8 @@ class SimulatedClock final : public Clock {
   std::atomic<std::size_t> unmet_checks_{0};
 
   mutable std::mutex mutex_;
-  std::condition_variable moved_;           // the time, for those who sleep
-  std::condition_variable changed_;         // more wait, for the test
+  std::condition_variable moved_;           // notified when the time advances, for sleeping threads
+  std::condition_variable changed_;         // notified when another thread waits, for the test
   Waiters waiters_;                         // guarded by mutex_
   std::map<Duration, std::size_t> sleeps_;  // guarded by mutex_
 };

@@ -41,7 +41,7 @@ bool StopAccount::WaitUntilMet(std::condition_variable& condition,
   while (!met()) {
     if (condition.wait_until(lock, deadline) == std::cv_status::no_timeout) continue;
     const std::lock_guard own(mutex_);
-    wait_hung_ = wait_hung_ || !runs_();  // the stop alone must notify it
+    wait_hung_ = wait_hung_ || !runs_();  // the stop should have notified this thread
     return met();
   }
   return true;
@@ -49,7 +49,7 @@ bool StopAccount::WaitUntilMet(std::condition_variable& condition,
 
 testing::AssertionResult StopAccount::WasPrompt(Duration pace) const {
   const std::lock_guard lock(mutex_);
-  if (wait_hung_) return testing::AssertionFailure() << "nobody notified a thread that waited";
+  if (wait_hung_) return testing::AssertionFailure() << "a waiting thread was not notified";
   for (const auto& [thread_and_length, count] : after_the_stop_) {
     const auto length = thread_and_length.second;
     if (count > 1 || length > pace) {

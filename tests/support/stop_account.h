@@ -1,6 +1,6 @@
-// StopAccount: the system's clock, which records what a stop has to wait for: the sleeps that
-// begin once the run flag is clear. A stop is prompt if every thread sleeps no further than the
-// sleep that it had decided on before, and that is shown without measuring a time.
+// StopAccount: forwards to the system's clock and records the sleeps that begin after the run flag
+// has been cleared, because a stop has to wait for them. A stop is prompt if no thread begins more
+// than the one sleep it had already decided on. That is checked without measuring time.
 #ifndef TESTS_SUPPORT_STOP_ACCOUNT_H_
 #define TESTS_SUPPORT_STOP_ACCOUNT_H_
 
@@ -19,11 +19,12 @@
 
 #include "common/clock.h"
 
-// In use from its construction to its destruction: every pipeline must be stopped before that.
-// Safe from any thread.
+// It is the component's clock from its construction to its destruction; stop every pipeline before
+// it is destroyed. Safe from any thread.
 class StopAccount final : public Clock {
  public:
-  // `runs` returns the run flag. It is called from any thread, with locks of the component held.
+  // `runs` returns the run flag. It is called from any thread, also while locks of the component
+  // are held.
   explicit StopAccount(std::function<bool()> runs);
   ~StopAccount();
   StopAccount(const StopAccount&) = delete;
@@ -33,8 +34,8 @@ class StopAccount final : public Clock {
   std::time_t WallTime() override { return system_.WallTime(); }
   void Sleep(Duration duration) override;
 
-  // A wait ends when its condition is met, and never by its limit: so a stop that does not notify
-  // whoever waits hangs, which is noted here after the time limit of a test. While
+  // A wait ends when its condition is true, never because its limit expires. So a stop that fails
+  // to notify a waiting thread hangs, which is recorded after the time limit of a test. While
   // LetWaitsPass(true) is in effect, a wait with a limit ends at once, or when it is next notified.
   bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                Duration limit, const std::function<bool()>& met) override;
@@ -42,26 +43,26 @@ class StopAccount final : public Clock {
             const std::function<bool()>& met) override;
   void LetWaitsPass(bool pass) { waits_pass_ = pass; }
 
-  // Whether the stop waited for no more than it may: on each thread at most one sleep of each
-  // length began after the flag had been cleared, and none is longer than `pace`. A loop that looks
-  // at the flag has at most one, since the flag may be cleared between its look and its sleep; two
-  // of different lengths where what a thread waited for arrives at that very moment.
+  // Whether the stop was prompt: on each thread at most one sleep of each length began after the
+  // flag had been cleared, and none is longer than `pace`. A polling loop may begin one, since the
+  // flag may be cleared between its check and its sleep; it may begin two of different lengths if
+  // what the thread waits for becomes available at that moment.
   testing::AssertionResult WasPrompt(Duration pace) const;
 
-  // Forgets what was recorded, before the next start.
+  // Clears the record before the next start.
   void Forget();
 
-  // How many sleeps have begun since the construction.
+  // The number of sleeps that have begun since the construction.
   std::size_t Sleeps() const;
 
-  // Waits until so many sleeps have begun since the construction. False if that does not happen
-  // within the time limit of a test.
+  // Waits until `count` sleeps have begun since the construction. False if the time limit of a test
+  // expires first.
   bool AwaitSleeps(std::size_t count);
 
  private:
   using ThreadAndLength = std::pair<std::thread::id, Duration>;
 
-  // Waits until `met`, which it returns. Notes a hang.
+  // Waits until `met` is true and returns its value. Records a hang.
   bool WaitUntilMet(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                     const std::function<bool()>& met);
 
@@ -73,12 +74,12 @@ class StopAccount final : public Clock {
   std::condition_variable slept_;
   // All guarded by mutex_.
   std::size_t sleeps_ = 0;
-  std::map<ThreadAndLength, int> after_the_stop_;  // how often each of them has begun
+  std::map<ThreadAndLength, int> after_the_stop_;  // the number of sleeps of each kind
   bool wait_hung_ = false;
 };
 
-// A base of fixtures, named before the one with the facade: so the account is in use until whatever
-// plays has been stopped.
+// A base class of fixtures. List it before the base with the facade, so that the account is in use
+// until the facade has stopped.
 class AccountedStops {
  protected:
   explicit AccountedStops(std::function<bool()> runs) : account_(std::move(runs)) {}

@@ -1,5 +1,5 @@
-// How long a test waits for what it expects before it fails: so long that only a hang exceeds it,
-// also under wine on a busy machine. Nothing that is asserted depends on it.
+// How long a test waits before it fails. The limit is so long that only a hang exceeds it, also
+// under wine on a busy machine. No assertion depends on it.
 #ifndef TESTS_SUPPORT_TEST_LIMIT_H_
 #define TESTS_SUPPORT_TEST_LIMIT_H_
 

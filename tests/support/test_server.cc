@@ -19,7 +19,7 @@ bool TestServer::WarmUp() {
 void TestServer::SetUpReplies() {
   server_->Get("/plain.*", [this](const auto& request, auto& response) {
     Remember(request);
-    response.set_content(body_, "video/mp2t");  // ranges are honoured by the server itself
+    response.set_content(body_, "video/mp2t");  // the HTTP library handles ranges
   });
   server_->Get("/pieces/(\\d+)/.*", [this](const auto& request, auto& response) {
     Remember(request);
@@ -94,7 +94,7 @@ void TestServer::SendWithPauses(httplib::Response& response, std::size_t size) {
 }
 
 void TestServer::SendLive(httplib::Response& response, std::size_t head) {
-  response.status = 200;  // from the beginning, whatever range was asked for
+  response.status = 200;  // from the beginning, whatever range is requested
   response.set_chunked_content_provider(
       "video/mp2t", [this, head, at = std::size_t{0}](auto, auto& sink) mutable {
         const std::size_t size = std::min(at == 0 ? head : kLivePiece, body_.size() - at);

@@ -1,4 +1,4 @@
-// An HTTP server inside the test's process that serves one body in the ways a test asks for.
+// An HTTP server in the test's process that serves one body in several ways.
 #ifndef TESTS_SUPPORT_TEST_SERVER_H_
 #define TESTS_SUPPORT_TEST_SERVER_H_
 
@@ -19,21 +19,29 @@ class TestServer : public LocalServer {
 
   ~TestServer() { Close(); }
 
-  // Set it before the first request.
+  // Call one of these before the first request.
   void Serve(const std::vector<std::uint8_t>& body) { body_.assign(body.begin(), body.end()); }
   void Serve(std::string body) { body_ = std::move(body); }
 
-  // An address with this path, for example "/plain/a.ts", "/pieces/17/a.ts", "/cut/a.ts" (the first
-  // half, then the connection ends), "/stall/a.ts" (the first half, then nothing), "/silent/a.ts"
-  // (not even an answer), "/ends/17/a.ts" (the first 17 bytes, then the connection ends; a range
-  // behind them is honoured), "/whole/17/a.ts" (the same, but every request is answered with the
-  // body from its beginning, the second one with all of it), "/endless/a.ts" (the body over and
-  // over), "/paced/17/a.ts" (pieces with pauses between them) or "/live/100/a.flv" (the first 100
-  // bytes, then the rest over and over, a little at a time). Anything else is answered with an
-  // error page that is no HTML.
+  // An address with this path, which selects how the body is served:
+  //
+  //   /plain/a.ts      whole
+  //   /pieces/17/a.ts  in writes of 17 bytes
+  //   /paced/17/a.ts   the same, with pauses
+  //   /cut/a.ts        the first half, then the connection ends
+  //   /stall/a.ts      the first half, then nothing
+  //   /gated/a.ts      the first half, and the rest after Release
+  //   /silent/a.ts     no reply at all
+  //   /ends/17/a.ts    the first 17 bytes, then the connection ends; ranges after them are honored
+  //   /whole/17/a.ts   the first 17 bytes, then the connection ends; later requests get the whole
+  //                    body, whatever range they ask for
+  //   /endless/a.ts    the body over and over
+  //   /live/100/a.flv  the first 100 bytes, then the rest over and over, a little at a time
+  //
+  // Anything else gets an error page that is not HTML.
   using LocalServer::Url;
 
-  // Lets the second half of gated replies go.
+  // Sends the second half of gated replies.
   void Release() {
     {
       const std::lock_guard lock(mutex_);
@@ -54,24 +62,24 @@ class TestServer : public LocalServer {
   // Chunked, without a length, in writes of `size` bytes.
   void SendInPieces(httplib::Response& response, std::size_t size);
 
-  // The same with some forty pauses in all.
+  // The same with about forty pauses in all.
   void SendWithPauses(httplib::Response& response, std::size_t size);
 
   void SendLive(httplib::Response& response, std::size_t head);
 
-  // Long enough that what was written before is read alone.
+  // Long enough for the client to read the bytes written before separately.
   static void Pause() { std::this_thread::sleep_for(std::chrono::milliseconds(1)); }
 
   template <typename Then>
   void SendHalf(httplib::Response& response, Then then);
 
-  // Breaks off at `end`, unless a range from there on was asked for.
+  // Disconnects at `end`, unless the requested range starts there or later.
   void SendUpTo(httplib::Response& response, std::size_t end);
 
-  // As a server that knows no ranges. Breaks off at `end`, unless that is 0.
+  // Ignores ranges. Disconnects at `end`, unless it is 0.
   void SendFromTheBeginning(httplib::Response& response, std::size_t end);
 
-  // From the beginning, whatever range was asked for.
+  // Sends from the beginning, whatever range is requested.
   void SendEndlessly(httplib::Response& response);
 
   static constexpr std::size_t kLivePiece = 1000;

@@ -1,4 +1,4 @@
-// A player that counts its calls and throws in each. Safe from any thread.
+// A player that counts its calls and throws in each of them. Safe from any thread.
 #ifndef TESTS_SUPPORT_THROWING_PLAYER_H_
 #define TESTS_SUPPORT_THROWING_PLAYER_H_
 

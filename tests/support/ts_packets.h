@@ -1,4 +1,5 @@
-// Builds transport stream packets by hand (ISO/IEC 13818-1), well-formed unless a test spoils them.
+// Builds transport stream packets (ISO/IEC 13818-1). They are well-formed unless a test damages
+// them.
 #ifndef TESTS_SUPPORT_TS_PACKETS_H_
 #define TESTS_SUPPORT_TS_PACKETS_H_
 
@@ -28,8 +29,8 @@ inline void Append(Bytes& bytes, const Bytes& more) {
   bytes.insert(bytes.end(), more.begin(), more.end());
 }
 
-// A packet with this header and payload. A payload shorter than 184 bytes is preceded by stuffing
-// in an adaptation field, or followed by 0xFF bytes if `pad_behind`.
+// A packet with this header and payload. If the payload is shorter than 184 bytes, stuffing in an
+// adaptation field precedes it, or, if `pad_behind`, 0xFF bytes follow it.
 inline Packet MakePacket(std::uint16_t pid, bool unit_start, int counter, const Bytes& payload,
                          bool pad_behind = false) {
   constexpr std::size_t kRoom = kTsPacketSize - 4;
@@ -47,7 +48,7 @@ inline Packet MakePacket(std::uint16_t pid, bool unit_start, int counter, const 
   return packet;
 }
 
-// A section with its length and checksum filled in: `body` is what lies between the section_length
+// A section with its length and checksum filled in. `body` is what is between the section_length
 // field and the checksum.
 inline Bytes MakeSection(std::uint8_t table_id, const Bytes& body) {
   const std::size_t length = body.size() + 4;
@@ -132,7 +133,7 @@ inline Bytes MakePes(std::uint64_t pts, const Bytes& payload,
   return pes;
 }
 
-// The packets of a PES packet, with counters from `counter` on.
+// The packets of a PES packet, with continuity counters starting at `counter`.
 inline std::vector<Packet> Packetize(std::uint16_t pid, const Bytes& pes, int counter = 0) {
   constexpr std::size_t kRoom = kTsPacketSize - 4;
   std::vector<Packet> packets;
@@ -145,9 +146,9 @@ inline std::vector<Packet> Packetize(std::uint16_t pid, const Bytes& pes, int co
   return packets;
 }
 
-// A short, whole stream: PAT, PMT and `frames` video PES packets of 300 bytes with an audio PES
-// packet of 60 bytes behind each, 40 ms apart, the first at `first_pts`. All but the last of each
-// kind come out as frames. Payload bytes hold the frame's number.
+// A short, complete stream: PAT, PMT, and `frames` video PES packets of `video_size` bytes, each
+// followed by an audio PES packet of 60 bytes. They are 40 ms apart; the first is at `first_pts`.
+// All but the last of each kind are delivered as frames. Payload bytes hold the frame's number.
 inline Bytes MakeStream(int frames, std::uint64_t first_pts = 90'000,
                         std::size_t video_size = 300) {
   Bytes stream;

@@ -1,4 +1,4 @@
-// A second facade with a player of its own, beside the one of a Play fixture.
+// A second facade with its own player, in addition to the facade of a Play fixture.
 #ifndef TESTS_SUPPORT_TWO_FACADES_H_
 #define TESTS_SUPPORT_TWO_FACADES_H_
 
@@ -15,8 +15,8 @@ inline bool WaitForFrames(RecordingPlayer& player, std::size_t count) {
       [count](const RecordingPlayer::Record& record) { return record.video.size() >= count; });
 }
 
-// Another facade plays `url` until its player gets a message that begins with `line`. It is
-// destroyed then, which stops it, and then its player.
+// Plays `url` on another facade until its player receives a message that begins with `line`. Then
+// the facade is destroyed, which stops it, and after it its player.
 inline void PlayOnAnotherFacade(const std::string& url, const std::string& line) {
   RecordingPlayer player;
   CStreamDownloader facade(&player);

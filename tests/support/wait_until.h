@@ -1,4 +1,4 @@
-// Waits for something that notifies nobody when it happens.
+// Polls for a condition that notifies nobody.
 #ifndef TESTS_SUPPORT_WAIT_UNTIL_H_
 #define TESTS_SUPPORT_WAIT_UNTIL_H_
 
@@ -7,7 +7,7 @@
 
 #include "tests/support/test_limit.h"
 
-// False when `met` did not hold within the time limit.
+// False if the time limit expires before `met` is true.
 template <typename Condition>
 bool WaitUntil(Condition met) {
   const auto limit = std::chrono::steady_clock::now() + kTestLimit;

@@ -1,4 +1,4 @@
-"""Measures how far picture and sound are apart in a real window, by kind of stream."""
+"""Measures the offset between video and audio in a real window, for each kind of stream."""
 
 import csv
 import statistics

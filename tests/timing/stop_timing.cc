@@ -1,5 +1,5 @@
-// Measures how long EndDownload takes while a server is silent, or has fallen silent, in the middle
-// of the transfer. Fails only when it could not measure.
+// Measures how long EndDownload takes while a server sends no reply or stalls in the body. Fails
+// only if it could not measure.
 #include <algorithm>
 #include <chrono>
 #include <cmath>
@@ -15,7 +15,7 @@
 namespace {
 
 constexpr std::size_t kStops = 10;
-// The stops are spread over the time between two looks of a transfer at the run flag.
+// The stops are spread over the interval between two checks of the run flag by a transfer.
 constexpr std::chrono::milliseconds kBetweenLooks{1000};
 
 struct Format {
@@ -31,8 +31,8 @@ struct Silence {
 };
 constexpr Silence kSilences[] = {{"no answer", "/silent/"}, {"stalled in the body", "/stall/"}};
 
-// How long a stop takes, so long after the server received the request; negative when the server
-// received none.
+// The duration in ms of a stop that begins `after_request` after the server has received the
+// request. Negative if the server receives none.
 double StopMs(const std::string& path, std::chrono::milliseconds after_request) {
   TestServer server;
   server.Serve(std::string(100'000, '\0'));
@@ -77,7 +77,7 @@ int main() {
       table += line;
     }
   }
-  // At the end, since the component writes to the standard output too.
+  // Printed at the end, because the component writes to standard output too.
   std::fputs(table.c_str(), stdout);
   return has_measured_all ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-"""What became of each case, as googletest writes it: one <testcase> a case, whatever its subtests."""
+"""The result of each case in the format of GoogleTest: one <testcase> per case, whatever its subtests."""
 
 import dataclasses
 import time
@@ -60,7 +60,7 @@ class CaseResults(unittest.TextTestResult):
         self._case(test).failures.append("unexpected success")
 
     def write(self, path):
-        """Into a file that is there only when it is whole."""
+        """Writes a file that appears only when it is complete."""
         root = ElementTree.Element("testsuites", self._counts(self.cases))
         for suite in dict.fromkeys(case.suite for case in self.cases):
             cases = [case for case in self.cases if case.suite == suite]
@@ -73,7 +73,8 @@ class CaseResults(unittest.TextTestResult):
         part.replace(path)
 
     def _case(self, test):
-        """A set-up of a class or module that fails or skips is of no case: it becomes one."""
+        """The running case. A set-up of a class or module that fails or is skipped belongs to no case and
+        becomes one."""
         if self._running is None:
             self.cases.append(Case("setup", test.id()))
             return self.cases[-1]
@@ -88,7 +89,7 @@ class CaseResults(unittest.TextTestResult):
 
 
 def _printable(text):
-    """Without the characters that XML has no form for."""
+    """Replaces the characters that XML cannot represent."""
     return "".join(c if c in "\n\t" or " " <= c < "\ud800" or "\ue000" <= c < "\ufffe" else "?"
                    for c in text)
 

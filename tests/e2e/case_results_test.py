@@ -1,4 +1,4 @@
-"""The results of the Python tests, as the check adds them up."""
+"""The results of the Python tests, as the check counts them."""
 
 import pathlib
 import subprocess
@@ -58,7 +58,7 @@ class CaseResultsTest(unittest.TestCase):
             check=False, cwd=self.directory, env={"PYTHONPATH": str(self.directory)}, timeout=60).returncode
 
     def cases(self):
-        """Of each case whether it failed, was skipped or passed."""
+        """Whether each case failed, was skipped or passed."""
         results = {}
         for case in ElementTree.parse(self.xml).getroot().iter("testcase"):
             failed, skipped = case.findall("failure"), case.findall("skipped")
@@ -93,7 +93,7 @@ class CaseResultsTest(unittest.TestCase):
         self.assertEqual(self.run_tests("made_up.Nothing"), 1)
         self.assertEqual(list(self.cases().values()), ["failed"])
 
-    def test_results_of_an_older_run_do_not_stay(self):
+    def test_results_of_an_older_run_are_removed(self):
         self.run_tests("made_up.Skipped")
         self.run_tests("made_up.Cases.test_that_passes")
         self.assertEqual(self.cases(), {"test_that_passes": "passed"})

@@ -1,4 +1,4 @@
-"""A server whose port takes no more connections."""
+"""A server whose port accepts no more connections."""
 
 import pathlib
 import socket
@@ -9,7 +9,7 @@ _SYN_SENT = "02"
 
 
 def _connections_without_an_answer(port):
-    """How many programs of this machine try to connect to the port."""
+    """How many sockets of this machine are trying to connect to the port."""
     rows = [row.split() for row in pathlib.Path("/proc/net/tcp").read_text().splitlines()[1:]]
     return sum(remote.endswith(f":{port:04X}") and state == _SYN_SENT for _, _, remote, state, *_ in rows)
 
@@ -30,7 +30,7 @@ class ConnectTest(EndToEndCase):
         self.assert_no_frame(run)
 
     def fill(self, port, waiting):
-        """Connects until the queue of the server, which accepts nobody, is full."""
+        """Connects until the queue of the server, which accepts no connection, is full."""
         for _ in range(16):
             client = socket.socket()
             client.settimeout(0.5)

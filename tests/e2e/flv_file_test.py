@@ -1,4 +1,4 @@
-"""FLV files on web servers and on the disk."""
+"""FLV files on web servers, and local ones."""
 
 from support import host
 from support.flv import FlvCase, frames_of_whole_tags
@@ -34,7 +34,7 @@ class FlvFileTest(FlvCase):
         run = self.play_flv(address, sample)
         self.assertIn(f"PLAY FLV CACHE_NO OK:{address}", run.messages())
 
-    def test_local_file_plays_once_and_stays_as_it_is(self):
+    def test_local_file_plays_once_and_is_not_changed(self):
         sample = self.make_flv()
         before = sample.read_bytes()
         address = f"file://{sample}"
@@ -42,7 +42,7 @@ class FlvFileTest(FlvCase):
         self.assertEqual(run.messages(), [f"PLAY FLV:{address}", f"PLAY FLV CACHE_NO OK:{address}"])
         self.assertEqual(sample.read_bytes(), before)
 
-    def test_start_position_is_told_and_the_file_plays_from_its_beginning(self):
+    def test_start_position_is_reported_and_the_file_plays_from_its_beginning(self):
         sample = self.make_flv(seconds=3)
         server = self.serve()
         address = server.url("sample.flv")
@@ -51,7 +51,7 @@ class FlvFileTest(FlvCase):
         self.assertIn("PLAY FLV StartPostion:01:02:05.500", told)
         self.assertIn(f"PLAY FLV RE:{address}", told)
 
-    def test_same_address_once_more_plays_from_its_beginning_again(self):
+    def test_same_address_again_plays_from_its_beginning(self):
         sample = self.make_flv(seconds=2)
         server = self.serve()
         address = server.url("sample.flv")
@@ -110,7 +110,7 @@ class FlvRefusedTest(FlvCase):
         self.assert_no_frame(run)
         self.assertEqual(run.values("result"), [f"PLAY:FLV CACHE_NO OK:{address}"])
 
-    def test_file_cut_inside_a_tag_plays_up_to_there(self):
+    def test_file_cut_inside_a_tag_plays_up_to_the_cut(self):
         sample = self.make_flv(seconds=3)
         whole = sample.read_bytes()
         part = whole[: len(whole) // 2]

@@ -1,4 +1,4 @@
-"""A live FLV stream, relayed while it is made."""
+"""A live FLV stream, relayed while ffmpeg makes it."""
 
 from support import reference
 from support.flv import FlvCase, expected_video
@@ -11,7 +11,7 @@ class FlvLiveTest(FlvCase):
         self.addCleanup(relay.stop)
         return relay
 
-    def test_stop_in_mid_transfer_leaves_a_beginning(self):
+    def test_stop_in_mid_transfer_plays_the_beginning(self):
         relay = self.relay(60)
         address = relay.url("live.flv")
         run = self.play(address, frames=100)
@@ -30,9 +30,9 @@ class FlvLiveTest(FlvCase):
         self.assertTrue(reference.elementary_stream(pushed, "audio").startswith(audio))
         self.assert_decodes(audio)
 
-    def test_end_of_the_broadcast_is_the_end_of_the_stream(self):
+    def test_end_of_the_broadcast_ends_the_stream(self):
         seconds = 2
-        whole = self.make_flv(seconds=seconds)  # as it is pushed
+        whole = self.make_flv(seconds=seconds)  # equal to what is pushed
         relay = self.relay(seconds)
         run = self.play(relay.url("live.flv"), frames=self.frames_of(whole))
         self.assertFalse(relay.is_still_pushed())

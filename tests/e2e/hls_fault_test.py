@@ -1,17 +1,17 @@
-"""Playlists and segments that cannot be had, and segments that are none."""
+"""Playlists and segments that cannot be fetched, and bodies that are no playlist or segment."""
 
 from support.cut_off_server import cut_off_server
 from support.hls import HlsCase
 
 _PACKET = 188
-_NULL_PACKET = b"\x47\x1f\xff\x10" + b"\xff" * 184  # carries nothing
+_NULL_PACKET = b"\x47\x1f\xff\x10" + b"\xff" * 184  # without content
 _LARGEST_SEGMENT = 15_728_640
 _PAGE = b"<html><body>Not today.</body></html>\n" * 50
 _CLOSED_PORT = "http://127.0.0.1:1"
 
 
 def _fill_up(segment, size):
-    """Makes a segment that long without a change to what it carries."""
+    """Pads a segment to this size without changing its content."""
     missing = size - segment.stat().st_size
     with segment.open("ab") as file:
         file.write((_NULL_PACKET * (missing // _PACKET + 1))[:missing])
@@ -24,7 +24,7 @@ class PlaylistTest(HlsCase):
         self.assert_no_frame(run)
         lines = [f"PLAY M3U8:{address}", f"PLAY Try:{address}", f"PLAY Failed:{address}"]
         self.assertEqual(run.messages()[:3], lines)
-        # What else comes is of the stop, whose first line races with those of the tasks.
+        # The other lines belong to the stop, whose first line races with those of the tasks.
         self.assertIn("PLAY STOP...", run.messages()[3:])
         self.assertEqual(run.values("result"), [])
 
@@ -35,7 +35,7 @@ class PlaylistTest(HlsCase):
         lines = [f"PLAY M3U8:{address}", f"PLAY Try:{address}", f"PLAY Failed:{address}"]
         self.assertEqual(run.messages()[:3], lines)
 
-    def test_page_in_its_place_is_told_and_asked_for_again(self):
+    def test_page_instead_of_a_playlist_is_reported_and_requested_again(self):
         server = self.serve()
         address = server.url("missing.m3u8")
         run = self.play(address, until=lambda _: len(server.requests_so_far()) >= 2)
@@ -45,14 +45,14 @@ class PlaylistTest(HlsCase):
 
 
 class NoSegmentTest(HlsCase):
-    """One body in three is none."""
+    """One of three bodies is no segment."""
 
     def setUp(self):
         super().setUp()
         self.kept = self.directory / "host" / "tmp" / "tmpE.ts"
         self.kept.parent.mkdir()
 
-    def test_missing_segment_is_passed_over_and_its_page_kept(self):
+    def test_missing_segment_is_skipped_and_its_page_kept(self):
         sample = self.make_hls(3)
         first, missing, last = sample.segments
         missing.unlink()
@@ -61,7 +61,7 @@ class NoSegmentTest(HlsCase):
         self.assertTrue(page.startswith(b"<html>"), page)
         self.assertIn(b"404 Not Found", page)
 
-    def test_page_instead_of_a_segment_is_passed_over_and_kept(self):
+    def test_page_instead_of_a_segment_is_skipped_and_kept(self):
         sample = self.make_hls(3)
         first, page, last = sample.segments
         page.write_bytes(_PAGE)
@@ -69,7 +69,7 @@ class NoSegmentTest(HlsCase):
         self.assertIn("The ts packet has not sync byte", run.output)
         self.assertEqual(self.kept.read_bytes(), _PAGE)
 
-    def test_page_instead_of_the_first_segment_is_told(self):
+    def test_page_instead_of_the_first_segment_is_reported(self):
         sample = self.make_hls(3)
         page, *others = sample.segments
         page.write_bytes(_PAGE)
@@ -86,7 +86,7 @@ class NoSegmentTest(HlsCase):
 
 
 class RefusedSegmentTest(HlsCase):
-    def test_segment_on_a_closed_port_is_passed_over(self):
+    def test_segment_on_a_closed_port_is_skipped(self):
         sample = self.make_hls(3)
         first, unreachable, last = sample.segments
         text = sample.playlist.read_text()
@@ -99,16 +99,16 @@ class RefusedSegmentTest(HlsCase):
 class CutOffTest(HlsCase):
     """The whole packets that were received stay before the next segment; there is no retry."""
 
-    def test_between_packets_plays_up_to_there_and_on_with_the_next_segment(self):
+    def test_cut_between_packets_plays_up_to_the_cut_and_continues_with_the_next_segment(self):
         run = self.play_cut_off(0)
         self.assertNotIn("The ts packet has not sync byte", run.output)
 
-    def test_inside_a_packet_plays_its_whole_packets_and_on_with_the_next_segment(self):
+    def test_cut_inside_a_packet_plays_its_whole_packets_and_continues_with_the_next_segment(self):
         run = self.play_cut_off(100)
         self.assertNotIn("The ts packet has not sync byte", run.output)
 
     def play_cut_off(self, behind_packet):
-        """Cuts off the second segment, so far behind a packet."""
+        """Cuts off the second segment, `behind_packet` bytes after a packet boundary."""
         sample = self.make_hls(4)
         first, cut, behind_cut, last = sample.segments
         body = cut.read_bytes()
@@ -132,7 +132,7 @@ class LargeSegmentTest(HlsCase):
         run = self.play_segments(self.serve().url(sample.playlist.name), sample.segments)
         self.assertNotIn(self._GIVEN_UP, run.output)
 
-    def test_one_byte_more_is_given_up_whole_and_the_next_segment_plays(self):
+    def test_one_byte_more_is_dropped_and_the_next_segment_plays(self):
         sample = self.make_hls(3)
         first, large, last = sample.segments
         _fill_up(large, _LARGEST_SEGMENT + 1)

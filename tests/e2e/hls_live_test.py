@@ -13,7 +13,7 @@ class LiveTest(HlsCase):
         return encoder
 
     def segments_that_were_asked_for(self, server, encoder):
-        """In the order of the requests, each of which must have been answered."""
+        """The requested segments in the order of the requests, each of which must have been answered."""
         requests = [request.split()[:2] for request in server.requests(1)]
         asked = [path.removeprefix("/") for path, _ in requests if path.endswith(".ts")]
         self.assertEqual({status for path, status in requests if path.endswith(".ts")}, {"200"})

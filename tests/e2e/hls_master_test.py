@@ -1,4 +1,4 @@
-"""Playlists of variants."""
+"""Master playlists."""
 
 import re
 
@@ -9,8 +9,8 @@ _SECONDS = 3
 
 
 def _make_variants(directory):
-    """Writes master.m3u8, which lists the variant of the higher bandwidth first, and both variants
-    beside it: the addresses in them are taken to begin there."""
+    """Writes master.m3u8, which lists the variant of the higher bandwidth first, and both variants beside it,
+    because the addresses in them are resolved against the master playlist."""
     command = ["ffmpeg", "-nostdin", "-v", "error", "-y", *encoder_inputs(_SECONDS)]
     command += ["-map", "0:v", "-map", "1:a"] * 2
     command += ["-c:v", "libx264", "-preset", "ultrafast", "-bf", "2", "-g", "25"]
@@ -47,7 +47,7 @@ class MasterTest(HlsCase):
         self.assert_asks_in_order(server)
 
     def assert_asks_in_order(self, server):
-        """Variants from the lowest bandwidth on; segments once."""
+        """Expects requests for the variants from the lowest bandwidth on, and for each segment once."""
         asked = [request.split()[0] for request in server.requests(3 + _SECONDS)]
         self.assertEqual(asked[:3], ["/master.m3u8", "/low.m3u8", "/high.m3u8"])
         segments = [path for path in asked if path.endswith(".ts")]
@@ -60,7 +60,7 @@ class MasterTest(HlsCase):
         for segment in self.low:
             self.assertEqual(len(_of(asked(), f"/{segment.name}")), 1)
 
-    def test_addresses_of_a_variant_begin_at_the_master_playlist(self):
+    def test_addresses_of_a_variant_are_resolved_against_the_master_playlist(self):
         folder = self.www / "folder"
         folder.mkdir()
         for name in ("low.m3u8", "high.m3u8"):
@@ -69,6 +69,6 @@ class MasterTest(HlsCase):
         self.master.write_text(text)
         self.play_segments(self.serve().url("master.m3u8"), self.low)
 
-    def test_missing_variant_leaves_the_other_one(self):
+    def test_other_variant_plays_if_one_is_missing(self):
         (self.www / "low.m3u8").unlink()
         self.play_segments(self.serve().url("master.m3u8"), sorted(self.www.glob("high_*.ts")))

@@ -5,7 +5,7 @@ from support.https import HttpsMixin
 
 
 class _OnDemandMixin:
-    """The same streams, wherever they lie: `play_sample` is for those who inherit."""
+    """The same streams from different sources. A subclass defines `play_sample`."""
 
     def test_3_segments_play_whole(self):
         self.assert_plays_on_demand(3, 1)
@@ -33,8 +33,8 @@ class _OnDemandMixin:
 
 class _ManySegmentsMixin(_OnDemandMixin):
     def test_1200_segments_play_whole(self):
-        # Two pictures each: the first is complete when the second begins, so no segment is
-        # taken for one without a picture.
+        # Two video frames per segment: the first is complete when the second begins, so no segment counts as
+        # one without video.
         self.assert_plays_on_demand(1200, 0.08)
 
 
@@ -50,7 +50,7 @@ class HttpTest(_ManySegmentsMixin, HlsCase):
         self.assertEqual(server.requests(len(requests)), requests)
         return run
 
-    def test_segments_named_by_whole_addresses_and_paths_play(self):
+    def test_segments_named_by_absolute_addresses_and_paths_play(self):
         sample = self.make_hls(3)
         server = self.serve()
         text = sample.playlist.read_text()

@@ -1,4 +1,4 @@
-"""--repeat: the same playlist once more in the same process."""
+"""--repeat: the same playlist again in the same process."""
 
 import dataclasses
 import itertools
@@ -7,7 +7,7 @@ from support import reference
 from support.hls import HlsCase, without_leftover
 
 _CYCLES = 50
-_STOP_AFTER_SECONDS = 0.04  # somewhere among the first segments
+_STOP_AFTER_SECONDS = 0.04  # during the first segments
 
 
 @dataclasses.dataclass(frozen=True)
@@ -21,16 +21,16 @@ class _Expected:
 
 @dataclasses.dataclass(frozen=True)
 class _Run:
-    """What came of one kind in one run."""
+    """The frames of one kind in one run."""
 
     is_first: bool
-    follows_frames: bool  # whether an earlier run had any
+    follows_frames: bool  # whether an earlier run had frames
     frames: list
     payloads: list
 
 
 def _runs(whole, kind):
-    """The dump has the frames of all runs, one after the other."""
+    """Splits the dump, which holds the frames of all runs in sequence."""
     frames = iter(whole.frames_of(kind))
     payloads = iter(whole.payloads(kind))
     before = 0
@@ -42,8 +42,8 @@ def _runs(whole, kind):
 
 
 class RepeatTest(HlsCase):
-    """The player gets what was left of the run before: as a sound without a time, while the picture
-    is the one that is left out after a stop."""
+    """A run also receives the frames that the previous run left unfinished: the audio frame has no time, and
+    the video frame is the one that is skipped after a stop."""
 
     def assert_runs(self, run, sample, assert_run):
         """Calls assert_run for every run and kind."""
@@ -59,11 +59,11 @@ class RepeatTest(HlsCase):
                     assert_run(kind, one, expected)
 
     def assert_begins_with(self, frames, payloads, expected):
-        """That they are the first ones of the sample."""
+        """Expects the frames to be the first ones of the sample."""
         self.assert_frames_are(frames, expected.packets[: len(frames)])
         self.assertTrue(payloads == expected.payloads[: len(frames)], "the bytes differ")
 
-    def test_each_run_plays_whole_after_the_last_sound_of_the_run_before(self):
+    def test_each_run_plays_whole_after_the_last_audio_frame_of_the_previous_run(self):
         sample = self.make_hls(3)
         whole = self.frames_of(self.joined(sample.segments))
         run = self.play(self.serve().url(sample.playlist.name), "--repeat", "2",
@@ -78,10 +78,10 @@ class RepeatTest(HlsCase):
         self.assertEqual(len(run.frames) - leftover, len(expected.packets) - 1)
         self.assert_begins_with(run.frames[leftover:], run.payloads[leftover:], expected)
 
-    def test_quick_stops_of_a_stream_on_demand_leave_beginnings(self):
+    def test_quick_stops_of_an_on_demand_stream_play_its_beginning(self):
         self.assert_survives_quick_stops(self.make_hls(30, 0.4))
 
-    def test_quick_stops_of_a_live_stream_leave_beginnings(self):
+    def test_quick_stops_of_a_live_stream_play_its_beginning(self):
         sample = self.make_hls(30, 0.4)
         text = sample.playlist.read_text()
         sample.playlist.write_text(text.replace("#EXT-X-ENDLIST\n", ""))
@@ -103,7 +103,7 @@ class RepeatTest(HlsCase):
             self.assertTrue(any(whole.startswith(run.payloads[0]) for whole in expected.payloads))
         frames, payloads = run.frames[leftover:], run.payloads[leftover:]
         if kind == "video" and not run.is_first and not run.follows_frames and frames:
-            # Where nothing was left it was the first picture of this run that was left out.
+            # If nothing was left over, the first video frame of this run was skipped.
             if frames[0].pts == expected.packets[1].pts:
                 expected = expected.without_first()
         self.assert_begins_with(frames, payloads, expected)

@@ -1,11 +1,11 @@
-"""--start with HTTP Live Streaming: whole segments are passed over."""
+"""--start with HTTP Live Streaming: whole segments are skipped."""
 
 from support import reference
 from support.hls import HlsCase, without_leftover
 
 
 class StartPositionTest(HlsCase):
-    def test_segments_that_end_before_the_position_are_passed_over(self):
+    def test_segments_that_end_before_the_position_are_skipped(self):
         sample = self.make_hls(6)
         server = self.serve()
         later = self.joined(sample.segments[2:])
@@ -20,8 +20,8 @@ class StartPositionTest(HlsCase):
                 self.assert_plays(run, later, kind)
 
     def assert_plays(self, run, later, kind):
-        """The run up to the first frame, before the seek, leaves a picture and a sound behind. The
-        picture is left out, as the first one after a stop is."""
+        """The run up to the first frame, before the seek, leaves a video frame and an audio frame unfinished.
+        The video frame is skipped, as the first one after a stop is."""
         frames = run.frames_of(kind)
         if kind == "audio":
             frames = without_leftover(frames)
@@ -31,9 +31,9 @@ class StartPositionTest(HlsCase):
         payloads = run.payloads(kind)[-len(frames) :]
         self.assertTrue(payloads == reference.payloads(later, kind)[:-1], "the bytes differ")
 
-    def test_position_behind_the_end_gives_no_frame(self):
+    def test_position_after_the_end_gives_no_frame(self):
         sample = self.make_hls(3)
-        # Nothing is reported of segments that are skipped: only silence shows that all of them were.
+        # Skipped segments are not reported: only silence shows that all of them were skipped.
         run = self.play(self.serve().url(sample.playlist.name), "--start", "100", idle_exit=1)
         self.assert_no_frame(run)
         self.assertEqual(run.values("buffered"), [])

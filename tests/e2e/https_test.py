@@ -1,4 +1,4 @@
-"""HTTPS with and without a certificate that is trusted."""
+"""HTTPS with and without a trusted certificate."""
 
 import os
 import unittest
@@ -7,9 +7,9 @@ from support import host
 from support.case import EndToEndCase
 from support.https import HttpsMixin
 
-# wine's TLS takes bad certificates; there the refusal is left to the tests of the Linux library.
+# wine's TLS accepts bad certificates, so their refusal is tested with the Linux library only.
 refuses_certificates = unittest.skipIf(
-    os.environ.get("REFUSES_CERTIFICATES") == "0", "this system's TLS takes bad certificates"
+    os.environ.get("REFUSES_CERTIFICATES") == "0", "this system's TLS accepts bad certificates"
 )
 
 

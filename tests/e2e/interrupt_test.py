@@ -10,7 +10,7 @@ def _a_frame_is_dumped(live):
 
 
 class InterruptTest(EndToEndCase):
-    def test_in_mid_stream_ends_with_a_complete_dump(self):
+    def test_interrupt_in_mid_stream_ends_with_a_complete_dump(self):
         sample = self.make_sample(seconds=8)
         server = self.serve("limit_rate 100k; output_buffers 1 4k;")
         run = self.play(server.url("sample.ts"), until=_a_frame_is_dumped)

@@ -1,5 +1,5 @@
-"""Prints the classes of the tests in a directory and how many cases each has, as in
-"hls_live_test.LiveTest 2", one a line."""
+"""Prints each test class in a directory with its number of cases, as in "hls_live_test.LiveTest 2", one per
+line."""
 
 import collections
 import sys

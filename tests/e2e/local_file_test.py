@@ -19,7 +19,7 @@ class LocalFileTest(EndToEndCase):
         self.assertEqual(run.messages(), [f"PLAY TS:{address}"])
         self.assertEqual(run.output.count(_DOWNLOAD_ENDED), 1, run.output)
 
-    def test_file_stays_as_it_is(self):
+    def test_file_is_not_changed(self):
         sample = self.make_sample(seconds=2)
         before = sample.read_bytes()
         self.play_whole(f"file://{sample}", sample)

@@ -1,4 +1,4 @@
-"""What ffmpeg makes is made once; a shell stands in for it."""
+"""Each command of ffmpeg runs once. Here a shell takes the place of ffmpeg."""
 
 import concurrent.futures
 import os
@@ -25,7 +25,7 @@ class MediaToolsTest(unittest.TestCase):
         self.runs = self.directory / "runs"
 
     def counted(self, script):
-        """The same with a line in `runs` for each time that it is run."""
+        """The script as a command that also adds a line to `runs` each time it is run."""
         return ["sh", "-c", f"echo run >> '{self.runs}'; {script}", "sh"]
 
     def times_run(self):
@@ -39,7 +39,7 @@ class MediaToolsTest(unittest.TestCase):
         self.assertEqual(second.read_text(), "whole\n")
         self.assertEqual(self.times_run(), 1)
 
-    def test_tests_that_ask_at_the_same_time_get_the_whole_file(self):
+    def test_tests_that_run_at_the_same_time_get_the_whole_file(self):
         command = self.counted('echo begin > "$1"; sleep 0.1; echo end >> "$1"')
         with concurrent.futures.ThreadPoolExecutor(8) as pool:
             made = list(pool.map(lambda number: media_tools.make_file(
@@ -55,7 +55,7 @@ class MediaToolsTest(unittest.TestCase):
         self.assertEqual(self.times_run(), 2)
         self.assertEqual([path for path in self.kept.iterdir() if path.is_dir()], [])
 
-    def test_output_about_a_file_is_that_of_its_content(self):
+    def test_output_about_a_file_depends_on_its_content(self):
         path = self.directory / "a.ts"
         command = self.counted('cat "$1"') + [str(path)]
         for content in (b"first", b"second", b"first"):
@@ -63,7 +63,7 @@ class MediaToolsTest(unittest.TestCase):
             self.assertEqual(media_tools.output_of(command, path), content)
         self.assertEqual(self.times_run(), 2)
 
-    def test_files_that_the_command_reads_belong_to_it(self):
+    def test_output_depends_on_the_files_that_the_command_reads(self):
         command = self.counted("cp key list")
         for key in (b"first", b"second", b"first"):
             media_tools.make_files(command, self.directory, {"key": key})

@@ -1,4 +1,4 @@
-"""An MP4 file on a web server, and beside the host."""
+"""An MP4 file on a web server, and a local one."""
 
 from support.mp4 import VERDICT, Mp4Case
 
@@ -9,7 +9,7 @@ class Mp4FileTest(Mp4Case):
                                           f"PLAY MP4 OK:{address}"])
         self.assertEqual(run.values("result"), [f"PLAY:MP4 OK:{address}"])
 
-    def test_index_behind_the_data_plays_as_ffmpeg_reads_it(self):
+    def test_index_after_the_data_plays_as_ffmpeg_reads_it(self):
         sample = self.make_mp4()
         server = self.serve()
         address = server.url("sample.mp4")
@@ -18,17 +18,17 @@ class Mp4FileTest(Mp4Case):
         self.assertEqual(server.requests(1), ["/sample.mp4 206 range=bytes=0- agent=-"])
         self.assertEqual(self.restart_file.read_bytes(), sample.read_bytes())
 
-    def test_index_in_front_of_the_data_plays_as_ffmpeg_reads_it(self):
+    def test_index_before_the_data_plays_as_ffmpeg_reads_it(self):
         sample = self.make_index_first()
         address = self.serve().url("sample.mp4")
         run = self.play_whole(address, sample)
         self.assert_lines(run, address)
 
-    def test_address_of_no_known_ending_plays(self):
+    def test_address_without_a_known_extension_plays(self):
         sample = self.make_mp4(2, name="movie")
         self.play_whole(self.serve().url("movie?x=1"), sample)
 
-    def test_megabyte_a_second_plays_whole(self):
+    def test_megabyte_per_second_plays_whole(self):
         sample = self.make_index_first(2, "-b:v", "6M", "-minrate", "6M", "-maxrate", "6M",
                                        "-bufsize", "1M", "-x264-params", "nal-hrd=cbr")
         self.assertGreater(sample.stat().st_size, 1_000_000)
@@ -57,7 +57,7 @@ class Mp4FileTest(Mp4Case):
         self.assert_no_frame(run)
         self.assertEqual(run.messages(), [f"PLAY MP4:{address}", f"PLAY MP4 NO:{address}"])
 
-    def test_h265_is_told_and_gives_no_frame(self):
+    def test_h265_is_reported_and_gives_no_frame(self):
         self.make_mp4(1, "-c:v", "libx265", "-preset", "ultrafast", "-x265-params",
                       "log-level=error:pools=1", "-tag:v", "hvc1")
         address = self.serve().url("sample.mp4")
@@ -68,7 +68,7 @@ class Mp4FileTest(Mp4Case):
 
 
 class Mp4LocalFileTest(Mp4Case):
-    def test_file_address_plays_and_the_file_stays_as_it_is(self):
+    def test_file_address_plays_and_the_file_is_not_changed(self):
         sample = self.make_mp4()
         before = sample.read_bytes()
         run = self.play_whole(f"file://{sample}", sample)

@@ -1,4 +1,4 @@
-"""--repeat and --start with MP4: what was downloaded stays, in one process."""
+"""--repeat and --start with MP4: downloaded bytes are kept within a process."""
 
 from support import mp4
 from support.mp4 import Mp4Case
@@ -7,7 +7,7 @@ _TICKS = 90_000
 
 
 class Mp4RepeatTest(Mp4Case):
-    def test_complete_file_is_asked_for_from_its_end_and_nothing_more_comes(self):
+    def test_complete_file_is_requested_from_its_end_and_nothing_is_received(self):
         sample = self.make_mp4()
         server = self.serve()
         address = server.url("sample.mp4")
@@ -26,8 +26,8 @@ class Mp4RepeatTest(Mp4Case):
         self.play_whole(server.url("sample.mp4"), sample, "--repeat", "1", line="PLAY:MP4 NO:")
         self.assertEqual(self.restart_file.read_bytes(), sample.read_bytes())
 
-    def test_stop_in_mid_download_resumes_there_and_no_frame_comes_twice(self):
-        # Each picture can begin the stream anew.
+    def test_stop_in_mid_download_resumes_there_and_repeats_no_frame(self):
+        # Every video frame is a key frame, so the stream can resume at any of them.
         sample = self.make_index_first(8, "-g", "1", "-bf", "0")
         server = self.serve("limit_rate 300k; output_buffers 1 4k;")
         run = self.play(server.url("sample.mp4"), "--repeat", "1", frames=40)
@@ -46,16 +46,16 @@ class Mp4RepeatTest(Mp4Case):
                 times = list(dict.fromkeys(frame.dts for frame in run.frames_of(kind)))
                 self.assertEqual(times, sorted(times))
                 expected = [packet.dts for packet in mp4.packets(sample, kind)][: len(times) + 8]
-                self.assertLessEqual(set(times), set(expected), "more than a few are missing")
+                self.assertLessEqual(set(times), set(expected), "more than a few frames are missing")
         slices = mp4.slices(mp4.split_units(run.elementary_stream("video")))
-        self.assertEqual(len(slices), len(set(slices)), "a picture came twice")
+        self.assertEqual(len(slices), len(set(slices)), "a video frame was delivered twice")
         self.assertLessEqual(set(slices), set(mp4.slices_of(sample)))
 
 
 class Mp4StartPositionTest(Mp4Case):
-    """With the index behind the data nothing comes before all of it is there."""
+    """With the index after the data, no frame is delivered before the whole file has been received."""
 
-    def test_playing_goes_on_at_the_position(self):
+    def test_playback_continues_at_the_position(self):
         start = 3
         sample = self.make_mp4(8)
         server = self.serve()
@@ -75,14 +75,14 @@ class Mp4StartPositionTest(Mp4Case):
                 self.assertEqual([frame.dts for frame in run.frames_of(kind)], expected[kind])
 
     def times_from(self, sample, position):
-        """Of both kinds, which begin at the first key frame at or after the position. No picture but
-        the first one has more than one unit."""
+        """The times of both kinds from the first key frame at or after the position. Only the first video
+        frame has more than one NAL unit."""
         video = mp4.packets(sample, "video")
         first = next(packet.dts for packet in video if packet.is_key and packet.dts >= position)
         return {kind: [packet.dts for packet in mp4.packets(sample, kind) if packet.dts >= first]
                 for kind in ("video", "audio")}
 
-    def test_position_behind_the_end_gives_no_frame(self):
+    def test_position_after_the_end_gives_no_frame(self):
         sample = self.make_mp4(2)
         run = self.play(self.serve().url("sample.mp4"), "--start", "100", line="PLAY:MP4 NO:")
         self.assert_no_frame(run)

@@ -14,10 +14,10 @@ class NameServerTest(EndToEndCase):
         if not namespaces.is_permitted(*_NAMESPACES):
             self.skipTest("this machine permits no private network namespace (unshare)")
         if not pathlib.Path("/etc/resolv.conf").exists():
-            self.skipTest("/etc/resolv.conf is not there to be mounted over")
+            self.skipTest("/etc/resolv.conf does not exist, so it cannot be mounted over")
         script = str(pathlib.Path(silent_name_server.__file__))
         prefix = [*namespaces.unshare(*_NAMESPACES), sys.executable, script, str(self.directory)]
-        asked = self.directory / "questions"  # else something else would end the look-up
+        asked = self.directory / "questions"  # exists only if this name server was asked
         run = self.play("http://stream.example/sample.ts", prefix=prefix,
                         until=lambda _: asked.exists())
         self.assert_no_frame(run)

@@ -11,7 +11,7 @@ class PlainFileTest(EndToEndCase):
         run = self.play_whole(address, sample)
         self.assertEqual(run.messages()[:2], [f"PLAY TS:{address}", f"PLAY TS OK:{address}"])
 
-    def test_query_is_sent_and_its_marker_chooses_the_user_agent(self):
+    def test_query_is_sent_and_its_marker_selects_the_user_agent(self):
         sample = self.make_sample()
         server = self.serve()
         self.play_whole(server.url("sample.ts?token=a%20b&pt=android&x=1"), sample)
@@ -33,7 +33,7 @@ class ReplyFormTest(EndToEndCase):
         self.play_whole(server.url("sample.ts"), sample)
         self.assertEqual(server.requests(1), ["/sample.ts 200 range=bytes=0- agent=-"])
 
-    def test_server_with_ranges_is_asked_for_all_of_it_as_a_range(self):
+    def test_whole_file_is_requested_as_a_range(self):
         sample = self.make_sample()
         server = self.serve()
         self.play_whole(server.url("sample.ts"), sample)

@@ -1,4 +1,4 @@
-"""Addresses of other protocols than HTTP, HTTPS and local files."""
+"""Addresses with protocols other than HTTP, HTTPS and local files."""
 
 import socket
 

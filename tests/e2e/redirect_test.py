@@ -1,4 +1,4 @@
-"""Addresses that lead to another one."""
+"""Addresses that redirect to another one."""
 
 from support import host
 from support.case import EndToEndCase

@@ -1,4 +1,4 @@
-"""Replies that hold no stream."""
+"""Replies without a stream."""
 
 import random
 
@@ -7,7 +7,7 @@ from support.no_stream import NoStreamCase
 
 
 class NotFoundTest(NoStreamCase):
-    def test_html_page_is_told_and_gives_no_frame(self):
+    def test_html_page_is_reported_and_gives_no_frame(self):
         server = self.serve()
         address = server.url("missing.ts")
         run = self.play(address, line="PLAY TS NO:")
@@ -18,7 +18,7 @@ class NotFoundTest(NoStreamCase):
         self.assertIn("404 Not Found", refused[0])
         self.assertNotIn(f"PLAY TS OK:{address}", run.messages())
 
-    def test_other_page_passes_for_a_stream_and_gives_no_frame(self):
+    def test_other_page_is_treated_as_a_stream_and_gives_no_frame(self):
         page = b"Nothing is here. " * 100
         (self.www / "page.txt").write_bytes(page)
         server = self.serve("error_page 404 /page.txt;")
@@ -43,7 +43,7 @@ class BodyTest(NoStreamCase):
         run = self.play(self.serve().url("noise.ts"), idle_exit=1)
         self.assert_each_packet_is_refused(run, noise)
 
-    def test_file_cut_inside_a_packet_plays_up_to_there(self):
+    def test_file_cut_inside_a_packet_plays_up_to_the_cut(self):
         sample = self.make_sample()
         whole = sample.read_bytes()
         packets = len(whole) // 188 // 2

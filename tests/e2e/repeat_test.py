@@ -1,11 +1,11 @@
-"""--repeat: the same address once more in the same process."""
+"""--repeat: the same address again in the same process."""
 
 from support import reference
 from support.case import EndToEndCase
 
 
 class RepeatTest(EndToEndCase):
-    def test_complete_stream_is_asked_for_from_its_end_and_nothing_more_comes(self):
+    def test_complete_stream_is_requested_from_its_end_and_nothing_is_received(self):
         sample = self.make_sample()
         server = self.serve()
         address = server.url("sample.ts")

@@ -19,7 +19,7 @@ def main():
     parser.add_argument("names", nargs="+")
     arguments = parser.parse_args()
     if arguments.xml is not None:
-        arguments.xml.unlink(missing_ok=True)  # an older run's, should this one not come to its end
+        arguments.xml.unlink(missing_ok=True)  # of an older run, in case this one does not finish
     suite = unittest.defaultTestLoader.loadTestsFromNames(arguments.names)
     results = unittest.TextTestRunner(verbosity=2, resultclass=CaseResults).run(suite)
     if arguments.xml is not None:

@@ -1,4 +1,4 @@
-"""Local addresses that name something else than a regular file."""
+"""Local addresses of something other than a regular file."""
 
 import os
 import pathlib
@@ -26,7 +26,7 @@ seg0000.ts
 class SpecialFileTest(HlsCase):
     def setUp(self):
         if host.is_emulated():
-            self.skipTest("the emulator shows no FIFO, socket or device as one")
+            self.skipTest("the emulator does not show a FIFO, socket or device as one")
         super().setUp()
 
     def make_fifo(self, name):
@@ -35,7 +35,7 @@ class SpecialFileTest(HlsCase):
         return path
 
     def assert_refused(self, address, kind):
-        """In a directory of its own, for several runs of one test."""
+        """Plays in a directory of its own, so that one test can do so several times."""
         directory = pathlib.Path(tempfile.mkdtemp(dir=self.directory))
         run = self.play(address, directory=directory, **host.NOTHING_IS_FETCHED[kind])
         self.assert_no_frame(run)
@@ -53,7 +53,7 @@ class SpecialFileTest(HlsCase):
             listener.bind(str(path))
             self.assert_refused(f"file://{path}", "flv")
 
-    def test_device_behind_a_link_is_refused_by_every_format(self):
+    def test_link_to_a_device_is_refused_by_every_format(self):
         for kind in host.NOTHING_IS_FETCHED:
             with self.subTest(kind):
                 path = self.directory / f"device.{kind}"
@@ -66,7 +66,7 @@ class SpecialFileTest(HlsCase):
         self.assert_refused(f"file://{path}", "mp4")
 
     def test_fifo_under_another_spelling_of_its_address_is_refused(self):
-        """libcurl decodes the path, drops the query and knows a host that is this machine."""
+        """libcurl decodes the path, drops the query and accepts a host name that means this machine."""
         self.make_fifo("a b.flv")
         for spelling in ("file://{}/a%20b.flv", "file://localhost{}/a%20b.flv",
                          "file://{}/run/../a%20b.flv?query#fragment", "FILE:{}/a%20b.flv?http"):

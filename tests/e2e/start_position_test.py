@@ -1,4 +1,4 @@
-"""--start: what a viewer does who drags the slider."""
+"""--start: what a viewer does by dragging the slider."""
 
 from support import reference
 from support.case import EndToEndCase
@@ -7,13 +7,13 @@ _TICKS = 90_000
 
 
 class StartPositionTest(EndToEndCase):
-    def test_frames_before_the_position_are_dropped_and_all_later_ones_come(self):
+    def test_frames_before_the_position_are_dropped_and_all_later_ones_are_delivered(self):
         start = 3
         sample = self.make_sample(seconds=8)
         server = self.serve()
         address = server.url("sample.ts")
-        # Which frame is the first depends on play times, which are interpolated: their number is not
-        # known, and only silence shows that the last one has been received.
+        # Play times are interpolated, so the first frame after the position, and the number of frames, are
+        # not known. Only silence shows that the last one has been received.
         run = self.play(address, "--start", str(start), idle_exit=1)
         self.assertEqual(run.exit_code, 0, run.output)
         self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
@@ -33,15 +33,15 @@ class StartPositionTest(EndToEndCase):
         frames = run.frames_of(kind)
         self.assertGreater(len(frames), 0)
         self.assertGreaterEqual(min(frame.play for frame in frames), start * _TICKS)
-        # Play times are spread between timestamps, so what lies close to the position is left out.
+        # Play times are interpolated between timestamps, so frames close to the position are not compared.
         packets = reference.pes_packets(sample, kind)
         safe = packets[0].pts + (start + 1) * _TICKS
         self.assert_frames_are(
             [frame for frame in frames if frame.pts >= safe],
             [packet for packet in packets[:-1] if packet.pts >= safe])
 
-    def test_position_behind_the_end_gives_no_frame(self):
+    def test_position_after_the_end_gives_no_frame(self):
         self.make_sample(seconds=2)
         server = self.serve()
-        # Nothing is reported of frames that are dropped: only silence shows that all of them were.
+        # Dropped frames are not reported: only silence shows that all of them were dropped.
         self.assert_no_frame(self.play(server.url("sample.ts"), "--start", "100", idle_exit=1))

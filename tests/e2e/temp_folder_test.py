@@ -1,4 +1,4 @@
-"""Cache files where the directory beside the host, or the disk, takes none."""
+"""Cache files when they cannot be written beside the host, or not on the disk at all."""
 
 import concurrent.futures
 
@@ -13,7 +13,7 @@ class TempFolderTest(Mp4Case):
     def setUp(self):
         super().setUp()
         if host.is_emulated():
-            self.skipTest("another system has its cache and its full disk elsewhere")
+            self.skipTest("an emulated system has another cache and no /dev/full")
         self.cache = self.directory / "cache"
         self.tmp = self.directory / "host" / "tmp"
 
@@ -24,7 +24,7 @@ class TempFolderTest(Mp4Case):
     def lines(self, run, start):
         return [line for line in run.output.splitlines() if line.startswith(start)]
 
-    def test_film_plays_from_the_users_cache_where_a_file_is_in_the_way(self):
+    def test_movie_plays_from_the_users_cache_if_a_file_has_the_name_of_the_directory(self):
         self.tmp.write_text("no directory")
         sample = self.make_mp4()
         run = self.play_whole(self.serve().url("sample.mp4"), sample)
@@ -36,17 +36,17 @@ class TempFolderTest(Mp4Case):
         self.assertEqual(restart_file.read_bytes(), sample.read_bytes())
         self.assertEqual(self.tmp.read_text(), "no directory")
 
-    def test_nothing_is_in_the_users_cache_where_the_directory_can_be_made(self):
+    def test_nothing_is_in_the_users_cache_if_the_directory_can_be_created(self):
         sample = self.make_mp4(2)
         run = self.play_whole(self.serve().url("sample.mp4"), sample)
         self.assertEqual(self.lines(run, "Cache files"), [])
         self.assertFalse(self.cache.exists())
 
-    def test_full_disk_is_reported_once_a_start(self):
+    def test_full_disk_is_reported_once_per_start(self):
         self.make_mp4()
         self.tmp.mkdir()
-        self.restart_file.symlink_to("/dev/full")  # takes no byte
-        # Only silence follows: bytes that cannot be written are kept, and the film may yet play.
+        self.restart_file.symlink_to("/dev/full")  # accepts no byte
+        # Only silence ends the run: bytes that cannot be written are kept, so the movie may still play.
         run = self.play(self.serve().url("sample.mp4"), "--repeat", "1", idle_exit=0.5)
         self.assert_no_frame(run)
         reports = self.lines(run, _REPORT)
@@ -54,13 +54,13 @@ class TempFolderTest(Mp4Case):
         self.assertEqual(len(set(reports)), 1)
         self.assertTrue(reports[0].startswith(f"{_REPORT}{self.restart_file}: "), reports)
 
-    def test_restart_file_that_vanishes_in_mid_download_is_reported_once(self):
+    def test_restart_file_deleted_in_mid_download_is_reported_once(self):
         sample = self.make_index_first(8)
         server = self.serve("limit_rate 300k; output_buffers 1 4k;")
 
         def remove_when_it_grows():
             wait_until(lambda: self.restart_file.exists()
-                       and self.restart_file.stat().st_size > sample.stat().st_size // 4, "it grows")
+                       and self.restart_file.stat().st_size > sample.stat().st_size // 4, "the file grows")
             self.restart_file.unlink()
 
         with concurrent.futures.ThreadPoolExecutor(1) as pool:

@@ -1,4 +1,5 @@
-"""Streams that do not play, or in part only: the lines that README promises a host for each."""
+"""Streams that do not play, or only in part: the status lines that README.md promises a host for each of
+them."""
 
 from support import host, mp4, reference
 from support.case import EndToEndCase
@@ -19,7 +20,7 @@ _TASK_ENDS = ("m3u8 ", "PLAY STOP")
 
 
 def _video_frames(sample):
-    """How many video frames a run that plays the sample receives: nothing completes the last one."""
+    """How many video frames a run that plays the sample receives. The last one is never complete."""
     return len(reference.pes_packets(sample, "video")) - 1
 
 
@@ -37,7 +38,7 @@ class UnplayableCase(EndToEndCase):
         return self.play(self.serve().url(name), host=self._host, **settings)
 
     def assert_lines(self, run, *lines):
-        """All messages and results but those of the stop, each without the address behind it."""
+        """Compares all messages and results but those of the stop, each without the address at its end."""
         seen = []
         for event in run.events:
             if event.name in ("message", "result") and not event.value.startswith(_TASK_ENDS):
@@ -96,7 +97,8 @@ class HlsTest(UnplayableCase):
         self.assert_no_segment_plays("*.aac")
 
     def assert_no_segment_plays(self, pattern):
-        """Segments without video are kept beside the host once they are parsed: all of them are."""
+        """Segments without video are kept beside the host once they are parsed. Waits until all of them are
+        kept."""
         kept = self.directory / "host" / "tmp" / "tmpE.ts"
         kept.parent.mkdir()
         size = sum(path.stat().st_size for path in self.www.glob(pattern))

@@ -1,5 +1,5 @@
-// exit_loader PLUGIN WHEN ADDRESS: loads the plug-in, has it play the address until that moment and
-// returns from main without a stop.
+// exit_loader PLUGIN WHEN ADDRESS: loads the plug-in, has it play the address until the moment WHEN
+// (exit_host.h), and returns from main without a stop.
 #include <dlfcn.h>
 
 int main(int count, char** arguments) {

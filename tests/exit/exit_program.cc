@@ -1,5 +1,6 @@
-// exit_program OWNER WHEN ADDRESS: plays the address until that moment and returns from main
-// without a stop. OWNER is "static" where exit() destroys the facade, else "never".
+// exit_program OWNER WHEN ADDRESS: plays the address until the moment WHEN (exit_host.h) and
+// returns from main without a stop. OWNER is "static" if exit() is to destroy the facade, otherwise
+// "never".
 #include <string>
 
 #include "exit_host.h"

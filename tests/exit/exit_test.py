@@ -1,4 +1,4 @@
-"""Programs that return from main without a stop, at every moment of a start."""
+"""Programs that return from main without a stop, at different moments of a start."""
 
 import pathlib
 import sys
@@ -13,12 +13,12 @@ from support.waiting import wait_until
 
 _FORMATS = ("ts", "m3u8", "flv", "mp4")
 _RUNS = 24
-_START_MICROSECONDS = 30_000  # TLS is set up in less
+_START_MICROSECONDS = 30_000  # setting up TLS takes less
 _NAMESPACES = ("--mount", "--net")
 
 
 def moments(runs=_RUNS):
-    """Moments of a start, as many as there are to be runs."""
+    """Moments of a start in microseconds, one for each of `runs` runs."""
     return [run * _START_MICROSECONDS // runs for run in range(runs)]
 
 
@@ -86,11 +86,11 @@ class ExitTest(HttpsMixin, EndToEndCase):
         if not namespaces.is_permitted(*_NAMESPACES):
             self.skipTest("this machine permits no private network namespace (unshare)")
         if not pathlib.Path("/etc/resolv.conf").exists():
-            self.skipTest("/etc/resolv.conf is not there to be mounted over")
+            self.skipTest("/etc/resolv.conf does not exist, so it cannot be mounted over")
         script = str(pathlib.Path(silent_name_server.__file__))
         prefix = [*namespaces.unshare(*_NAMESPACES), sys.executable, script, str(self.directory)]
         asked = self.directory / "questions"
         with programs.start("never", "stdin", "https://stream.example/a.ts", prefix) as program:
-            wait_until(asked.exists, "the name is looked up")
+            wait_until(asked.exists, "the name look-up")
             program.stdin.close()
             self.assertEqual(program.wait(timeout=programs.LIMIT_SECONDS), 0)

@@ -1,4 +1,4 @@
-"""Runs of the programs that end without a stop."""
+"""Runs the programs that end without a stop."""
 
 import os
 import subprocess
@@ -8,8 +8,8 @@ _PROXIES = ("http_proxy", "https_proxy", "all_proxy", "no_proxy")
 
 
 def _environment():
-    """Without proxies, which have no way to this machine's loopback, and without the search for
-    leaks: a transfer that the exit ended keeps what it had."""
+    """Without proxies, which cannot reach the loopback interface of this machine, and without leak detection:
+    a transfer that the exit ends does not release its memory."""
     kept = {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
     return {**kept, "ASAN_OPTIONS": "detect_leaks=0"}
 

@@ -1,4 +1,4 @@
-"""Servers on the loopback that answer every connection in one way."""
+"""Servers on the loopback interface that answer every connection in the same way."""
 
 import socketserver
 import ssl
@@ -7,23 +7,23 @@ import threading
 from support.waiting import STOP_POLL_SECONDS
 
 _HEAD = b"HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n"
-_PACKET = b"\x47\x1f\xff\x10" + bytes(184)  # of a transport stream, with nothing in it
+_PACKET = b"\x47\x1f\xff\x10" + bytes(184)  # a transport stream packet without content
 
 
 def unfinished_body(connection):
-    """The beginning of a body for every request, whose rest never follows."""
+    """Answers every request with the beginning of a body. The rest never follows."""
     while connection.recv(4096):
         connection.sendall(_HEAD + 20 * _PACKET)
 
 
 def nothing(connection):
-    """Not even an answer, until the client has gone."""
+    """Sends nothing until the client disconnects."""
     while connection.recv(4096):
         pass
 
 
 class Server:
-    """With a `certificate`, a pair of PEM files, it speaks TLS."""
+    """Speaks TLS if it has a `certificate`, a pair of PEM files."""
 
     def __init__(self, answer, certificate=None):
         self._answer = answer
@@ -55,7 +55,7 @@ class Server:
     def wait_for_connection(self, limit_seconds=30):
         with self._changed:
             if not self._changed.wait_for(lambda: self._connections > 0, limit_seconds):
-                raise TimeoutError("nobody connects")
+                raise TimeoutError("no client connects")
 
     def stop(self):
         self._server.shutdown()
@@ -71,7 +71,7 @@ class Server:
                 connection = self._context.wrap_socket(connection, server_side=True)
             self._answer(connection)
         except OSError:
-            pass  # the client has gone, or does not trust the certificate
+            pass  # the client has disconnected, or does not trust the certificate
         finally:
             connection.close()
 

@@ -1,5 +1,5 @@
-// A real FLV file over HTTP, in pieces of any size with pauses: what reaches the player is what the
-// parser gives for the same bytes from memory.
+// Plays a real FLV file over HTTP, in blocks of any size with pauses. The player must receive what
+// the parser makes of the same bytes in memory.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -12,7 +12,7 @@ namespace {
 
 class FlvGoldenHttpTest : public FlvPlayFixture, public testing::WithParamInterface<std::string> {};
 
-TEST_P(FlvGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
+TEST_P(FlvGoldenHttpTest, BlocksOverHttpGiveTheSameDumpAsMemory) {
   const flv_test::Bytes stream = ReadWholeFile(FileOf(FlvSamples().back()));
   server_.Serve(stream);
   ExpectAllFrames(server_.Url("/paced/" + GetParam() + "/sample.flv"), stream);

@@ -1,4 +1,4 @@
-// Real FLV files through the parser, held against ffprobe and ffmpeg.
+// Parses real FLV files and compares the frames with ffprobe and ffmpeg.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -24,7 +24,7 @@ constexpr int kPps = 8;
 
 int TypeOf(const Bytes& nal) { return nal.empty() ? -1 : nal.front() & 0x1F; }
 
-// The NAL units of an Annex B stream, whose start codes may be of either length.
+// The NAL units of an Annex B stream with start codes of three or four bytes.
 std::vector<Bytes> SplitNalUnits(const Bytes& stream) {
   static constexpr std::uint8_t kStart[] = {0, 0, 1};
   const auto next = [&stream](auto from) {
@@ -35,14 +35,14 @@ std::vector<Bytes> SplitNalUnits(const Bytes& stream) {
     const auto begin = at + 3;
     at = next(begin);
     auto end = at;
-    while (end != begin && *(end - 1) == 0) --end;  // what precedes a long start code
+    while (end != begin && *(end - 1) == 0) --end;  // the first byte of a long start code
     nals.emplace_back(begin, end);
   }
   return nals;
 }
 
-// ffmpeg repeats the parameter sets of the sequence header in front of every key picture, where a
-// copy of a transport stream has them as well.
+// ffmpeg repeats the parameter sets of the sequence header before every key frame. A copy of a
+// transport stream has them there itself.
 std::vector<Bytes> WithoutParameterSets(std::vector<Bytes> nals) {
   std::erase_if(nals, [](const Bytes& nal) { return TypeOf(nal) == kSps || TypeOf(nal) == kPps; });
   return nals;
@@ -63,7 +63,7 @@ class FlvGoldenTest : public testing::TestWithParam<FlvSample> {
     console_ = parsed.console;
   }
 
-  // Each frame's NAL unit. All begin with a start code of four bytes.
+  // The NAL unit of each frame. Every frame begins with a start code of four bytes.
   std::vector<Bytes> VideoNalUnits() const {
     std::vector<Bytes> nals;
     for (const DumpedFrame& frame : dump_.video) {
@@ -73,7 +73,7 @@ class FlvGoldenTest : public testing::TestWithParam<FlvSample> {
     return nals;
   }
 
-  // What ffmpeg has to say of a file of AAC.
+  // The errors that ffmpeg prints when it decodes `stream` as an AAC file.
   std::string ErrorsOfDecoding(const Bytes& stream) const {
     const std::filesystem::path aac = scratch_.File("frames.aac");
     std::ofstream(aac, std::ios::binary)
@@ -91,7 +91,7 @@ class FlvGoldenTest : public testing::TestWithParam<FlvSample> {
   std::string console_;
 };
 
-// Frames carry the time of their tag: `frames` is taken apart into the tags by their sizes.
+// Every frame carries the time of its tag. The packet sizes show which frames belong to a tag.
 void ExpectTimesOf(const std::vector<ReferencePacket>& packets, std::span<const DumpedFrame> frames,
                    std::size_t added_to_a_packet) {
   ASSERT_FALSE(packets.empty());
@@ -111,7 +111,7 @@ void ExpectTimesOf(const std::vector<ReferencePacket>& packets, std::span<const 
   EXPECT_EQ(at, frames.size());
 }
 
-TEST_P(FlvGoldenTest, NalUnitsAreThoseOfTheReferenceReader) {
+TEST_P(FlvGoldenTest, NalUnitsMatchTheReferenceReader) {
   const std::vector<Bytes> nals = VideoNalUnits();
   if (!GetParam().has_video) {
     EXPECT_TRUE(nals.empty());
@@ -126,7 +126,7 @@ TEST_P(FlvGoldenTest, NalUnitsAreThoseOfTheReferenceReader) {
   EXPECT_TRUE(WithoutParameterSets(pictures) == WithoutParameterSets(reference));
 }
 
-TEST_P(FlvGoldenTest, VideoTimesAreTheDecodeTimesOfTheReferenceReader) {
+TEST_P(FlvGoldenTest, VideoTimesMatchTheDecodeTimesOfTheReferenceReader) {
   if (!GetParam().has_video) {
     EXPECT_TRUE(dump_.video.empty());
     return;
@@ -139,7 +139,7 @@ TEST_P(FlvGoldenTest, VideoTimesAreTheDecodeTimesOfTheReferenceReader) {
   ExpectTimesOf(packets, std::span(dump_.video).subspan(2), 0);
 }
 
-TEST_P(FlvGoldenTest, AudioTimesAreThoseOfTheReferenceReader) {
+TEST_P(FlvGoldenTest, AudioTimesMatchTheReferenceReader) {
   if (GetParam().audio_format.empty()) {
     EXPECT_TRUE(dump_.audio.empty());
   } else {
@@ -147,8 +147,8 @@ TEST_P(FlvGoldenTest, AudioTimesAreThoseOfTheReferenceReader) {
   }
 }
 
-// With a header in front of each frame, AAC is a file that ffmpeg writes itself.
-TEST_P(FlvGoldenTest, AudioIsThatOfTheReferenceReaderAndAacDecodesWithoutAnError) {
+// ffmpeg writes AAC into a file in the same form: with a header before each frame.
+TEST_P(FlvGoldenTest, AudioMatchesTheReferenceReaderAndAacDecodesWithoutErrors) {
   const std::string& format = GetParam().audio_format;
   if (format.empty()) {
     EXPECT_TRUE(dump_.audio.empty());
@@ -167,7 +167,7 @@ TEST_P(FlvGoldenTest, AudioIsThatOfTheReferenceReaderAndAacDecodesWithoutAnError
   }
 }
 
-TEST_P(FlvGoldenTest, ConsoleTellsTheHeaderTheParameterSetsOnceAndOtherAudio) {
+TEST_P(FlvGoldenTest, ConsoleLogsTheHeaderTheParameterSetsOnceAndOtherAudio) {
   const auto line = [](const char* text, const DumpedFrame& frame, std::size_t header) {
     return text + std::to_string(frame.payload.size() - header) + "\n";
   };
@@ -201,7 +201,7 @@ TEST(FlvSamplesTest, CopyOfATransportStreamBeginsWithAnAacHeaderWithoutAConfigur
   FAIL() << "no such sample";
 }
 
-TEST(FlvSamplesTest, LongTimestampsLieOnBothSidesOfTwentyFourBits) {
+TEST(FlvSamplesTest, LongTimestampsAreOnBothSidesOfTwentyFourBits) {
   for (const FlvSample& sample : FlvSamples()) {
     if (sample.name != "TimestampsPastTwentyFourBits") continue;
     const std::filesystem::path file = FileOf(sample);

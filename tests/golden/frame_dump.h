@@ -1,4 +1,4 @@
-// What came out of a demultiplexer, as values and as text.
+// The frames that a demultiplexer or parser has queued, as values and as text.
 #ifndef TESTS_GOLDEN_FRAME_DUMP_H_
 #define TESTS_GOLDEN_FRAME_DUMP_H_
 
@@ -24,7 +24,8 @@ struct FrameDump {
 // Empties the global queues.
 FrameDump TakeQueuedFrames();
 
-// A line a frame, video first: "video 3: pts=140400 dts=136800 play=14400 size=856 crc=1c291ca3".
+// One line per frame, video first, as in
+// "video 3: pts=140400 dts=136800 play=14400 size=856 crc=1c291ca3".
 std::string DumpText(const FrameDump& dump);
 
 #endif  // TESTS_GOLDEN_FRAME_DUMP_H_

@@ -23,7 +23,7 @@ std::string HashOf(const std::string& text) {
   return digits.data();
 }
 
-// Another version may make other files.
+// Another version of ffmpeg may make different files.
 std::string VersionOfFfmpeg() {
   const ScratchDirectory scratch;
   RunTool("ffmpeg -version", scratch.File("version"));

@@ -1,4 +1,4 @@
-// Samples that ffmpeg makes, each once for all presets, programs and cases.
+// Samples that ffmpeg makes. Each is made once for all presets, programs and cases.
 #ifndef TESTS_GOLDEN_MADE_ONCE_H_
 #define TESTS_GOLDEN_MADE_ONCE_H_
 
@@ -6,11 +6,11 @@
 #include <functional>
 #include <string>
 
-// The file `name` that was made from `recipe`: whoever asks for it first has `make` write it. It is
-// shared and must not be changed. Another recipe, or another version of ffmpeg, makes another file.
-// Throws what `make` throws; the next one to ask then tries again.
+// Returns the file `name` that is made from `recipe`. The first call has `make` write it. The file
+// is shared and must not be changed. A different recipe, or a different version of ffmpeg, makes a
+// different file. Throws what `make` throws; the next call then tries again.
 //
-// Programs may ask for the same file at the same time: it takes its place once it is whole.
+// Programs may request the same file at the same time: it appears at its path when it is complete.
 std::filesystem::path MadeOnce(const std::string& name, const std::string& recipe,
                                const std::function<void(const std::filesystem::path&)>& make);
 

@@ -89,7 +89,7 @@ std::vector<FlvSample> FlvSamples() {
       {"AudioOnly", Tone(440) + kAac, false, "adts"},
       // Begins with an AAC sequence header without a configuration.
       {"CopyOfATransportStream", both + kAac, true, "adts", true},
-      // Half of it lies behind what 24 bits of milliseconds hold.
+      // The timestamps of its second half need more than 24 bits of milliseconds.
       {"TimestampsPastTwentyFourBits", both + kAac + " -output_ts_offset 16775", true, "adts"},
   };
   for (const int rate : {8000, 22050, 44100, 48000}) {

@@ -13,7 +13,7 @@ ScratchDirectory::ScratchDirectory(const fs::path& parent) {
   std::random_device random;
   do {
     path_ = parent / ("stream_golden_" + std::to_string(random()));
-  } while (!fs::create_directory(path_));  // false where another test has that one
+  } while (!fs::create_directory(path_));  // false if another test has created this one
 }
 
 ScratchDirectory::~ScratchDirectory() {

@@ -1,4 +1,4 @@
-// Runs ffmpeg and ffprobe for a test, in a directory that is the test's own.
+// Runs ffmpeg and ffprobe for a test, in a directory of its own.
 #ifndef TESTS_GOLDEN_MEDIA_TOOLS_H_
 #define TESTS_GOLDEN_MEDIA_TOOLS_H_
 
@@ -7,7 +7,8 @@
 #include <string>
 #include <vector>
 
-// A fresh directory below the system's temporary one, or another; removed with what is in it.
+// A new directory below the system's temporary directory, or below `parent`. The destructor removes
+// it with its contents.
 class ScratchDirectory {
  public:
   explicit ScratchDirectory(
@@ -22,10 +23,10 @@ class ScratchDirectory {
   std::filesystem::path path_;
 };
 
-// A path as a command line takes it.
+// A path, quoted for a command line.
 std::string Quoted(const std::filesystem::path& path);
 
-// Runs a command line whose output goes to `output`. Throws std::runtime_error if it fails.
+// Runs a command line and redirects its output to `output`. Throws std::runtime_error if it fails.
 void RunTool(const std::string& command, const std::filesystem::path& output);
 
 // Throws std::runtime_error if the file cannot be read.

@@ -1,4 +1,5 @@
-// Real MP4 files through the track reader and over HTTP, held against ffprobe and ffmpeg.
+// Plays real MP4 files with the track reader and over HTTP, and compares the frames with ffprobe
+// and ffmpeg.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -44,7 +45,7 @@ constexpr char kAac[] = " -c:a aac -b:a 96k -ac 2";
 struct Mp4GoldenSample {
   std::string name;
   std::string arguments;
-  std::function<Bytes(const Bytes&)> change = {};  // what ffmpeg cannot make
+  std::function<Bytes(const Bytes&)> change = {};  // of the file, for what ffmpeg cannot make
 };
 
 void PrintTo(const Mp4GoldenSample& sample, std::ostream* out) { *out << sample.name; }
@@ -65,15 +66,14 @@ std::string Type(const Bytes& bytes, std::size_t at) {
   return {type.begin(), type.end()};
 }
 
-// The table of chunk offsets with 64 bits each.
+// The table of chunk offsets, with 64 bits per offset.
 Bytes LargeOffsetBox(const Bytes& body) {
   Bytes entries = U32(Number(body, 4));
   for (std::size_t at = 8; at + 4 <= body.size(); at += 4) Append(entries, U64(Number(body, at)));
   return FullBox("co64", 0, entries);
 }
 
-// The boxes one behind the other, every chunk offset with 64 bits. The index, which grows, has to
-// be behind the data.
+// Rewrites all boxes with chunk offsets of 64 bits. The index grows, so it must be after the data.
 Bytes WithLargeOffsets(const Bytes& boxes) {
   Bytes out;
   for (std::size_t at = 0; at < boxes.size(); at += Number(boxes, at)) {
@@ -91,7 +91,7 @@ Bytes WithLargeOffsets(const Bytes& boxes) {
   return out;
 }
 
-// ffmpeg leaves an empty box in front of the data, so that there is room for a size of 64 bits.
+// ffmpeg writes an empty box before the data, which leaves space for a size of 64 bits.
 Bytes WithLargeDataBox(const Bytes& boxes) {
   Bytes out = boxes;
   std::size_t at = 0;
@@ -101,7 +101,8 @@ Bytes WithLargeDataBox(const Bytes& boxes) {
   return out;
 }
 
-// Unchanged: ffmpeg makes headers of 64 bits only where it has to.
+// Returns the file unchanged, but checks that ffmpeg wrote headers of 64 bits, which it does only
+// when it has to.
 Bytes WithWideHeaders(const Bytes& file) {
   for (const std::string type : {"tkhd", "mdhd"}) {
     const auto found = std::search(file.begin(), file.end(), type.begin(), type.end());
@@ -133,7 +134,8 @@ std::vector<Mp4GoldenSample> Samples() {
                              " -map 0:v -map 1:v -map 2:a" + kH264 + kAac}};
 }
 
-// The sample's file: shared, but for one with a change of the test's own, which is in `scratch`.
+// The file of the sample. It is shared; only a sample with a change gets a file of its own in
+// `scratch`.
 std::filesystem::path MakeMp4(const Mp4GoldenSample& sample, const ScratchDirectory& scratch) {
   const std::string command = "ffmpeg -nostdin -v error -y" + sample.arguments +
                               " -threads 1 -flags +bitexact -fflags +bitexact -f mp4 ";
@@ -153,7 +155,8 @@ bool IsParameterSet(const Bytes& unit) {
   return type == 7 || type == 8;
 }
 
-// Of frames that each begin with a start code; the first one has parameter sets in front.
+// The NAL units of frames. Each frame begins with a start code, and the first frame also has the
+// parameter sets.
 std::vector<Bytes> UnitsOf(const std::vector<DumpedFrame>& frames) {
   std::vector<Bytes> units;
   for (const DumpedFrame& frame : frames) {
@@ -162,7 +165,7 @@ std::vector<Bytes> UnitsOf(const std::vector<DumpedFrame>& frames) {
   return units;
 }
 
-// ffmpeg repeats the parameter sets in every key frame, somewhere behind its other headers.
+// ffmpeg repeats the parameter sets in every key frame, after some of its other headers.
 void ExpectSameUnits(std::vector<Bytes> units, std::vector<Bytes> expected) {
   std::vector<Bytes> sets;
   std::copy_if(expected.begin(), expected.end(), std::back_inserter(sets), IsParameterSet);
@@ -175,10 +178,10 @@ void ExpectSameUnits(std::vector<Bytes> units, std::vector<Bytes> expected) {
   EXPECT_TRUE(units == expected) << units.size() << " units, not " << expected.size();
 }
 
-// Frames of one time are a sample.
+// Frames with the same time belong to one sample.
 struct SampleOfFrames {
   std::uint64_t dts;
-  std::size_t size;  // with lengths of four bytes in place of the start codes
+  std::size_t size;  // with four-byte lengths instead of the start codes
 };
 
 std::vector<SampleOfFrames> SamplesOf(const std::vector<DumpedFrame>& frames) {
@@ -222,13 +225,13 @@ class Mp4GoldenTest : public Mp4Tasks, public testing::WithParamInterface<Mp4Gol
     EXPECT_TRUE(stream == ReadMp4Stream(file, "a:0", "-f adts", scratch_));
   }
 
-  // They are presentation times.
+  // Buffered times are presentation times.
   void ExpectBufferedTimes(const std::filesystem::path& file) {
     const auto packets = ReadMp4Packets(file, "v:0", scratch_);
     const auto told = player_.Snapshot().buffered_times;
     ASSERT_EQ(told.size(), packets.size());
     for (std::size_t i = 0; i < told.size(); ++i) {
-      // Time and offset are each cut to whole milliseconds.
+      // Time and offset are each truncated to whole milliseconds.
       EXPECT_NEAR(told[i], static_cast<float>(packets[i].pts_ms) / 1000, 0.0015F) << "sample " << i;
     }
   }
@@ -236,7 +239,7 @@ class Mp4GoldenTest : public Mp4Tasks, public testing::WithParamInterface<Mp4Gol
   ScratchDirectory scratch_;
 };
 
-TEST_P(Mp4GoldenTest, FramesAreThoseOfTheReferenceReader) {
+TEST_P(Mp4GoldenTest, FramesMatchTheReferenceReader) {
   const auto file = Make();
   const FrameDump dump = Pass(Whole(file.string()));
   ExpectVideo(file, dump.video);
@@ -248,7 +251,7 @@ TEST_P(Mp4GoldenTest, FramesAreThoseOfTheReferenceReader) {
 INSTANTIATE_TEST_SUITE_P(Samples, Mp4GoldenTest, testing::ValuesIn(Samples()),
                          [](const auto& suite) { return suite.param.name; });
 
-// --- Samples that are something else ---
+// --- Samples with other tracks or codecs ---
 
 class Mp4OddSampleTest : public Mp4Tasks {
  protected:
@@ -261,7 +264,7 @@ class Mp4OddSampleTest : public Mp4Tasks {
   std::filesystem::path file_;
 };
 
-TEST_F(Mp4OddSampleTest, Mp3ComesBehindAdtsHeaders) {
+TEST_F(Mp4OddSampleTest, Mp3IsDeliveredWithAdtsHeaders) {
   const FrameDump dump = PassOverSample(std::string(kPicture) + kTone + " -map 0:v -map 1:a" +
                                         kH264 + " -c:a libmp3lame -ar 44100 -ac 2");
   Bytes stream;
@@ -274,7 +277,7 @@ TEST_F(Mp4OddSampleTest, Mp3ComesBehindAdtsHeaders) {
   EXPECT_THAT(dump.audio, SizeIs(ReadMp4Packets(file_, "a:0", scratch_).size()));
 }
 
-TEST_F(Mp4OddSampleTest, VideoAloneComesWhole) {
+TEST_F(Mp4OddSampleTest, VideoAloneIsDeliveredWhole) {
   const FrameDump dump = PassOverSample(std::string(kPicture) + kH264);
   ExpectSameUnits(UnitsOf(dump.video), ReadMp4Units(file_, "v:0", scratch_));
   EXPECT_THAT(dump.audio, IsEmpty());
@@ -285,19 +288,19 @@ TEST_F(Mp4OddSampleTest, AudioAloneGivesNoFrame) {
   EXPECT_THAT(player_.Snapshot().messages, IsEmpty());
 }
 
-TEST_F(Mp4OddSampleTest, H265IsToldAndRefused) {
+TEST_F(Mp4OddSampleTest, H265IsReportedAndRefused) {
   EXPECT_EQ(DumpText(PassOverSample(std::string(kPicture) + kTone + " -map 0:v -map 1:a" + kH265 +
                                     " -tag:v hvc1" + kAac)),
             "");
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
 }
 
-TEST_F(Mp4OddSampleTest, H265ByItsOtherNameIsToldByIt) {
+TEST_F(Mp4OddSampleTest, H265NamedHev1IsReportedAsHev1) {
   EXPECT_EQ(DumpText(PassOverSample(std::string(kPicture) + kH265 + " -tag:v hev1")), "");
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 hev1:http://host/a.mp4"));
 }
 
-TEST_F(Mp4OddSampleTest, Mpeg4VideoIsToldAndRefused) {
+TEST_F(Mp4OddSampleTest, Mpeg4VideoIsReportedAndRefused) {
   EXPECT_EQ(DumpText(PassOverSample(std::string(kPicture) + " -c:v mpeg4")), "");
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
 }
@@ -318,7 +321,7 @@ struct ChannelSample {
 
 void PrintTo(const ChannelSample& sample, std::ostream* out) { *out << sample.layout; }
 
-// AAC of any number of channels, of which ffmpeg writes into the sample entry that they were two.
+// AAC with different numbers of channels. ffmpeg always writes two into the sample entry.
 class Mp4ChannelsTest : public Mp4PlayFixture, public testing::WithParamInterface<ChannelSample> {
  protected:
   std::filesystem::path Make() {
@@ -330,7 +333,8 @@ class Mp4ChannelsTest : public Mp4PlayFixture, public testing::WithParamInterfac
     return file;
   }
 
-  // What ffmpeg makes of the frames. Throws where it cannot decode one, or has anything to say.
+  // Decodes the frames with ffmpeg and returns the format that ffprobe reports. Throws if a frame
+  // cannot be decoded, and fails if ffmpeg prints anything.
   std::string Decoded(const std::vector<DumpedFrame>& frames) {
     Bytes stream;
     for (const DumpedFrame& frame : frames) Append(stream, frame.payload);
@@ -356,7 +360,7 @@ class Mp4ChannelsTest : public Mp4PlayFixture, public testing::WithParamInterfac
   ScratchDirectory scratch_;
 };
 
-TEST_P(Mp4ChannelsTest, FramesThatReachThePlayerAreDecoded) {
+TEST_P(Mp4ChannelsTest, FramesThatReachThePlayerCanBeDecoded) {
   const auto file = Make();
   server_.Serve(ReadWholeFile(file));
   PlayToTheEnd();
@@ -381,7 +385,7 @@ INSTANTIATE_TEST_SUITE_P(Layouts, Mp4ChannelsTest,
 class Mp4GoldenHttpTest : public Mp4PlayFixture,
                           public testing::WithParamInterface<Mp4GoldenSample> {
  protected:
-  // What one pass over the whole file gives.
+  // The dump of one pass through the whole file.
   static std::string FromFile(const std::filesystem::path& file) {
     ResetFrameQueues();
     g_mp4Running = true;
@@ -395,7 +399,7 @@ class Mp4GoldenHttpTest : public Mp4PlayFixture,
   ScratchDirectory scratch_;
 };
 
-TEST_P(Mp4GoldenHttpTest, PiecesGiveTheDumpOfTheFile) {
+TEST_P(Mp4GoldenHttpTest, BlocksGiveTheDumpOfTheFile) {
   const auto file = MakeMp4(GetParam(), scratch_);
   const std::string expected = FromFile(file);
   ASSERT_EQ(expected.rfind("video 0: pts=0", 0), 0U);

@@ -1,5 +1,5 @@
-// The MP4 reader beside ffprobe, on files that ffmpeg makes: the same samples at the same places
-// with the same times.
+// Compares the MP4 reader with ffprobe, on files that ffmpeg makes: the same samples at the same
+// offsets with the same times.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -18,7 +18,7 @@ namespace fs = std::filesystem;
 
 struct Mp4Sample {
   std::string name;
-  std::string arguments;  // ffmpeg's, from the inputs on
+  std::string arguments;  // of ffmpeg, from the inputs on
   std::string suffix = ".mp4";
 };
 
@@ -27,7 +27,7 @@ void PrintTo(const Mp4Sample& sample, std::ostream* out) { *out << sample.name; 
 const std::string kVideo = "-f lavfi -i testsrc2=size=320x180:rate=25:duration=4 ";
 const std::string kAudio = "-f lavfi -i sine=frequency=440:sample_rate=48000:duration=4 ";
 const std::string kH264 = "-c:v libx264 -preset veryfast -g 25 -bf 2 -pix_fmt yuv420p ";
-// Of one channel ffmpeg writes that it were two.
+// For a single channel ffmpeg would still write two into the file.
 const std::string kAac = "-c:a aac -b:a 96k -ac 2 ";
 
 std::string AacAt(const std::string& rate) {
@@ -51,7 +51,7 @@ std::vector<Mp4Sample> Samples() {
           {"AudioAlone96000", AacAt("96000")}};
 }
 
-// A shared file; its format is that of the name's end.
+// A shared file. The suffix of its name selects the format.
 fs::path MakeMp4(const std::string& name, const std::string& arguments) {
   const std::string command = "ffmpeg -v error -y " + arguments + ' ';
   return MadeOnce(name, command, [&](const fs::path& file) {
@@ -82,7 +82,7 @@ class Mp4ReaderGoldenTest : public testing::TestWithParam<Mp4Sample> {
     ASSERT_TRUE(file_);
   }
 
-  // Edit lists are ignored, as the reader ignores them.
+  // Ignores edit lists, as the reader does.
   nlohmann::json Probe(const std::string& what) const {
     RunTool("ffprobe -v error -ignore_editlist 1 " + what + " -of json " + Quoted(path_),
             scratch_.File("probe"));
@@ -104,7 +104,7 @@ class Mp4ReaderGoldenTest : public testing::TestWithParam<Mp4Sample> {
     return packets;
   }
 
-  // Also looks at each sample's bytes.
+  // Also checks the bytes of each sample.
   std::vector<Packet> Found(MP4TrackId track) const {
     std::vector<Packet> packets;
     MP4Timestamp start = 0;
@@ -129,7 +129,7 @@ class Mp4ReaderGoldenTest : public testing::TestWithParam<Mp4Sample> {
   Mp4FileHandle file_;
 };
 
-TEST_P(Mp4ReaderGoldenTest, TracksAreThoseOfFfprobe) {
+TEST_P(Mp4ReaderGoldenTest, TracksMatchFfprobe) {
   const nlohmann::json streams = Probe("-show_streams").at("streams");
   ASSERT_EQ(MP4GetNumberOfTracks(file_.get()), streams.size());
   std::uint16_t index = 0;
@@ -147,7 +147,7 @@ TEST_P(Mp4ReaderGoldenTest, TracksAreThoseOfFfprobe) {
   }
 }
 
-TEST_P(Mp4ReaderGoldenTest, SamplesAreThoseOfFfprobe) {
+TEST_P(Mp4ReaderGoldenTest, SamplesMatchFfprobe) {
   const std::uint32_t tracks = MP4GetNumberOfTracks(file_.get());
   for (std::uint16_t i = 0; i < tracks; ++i) {
     const std::vector<Packet> expected = Expected(i);
@@ -159,7 +159,7 @@ TEST_P(Mp4ReaderGoldenTest, SamplesAreThoseOfFfprobe) {
 INSTANTIATE_TEST_SUITE_P(Files, Mp4ReaderGoldenTest, testing::ValuesIn(Samples()),
                          [](const auto& tested) { return tested.param.name; });
 
-// What lies outside the index is not looked at.
+// The reader parses only the index at the top level of the file.
 TEST(Mp4ReaderFragmentsTest, FragmentedFileHasTracksAndNoSamples) {
   const fs::path path = MakeMp4(
       "fragments.mp4", kVideo + kAudio + kH264 + kAac + "-movflags +frag_keyframe+empty_moov");

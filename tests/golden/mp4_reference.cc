@@ -10,7 +10,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// Of a time base "1/12800".
+// The denominator of a time base such as "1/12800".
 std::uint64_t TimeScale(const std::string& time_base) {
   return std::stoull(time_base.substr(time_base.find('/') + 1));
 }

@@ -16,7 +16,7 @@ std::string Name(const std::string& what, std::string stream) {
 
 }  // namespace
 
-// Without the parsers of the codecs, which would cut PES packets into access units.
+// Without the codec parsers, which would split PES packets into access units.
 std::vector<ReferencePacket> ReadPackets(const fs::path& file, const std::string& stream,
                                          const ScratchDirectory& scratch) {
   const fs::path json_file = scratch.File(Name("packets", stream));

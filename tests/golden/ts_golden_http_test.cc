@@ -1,6 +1,6 @@
-// Real transport streams over HTTP, in pieces of any size: what reaches the player is what the
-// demultiplexer gives for the same bytes from memory. Play times are left out: a frame may be
-// handed over before the frames that settle its own have come.
+// Plays real transport streams over HTTP, in blocks of any size. The player must receive what the
+// demultiplexer makes of the same bytes in memory. Play times are not compared: a frame may be
+// delivered before the frames that determine its play time have been received.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -46,7 +46,7 @@ FrameDump DemultiplexFromMemory(const std::vector<std::uint8_t>& stream) {
 
 class TsGoldenHttpTest : public TsPlay, public testing::WithParamInterface<std::string> {};
 
-TEST_P(TsGoldenHttpTest, PiecesOverHttpGiveTheDumpOfMemory) {
+TEST_P(TsGoldenHttpTest, BlocksOverHttpGiveTheSameDumpAsMemory) {
   const std::vector<std::uint8_t> stream = ReadWholeFile(FileOf(MediaSamples().front()));
   const FrameDump expected = DemultiplexFromMemory(stream);
   ASSERT_FALSE(expected.video.empty());

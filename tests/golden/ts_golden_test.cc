@@ -1,4 +1,4 @@
-// Real transport streams through the demultiplexer, held against ffprobe and ffmpeg.
+// Demultiplexes real transport streams and compares the frames with ffprobe and ffmpeg.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -30,8 +30,8 @@ void FeedInOneCall(Bytes stream) {
   ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
 }
 
-// As the pipeline does it: pieces are appended to the staging buffer, and the whole packets that
-// are there by then are fed.
+// Feeds as the pipeline does: appends each block to the staging buffer and feeds the whole packets
+// that it then holds.
 void FeedInPieces(Bytes stream, const std::function<std::size_t()>& next_size) {
   CByteBuffer staged;
   ASSERT_EQ(staged.Initialize(), kBufferOk);
@@ -53,7 +53,8 @@ FrameDump Demultiplex(Bytes stream, const std::function<void(Bytes)>& feed) {
   return TakeQueuedFrames();
 }
 
-// A PES packet goes out when the next one begins, so the last of the reference has no counterpart.
+// A PES packet is queued when the next one begins, so the last packet of the reference has no
+// counterpart.
 void ExpectReferenceButItsLastPacket(const std::vector<DumpedFrame>& frames,
                                      const ReferenceStream& reference) {
   ASSERT_FALSE(frames.empty());
@@ -86,14 +87,14 @@ class TsGoldenTest : public testing::TestWithParam<MediaSample> {
   const std::vector<std::uint8_t> stream_ = ReadWholeFile(file_);
 };
 
-TEST_P(TsGoldenTest, VideoIsThatOfTheReferenceReader) {
+TEST_P(TsGoldenTest, VideoMatchesTheReferenceReader) {
   const ReferenceStream reference = ReadReference(file_, GetParam().video_pid, scratch_);
   ASSERT_TRUE(SomeCarryDecodeTimes(reference));
   const FrameDump dump = Demultiplex(stream_, FeedPacketByPacket);
   ExpectReferenceButItsLastPacket(dump.video, reference);
 }
 
-TEST_P(TsGoldenTest, AudioIsThatOfTheReferenceReader) {
+TEST_P(TsGoldenTest, AudioMatchesTheReferenceReader) {
   const FrameDump dump = Demultiplex(stream_, FeedPacketByPacket);
   ASSERT_FALSE(dump.video.empty());
   if (GetParam().audio_pid == 0) {
@@ -112,9 +113,9 @@ TEST_P(TsGoldenTest, VideoAndAudioGoToTheirOwnQueues) {
   EXPECT_TRUE(std::none_of(dump.audio.begin(), dump.audio.end(), is_video));
 }
 
-// The newest frames have none that is final: each gets it when a later one in order has come, which
-// with two B-frames in a row takes at most four frames.
-TEST_P(TsGoldenTest, FinalPlayTimesNeverFall) {
+// The newest frames have no final play time yet. A frame gets it when a later frame with a larger
+// PTS has been queued, which with two B-frames in a row takes at most four frames.
+TEST_P(TsGoldenTest, FinalPlayTimesNeverDecrease) {
   const FrameDump dump = Demultiplex(stream_, FeedPacketByPacket);
   constexpr std::size_t kNotFinal = 4;
   ASSERT_GT(dump.video.size(), kNotFinal);
@@ -125,18 +126,18 @@ TEST_P(TsGoldenTest, FinalPlayTimesNeverFall) {
   }
 }
 
-TEST_P(TsGoldenTest, PiecesOfAnySizeGiveTheSameDump) {
+TEST_P(TsGoldenTest, BlocksOfAnySizeGiveTheSameDump) {
   const std::string expected = DumpText(Demultiplex(stream_, FeedPacketByPacket));
   ASSERT_EQ(expected.rfind("video 0: pts=", 0), 0U);
   for (const std::size_t size : {std::size_t{1}, kTsPacketSize - 1, kTsPacketSize,
                                  kTsPacketSize + 1, std::size_t{1000}, std::size_t{16384}}) {
-    SCOPED_TRACE("pieces of " + std::to_string(size));
+    SCOPED_TRACE("blocks of " + std::to_string(size));
     const auto feed = [size](Bytes all) { FeedInPieces(all, [size] { return size; }); };
     EXPECT_EQ(DumpText(Demultiplex(stream_, feed)), expected);
   }
 }
 
-TEST_P(TsGoldenTest, PiecesOfChangingSizeGiveTheSameDump) {
+TEST_P(TsGoldenTest, BlocksOfChangingSizeGiveTheSameDump) {
   const std::string expected = DumpText(Demultiplex(stream_, FeedPacketByPacket));
   for (const unsigned seed : {1U, 2U, 3U}) {
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -148,7 +149,7 @@ TEST_P(TsGoldenTest, PiecesOfChangingSizeGiveTheSameDump) {
   }
 }
 
-// The probe then looks through the whole stream before the first frame is made.
+// The probe then scans the whole stream before the first frame is queued.
 TEST_P(TsGoldenTest, OneCallForAllGivesTheSameDump) {
   const std::string expected = DumpText(Demultiplex(stream_, FeedPacketByPacket));
   EXPECT_EQ(DumpText(Demultiplex(stream_, FeedInOneCall)), expected);
@@ -157,7 +158,7 @@ TEST_P(TsGoldenTest, OneCallForAllGivesTheSameDump) {
 INSTANTIATE_TEST_SUITE_P(Samples, TsGoldenTest, testing::ValuesIn(MediaSamples()),
                          [](const auto& suite) { return suite.param.name; });
 
-// The video PIDs that a context goes through, packet by packet, without repeats in a row.
+// The video PIDs that a context uses over time, packet by packet, without consecutive duplicates.
 std::vector<std::uint16_t> VideoPidsOverTime(Bytes stream) {
   ts_context context;
   std::vector<std::uint16_t> pids;
@@ -173,7 +174,7 @@ std::vector<std::uint16_t> VideoPidsOverTime(Bytes stream) {
   return pids;
 }
 
-TEST(TsTwoProgramsTest, VideoFlipsAtEveryPmtAndAudioStaysWithTheFirstProgram) {
+TEST(TsTwoProgramsTest, VideoSwitchesAtEveryPmtAndAudioStaysWithTheFirstProgram) {
   const std::vector<std::uint8_t> stream = ReadWholeFile(FileOf(TwoProgramsSample()));
   const TsDemuxLock lock;
   ts_demux_forget();

@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-TEST(ArgumentPathTest, AsciiArgumentIsThePathItSpells) {
+TEST(ArgumentPathTest, AsciiArgumentIsThePathWithThisText) {
   EXPECT_EQ(PathOfArgument("dumps/of today"), std::filesystem::path("dumps") / "of today");
 }
 

@@ -5,7 +5,7 @@
 namespace host {
 namespace {
 
-TEST(CsvTest, PlainValueIsLeftAlone) { EXPECT_EQ(CsvField("PLAY TS OK:x y"), "PLAY TS OK:x y"); }
+TEST(CsvTest, PlainValueIsNotChanged) { EXPECT_EQ(CsvField("PLAY TS OK:x y"), "PLAY TS OK:x y"); }
 
 TEST(CsvTest, EmptyValueStaysEmpty) { EXPECT_EQ(CsvField(""), ""); }
 
@@ -18,7 +18,7 @@ TEST(CsvTest, LineBreaksAreQuoted) {
   EXPECT_EQ(CsvField("a\rb"), "\"a\rb\"");
 }
 
-TEST(CsvTest, BytesThatAreNoTextAreLeftAlone) {
+TEST(CsvTest, BytesThatAreNoTextAreNotChanged) {
   const std::string bytes("\xff\x00\x80", 3);
   EXPECT_EQ(CsvField(bytes), bytes);
 }

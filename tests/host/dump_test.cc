@@ -39,7 +39,7 @@ TEST_F(DumpTest, FramesAreCountedPerKindAndPayloadsAppended) {
   EXPECT_TRUE(dump_->Close());
   EXPECT_EQ(Content("video.es"), std::string("123456789\0\n", 11));
   EXPECT_EQ(Content("audio.es"), "a");
-  // cbf43926 is the check value that every description of this CRC gives for "123456789".
+  // cbf43926 is the published check value of this CRC, for "123456789".
   EXPECT_EQ(Content("frames.csv"),
             "kind,index,pts,dts,play,size,crc32,arrival_ms\n"
             "video,0,600,300,200,9,cbf43926,1.250\n"
@@ -69,7 +69,7 @@ TEST_F(DumpTest, EventValuesAreQuoted) {
             "7.000,duration,10.033333\n");
 }
 
-TEST_F(DumpTest, KindsFromTwoThreadsKeepTheirOrder) {
+TEST_F(DumpTest, FramesOfTwoThreadsKeepTheOrderOfTheirKind) {
   ASSERT_NE(dump_, nullptr) << error_;
   constexpr int kFrames = 500;
   const auto write = [this](FrameKind kind) {
@@ -110,13 +110,13 @@ TEST_F(DumpTest, OlderFilesAreReplaced) {
   EXPECT_EQ(Content("video.es"), "");
 }
 
-TEST_F(DumpTest, DirectoryThatIsAFileIsTold) {
+TEST_F(DumpTest, DirectoryThatIsAFileIsReported) {
   std::ofstream(directory_.path() / "file") << "x";
   EXPECT_EQ(Dump::Open(directory_.path() / "file", error_), nullptr);
   EXPECT_NE(error_.find("file"), std::string::npos) << error_;
 }
 
-TEST_F(DumpTest, FileThatCannotBeMadeIsTold) {
+TEST_F(DumpTest, FileThatCannotBeCreatedIsReported) {
   std::filesystem::create_directories(directory_.path() / "c" / "audio.es");
   EXPECT_EQ(Dump::Open(directory_.path() / "c", error_), nullptr);
   EXPECT_NE(error_.find("audio.es"), std::string::npos) << error_;

@@ -1,4 +1,4 @@
-// Every call of the component, and a report that takes none of them.
+// Every call of the component, and a report that fails in each of them.
 #ifndef TESTS_HOST_EVERY_CALL_H_
 #define TESTS_HOST_EVERY_CALL_H_
 
@@ -13,7 +13,7 @@ namespace host {
 
 constexpr std::uint64_t kEveryCall = 7;
 
-// Calls `player` once in every way.
+// Makes each kind of call to `player` once.
 inline void MakeEveryCall(CStreamPlayerImp& player, std::uint64_t pts) {
   player.OnMessage("m");
   player.OnPlayResult("r");
@@ -24,7 +24,7 @@ inline void MakeEveryCall(CStreamPlayerImp& player, std::uint64_t pts) {
   player.OnVideoFrame(FrameOf(pts, "v"));
 }
 
-// Has no memory for anything.
+// Runs out of memory in every call.
 class ReportWithoutMemory final : public Report {
  public:
   void OnDuration(float) override { throw std::bad_alloc(); }

@@ -13,7 +13,7 @@ class GuardedCallTest : public testing::Test {
   GuardedCallTest() { ReportNextFailure(); }
 };
 
-TEST_F(GuardedCallTest, CallThatThrowsNothingIsRunAndNothingTold) {
+TEST_F(GuardedCallTest, CallWithoutAnExceptionRunsAndNothingIsReported) {
   int runs = 0;
   testing::internal::CaptureStderr();
   EXPECT_TRUE(GuardedCall([&] { ++runs; }));
@@ -21,7 +21,7 @@ TEST_F(GuardedCallTest, CallThatThrowsNothingIsRunAndNothingTold) {
   EXPECT_EQ(runs, 1);
 }
 
-TEST_F(GuardedCallTest, FirstExceptionIsToldInOneLineAndTheNextNotAnyMore) {
+TEST_F(GuardedCallTest, FirstExceptionIsReportedInOneLineAndTheNextIsNot) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(GuardedCall([] { throw std::runtime_error("the disk is full"); }));
   EXPECT_FALSE(GuardedCall([] { throw std::bad_alloc(); }));
@@ -29,7 +29,7 @@ TEST_F(GuardedCallTest, FirstExceptionIsToldInOneLineAndTheNextNotAnyMore) {
             "a call of the library could not be taken: the disk is full\n");
 }
 
-TEST_F(GuardedCallTest, WhatIsNoExceptionOfTheLibraryIsToldToo) {
+TEST_F(GuardedCallTest, ExceptionOfAnotherTypeIsReportedToo) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(GuardedCall([] { throw 1; }));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),

@@ -16,7 +16,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Names the calls that it gets.
+// Records the names of the calls that it receives.
 class CallReport final : public Report {
  public:
   void OnDuration(float) override { calls.emplace_back("duration"); }
@@ -106,7 +106,7 @@ TEST_F(HostPlayerTest, EveryKindOfEventIsDumped) {
   EXPECT_EQ(ContentOf(directory_.path() / "audio.es"), "a");
 }
 
-TEST_F(HostPlayerTest, EveryCallIsAnArrival) {
+TEST_F(HostPlayerTest, EveryCallCountsAsAnArrival) {
   const auto expect_arrival = [this](const auto& call) {
     clock_.Advance(10);
     call();
@@ -121,7 +121,7 @@ TEST_F(HostPlayerTest, EveryCallIsAnArrival) {
   expect_arrival([&] { player_.OnVideoFrame(FrameOf(1, "a")); });
 }
 
-TEST_F(HostPlayerTest, UnrecordedTimeLeavesOnlyItsTexts) {
+TEST_F(HostPlayerTest, OnlyTextsAreKeptWhileRecordingIsOff) {
   player_.SetRecording(false);
   player_.OnMessage("before");
   player_.OnDuration(9.0F);
@@ -155,7 +155,7 @@ TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
                                         "audio 2", "video 2"));
 }
 
-TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineTellsSo) {
+TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineReportsIt) {
   ReportNextFailure();
   ReportWithoutMemory report;
   HostPlayer player(clock_, screen_, nullptr, &report);
@@ -166,7 +166,7 @@ TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineTellsSo) {
   EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
 }
 
-TEST_F(HostPlayerTest, OpenRunForgetsTheRunBefore) {
+TEST_F(HostPlayerTest, OpenRunClearsThePreviousRun) {
   player_.OnVideoFrame(FrameOf(1, "a"));
   player_.OnMessage("m");
   player_.OnDuration(1.0F);

@@ -16,7 +16,7 @@
 
 #include "stream_player.h"
 
-// A frame with that payload, which is borrowed.
+// A frame with this payload, which it refers to and does not copy.
 inline MediaFrame FrameOf(std::uint64_t pts, std::string_view payload) {
   MediaFrame frame{};
   frame.pts = pts;
@@ -27,7 +27,7 @@ inline MediaFrame FrameOf(std::uint64_t pts, std::string_view payload) {
   return frame;
 }
 
-// A file without a name, for what a screen prints.
+// A temporary file for the output of a screen.
 class OutputFile {
  public:
   OutputFile() : file_(std::tmpfile(), &std::fclose) {}
@@ -46,7 +46,7 @@ class OutputFile {
   std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
 };
 
-// A directory of the test's own, gone with the object.
+// A new directory for a test. The destructor removes it.
 class TestDirectory {
  public:
   TestDirectory() {

@@ -9,7 +9,7 @@ namespace {
 
 class InterruptTest : public testing::TestWithParam<int> {};
 
-TEST_P(InterruptTest, SignalIsNotedAndSurvived) {
+TEST_P(InterruptTest, SignalIsRecordedAndDoesNotEndTheProcess) {
   NoteInterrupts();
   ASSERT_FALSE(Interrupted());
   ASSERT_EQ(std::raise(GetParam()), 0);

@@ -42,7 +42,7 @@ TEST(OptionsTest, AddressAloneGivesTheDefaults) {
   EXPECT_FALSE(parsed.options->quiet);
 }
 
-TEST(OptionsTest, EveryOptionIsTaken) {
+TEST(OptionsTest, EveryOptionIsParsed) {
   const ParsedCommandLine parsed =
       Parse({"a", "--start", "1.5", "--dump", "d", "--report", "r", "--idle-exit", "0.25",
              "--stop-after", "0", "--expect-frames", "300", "--expect-line", "PLAY:MP4 ",
@@ -67,14 +67,14 @@ TEST(OptionsTest, ExpectedFramesMayBeACountForEachRun) {
   EXPECT_THAT(parsed.options->expected_frames, ElementsAre(300, 1, UINT64_MAX));
 }
 
-TEST(OptionsTest, OptionsMayStandBeforeTheAddress) {
+TEST(OptionsTest, OptionsMayPrecedeTheAddress) {
   const ParsedCommandLine parsed = Parse({"--json", "--start=0", "a"});
   ASSERT_TRUE(parsed.options.has_value()) << parsed.text;
   EXPECT_EQ(parsed.options->address, "a");
   EXPECT_EQ(parsed.options->start_seconds, 0);
 }
 
-TEST(OptionsTest, HelpTellsAllOptionsAndExitsWithZero) {
+TEST(OptionsTest, HelpListsAllOptionsAndExitsWithZero) {
   const ParsedCommandLine parsed = Parse({"--help"});
   EXPECT_FALSE(parsed.options.has_value());
   EXPECT_EQ(parsed.exit_status, 0);
@@ -119,7 +119,7 @@ TEST(OptionsTest, IdleExitOfZeroIsRefused) {
   ExpectRefused({"a", "--idle-exit", "0"}, "--idle-exit: must be more than 0");
 }
 
-TEST(OptionsTest, SecondsBeyondAllStreamsAreRefused) {
+TEST(OptionsTest, TooManySecondsAreRefused) {
   ExpectRefused({"a", "--start", "1e10"}, "--start: must not be more than 1000000000");
 }
 
@@ -148,7 +148,7 @@ TEST(OptionsTest, EmptyDumpDirectoryIsRefused) {
   ExpectRefused({"a", "--report", ""}, "--report: must not be empty");
 }
 
-TEST(OptionsTest, LineBreakInAValueDoesNotBreakTheLine) {
+TEST(OptionsTest, LineBreakInAValueDoesNotBreakTheErrorLine) {
   ExpectRefused({"a", "--start", "x\ny"}, "'x\\ny'");
 }
 

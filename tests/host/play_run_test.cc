@@ -13,7 +13,7 @@ namespace {
 
 using testing::ElementsAre;
 
-// Writes down what is called, and lets frames come at given times after each Begin.
+// Records the calls, and delivers frames at given times after each Begin.
 class FakeDownloader final : public Downloader, public SimulatedClock {
  public:
   bool Begin(const std::string& address) override {
@@ -89,7 +89,7 @@ TEST_F(PlayRunTest, SilentAddressEndsAfterTheIdleTime) {
   EXPECT_EQ(reports[0].time_to_first_frame_ms, std::nullopt);
 }
 
-TEST_F(PlayRunTest, EveryArrivalStartsTheIdleTimeAnew) {
+TEST_F(PlayRunTest, EveryArrivalRestartsTheIdleTime) {
   options_.idle_exit_seconds = 0.5;
   library_.events = {{400, SendVideo},
                      {800, [](CStreamPlayerImp& player) { player.OnDuration(1); }},
@@ -100,7 +100,7 @@ TEST_F(PlayRunTest, EveryArrivalStartsTheIdleTimeAnew) {
   EXPECT_EQ(reports[0].time_to_first_frame_ms, 400.0);
 }
 
-TEST_F(PlayRunTest, StopAfterEndsARunThatStillGetsFrames) {
+TEST_F(PlayRunTest, StopAfterEndsARunThatStillReceivesFrames) {
   options_.stop_after_seconds = 1;
   for (int ms = 0; ms < 5000; ms += 100) library_.events.emplace(ms, SendVideo);
   const std::vector<RunReport> reports = Play();
@@ -118,7 +118,7 @@ TEST_F(PlayRunTest, ExpectedFramesOfBothKindsEndTheRun) {
   EXPECT_EQ(reports[0].elapsed_ms, 300 + kSettleMs + 7);
 }
 
-TEST_F(PlayRunTest, FramesThatFollowTheExpectedOnesAreReceivedAndCountedForAMoment) {
+TEST_F(PlayRunTest, FramesAfterTheExpectedOnesAreReceivedAndCountedForAMoment) {
   options_.expected_frames = {1};
   for (int ms = 100; ms < 5000; ms += 100) library_.events.emplace(ms, SendVideo);
   const std::vector<RunReport> reports = Play();
@@ -128,7 +128,7 @@ TEST_F(PlayRunTest, FramesThatFollowTheExpectedOnesAreReceivedAndCountedForAMome
   EXPECT_EQ(reports[0].elapsed_ms, 100 + kSettleMs + 7);
 }
 
-TEST_F(PlayRunTest, FrameLessThanExpectedEndsAfterTheIdleTime) {
+TEST_F(PlayRunTest, RunWithOneFrameTooFewEndsAfterTheIdleTime) {
   options_.expected_frames = {3};
   options_.idle_exit_seconds = 0.5;
   library_.events = {{100, SendVideo}, {200, SendAudio}};
@@ -156,14 +156,14 @@ TEST_F(PlayRunTest, ResultThatBeginsAsExpectedEndsTheRun) {
   EXPECT_EQ(reports[0].reason, EndReason::kExpected);
 }
 
-TEST_F(PlayRunTest, LineThatHoldsTheExpectedTextElsewhereEndsNothing) {
+TEST_F(PlayRunTest, LineThatDoesNotBeginWithTheExpectedTextDoesNotEndTheRun) {
   options_.expected_line = "PLAY TS";
   options_.idle_exit_seconds = 0.5;
   library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("a PLAY TS"); }}};
   EXPECT_EQ(Play()[0].reason, EndReason::kIdle);
 }
 
-TEST_F(PlayRunTest, FirstOfFramesAndLineEndsTheRunWhereBothAreExpected) {
+TEST_F(PlayRunTest, EarlierOfFramesAndLineEndsTheRunIfBothAreExpected) {
   options_.expected_frames = {1};
   options_.expected_line = "m";
   const auto line = [](CStreamPlayerImp& player) { player.OnMessage("m"); };
@@ -173,7 +173,7 @@ TEST_F(PlayRunTest, FirstOfFramesAndLineEndsTheRunWhereBothAreExpected) {
   EXPECT_EQ(Play()[0].elapsed_ms, 150 + kSettleMs + 7);
 }
 
-TEST_F(PlayRunTest, EachRunHasItsOwnExpectedFramesAndTheLastCountHoldsForTheRest) {
+TEST_F(PlayRunTest, EachRunHasItsOwnExpectedFramesAndTheLastCountAppliesToTheRest) {
   options_.repeat = 2;
   options_.expected_frames = {2, 1};
   library_.events = {{100, SendVideo}, {900, SendVideo}};
@@ -184,7 +184,7 @@ TEST_F(PlayRunTest, EachRunHasItsOwnExpectedFramesAndTheLastCountHoldsForTheRest
   EXPECT_EQ(reports[2].elapsed_ms, 100 + kSettleMs + 7);
 }
 
-TEST_F(PlayRunTest, EachRunAwaitsItsOwnLine) {
+TEST_F(PlayRunTest, EachRunWaitsForItsOwnLine) {
   options_.repeat = 1;
   options_.expected_line = "m";
   library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("m"); }}};
@@ -194,7 +194,7 @@ TEST_F(PlayRunTest, EachRunAwaitsItsOwnLine) {
   EXPECT_EQ(reports[1].elapsed_ms, 100 + kSettleMs + 7);
 }
 
-TEST_F(PlayRunTest, FramesBeforeTheSeekAreNotThoseExpected) {
+TEST_F(PlayRunTest, FramesBeforeTheSeekDoNotCountAsExpected) {
   options_.start_seconds = 5;
   options_.expected_frames = {1};
   library_.events = {{100, SendVideo}};
@@ -204,7 +204,7 @@ TEST_F(PlayRunTest, FramesBeforeTheSeekAreNotThoseExpected) {
   EXPECT_EQ(reports[0].elapsed_ms, 100 + 7 + 100 + kSettleMs + 7);
 }
 
-TEST_F(PlayRunTest, LineBeforeTheSeekIsNotTheOneExpected) {
+TEST_F(PlayRunTest, LineBeforeTheSeekDoesNotCountAsExpected) {
   options_.start_seconds = 5;
   options_.expected_line = "m";
   library_.events = {{100, [](CStreamPlayerImp& player) { player.OnMessage("m"); }},
@@ -239,7 +239,7 @@ TEST_F(PlayRunTest, RepeatStartsTheSameAddressAgain) {
   }
 }
 
-TEST_F(PlayRunTest, InterruptionEndsTheRunAndLeavesOutTheRepeats) {
+TEST_F(PlayRunTest, InterruptionEndsTheRunAndSkipsTheRepeats) {
   options_.repeat = 5;
   options_.idle_exit_seconds = 0.1;
   interrupted_at_ms_ = 150;
@@ -256,7 +256,7 @@ TEST_F(PlayRunTest, StartSeeksAfterTheFirstFrame) {
   const std::vector<RunReport> reports = Play();
   EXPECT_THAT(library_.calls, ElementsAre("begin a.ts", "end", "start 5", "begin a.ts", "end"));
   ASSERT_EQ(reports.size(), 1U);
-  // The frame that was waited for is not counted, and the times are those after the seek.
+  // The frame before the seek is not counted, and times count from the start after the seek.
   EXPECT_EQ(reports[0].record.totals.audio.frames, 1U);
   EXPECT_EQ(reports[0].record.totals.video.frames, 1U);
   EXPECT_EQ(reports[0].time_to_first_frame_ms, 100.0);
@@ -273,7 +273,7 @@ TEST_F(PlayRunTest, StartWithoutAFrameEndsIdleWithoutASeek) {
   EXPECT_EQ(reports[0].reason, EndReason::kIdle);
 }
 
-TEST_F(PlayRunTest, RepeatsAreGivenTheStartPositionDirectly) {
+TEST_F(PlayRunTest, RepeatsSetTheStartPositionDirectly) {
   options_.start_seconds = 5;
   options_.repeat = 1;
   options_.idle_exit_seconds = 0.5;
@@ -301,7 +301,7 @@ TEST_F(PlayRunTest, LinesSentWhileStoppingBelongToTheRun) {
   EXPECT_THAT(reports[0].record.messages, ElementsAre("PLAY TS NO:"));
 }
 
-TEST_F(PlayRunTest, StopTimeIsTold) {
+TEST_F(PlayRunTest, StopTimeIsPrinted) {
   options_.idle_exit_seconds = 0.1;
   Play();
   EXPECT_EQ(output_.Text(), "[0.107 s] EndDownload took 7.0 ms\n");

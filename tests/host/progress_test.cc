@@ -21,7 +21,7 @@ PlayTotals SomeTotals() {
   return totals;
 }
 
-TEST(ProgressTest, TextTellsTimeDurationFramesBytesAndRate) {
+TEST(ProgressTest, TextShowsTimeDurationFramesBytesAndRate) {
   EXPECT_EQ(ProgressText(SomeTotals(), 420'000),
             "12.3 / 60.0 s  300 video  520 audio  1.25 MB  0.42 MB/s");
 }
@@ -32,20 +32,20 @@ TEST(ProgressTest, UnknownDurationIsAQuestionMark) {
 
 TEST(RateMeterTest, FirstSampleHasNoRate) { EXPECT_EQ(RateMeter().Update(1000, 5000), 0); }
 
-TEST(RateMeterTest, RateIsThatOfTheTimePassed) {
+TEST(RateMeterTest, RateIsBytesPerSecondOfTheElapsedTime) {
   RateMeter meter;
   meter.Update(1000, 0);
   EXPECT_DOUBLE_EQ(meter.Update(1500, 1000), 2000);
 }
 
-TEST(RateMeterTest, OldSamplesAreForgotten) {
+TEST(RateMeterTest, OldSamplesAreDropped) {
   RateMeter meter;
   meter.Update(0, 0);
   for (int now = 250; now <= 10'000; now += 250) meter.Update(now, 1'000'000);
   EXPECT_EQ(meter.Update(10'250, 1'000'000), 0);
 }
 
-TEST(ProgressLineTest, DrawsFourTimesASecondAndGoesAway) {
+TEST(ProgressLineTest, DrawsFourTimesASecondAndIsErasedAtTheEnd) {
   const OutputFile output;
   Screen screen(output.get(), {true, false});
   {

@@ -41,7 +41,7 @@ TEST(ScreenTest, ProgressIsErasedBeforeALine) {
   EXPECT_EQ(output.Text(), "12345\r\r     \rline\nnext\n");
 }
 
-TEST(ScreenTest, ShorterProgressLeavesNothingOfTheLongerOne) {
+TEST(ScreenTest, ShorterProgressErasesTheLongerOne) {
   const OutputFile output;
   Screen screen(output.get(), {true, false});
   screen.Progress("12345");
@@ -51,7 +51,7 @@ TEST(ScreenTest, ShorterProgressLeavesNothingOfTheLongerOne) {
   EXPECT_EQ(output.Text(), "12345\r\r     \r123\r\r   \r");
 }
 
-TEST(ScreenTest, ProgressIsCutToWhatFitsOneLine) {
+TEST(ScreenTest, ProgressIsCutToOneLine) {
   const OutputFile output;
   Screen(output.get(), {true, false}).Progress(std::string(200, 'x'));
   EXPECT_EQ(output.Text(), std::string(78, 'x') + '\r');

@@ -1,4 +1,4 @@
-// A host's clock that stands still until a test moves it on.
+// A host clock that stands still until a test advances it.
 #ifndef TESTS_HOST_SIMULATED_CLOCK_H_
 #define TESTS_HOST_SIMULATED_CLOCK_H_
 
@@ -15,8 +15,8 @@
 
 namespace host {
 
-// The time may be read, and waited for, from any thread. Only one thread moves it on, and gives and
-// gets the calls.
+// Any thread may read the time and wait for it. Only one thread advances it, adds calls and runs
+// them.
 class SimulatedClock : public Clock {
  public:
   virtual ~SimulatedClock() = default;
@@ -25,13 +25,13 @@ class SimulatedClock : public Clock {
   void Pause() override { Advance(10); }
   bool WaitUntil(std::unique_lock<std::mutex>& lock, std::condition_variable& changed,
                  double until_ms, const std::function<bool()>& met) const override {
-    // Looks again and again, since the clock does not know who waits.
+    // Polls, because the clock does not know who waits.
     while (!met() && NowMs() < until_ms) changed.wait_for(lock, std::chrono::milliseconds(1));
     return met();
   }
 
   void Advance(double ms) { AdvanceTo(NowMs() + ms); }
-  // Calls what is due until then, each at its moment and in the order of time.
+  // Runs the calls that are due until then, each at its time and in the order of their times.
   void AdvanceTo(double ms) {
     while (!calls_.empty() && calls_.begin()->first <= ms) {
       const auto next = calls_.extract(calls_.begin());
@@ -41,7 +41,7 @@ class SimulatedClock : public Clock {
     now_ms_ = std::max(NowMs(), ms);
   }
 
-  // A call may ask for further ones; it must not move the time on.
+  // A call may add further calls, but must not advance the time.
   void CallAt(double ms, std::function<void()> call) { calls_.emplace(ms, std::move(call)); }
 
  private:

@@ -42,7 +42,7 @@ nlohmann::json JsonOf(const Summary& summary) {
   return nlohmann::json::parse(SummaryJson(summary));
 }
 
-TEST(SummaryTest, JsonTellsTheSumOfOneRun) {
+TEST(SummaryTest, JsonHoldsTheTotalsOfOneRun) {
   const nlohmann::json json = JsonOf(SummaryOf({SomeRun()}));
   EXPECT_EQ(json["address"], "http://h/a.ts");
   EXPECT_EQ(json["exit_status"], 0);
@@ -63,7 +63,7 @@ TEST(SummaryTest, JsonTellsTheSumOfOneRun) {
   EXPECT_EQ(json["dump_complete"], nullptr);
 }
 
-TEST(SummaryTest, JsonTellsEachRunAndTheirSum) {
+TEST(SummaryTest, JsonHoldsEachRunAndTheirTotals) {
   RunReport second;
   second.record.totals.video.Add(FrameOf(900'000, "1"));
   second.reason = EndReason::kStopAfter;
@@ -72,7 +72,7 @@ TEST(SummaryTest, JsonTellsEachRunAndTheirSum) {
   EXPECT_EQ(json["video"]["frames"], 3);
   EXPECT_EQ(json["video"]["last_pts"], 10.0);
   EXPECT_EQ(json["exit_reason"], "stop-after");
-  EXPECT_EQ(json["duration"], 2.5) << "a run that told none does not take it away";
+  EXPECT_EQ(json["duration"], 2.5) << "a run without a duration does not clear it";
   EXPECT_EQ(json["stop_ms"], nlohmann::json({4.5, 1.0, 2.0}));
   ASSERT_EQ(json["runs"].size(), 2U);
   EXPECT_EQ(json["runs"][0]["exit_reason"], "idle");
@@ -104,7 +104,7 @@ TEST(SummaryTest, JsonOfBytesThatAreNotUtf8IsOneLineOfAscii) {
   EXPECT_EQ(json["address"], "file:///\xef\xbf\xbd.ts");
 }
 
-TEST(SummaryTest, DumpThatIsNotCompleteIsToldInJson) {
+TEST(SummaryTest, IncompleteDumpIsReportedInJson) {
   Summary summary = SummaryOf({SomeRun()});
   summary.dump_complete = false;
   EXPECT_EQ(JsonOf(summary)["dump_complete"], false);
@@ -126,7 +126,7 @@ TEST(SummaryTest, NoFrameGivesStatusOneAndTheReason) {
   EXPECT_EQ(ExitLine(SummaryOf({run})), "exit status 1: no frame came; the address was refused");
 }
 
-TEST(SummaryTest, RunThatReceivedWhatItExpectedIsToldInTheExitLine) {
+TEST(SummaryTest, RunThatReceivedTheExpectedIsReportedInTheExitLine) {
   RunReport run = SomeRun();
   run.reason = EndReason::kExpected;
   EXPECT_EQ(ExitLine(SummaryOf({run})),
@@ -134,7 +134,7 @@ TEST(SummaryTest, RunThatReceivedWhatItExpectedIsToldInTheExitLine) {
   EXPECT_EQ(JsonOf(SummaryOf({run}))["exit_reason"], "expected");
 }
 
-TEST(SummaryTest, StopAfterIsToldInTheExitLine) {
+TEST(SummaryTest, StopAfterIsReportedInTheExitLine) {
   RunReport run = SomeRun();
   run.reason = EndReason::kStopAfter;
   Summary summary = SummaryOf({run});
@@ -142,7 +142,7 @@ TEST(SummaryTest, StopAfterIsToldInTheExitLine) {
   EXPECT_THAT(ExitLine(summary), HasSubstr("stopped after 1.500 s"));
 }
 
-TEST(SummaryTest, LinesTellWhatTheJsonTells) {
+TEST(SummaryTest, LinesHoldTheSameAsTheJson) {
   const std::vector<std::string> lines = SummaryLines(SummaryOf({SomeRun()}));
   EXPECT_THAT(lines, Contains("summary of http://h/a.ts"));
   EXPECT_THAT(lines, Contains("  video: 2 frames, 6 bytes, 1.000 s to 3.000 s (2.000 s)"));
@@ -153,7 +153,7 @@ TEST(SummaryTest, LinesTellWhatTheJsonTells) {
   EXPECT_THAT(lines, Contains("  EndDownload took: 4.5 ms"));
 }
 
-TEST(SummaryTest, LinesOfSeveralRunsTellEachOfThem) {
+TEST(SummaryTest, LinesOfSeveralRunsListEachOfThem) {
   const std::vector<std::string> lines = SummaryLines(SummaryOf({SomeRun(), RunReport()}));
   EXPECT_THAT(lines, Contains("  run 0: 2 video and 1 audio frames, nothing came for 3.000 s"));
   EXPECT_THAT(lines, Contains("  run 1: 0 video and 0 audio frames, nothing came for 3.000 s"));

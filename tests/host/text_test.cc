@@ -8,7 +8,7 @@
 namespace host {
 namespace {
 
-TEST(TextTest, FixedTextRoundsToTheDigitsAskedFor) {
+TEST(TextTest, FixedTextRoundsToTheGivenDigits) {
   EXPECT_EQ(FixedText(12.3456, 3), "12.346");
   EXPECT_EQ(FixedText(-0.5, 1), "-0.5");
   EXPECT_EQ(FixedText(1e9, 0), "1000000000");
@@ -36,7 +36,7 @@ TEST(TextTest, ControlBytesBecomeVisible) {
   EXPECT_EQ(PrintableText(std::string("\0", 1)), "\\x00");
 }
 
-TEST(TextTest, Utf8IsLeftAloneAndOtherHighBytesBecomeVisible) {
+TEST(TextTest, Utf8IsKeptAndOtherHighBytesBecomeVisible) {
   EXPECT_EQ(PrintableText("\xc3\xa9 \xe4\xb8\xad \xf0\x9f\x8e\xac"),
             "\xc3\xa9 \xe4\xb8\xad \xf0\x9f\x8e\xac");
   EXPECT_EQ(PrintableText("\xff\xc3(\xe4\xb8"), "\\xff\\xc3(\\xe4\\xb8");
@@ -50,7 +50,7 @@ TEST(TextTest, ControlCharactersOfTwoBytesBecomeVisible) {
   EXPECT_EQ(PrintableText("\xc2\xa0\xc2\xbf"), "\xc2\xa0\xc2\xbf");
 }
 
-TEST(TextTest, CharactersInMoreBytesThanTheyTakeBecomeVisible) {
+TEST(TextTest, OverlongEncodingsBecomeVisible) {
   EXPECT_EQ(PrintableText("\xc0\x9b \xc1\xbf"), "\\xc0\\x9b \\xc1\\xbf");
   EXPECT_EQ(PrintableText("\xe0\x80\x9b"), "\\xe0\\x80\\x9b");
   EXPECT_EQ(PrintableText("\xe0\x9f\xbf"), "\\xe0\\x9f\\xbf");
@@ -65,13 +65,13 @@ TEST(TextTest, SurrogatesBecomeVisible) {
   EXPECT_EQ(PrintableText("\xed\x9f\xbf\xee\x80\x80"), "\xed\x9f\xbf\xee\x80\x80");
 }
 
-TEST(TextTest, NumbersBeyondTheLastCharacterBecomeVisible) {
+TEST(TextTest, CodePointsAboveTheLastOneBecomeVisible) {
   EXPECT_EQ(PrintableText("\xf4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80");
   EXPECT_EQ(PrintableText("\xf5\x80\x80\x80"), "\\xf5\\x80\\x80\\x80");
   EXPECT_EQ(PrintableText("\xf4\x8f\xbf\xbf"), "\xf4\x8f\xbf\xbf");
 }
 
-TEST(TextTest, LaterBytesThatContinueNothingBecomeVisible) {
+TEST(TextTest, IncompleteSequencesBecomeVisible) {
   EXPECT_EQ(PrintableText("\xe4\xb8(\xf0\x9f\x8e("), "\\xe4\\xb8(\\xf0\\x9f\\x8e(");
 }
 

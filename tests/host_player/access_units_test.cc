@@ -9,7 +9,7 @@ namespace {
 
 using Payload = std::vector<std::uint8_t>;
 
-// Each with a long start code.
+// Joins NAL units, each after a long start code.
 Payload Stream(std::initializer_list<Payload> units) {
   Payload stream;
   for (const Payload& unit : units) {
@@ -19,7 +19,8 @@ Payload Stream(std::initializer_list<Payload> units) {
   return stream;
 }
 
-// H.264: parameter sets, the first and a later slice of a key picture and of another one.
+// H.264: parameter sets, a delimiter, and the first and a later slice of a key picture and of
+// another picture.
 const Payload kSps = {0x67, 0x64};
 const Payload kPps = {0x68, 0xEE};
 const Payload kDelimiter = {0x09, 0xF0};
@@ -93,7 +94,7 @@ TEST(AccessUnitsTest, RestOfAUnitBeforeAStartCodeIsKept) {
   EXPECT_EQ(complete[0].data, expected);
 }
 
-TEST(AccessUnitsTest, WhatComesBeforeTheFirstEntryIsLeftOutAndCounted) {
+TEST(AccessUnitsTest, FramesBeforeTheFirstEntryPointAreDroppedAndCounted) {
   AccessUnitGatherer gatherer;
   for (std::uint64_t time = 1; time <= 3; ++time) {
     EXPECT_TRUE(gatherer.Add(Frame({kPicture}, time)).empty());
@@ -103,7 +104,7 @@ TEST(AccessUnitsTest, WhatComesBeforeTheFirstEntryIsLeftOutAndCounted) {
   EXPECT_EQ(gatherer.left_out(), 3U);
 }
 
-TEST(AccessUnitsTest, AfterAnEndAnEntryIsAwaitedAgain) {
+TEST(AccessUnitsTest, AfterAnEndTheNextEntryPointIsAwaited) {
   AccessUnitGatherer gatherer;
   gatherer.Add(Frame({kSps, kPps, kKey}, 1));
   EXPECT_EQ(gatherer.Finish().size(), 1U);
@@ -113,7 +114,7 @@ TEST(AccessUnitsTest, AfterAnEndAnEntryIsAwaitedAgain) {
   EXPECT_EQ(gatherer.left_out(), 1U);
 }
 
-TEST(AccessUnitsTest, CodecIsToldByParameterSets) {
+TEST(AccessUnitsTest, CodecIsRecognisedByParameterSets) {
   AccessUnitGatherer h264;
   EXPECT_FALSE(h264.codec().has_value());
   h264.Add(Frame({kDelimiter, kSps, kPps, kKey}, 0));
@@ -123,7 +124,7 @@ TEST(AccessUnitsTest, CodecIsToldByParameterSets) {
   EXPECT_EQ(h265.codec(), VideoCodec::kH265);
 }
 
-TEST(AccessUnitsTest, H265PicturesAreToldApart) {
+TEST(AccessUnitsTest, H265PicturesAreSeparated) {
   AccessUnitGatherer gatherer;
   const auto complete = gatherer.Add(Frame({kVps265, kSps265, kKey265, kPicture265}, 0));
   ASSERT_EQ(complete.size(), 1U);
@@ -140,7 +141,7 @@ TEST(AccessUnitsTest, StreamOfAnotherCodecIsNotKept) {
   EXPECT_EQ(gatherer.left_out(), 100U);
 }
 
-TEST(AccessUnitsTest, UnitThatNeverEndsIsCut) {
+TEST(AccessUnitsTest, EndlessUnitIsTruncated) {
   AccessUnitGatherer gatherer;
   gatherer.Add(Frame({kSps, kPps, kKey}, 0));
   constexpr std::size_t kPiece = std::size_t{1} << 20;
@@ -153,7 +154,7 @@ TEST(AccessUnitsTest, UnitThatNeverEndsIsCut) {
   EXPECT_EQ(complete[0].data.size(), AccessUnitGatherer::kMostBytes);
 }
 
-TEST(AccessUnitsTest, FrameWithoutStartCodeGivesNothing) {
+TEST(AccessUnitsTest, FrameWithoutStartCodeGivesNoUnit) {
   AccessUnitGatherer gatherer;
   EXPECT_TRUE(gatherer.Add({{}, 0, 0}).empty());
   EXPECT_TRUE(gatherer.Add({{0, 0}, 1, 1}).empty());

@@ -1,4 +1,4 @@
-"""A display of a test's own, and what can be seen and pressed on it."""
+"""A display of its own for a test: shows windows, reads their colours and titles, and presses keys."""
 
 import os
 import subprocess
@@ -10,7 +10,7 @@ _TOOL_LIMIT_SECONDS = 20
 
 
 class Display:
-    """Xvfb, which picks a free number itself."""
+    """Xvfb, which chooses a free display number itself."""
 
     def __init__(self, directory):
         self._directory = directory
@@ -27,18 +27,18 @@ class Display:
                                             stderr=log, pass_fds=[write_end])
         os.close(write_end)
         with os.fdopen(read_end) as numbers:
-            number = numbers.readline().strip()  # comes when the display is ready
+            number = numbers.readline().strip()  # is written when the display is ready
         if not number:
             raise RuntimeError("Xvfb does not start: " + (self._directory / "xvfb.log").read_text())
         self.name = f":{number}"
         return self
 
     def start_window_manager(self):
-        """Windows are shown full screen by it, and not by the display itself."""
+        """Starts the window manager that full screen windows need."""
         self._manager = subprocess.Popen(
             ["openbox", "--sm-disable"], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL, env={**os.environ, "DISPLAY": self.name})
-        # Without a window manager there are none.
+        # Without a window manager there are no desktops.
         wait_until(lambda: self._tool("get_num_desktops", check=False).strip() not in ("", "0"),
                    "openbox manages the display")
 
@@ -50,11 +50,11 @@ class Display:
         self._server.wait(timeout=30)
 
     def press(self, key):
-        """Goes to the window under the pointer, which stands in the middle."""
+        """Presses a key in the window under the pointer, which is in the middle of the display."""
         self._tool("key", key)
 
     def windows(self):
-        """The titles of all windows that have one, by their numbers."""
+        """The titles of all windows that have one, by window number."""
         found = self._tool("search", "--name", ".", check=False).split()
         return {window: self._tool("getwindowname", window, check=False).strip()
                 for window in found}
@@ -70,7 +70,7 @@ class Display:
         self._tool("windowsize", window, str(width), str(height))
 
     def colour(self, x=512, y=384):
-        """Red, green and blue of a place; the middle of the screen is the middle of the window."""
+        """Red, green and blue at a position. The middle of the screen is the middle of the window."""
         command = ["ffmpeg", "-nostdin", "-v", "error", "-f", "x11grab", "-draw_mouse", "0",
                    "-video_size", "2x2", "-i", f"{self.name}+{x},{y}", "-frames:v", "1",
                    "-f", "rawvideo", "-pix_fmt", "rgb24", "-"]
@@ -89,7 +89,7 @@ class Display:
 
 
 def colour_name(colour):
-    """Codecs and conversions change colours a little."""
+    """The name of a colour. Codecs and conversions change colours a little, so it is only approximate."""
     bright = tuple(value > 128 for value in colour)
     names = {(True, False, False): "red", (False, True, False): "green",
              (False, False, True): "blue", (False, False, False): "black"}

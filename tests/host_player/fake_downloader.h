@@ -1,4 +1,4 @@
-// A component that plays nothing and notes what it is asked for.
+// A downloader that plays nothing and records its calls.
 #ifndef TESTS_HOST_PLAYER_FAKE_DOWNLOADER_H_
 #define TESTS_HOST_PLAYER_FAKE_DOWNLOADER_H_
 

@@ -1,4 +1,4 @@
-// A frame as the component hands it over.
+// A frame as the component delivers it.
 #ifndef TESTS_HOST_PLAYER_FRAME_AT_H_
 #define TESTS_HOST_PLAYER_FRAME_AT_H_
 
@@ -9,7 +9,7 @@
 
 namespace player {
 
-// `payload` is borrowed, as it is from the component.
+// The frame refers to `payload` and does not copy it, as with frames of the component.
 inline MediaFrame FrameAt(std::uint64_t pts, std::string_view payload) {
   MediaFrame frame{};
   frame.pts = pts;

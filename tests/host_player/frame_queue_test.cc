@@ -17,7 +17,7 @@ MediaUnit UnitAt(double seconds, std::size_t size = 10) {
   return {std::vector<std::uint8_t>(size), ticks, ticks};
 }
 
-// A thread that pushes, and whether that is over.
+// A thread that pushes a unit, and whether its push has returned.
 class Pusher {
  public:
   Pusher(FrameQueue& queue, Kind kind, MediaUnit unit)
@@ -40,7 +40,7 @@ class Pusher {
 
 class FrameQueueTest : public testing::Test {
  protected:
-  // Fills both lanes to the brim.
+  // Fills both lanes completely.
   void FillBoth() {
     for (const Kind kind : {Kind::kAudio, Kind::kVideo}) {
       ASSERT_TRUE(queue_.Push(kind, UnitAt(0)));
@@ -60,7 +60,7 @@ class FrameQueueTest : public testing::Test {
   FrameQueue queue_{{2, 100'000, 300'000}};
 };
 
-TEST_F(FrameQueueTest, UnitsComeOutInTheirOrderKindByKind) {
+TEST_F(FrameQueueTest, UnitsOfEachKindArePoppedInOrder) {
   queue_.Push(Kind::kVideo, UnitAt(0.2));
   queue_.Push(Kind::kAudio, UnitAt(0.1));
   queue_.Push(Kind::kVideo, UnitAt(0.1));
@@ -70,7 +70,7 @@ TEST_F(FrameQueueTest, UnitsComeOutInTheirOrderKindByKind) {
   EXPECT_FALSE(Pop(Kind::kAudio).has_value());
 }
 
-TEST_F(FrameQueueTest, FullLaneMakesTheGiverWaitUntilThereIsRoom) {
+TEST_F(FrameQueueTest, FullLaneBlocksTheProducerUntilThereIsSpace) {
   FillBoth();
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
   EXPECT_FALSE(Pop(Kind::kVideo)->pts > 0);
@@ -80,10 +80,10 @@ TEST_F(FrameQueueTest, FullLaneMakesTheGiverWaitUntilThereIsRoom) {
   EXPECT_EQ(Pop(Kind::kVideo)->pts, 189'000U);
 }
 
-TEST_F(FrameQueueTest, NothingIsTakenWhileTheLaneIsFull) {
+TEST_F(FrameQueueTest, NothingIsPushedWhileTheLaneIsFull) {
   FillBoth();
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
-  // The other lane moves meanwhile; it does not run empty.
+  // Units pass through the other lane meanwhile; it does not become empty.
   for (int i = 0; i < 50; ++i) {
     ASSERT_TRUE(Pop(Kind::kAudio).has_value());
     ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(2)));
@@ -101,31 +101,31 @@ TEST_F(FrameQueueTest, LaneIsFullByBytesToo) {
   EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
 }
 
-TEST_F(FrameQueueTest, UnitsWithoutAByteTakeRoomToo) {
+TEST_F(FrameQueueTest, EmptyUnitsTakeSpaceToo) {
   for (int i = 0; i < 2'000 && !queue_.IsFull(Kind::kVideo); ++i) {
     queue_.Push(Kind::kVideo, UnitAt(0, 0));
   }
   EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
 }
 
-TEST_F(FrameQueueTest, TimeThatJumpsBackCountsAsTime) {
+TEST_F(FrameQueueTest, TimeThatJumpsBackFillsTheLaneToo) {
   queue_.Push(Kind::kVideo, UnitAt(100));
   queue_.Push(Kind::kVideo, UnitAt(1));
   EXPECT_TRUE(queue_.IsFull(Kind::kVideo));
 }
 
-TEST_F(FrameQueueTest, FullLaneGoesOnWhileTheOtherStarves) {
+TEST_F(FrameQueueTest, FullLaneAcceptsUnitsWhileTheOtherIsEmpty) {
   FillBoth();
   while (Pop(Kind::kAudio)) {
   }
   ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3)));
   ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(4)));
-  // Audio behind all this video can come at last.
+  // Audio that follows all this video can then be pushed.
   ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(0.1)));
   EXPECT_TRUE(Pop(Kind::kAudio).has_value());
 }
 
-TEST_F(FrameQueueTest, GiverThatWaitsGoesOnWhenTheOtherLaneRunsEmpty) {
+TEST_F(FrameQueueTest, BlockedProducerContinuesWhenTheOtherLaneBecomesEmpty) {
   FillBoth();
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
   while (Pop(Kind::kAudio)) {
@@ -134,7 +134,7 @@ TEST_F(FrameQueueTest, GiverThatWaitsGoesOnWhenTheOtherLaneRunsEmpty) {
   EXPECT_TRUE(pusher.taken());
 }
 
-TEST_F(FrameQueueTest, StarvingLaneDoesNotLiftTheHardLimit) {
+TEST_F(FrameQueueTest, EmptyLaneDoesNotLiftTheHardLimit) {
   FillBoth();
   while (Pop(Kind::kAudio)) {
   }
@@ -145,7 +145,7 @@ TEST_F(FrameQueueTest, StarvingLaneDoesNotLiftTheHardLimit) {
   EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
 }
 
-TEST_F(FrameQueueTest, StreamOfOneKindIsBoundedAsWell) {
+TEST_F(FrameQueueTest, StreamOfOneKindIsLimitedToo) {
   queue_.Push(Kind::kVideo, UnitAt(0));
   queue_.Push(Kind::kVideo, UnitAt(2));
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(3));
@@ -154,7 +154,7 @@ TEST_F(FrameQueueTest, StreamOfOneKindIsBoundedAsWell) {
   EXPECT_FALSE(pusher.taken());
 }
 
-TEST_F(FrameQueueTest, CloseLetsGiversOfBothKindsAndTakersGo) {
+TEST_F(FrameQueueTest, CloseReleasesProducersOfBothKindsAndConsumers) {
   FillBoth();
   const Pusher video(queue_, Kind::kVideo, UnitAt(3));
   const Pusher audio(queue_, Kind::kAudio, UnitAt(3));
@@ -164,7 +164,7 @@ TEST_F(FrameQueueTest, CloseLetsGiversOfBothKindsAndTakersGo) {
   EXPECT_FALSE(queue_.Push(Kind::kVideo, UnitAt(0)));
 }
 
-TEST_F(FrameQueueTest, EndLetsATakerGoThatAskedForIt) {
+TEST_F(FrameQueueTest, EndReleasesAConsumerThatStopsAtTheEnd) {
   std::atomic<bool> over{false};
   std::thread taker([&] {
     EXPECT_FALSE(queue_.Pop(Kind::kVideo, true).has_value());
@@ -176,7 +176,7 @@ TEST_F(FrameQueueTest, EndLetsATakerGoThatAskedForIt) {
   taker.join();
 }
 
-TEST_F(FrameQueueTest, UnitAfterTheEndIsTakenAllTheSame) {
+TEST_F(FrameQueueTest, UnitAfterTheEndIsStillPopped) {
   queue_.SetEnded(true);
   std::atomic<std::uint64_t> pts{0};
   std::thread taker([&] { pts = queue_.Pop(Kind::kVideo, false)->pts; });
@@ -185,7 +185,7 @@ TEST_F(FrameQueueTest, UnitAfterTheEndIsTakenAllTheSame) {
   taker.join();
 }
 
-TEST_F(FrameQueueTest, QueueIsIdleOnlyWhenTheLastUnitIsDoneWith) {
+TEST_F(FrameQueueTest, QueueIsIdleOnlyOnceTheLastUnitIsProcessed) {
   EXPECT_TRUE(queue_.IsIdle());
   queue_.Push(Kind::kAudio, UnitAt(0));
   EXPECT_FALSE(queue_.IsIdle());

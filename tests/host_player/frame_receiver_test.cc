@@ -51,7 +51,7 @@ TEST_F(FrameReceiverTest, WithoutMemoryNoCallThrowsAndEachIsAnError) {
   EXPECT_EQ(counts_.errors, host::kEveryCall);
 }
 
-TEST_F(FrameReceiverTest, NewestOfEachIsKept) {
+TEST_F(FrameReceiverTest, NewestOfEachValueIsKept) {
   receiver_.OnDuration(3);
   receiver_.OnDuration(4);
   receiver_.OnBufferedTime(2);
@@ -73,7 +73,7 @@ TEST_F(FrameReceiverTest, OriginIsTheEarlierOfTheFirstFrames) {
   EXPECT_DOUBLE_EQ(*receiver_.FarthestSeconds(), 2);
 }
 
-TEST_F(FrameReceiverTest, OriginThatIsKeptDoesNotMove) {
+TEST_F(FrameReceiverTest, KeptOriginDoesNotMove) {
   receiver_.OnVideoFrame(FrameAt(180'000, "v"));
   receiver_.KeepOrigin();
   receiver_.OnAudioFrame(FrameAt(0, "a"));

@@ -1,5 +1,5 @@
-// Picture and sound, from the decoders to the window and the device: what can be seen is compared
-// with what the device plays at that very moment.
+// Picture and sound, from the decoders to the window and the device. Each picture is compared with
+// the sound that the device plays at the moment when the picture becomes visible.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -21,7 +21,7 @@ constexpr double kSample = 1.0 / kSoundRate;
 constexpr double kPictureSeconds = DecodedStream::kPictureSeconds;
 constexpr double kPiece = DecodedStream::kPieceSeconds;
 
-// The numbers from `first` to before `end`.
+// The numbers from `first` up to `end`, without `end`.
 std::vector<std::size_t> Range(std::size_t first, std::size_t end) {
   std::vector<std::size_t> numbers;
   for (std::size_t i = first; i < end; ++i) numbers.push_back(i);
@@ -44,7 +44,8 @@ class InStepTest : public testing::Test {
     EXPECT_THAT(shown, Pointwise(DoubleNear(kExact), times));
   }
 
-  // The device plays the sound of just that time when the picture can be seen.
+  // Expects the device to play the sound of the picture's time at the moment when the picture
+  // becomes visible.
   void ExpectExact(const std::vector<std::size_t>& places, double tolerance = kExact) const {
     for (const std::size_t place : places) {
       ASSERT_TRUE(ShownAs(place).sound.has_value()) << place;
@@ -52,7 +53,7 @@ class InStepTest : public testing::Test {
     }
   }
 
-  // What the player compared is what the device played, and it compared these pictures.
+  // Expects the player to have compared these pictures, each with the sound that the device played.
   void ExpectCompared(const std::vector<std::size_t>& places) const {
     ASSERT_EQ(play_.compared().size(), places.size());
     double apart = 0;
@@ -73,30 +74,31 @@ TEST_F(InStepTest, PictureAndSoundStartTogether) {
   const DecodedStream stream = DecodedStream().Pictures(1.4, 100).Sound(1.4, 190);
   play_.Run(stream);
   ExpectShown(TimesOf(stream.pictures));
-  // The first is shown at once; the first sound is heard when the device has played its silence.
+  // The first picture is shown at once. The first sound is heard once the device has played its
+  // silence.
   EXPECT_EQ(ShownAs(0).at, 0);
   EXPECT_FALSE(ShownAs(0).sound.has_value());
   ExpectExact(Range(1, 100));
   ExpectCompared(Range(1, 100));
 }
 
-TEST_F(InStepTest, SoundThatBeginsLaterMeetsThePictures) {
+TEST_F(InStepTest, SoundThatBeginsLaterIsInStepWithThePictures) {
   play_.Run(DecodedStream().Pictures(1.4, 50).Sound(1.91, 80));
   EXPECT_FALSE(ShownAs(12).sound.has_value());
   ExpectExact(Range(13, 50), 2 * kSample);
   ExpectCompared(Range(13, 50));
 }
 
-TEST_F(InStepTest, PicturesThatBeginLaterMeetTheSound) {
+TEST_F(InStepTest, PicturesThatBeginLaterAreInStepWithTheSound) {
   play_.Run(DecodedStream().Pictures(1.91, 50).Sound(1.4, 120));
   ASSERT_EQ(play_.shown().size(), 50U);
   ExpectExact(Range(0, 50));
   ExpectCompared(Range(0, 50));
 }
 
-// Decode order I P B B P, as it leaves the decoder: I B B P P. Only the times of decoding are
-// known, as in FLV.
-TEST_F(InStepTest, PicturesThatAreDecodedInAnotherOrderAreInStep) {
+// Decode order I P B B P; the decoder outputs I B B P P. Only the decode times are known, as in
+// FLV.
+TEST_F(InStepTest, ReorderedPicturesAreInStep) {
   constexpr std::uint64_t kStep = 3600;
   constexpr std::uint64_t kFirst = 126'000;
   const std::vector<std::uint64_t> order = {0, 2, 3, 1, 4};
@@ -112,25 +114,26 @@ TEST_F(InStepTest, PicturesThatAreDecodedInAnotherOrderAreInStep) {
     }
   }
   play_.Run(stream.Sound(1.4, 250));
-  // Shown in the order in which they left the decoder, evenly, two pictures after the decoding.
+  // Shown in the output order of the decoder, evenly spaced, two pictures later than the decode
+  // times.
   ExpectShown(TimesOf(DecodedStream().Pictures(1.4 + 2 * kPictureSeconds, 100).pictures));
   ExpectExact(Range(0, 100));
 }
 
-TEST_F(InStepTest, JumpOnLeavesEachPictureItsSound) {
+TEST_F(InStepTest, JumpForwardKeepsPicturesAndSoundInStep) {
   const DecodedStream stream =
       DecodedStream().Pictures(1.4, 25).Pictures(101.4, 25).Sound(1.4, 47).Sound(101.4, 50);
   play_.Run(stream);
   ExpectShown(TimesOf(stream.pictures));
   ExpectExact(Range(1, 25));
-  // The first after the jump waits for the sound, and is shown within one turn of the loop.
+  // The first picture after the jump waits for the sound, and is shown within one turn of the loop.
   EXPECT_GE(*ShownAs(25).sound, 101.4 - kExact);
   EXPECT_LE(*ShownAs(25).sound, 101.41 + kExact);
   ExpectExact(Range(26, 50));
   ExpectCompared(Range(1, 50));
 }
 
-TEST_F(InStepTest, JumpBackLeavesEachPictureItsSound) {
+TEST_F(InStepTest, JumpBackKeepsPicturesAndSoundInStep) {
   const DecodedStream stream =
       DecodedStream().Pictures(101.4, 25).Pictures(1.4, 25).Sound(101.4, 47).Sound(1.4, 50);
   play_.Run(stream);
@@ -142,7 +145,7 @@ TEST_F(InStepTest, JumpBackLeavesEachPictureItsSound) {
   ExpectCompared(Range(1, 50));
 }
 
-// The device has the sound of after the jump already, and plays that of before it.
+// The device already has sound from after the jump, and still plays sound from before it.
 TEST_F(InStepTest, LastPictureBeforeAJumpIsShownWithTheSoundBeforeIt) {
   const DecodedStream stream =
       DecodedStream().Pictures(1.422, 10).Pictures(101.4, 25).Sound(1.4, 18).Sound(101.4, 50);
@@ -153,8 +156,9 @@ TEST_F(InStepTest, LastPictureBeforeAJumpIsShownWithTheSoundBeforeIt) {
   ExpectExact(Range(11, 35));
 }
 
-// Two pictures are left when the sound is there: the first after the jump is too late then.
-TEST_F(InStepTest, SoundThatJumpsFirstDoesNotHoldThePictures) {
+// Two pictures are left when the sound has jumped; by then the first picture after the jump is
+// late.
+TEST_F(InStepTest, SoundThatJumpsFirstDoesNotDelayThePictures) {
   play_.Run(DecodedStream().Pictures(1.4, 20).Pictures(101.4, 50).Sound(1.4, 33).Sound(101.4, 100));
   EXPECT_EQ(play_.counts().passed_over, 1U);
   ExpectExact(Range(1, 18));
@@ -169,7 +173,7 @@ TEST_F(InStepTest, SoundThatJumpsFirstDoesNotHoldThePictures) {
   ExpectCompared(compared);
 }
 
-TEST_F(InStepTest, PictureThatIsSeenAfterAJumpIsNotComparedWithItsSound) {
+TEST_F(InStepTest, PictureFromBeforeAJumpIsNotComparedWithSoundFromAfterIt) {
   for (const double after : {101.4, -98.6}) {
     SimulatedPlay play;
     const double before = after > 0 ? 1.4 : 101.4;
@@ -186,17 +190,18 @@ TEST_F(InStepTest, PictureThatIsSeenAfterAJumpIsNotComparedWithItsSound) {
       EXPECT_NE(picture, seen_late.picture);
       EXPECT_LE(std::abs(picture - sound), 0.05);
     }
-    EXPECT_EQ(play.compared().size(), play.shown().size() - 2);  // but for the first, before any
+    // Not compared: this picture, and the first one, which was shown before any sound.
+    EXPECT_EQ(play.compared().size(), play.shown().size() - 2);
   }
 }
 
-TEST_F(InStepTest, PicturesThatNeverGetToTheTimesOfTheSoundAreNotCompared) {
+TEST_F(InStepTest, PicturesThatNeverReachTheTimesOfTheSoundAreNotCompared) {
   play_.Run(DecodedStream().Pictures(0, 150).Sound(50, 250));
   EXPECT_EQ(play_.counts().shown, 150U);
   EXPECT_FALSE(play_.counts().compared);
 }
 
-TEST_F(InStepTest, StallHoldsBothAndTheyGoOnInStep) {
+TEST_F(InStepTest, StallStopsBothAndTheyContinueInStep) {
   constexpr double kStallMs = 2000;
   const DecodedStream stream = DecodedStream()
                                    .Pictures(1.4, 10)
@@ -212,7 +217,7 @@ TEST_F(InStepTest, StallHoldsBothAndTheyGoOnInStep) {
   ExpectCompared(Range(1, 25));
 }
 
-TEST_F(InStepTest, PauseHoldsBothAndTheyGoOnInStep) {
+TEST_F(InStepTest, PauseStopsBothAndTheyContinueInStep) {
   const DecodedStream stream = DecodedStream().Pictures(1.4, 50).Sound(1.4, 100);
   play_.CommandAt(0.211, Command::kPause);
   play_.CommandAt(60.005, Command::kPause);
@@ -224,7 +229,7 @@ TEST_F(InStepTest, PauseHoldsBothAndTheyGoOnInStep) {
   ExpectCompared(Range(1, 50));
 }
 
-TEST_F(InStepTest, SeekLeadsToPicturesAndSoundOfTheNewPosition) {
+TEST_F(InStepTest, SeekPlaysPicturesAndSoundOfTheNewPosition) {
   play_.CommandAt(0.211, Command::kForward);
   double sought = 0;
   play_.Run([&sought](double start_seconds) {
@@ -266,7 +271,7 @@ TEST_F(InStepTest, LatePicturesAreSkippedUntilOneIsInStep) {
   ExpectCompared(Range(1, 48));
 }
 
-TEST_F(InStepTest, UnevenDeviceLeavesPicturesWithinHalfAPicture) {
+TEST_F(InStepTest, UnevenDeviceKeepsPicturesWithinHalfAPictureOfTheSound) {
   play_.device().AskUnevenly({0, 7, 3, 12, 1});
   play_.Run(DecodedStream().Pictures(1.4, 100).Sound(1.4, 200));
   EXPECT_EQ(play_.shown().size(), 100U);

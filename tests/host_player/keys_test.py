@@ -1,4 +1,4 @@
-"""The keys."""
+"""The keys of the player."""
 
 from player import PlayerCase, make_colours, seconds_of
 
@@ -25,7 +25,7 @@ class SeekKeysTest(PlayerCase):
         self.display.await_colour("red")
         self.display.press("Right")
         self.display.await_colour("green")
-        title = self.await_title(lambda title: title["state"] is None, "that it plays")
+        title = self.await_title(lambda title: title["state"] is None, "that it is playing")
         self.assertGreaterEqual(seconds_of(title["position"]), 10)
         self.display.press("Left")
         self.display.await_colour("red")
@@ -33,7 +33,7 @@ class SeekKeysTest(PlayerCase):
         self.assert_ends(run)
         self.assertEqual(run.summary()["errors"], 0, run.summary())
         starts = [line for line in server.requests(3) if line.startswith(f"/{name} ")]
-        self.assertGreaterEqual(len(starts), 3)  # the first, and one for each key
+        self.assertGreaterEqual(len(starts), 3)  # the first start, and one for each key
 
 
 class OtherKeysTest(PlayerCase):
@@ -42,16 +42,16 @@ class OtherKeysTest(PlayerCase):
         make_colours(self.www / "sample.ts", ["red"], 12)
         self.address = self.serve().url("sample.ts")
 
-    def test_space_pauses_and_goes_on(self):
+    def test_space_pauses_and_resumes(self):
         self.start_player(self.address)
         self.display.await_colour("red")
         self.display.press("space")
         held = seconds_of(self.await_state("paused")["position"])
-        # More is received meanwhile than a player that does not pause would leave waiting.
+        # During the pause more is received than a playing player would leave pending.
         self.await_title(lambda title: seconds_of(title["buffered"]) >= held + 5, "full queues")
         self.assertEqual(seconds_of(self.title()["position"]), held)
         self.display.press("space")
-        self.await_title(lambda title: seconds_of(title["position"]) > held, "that it goes on")
+        self.await_title(lambda title: seconds_of(title["position"]) > held, "a later position")
 
     def test_full_screen_and_back(self):
         self.display.start_window_manager()
@@ -63,17 +63,17 @@ class OtherKeysTest(PlayerCase):
         self.display.press("f")
         self.display.await_colour("black", x=140, y=740)
 
-    def test_player_that_is_paused_with_all_queues_full_ends(self):
+    def test_paused_player_with_full_queues_ends(self):
         run = self.start_player(self.address)
         self.display.await_colour("red")
         self.display.press("space")
         self.await_state("paused")
-        # So much waits in the player that the calls of the component wait for room.
+        # So much is pending in the player that the calls of the component wait for space.
         self.await_title(lambda title: seconds_of(title["buffered"]) >= 5, "full queues")
         self.display.press("Escape")
         self.assert_ends(run)
 
-    def test_start_position_is_sought(self):
+    def test_playback_starts_at_the_start_position(self):
         make_colours(self.www / "other.ts", ["red", "lime"], 10)
         self.start_player(self.serve_again("other.ts"), "--start", "11")
         self.display.await_colour("green")

@@ -1,4 +1,4 @@
-"""What is said when something is missing."""
+"""What the player prints and how it ends when something is missing."""
 
 from player import PlayerCase, make_colours
 
@@ -9,7 +9,7 @@ class MissingTest(PlayerCase):
         make_colours(self.www / "sample.ts", ["red", "blue"], 1)
         self.address = self.serve().url("sample.ts")
 
-    def test_no_display_is_one_line(self):
+    def test_missing_display_is_reported_in_one_line(self):
         for name in (None, ":9999"):
             with self.subTest(name):
                 run = self.start_player(self.address, "--exit", DISPLAY=name, XDG_RUNTIME_DIR=None)
@@ -17,7 +17,7 @@ class MissingTest(PlayerCase):
                 (line,) = run.error_lines()
                 self.assertTrue(line.startswith("stream_player: there is no display: "), line)
 
-    def test_no_sound_device_is_one_line_and_it_plays_on(self):
+    def test_missing_sound_device_is_reported_in_one_line_and_playback_continues(self):
         run = self.play_to_end(self.address, SDL_AUDIODRIVER="none")
         (line,) = run.error_lines()
         self.assertTrue(line.startswith("stream_player: there is no sound device"), line)
@@ -32,7 +32,7 @@ class MissingTest(PlayerCase):
         self.assertEqual(summary["sounds"], 0)
         self.assertIsNone(summary["apart"])
 
-    def test_nothing_there_ends_with_another_exit_code(self):
+    def test_missing_stream_ends_with_another_exit_code(self):
         for options in ((), ("--start", "2")):
             with self.subTest(options):
                 run = self.start_player(self.address.replace("sample", "nothing"), "--exit", *options,

@@ -1,10 +1,10 @@
-"""What is seen in the window."""
+"""What is visible in the window."""
 
 from player import PlayerCase, make_colours, seconds_of
 
 
 class PictureTest(PlayerCase):
-    def test_pictures_are_shown_one_after_the_other(self):
+    def test_pictures_are_shown_in_order(self):
         make_colours(self.www / "sample.ts", ["red", "blue"], 3)
         run = self.start_player(self.serve().url("sample.ts"))
         self.display.await_colour("red")
@@ -28,13 +28,13 @@ class PictureTest(PlayerCase):
         self.display.await_colour("red")
         self.assertEqual(self.display.size_of_window(), (320, 240))
         self.display.resize_window(320, 300)
-        # The window's upper edge stays where it was: 384 - 120.
+        # The upper edge of the window stays at 384 - 120.
         self.display.await_colour("black", x=512, y=270)
         self.display.await_colour("red", x=512, y=310)
         self.display.press("Escape")
         self.assert_ends(run)
 
-    def test_title_tells_time_duration_and_status(self):
+    def test_title_shows_time_duration_and_status(self):
         make_colours(self.www / "sample.mp4", ["red"], 6)
         address = self.serve().url("sample.mp4")
         run = self.start_player(address)

@@ -7,7 +7,7 @@
 namespace player {
 namespace {
 
-// Decode order I P B B P, as it leaves the decoder: I B B P P.
+// Decode order I P B B P; the decoder outputs I B B P P.
 const std::vector<std::uint64_t> kOrder = {0, 2, 3, 1, 4};
 constexpr std::uint64_t kStep = 3600;
 constexpr std::uint64_t kSecond = 90'000;
@@ -21,7 +21,7 @@ std::vector<std::uint64_t> TimesOf(PictureTimes& times, int depth) {
   return shown;
 }
 
-// So many times, a step apart.
+// `count` times, one step apart.
 std::vector<std::uint64_t> Steady(std::uint64_t first, std::size_t count,
                                   std::uint64_t step = kStep) {
   std::vector<std::uint64_t> times;
@@ -40,8 +40,9 @@ std::vector<std::uint64_t> Later(std::vector<std::uint64_t> times, std::uint64_t
   return times;
 }
 
-// Sends groups in kOrder, each begun by a key picture, with these decoding times, through a decoder
-// that holds two pictures back. Returns when they are shown, in the order of showing.
+// Sends groups of pictures with these decode times through a decoder that holds back two pictures.
+// Each group begins with a key picture and is output in kOrder. Returns the times at which the
+// pictures are shown, in output order.
 std::vector<std::uint64_t> ShownOf(PictureTimes& times, const std::vector<std::uint64_t>& sent) {
   constexpr std::size_t kDepth = 2;
   std::vector<std::uint64_t> shown;
@@ -63,12 +64,12 @@ void ExpectEachLaterByTwoSteps(const std::vector<std::uint64_t>& sent, std::uint
   EXPECT_EQ(ShownOf(times, sent), Later(sent, 2 * step));
 }
 
-TEST(PictureTimesTest, DecodingTimesAreGivenInOrder) {
+TEST(PictureTimesTest, DecodeTimesAreAssignedInOrder) {
   PictureTimes times(false);
   EXPECT_EQ(TimesOf(times, 2), (std::vector<std::uint64_t>{0, 1, 2, 3, 4}));
 }
 
-TEST(PictureTimesTest, PicturesShownLaterAreLateByTheDepth) {
+TEST(PictureTimesTest, PicturesAreDelayedByTheDepth) {
   PictureTimes times(true);
   EXPECT_EQ(TimesOf(times, 2), (std::vector<std::uint64_t>{2, 3, 4, 5, 6}));
 }
@@ -78,7 +79,7 @@ TEST(PictureTimesTest, StreamInOrderKeepsItsTimes) {
   EXPECT_EQ(TimesOf(times, 0), kOrder);
 }
 
-TEST(PictureTimesTest, PresentationTimesAreTakenAsTheyAre) {
+TEST(PictureTimesTest, PresentationTimesAreNotChanged) {
   PictureTimes times(true);
   times.Sent(2 * kStep, 0);
   times.Sent(5 * kStep, kStep);
@@ -88,26 +89,28 @@ TEST(PictureTimesTest, PresentationTimesAreTakenAsTheyAre) {
   EXPECT_EQ(times.TimeOf(5 * kStep, false, 2), 5 * kStep);
 }
 
-TEST(PictureTimesTest, EvenPaceIsKeptForLong) { ExpectEachLaterByTwoSteps(Steady(0, 300)); }
+TEST(PictureTimesTest, EvenPaceIsKeptOverManyPictures) {
+  ExpectEachLaterByTwoSteps(Steady(0, 300));
+}
 
-TEST(PictureTimesTest, SlowStreamIsLateByItsOwnSteps) {
+TEST(PictureTimesTest, SlowStreamIsDelayedByItsOwnSteps) {
   constexpr std::uint64_t kSlow = 2 * kSecond;
   ExpectEachLaterByTwoSteps(Steady(0, 20, kSlow), kSlow);
 }
 
-TEST(PictureTimesTest, GapAtAKeyPictureDoesNotDelayWhatFollows) {
+TEST(PictureTimesTest, GapAtAKeyPictureDoesNotDelayLaterPictures) {
   ExpectEachLaterByTwoSteps(Joined(Steady(0, 100), Steady(34 * kSecond, 50)));
 }
 
-TEST(PictureTimesTest, GapBetweenKeyPicturesDoesNotDelayWhatFollows) {
+TEST(PictureTimesTest, GapBetweenKeyPicturesDoesNotDelayLaterPictures) {
   ExpectEachLaterByTwoSteps(Joined(Steady(0, 102), Steady(34 * kSecond, 48)));
 }
 
-TEST(PictureTimesTest, JumpOfAnHourDoesNotDelayWhatFollows) {
+TEST(PictureTimesTest, JumpOfAnHourDoesNotDelayLaterPictures) {
   ExpectEachLaterByTwoSteps(Joined(Steady(0, 100), Steady(3600 * kSecond, 50)));
 }
 
-TEST(PictureTimesTest, JumpBehindTheFirstPictureDoesNotDelayIt) {
+TEST(PictureTimesTest, JumpAfterTheFirstPictureDoesNotDelayIt) {
   ExpectEachLaterByTwoSteps(Joined(Steady(0, 1), Steady(3600 * kSecond, 49)));
 }
 
@@ -118,15 +121,15 @@ TEST(PictureTimesTest, PictureBeforeTheOnlyJumpSoFarIsNotDelayed) {
   EXPECT_EQ(times.TimeOf(0, true, 1), 0U);
 }
 
-TEST(PictureTimesTest, JumpBackAtAKeyPictureLeavesEachPictureItsTime) {
+TEST(PictureTimesTest, JumpBackAtAKeyPictureKeepsTheTimeOfEachPicture) {
   ExpectEachLaterByTwoSteps(Joined(Steady(60 * kSecond, 100), Steady(0, 50)));
 }
 
-TEST(PictureTimesTest, JumpBackBetweenKeyPicturesLeavesEachPictureItsTime) {
+TEST(PictureTimesTest, JumpBackBetweenKeyPicturesKeepsTheTimeOfEachPicture) {
   ExpectEachLaterByTwoSteps(Joined(Steady(60 * kSecond, 103), Steady(0, 47)));
 }
 
-TEST(PictureTimesTest, JumpThereAndBackLeavesEachPictureItsTime) {
+TEST(PictureTimesTest, JumpForwardAndBackKeepsTheTimeOfEachPicture) {
   ExpectEachLaterByTwoSteps(
       Joined(Steady(0, 50), Joined(Steady(3600 * kSecond, 1), Steady(51 * kStep, 49))));
 }
@@ -139,17 +142,17 @@ TEST(PictureTimesTest, NewPaceIsKnownAFewPicturesAfterAJump) {
   for (std::size_t i = 110; i < sent.size(); ++i) EXPECT_EQ(shown[i], sent[i] + 2 * kFast) << i;
 }
 
-TEST(PictureTimesTest, TimesThatGoBackByLessThanASecondArePutInOrder) {
+TEST(PictureTimesTest, TimesThatGoBackByLessThanASecondAreSorted) {
   PictureTimes times(false);
   const std::vector<std::uint64_t> sent = {0, 4 * kStep, 2 * kStep, 1 * kStep, 3 * kStep};
   EXPECT_EQ(ShownOf(times, sent), Steady(0, 5));
 }
 
-TEST(PictureTimesTest, PictureThatNeverCameIsForgottenAtTheNextKeyPicture) {
+TEST(PictureTimesTest, PictureThatIsNeverOutputIsDroppedAtTheNextKeyPicture) {
   PictureTimes times(false);
   for (std::uint64_t i = 0; i < 6; ++i) times.Sent(i * kStep, i * kStep);
   EXPECT_EQ(times.TimeOf(0, true, 2), 0U);
-  // 1 to 3 never come out.
+  // Pictures 1 to 3 are never output.
   EXPECT_EQ(times.TimeOf(4 * kStep, true, 2), 4 * kStep);
   EXPECT_EQ(times.TimeOf(5 * kStep, false, 2), 5 * kStep);
 }

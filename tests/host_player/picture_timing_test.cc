@@ -7,36 +7,36 @@ namespace {
 
 using Action = PictureVerdict::Action;
 
-// At the host's time 100, where sound is heard.
+// Facts at the host time 100, while sound is heard.
 PictureFacts Facts(double time, double due, std::optional<double> next = {}) {
   return {time, next, due, true, 100};
 }
 
-TEST(PictureTimingTest, PictureAheadIsWaitedFor) {
+TEST(PictureTimingTest, EarlyPictureWaits) {
   PictureTiming timing;
   const PictureVerdict verdict = timing.Judge(Facts(5.03, 5));
   EXPECT_EQ(verdict.action, Action::kWait);
   EXPECT_NEAR(verdict.wait.value_or(0), 0.03, 1e-9);
 }
 
-TEST(PictureTimingTest, PictureThatIsDueIsShown) {
+TEST(PictureTimingTest, DuePictureIsShown) {
   PictureTiming timing;
   EXPECT_EQ(timing.Judge(Facts(5.001, 5)).action, Action::kShow);
   EXPECT_EQ(timing.Judge(Facts(5, 5.015, 5.02)).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, LatePictureIsSkippedWhenTheNextIsNearer) {
+TEST(PictureTimingTest, LatePictureIsSkippedIfTheNextIsCloser) {
   PictureTiming timing;
   EXPECT_EQ(timing.Judge(Facts(5, 5.03, 5.04)).action, Action::kSkip);
   EXPECT_EQ(timing.Judge(Facts(5, 5.03, 5.10)).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, LatePictureIsShownWhenThereIsNoOther) {
+TEST(PictureTimingTest, LatePictureIsShownIfThereIsNoOther) {
   PictureTiming timing;
   EXPECT_EQ(timing.Judge(Facts(5, 6)).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, OtherCountOfTimeWithoutSoundSetsTheClock) {
+TEST(PictureTimingTest, TimeJumpWithoutSoundSetsTheClock) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   facts.is_heard = false;
@@ -46,18 +46,18 @@ TEST(PictureTimingTest, OtherCountOfTimeWithoutSoundSetsTheClock) {
   EXPECT_EQ(timing.Judge(facts).action, Action::kSetClock);
 }
 
-TEST(PictureTimingTest, OtherCountOfTimeWaitsForTheSoundToGetThere) {
+TEST(PictureTimingTest, TimeJumpWaitsForTheSoundToJumpToo) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   EXPECT_EQ(timing.Judge(facts).action, Action::kWait);
   facts.now += 0.5;
-  facts.due = 104.99;  // the sound got there
+  facts.due = 104.99;  // the sound has jumped too
   const PictureVerdict verdict = timing.Judge(facts);
   EXPECT_EQ(verdict.action, Action::kWait);
   EXPECT_NEAR(verdict.wait.value_or(0), 0.01, 1e-9);
 }
 
-TEST(PictureTimingTest, PictureThatIsLeftWhenTheSoundHasJumpedKeepsItsPace) {
+TEST(PictureTimingTest, PictureLeftFromBeforeAJumpOfTheSoundKeepsItsPace) {
   PictureTiming timing;
   EXPECT_EQ(timing.Judge(Facts(5, 5)).action, Action::kShow);
   PictureFacts facts = Facts(5.04, 105);
@@ -71,7 +71,7 @@ TEST(PictureTimingTest, PictureThatIsLeftWhenTheSoundHasJumpedKeepsItsPace) {
   EXPECT_EQ(timing.Judge(facts).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, SoundThatNeverGetsThereIsNotWaitedForForEver) {
+TEST(PictureTimingTest, WaitForSoundThatNeverJumpsIsLimited) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   EXPECT_EQ(timing.Judge(facts).action, Action::kWait);
@@ -80,7 +80,7 @@ TEST(PictureTimingTest, SoundThatNeverGetsThereIsNotWaitedForForEver) {
   const PictureVerdict own = timing.Judge(facts);
   EXPECT_EQ(own.action, Action::kShow);
   EXPECT_FALSE(own.follows_clock);
-  // From here on at the speed of the stream.
+  // From here on at the speed of the stream, without the clock.
   facts.time += 0.04;
   const PictureVerdict verdict = timing.Judge(facts);
   EXPECT_EQ(verdict.action, Action::kWait);

@@ -12,7 +12,7 @@ TEST(PlayClockTest, NothingIsDueBeforeTheStart) {
   EXPECT_FALSE(clock.IsRunning());
 }
 
-TEST(PlayClockTest, TimeGoesByItselfWithoutSound) {
+TEST(PlayClockTest, TimeAdvancesWithoutSound) {
   PlayClock clock;
   clock.Start(10, 100);
   EXPECT_DOUBLE_EQ(*clock.At(100), 10);
@@ -27,7 +27,7 @@ TEST(PlayClockTest, FirstSoundSetsTheTime) {
   EXPECT_NEAR(*clock.HeardAt(100.05), 10.01, 1e-9);
 }
 
-TEST(PlayClockTest, UnevenMomentsAreSmoothed) {
+TEST(PlayClockTest, UnevenSoundTimesAreSmoothed) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -36,7 +36,7 @@ TEST(PlayClockTest, UnevenMomentsAreSmoothed) {
   EXPECT_NEAR(*clock.HeardAt(100.03), 10.02, 1e-9);
 }
 
-TEST(PlayClockTest, LargeDistanceIsTakenAsItIs) {
+TEST(PlayClockTest, LargeDistanceIsAdoptedAtOnce) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -44,7 +44,7 @@ TEST(PlayClockTest, LargeDistanceIsTakenAsItIs) {
   EXPECT_DOUBLE_EQ(*clock.At(100.02), 20);
 }
 
-TEST(PlayClockTest, JumpCountsFromTheMomentOnAtWhichItIsHeard) {
+TEST(PlayClockTest, JumpTakesEffectWhenItIsHeard) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -59,7 +59,7 @@ TEST(PlayClockTest, JumpCountsFromTheMomentOnAtWhichItIsHeard) {
   EXPECT_EQ(clock.SoundAt(100.04)->segment, clock.TimeAt(100.04)->segment);
 }
 
-TEST(PlayClockTest, JumpBackOfASecondBeginsASegment) {
+TEST(PlayClockTest, JumpBackOfASecondStartsASegment) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -67,7 +67,7 @@ TEST(PlayClockTest, JumpBackOfASecondBeginsASegment) {
   EXPECT_NE(clock.TimeAt(100.02)->segment, clock.TimeAt(100)->segment);
 }
 
-TEST(PlayClockTest, DeviceThatAsksLateBeginsNoSegment) {
+TEST(PlayClockTest, LateDeviceStartsNoSegment) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -77,7 +77,7 @@ TEST(PlayClockTest, DeviceThatAsksLateBeginsNoSegment) {
   EXPECT_DOUBLE_EQ(*clock.At(100.52), 10.02);
 }
 
-TEST(PlayClockTest, JumpLostInAPauseIsMadeUpFor) {
+TEST(PlayClockTest, JumpLostInAPauseIsRecovered) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -89,7 +89,7 @@ TEST(PlayClockTest, JumpLostInAPauseIsMadeUpFor) {
   EXPECT_EQ(clock.SoundAt(101.02)->segment, clock.TimeAt(101.02)->segment);
 }
 
-TEST(PlayClockTest, TimeGoesOnWhenTheSoundRunsDry) {
+TEST(PlayClockTest, TimeContinuesWhenTheSoundRunsOut) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -98,7 +98,7 @@ TEST(PlayClockTest, TimeGoesOnWhenTheSoundRunsDry) {
   EXPECT_FALSE(clock.HeardAt(102).has_value());
 }
 
-TEST(PlayClockTest, SoundThatComesLateTakesTheTimeBack) {
+TEST(PlayClockTest, LateSoundMovesTheTimeBack) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -107,7 +107,7 @@ TEST(PlayClockTest, SoundThatComesLateTakesTheTimeBack) {
   EXPECT_DOUBLE_EQ(*clock.At(102), 10.02);
 }
 
-TEST(PlayClockTest, PauseHoldsTheTime) {
+TEST(PlayClockTest, PauseStopsTheTime) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.SetPaused(true, 101);
@@ -117,7 +117,7 @@ TEST(PlayClockTest, PauseHoldsTheTime) {
   EXPECT_DOUBLE_EQ(*clock.At(151), 12);
 }
 
-TEST(PlayClockTest, NothingToPlayHoldsTheTimeUntilBothReasonsAreGone) {
+TEST(PlayClockTest, TimeStaysStoppedUntilNeitherStarvedNorPaused) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.SetStarved(true, 101);
@@ -128,7 +128,7 @@ TEST(PlayClockTest, NothingToPlayHoldsTheTimeUntilBothReasonsAreGone) {
   EXPECT_DOUBLE_EQ(*clock.At(111), 12);
 }
 
-TEST(PlayClockTest, SoundHeardWhileHeldDoesNotMoveTheTime) {
+TEST(PlayClockTest, SoundHeardDuringAPauseDoesNotMoveTheTime) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.SetPaused(true, 101);

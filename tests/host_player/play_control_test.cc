@@ -25,11 +25,11 @@ class PlayControlTest : public testing::Test {
             {downloader_, receiver_, output_, clock_, counts_, [this] { ++starts_; }}};
   }
 
-  // The stream begins, so that there is something to move in. Without a byte there is nothing to
-  // decode.
+  // Starts the stream, so that there is something to move in. The frame is empty, so there is
+  // nothing to decode.
   void FirstFrameComes() { receiver_.OnVideoFrame(FrameAt(90'000, "")); }
 
-  // Whether the stream counts as ended after so much silence.
+  // Whether the stream counts as ended after this much silence.
   bool HasEndedAfter(PlayControl& control, double seconds) {
     clock_.Advance(seconds * 1000);
     control.Tick();
@@ -77,7 +77,7 @@ TEST_F(PlayControlTest, StartPositionWaitsForTheFirstFrame) {
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts", "end", "start at 5", "begin a.ts"));
 }
 
-TEST_F(PlayControlTest, StreamThatNeverComesEnds) {
+TEST_F(PlayControlTest, StreamWithoutAFrameEndsAfterTheIdleTime) {
   for (const std::optional<double> start_seconds : {std::optional<double>(), {5.0}}) {
     PlayControl control = Make(start_seconds);
     ASSERT_TRUE(control.Begin());
@@ -116,7 +116,7 @@ TEST_F(PlayControlTest, NothingMovesInFlv) {
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
 }
 
-TEST_F(PlayControlTest, SilenceAfterAMoveIsNotYetTheEnd) {
+TEST_F(PlayControlTest, ShortSilenceAfterAMoveIsNotTheEnd) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
   FirstFrameComes();
@@ -125,7 +125,7 @@ TEST_F(PlayControlTest, SilenceAfterAMoveIsNotYetTheEnd) {
   EXPECT_TRUE(HasEndedAfter(control, 0.002));
 }
 
-TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsForgotten) {
+TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsCleared) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
   FirstFrameComes();
@@ -136,7 +136,7 @@ TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsForgotten) {
   EXPECT_FALSE(control.Facts().buffered.has_value());
 }
 
-TEST_F(PlayControlTest, RefusedAddressIsTold) {
+TEST_F(PlayControlTest, RefusedAddressIsReported) {
   downloader_.refuses = true;
   PlayControl control = Make();
   EXPECT_FALSE(control.Begin());

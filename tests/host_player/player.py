@@ -1,4 +1,4 @@
-"""Runs of stream_player, and what they said."""
+"""Runs stream_player and reads what it prints."""
 
 import os
 import re
@@ -11,14 +11,14 @@ from support import host
 from support.waiting import wait_until
 
 _LIMIT_SECONDS = 60
-_IDLE_SECONDS = 2  # of silence, at which a stream has ended
+_IDLE_SECONDS = 2  # of silence, after which a stream counts as ended
 _SUMMARY = re.compile(
     r"video: (?P<video_frames>\d+) frames received, (?P<access_units>\d+) access units, "
     r"(?P<pictures>\d+) pictures decoded, (?P<shown>\d+) shown, (?P<passed_over>\d+) passed over, "
     r"(?P<left_out>\d+) left out; audio: (?P<audio_frames>\d+) frames received, "
     r"(?P<sounds>\d+) decoded; decoder errors: (?P<errors>\d+); "
     r"picture and sound (at most (?P<apart>[0-9.]+) ms apart|never met)$")
-# Short streams may end before their duration is told.
+# Short streams may end before their duration is reported.
 _TITLE = re.compile(r"(?P<position>[0-9:]+)( / (?P<duration>[0-9:]+))?, "
                     r"buffered to (?P<buffered>[0-9:]+)(?P<state> \([a-z]+\))?"
                     r"( - (?P<status>.*))?$")
@@ -33,7 +33,7 @@ def seconds_of(text):
 
 
 def make_colours(path, colours, seconds_each, *options):
-    """So long of each colour, with a tone, a key picture every second."""
+    """Makes a stream of `seconds_each` seconds of each colour, with a tone and a key picture every second."""
     seconds = seconds_each * len(colours)
     command = ["ffmpeg", "-nostdin", "-v", "error", "-y"]
     for colour in colours:
@@ -50,7 +50,7 @@ def make_colours(path, colours, seconds_each, *options):
 
 
 class PlayerRun:
-    """A player that runs; `environment` overrides what it inherits, None takes a name out."""
+    """A running player. `environment` overrides the variables that it inherits; None removes one."""
 
     def __init__(self, command, directory, environment):
         self._output = directory / "player.out"
@@ -81,7 +81,7 @@ class PlayerRun:
         return self._errors.read_text(errors="replace").splitlines()
 
     def summary(self):
-        """The counts of the last line, as numbers; `apart` is None where nothing was compared."""
+        """The counts in the last line, as numbers. `apart` is None if nothing was compared."""
         text = self._output.read_text(errors="replace")
         match = _SUMMARY.match(text.splitlines()[-1])
         if match is None:
@@ -91,7 +91,8 @@ class PlayerRun:
 
 
 class PlayerCase(EndToEndCase):
-    """Each case has a display and a copy of the player: temporary files lie beside the executable."""
+    """Each case has its own display and its own copy of the player, because temporary files are stored beside
+    the executable."""
 
     def setUp(self):
         super().setUp()
@@ -112,7 +113,7 @@ class PlayerCase(EndToEndCase):
         return run
 
     def title(self):
-        """The parts of the title; None before the position is known."""
+        """The parts of the title, or None before the position is known."""
         titles = list(self.display.windows().values())
         match = _TITLE.match(titles[0]) if titles else None
         return match.groupdict() if match else None
@@ -122,13 +123,13 @@ class PlayerCase(EndToEndCase):
             title = self.title()
             return title if title and holds(title) else None
 
-        return wait_until(current, f"the title tells {what}")
+        return wait_until(current, f"the title shows {what}")
 
     def await_state(self, state):
         return self.await_title(lambda title: title["state"] == f" ({state})", state)
 
     def frames_of_console_host(self, address):
-        """How many frames the console host gets: of pictures, and of sound."""
+        """How many video frames and how many audio frames the console host receives."""
         run = host.run_host(address, self.directory, host=self._host)
         self.assertEqual(run.exit_code, 0, run.output)
         return len(run.frames_of("video")), len(run.frames_of("audio"))

@@ -26,7 +26,7 @@ TEST(PlayerOptionsTest, AddressAloneGivesTheDefaults) {
   EXPECT_FALSE(parsed.options->exit_at_end);
 }
 
-TEST(PlayerOptionsTest, EveryOptionIsTaken) {
+TEST(PlayerOptionsTest, EveryOptionIsParsed) {
   const ParsedPlayerOptions parsed = Parse({"a", "--start", "7.5", "--report", "r.html",
                                             "--sync-log", "s.csv", "--idle", "1", "--exit"});
   ASSERT_TRUE(parsed.options.has_value());
@@ -54,7 +54,7 @@ TEST(PlayerOptionsTest, WrongUsageIsOneLine) {
   }
 }
 
-TEST(PlayerOptionsTest, HelpTellsTheKeys) {
+TEST(PlayerOptionsTest, HelpListsTheKeys) {
   const ParsedPlayerOptions parsed = Parse({"--help"});
   EXPECT_FALSE(parsed.options.has_value());
   EXPECT_EQ(parsed.exit_status, 0);

@@ -32,11 +32,11 @@ TEST(SilentSoundDeviceTest, PortionIsTakenEveryTwentyMilliseconds) {
   clock.Advance(1);
   EXPECT_TRUE(WaitUntil([&] { return taken == 3; }));
   device.Stop();
-  // One that was taken too early would have another time.
+  // A portion that was taken too early would have another time.
   EXPECT_THAT(heard_at, ElementsAre(DoubleEq(0.02), DoubleEq(0.04), DoubleEq(0.06)));
 }
 
-TEST(SilentSoundDeviceTest, TimeThatWasMissedIsMadeUpFor) {
+TEST(SilentSoundDeviceTest, MissedPortionsAreTakenLater) {
   host::SimulatedClock clock;
   SilentSoundDevice device(clock);
   std::atomic<int> taken{0};
@@ -48,7 +48,7 @@ TEST(SilentSoundDeviceTest, TimeThatWasMissedIsMadeUpFor) {
   EXPECT_EQ(taken, 6);
 }
 
-TEST(SilentSoundDeviceTest, StopWithoutAStartAndASecondStopAreFine) {
+TEST(SilentSoundDeviceTest, StopWithoutAStartAndASecondStopDoNothing) {
   host::SimulatedClock clock;
   SilentSoundDevice device(clock);
   device.Stop();

@@ -1,5 +1,5 @@
-// The player from decoded frames on, with a clock, a sound device, a window and keys that are all
-// simulated: what it does is the same in each run, to the microsecond. For one thread.
+// The player from the decoded frames on, with a simulated clock, sound device, window and keys, so
+// that every run is the same to the microsecond. For one thread.
 #ifndef TESTS_HOST_PLAYER_SIMULATED_PLAY_H_
 #define TESTS_HOST_PLAYER_SIMULATED_PLAY_H_
 
@@ -21,15 +21,15 @@
 
 namespace player {
 
-// What the decoders of one start bring, in their order. Times in seconds; `after_ms` is how long
-// after the start it is decoded.
+// The output of the decoders of one start, in order. `seconds` is the stream time; the item is
+// decoded `after_ms` milliseconds after the start.
 struct DecodedStream {
   struct Item {
     double seconds = 0;
     double after_ms = 0;
   };
 
-  // Each piece has 1024 frames.
+  // Each piece of sound has 1024 frames.
   static constexpr std::size_t kPieceFrames = 1024;
   static constexpr double kPieceSeconds = static_cast<double>(kPieceFrames) / kSoundRate;
   static constexpr double kPictureSeconds = 0.04;
@@ -50,7 +50,7 @@ struct DecodedStream {
 // A picture that was shown.
 struct Shown {
   double picture = 0;           // its stream time
-  double at = 0;                // the moment from which it could be seen, in seconds
+  double at = 0;                // the moment when it became visible, in seconds
   std::optional<double> sound;  // the stream time that the device played then
 };
 
@@ -60,7 +60,7 @@ class SimulatedPlay final : private Window, private CommandSource {
     downloader_.on_begin = [this](double start_seconds) { Begin(start_seconds); };
   }
 
-  // Plays to the end what `streams` has for the position of each start.
+  // For each start, plays the stream that `streams` returns for its position, to the end.
   void Run(std::function<DecodedStream(double start_seconds)> streams) {
     streams_ = std::move(streams);
     ASSERT_TRUE(control_.Begin());
@@ -72,20 +72,20 @@ class SimulatedPlay final : private Window, private CommandSource {
   }
 
   void CommandAt(double seconds, Command command) { commands_.emplace(seconds * 1000, command); }
-  // How long the window takes to show the picture of that number.
+  // How long the window takes to show the picture with this number.
   void ShowSlowly(std::size_t picture, double ms) { slow_[picture] = ms; }
 
   SimulatedSoundDevice& device() { return device_; }
   const PlayCounts& counts() const { return counts_; }
   const std::vector<Shown>& shown() const { return shown_; }
-  // What the player compared, as it did.
+  // A comparison as the player made it.
   struct Comparison {
     double picture = 0;
     double sound = 0;
   };
   const std::vector<Comparison>& compared() const { return compared_; }
 
-  // The stream time of the sound that is heard at that moment; nothing while there is silence.
+  // The stream time of the sound that is heard at this moment; nullopt during silence.
   std::optional<double> SoundAt(double seconds) const {
     const auto sample = device_.HeardAt(seconds);
     if (!sample || sample->left == 0) return std::nullopt;
@@ -94,7 +94,7 @@ class SimulatedPlay final : private Window, private CommandSource {
   }
 
  private:
-  // Window. The frame carries the number of the picture as its pts.
+  // Window. The PTS of a frame is the number of the picture.
   bool Prepare(const AVFrame& /*frame*/) override { return true; }
   bool Show(const AVFrame& frame) override {
     const auto number = static_cast<std::size_t>(frame.pts);
@@ -106,7 +106,7 @@ class SimulatedPlay final : private Window, private CommandSource {
   void SetTitle(const std::string& /*title*/) override {}
   void ToggleFullScreen() override {}
 
-  // CommandSource: the loop asks for commands each turn, which is when the decoders work too.
+  // CommandSource. The loop asks for a command in each turn; the decoders work then too.
   std::optional<Command> Wait(double seconds) override {
     Decode();
     const double until = clock_.NowMs() + seconds * 1000;
@@ -128,7 +128,8 @@ class SimulatedPlay final : private Window, private CommandSource {
     next_picture_ = next_piece_ = 0;
     pictures_before_ = PicturesTaken();
     frames_pushed_ = device_.FramesTaken();
-    // The first frames, which say where the stream begins; without a byte they are not decoded.
+    // The first frame gives the player the beginning of the stream. It is empty, so that it is
+    // not decoded.
     const auto ticks = [](double seconds) { return static_cast<std::uint64_t>(seconds * 90'000); };
     if (!stream_.pictures.empty()) {
       receiver_.OnVideoFrame(FrameAt(ticks(stream_.pictures.front().seconds), ""));
@@ -137,7 +138,7 @@ class SimulatedPlay final : private Window, private CommandSource {
 
   std::size_t PicturesTaken() const { return counts_.shown + counts_.passed_over; }
 
-  // No more than there is space for: a decoder would wait.
+  // Decodes no more than there is space for, as a decoder would block.
   void Decode() {
     constexpr std::size_t kPicturesAhead = 8;
     constexpr std::size_t kFramesAhead = kSoundRate / 4;
@@ -161,7 +162,8 @@ class SimulatedPlay final : private Window, private CommandSource {
     return place < items.size() && began_ms_ + items[place].after_ms <= clock_.NowMs();
   }
 
-  // Each sample says which piece it is of, and which of its frames; 0 is left to silence.
+  // Each sample holds the number of its piece and the number of its frame. 0 is reserved for
+  // silence.
   SoundPiece PieceAt(double seconds) {
     SoundPiece piece;
     piece.seconds = seconds;
@@ -190,16 +192,16 @@ class SimulatedPlay final : private Window, private CommandSource {
   Presenter presenter_{*this, clock_, counts_, [this](double picture, double sound) {
                          compared_.push_back({picture, sound});
                        }};
-  std::multimap<double, Command> commands_;  // by their moments, in milliseconds
+  std::multimap<double, Command> commands_;  // by time, in milliseconds
   std::map<std::size_t, double> slow_;
   std::function<DecodedStream(double)> streams_;
-  // Of the newest start.
+  // Of the latest start.
   DecodedStream stream_;
   double began_ms_ = 0;
   std::size_t next_picture_ = 0;
   std::size_t next_piece_ = 0;
   std::size_t pictures_before_ = 0;
-  std::size_t frames_pushed_ = 0;  // to be taken, and taken, since the first start
+  std::size_t frames_pushed_ = 0;  // taken before this start, or pushed in it
   // Of all starts, by number.
   std::vector<double> picture_seconds_;
   std::vector<double> piece_seconds_;

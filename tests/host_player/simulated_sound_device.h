@@ -12,13 +12,13 @@
 
 namespace player {
 
-// Asks for a portion every 20 ms and plays it 20 ms later. For one thread.
+// Requests a portion every 20 ms and plays it 20 ms later. For one thread.
 class SimulatedSoundDevice final : public SoundDevice {
  public:
   struct Sample {
     float left = 0;
     float right = 0;
-    double after = 0;  // seconds since its first moment
+    double after = 0;  // seconds since the sample began
   };
 
   explicit SimulatedSoundDevice(host::SimulatedClock& clock) : clock_(clock) {}
@@ -30,11 +30,11 @@ class SimulatedSoundDevice final : public SoundDevice {
   }
   void Stop() override { source_ = {}; }
 
-  // How much later than even the portions are asked for, in turn; they are played evenly all the
-  // same. Less than a portion.
+  // Delays the requests for portions by these times, in turn. Each is shorter than a portion. The
+  // portions are still played evenly.
   void AskUnevenly(std::vector<double> delays_ms) { delays_ms_ = std::move(delays_ms); }
 
-  // The sample that is heard at that moment, in seconds; nothing before the first.
+  // The sample that is heard at this moment, in seconds; nullopt before the first sample.
   std::optional<Sample> HeardAt(double seconds) const {
     constexpr double kRounding = 1e-9;
     const double since = seconds + kRounding - began_ms_ / 1000 - kSoundPortionSeconds;
@@ -45,7 +45,7 @@ class SimulatedSoundDevice final : public SoundDevice {
     return Sample{played_[frame * 2], played_[frame * 2 + 1], after};
   }
 
-  // How many frames of sound, and not of silence, were given.
+  // How many frames of sound were taken, without those of silence.
   std::size_t FramesTaken() const { return frames_taken_; }
 
  private:

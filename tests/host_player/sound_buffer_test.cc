@@ -20,7 +20,7 @@ SoundPiece PieceAt(double seconds, double length, float value = 0.5F) {
 
 class SoundBufferTest : public testing::Test {
  protected:
-  // How many of the frames, from the first on, are silent; the others must not be.
+  // How many frames at the beginning are silent. Expects the frames after them to be filled.
   std::size_t SilentFrames(double heard_at, std::size_t frames = 960) {
     std::vector<float> out(frames * kSoundChannels, 9.0F);
     sound_.Fill(out, heard_at);
@@ -51,7 +51,7 @@ TEST_F(SoundBufferTest, DueSoundIsHeardAndSetsTheClock) {
   EXPECT_NEAR(*sound_.NextSeconds(), 1.02, kMs);
 }
 
-TEST_F(SoundBufferTest, SoundOfALaterTimeWaitsInSilence) {
+TEST_F(SoundBufferTest, EarlySoundWaitsInSilence) {
   clock_.Start(1, 100);
   sound_.Push(PieceAt(1.03, 0.1));
   EXPECT_EQ(SilentFrames(100), 960U);
@@ -75,7 +75,7 @@ TEST_F(SoundBufferTest, RoundedTimesAreNoGap) {
   EXPECT_EQ(SilentFrames(100, 1920), 0U);
 }
 
-TEST_F(SoundBufferTest, DryBufferIsSilentAndTheClockIsAlone) {
+TEST_F(SoundBufferTest, EmptyBufferIsSilentAndTheClockRunsAlone) {
   clock_.Start(1, 100);
   sound_.Push(PieceAt(1, 0.02));
   SilentFrames(100);
@@ -94,7 +94,7 @@ TEST_F(SoundBufferTest, JumpInAPortionIsHeardInItsMiddle) {
   EXPECT_NEAR(*clock_.HeardAt(100.015), 101.005, 1e-9);
 }
 
-TEST_F(SoundBufferTest, SoundThatEndsInAPortionIsHeardUntilThere) {
+TEST_F(SoundBufferTest, SoundThatEndsInAPortionIsHeardUntilItsEnd) {
   clock_.Start(1, 100);
   sound_.Push(PieceAt(1, 0.01));
   EXPECT_EQ(SilentFrames(100), 0U);
@@ -109,7 +109,7 @@ TEST_F(SoundBufferTest, LateSoundIsNotCut) {
   EXPECT_DOUBLE_EQ(*clock_.At(100), 0.5);
 }
 
-TEST_F(SoundBufferTest, FullBufferMakesTheGiverWait) {
+TEST_F(SoundBufferTest, FullBufferBlocksTheProducer) {
   clock_.Start(0, 100);
   ASSERT_TRUE(sound_.Push(PieceAt(0, 0.5)));
   std::atomic<bool> over{false};
@@ -122,7 +122,7 @@ TEST_F(SoundBufferTest, FullBufferMakesTheGiverWait) {
   giver.join();
 }
 
-TEST_F(SoundBufferTest, CloseLetsTheGiverGo) {
+TEST_F(SoundBufferTest, CloseReleasesTheProducer) {
   ASSERT_TRUE(sound_.Push(PieceAt(0, 0.5)));
   std::atomic<int> taken{-1};
   std::thread giver([&] { taken = sound_.Push(PieceAt(0.5, 0.5)) ? 1 : 0; });

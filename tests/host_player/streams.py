@@ -1,5 +1,5 @@
-"""A stream of every kind that the player plays: each function makes one of so many seconds in a
-directory, and returns the name of what is to be played."""
+"""A stream of every kind that the player plays. Each function makes one of `seconds` seconds in the directory
+`www` and returns the name of the file to play."""
 
 from player import make_colours
 from support import hls, mp4, samples
@@ -7,7 +7,7 @@ from support import hls, mp4, samples
 _H264 = ("-c:v", "libx264", "-preset", "veryfast", "-bf", "2")
 _H265 = ("-c:v", "libx265", "-preset", "veryfast", "-x265-params", "log-level=error:keyint=25")
 _COLOURS = ["red", "blue"]
-RATE = 25  # pictures a second, in all of them
+RATE = 25  # pictures per second, in all streams
 
 
 def transport_stream(www, seconds):

@@ -7,7 +7,7 @@
 namespace player {
 namespace {
 
-TEST(TitleTextTest, TimesHaveMinutesAndHoursWhereThereAreAny) {
+TEST(TitleTextTest, TimesHaveHoursOnlyIfThereAreAny) {
   EXPECT_EQ(TimeText(0), "0:00");
   EXPECT_EQ(TimeText(59.99), "0:59");
   EXPECT_EQ(TimeText(754), "12:34");
@@ -16,9 +16,9 @@ TEST(TitleTextTest, TimesHaveMinutesAndHoursWhereThereAreAny) {
   EXPECT_EQ(TimeText(std::numeric_limits<double>::quiet_NaN()), "0:00");
 }
 
-TEST(TitleTextTest, NothingKnownYet) { EXPECT_EQ(TitleText({}), "-:-- (waiting)"); }
+TEST(TitleTextTest, TitleBeforeAnythingIsKnown) { EXPECT_EQ(TitleText({}), "-:-- (waiting)"); }
 
-TEST(TitleTextTest, AllThatIsKnownIsTold) {
+TEST(TitleTextTest, AllKnownFactsAreShown) {
   TitleFacts facts;
   facts.state = PlayState::kPlaying;
   facts.position = 5.4;

@@ -6,7 +6,7 @@ import streams
 from player import PlayerCase
 
 _SECONDS = 2
-_LONG_SECONDS = 7  # longer than what may wait in the player
+_LONG_SECONDS = 7  # longer than what may be pending in the player
 
 
 class WholeStreamTest(PlayerCase):
@@ -41,7 +41,7 @@ class WholeStreamTest(PlayerCase):
         self.assert_whole(summary, seconds)
 
     def assert_whole(self, summary, seconds):
-        # The last frame of a transport stream is not complete until another one begins.
+        # The last frame of a transport stream is complete only when another one begins.
         self.assertIn(seconds * streams.RATE - summary["pictures"], range(3), summary)
         self.assertEqual(summary["errors"], 0, summary)
         self.assertEqual(summary["left_out"], 0, summary)

@@ -1,5 +1,4 @@
-# The files of a package, of which none may be missing. LIBDIR, SUFFIX, REPORT and
-# PLAYER come from the test.
+# The files of a package. None may be missing. The test sets LIBDIR, SUFFIX, REPORT and PLAYER.
 function(expect_files prefix)
   set(files
     bin/stream_host${SUFFIX} include/stream_downloader.h include/stream_player.h include/stream_downloader_c.h

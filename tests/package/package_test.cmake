@@ -1,5 +1,5 @@
-# Installs or unpacks the package into WORK/package, builds the consumer against it in a folder of its
-# own, and plays a file with it.
+# Installs or unpacks the package into WORK/package, builds the consumer against it in a separate folder, and plays
+# a file with it.
 cmake_minimum_required(VERSION 3.25)
 include(${CMAKE_CURRENT_LIST_DIR}/expected_files.cmake)
 
@@ -17,7 +17,7 @@ function(unpack_archive)
     ${WORK}/packed/stream_downloader-*.tar.gz)
   list(LENGTH archives count)
   if(NOT count EQUAL 1)
-    message(FATAL_ERROR "one archive was expected, not: ${archives}")
+    message(FATAL_ERROR "expected one archive, found: ${archives}")
   endif()
   file(ARCHIVE_EXTRACT INPUT ${archives} DESTINATION ${WORK}/unpacked)
   file(GLOB top ${WORK}/unpacked/*)  # one folder, named for the version
@@ -41,8 +41,8 @@ if(TOOLCHAIN)
 else()
   list(APPEND found -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 endif()
-# configure_apart(FOLDER BUILD [NEIGHBOUR...]) - a copy of the folder, and of those beside it that it
-# needs: nothing else of the tree may be in reach.
+# configure_apart(FOLDER BUILD [NEIGHBOUR...]) - configures a copy of the folder, and of the neighbouring folders
+# that it needs, so that nothing else of the tree can be reached.
 function(configure_apart folder build)
   get_filename_component(name ${folder} NAME)
   file(COPY ${folder} ${ARGN} DESTINATION ${WORK}/sources-${build})
@@ -57,11 +57,11 @@ run(${EMULATOR} ${MAKE_SAMPLE} sample.ts)
 set(address file://${WORK}/sample.ts)
 if(EMULATOR)
   string(REPLACE "/" "\\" address ${WORK}/sample.ts)
-  set(address "file://Z:${address}")  # where wine shows the root
+  set(address "file://Z:${address}")  # the drive on which wine shows the root
 endif()
 run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})
 
-# A host in C, of a project that has no C++.
+# A host in C, in a project without C++.
 if(C_HOST)
   if(PKG_CONFIG)
     run(pkg-config --cflags --libs stream_downloader_c OUTPUT_FILE c_options)
@@ -77,12 +77,12 @@ endif()
 # The packaged hosts find their library.
 run(${EMULATOR} ${prefix}/bin/stream_host${SUFFIX} ${address} --expect-frames 1)
 if(PLAYER)
-  run(${prefix}/bin/stream_player${SUFFIX} --help)  # a display may be missing here
+  run(${prefix}/bin/stream_player${SUFFIX} --help)  # there may be no display
 endif()
 if(HOST_SOURCES)
-  # The console host is configured apart too and finds all that it needs. Of its sources main.cc alone
-  # uses the library, and includes nearly all headers of the host: the others compile in the tree, where
-  # they see no more than they would here. That a program links is the consumer's to show.
+  # The console host, too, is configured separately and finds all that it needs. Of its sources only main.cc is
+  # compiled: it alone uses the library, and it includes nearly all headers of the host. The other sources compile
+  # in the tree, where they see the same headers as here. The consumer already shows that a program links.
   configure_apart(${HOST_SOURCES}/console host ${HOST_SOURCES}/shared)
   run(${CMAKE_COMMAND} --build host --target ${WORK}/sources-host/console/main.cc^)
 endif()

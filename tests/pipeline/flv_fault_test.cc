@@ -1,5 +1,5 @@
-// Transfers and local files that go wrong, and those that just about do not: the download task and
-// the play task, each to its end.
+// Transfers and local files that fail, and unusual ones that must still play. Each test runs the
+// download task and the play task to their end.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -26,12 +26,12 @@ constexpr std::size_t kPreloadLimit = 10 * kMebibyte;
 
 class FlvFaultTest : public FlvTasks {
  protected:
-  // Plays a stream from an address and holds every frame against those from memory.
+  // Plays the stream at an address and compares every frame with those parsed from memory.
   void ExpectAllFrames(const std::string& url, const Bytes& stream) {
     const FrameDump expected = ParseFlv(stream).frames;
     ResetFrameQueues();
     EXPECT_EQ(DumpText(DownloadAndPlay(url)), DumpText(expected));
-    EXPECT_EQ(g_flvStream->DroppedSize(), 0U) << "bytes that came twice, or were not parsed";
+    EXPECT_EQ(g_flvStream->DroppedSize(), 0U) << "bytes were received twice or not parsed";
     EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:" + url));
   }
 
@@ -46,7 +46,7 @@ TEST_F(FlvFaultTest, TransferThatSucceedsIsLogged) {
   EXPECT_THAT(console, HasSubstr("[DOWNLOAD]: " + url + "\n"));
 }
 
-TEST_F(FlvFaultTest, HtmlPageIsCutAtItsFirstPieceAndNotLogged) {
+TEST_F(FlvFaultTest, HtmlPageIsRefusedAtItsFirstBlockAndNotLogged) {
   server_.Serve("<html>" + std::string(5'000'000, '.'));
   std::string console;
   const std::string url = server_.Url("/plain/a.flv");
@@ -67,7 +67,7 @@ TEST_F(FlvFaultTest, RefusedConnectionIsReportedAsNoStream) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:FLV NO:" + url));
 }
 
-TEST_F(FlvFaultTest, CutOffBodyPlaysAsFarAsItCame) {
+TEST_F(FlvFaultTest, TruncatedBodyPlaysUpToTheCut) {
   Bytes stream = MakeStream(40);
   server_.Serve(stream);
   std::string console;
@@ -78,7 +78,7 @@ TEST_F(FlvFaultTest, CutOffBodyPlaysAsFarAsItCame) {
   EXPECT_THAT(console, HasSubstr("read over\n"));
 }
 
-TEST_F(FlvFaultTest, ErrorPageThatIsNoHtmlIsNoFlvFile) {
+TEST_F(FlvFaultTest, ErrorPageWithoutHtmlIsReportedAsNoFlvFile) {
   std::string console;
   const std::string url = server_.Url("/nowhere/a.flv");
   DownloadAndPlay(url, &console);
@@ -86,13 +86,13 @@ TEST_F(FlvFaultTest, ErrorPageThatIsNoHtmlIsNoFlvFile) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV NO:" + url));
 }
 
-TEST_F(FlvFaultTest, TransferThatHangsInATagIsParsedUpToThere) {
+TEST_F(FlvFaultTest, BodyInBlocksOfSevenBytesPlaysWhole) {
   const Bytes stream = MakeStream(40);
   server_.Serve(stream);
   EXPECT_EQ(DownloadAndPlay(server_.Url("/pieces/7/a.flv")).video.size(), 42U);
 }
 
-TEST_F(FlvFaultTest, LocalFileThatIsNotThereIsReportedAsNoStream) {
+TEST_F(FlvFaultTest, MissingLocalFileIsReportedAsNoStream) {
   std::string console;
   DownloadAndPlay("file:///no/such/file.flv", &console);
   EXPECT_EQ(console, "ReadHead Err\n");
@@ -125,7 +125,7 @@ TEST_F(FlvFaultTest, LocalFileAboveThePreloadLimitPlaysOnce) {
   ExpectAllFrames("file://" + WriteLocalFile("a.flv", stream), stream);
 }
 
-// The transfer takes "%62" for a letter, the preload does not.
+// The transfer decodes "%62" as a letter; the preload does not.
 TEST_F(FlvFaultTest, LocalFileThatOnlyTheTransferCanOpenPlaysOnce) {
   const Bytes stream = MakeStreamOfSize(12 * kMebibyte, 60'000);
   std::string url = "file://" + WriteLocalFile("only_b.flv", stream);
@@ -144,11 +144,11 @@ TEST_F(FlvFaultTest, PreloadEndsAtItsLimit) {
   const std::string url = "file://" + WriteLocalFile("only_%61.flv", stream);
   std::filesystem::remove("only_a.flv");
   const FrameDump dump = DownloadAndPlay(url);
-  stream.resize(kPreloadLimit);  // a whole number of its pieces
+  stream.resize(kPreloadLimit);  // a multiple of the preload's block size
   EXPECT_EQ(DumpText(dump), DumpText(ParseFlv(stream).frames));
 }
 
-TEST_F(FlvFaultTest, ReadOnlyLocalFilePlaysOnceAndStaysAsItIs) {
+TEST_F(FlvFaultTest, ReadOnlyLocalFilePlaysOnceAndIsNotChanged) {
   const Bytes stream = MakeStreamOfSize(300'000, 2000);
   const std::string path = WriteLocalFile("read_only.flv", stream);
   std::filesystem::permissions(path, std::filesystem::perms::owner_read);
@@ -157,7 +157,7 @@ TEST_F(FlvFaultTest, ReadOnlyLocalFilePlaysOnceAndStaysAsItIs) {
   std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-TEST_F(FlvFaultTest, LocalFileThatIsNoFlvFileIsReportedAsNoStream) {
+TEST_F(FlvFaultTest, LocalFileOfAnotherFormatIsReportedAsNoStream) {
   const std::string url = "file://" + WriteLocalFile("a.flv", Bytes(100'000, 0x47));
   DownloadAndPlay(url);
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV NO:" + url));

@@ -34,18 +34,18 @@ TEST_F(FlvPipelineTest, EveryFrameReachesThePlayerOnceAndInOrder) {
   EXPECT_EQ(record.video.back().play_time, 49U * 40 * 90);
 }
 
-TEST_F(FlvPipelineTest, PiecesOfAnySizeWithPausesGiveTheSameFrames) {
+TEST_F(FlvPipelineTest, BlocksOfAnySizeWithPausesGiveTheSameFrames) {
   const Bytes stream = MakeStream(20);  // short, since a byte at a time is slow
   server_.Serve(stream);
   for (const std::string piece : {"1", "17", "4096", "1000000"}) {
-    SCOPED_TRACE("pieces of " + piece);
+    SCOPED_TRACE("blocks of " + piece);
     player_.Reopen();
     player_.Forget();
     ExpectAllFrames(server_.Url("/paced/" + piece + "/a.flv"), stream);
   }
 }
 
-TEST_F(FlvPipelineTest, StatusLinesAndTheResultAreAllThatIsToldOfAStream) {
+TEST_F(FlvPipelineTest, OnlyStatusLinesAndTheResultAreReported) {
   server_.Serve(MakeStream(10));
   const std::string url = server_.Url("/plain/a.flv");
   downloader_.BeginDownload(url);
@@ -58,7 +58,7 @@ TEST_F(FlvPipelineTest, StatusLinesAndTheResultAreAllThatIsToldOfAStream) {
   EXPECT_TRUE(record.buffered_times.empty());
 }
 
-TEST_F(FlvPipelineTest, RequestAsksForEverythingFromZero) {
+TEST_F(FlvPipelineTest, RequestHasARangeFromZeroAndAUserAgent) {
   server_.Serve(MakeStream(3));
   downloader_.BeginDownload(server_.Url("/plain/a.flv?x&pt=android&"));
   ASSERT_TRUE(server_.WaitForRequests(1));
@@ -68,7 +68,7 @@ TEST_F(FlvPipelineTest, RequestAsksForEverythingFromZero) {
               StartsWith("Mozilla/5.0 (Linux; U; Android 4.0.3;"));
 }
 
-TEST_F(FlvPipelineTest, DownloadOfTenKibibytesStartsThePlayTaskOnlyAtItsEnd) {
+TEST_F(FlvPipelineTest, TenKibibytesDoNotStartThePlayTaskDuringTheDownload) {
   constexpr std::size_t kTasks = 3;  // the delivery of video and audio, and the play task
   const Bytes stream = flv_test::MakeStreamOfSize(std::size_t{2} * 10240);
   server_.Serve(stream);
@@ -78,7 +78,7 @@ TEST_F(FlvPipelineTest, DownloadOfTenKibibytesStartsThePlayTaskOnlyAtItsEnd) {
   EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 10240; }));
   EXPECT_TRUE(clock.AwaitWaiting(kTasks));
   const std::size_t checks = clock.UnmetChecks();
-  g_flvStream->Stop();  // wakes the play task, and no more while the pipeline runs
+  g_flvStream->Stop();  // only wakes the play task while the pipeline runs
   EXPECT_TRUE(WaitUntil([&] { return clock.UnmetChecks() > checks; }));
   EXPECT_TRUE(clock.AwaitWaiting(kTasks));
   EXPECT_FALSE(player_.Snapshot().HasMessage(OkLine(url)));
@@ -88,7 +88,7 @@ TEST_F(FlvPipelineTest, DownloadOfTenKibibytesStartsThePlayTaskOnlyAtItsEnd) {
   Stop();
 }
 
-TEST_F(FlvPipelineTest, OneByteMoreStartsItWhileTheDownloadGoesOn) {
+TEST_F(FlvPipelineTest, MoreThanTenKibibytesStartThePlayTaskDuringTheDownload) {
   server_.Serve(flv_test::MakeStreamOfSize(std::size_t{2} * 10241));
   const std::string url = server_.Url("/gated/a.flv");
   downloader_.BeginDownload(url);
@@ -97,7 +97,7 @@ TEST_F(FlvPipelineTest, OneByteMoreStartsItWhileTheDownloadGoesOn) {
   Stop();
 }
 
-TEST_F(FlvPipelineTest, StreamThatStallsGoesOnWhereItStopped) {
+TEST_F(FlvPipelineTest, StalledStreamContinuesWhereItStopped) {
   const Bytes stream = MakeStream(100);
   server_.Serve(stream);
   const FrameDump expected = ParseFlv(stream).frames;
@@ -109,13 +109,13 @@ TEST_F(FlvPipelineTest, StreamThatStallsGoesOnWhereItStopped) {
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(expected));
 }
 
-TEST_F(FlvPipelineTest, EndlessStreamPlaysWhileItComes) {
+TEST_F(FlvPipelineTest, EndlessStreamPlaysWhileItIsReceived) {
   downloader_.BeginDownload(ServeLive());
   EXPECT_TRUE(WaitForVideo(300) && WaitForAudio(300));
   EXPECT_TRUE(Stop());
 }
 
-TEST_F(FlvPipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
+TEST_F(FlvPipelineTest, WithoutAPlayerFramesArePoppedAndReleased) {
   server_.Serve(MakeStream(30));
   CStreamDownloader silent(nullptr);
   EXPECT_TRUE(silent.BeginDownload(server_.Url("/plain/a.flv")));
@@ -128,7 +128,7 @@ TEST_F(FlvPipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
   EXPECT_TRUE(silent.EndDownload());
 }
 
-TEST_F(FlvPipelineTest, VideoDeliveredWhileThePlayerBlocksInAudioHoldsNoMemory) {
+TEST_F(FlvPipelineTest, DeliveredVideoIsReleasedWhileAnAudioCallbackBlocks) {
   constexpr int kFrames = 300;
   server_.Serve(MakeStream(kFrames, 100'000));
   {
@@ -141,7 +141,7 @@ TEST_F(FlvPipelineTest, VideoDeliveredWhileThePlayerBlocksInAudioHoldsNoMemory) 
   Stop();
 }
 
-TEST_F(FlvPipelineTest, EndlessStreamThatIsNoFlvFillsNoMemoryAndIsReceivedUntilTheStop) {
+TEST_F(FlvPipelineTest, EndlessStreamOfAnotherFormatIsDroppedUntilTheStop) {
   server_.Serve(Bytes(1'000'000, 0x47));
   const std::string url = server_.Url("/endless/a.flv");
   downloader_.BeginDownload(url);
@@ -156,7 +156,7 @@ TEST_F(FlvPipelineTest, EndlessStreamThatIsNoFlvFillsNoMemoryAndIsReceivedUntilT
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV:" + url, "PLAY FLV NO:" + url));
 }
 
-TEST_F(FlvPipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {
+TEST_F(FlvPipelineTest, ConsoleLogsTheStreamTheEndOfEachTaskAndTheStop) {
   server_.Serve(MakeStream(3));
   const std::string url = server_.Url("/plain/a.flv");
   testing::internal::CaptureStdout();
@@ -174,7 +174,7 @@ TEST_F(FlvPipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {
   EXPECT_THAT(console, testing::EndsWith("flv video clear.\nflv audio clear.\n"));
 }
 
-TEST_F(FlvPipelineTest, StartPositionIsReportedAndPlaybackBeginsAtTheStartAllTheSame) {
+TEST_F(FlvPipelineTest, StartPositionIsReportedButPlaybackStartsAtZero) {
   const Bytes stream = MakeStream(20);
   server_.Serve(stream);
   const std::string url = server_.Url("/plain/a.flv");
@@ -191,7 +191,7 @@ TEST_F(FlvPipelineTest, StartPositionIsReportedAndPlaybackBeginsAtTheStartAllThe
   EXPECT_EQ(server_.Requests()[1].range, "bytes=0-");
 }
 
-// A body that is played to its end, and what the player is told of it.
+// A body that is played to its end, and whether it is reported as FLV.
 struct Body {
   const char* name;
   std::string bytes;

@@ -22,10 +22,10 @@ class FlvRestartTest : public FlvPlayFixture {
  protected:
   static std::string RestartFile() { return GetTempDirA() + "mebo.flv"; }
 
-  // Plays a stream from a server of its own beside those that play already. Each of its pictures
-  // must come once; two threads deliver them, so their order is not looked at.
+  // Plays a stream from a second server while others play, and expects each of its video frames
+  // once. Two threads deliver them, so their order is not checked.
   void ExpectToPlayBesideOthers() {
-    constexpr std::size_t kNalSize = 1234;  // the others have pictures of other sizes
+    constexpr std::size_t kNalSize = 1234;  // the others have video frames of other sizes
     constexpr std::size_t kPictures = 100;
     const auto is_picture = [](const RecordedFrame& frame) {
       return frame.payload.size() == kNalSize + 4;
@@ -40,7 +40,7 @@ class FlvRestartTest : public FlvPlayFixture {
     std::set<std::uint64_t> times;
     for (const RecordedFrame& frame : player_.Snapshot().video) {
       if (is_picture(frame)) {
-        EXPECT_TRUE(times.insert(frame.dts).second) << "twice: " << frame.dts;
+        EXPECT_TRUE(times.insert(frame.dts).second) << "delivered twice: " << frame.dts;
       }
     }
     EXPECT_EQ(times.size(), kPictures);
@@ -53,7 +53,7 @@ class FlvRestartTest : public FlvPlayFixture {
   }
 };
 
-TEST_F(FlvRestartTest, SameAddressIsToldAndPlaysFromItsBeginningAgain) {
+TEST_F(FlvRestartTest, SameAddressIsReportedAndPlaysFromTheBeginning) {
   const Bytes stream = MakeStream(30);
   server_.Serve(stream);
   const std::string url = server_.Url("/plain/a.flv");
@@ -66,7 +66,7 @@ TEST_F(FlvRestartTest, SameAddressIsToldAndPlaysFromItsBeginningAgain) {
   EXPECT_EQ(server_.Requests()[1].range, "bytes=0-");
 }
 
-TEST_F(FlvRestartTest, SameAddressAfterAStopInMidTransferPlaysFromItsBeginningAgain) {
+TEST_F(FlvRestartTest, SameAddressAfterAStopInMidTransferPlaysFromTheBeginning) {
   server_.Serve(MakeStream(100));
   const std::string url = server_.Url("/stall/a.flv");
   for (int run = 0; run < 2; ++run) {
@@ -81,7 +81,7 @@ TEST_F(FlvRestartTest, SameAddressAfterAStopInMidTransferPlaysFromItsBeginningAg
   EXPECT_EQ(server_.Requests()[1].range, "bytes=0-");
 }
 
-TEST_F(FlvRestartTest, SameAddressLeavesTheRestartFileUntouchedAndAnotherEmptiesIt) {
+TEST_F(FlvRestartTest, SameAddressKeepsTheRestartFileAndAnotherEmptiesIt) {
   const auto play_and_stop = [this](const std::string& url) {
     downloader_.BeginDownload(url);
     downloader_.EndDownload();
@@ -104,7 +104,7 @@ TEST_F(FlvRestartTest, NothingIsWrittenToTheRestartFileWhileAStreamPlays) {
   EXPECT_EQ(std::filesystem::file_size(RestartFile()), 0U);
 }
 
-TEST_F(FlvRestartTest, OtherAddressPlaysWithoutWordsOfTheFirst) {
+TEST_F(FlvRestartTest, OtherAddressPlaysWithoutTheRestartLine) {
   const Bytes stream = MakeStream(10);
   server_.Serve(stream);
   ExpectAllFrames(server_.Url("/plain/a.flv"), stream);
@@ -120,14 +120,15 @@ TEST_F(FlvRestartTest, BytesOfAStoppedStreamAreNotInTheNext) {
     StartAgain();
     downloader_.BeginDownload(server_.Url("/stall/a.flv"));
     ASSERT_TRUE(WaitForVideo(3));
-    EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "nothing is there that could spoil the next";
+    EXPECT_GT(g_flvStream->UnreadSize(), 0U)
+        << "no unread bytes, so the next stream proves nothing";
     Stop();
     StartAgain();
     ExpectAllFrames(server_.Url("/plain/b.flv"), stream);
   }
 }
 
-TEST_F(FlvRestartTest, AudioConfigurationHoldsForAStreamWithoutOne) {
+TEST_F(FlvRestartTest, AudioConfigurationIsReusedByAStreamWithoutOne) {
   const Bytes with = Join({flv_test::Header(), flv_test::AacHeaderTag(flv_test::kStereo48),
                            flv_test::AacTag(0, {1, 2}), flv_test::LastBackPointer()});
   const Bytes without =
@@ -143,7 +144,7 @@ TEST_F(FlvRestartTest, AudioConfigurationHoldsForAStreamWithoutOne) {
             DumpText(ParseFlv(without, flv_test::kStereo48).frames));
 }
 
-TEST_F(FlvRestartTest, SecondStartWithoutAStopAddsItsTasksBesideTheFirst) {
+TEST_F(FlvRestartTest, SecondStartWithoutAStopRunsBesideTheFirst) {
   const std::string url = ServeLive();
   downloader_.BeginDownload(url);
   ASSERT_TRUE(WaitForVideo(5));
@@ -153,7 +154,7 @@ TEST_F(FlvRestartTest, SecondStartWithoutAStopAddsItsTasksBesideTheFirst) {
   EXPECT_TRUE(Stop());
 }
 
-TEST_F(FlvRestartTest, SecondStartRightBehindTheFirstEndsInOneStop) {
+TEST_F(FlvRestartTest, OneStopEndsTwoImmediateStarts) {
   const std::string url = ServeLive();
   downloader_.BeginDownload(url);
   downloader_.BeginDownload(url);
@@ -161,20 +162,20 @@ TEST_F(FlvRestartTest, SecondStartRightBehindTheFirstEndsInOneStop) {
   EXPECT_TRUE(Stop());
   StartAgain();
   downloader_.BeginDownload(url);
-  EXPECT_TRUE(WaitForVideo(50)) << "nothing of the first two is left";
+  EXPECT_TRUE(WaitForVideo(50)) << "the first two starts are still active";
   EXPECT_TRUE(Stop());
   EXPECT_EQ(server_.Requests().size(), 3U);
 }
 
-TEST_F(FlvRestartTest, OtherAddressWithoutAStopPlaysWholeBesideAStalledOne) {
+TEST_F(FlvRestartTest, OtherAddressWithoutAStopPlaysFullyBesideAStalledOne) {
   server_.Serve(MakeStream(100));
   downloader_.BeginDownload(server_.Url("/stall/a.flv"));
   ASSERT_TRUE(WaitForVideo(5));
   ExpectToPlayBesideOthers();
 }
 
-// The tasks of three starts are more than there are workers.
-TEST_F(FlvRestartTest, ThirdStartWithoutAStopPlaysWholeBesideTwoStalledOnes) {
+// Three starts have more tasks than the pool has workers.
+TEST_F(FlvRestartTest, ThirdStartWithoutAStopPlaysFullyBesideTwoStalledOnes) {
   server_.Serve(MakeStream(100));
   downloader_.BeginDownload(server_.Url("/stall/a.flv"));
   downloader_.BeginDownload(server_.Url("/stall/b.flv"));
@@ -199,7 +200,7 @@ TEST_F(FlvRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
 
 class FlvBlockedFolderTest : public FlvRestartTest {
  protected:
-  // Plays a stream whole and returns what the console shows of it.
+  // Plays a whole stream and returns the console output.
   std::string PlayWhole() {
     const Bytes stream = MakeStream(30);
     const FrameDump expected = ParseFlv(stream).frames;
@@ -220,7 +221,7 @@ TEST_F(FlvBlockedFolderTest, RestartFileIsInTheUsersCache) {
   EXPECT_TRUE(std::filesystem::exists(folder_.InCache() + "mebo.flv"));
 }
 
-TEST_F(FlvBlockedFolderTest, StreamPlaysWhereNoDirectoryCanBeWritten) {
+TEST_F(FlvBlockedFolderTest, StreamPlaysWithoutAWritableDirectory) {
   folder_.BlockCache();
   EXPECT_THAT(PlayWhole(), testing::StartsWith("Cache files cannot be written in "));
 }

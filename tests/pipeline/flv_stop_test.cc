@@ -17,12 +17,13 @@ using flv_test::Bytes;
 using flv_test::Join;
 using flv_test::MakeStream;
 
-// What every pipeline does at a stop is in tests/conformance; here is what only this one does.
+// tests/conformance tests what every pipeline does at a stop; this file tests what only FLV does.
 class FlvStopTest : protected AccountedStops, public FlvPlayFixture {
  protected:
   FlvStopTest() : AccountedStops([] { return g_flvRunning.load(); }) {}
 
-  // No thread begins a second wait for bytes, nor one that is longer than the parser's poll.
+  // Checks that after the stop each thread begins at most one more wait for bytes, and none longer
+  // than the poll interval of the parser.
   bool StopPromptly() {
     const bool was_running = Stop();
     EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(100)));
@@ -30,14 +31,14 @@ class FlvStopTest : protected AccountedStops, public FlvPlayFixture {
   }
 };
 
-// Where a stream has got to when it is stopped.
+// How far a stream has got when it is stopped.
 struct Stage {
   const char* name;
   const char* path;
   Bytes body;
   std::function<bool(const RecordingPlayer::Record&)> reached;
-  // Whether a task that reads the stream must have begun then. Else the stop may come before a
-  // worker has taken it, and it never says a word.
+  // Whether a task that reads the stream must have started by then. Otherwise the stop may happen
+  // before a worker takes that task, which then reports nothing.
   bool is_read;
 };
 
@@ -45,7 +46,7 @@ void PrintTo(const Stage& stage, std::ostream* out) { *out << stage.name; }
 
 class FlvStopStageTest : public FlvStopTest, public testing::WithParamInterface<Stage> {};
 
-TEST_P(FlvStopStageTest, DoesNotHoldUpTheStop) {
+TEST_P(FlvStopStageTest, DoesNotDelayTheStop) {
   const Stage& stage = GetParam();
   server_.Serve(stage.body);
   downloader_.BeginDownload(server_.Url(stage.path));
@@ -69,9 +70,9 @@ Bytes LongScriptTag() { return Join({flv_test::Header(), flv_test::ScriptTag(Byt
 INSTANTIATE_TEST_SUITE_P(
     Stages, FlvStopStageTest,
     testing::Values(
-        Stage{"ServerThatHasJustBeenAsked", "/plain/a.flv", MakeStream(50), AtOnce, false},
-        Stage{"StallBeforeEnoughHasCome", "/stall/a.flv", MakeStream(5), HasStaged<100>, false},
-        Stage{"StallInATagThatIsSkipped", "/stall/a.flv", LongScriptTag(), IsReported, true},
+        Stage{"RequestJustReceived", "/plain/a.flv", MakeStream(50), AtOnce, false},
+        Stage{"StallBeforeEnoughIsReceived", "/stall/a.flv", MakeStream(5), HasStaged<100>, false},
+        Stage{"StallInASkippedTag", "/stall/a.flv", LongScriptTag(), IsReported, true},
         Stage{"StallInANalUnit", "/stall/a.flv", MakeStream(10, 20'000), HasFrames, true},
         Stage{"FastServerWithoutAnEnd", "/endless/a.flv", MakeStream(20, 50'000), HasFrames, true},
         Stage{"EndOfTheStream", "/plain/a.flv", MakeStream(3), HasFrames, true},
@@ -84,7 +85,7 @@ TEST_F(FlvStopTest, LocalFileEndsAtTheStop) {
   ASSERT_TRUE(WaitForVideo(5));
   EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() > 1'000'000; }));
   EXPECT_TRUE(StopPromptly());
-  EXPECT_EQ(g_flvStream->UnreadSize(), 0U) << "the memory is given back";
+  EXPECT_EQ(g_flvStream->UnreadSize(), 0U) << "the memory is not released";
 }
 
 }  // namespace

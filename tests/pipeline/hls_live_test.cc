@@ -32,8 +32,8 @@ class HlsLiveTest : public HlsLivePlay {
     server_.Put(kList, LivePlaylist(first, SegmentUris(first, count)));
   }
 
-  // Plays many windows of three segments, each of them answered so, and returns the most segments
-  // that are known in a pause.
+  // Plays many windows of three segments and answers each segment request with `segment`. Returns
+  // the largest number of segments known during a pause.
   std::size_t MostKnownOverManyWindows(const Reply& segment) {
     for (const std::string& name : SegmentUris(0, kWindows + 2)) server_.Put("/" + name, segment);
     PutWindow(0, 3);
@@ -57,7 +57,7 @@ class HlsLiveTest : public HlsLivePlay {
   float start_position_ = 0;
 };
 
-TEST_F(HlsLiveTest, SameSegmentsRefreshedAreDownloadedOnce) {
+TEST_F(HlsLiveTest, SegmentsListedAgainAreDownloadedOnce) {
   PutSegments(MakeStream(30), SegmentUris(0, 3));
   PutWindow(0, 3);
   downloader_.BeginDownload(ListUrl());
@@ -89,7 +89,7 @@ TEST_F(HlsLiveTest, NewSegmentsAreDownloadedOnceAsTheWindowMovesOn) {
   EXPECT_TRUE(std::is_sorted(durations.begin(), durations.end()));
 }
 
-TEST_F(HlsLiveTest, DurationIsReportedAgainWhenNothingOfWhatIsQueuedIsNew) {
+TEST_F(HlsLiveTest, DurationIsReportedAgainWhenNoQueuedSegmentIsNew) {
   PutSegments(MakeStream(40), SegmentUris(0, 4));
   PutWindow(0, 3);
   downloader_.BeginDownload(ListUrl());
@@ -97,7 +97,7 @@ TEST_F(HlsLiveTest, DurationIsReportedAgainWhenNothingOfWhatIsQueuedIsNew) {
   PutWindow(1, 3);
   EXPECT_TRUE(NextRefresh());
   const std::size_t before = player_.Snapshot().durations.size();
-  EXPECT_TRUE(NextRefresh());  // queues again what was downloaded and is listed still
+  EXPECT_TRUE(NextRefresh());  // queues again the downloaded segments that are still listed
   const auto durations = player_.Snapshot().durations;
   ASSERT_EQ(durations.size(), before + 1);
   EXPECT_EQ(durations[before - 1], 40.0F);
@@ -106,23 +106,23 @@ TEST_F(HlsLiveTest, DurationIsReportedAgainWhenNothingOfWhatIsQueuedIsNew) {
   EXPECT_THAT(CountRequests(SegmentUris(0, 4)), Each(1U));
 }
 
-TEST_F(HlsLiveTest, DownloadedSegmentsAreForgottenOnceTheyAreNotListed) {
+TEST_F(HlsLiveTest, DownloadedSegmentsAreForgottenOnceTheyAreNoLongerListed) {
   EXPECT_LE(MostKnownOverManyWindows(Whole(MakeStream(1))), kTwoWindows);
   EXPECT_THAT(CountRequests(SegmentUris(0, kWindows + 2)), Each(1U));
 }
 
-TEST_F(HlsLiveTest, SegmentsThatFailedAreForgottenOnceTheyAreNotListed) {
+TEST_F(HlsLiveTest, FailedSegmentsAreForgottenOnceTheyAreNoLongerListed) {
   EXPECT_LE(MostKnownOverManyWindows(CutAfter(1, Whole(MakeStream(1)))), kTwoWindows);
   EXPECT_THAT(CountRequests(SegmentUris(0, kWindows + 2)), Each(1U));
 }
 
-TEST_F(HlsLiveTest, SegmentsBeforeTheStartPositionAreForgottenOnceTheyAreNotListed) {
+TEST_F(HlsLiveTest, SegmentsBeforeTheStartPositionAreForgottenOnceTheyAreNoLongerListed) {
   start_position_ = 10.0F * (kWindows + 3);
   EXPECT_LE(MostKnownOverManyWindows(Whole(MakeStream(1))), kTwoWindows);
   EXPECT_THAT(CountRequests(SegmentUris(3, kWindows - 1)), Each(0U));
 }
 
-TEST_F(HlsLiveTest, PlaylistThatBreaksForAWhileGoesOnWhereItWas) {
+TEST_F(HlsLiveTest, PlaylistThatFailsForAWhileContinuesWhereItWas) {
   const ts_test::Bytes stream = MakeStream(40);
   PutSegments(stream, SegmentUris(0, 4));
   PutWindow(0, 3);
@@ -140,7 +140,7 @@ TEST_F(HlsLiveTest, PlaylistThatBreaksForAWhileGoesOnWhereItWas) {
   EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
 }
 
-TEST_F(HlsLiveTest, BodyThatIsNoPlaylistAtFirstIsFollowedByOne) {
+TEST_F(HlsLiveTest, PlaylistAfterAnInvalidBodyPlays) {
   PutSegments(MakeStream(20), SegmentUris(0, 2));
   server_.Put(kList, std::string("not yet"));
   downloader_.BeginDownload(ListUrl());
@@ -152,7 +152,7 @@ TEST_F(HlsLiveTest, BodyThatIsNoPlaylistAtFirstIsFollowedByOne) {
   EXPECT_TRUE(player_.Snapshot().MessagesWith("PLAY M3U8 OK:").empty());
 }
 
-TEST_F(HlsLiveTest, EncoderThatWasRestartedPlaysOnUnderTheSameNames) {
+TEST_F(HlsLiveTest, RestartedEncoderKeepsPlayingUnderTheSameNames) {
   PutSegments(MakeStream(20), SegmentUris(0, 2));
   server_.Put(kList, LivePlaylist(100, SegmentUris(0, 2)));
   downloader_.BeginDownload(ListUrl());
@@ -162,7 +162,7 @@ TEST_F(HlsLiveTest, EncoderThatWasRestartedPlaysOnUnderTheSameNames) {
   EXPECT_TRUE(NextRefreshes(2));
   PutWindow(0, 3);
   EXPECT_TRUE(NextRefresh());
-  EXPECT_TRUE(WaitForVideo(49));  // one that the first run left behind
+  EXPECT_TRUE(WaitForVideo(49));  // includes the last frame of the first run
   Stop();
   EXPECT_THAT(CountRequests(SegmentUris(0, 3)), ElementsAre(2U, 2U, 1U));
 }
@@ -183,12 +183,12 @@ TEST_F(HlsLiveTest, LateCopyPlaysNothingTwice) {
   EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
 }
 
-TEST_F(HlsLiveTest, NamesThatAreReusedInARingPlayOn) {
+TEST_F(HlsLiveTest, NamesReusedInARingKeepPlaying) {
   constexpr int kSegments = 7;
   constexpr int kNames = 3;
   const ts_test::Bytes stream = MakeStream(70);
   const auto parts = hls_test::CutIntoSegments(stream, kSegments);
-  const auto put = [&](int first) {  // two segments, the second of which may take an old name
+  const auto put = [&](int first) {  // two segments; the second may reuse an old name
     Uris names;
     for (int i = first; i < first + 2; ++i) {
       names.push_back("r" + std::to_string(i % kNames) + ".ts");
@@ -209,7 +209,7 @@ TEST_F(HlsLiveTest, NamesThatAreReusedInARingPlayOn) {
   EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
 }
 
-// How a playlist can be had in a way that brings nothing new.
+// A reply to a playlist request that lists no new segment.
 struct Trouble {
   std::string name;
   std::function<Reply(const HlsServer&, const std::string& playlist)> reply;
@@ -247,7 +247,7 @@ std::vector<Trouble> Troubles() {
   };
 }
 
-// Refreshes one by one, without the pauses.
+// Refreshes one by one, without the pauses between them.
 class HlsRefreshTest : public HlsTasks {
  protected:
   std::string ListUrl() const { return server_.Url("/list.m3u8"); }
@@ -265,7 +265,7 @@ class HlsTroubleTest : public HlsRefreshTest, public testing::WithParamInterface
 INSTANTIATE_TEST_SUITE_P(, HlsTroubleTest, testing::ValuesIn(Troubles()),
                          [](const auto& trouble) { return trouble.param.name; });
 
-TEST_P(HlsTroubleTest, PlaylistThatComesBackGoesOnWhereItWas) {
+TEST_P(HlsTroubleTest, PlaylistThatRecoversContinuesWhereItWas) {
   RefreshWindow(8, 3);
   server_.Put("/list.m3u8", GetParam().reply(server_, LivePlaylist(8, SegmentUris(8, 3))));
   for (int i = 0; i < 4; ++i) {
@@ -276,12 +276,12 @@ TEST_P(HlsTroubleTest, PlaylistThatComesBackGoesOnWhereItWas) {
   EXPECT_THAT(RefreshWindow(10, 3), ElementsAre("seg12.ts"));
 }
 
-TEST_F(HlsRefreshTest, PlaylistCutOffAnywhereLosesAndDoublesNothing) {
+TEST_F(HlsRefreshTest, PlaylistTruncatedAnywhereLosesAndRepeatsNothing) {
   int first = 8;
   RefreshWindow(first, 3);
   const std::size_t length = LivePlaylist(first, SegmentUris(first, 3)).size();
   for (std::size_t cut = 0; cut < length; ++cut) {
-    ++first;  // the one that is cut off lists a new segment
+    ++first;  // the truncated playlist lists a new segment
     server_.Put("/list.m3u8", CutAfter(cut, Whole(LivePlaylist(first, SegmentUris(first, 3)))));
     EXPECT_FALSE(Refresh(ListUrl()));
     EXPECT_THAT(TakeAndDownload(), IsEmpty());
@@ -290,7 +290,7 @@ TEST_F(HlsRefreshTest, PlaylistCutOffAnywhereLosesAndDoublesNothing) {
   }
 }
 
-TEST_F(HlsRefreshTest, SegmentWhoseNameWasReusedWhileItWaitedIsNotFetchedTwice) {
+TEST_F(HlsRefreshTest, SegmentWhoseNameIsReusedWhileQueuedIsNotFetchedTwice) {
   for (const char* path : {"/r0.ts", "/r1.ts", "/r2.ts"}) server_.Put(path, std::string("x"));
   QueueOrLeave(ListUrl(), LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
   QueueOrLeave(ListUrl(), LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
@@ -308,7 +308,7 @@ TEST_F(HlsRefreshTest, SegmentWhoseNameWasReusedWhileItWaitedIsNotFetchedTwice) 
   EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10.0F, 20.0F, 30.0F, 40.0F));
 }
 
-// Names out of a ring.
+// `count` names from a ring of `ring` names.
 Uris RingUris(int first, int count, int ring) {
   Uris uris;
   for (int i = first; i < first + count; ++i)
@@ -325,7 +325,7 @@ class HlsSequenceTest : public HlsRefreshTest, public testing::WithParamInterfac
     }
   }
 
-  // One refresh of this window, and what is asked for after it.
+  // Refreshes once with this window and returns the segments requested afterwards.
   Uris See(std::int64_t first, const Uris& uris) {
     server_.Put(GetParam() ? "/low.m3u8" : "/list.m3u8", LivePlaylist(first, uris));
     EXPECT_TRUE(Refresh(ListUrl()));
@@ -342,23 +342,23 @@ INSTANTIATE_TEST_SUITE_P(, HlsSequenceTest, testing::Bool(), [](const auto& sour
   return source.param ? "OfAVariant" : "OfTheTopLevel";
 });
 
-TEST_P(HlsSequenceTest, CacheNodeThatLagsSixSegmentsAndMovesOnPlaysNothingTwice) {
+TEST_P(HlsSequenceTest, CacheNodeThatAdvancesSixSegmentsLatePlaysNothingTwice) {
   for (int first = 0; first < 40; ++first) {
     See(first, 6);
     if (first < 6) continue;
     EXPECT_THAT(See(first - 6, 6), IsEmpty());
-    EXPECT_THAT(See(first - first % 6, 6), IsEmpty()) << "as fresh or older";
+    EXPECT_THAT(See(first - first % 6, 6), IsEmpty()) << "the same window or an older one";
   }
   EXPECT_EQ(played_, SegmentUris(0, 45));
 }
 
-TEST_P(HlsSequenceTest, CacheNodeThatLagsAndAnswersAloneForAWhilePlaysNothingTwice) {
+TEST_P(HlsSequenceTest, LaggingCacheNodeThatAnswersAloneForAWhilePlaysNothingTwice) {
   for (int first = 0; first <= 20; ++first) See(first, 6);
   for (int first = 15; first <= 40; ++first) See(first, 6);
   EXPECT_EQ(played_, SegmentUris(0, 46));
 }
 
-TEST_P(HlsSequenceTest, OneOldCopyForFourRefreshesPlaysNothingTwice) {
+TEST_P(HlsSequenceTest, OldCopyServedForFourRefreshesPlaysNothingTwice) {
   for (int first = 0; first <= 10; ++first) See(first, 4);
   for (const int old : {9, 3, 0}) {
     for (int i = 0; i < 4; ++i) EXPECT_THAT(See(old, 4), IsEmpty());
@@ -367,7 +367,7 @@ TEST_P(HlsSequenceTest, OneOldCopyForFourRefreshesPlaysNothingTwice) {
   EXPECT_EQ(played_, SegmentUris(0, 15));
 }
 
-TEST_P(HlsSequenceTest, RestartWithNewNamesUnderSmallerNumbersIsAskedForAtOnce) {
+TEST_P(HlsSequenceTest, RestartWithNewNamesAndSmallerNumbersIsRequestedAtOnce) {
   for (int first = 100; first <= 110; ++first) See(first, 3);
   for (int count = 1; count <= 3; ++count) {
     const Uris names = SegmentUris(0, count, "new");
@@ -376,7 +376,7 @@ TEST_P(HlsSequenceTest, RestartWithNewNamesUnderSmallerNumbersIsAskedForAtOnce) 
   EXPECT_THAT(See(1, SegmentUris(1, 3, "new")), ElementsAre("new3.ts"));
 }
 
-TEST_P(HlsSequenceTest, RestartUnderTheSameNamesPlaysEachOnceBetweenLateCopiesOfTheRunBefore) {
+TEST_P(HlsSequenceTest, RestartWithTheSameNamesPlaysEachOnceAmongLateCopiesOfThePreviousRun) {
   for (int first = 100; first <= 110; ++first) See(first, SegmentUris(first - 100, 3));
   played_.clear();
   for (int first = 0; first < 10; ++first) {
@@ -386,14 +386,14 @@ TEST_P(HlsSequenceTest, RestartUnderTheSameNamesPlaysEachOnceBetweenLateCopiesOf
   EXPECT_EQ(played_, SegmentUris(0, 12));
 }
 
-TEST_P(HlsSequenceTest, RestartUnderTheSameNamesAndNumbersPlaysInTheEnd) {
+TEST_P(HlsSequenceTest, RestartWithTheSameNamesAndNumbersEventuallyPlays) {
   for (int first = 0; first <= 60; ++first) See(first, 3);
   played_.clear();
   for (int first = 0; first < 40; ++first) See(first, 3);
   EXPECT_EQ(played_, SegmentUris(13, 29));
 }
 
-TEST_P(HlsSequenceTest, RingOfEightNamesPlaysOnOverFortyWindows) {
+TEST_P(HlsSequenceTest, RingOfEightNamesKeepsPlayingOverFortyWindows) {
   for (const int length : {3, 5, 8}) {
     SCOPED_TRACE(length);
     history_ = {};
@@ -401,16 +401,16 @@ TEST_P(HlsSequenceTest, RingOfEightNamesPlaysOnOverFortyWindows) {
     played_.clear();
     for (int first = 0; first < 40; ++first) {
       See(first, RingUris(first, length, 8));
-      EXPECT_THAT(See(first, RingUris(first, length, 8)), IsEmpty()) << "it has not moved";
+      EXPECT_THAT(See(first, RingUris(first, length, 8)), IsEmpty()) << "the window has not moved";
     }
     EXPECT_EQ(played_, RingUris(0, 39 + length, 8));
   }
 }
 
-TEST_P(HlsSequenceTest, SegmentsOfDurationZeroThatLeaveTheWindowShiftNoNumber) {
+TEST_P(HlsSequenceTest, ZeroDurationSegmentsThatLeaveTheWindowShiftNoNumber) {
   for (int first = 0; first < 30; ++first) {
     std::string text = "#EXTM3U\n#EXT-X-MEDIA-SEQUENCE:" + std::to_string(first) + "\n";
-    for (int i = first; i < first + 5; ++i) {  // every third is announced with a duration of 0
+    for (int i = first; i < first + 5; ++i) {  // every third has a duration of 0
       text += (i % 3 == 0 ? "#EXTINF:0,\nr" : "#EXTINF:2,\nr") + std::to_string(i % 6) + ".ts\n";
     }
     server_.Put(GetParam() ? "/low.m3u8" : "/list.m3u8", text);
@@ -424,7 +424,7 @@ TEST_P(HlsSequenceTest, SegmentsOfDurationZeroThatLeaveTheWindowShiftNoNumber) {
   EXPECT_EQ(played_, expected);
 }
 
-TEST_P(HlsSequenceTest, NumbersThatCountNoSegmentsPlayEverySegmentOnce) {
+TEST_P(HlsSequenceTest, SequenceNumbersThatDoNotCountSegmentsPlayEachSegmentOnce) {
   const std::vector<std::function<std::int64_t(int refresh, int first)>> numberings = {
       [](int, int) { return 0; },
       [](int, int) { return 1; },

@@ -1,5 +1,6 @@
-// A live stream that plays for a day, in the time that the work of the component takes: one step of
-// simulated time a refresh. Builds that run slowly play fewer hours, which CMakeLists.txt chooses.
+// Plays a live stream for a simulated day. Each step advances the simulated time by one refresh, so
+// the test takes only as long as the work of the component. Slow builds play fewer hours, which
+// CMakeLists.txt sets.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -29,11 +30,11 @@ constexpr std::int64_t kHour = 3'600;  // seconds
 constexpr std::int64_t kHours = HLS_LONG_RUN_HOURS;
 constexpr std::int64_t kVariantHours = std::max<std::int64_t>(1, kHours / 8);
 
-// Memory is compared from this hour on: by then the longest table, which remembers two thousand
+// Memory is compared from this hour on. By then the longest table, which remembers two thousand
 // segments, is full.
 constexpr std::size_t kSteadyHour = 8;
 
-// Checks that frames carry the numbers 0, 1, 2 and so on, and keeps none of them.
+// Checks that frames carry the numbers 0, 1, 2 and so on. Keeps no frame.
 class CountingPlayer final : public CStreamPlayerImp {
  public:
   void OnDuration(float) override {}
@@ -63,7 +64,7 @@ class CountingPlayer final : public CStreamPlayerImp {
 // What the component holds at the end of an hour.
 struct Sample {
   std::size_t queued;      // segments
-  std::size_t replaced;    // pending segments whose address names another one
+  std::size_t replaced;    // pending segments whose address now names another segment
   std::size_t known;       // segments with a state
   std::size_t sources;     // playlists whose numbers are remembered
   std::size_t remembered;  // numbers of the newest of them
@@ -80,7 +81,7 @@ class HlsLongRunTest : public testing::Test {
     downloader_.EndDownload();
   }
 
-  // Plays so many hours, a refresh after the other, and takes a sample at the end of each.
+  // Plays `hours` hours, one refresh after another, and takes a sample at the end of each.
   void Play(const std::string& url, const std::string& source, std::int64_t hours) {
     const auto before = std::chrono::steady_clock::now();
     testing::internal::CaptureStdout();
@@ -90,7 +91,7 @@ class HlsLongRunTest : public testing::Test {
         Step(hour * kHour + second);
       }
       samples_.push_back(TakeSample(source));
-      testing::internal::GetCapturedStdout();  // nothing of the console is kept
+      testing::internal::GetCapturedStdout();  // discards the console output
       ExpectAllPlayed((hour + 1) * kHour);
       testing::internal::CaptureStdout();
     }
@@ -100,15 +101,15 @@ class HlsLongRunTest : public testing::Test {
     Print(std::chrono::steady_clock::now() - before);
   }
 
-  // Moves the time by a second, once all five tasks have done what they can.
+  // Advances the time by a second once all five tasks are idle.
   void Step(std::int64_t second) {
     WaitForRest();
     server_.SetTime(second);
     clock_.Advance(std::chrono::seconds(1));
   }
 
-  // Waits until all five tasks sleep or wait in the clock and nothing is left to do but to parse
-  // and to deliver. While segments are queued the segment task sleeps, or has not woken yet.
+  // Waits until all five tasks sleep or wait in the clock and only parsing and delivery are left to
+  // do. While segments are queued, the segment task sleeps or has not woken up yet.
   void WaitForRest() {
     ASSERT_TRUE(clock_.AwaitWaiting(kTasks));
     while (!IsAtRest()) {
@@ -117,7 +118,8 @@ class HlsLongRunTest : public testing::Test {
     }
   }
 
-  // A task that takes what is queued leaves the clock before the lock.
+  // A task leaves the clock before it locks the queue to take a segment, so both are checked with
+  // the queue locked.
   bool IsAtRest() const {
     const std::lock_guard lock(g_segmentQueueMutex);
     return g_segmentQueue->empty() && clock_.Waiting() == kTasks;
@@ -149,13 +151,13 @@ class HlsLongRunTest : public testing::Test {
     return sample;
   }
 
-  // The stream lists its newest segment as soon as it begins. It is parsed at a later step than it
-  // is downloaded, and the demultiplexer keeps the last frame of each kind.
+  // The playlist lists the newest segment as soon as that segment begins. A segment is parsed one
+  // or more steps after its download, and the demultiplexer keeps the last frame of each kind.
   void ExpectAllPlayed(std::int64_t seconds) {
     const std::int64_t segments = HlsDayServer::SegmentsUntil(seconds);
     const std::int64_t oldest = (segments - 2) * HlsDayServer::kFramesPerSegment;
     EXPECT_EQ(server_.Refreshes(), seconds + 2)
-        << "the first and its refresh at once, then one a second";
+        << "the first fetch and its refresh at once, then one per second";
     EXPECT_EQ(server_.Masters(), masters_a_refresh_ * server_.Refreshes());
     EXPECT_EQ(server_.Segments(), segments);
     EXPECT_EQ(server_.OutOfOrder(), 0);
@@ -185,7 +187,7 @@ class HlsLongRunTest : public testing::Test {
     constexpr std::size_t kHeap = 64 << 10;
     constexpr std::size_t kResident = 4 << 20;
     if (samples_.size() <= kSteadyHour) {
-      std::cout << "too short a run to compare memory\n";
+      std::cout << "the run is too short to compare memory\n";
       return;
     }
     const Sample& steady = samples_[kSteadyHour - 1];

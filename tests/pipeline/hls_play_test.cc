@@ -30,7 +30,7 @@ using testing::UnorderedElementsAre;
 using ts_test::Bytes;
 using ts_test::MakeStream;
 
-// Whole-text match over bytes that are no UTF-8.
+// Matches the whole text. The bytes need not be UTF-8.
 MATCHER_P(HasMatch, pattern, "matches " + std::string(pattern)) {
   return std::regex_match(arg, std::regex(pattern));
 }
@@ -54,7 +54,7 @@ TEST_F(HlsOnDemandTest, EveryFrameButTheLastOfEachKindReachesThePlayerOnceAndInO
   EXPECT_EQ(Dump(player_.Snapshot()), Dump(FramesOf(stream)));
 }
 
-TEST_F(HlsOnDemandTest, ThreeSegmentsTellLinesDurationBufferedTimesAndResultInOrder) {
+TEST_F(HlsOnDemandTest, ThreeSegmentsReportLinesDurationBufferedTimesAndResultInOrder) {
   PutOnDemand(MakeStream(60), 3);
   const std::string url = ListUrl();
   downloader_.BeginDownload(url);
@@ -72,7 +72,7 @@ TEST_F(HlsOnDemandTest, ThreeSegmentsTellLinesDurationBufferedTimesAndResultInOr
   EXPECT_EQ(after.results, before.results);
 }
 
-TEST_F(HlsOnDemandTest, LinesOfTheStopAreTold) {
+TEST_F(HlsOnDemandTest, StopReportsItsLines) {
   PutOnDemand(MakeStream(10), 1);
   downloader_.BeginDownload(ListUrl());
   EXPECT_TRUE(WaitForVideo(9) && WaitForAudio(9));
@@ -86,7 +86,7 @@ TEST_F(HlsOnDemandTest, LinesOfTheStopAreTold) {
                                           "m3u8 video thread stop.", "m3u8 audio thread stop."));
 }
 
-TEST_F(HlsOnDemandTest, ConsoleTellsTheWholeRun) {
+TEST_F(HlsOnDemandTest, ConsoleLogsTheWholeRun) {
   PutOnDemand(MakeStream(10), 3);
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(ListUrl());
@@ -102,7 +102,7 @@ TEST_F(HlsOnDemandTest, ConsoleTellsTheWholeRun) {
   }
   EXPECT_THAT(console, HasSubstr("m3u8 Download thread stop.\n"));
   const std::string stop = console.substr(console.find("m3u8 EndDownload"));
-  // The playlist's task ends by itself, mostly long before.
+  // The playlist task ends by itself, usually long before the stop.
   const std::string thread =
       "(m3u8 (Download|DownloadParts|parse ts|video|audio) thread stop\\.\n)";
   EXPECT_THAT(stop, HasMatch("m3u8 EndDownload\\.\\.\\.\n" + thread +
@@ -148,7 +148,7 @@ TEST_F(HlsOnDemandTest, SegmentsNeedNoTsInTheirAddress) {
   Stop();
 }
 
-TEST_F(HlsOnDemandTest, SegmentsOfAMovedPlaylistAreResolvedAgainstTheAddressThatWasAskedFor) {
+TEST_F(HlsOnDemandTest, SegmentsOfARedirectedPlaylistAreResolvedAgainstTheRequestedAddress) {
   const auto names = SegmentUris(0, 2);
   PutSegments(MakeStream(20), names);
   server_.Put("/far/away.m3u8", OnDemandPlaylist(names));
@@ -171,7 +171,7 @@ TEST_F(HlsOnDemandTest, LocalPlaylistPlaysItsLocalSegments) {
   Stop();
 }
 
-TEST_F(HlsOnDemandTest, WithoutAPlayerFramesAreTakenAndReleased) {
+TEST_F(HlsOnDemandTest, WithoutAPlayerFramesArePoppedAndReleased) {
   PutOnDemand(MakeStream(30), 3);
   CStreamDownloader silent(nullptr);
   EXPECT_TRUE(silent.BeginDownload(ListUrl()));
@@ -184,7 +184,7 @@ TEST_F(HlsOnDemandTest, WithoutAPlayerFramesAreTakenAndReleased) {
   EXPECT_FALSE(bad_.Exists());
 }
 
-// All five tasks of a pipeline whose fields a test can see.
+// Runs all five tasks of a pipeline whose fields the test can read.
 class HlsFiveTasksTest : public HlsTasks {
  protected:
   void Begin(const std::string& url) {
@@ -207,7 +207,7 @@ class HlsFiveTasksTest : public HlsTasks {
   HlsServer server_;
 };
 
-TEST_F(HlsFiveTasksTest, ListedDurationOfThreeSegmentsIsForgottenWithTheFirstFrame) {
+TEST_F(HlsFiveTasksTest, ListedDurationOfThreeSegmentsIsClearedByTheFirstFrame) {
   const auto names = SegmentUris(0, 3);
   const auto segments = hls_test::CutIntoSegments(MakeStream(30), names.size());
   for (std::size_t i = 0; i < names.size(); ++i) {
@@ -227,13 +227,13 @@ TEST_F(HlsFiveTasksTest, ListedDurationOfThreeSegmentsIsForgottenWithTheFirstFra
   EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("QUEUEED3:3"));
 }
 
-// A pipeline without the facade, for what is set before its first start.
+// A pipeline without the facade, so that a position can be set before its first start.
 class HlsStartPositionTest : public HlsPlay {
  protected:
   CM3u8Downloader pipeline_{&player_};
 };
 
-TEST_F(HlsStartPositionTest, SegmentsThatEndBeforeItAreNotDownloaded) {
+TEST_F(HlsStartPositionTest, SegmentsThatEndBeforeThePositionAreNotDownloaded) {
   PutOnDemand(MakeStream(30), 3);
   server_.Put("/seg2.ts", MakeStream(10));
   EXPECT_TRUE(pipeline_.SetStartPostion(25));
@@ -245,7 +245,7 @@ TEST_F(HlsStartPositionTest, SegmentsThatEndBeforeItAreNotDownloaded) {
   EXPECT_THAT(player_.Snapshot().durations, Each(30.0F));
 }
 
-TEST_F(HlsStartPositionTest, SegmentThatEndsRightAtItIsDownloaded) {
+TEST_F(HlsStartPositionTest, SegmentThatEndsExactlyAtThePositionIsDownloaded) {
   PutOnDemand(MakeStream(30), 3);
   pipeline_.SetStartPostion(20);
   pipeline_.BeginDownload(ListUrl());
@@ -259,13 +259,13 @@ TEST_F(HlsStartPositionTest, LineHasNoTime) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY M3U8 StartPostion:01:02:05.500"));
 }
 
-TEST_F(HlsStartPositionTest, StopSetsItBackAlsoWhenNothingRuns) {
+TEST_F(HlsStartPositionTest, StopResetsThePositionEvenWhenNothingRuns) {
   PutOnDemand(MakeStream(30), 3);
   pipeline_.SetStartPostion(25);
   testing::internal::CaptureStdout();
   EXPECT_FALSE(pipeline_.EndDownload());
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "nothing but the position was told";
+  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "more than the position was reported";
   pipeline_.BeginDownload(ListUrl());
   EXPECT_TRUE(WaitForVideo(29));
   pipeline_.EndDownload();

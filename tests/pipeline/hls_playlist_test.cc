@@ -28,7 +28,8 @@ using testing::StartsWith;
 constexpr char kIphone[] = "Mozilla/5.0 (iPhone;";
 constexpr char kAndroid[] = "Mozilla/5.0 (Linux; U; Android 4.0.3;";
 
-// The playlist thread's work on the test's own thread: when it returns, nothing more comes.
+// Runs the work of the playlist thread on the thread of the test: nothing more is reported after it
+// returns.
 class HlsPlaylistTest : public HlsTasks {
  protected:
   std::string Run(const std::string& url) {
@@ -50,13 +51,13 @@ class HlsPlaylistTest : public HlsTasks {
     testing::internal::GetCapturedStdout();
   }
 
-  // Runs it, one refresh after the other, until `met` holds.
+  // Runs it, one refresh after another, until `met` holds.
   template <typename Condition>
   void RunUntil(const std::string& url, Condition met) {
     RunBeside(url, [&] { EXPECT_TRUE(clock_.AdvanceUntil(met, 1, kPause)); });
   }
 
-  // The outcome told for a playlist whose body this is.
+  // The outcome that is reported for a playlist with this body.
   std::vector<std::string> OutcomeOf(const std::string& body) {
     server_.Put(kList, body);
     RunUntil(server_.Url(kList), [this] { return !player_.Snapshot().results.empty(); });
@@ -73,7 +74,7 @@ class HlsPlaylistTest : public HlsTasks {
   HlsServer server_;
 };
 
-TEST_F(HlsPlaylistTest, PlaylistThatCannotBeHadIsTriedTwiceAndGivenUp) {
+TEST_F(HlsPlaylistTest, PlaylistThatCannotBeFetchedIsTriedTwice) {
   server_.Put(kList, CutAfter(20, Whole(OnDemandPlaylist(SegmentUris(0, 3)))));
   EXPECT_EQ(Run(), "m3u8 Download thread stop.\n");
   const std::string url = server_.Url(kList);
@@ -82,7 +83,7 @@ TEST_F(HlsPlaylistTest, PlaylistThatCannotBeHadIsTriedTwiceAndGivenUp) {
   EXPECT_EQ(server_.Requests().size(), 2U);
 }
 
-TEST_F(HlsPlaylistTest, ServerThatIsDownIsTriedTwiceAndGivenUp) {
+TEST_F(HlsPlaylistTest, UnreachableServerIsTriedTwice) {
   std::string url;
   {
     const HlsServer gone;
@@ -92,14 +93,14 @@ TEST_F(HlsPlaylistTest, ServerThatIsDownIsTriedTwiceAndGivenUp) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY Try:" + url, "PLAY Failed:" + url));
 }
 
-TEST_F(HlsPlaylistTest, WithoutAPlayerFailuresAreToldToNobody) {
+TEST_F(HlsPlaylistTest, WithoutAPlayerFailuresAreNotReported) {
   pipeline_.player = PlayerPort();
   server_.Put(kList, CutAfter(5, Whole(std::string("#EXTM3U\n"))));
   EXPECT_EQ(Run(), "m3u8 Download thread stop.\n");
   EXPECT_EQ(server_.Requests().size(), 2U);
 }
 
-TEST_F(HlsPlaylistTest, SecondAttemptGoesToTheCleanedAddressWithoutAUserAgent) {
+TEST_F(HlsPlaylistTest, SecondAttemptUsesTheCleanedAddressWithoutAUserAgent) {
   server_.Put("/a\xC1\xA1.m3u8", CutAfter(0, Whole(std::string("x"))));
   server_.Put("/ab.m3u8", OnDemandPlaylist(SegmentUris(0, 2)));
   const std::string url = server_.Url("/a\xC1\xA1.m3u8?x&pt=ios&");
@@ -113,7 +114,7 @@ TEST_F(HlsPlaylistTest, SecondAttemptGoesToTheCleanedAddressWithoutAUserAgent) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY Try:" + url, "PLAY M3U8 OK:" + url));
 }
 
-TEST_F(HlsPlaylistTest, BodyCutOffAtTheFirstAttemptStaysInFrontOfTheSecond) {
+TEST_F(HlsPlaylistTest, TruncatedBodyOfTheFirstAttemptStaysBeforeTheSecond) {
   server_.Put("/\xC1\xA1.m3u8", CutAfter(5, Whole(std::string("fail\n\n"))));
   server_.Put("/b.m3u8", OnDemandPlaylist(SegmentUris(0, 2)));
   Run(server_.Url("/\xC1\xA1.m3u8"));
@@ -130,7 +131,7 @@ TEST_F(HlsPlaylistTest, RefreshesRepeatTheRequestThatSucceeded) {
   }
 }
 
-TEST_F(HlsPlaylistTest, PlaylistVariantAndRefreshAskForTheUserAgentOfTheirOwnAddress) {
+TEST_F(HlsPlaylistTest, PlaylistVariantAndRefreshSendTheUserAgentOfTheirOwnAddress) {
   server_.Put(kList, MasterPlaylist({{500'000, "low.m3u8?x&pt=android&"}, {900'000, "high.m3u8"}}));
   server_.Put("/low.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
   server_.Put("/high.m3u8", LivePlaylist(0, SegmentUris(0, 1)));
@@ -147,31 +148,31 @@ TEST_F(HlsPlaylistTest, OutcomeIsOkForAPlaylist) {
               ElementsAre("PLAY M3U8 OK:", "PLAY:M3U8 OK:"));
 }
 
-TEST_F(HlsPlaylistTest, OutcomeTellsThatThePlaylistIsNotToBeCached) {
+TEST_F(HlsPlaylistTest, OutcomeReportsThatCachingIsForbidden) {
   EXPECT_THAT(OutcomeOf("#EXTM3U\n#EXT-X-ALLOW-CACHE:NO\n"),
               ElementsAre("PLAY M3U8 CACHE_NO OK:", "PLAY:M3U8 CACHE_NO OK:"));
 }
 
-TEST_F(HlsPlaylistTest, OutcomeIsNoForAnythingElse) {
+TEST_F(HlsPlaylistTest, OutcomeIsNoForAnyOtherBody) {
   EXPECT_THAT(OutcomeOf("<html>gone</html>"), ElementsAre("PLAY M3U8 NO:", "PLAY:M3U8 NO:"));
 }
 
-TEST_F(HlsPlaylistTest, OutcomeIsNoAlsoWhereOnlyTheCacheLineIsThere) {
+TEST_F(HlsPlaylistTest, OutcomeIsNoForTheCacheLineAlone) {
   EXPECT_THAT(OutcomeOf("#EXT-X-ALLOW-CACHE:NO\n"), ElementsAre("PLAY M3U8 NO:", "PLAY:M3U8 NO:"));
 }
 
-TEST_F(HlsPlaylistTest, WordsCountAnywhereInTheBody) {
+TEST_F(HlsPlaylistTest, TagsCountAnywhereInTheBody) {
   EXPECT_THAT(OutcomeOf("not x#EXTM3U here\n y#EXT-X-ALLOW-CACHE:NO"),
               ElementsAre("PLAY M3U8 CACHE_NO OK:", "PLAY:M3U8 CACHE_NO OK:"));
 }
 
-TEST_F(HlsPlaylistTest, ErrorPageOfTheServerIsTakenAsABody) {
+TEST_F(HlsPlaylistTest, ErrorPageOfTheServerIsTreatedAsAPlaylistBody) {
   RunUntil(server_.Url("/nowhere.m3u8"), [this] { return !player_.Snapshot().results.empty(); });
   EXPECT_THAT(player_.Snapshot().messages,
               ElementsAre("PLAY M3U8 NO:" + server_.Url("/nowhere.m3u8")));
 }
 
-TEST_F(HlsPlaylistTest, BodyThatSaysFailedEndsTheThreadAfterItsOutcome) {
+TEST_F(HlsPlaylistTest, BodyThatContainsFailedEndsTheThreadAfterItsOutcome) {
   const std::string url = server_.Url(kList);
   const std::vector<std::pair<std::string, std::string>> bodies = {
       {LivePlaylist(0, {"failed.ts"}), "OK"},
@@ -219,13 +220,13 @@ TEST_F(HlsPlaylistTest, FirstRefreshFollowsTheFirstPlaylistAtOnceAndTheOthersASe
   });
 }
 
-TEST_F(HlsPlaylistTest, LivePlaylistIsAskedForAgainUntilTheStop) {
+TEST_F(HlsPlaylistTest, LivePlaylistIsRefreshedUntilTheStop) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
   RunUntil(server_.Url(kList), [this] { return server_.Requests().size() == 30; });
-  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "refreshes are told to nobody";
+  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "refreshes are not reported";
 }
 
-TEST_F(HlsPlaylistTest, FailingRefreshesAreToldToNobodyAndGoOn) {
+TEST_F(HlsPlaylistTest, FailedRefreshesAreNotReportedAndRefreshingContinues) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
   RunUntil(server_.Url(kList), [this] {
     if (clock_.Waiting() == 1) server_.Put(kList, CutAfter(0, Whole(std::string("x"))));
@@ -234,7 +235,7 @@ TEST_F(HlsPlaylistTest, FailingRefreshesAreToldToNobodyAndGoOn) {
   EXPECT_EQ(player_.Snapshot().messages.size(), 1U);
 }
 
-TEST_F(HlsPlaylistTest, LiveStreamThatEndsIsStillAskedForAndItsLastSegmentsPlay) {
+TEST_F(HlsPlaylistTest, EndedLiveStreamIsStillRefreshedAndItsLastSegmentsPlay) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
   ASSERT_TRUE(Refresh(server_.Url(kList)));
   TakeAndDownload();

@@ -18,7 +18,8 @@ using ts_test::MakeStream;
 
 class HlsRestartTest : public HlsPlay {
  protected:
-  // Plays what is served to its end, stops, and forgets it all, but for what a stop leaves behind.
+  // Plays the stream to its end, stops, and clears the demultiplexer and the player. Only what a
+  // stop leaves in HLS remains.
   void PlayOnce(std::size_t frames) {
     downloader_.BeginDownload(ListUrl());
     ASSERT_TRUE(WaitForVideo(frames) && WaitForAudio(frames));
@@ -39,7 +40,7 @@ class HlsRestartTest : public HlsPlay {
   static constexpr std::uint64_t kFirstPts = 90'000;
 };
 
-TEST_F(HlsRestartTest, FirstVideoFrameIsLeftOutAndNoAudioFrameIs) {
+TEST_F(HlsRestartTest, SecondRunSkipsTheFirstVideoFrameAndNoAudioFrame) {
   PutOnDemand(MakeStream(20), 2);
   PlayOnce(19);
   downloader_.BeginDownload(ListUrl());
@@ -49,7 +50,7 @@ TEST_F(HlsRestartTest, FirstVideoFrameIsLeftOutAndNoAudioFrameIs) {
   EXPECT_EQ(player_.Snapshot().audio.front().pts, kFirstPts);
 }
 
-TEST_F(HlsRestartTest, FirstVideoFrameOfTheVeryFirstRunIsDelivered) {
+TEST_F(HlsRestartTest, FirstRunDeliversTheFirstVideoFrame) {
   PutOnDemand(MakeStream(20), 2);
   downloader_.BeginDownload(ListUrl());
   EXPECT_TRUE(WaitForVideo(19));
@@ -57,7 +58,7 @@ TEST_F(HlsRestartTest, FirstVideoFrameOfTheVeryFirstRunIsDelivered) {
   EXPECT_EQ(player_.Snapshot().video.front().pts, kFirstPts);
 }
 
-TEST_F(HlsRestartTest, TransportStreamAfterItGetsItsFirstFrame) {
+TEST_F(HlsRestartTest, TransportStreamAfterHlsDeliversItsFirstFrame) {
   PutOnDemand(MakeStream(20), 2);
   PlayOnce(19);
   server_.Put("/plain.ts", MakeStream(20));
@@ -67,7 +68,7 @@ TEST_F(HlsRestartTest, TransportStreamAfterItGetsItsFirstFrame) {
   EXPECT_EQ(player_.Snapshot().video.front().pts, kFirstPts);
 }
 
-TEST_F(HlsRestartTest, SameAddressBeginsFromNothing) {
+TEST_F(HlsRestartTest, SameAddressStartsFromTheBeginning) {
   PutOnDemand(MakeStream(30), 3);
   PlayOnce(29);
   downloader_.BeginDownload(ListUrl());
@@ -81,7 +82,7 @@ TEST_F(HlsRestartTest, SameAddressBeginsFromNothing) {
   EXPECT_EQ(record.MessagesWith("PLAY M3U8 H264:").size(), 1U);
 }
 
-TEST_F(HlsRestartTest, LiveStreamUnderSmallerNumbersBeginsFromNothing) {
+TEST_F(HlsRestartTest, LiveStreamWithSmallerNumbersStartsFromTheBeginning) {
   PutSegments(MakeStream(20), SegmentUris(0, 2));
   server_.Put(kList, LivePlaylist(100, SegmentUris(0, 2)));
   PlayOnce(19);
@@ -104,7 +105,7 @@ TEST_F(HlsRestartTest, AnotherAddressPlaysAfterAStalledOne) {
   EXPECT_TRUE(player_.Snapshot().HasMessage("PLAY M3U8 OK:" + ListUrl()));
 }
 
-TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
+TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNextStart) {
   PutOnDemand(MakeStream(20), 2);
   server_.Put("/other.m3u8", LivePlaylist(0, SegmentUris(0, 2)));
   for (int i = 0; i < 20; ++i) {
@@ -123,7 +124,7 @@ TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNext) {
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY M3U8 OK:").size(), 1U);
 }
 
-TEST_F(HlsRestartTest, SecondStartWithoutAStopReadsAndTellsThePlaylistBesideTheFirst) {
+TEST_F(HlsRestartTest, SecondStartWithoutAStopFetchesAndReportsThePlaylistToo) {
   PutSegments(MakeStream(60), SegmentUris(0, 6));
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 6)));
   testing::internal::CaptureStdout();
@@ -137,10 +138,11 @@ TEST_F(HlsRestartTest, SecondStartWithoutAStopReadsAndTellsThePlaylistBesideTheF
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY STOP OK").size(), 1U);
   EXPECT_THAT(player_.Snapshot().results, Each("PLAY:M3U8 OK:" + ListUrl()));
   EXPECT_GE(CountOf("QUEUEED1:6", console), 2U);
-  EXPECT_EQ(CountOf("QUEUEED1:", console), CountOf("QUEUEED1:6", console)) << "no text is mixed";
+  EXPECT_EQ(CountOf("QUEUEED1:", console), CountOf("QUEUEED1:6", console))
+      << "two playlist texts are mixed";
 }
 
-TEST_F(HlsRestartTest, SecondStartBehindASilentOneIsStoppedInTimeToo) {
+TEST_F(HlsRestartTest, SecondStartAfterASilentOneIsStoppedInTimeToo) {
   PutOnDemand(MakeStream(20), 2);
   server_.Put("/silent.m3u8", Silent());
   downloader_.BeginDownload(server_.Url("/silent.m3u8"));
@@ -150,7 +152,7 @@ TEST_F(HlsRestartTest, SecondStartBehindASilentOneIsStoppedInTimeToo) {
   EXPECT_EQ(server_.CountRequests(kList), 0U) << "the second request waits for the first to end";
 }
 
-TEST_F(HlsRestartTest, ThreeStartsAtOnceAreForgottenByOneStop) {
+TEST_F(HlsRestartTest, OneStopEndsThreeImmediateStarts) {
   PutSegments(MakeStream(60), SegmentUris(0, 6));
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 6)));
   for (int i = 0; i < 3; ++i) downloader_.BeginDownload(ListUrl());
@@ -179,7 +181,7 @@ TEST_F(HlsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
   }
   player_.Forget();
   downloader_.BeginDownload(ListUrl());
-  EXPECT_TRUE(WaitForVideo(19));  // one left behind by the first, one left out
+  EXPECT_TRUE(WaitForVideo(19));  // plus one left over from the first run, minus one skipped
   Stop();
 }
 

@@ -46,12 +46,13 @@ Bytes FirstBytes(const Bytes& bytes, std::size_t count) {
 
 std::string Text(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
 
-// An on-demand stream of four segments, one of which a test spoils.
+// An on-demand stream of four segments, which the tests damage.
 class HlsSegmentTest : public HlsPlay {
  protected:
   HlsSegmentTest() { PutOnDemand(stream_, 4); }
 
-  // Plays the stream until this is what came of it, then stops. What was written to the console.
+  // Plays the stream until the frames of `played` have been delivered, then stops. Returns the
+  // console output.
   std::string PlayAndExpect(const Bytes& played) {
     const Record expected = FramesOf(played);
     testing::internal::CaptureStdout();
@@ -71,14 +72,14 @@ class HlsSegmentTest : public HlsPlay {
 
 TEST_F(HlsSegmentTest, EveryByteOfEverySegmentIsPlayedOnceInOrder) { PlayAndExpect(stream_); }
 
-TEST_F(HlsSegmentTest, OneThatIsNotFoundLosesOnlyItself) {
+TEST_F(HlsSegmentTest, MissingSegmentLosesOnlyItself) {
   server_.Put("/seg1.ts", WithStatus(404, Whole(std::string("404 page not found"))));
   PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
   EXPECT_EQ(bad_.Contents(), "404 page not found");
   EXPECT_TRUE(player_.Snapshot().HasMessage("PLAY M3U8 H264:" + ListUrl()));
 }
 
-TEST_F(HlsSegmentTest, HtmlPageInsteadOfOneLosesOnlyItself) {
+TEST_F(HlsSegmentTest, HtmlPageInsteadOfASegmentLosesOnlyThatSegment) {
   const std::string page = "<html>" + std::string(1'000, '.') + "</html>";
   server_.Put("/seg1.ts", page);
   const std::string console = PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
@@ -86,13 +87,13 @@ TEST_F(HlsSegmentTest, HtmlPageInsteadOfOneLosesOnlyItself) {
   EXPECT_THAT(console, HasSubstr("The ts packet has not sync byte\n"));
 }
 
-TEST_F(HlsSegmentTest, EmptyOneIsPassedOver) {
+TEST_F(HlsSegmentTest, EmptySegmentIsSkipped) {
   server_.Put("/seg1.ts", std::string());
   PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
   EXPECT_FALSE(bad_.Exists());
 }
 
-TEST_F(HlsSegmentTest, RefusedOneLosesOnlyItself) {
+TEST_F(HlsSegmentTest, UnreachableSegmentLosesOnlyItself) {
   {
     const HlsServer gone;
     server_.Put("/seg1.ts", RedirectTo(gone.Url("/seg1.ts")));
@@ -101,19 +102,19 @@ TEST_F(HlsSegmentTest, RefusedOneLosesOnlyItself) {
   EXPECT_FALSE(bad_.Exists());
 }
 
-TEST_F(HlsSegmentTest, MovedOneIsFollowed) {
+TEST_F(HlsSegmentTest, RedirectedSegmentPlays) {
   server_.Put("/moved.ts", parts_[1]);
   server_.Put("/seg1.ts", RedirectTo(server_.Url("/moved.ts")));
   PlayAndExpect(stream_);
 }
 
-TEST_F(HlsSegmentTest, WhatCameOfOneThatWasCutOffIsPlayedInFrontOfTheNext) {
+TEST_F(HlsSegmentTest, ReceivedBytesOfATruncatedSegmentPlayBeforeTheNext) {
   const std::size_t came = 30 * kTsPacketSize;
   server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
   PlayAndExpect(parts_[0] + FirstBytes(parts_[1], came) + parts_[2] + parts_[3]);
 }
 
-TEST_F(HlsSegmentTest, OneThatWasCutOffWithinAPacketKeepsItsWholePacketsAndTheNextOneIsWhole) {
+TEST_F(HlsSegmentTest, SegmentTruncatedInsideAPacketKeepsItsWholePacketsAndTheNextPlaysWhole) {
   const std::size_t whole = 30 * kTsPacketSize;
   server_.Put("/seg1.ts", CutAfter(whole + 100, Whole(parts_[1])));
   const std::string console =
@@ -121,12 +122,12 @@ TEST_F(HlsSegmentTest, OneThatWasCutOffWithinAPacketKeepsItsWholePacketsAndTheNe
   EXPECT_THAT(console, Not(HasSubstr("sync byte")));
 }
 
-TEST_F(HlsSegmentTest, OneThatWasCutOffWithinItsFirstPacketLeavesNothing) {
+TEST_F(HlsSegmentTest, SegmentTruncatedInsideItsFirstPacketLeavesNothing) {
   server_.Put("/seg1.ts", CutAfter(kTsPacketSize - 1, Whole(parts_[1])));
   PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
 }
 
-TEST_F(HlsSegmentTest, TwoInARowThatWereCutOffWithinAPacketAreBothKeptInWholePackets) {
+TEST_F(HlsSegmentTest, TwoSegmentsInARowTruncatedInsideAPacketBothKeepTheirWholePackets) {
   const std::size_t whole = 10 * kTsPacketSize;
   server_.Put("/seg1.ts", CutAfter(whole + 1, Whole(parts_[1])));
   server_.Put("/seg2.ts", CutAfter(whole + 187, Whole(parts_[2])));
@@ -134,7 +135,7 @@ TEST_F(HlsSegmentTest, TwoInARowThatWereCutOffWithinAPacketAreBothKeptInWholePac
                 parts_[3]);
 }
 
-TEST_F(HlsSegmentTest, TwoInARowThatWereCutOffAreBothKept) {
+TEST_F(HlsSegmentTest, TwoTruncatedSegmentsInARowAreBothKept) {
   const std::size_t came = 10 * kTsPacketSize;
   server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
   server_.Put("/seg2.ts", CutAfter(came, Whole(parts_[2])));
@@ -146,34 +147,34 @@ TEST_F(HlsSegmentTest, TailShorterThanAPacketIsDropped) {
   PlayAndExpect(stream_);
 }
 
-TEST_F(HlsSegmentTest, LargestThatFitsIsPlayed) {
+TEST_F(HlsSegmentTest, LargestSegmentThatFitsIsPlayed) {
   server_.Put("/seg1.ts", PaddedTo(kLargest, parts_[1]));
   const std::string console = PlayAndExpect(stream_);
   EXPECT_THAT(console, Not(HasSubstr("given up")));
 }
 
-TEST_F(HlsSegmentTest, LargerOneIsGivenUpWholeAndTheNextPlays) {
+TEST_F(HlsSegmentTest, SegmentThatIsTooLargeIsDroppedAndTheNextPlays) {
   server_.Put("/seg1.ts", PaddedTo(kLargest + 1, parts_[1]));
   const std::string console = PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
   EXPECT_THAT(console, HasSubstr("A segment of more than 15728640 bytes is given up.\n"));
   EXPECT_FALSE(bad_.Exists());
 }
 
-TEST_F(HlsSegmentTest, WhatWasCutOffMakesRoomForOneThatFitsAlone) {
+TEST_F(HlsSegmentTest, TruncatedSegmentIsDroppedForALargeOneThatFitsAlone) {
   server_.Put("/seg1.ts", CutAfter(30 * kTsPacketSize, Whole(parts_[1])));
   server_.Put("/seg2.ts", PaddedTo(kLargest, parts_[2]));
   const std::string console = PlayAndExpect(parts_[0] + parts_[2] + parts_[3]);
   EXPECT_THAT(console, Not(HasSubstr("given up")));
 }
 
-TEST_F(HlsSegmentTest, LargerOneIsGivenUpTogetherWithWhatWasCutOffBeforeIt) {
+TEST_F(HlsSegmentTest, SegmentThatIsTooLargeIsDroppedWithTheTruncatedOneBeforeIt) {
   server_.Put("/seg1.ts", CutAfter(30 * kTsPacketSize, Whole(parts_[1])));
   server_.Put("/seg2.ts", PaddedTo(kLargest + 1, parts_[2]));
   const std::string console = PlayAndExpect(parts_[0] + parts_[3]);
   EXPECT_THAT(console, HasSubstr("bytes is given up.\n"));
 }
 
-TEST_F(HlsSegmentTest, OneThatStallsHoldsUpTheNextAndWhatCameBeforeItPlays) {
+TEST_F(HlsSegmentTest, StalledSegmentDelaysTheNextAndThoseBeforeItPlay) {
   server_.Put("/seg2.ts", StalledAfter(kTsPacketSize, Whole(parts_[2])));
   const Record expected = FramesOf(parts_[0] + parts_[1]);
   downloader_.BeginDownload(ListUrl());
@@ -184,7 +185,7 @@ TEST_F(HlsSegmentTest, OneThatStallsHoldsUpTheNextAndWhatCameBeforeItPlays) {
   EXPECT_EQ(server_.CountRequests("/seg3.ts"), 0U);
 }
 
-TEST_F(HlsSegmentTest, OneThatGoesOnAfterAWhileIsPlayedWhole) {
+TEST_F(HlsSegmentTest, SegmentThatResumesAfterAStallPlaysWhole) {
   server_.Put("/seg1.ts", GatedAfter(1'000, Whole(parts_[1])));
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(ListUrl());
@@ -209,11 +210,11 @@ TEST_F(HlsSegmentTest, UserAgentFollowsTheMarkerInEachAddress) {
   EXPECT_FALSE(requests[3].has_user_agent);
 }
 
-// What is told and kept of segments that have no video.
+// What is reported and kept of segments without video.
 class HlsBadSegmentTest : public HlsSegmentTest {
  protected:
-  // Plays `segments` and waits until all of them were parsed: the last one must end in a frame of
-  // this time.
+  // Plays `segments` until all of them have been parsed: the last segment must end with a video
+  // frame of this time.
   void PlayUntilPts(const std::vector<Bytes>& segments, std::uint64_t pts) {
     const Uris names = SegmentUris(0, static_cast<int>(segments.size()), "bad");
     for (std::size_t i = 0; i < names.size(); ++i) server_.Put("/" + names[i], segments[i]);
@@ -242,7 +243,7 @@ class HlsBadSegmentTest : public HlsSegmentTest {
   static constexpr std::uint64_t kLastPts = 90'000 + 2 * 3'600;
 };
 
-TEST_F(HlsBadSegmentTest, FirstOneBeginsTheFileAndIsToldWithItsCodec) {
+TEST_F(HlsBadSegmentTest, FirstBadSegmentStartsTheFileAndIsReportedWithItsCodec) {
   bad_.Write("of another stream");
   PlayUntilPts({programs_, good_}, kLastPts);
   EXPECT_EQ(bad_.Contents(), Text(programs_));
@@ -250,7 +251,7 @@ TEST_F(HlsBadSegmentTest, FirstOneBeginsTheFileAndIsToldWithItsCodec) {
               ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 DATAERR H264:" + ListUrl()));
 }
 
-TEST_F(HlsBadSegmentTest, LaterOnesAreAppendedAndNotTold) {
+TEST_F(HlsBadSegmentTest, LaterBadSegmentsAreAppendedAndNotReported) {
   const Bytes first = Bytes(300, 'x');
   const Bytes second = Bytes(50, 'y');
   PlayUntilPts({programs_, first, second, good_}, kLastPts);
@@ -258,7 +259,7 @@ TEST_F(HlsBadSegmentTest, LaterOnesAreAppendedAndNotTold) {
   EXPECT_EQ(CodecLines().size(), 2U);
 }
 
-TEST_F(HlsBadSegmentTest, LaterOneIsAppendedToWhatAnotherStreamLeft) {
+TEST_F(HlsBadSegmentTest, BadSegmentAfterAGoodOneIsAppendedToTheFileOfAnotherStream) {
   bad_.Write("of another stream");
   PlayUntilPts({good_, Bytes(50, 'y'), MakeStream(4, 900'000)}, 900'000 + 2 * 3'600);
   EXPECT_EQ(bad_.Contents(), "of another stream" + std::string(50, 'y'));
@@ -266,13 +267,13 @@ TEST_F(HlsBadSegmentTest, LaterOneIsAppendedToWhatAnotherStreamLeft) {
               ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 H264:" + ListUrl()));
 }
 
-TEST_F(HlsBadSegmentTest, UnknownStreamIsToldAsTypeZero) {
+TEST_F(HlsBadSegmentTest, UnknownCodecIsReportedAsTypeZero) {
   PlayUntilPts({Bytes(50, 'y'), good_}, kLastPts);
   EXPECT_THAT(CodecLines(),
               ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 DATAERR 0:" + ListUrl()));
 }
 
-TEST_F(HlsBadSegmentTest, OtherCodecsAreToldByNameOrNumber) {
+TEST_F(HlsBadSegmentTest, OtherCodecsAreReportedByNameOrNumber) {
   const std::vector<std::pair<std::uint8_t, std::string>> codecs = {{0x24, "H265"}, {0x02, "2"}};
   for (const auto& [type, name] : codecs) {
     player_.Reopen();
@@ -284,7 +285,7 @@ TEST_F(HlsBadSegmentTest, OtherCodecsAreToldByNameOrNumber) {
   }
 }
 
-TEST_F(HlsBadSegmentTest, FirstOneOfASecondRunBeginsTheFileAgain) {
+TEST_F(HlsBadSegmentTest, FirstBadSegmentOfASecondRunStartsTheFileAgain) {
   PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
   player_.Reopen();
   player_.Forget();
@@ -292,7 +293,7 @@ TEST_F(HlsBadSegmentTest, FirstOneOfASecondRunBeginsTheFileAgain) {
   EXPECT_EQ(bad_.Contents(), Text(programs_));
 }
 
-TEST_F(HlsBadSegmentTest, WithoutAPlayerTheFirstOneIsAppended) {
+TEST_F(HlsBadSegmentTest, WithoutAPlayerTheFirstBadSegmentIsAppended) {
   bad_.Write("of another stream");
   server_.Put("/bad.ts", programs_);
   server_.Put(kList, OnDemandPlaylist({"bad.ts", "seg0.ts"}));
@@ -306,13 +307,13 @@ TEST_F(HlsBadSegmentTest, WithoutAPlayerTheFirstOneIsAppended) {
   EXPECT_EQ(bad_.Contents(), "of another stream" + Text(programs_));
 }
 
-TEST_F(HlsBadSegmentTest, WithoutADirectoryNothingIsKeptAndPlayingGoesOn) {
+TEST_F(HlsBadSegmentTest, WithoutADirectoryNothingIsKeptAndPlaybackContinues) {
   std::filesystem::remove_all(GetTempDirA());
   PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
   EXPECT_FALSE(bad_.Exists());
 }
 
-TEST_F(HlsBadSegmentTest, FileIsInTheUsersCacheWhereTheDirectoryCannotBeMade) {
+TEST_F(HlsBadSegmentTest, FileIsInTheUsersCacheIfTheDirectoryCannotBeCreated) {
   const BlockedTempFolder folder;
   PlayUntilPts({programs_, Bytes(50, 'y'), good_}, kLastPts);
   std::ostringstream kept;
@@ -321,8 +322,9 @@ TEST_F(HlsBadSegmentTest, FileIsInTheUsersCacheWhereTheDirectoryCannotBeMade) {
   EXPECT_TRUE(folder.IsBlocked());
 }
 
-TEST_F(HlsBadSegmentTest, OneWhoseFramesWereDeliveredMeanwhileIsGood) {
-  // A few frames, and behind them so much that they are long gone when its end is parsed.
+TEST_F(HlsBadSegmentTest, SegmentWhoseFramesWereDeliveredMeanwhileIsGood) {
+  // A few frames, then so much padding that the frames have been delivered before the end of the
+  // segment is parsed.
   PlayUntilPts({PaddedTo(12'000'000, good_), PaddedTo(12'000'000, MakeStream(4, 900'000))},
                900'000 + 2 * 3'600);
   EXPECT_FALSE(bad_.Exists());
@@ -330,7 +332,7 @@ TEST_F(HlsBadSegmentTest, OneWhoseFramesWereDeliveredMeanwhileIsGood) {
               ElementsAre("PLAY M3U8 OK:" + ListUrl(), "PLAY M3U8 H264:" + ListUrl()));
 }
 
-TEST_F(HlsBadSegmentTest, OneThatFollowsFramesStillQueuedIsBadAllTheSame) {
+TEST_F(HlsBadSegmentTest, SegmentWithoutVideoAfterQueuedFramesIsStillBad) {
   PlayUntilPts({MakeStream(200), Bytes(50, 'y'), MakeStream(4, 90'000'000)},
                90'000'000 + 2 * 3'600);
   EXPECT_EQ(bad_.Contents(), std::string(50, 'y'));
@@ -354,7 +356,7 @@ class HlsParseLoopTest : public HlsTasks {
     testing::internal::GetCapturedStdout();
   }
 
-  // Whether it looks for work once a millisecond, several times, and finds none.
+  // Whether the thread checks for work once per millisecond, several times, and finds none.
   bool FindsNothingToDo() {
     for (int i = 0; i < 3; ++i) {
       if (!clock_.AwaitWaiting(1)) return false;
@@ -371,13 +373,13 @@ class HlsParseLoopTest : public HlsTasks {
   std::thread thread_;
 };
 
-TEST_F(HlsParseLoopTest, LooksOnceAMillisecondForASegment) {
+TEST_F(HlsParseLoopTest, ChecksForASegmentOncePerMillisecond) {
   Begin();
   EXPECT_TRUE(FindsNothingToDo());
   Stop();
 }
 
-// With a segment before it, while more than enough frames wait for delivery.
+// A parse thread with a segment to parse, while more frames are pending than the backlog allows.
 class HlsBacklogTest : public HlsParseLoopTest {
  protected:
   HlsBacklogTest() {
@@ -401,7 +403,7 @@ class HlsBacklogTest : public HlsParseLoopTest {
   }
 };
 
-TEST_F(HlsBacklogTest, SegmentWaitsUntilThereIsRoomForItsFrames) {
+TEST_F(HlsBacklogTest, SegmentWaitsForSpaceForItsFrames) {
   EXPECT_TRUE(FindsNothingToDo());
   EXPECT_EQ(PushedVideo(), 0U);
   ClaimNothing();
@@ -410,14 +412,15 @@ TEST_F(HlsBacklogTest, SegmentWaitsUntilThereIsRoomForItsFrames) {
   EXPECT_EQ(PushedVideo(), 3U);
 }
 
-TEST_F(HlsBacklogTest, StopEndsTheWaitForRoom) {
+TEST_F(HlsBacklogTest, StopEndsTheWaitForSpace) {
   EXPECT_TRUE(FindsNothingToDo());
   Stop();
-  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "nothing but the end was told";
+  EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "more than the end was reported";
   EXPECT_EQ(PushedVideo(), 0U);
 }
 
-// All of simulated time: the parse thread takes a segment when the test moves the time.
+// Runs entirely in simulated time: the parse thread takes a segment when the test advances the
+// time.
 class HlsHandOverTest : public HlsPlay {
  protected:
   ~HlsHandOverTest() override {
@@ -425,7 +428,7 @@ class HlsHandOverTest : public HlsPlay {
     downloader_.EndDownload();
   }
 
-  // The playlist is answered once the loops for parsing and delivery sleep.
+  // The server answers the playlist request once the loops for parsing and delivery sleep.
   void Begin(int segments) {
     PutOnDemand(stream_, segments);
     server_.Put(kList, Held(Whole(OnDemandPlaylist(SegmentUris(0, segments)))));
@@ -434,7 +437,7 @@ class HlsHandOverTest : public HlsPlay {
     server_.Release(kList);
   }
 
-  // Moves the time whenever the segment thread has done all that it can.
+  // Advances the time whenever the segment thread has nothing left to do.
   void PlayToTheEnd() {
     const auto all = [this] {
       return player_.WaitFor(
@@ -457,16 +460,17 @@ class HlsHandOverTest : public HlsPlay {
   SimulatedClock clock_;
 };
 
-TEST_F(HlsHandOverTest, SegmentWaitsUntilTheOneBeforeItWasTaken) {
+TEST_F(HlsHandOverTest, SegmentWaitsUntilThePreviousOneIsTaken) {
   Begin(8);
   EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
-  EXPECT_TRUE(clock_.AwaitWaiting(kLoops + kSegmentTask)) << "it waits, and not for the server";
+  EXPECT_TRUE(clock_.AwaitWaiting(kLoops + kSegmentTask))
+      << "the segment thread does not wait for the hand-over";
   EXPECT_EQ(player_.Snapshot().buffered_times.size(), 1U);
   EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
   PlayToTheEnd();
 }
 
-TEST_F(HlsHandOverTest, ParseThreadThatIsAlwaysTheLastLosesNothing) {
+TEST_F(HlsHandOverTest, ParseThreadThatAlwaysRunsLastLosesNothing) {
   Begin(40);
   PlayToTheEnd();
 }

@@ -1,4 +1,4 @@
-// Servers that accept a request and then send nothing, or hardly anything.
+// Servers that accept a request and then send nothing, or almost nothing.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -30,8 +30,8 @@ constexpr std::chrono::seconds kPause{1};
 constexpr std::chrono::milliseconds kLimit{10'000};
 constexpr std::chrono::milliseconds kLittle{1};
 
-// In simulated time, which stands still until the test moves it: a transfer that is silent finds
-// out at the next progress tick of libcurl.
+// Runs in simulated time, which stands still until the test advances it. A silent transfer notices
+// a change at the next progress call of libcurl.
 class HlsSilenceTest : public HlsTasks {
  protected:
   HlsSilenceTest() { clock_.SetRealSleeps(std::chrono::milliseconds(1)); }
@@ -53,20 +53,21 @@ class HlsSilenceTest : public HlsTasks {
     RunUntil([this] { PlaylistThread(pipeline_, server_.Url(kList)); }, met);
   }
 
-  // Waits until a transfer has looked at the time so often again.
+  // Waits until transfers have read the time `count` more times.
   bool WaitForLooks(std::size_t count) {
     const std::size_t looks = clock_.Looks();
     return WaitUntil([&] { return clock_.Looks() >= looks + count; });
   }
 
-  // Waits until the transfer has received what a stalled reply sends. libcurl looks at the time up
-  // to twice in each of its turns, so the last of these looks is of a turn that began later.
+  // Waits until the transfer has received the bytes that a stalled reply sends. libcurl reads the
+  // time up to twice in each of its turns, so the last of these reads belongs to a turn that began
+  // later.
   bool WaitForBytesBeforeTheStall(const std::string& path) {
     return server_.WaitForStall(path) && WaitForLooks(4);
   }
 
-  // Refreshes a playlist, one of whose refreshes is answered so, and expects the next one to play.
-  // `fall_silent` moves the time until the refresh has fallen silent.
+  // Refreshes a playlist, answers one refresh with `trouble`, and expects the next one to play.
+  // `fall_silent` advances the time until the refresh counts as silent.
   void ExpectRefreshAfter(const Reply& trouble, const std::function<void()>& fall_silent) {
     server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
     PlaylistUntil([&] {
@@ -80,13 +81,13 @@ class HlsSilenceTest : public HlsTasks {
       clock_.Advance(kPause);
       return WaitUntil([] { return WaitingSegments() == 3; });
     });
-    pipeline_.running = true;  // what was queued is taken while it runs
+    pipeline_.running = true;  // queued segments are taken only while it runs
     EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
-    EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "nothing but the playlist is reported";
+    EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "more than the playlist was reported";
   }
 
-  // Plays three segments, the first of which is answered so, and expects the others to follow.
-  // `fall_silent` moves the time until it has fallen silent.
+  // Plays three segments, answers the first with `trouble`, and expects the others to follow.
+  // `fall_silent` advances the time until the first segment counts as silent.
   void ExpectSegmentsAfter(const Reply& trouble, const std::function<void()>& fall_silent) {
     server_.Put("/seg0.ts", trouble);
     server_.Put("/seg1.ts", std::string(kTsPacketSize, '\0'));
@@ -103,7 +104,7 @@ class HlsSilenceTest : public HlsTasks {
     parser.join();
     EXPECT_THAT(player_.Snapshot().buffered_times, ElementsAre(10.0F, 20.0F, 30.0F));
     for (const std::string& name : SegmentUris(0, 3)) {
-      EXPECT_EQ(server_.CountRequests("/" + name), 1U) << "no segment is tried again";
+      EXPECT_EQ(server_.CountRequests("/" + name), 1U) << "a segment was requested again";
     }
   }
 
@@ -116,7 +117,7 @@ TEST(HlsSilenceLimitTest, IsTenSeconds) { EXPECT_EQ(HlsPipeline().silence_limit,
 TEST_F(HlsSilenceTest, RefreshThatIsNotAnsweredForTenSecondsIsFollowedByTheNext) {
   ExpectRefreshAfter(Silent(), [this] {
     clock_.Advance(kLimit - kLittle);
-    EXPECT_TRUE(WaitForLooks(2)) << "it goes on";
+    EXPECT_TRUE(WaitForLooks(2)) << "the transfer ended early";
     EXPECT_EQ(clock_.Waiting(), 0U) << "the pause began early";
     clock_.Advance(kLittle);
   });
@@ -151,7 +152,7 @@ TEST_F(HlsSilenceTest, VariantThatIsNeverAnsweredIsFollowedByTheNext) {
   EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts"));
 }
 
-TEST_F(HlsSilenceTest, FirstPlaylistThatIsNeverAnsweredIsTriedTwiceAndGivenUp) {
+TEST_F(HlsSilenceTest, FirstPlaylistThatIsNeverAnsweredIsTriedTwice) {
   server_.Put(kList, Silent());
   const std::string url = server_.Url(kList);
   PlaylistUntil([&] {
@@ -165,8 +166,9 @@ TEST_F(HlsSilenceTest, FirstPlaylistThatIsNeverAnsweredIsTriedTwiceAndGivenUp) {
   EXPECT_EQ(server_.Requests().size(), 2U);
 }
 
-// A look may be of a turn of libcurl that began before the last bytes, hence the short pauses.
-TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitGoesOn) {
+// A read of the time may belong to a turn of libcurl that began before the last bytes were
+// received, so each pause is much shorter than the limit.
+TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitContinues) {
   static constexpr std::chrono::milliseconds kPauseAfterEach = kLimit / 4;
   constexpr std::size_t kTrickles = 40;
   server_.Put("/seg0.ts", Trickling(Whole(std::string("x")), kPauseAfterEach));

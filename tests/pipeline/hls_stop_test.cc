@@ -21,20 +21,20 @@ using hls_test::OnDemandPlaylist;
 using hls_test::SegmentUris;
 using ts_test::MakeStream;
 
-// What every pipeline does at a stop is in tests/conformance; here is where this one may be when
-// the stop comes. A pause between refreshes ends by the stop, or at once where a test needs the
-// next refresh; never by its time limit.
+// tests/conformance tests what every pipeline does at a stop; this file tests the states that only
+// HLS can be in. A pause between refreshes ends by the stop, or at once where a test needs the next
+// refresh, but never by its time limit.
 class HlsStopTest : protected AccountedStops, public HlsPlay {
  protected:
   HlsStopTest() : AccountedStops(ActiveM3u8Runs) { PutOnDemand(MakeStream(60), 3); }
 
-  // Stops, which must be prompt, and looks that nothing of the stream is left.
+  // Stops, expects the stop to be prompt, and checks that nothing of the stream is left.
   void StopAndExpectNothingLeft() {
     StopAndExpectNothingOfIt();
     EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(1)));
   }
 
-  // The same without a look at the sleeps after the stop, of which some are a server's that
+  // The same without a check of the sleeps after the stop, some of which belong to a server that
   // trickles.
   void StopAndExpectNothingOfIt() {
     EXPECT_TRUE(Stop());
@@ -110,20 +110,21 @@ TEST_F(HlsStopTest, WhileASegmentStalls) {
   StopAndExpectNothingLeft();
 }
 
-TEST_F(HlsStopTest, WhileTheBytesOfAnEndlessSegmentFlow) {
+TEST_F(HlsStopTest, WhileAnEndlessSegmentIsReceived) {
   server_.Put("/seg1.ts", Trickling(Whole(std::string(kTsPacketSize, '\0'))));
   downloader_.BeginDownload(ListUrl());
   ASSERT_TRUE(server_.WaitForTrickles("/seg1.ts", 20) && WaitForBufferedTimes(1));
   StopAndExpectNothingOfIt();
   EXPECT_TRUE(server_.WaitForHangUp("/seg1.ts"));
-  EXPECT_EQ(player_.Snapshot().buffered_times.size(), 2U) << "it was given up before the end";
+  EXPECT_EQ(player_.Snapshot().buffered_times.size(), 2U)
+      << "an aborted segment reports its buffered time too";
   EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
 }
 
 class HlsStopInHandOverTest : public HlsStopTest {
  protected:
-  // Calls `stop` while the segment thread waits to hand over its second segment, since the parse
-  // thread is held up until the run flag is cleared.
+  // Calls `stop` while the segment thread waits to hand over its second segment: the parse thread
+  // is blocked until the run flag is cleared.
   template <typename Stop>
   void WhileHandOverWaits(Stop stop) {
     std::promise<void> locked;
@@ -148,7 +149,7 @@ TEST_F(HlsStopInHandOverTest, WhileASegmentWaitsToBeHandedOver) {
   EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);
 }
 
-TEST_F(HlsStopInHandOverTest, GoodSegmentThatTheStopLeftUnparsedIsNotKeptAsBad) {
+TEST_F(HlsStopInHandOverTest, GoodSegmentLeftUnparsedByTheStopIsNotKeptAsBad) {
   WhileHandOverWaits([this] { Stop(); });
   EXPECT_FALSE(bad_.Exists());
 }
@@ -166,14 +167,14 @@ TEST_F(HlsStopTest, AfterEverythingWasPlayed) {
   StopAndExpectNothingLeft();
 }
 
-TEST_F(HlsStopTest, AfterThePlaylistCouldNotBeHad) {
+TEST_F(HlsStopTest, AfterThePlaylistCouldNotBeFetched) {
   server_.Put(kList, CutAfter(0, Whole(std::string("x"))));
   downloader_.BeginDownload(ListUrl());
   ASSERT_TRUE(WaitForMessage("PLAY Failed:" + ListUrl()));
   StopAndExpectNothingLeft();
 }
 
-TEST_F(HlsStopTest, FloodOfGarbageDoesNotHoldItUp) {
+TEST_F(HlsStopTest, FloodOfGarbageDoesNotDelayTheStop) {
   server_.Put("/seg0.ts", std::string(15'000'000, '\0'));  // a console line for each packet
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(ListUrl());
@@ -182,7 +183,7 @@ TEST_F(HlsStopTest, FloodOfGarbageDoesNotHoldItUp) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(HlsStopTest, OfTheDestructorIsReportedLast) {
+TEST_F(HlsStopTest, StopInTheDestructorIsReportedLast) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 3)));
   {
     CStreamDownloader inner(&player_);

@@ -24,10 +24,10 @@ using ts_test::MakeStream;
 
 constexpr char kMaster[] = "/live/master.m3u8";
 
-// Passes over a master playlist, one by one and without the pauses.
+// Passes through a master playlist, one by one and without the pauses between them.
 class HlsVariantTest : public HlsTasks {
  protected:
-  // The slow one is listed last on purpose.
+  // Lists the slowest variant last, so that the order does not select it.
   HlsVariantTest() {
     server_.Put(kMaster, MasterPlaylist({{1'000'000, "high.m3u8"}, {500'000, "low.m3u8"}}));
   }
@@ -37,7 +37,7 @@ class HlsVariantTest : public HlsTasks {
 
   bool Pass() { return Refresh(server_.Url(kMaster)); }
 
-  // What one pass writes to the console. The request for the master playlist is left out.
+  // Returns the console output of one pass, without the request for the master playlist.
   std::string Console() {
     testing::internal::CaptureStdout();
     const auto text = FetchPlaylist(pipeline_, {server_.Url(kMaster), true});
@@ -50,7 +50,7 @@ class HlsVariantTest : public HlsTasks {
   HlsServer server_;
 };
 
-TEST_F(HlsVariantTest, SegmentsOfTheSlowestAreQueuedAndTheOthersIgnored) {
+TEST_F(HlsVariantTest, SegmentsOfTheSlowestVariantAreQueuedAndTheOthersIgnored) {
   PutLow(LivePlaylist(0, SegmentUris(0, 3, "low")));
   PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
   EXPECT_TRUE(Pass());
@@ -60,14 +60,14 @@ TEST_F(HlsVariantTest, SegmentsOfTheSlowestAreQueuedAndTheOthersIgnored) {
   EXPECT_THAT(paths, ElementsAre(kMaster, "/live/low.m3u8", "/live/high.m3u8"));
 }
 
-TEST_F(HlsVariantTest, FasterOneAddsWhatItListsBeyondTheEndOfTheSlower) {
+TEST_F(HlsVariantTest, FasterVariantAddsItsSegmentsAfterTheEndOfTheSlower) {
   PutLow(LivePlaylist(0, SegmentUris(0, 2, "low")));
   PutHigh(LivePlaylist(0, SegmentUris(0, 4, "high")));
   EXPECT_TRUE(Pass());
   EXPECT_THAT(Take(), ElementsAre("low0.ts", "low1.ts", "high2.ts", "high3.ts"));
 }
 
-TEST_F(HlsVariantTest, ConsoleCountsAndNamesWhatIsQueued) {
+TEST_F(HlsVariantTest, ConsoleCountsAndNamesTheQueuedSegments) {
   PutLow(LivePlaylist(0, {"low0.ts?x", "low1.aac"}));
   PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
   const std::string low = "[DOWNLOAD]: " + server_.Url("/live/low.m3u8") + "\n";
@@ -78,7 +78,7 @@ TEST_F(HlsVariantTest, ConsoleCountsAndNamesWhatIsQueued) {
   EXPECT_EQ(Console(), "QUEUEED1:2" + low + "QUEUEED2:2" + high + "QUEUEED2:3");
 }
 
-TEST_F(HlsVariantTest, DownloadedSegmentsAreForgottenWhenNoVariantListsThemAnyMore) {
+TEST_F(HlsVariantTest, DownloadedSegmentsAreForgottenOnceNoVariantListsThem) {
   PutLow(LivePlaylist(0, SegmentUris(0, 2, "low")));
   EXPECT_TRUE(Pass());
   TakeAndDownload();
@@ -98,21 +98,22 @@ TEST_F(HlsVariantTest, AddressesAreResolvedAgainstTheTopLevelPlaylist) {
   EXPECT_EQ(taken_[0].uri, server_.Url("/live/a.ts"));
 }
 
-TEST_F(HlsVariantTest, OneWithoutAHeaderAddsNothing) {
+TEST_F(HlsVariantTest, VariantWithoutAHeaderAddsNothing) {
   PutLow("#EXT-X-VERSION:3\n" + SegmentLines({"low0.ts"}));
   server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
   EXPECT_TRUE(Pass());
   EXPECT_THAT(Take(), IsEmpty());
-  EXPECT_THAT(VariantText(), HasSubstr("low0.ts")) << "it stays, and the next one is appended";
+  EXPECT_THAT(VariantText(), HasSubstr("low0.ts"))
+      << "the text is kept, and the next one is appended";
 }
 
-TEST_F(HlsVariantTest, OneThatIsNotFoundLeavesTheOthers) {
+TEST_F(HlsVariantTest, MissingVariantLeavesTheOthers) {
   PutHigh(LivePlaylist(0, SegmentUris(0, 2, "high")));
   EXPECT_TRUE(Pass());
   EXPECT_THAT(Take(), ElementsAre("high0.ts", "high1.ts"));
 }
 
-TEST_F(HlsVariantTest, OneThatIsCutOffLeavesTheOthersAndItsTextStaysInFront) {
+TEST_F(HlsVariantTest, TruncatedVariantLeavesTheOthersAndItsTextStaysBeforeTheirs) {
   const std::string low = LivePlaylist(0, SegmentUris(0, 2, "low"));
   server_.Put("/live/low.m3u8", CutAfter(low.size() - 19, Whole(low)));
   PutHigh(LivePlaylist(0, SegmentUris(0, 2, "high")));
@@ -120,7 +121,7 @@ TEST_F(HlsVariantTest, OneThatIsCutOffLeavesTheOthersAndItsTextStaysInFront) {
   EXPECT_THAT(Take(), ElementsAre("low0.ts", "high0.ts", "high1.ts"));
 }
 
-TEST_F(HlsVariantTest, OneThatIsMissingForAWhileGoesOnWhereItWas) {
+TEST_F(HlsVariantTest, VariantThatIsMissingForAWhileContinuesWhereItWas) {
   PutLow(LivePlaylist(0, SegmentUris(0, 3)));
   PutHigh("");
   EXPECT_TRUE(Pass());
@@ -135,7 +136,7 @@ TEST_F(HlsVariantTest, OneThatIsMissingForAWhileGoesOnWhereItWas) {
   EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
 }
 
-TEST_F(HlsVariantTest, StreamThatRestartsUnderTheSameNamesIsPlayedAtOnce) {
+TEST_F(HlsVariantTest, RestartWithTheSameNamesPlaysAtOnce) {
   PutLow(LivePlaylist(100, SegmentUris(0, 3)));
   EXPECT_TRUE(Pass());
   TakeAndDownload();
@@ -159,7 +160,7 @@ TEST_F(HlsVariantTest, LateCopyIsCountedAndOtherwiseSkipped) {
   EXPECT_EQ(WaitingSegments(), 0U);
 }
 
-TEST_F(HlsVariantTest, OneWhoseNamesAreReusedPlaysOnAfterAnotherTookItsPlace) {
+TEST_F(HlsVariantTest, VariantWithReusedNamesContinuesAfterAnotherReplacedIt) {
   const auto list = [](const std::string& prefix, int first) {
     std::vector<std::string> names;
     for (int i = first; i < first + 5; ++i) names.push_back(prefix + std::to_string(i % 8) + ".ts");
@@ -179,7 +180,7 @@ TEST_F(HlsVariantTest, OneWhoseNamesAreReusedPlaysOnAfterAnotherTookItsPlace) {
   EXPECT_EQ(played, expected);
 }
 
-TEST_F(HlsVariantTest, RestartOfOneIsARestartOfAll) {
+TEST_F(HlsVariantTest, RestartOfOneVariantRestartsAll) {
   PutLow(LivePlaylist(100, SegmentUris(0, 3, "low")));
   EXPECT_TRUE(Pass());
   PutLow("");
@@ -197,7 +198,7 @@ TEST_F(HlsVariantTest, RestartOfOneIsARestartOfAll) {
   EXPECT_THAT(TakeAndDownload(), ElementsAre("low3.ts"));
 }
 
-TEST_F(HlsVariantTest, OneWithATokenThatChangesIsTheSameOne) {
+TEST_F(HlsVariantTest, VariantWithAChangingTokenIsTheSameVariant) {
   for (int first = 0; first < 40; ++first) {
     server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8?token=" + std::to_string(first)}}));
     PutLow(LivePlaylist(first, {"r" + std::to_string(first % 3) + ".ts",
@@ -207,7 +208,7 @@ TEST_F(HlsVariantTest, OneWithATokenThatChangesIsTheSameOne) {
   }
 }
 
-TEST_F(HlsVariantTest, StopAmidItsSegmentsLeavesTheRestUndone) {
+TEST_F(HlsVariantTest, StopWhileQueueingAVariantSkipsTheRest) {
   constexpr int kMany = 100'000;
   server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
   PutLow(LivePlaylist(0, SegmentUris(0, kMany)));
@@ -224,7 +225,7 @@ TEST_F(HlsVariantTest, StopAmidItsSegmentsLeavesTheRestUndone) {
   EXPECT_EQ(WaitingSegments(), 0U);
 }
 
-TEST_F(HlsVariantTest, DownloadedSegmentOfTheTopLevelIsForgottenAlsoBesideAVariant) {
+TEST_F(HlsVariantTest, DownloadedTopLevelSegmentIsForgottenBesideAVariant) {
   server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}) + SegmentLines({"top.ts"}));
   PutLow(LivePlaylist(0, {"low0.ts"}));
   EXPECT_TRUE(Pass());
@@ -263,7 +264,7 @@ TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
   EXPECT_LE(most_known, 14U);
 }
 
-TEST_F(HlsVariantTest, VariantWithoutAHandleIsLeftOut) {
+TEST_F(HlsVariantTest, VariantWithoutATransferHandleIsSkipped) {
   pipeline_.variantHandle.reset();
   EXPECT_TRUE(Pass());
   EXPECT_EQ(server_.Requests().size(), 1U);

@@ -42,14 +42,14 @@ TEST_F(Mp4PipelineTest, EveryFrameReachesThePlayerOnceAndInOrder) {
   EXPECT_EQ(record.clocks.size(), 100U);
 }
 
-TEST_F(Mp4PipelineTest, IndexBehindTheDataPlaysAsWell) {
+TEST_F(Mp4PipelineTest, IndexAfterTheDataPlaysToo) {
   Movie movie = MakeMovie({.samples = 100, .key_interval = 25});
   movie.index_first = false;
   ServeMovie(movie);
   EXPECT_EQ(PlayToTheEnd(), Expected());
 }
 
-TEST_F(Mp4PipelineTest, StatusLinesComeInTheirOrder) {
+TEST_F(Mp4PipelineTest, StatusLinesAreReportedInOrder) {
   ServeMovie(MakeMovie({.samples = 5}));
   const std::string url = server_.Address();
   PlayToTheEnd();
@@ -61,7 +61,7 @@ TEST_F(Mp4PipelineTest, StatusLinesComeInTheirOrder) {
   EXPECT_THAT(record.buffered_times, ElementsAre(0, 0.04F, 0.08F, 0.12F, 0.16F));
 }
 
-TEST_F(Mp4PipelineTest, RequestAsksForEverythingFromZero) {
+TEST_F(Mp4PipelineTest, RequestHasARangeFromZeroAndAUserAgent) {
   ServeMovie(MakeMovie({.samples = 5}));
   PlayToTheEnd(server_.Url("/a.mp4?x&pt=android&"));
   ASSERT_THAT(server_.Requests(), SizeIs(1));
@@ -70,7 +70,7 @@ TEST_F(Mp4PipelineTest, RequestAsksForEverythingFromZero) {
               StartsWith("Mozilla/5.0 (Linux; U; Android 4.0.3;"));
 }
 
-TEST_F(Mp4PipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {
+TEST_F(Mp4PipelineTest, ConsoleLogsTheStreamTheEndOfEachTaskAndTheStop) {
   ServeMovie(MakeMovie({.samples = 5}));
   testing::internal::CaptureStdout();
   PlayToTheEnd();
@@ -84,13 +84,13 @@ TEST_F(Mp4PipelineTest, ConsoleTellsTheStreamTheEndOfEachTaskAndTheStop) {
   EXPECT_THAT(console, testing::EndsWith("mp4 video clear.\nmp4 audio clear.\n"));
 }
 
-TEST_F(Mp4PipelineTest, RestartFileIsWhatWasDownloaded) {
+TEST_F(Mp4PipelineTest, RestartFileHoldsTheDownloadedBytes) {
   ServeMovie(MakeMovie({.samples = 50, .video_size = 5000}));
   PlayToTheEnd();
   EXPECT_TRUE(RestartBytes() == file_.bytes);
 }
 
-TEST_F(Mp4PipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
+TEST_F(Mp4PipelineTest, WithoutAPlayerFramesArePoppedAndReleased) {
   ServeMovie(MakeMovie());
   CStreamDownloader silent(nullptr);
   EXPECT_TRUE(silent.BeginDownload(server_.Address()));
@@ -103,7 +103,7 @@ TEST_F(Mp4PipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
   EXPECT_TRUE(silent.EndDownload());
 }
 
-TEST_F(Mp4PipelineTest, FirstHalfPlaysWhileTheSecondIsStillToCome) {
+TEST_F(Mp4PipelineTest, FirstHalfPlaysBeforeTheSecondIsReceived) {
   ServeMovie(MakeMovie());
   server_.Answer({{.until = Begin(25), .end = Mp4Reply::End::kGate}});
   downloader_.BeginDownload(server_.Address());
@@ -114,9 +114,9 @@ TEST_F(Mp4PipelineTest, FirstHalfPlaysWhileTheSecondIsStillToCome) {
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
 
-TEST_F(Mp4PipelineTest, VideoAlonePlaysWhileItComes) {
+TEST_F(Mp4PipelineTest, VideoAlonePlaysWhileItIsReceived) {
   ServeMovie(MovieOf({VideoTrack({.samples = 40})}));
-  // A piece ends inside each sample.
+  // Every sample is split between blocks.
   server_.Answer({{.piece = 50,
                    .pause = std::chrono::milliseconds(1),
                    .until = Begin(30) + 10,
@@ -129,7 +129,7 @@ TEST_F(Mp4PipelineTest, VideoAlonePlaysWhileItComes) {
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
 
-TEST_F(Mp4PipelineTest, VideoBehindTheEndOfTheAudioPlaysWhileItComes) {
+TEST_F(Mp4PipelineTest, VideoAfterTheEndOfTheAudioPlaysWhileItIsReceived) {
   ServeMovie(MovieOf({VideoTrack({.samples = 40}), AudioTrack({.samples = 3})}));
   const std::uint64_t in_a_sample = file_.offsets[0][30] + 10;
   server_.Answer({{.piece = 50,
@@ -144,7 +144,7 @@ TEST_F(Mp4PipelineTest, VideoBehindTheEndOfTheAudioPlaysWhileItComes) {
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
 
-TEST_F(Mp4PipelineTest, MegabyteASecondPlaysWhileItComes) {
+TEST_F(Mp4PipelineTest, MegabytePerSecondPlaysWhileItIsReceived) {
   ServeMovie(MakeMovie({.samples = 150, .video_size = 10'000, .audio_size = 400}));
   server_.Answer({{.piece = 10'000,
                    .pause = std::chrono::milliseconds(10),
@@ -159,7 +159,7 @@ TEST_F(Mp4PipelineTest, MegabyteASecondPlaysWhileItComes) {
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
 
-// The last pass begins when all has come, however soon that is.
+// The last pass starts after everything has been received, however soon that is.
 TEST_F(Mp4PipelineTest, TailOfAFastDownloadIsNeverLost) {
   ServeMovie(MakeMovie({.samples = 3, .key_interval = 3}));
   for (int i = 0; i < 200; ++i) {
@@ -170,9 +170,9 @@ TEST_F(Mp4PipelineTest, TailOfAFastDownloadIsNeverLost) {
   }
 }
 
-TEST_F(Mp4PipelineTest, PositionOfTenSecondsDropsWhatIsPresentedBefore) {
+TEST_F(Mp4PipelineTest, PositionOfTenSecondsDropsFramesPresentedBefore) {
   ServeMovie(MakeMovie({.samples = 260}));
-  downloader_.BeginDownload("file:///no/such.mp4");  // makes the pipeline
+  downloader_.BeginDownload("file:///no/such.mp4");  // creates the pipeline
   Stop();
   StartAgain();
   EXPECT_TRUE(downloader_.SetStartPostion(10));
@@ -180,7 +180,7 @@ TEST_F(Mp4PipelineTest, PositionOfTenSecondsDropsWhatIsPresentedBefore) {
   EXPECT_THAT(player_.Snapshot().buffered_times, SizeIs(260));
 }
 
-TEST_F(Mp4PipelineTest, StopForgetsThePosition) {
+TEST_F(Mp4PipelineTest, StopResetsThePosition) {
   ServeMovie(MakeMovie({.samples = 260}));
   downloader_.BeginDownload("file:///no/such.mp4");
   downloader_.SetStartPostion(10);
@@ -189,7 +189,7 @@ TEST_F(Mp4PipelineTest, StopForgetsThePosition) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
 }
 
-TEST_F(Mp4PipelineTest, PositionIsTold) {
+TEST_F(Mp4PipelineTest, PositionIsReported) {
   downloader_.BeginDownload("file:///no/such.mp4");
   Stop();
   StartAgain();
@@ -198,7 +198,7 @@ TEST_F(Mp4PipelineTest, PositionIsTold) {
               ElementsAre(testing::MatchesRegex("PLAY MP4 StartPostion:01:02:05\\.500 Q:.+s")));
 }
 
-// --- Movies that are not one video and one audio track of H.264 and AAC ---
+// --- Movies other than one H.264 video track and one AAC audio track ---
 
 TEST_F(Mp4PipelineTest, AudioAloneGivesNothing) {
   ServeMovie(MovieOf({AudioTrack()}));
@@ -227,7 +227,7 @@ class Mp4DamagedTracksTest : public Mp4PlayFixture, public testing::WithParamInt
 INSTANTIATE_TEST_SUITE_P(Index, Mp4DamagedTracksTest, testing::Bool(),
                          [](const auto& tested) { return tested.param ? "First" : "Last"; });
 
-TEST_P(Mp4DamagedTracksTest, DamageAndPaddingDoNotKeepTheOtherTracksFromPlaying) {
+TEST_P(Mp4DamagedTracksTest, OtherTracksPlayDespiteDamageAndPadding) {
   const Movie movie = MakeMovie({.samples = 50, .key_interval = 25});
   Movie with = movie;
   with.index_first = GetParam();
@@ -245,7 +245,7 @@ TEST_P(Mp4DamagedTracksTest, DamageAndPaddingDoNotKeepTheOtherTracksFromPlaying)
               ElementsAre("PLAY MP4:" + url, "PLAY MP4 H264:" + url, "PLAY MP4 OK:" + url));
 }
 
-TEST_F(Mp4PipelineTest, H265IsToldOnceAndGivesNoFrame) {
+TEST_F(Mp4PipelineTest, H265IsReportedOnceAndGivesNoFrame) {
   Movie movie = MakeMovie({.samples = 50, .video_size = 3000});
   movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
   ServeMovie(movie);
@@ -267,7 +267,7 @@ TEST_F(Mp4PipelineTest, VideoWithoutAKeyFrameGivesNothing) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + server_.Address()));
 }
 
-// --- Downloads of every speed ---
+// --- Downloads at different speeds ---
 
 struct Speed {
   const char* name;
@@ -295,11 +295,11 @@ INSTANTIATE_TEST_SUITE_P(
     Speeds, Mp4SpeedTest,
     testing::Combine(
         testing::Values(Speed{"AllAtOnce", {}}, Speed{"AllAtOnceWithoutRanges", {.ranges = false}},
-                        Speed{"PiecesOf17", {.piece = 17}},
-                        Speed{"PiecesOf100WithPauses", {.piece = 100, .pause = kPause}},
-                        Speed{"PiecesOf1000WithPauses", {.piece = 1000, .pause = 3 * kPause}},
-                        Speed{"PiecesOf4096WithPauses", {.piece = 4096, .pause = 10 * kPause}},
-                        Speed{"PiecesWithPausesWithoutRanges",
+                        Speed{"BlocksOf17", {.piece = 17}},
+                        Speed{"BlocksOf100WithPauses", {.piece = 100, .pause = kPause}},
+                        Speed{"BlocksOf1000WithPauses", {.piece = 1000, .pause = 3 * kPause}},
+                        Speed{"BlocksOf4096WithPauses", {.piece = 4096, .pause = 10 * kPause}},
+                        Speed{"BlocksWithPausesWithoutRanges",
                               {.ranges = false, .piece = 1000, .pause = 3 * kPause}}),
         testing::Bool()),
     [](const auto& suite) {
@@ -309,7 +309,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 class Mp4CutOffTest : public Mp4PlayFixture, public testing::WithParamInterface<int> {
  protected:
-  // What is left of the movie when so many bytes of the file have come.
+  // The movie with only the samples that are inside the first `size` bytes of the file.
   Movie CutOff(std::size_t size) const {
     Movie movie = movie_;
     for (std::size_t t = 0; t < movie.tracks.size(); ++t) {
@@ -323,7 +323,7 @@ class Mp4CutOffTest : public Mp4PlayFixture, public testing::WithParamInterface<
   }
 };
 
-TEST_P(Mp4CutOffTest, PlaysAsFarAsItCame) {
+TEST_P(Mp4CutOffTest, PlaysUpToTheCut) {
   ServeMovie(MakeMovie({.samples = 60, .video_size = 700, .key_interval = 12}));
   const std::size_t size = file_.bytes.size() * static_cast<std::size_t>(GetParam()) / 10;
   server_.Answer({{.until = size}});
@@ -332,7 +332,7 @@ TEST_P(Mp4CutOffTest, PlaysAsFarAsItCame) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:" + outcome + server_.Address()));
 }
 
-TEST_P(Mp4CutOffTest, WithoutItsIndexPlaysNothing) {
+TEST_P(Mp4CutOffTest, PlaysNothingWithoutItsIndex) {
   Movie movie = MakeMovie({.samples = 60, .video_size = 700, .key_interval = 12});
   movie.index_first = false;
   ServeMovie(movie);
@@ -380,10 +380,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Body{"FileTypeAlone", std::string("\0\0\0\x10"
                                                       "ftypisom\0\0\0\0",
                                                       16)},
-                    Body{"IndexOfWhichAByteIsMissing", IndexAlone(1)}),
+                    Body{"IndexWithoutItsLastByte", IndexAlone(1)}),
     [](const auto& suite) { return suite.param.name; });
 
-TEST_F(Mp4PipelineTest, HtmlPageIsCutAtItsFirstPieceAndNotWritten) {
+TEST_F(Mp4PipelineTest, HtmlPageIsRefusedAtItsFirstBlockAndNotWritten) {
   const std::string page = "<html>" + std::string(5'000'000, '.');
   server_.Serve(Bytes(page.begin(), page.end()));
   testing::internal::CaptureStdout();
@@ -392,7 +392,7 @@ TEST_F(Mp4PipelineTest, HtmlPageIsCutAtItsFirstPieceAndNotWritten) {
   EXPECT_EQ(std::filesystem::file_size(RestartFile()), 0U);
 }
 
-TEST_F(Mp4PipelineTest, ErrorPageIsTakenForTheStream) {
+TEST_F(Mp4PipelineTest, ErrorPageIsTreatedAsTheStream) {
   server_.Answer({{.status = 404, .page = "no such page"}});
   EXPECT_EQ(PlayToTheEnd(), "");
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + server_.Address()));
@@ -432,18 +432,19 @@ TEST_F(Mp4LocalFileTest, IsMarkedAsDownloadedWhole) {
   EXPECT_FALSE(g_mp4File->ranges.First().Holds(0, 1'000'000'000));
 }
 
-TEST_F(Mp4LocalFileTest, IsReadItselfAndNotTheRestartFile) {
-  // Only the transfer takes "%61" for a letter, so there is a download but no file to be read.
+TEST_F(Mp4LocalFileTest, IsReadInsteadOfTheRestartFile) {
+  // Only the transfer decodes "%61" as a letter, so the download succeeds but there is no file to
+  // read.
   std::string url = Write(MakeMovie({.samples = 5}));
   url.replace(url.rfind("local"), 5, "loc%61l");
   EXPECT_EQ(PlayToTheEnd(url), "");
-  // And here it is the other way round.
+  // Here only the reader finds the file, because the transfer decodes the name.
   StartAgain();
   url = "file://" + WriteLocalFile("odd%61.mp4", file_.bytes);
   EXPECT_EQ(PlayToTheEnd(url), Expected());
 }
 
-TEST_F(Mp4LocalFileTest, StaysAsItIs) {
+TEST_F(Mp4LocalFileTest, IsNotChanged) {
   const std::string url = Write(MakeMovie({.samples = 50, .video_size = 5000}));
   const auto path = std::filesystem::path(url.substr(7));
   std::filesystem::permissions(path, std::filesystem::perms::owner_read);
@@ -454,13 +455,13 @@ TEST_F(Mp4LocalFileTest, StaysAsItIs) {
   std::filesystem::permissions(path, std::filesystem::perms::owner_all);
 }
 
-TEST_F(Mp4LocalFileTest, MissingOneIsReported) {
+TEST_F(Mp4LocalFileTest, MissingFileIsReported) {
   const std::string url = "file:///no/such/file.mp4";
   EXPECT_EQ(PlayToTheEnd(url), "");
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY MP4:" + url, "PLAY MP4 NO:" + url));
 }
 
-TEST_F(Mp4LocalFileTest, EmptyOneIsReported) {
+TEST_F(Mp4LocalFileTest, EmptyFileIsReported) {
   const std::string url = "file://" + WriteLocalFile("local.mp4", {});
   EXPECT_EQ(PlayToTheEnd(url), "");
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:" + url));

@@ -1,4 +1,4 @@
-// The same address once more: what was downloaded stays, and the rest is asked for.
+// Restarts with the same address: received bytes are kept, and only the rest is requested.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -45,8 +45,8 @@ class Mp4RestartTest : public Mp4PlayFixture {
     return g_mp4File->ranges.All();
   }
 
-  // A first start that has all the samples before that number when it is stopped, and bytes up to
-  // a place in the next one. Server: answer with FirstPart before.
+  // Plays a first start that is stopped when it has all samples before number kPart and some bytes
+  // of the next one. The server must answer it with FirstPart.
   static constexpr std::size_t kPart = 40;
   std::size_t PartEnd() const { return Begin(kPart) + 300; }
   Mp4Reply FirstPart() const { return {.until = PartEnd(), .end = Mp4Reply::End::kStall}; }
@@ -67,7 +67,7 @@ class Mp4RestartTest : public Mp4PlayFixture {
   }
 };
 
-TEST_F(Mp4RestartTest, StopInMidDownloadLosesNothingAndDoublesNothing) {
+TEST_F(Mp4RestartTest, StopInMidDownloadLosesAndRepeatsNothing) {
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
   EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
@@ -75,7 +75,7 @@ TEST_F(Mp4RestartTest, StopInMidDownloadLosesNothingAndDoublesNothing) {
   ExpectWholeFile();
 }
 
-TEST_F(Mp4RestartTest, SameAddressIsTold) {
+TEST_F(Mp4RestartTest, SameAddressIsReported) {
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
   const std::string url = server_.Address();
@@ -84,17 +84,17 @@ TEST_F(Mp4RestartTest, SameAddressIsTold) {
               ElementsAre("PLAY MP4:" + url, "PLAY MP4 RE:" + url, "PLAY MP4 OK:" + url));
 }
 
-TEST_F(Mp4RestartTest, StreamBetweenKeyFramesGoesOnAtTheNextOne) {
+TEST_F(Mp4RestartTest, StopBetweenKeyFramesContinuesAtTheNextKeyFrame) {
   ServeMovie(MakeMovie({.samples = 100, .video_size = 900, .audio_size = 100, .key_interval = 25}));
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
-  // Nothing was queued in this start when the samples 40 to 49 came.
+  // Samples 40 to 49 are skipped: no key frame has been queued in this start when they are read.
   EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
   EXPECT_EQ(player_.Snapshot().video.at(0).pts, 50U * 40 * 90);
 }
 
-// Frames that were queued and not delivered at the stop are gone; none but those.
-TEST_F(Mp4RestartTest, StopAtAnyTimeLosesNothingButWhatWasQueued) {
+// A stop loses the frames that were queued and not delivered, and no others.
+TEST_F(Mp4RestartTest, StopAtAnyTimeLosesOnlyQueuedFrames) {
   std::mt19937 random(1);  // NOLINT: the same run every time
   server_.Answer({{.piece = 700, .pause = std::chrono::microseconds(200)}});
   for (int i = 0; i < 10; ++i) {
@@ -123,7 +123,7 @@ TEST_F(Mp4RestartTest, StopAtAnyTimeLosesNothingButWhatWasQueued) {
   }
 }
 
-TEST_F(Mp4RestartTest, ManyStopsOnTheWayGiveTheWholeFile) {
+TEST_F(Mp4RestartTest, ManyStopsDuringTheDownloadGiveTheWholeFile) {
   server_.Answer({{.piece = 700, .pause = std::chrono::microseconds(300)}});
   std::vector<std::uint64_t> times;
   constexpr std::size_t kStops = 8;
@@ -139,13 +139,14 @@ TEST_F(Mp4RestartTest, ManyStopsOnTheWayGiveTheWholeFile) {
   PlayToTheEnd();
   for (const auto& frame : player_.Snapshot().video) times.push_back(frame.pts);
   EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
-  EXPECT_EQ(std::adjacent_find(times.begin(), times.end()), times.end()) << "a frame came twice";
+  EXPECT_EQ(std::adjacent_find(times.begin(), times.end()), times.end())
+      << "a frame was delivered twice";
   ExpectWholeFile();
 }
 
 // --- Complete files ---
 
-TEST_F(Mp4RestartTest, CompleteFileIsAskedForFromItsEndAndNothingIsWritten) {
+TEST_F(Mp4RestartTest, CompleteFileIsRequestedFromItsEndAndNothingIsWritten) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
   const auto time = std::filesystem::last_write_time(RestartFile());
   StartAgain();
@@ -172,9 +173,9 @@ TEST_F(Mp4RestartTest, CompleteFileThatIsSentAgainIsNotWrittenAgain) {
   ExpectWholeFile();
 }
 
-// --- What a server makes of the range ---
+// --- How servers answer the range ---
 
-TEST_F(Mp4RestartTest, ServerThatSendsEverythingAgainIsTakenFromItsBeginning) {
+TEST_F(Mp4RestartTest, ServerThatSendsEverythingAgainLosesAndRepeatsNothing) {
   server_.Answer({FirstPart(), {.ranges = false}});
   PlayFirstPart();
   EXPECT_EQ(PlayToTheEnd(), Expected({kPart, kPart}));
@@ -212,7 +213,7 @@ TEST_F(Mp4RestartTest, HtmlPageIsNotWrittenIntoTheFile) {
 
 // --- Seeking ---
 
-TEST_F(Mp4RestartTest, SeekBackInACompleteFilePlaysFromThereAndAsksForNothing) {
+TEST_F(Mp4RestartTest, SeekBackInACompleteFilePlaysFromThereAndRequestsNoByteAgain) {
   PlayToTheEnd();
   StartAgain();
   downloader_.SetStartPostion(1.2F);
@@ -227,7 +228,7 @@ TEST_F(Mp4RestartTest, SeekToTheBeginningOfACompleteFilePlaysItAgain) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
 }
 
-TEST_F(Mp4RestartTest, SeekBackInAPartSkipsWhatIsThere) {
+TEST_F(Mp4RestartTest, SeekBackInAPartialFileRequestsOnlyTheRest) {
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
   downloader_.SetStartPostion(0.4F);
@@ -236,7 +237,7 @@ TEST_F(Mp4RestartTest, SeekBackInAPartSkipsWhatIsThere) {
   ExpectWholeFile();
 }
 
-TEST_F(Mp4RestartTest, SeekBackPlaysWhatIsThereWhileTheRestIsStillToCome) {
+TEST_F(Mp4RestartTest, SeekBackPlaysReceivedSamplesBeforeTheRestIsReceived) {
   server_.Answer({FirstPart(), {.silent = true}});
   PlayFirstPart();
   downloader_.SetStartPostion(0.4F);
@@ -247,7 +248,7 @@ TEST_F(Mp4RestartTest, SeekBackPlaysWhatIsThereWhileTheRestIsStillToCome) {
   EXPECT_EQ(player_.Snapshot().video.at(0).pts, 10U * 40 * 90);
 }
 
-TEST_F(Mp4RestartTest, SeekInMidRunPlaysWhatIsThereAgain) {
+TEST_F(Mp4RestartTest, SeekDuringPlaybackPlaysReceivedSamplesAgain) {
   server_.Answer({FirstPart()});
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
@@ -257,8 +258,8 @@ TEST_F(Mp4RestartTest, SeekInMidRunPlaysWhatIsThereAgain) {
   Stop();
 }
 
-// The transfer that runs goes on where it is, and does not get as far as the seek.
-TEST_F(Mp4RestartTest, SeekWhileATransferRunsIsWhereTheNextStartAsksFrom) {
+// The running transfer continues at its offset and ends before the position of the seek.
+TEST_F(Mp4RestartTest, SeekDuringATransferSetsTheRangeOfTheNextStart) {
   const std::size_t end = Begin(50);
   server_.Serve({file_.bytes.begin(), file_.bytes.begin() + static_cast<std::ptrdiff_t>(end)});
   server_.Answer({{.until = PartEnd(), .end = Mp4Reply::End::kGate}, {.status = 503}});
@@ -275,7 +276,7 @@ TEST_F(Mp4RestartTest, SeekWhileATransferRunsIsWhereTheNextStartAsksFrom) {
   EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(Begin(60))));
 }
 
-TEST_F(Mp4RestartTest, SeekForwardAsksFromThereAndLeavesAGapInWhichNothingPlays) {
+TEST_F(Mp4RestartTest, SeekForwardRequestsFromThereAndNothingPlaysAfterTheGap) {
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
   downloader_.SetStartPostion(2.4F);
@@ -299,7 +300,7 @@ TEST_F(Mp4RestartTest, GapIsFilledAfterASeekBackAndEverythingPlays) {
   ExpectWholeFile();
 }
 
-TEST_F(Mp4RestartTest, PositionDropsSamplesThatArePresentedBeforeItAfterASeek) {
+TEST_F(Mp4RestartTest, SamplesPresentedBeforeThePositionAreDroppedAfterASeek) {
   Movie movie = MakeMovie({.samples = 100});
   for (std::size_t i = 50; i < 55; ++i) movie.tracks[1].samples[i].composition = 0;
   for (auto& sample : movie.tracks[0].samples) sample.composition = 80;
@@ -310,7 +311,7 @@ TEST_F(Mp4RestartTest, PositionDropsSamplesThatArePresentedBeforeItAfterASeek) {
   EXPECT_EQ(PlayToTheEnd(), Expected({50, 50}));
 }
 
-TEST_F(Mp4RestartTest, SeekWhileTheDownloadRunsWritesNoByteAtAWrongPlace) {
+TEST_F(Mp4RestartTest, SeekDuringTheDownloadWritesEveryByteAtItsOffset) {
   server_.Answer({{.piece = 997, .pause = std::chrono::microseconds(300)}});
   downloader_.BeginDownload(server_.Address());
   constexpr std::size_t kSeeks = 20;
@@ -323,7 +324,7 @@ TEST_F(Mp4RestartTest, SeekWhileTheDownloadRunsWritesNoByteAtAWrongPlace) {
   ExpectWholeFile();
 }
 
-TEST_F(Mp4RestartTest, SeeksWhileVideoAloneIsReadAreNoRace) {
+TEST_F(Mp4RestartTest, SeeksWhileOnlyVideoIsReadDoNotRace) {
   ServeMovie(MovieOf({VideoTrack({.samples = 100, .video_size = 900})}));
   server_.Answer({{.piece = 997, .pause = std::chrono::microseconds(300)}});
   downloader_.BeginDownload(server_.Address());
@@ -368,7 +369,7 @@ class Mp4OtherFacadeTest : public Mp4RestartTest {
     other_server_.Answer({{.until = kOtherPart, .end = Mp4Reply::End::kStall}, {}});
   }
 
-  // The first facade plays all of its address, then the other one a part of its own.
+  // The first facade plays its whole address, then the other facade plays part of its own.
   void PlayInTurn() {
     EXPECT_EQ(PlayToTheEnd(), Expected());
     StartAgain();
@@ -385,7 +386,7 @@ class Mp4OtherFacadeTest : public Mp4RestartTest {
   CStreamDownloader other_{&player_};
 };
 
-TEST_F(Mp4OtherFacadeTest, SameAddressOfTheFirstOneBeginsAnew) {
+TEST_F(Mp4OtherFacadeTest, SameAddressOnTheFirstFacadeStartsOver) {
   PlayInTurn();
   const std::string url = server_.Address();
   EXPECT_EQ(PlayToTheEnd(), Expected());
@@ -396,7 +397,7 @@ TEST_F(Mp4OtherFacadeTest, SameAddressOfTheFirstOneBeginsAnew) {
   ExpectWholeFile();
 }
 
-TEST_F(Mp4OtherFacadeTest, SameAddressOfTheSecondOneBeginsAnewAfterTheFirstHasPlayedAgain) {
+TEST_F(Mp4OtherFacadeTest, SameAddressOnTheSecondFacadeStartsOverAfterTheFirstPlayedAgain) {
   PlayInTurn();
   PlayToTheEnd();
   StartAgain();
@@ -407,7 +408,7 @@ TEST_F(Mp4OtherFacadeTest, SameAddressOfTheSecondOneBeginsAnewAfterTheFirstHasPl
   EXPECT_THAT(other_server_.Ranges(), ElementsAre("bytes=0-", "bytes=0-"));
 }
 
-TEST_F(Mp4OtherFacadeTest, PositionOfTheIdleOneLeavesTheFileOfTheOtherAlone) {
+TEST_F(Mp4OtherFacadeTest, PositionOfTheIdleFacadeDoesNotChangeTheFileOfTheOther) {
   PlayInTurn();
   downloader_.SetStartPostion(2.4F);
   EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 StartPostion:00:00:02.400 Q:"),
@@ -422,7 +423,7 @@ TEST_F(Mp4OtherFacadeTest, PositionOfTheIdleOneLeavesTheFileOfTheOtherAlone) {
 
 class Mp4BlockedFileTest : public Mp4RestartTest {
  protected:
-  // A directory lies where the file should be.
+  // A directory has the path of the file.
   Mp4BlockedFileTest() {
     std::filesystem::create_directories(GetTempDirA());
     std::filesystem::remove_all(RestartFile());
@@ -434,7 +435,7 @@ class Mp4BlockedFileTest : public Mp4RestartTest {
   }
 };
 
-TEST_F(Mp4BlockedFileTest, BytesWaitUntilItCanBeWritten) {
+TEST_F(Mp4BlockedFileTest, BytesWaitUntilTheFileCanBeWritten) {
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(server_.WaitForRequests(1));
@@ -447,9 +448,9 @@ TEST_F(Mp4BlockedFileTest, BytesWaitUntilItCanBeWritten) {
   ExpectWholeFile();
 }
 
-// In simulated time all four tasks look again and again, each every millisecond: the download task
-// as well, for every piece and once its transfer has ended. There are far fewer pieces than looks.
-TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferHasFinished) {
+// In simulated time all four tasks poll every millisecond. The download task polls for every block,
+// and again once its transfer has ended. There are far fewer blocks than polls.
+TEST_F(Mp4BlockedFileTest, BytesStillWaitOnceTheTransferHasFinished) {
   constexpr std::size_t kTasks = 4;
   constexpr int kLooks = 1'000;
   SimulatedClock clock;
@@ -472,26 +473,26 @@ TEST_F(Mp4BlockedFileTest, BytesWaitAlsoWhenTheTransferHasFinished) {
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
 
-TEST_F(Mp4BlockedFileTest, StopDoesNotWaitForIt) {
+TEST_F(Mp4BlockedFileTest, StopDoesNotWaitForTheFile) {
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(server_.WaitForRequests(1));
   EXPECT_TRUE(Stop());
-  // Nothing is told if the stop came before a worker had taken the task that reads.
+  // Nothing is reported if the stop happened before a worker took the task that reads the movie.
   EXPECT_THAT(player_.Snapshot().results,
               testing::IsSubsetOf({"PLAY:MP4 NO:" + server_.Address()}));
 }
 
-// --- A directory that cannot be made ---
+// --- A directory that cannot be created ---
 
 class Mp4BlockedFolderTest : public Mp4RestartTest {
  protected:
   Mp4BlockedFolderTest() { testing::internal::CaptureStdout(); }
   ~Mp4BlockedFolderTest() override {
     downloader_.EndDownload();
-    std::cout << testing::internal::GetCapturedStdout();  // what failed is written there too
+    std::cout << testing::internal::GetCapturedStdout();  // test failures are written there too
   }
 
-  // What was written since the last call.
+  // The console output since the last call.
   static std::string Console() {
     std::string text = testing::internal::GetCapturedStdout();
     testing::internal::CaptureStdout();
@@ -509,7 +510,7 @@ TEST_F(Mp4BlockedFolderTest, RestartFileIsInTheUsersCache) {
   EXPECT_TRUE(folder_.IsBlocked());
 }
 
-// Also where the other directory can be made again: what is there was written to the cache.
+// Even if the other directory can be created again, because the received bytes are in the cache.
 TEST_F(Mp4BlockedFolderTest, SameAddressResumesInTheUsersCache) {
   server_.Answer({FirstPart(), {}});
   PlayFirstPart();
@@ -527,7 +528,7 @@ TEST_F(Mp4BlockedFolderTest, SameAddressResumesInTheUsersCache) {
 
 class Mp4SecondStartTest : public Mp4RestartTest {
  protected:
-  // Every frame came once; where two tasks read the same file their order may change.
+  // Expects every frame once. Their order is not checked, because two tasks may read the same file.
   void ExpectEveryFrameOnce() {
     const auto payloads = [](const std::vector<DumpedFrame>& frames) {
       std::vector<Bytes> all;
@@ -550,7 +551,7 @@ class Mp4SecondStartTest : public Mp4RestartTest {
   }
 };
 
-TEST_F(Mp4SecondStartTest, SameAddressAddsItsTasksBesideTheFirst) {
+TEST_F(Mp4SecondStartTest, SameAddressRunsBesideTheFirst) {
   server_.Answer({FirstPart()});
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
@@ -560,7 +561,7 @@ TEST_F(Mp4SecondStartTest, SameAddressAddsItsTasksBesideTheFirst) {
   EXPECT_TRUE(Stop());
 }
 
-TEST_F(Mp4SecondStartTest, SameAddressAtOnceWritesEachByteAtItsPlace) {
+TEST_F(Mp4SecondStartTest, SameAddressTwiceAtOnceWritesEachByteAtItsOffset) {
   server_.Answer({{.piece = 1500, .pause = std::chrono::microseconds(300)}});
   downloader_.BeginDownload(server_.Address());
   downloader_.BeginDownload(server_.Address());
@@ -569,7 +570,7 @@ TEST_F(Mp4SecondStartTest, SameAddressAtOnceWritesEachByteAtItsPlace) {
   EXPECT_TRUE(RestartBytes() == file_.bytes);
 }
 
-TEST_F(Mp4SecondStartTest, OtherAddressPlaysWholeBesideAStalledOne) {
+TEST_F(Mp4SecondStartTest, OtherAddressPlaysFullyBesideAStalledOne) {
   server_.Answer({FirstPart(), {}});
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(kPart) && WaitForAudio(kPart));
@@ -581,7 +582,7 @@ TEST_F(Mp4SecondStartTest, OtherAddressPlaysWholeBesideAStalledOne) {
   ExpectEveryFrameOnce();
 }
 
-TEST_F(Mp4SecondStartTest, OtherAddressIsNotSpoiledByOneThatGoesOn) {
+TEST_F(Mp4SecondStartTest, OtherAddressIsNotDamagedByOneThatKeepsRunning) {
   server_.Answer({{.piece = 500, .pause = std::chrono::microseconds(300)}});
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(3));
@@ -591,7 +592,7 @@ TEST_F(Mp4SecondStartTest, OtherAddressIsNotSpoiledByOneThatGoesOn) {
   ExpectWholeFile();
 }
 
-TEST_F(Mp4SecondStartTest, OtherAddressesInARowEndInOneStop) {
+TEST_F(Mp4SecondStartTest, OneStopEndsTwoOtherAddressesEachTime) {
   server_.Answer({{.piece = 500, .pause = std::chrono::microseconds(300)}});
   for (int i = 0; i < 10; ++i) {
     StartAgain();
@@ -601,7 +602,8 @@ TEST_F(Mp4SecondStartTest, OtherAddressesInARowEndInOneStop) {
     EXPECT_TRUE(Stop());
   }
   StartAgain();
-  EXPECT_EQ(PlayToTheEnd(server_.Url("/last.mp4")), Expected()) << "nothing of them is left";
+  EXPECT_EQ(PlayToTheEnd(server_.Url("/last.mp4")), Expected())
+      << "something of the earlier streams is left";
 }
 
 }  // namespace

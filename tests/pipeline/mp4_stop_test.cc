@@ -22,7 +22,7 @@ using mp4_test::Movie;
 using testing::AnyOf;
 using testing::SizeIs;
 
-// What every pipeline does at a stop is in tests/conformance; here is what only this one does.
+// tests/conformance tests what every pipeline does at a stop; this file tests what only MP4 does.
 class Mp4StopTest : protected AccountedStops, public Mp4PlayFixture {
  protected:
   Mp4StopTest() : AccountedStops([] { return g_mp4Running.load(); }) {}
@@ -33,7 +33,7 @@ class Mp4StopTest : protected AccountedStops, public Mp4PlayFixture {
     return was_running;
   }
 
-  // A long download with a little at a time.
+  // A long download that sends a little at a time.
   std::string ServeSlowly() {
     ServeMovie(MakeMovie({.samples = 2000, .video_size = 3000}));
     server_.Answer({{.piece = 3000, .pause = std::chrono::milliseconds(1)}});
@@ -46,20 +46,20 @@ class Mp4StopTest : protected AccountedStops, public Mp4PlayFixture {
   }
 };
 
-TEST_F(Mp4StopTest, PositionOfAPipelineThatNeverPlayedIsTaken) {
+TEST_F(Mp4StopTest, PositionOfAPipelineThatNeverPlayedIsAccepted) {
   CMp4Downloader pipeline(&player_);
   EXPECT_TRUE(pipeline.SetStartPostion(12));
   EXPECT_THAT(player_.Snapshot().MessagesWith("PLAY MP4 StartPostion:00:00:12.000 Q:"), SizeIs(1));
 }
 
-// Where a stream has got to when it is stopped.
+// How far a stream has got when it is stopped.
 struct Stage {
   const char* name;
   Mp4Reply reply;
-  Movie (*movie)();  // made by the case that plays it, not at every start of this program
+  Movie (*movie)();  // created by the case that plays it, not at program start
   std::function<bool(const RecordingPlayer::Record&)> reached;
-  // Whether a task that reads the movie must have begun then. Else the stop may come before a
-  // worker has taken it, and it never says a word.
+  // Whether a task that reads the movie must have started by then. Otherwise the stop may happen
+  // before a worker takes that task, which then reports nothing.
   bool is_read;
 };
 
@@ -67,7 +67,7 @@ void PrintTo(const Stage& stage, std::ostream* out) { *out << stage.name; }
 
 class Mp4StopStageTest : public Mp4StopTest, public testing::WithParamInterface<Stage> {};
 
-TEST_P(Mp4StopStageTest, DoesNotHoldUpTheStop) {
+TEST_P(Mp4StopStageTest, DoesNotDelayTheStop) {
   const Stage& stage = GetParam();
   ServeMovie(stage.movie());
   server_.Answer({stage.reply});
@@ -102,9 +102,9 @@ constexpr auto kStall = Mp4Reply::End::kStall;
 INSTANTIATE_TEST_SUITE_P(
     Stages, Mp4StopStageTest,
     testing::Values(
-        Stage{"ServerThatHasJustBeenAsked", {}, SomeMovie, AtOnce, false},
+        Stage{"RequestJustReceived", {}, SomeMovie, AtOnce, false},
         Stage{"StallInTheIndex", {.until = 200, .end = kStall}, SomeMovie, HasBytes, false},
-        Stage{"StallInFrontOfTheIndex",
+        Stage{"StallBeforeTheIndex",
               {.until = 5000, .end = kStall},
               MovieWithItsIndexLast,
               HasBytes,
@@ -120,13 +120,13 @@ INSTANTIATE_TEST_SUITE_P(
               HasFrames,
               true},
         Stage{"LongMovieAtOnce", {}, LongMovie, HasFrames, true},
-        Stage{"LongMovieInSmallPieces", {.piece = 100}, LongMovie, HasBytes, false},
+        Stage{"LongMovieInSmallBlocks", {.piece = 100}, LongMovie, HasBytes, false},
         Stage{"EndOfTheStream", {}, ShortMovie, HasFrames, true},
         Stage{"VerdictOfAWholeMovie", {}, ShortMovie, IsReported, true},
         Stage{"NoMovieAtAll", {.status = 404}, SomeMovie, IsReported, true}),
     [](const auto& suite) { return suite.param.name; });
 
-TEST_F(Mp4StopTest, VerdictAtAStopTellsWhetherVideoHasBegun) {
+TEST_F(Mp4StopTest, VerdictAtAStopIsOkOnceVideoHasBegun) {
   ServeSlowly();
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(3));
@@ -142,7 +142,7 @@ TEST_F(Mp4StopTest, LocalFileEndsAtTheStop) {
   EXPECT_LT(player_.Snapshot().video.size(), 20'000U);
 }
 
-TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesLeaveTheFileRight) {
+TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesKeepTheFileCorrect) {
   std::mt19937 random(2);  // NOLINT: the same run every time
   const std::string url = ServeSlowly();
   for (int i = 0; i < 100; ++i) {

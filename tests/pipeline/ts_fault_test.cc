@@ -17,7 +17,7 @@ using ts_test::MakeStream;
 
 class TsFaultTest : public TsPlay {
  protected:
-  // Runs the download task's work alone, on this thread, until the transfer has ended by itself.
+  // Runs the download task alone, on this thread, until the transfer ends by itself.
   void DownloadToItsEnd(const std::string& url) {
     CTsDownloader pipeline(&player_);
     g_tsRunning = true;
@@ -34,7 +34,7 @@ TEST_F(TsFaultTest, TransferThatSucceedsIsLogged) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "[DOWNLOAD]: " + url + "\n");
 }
 
-TEST_F(TsFaultTest, LongHtmlPageIsCutAtItsFirstPieceAndNotLogged) {
+TEST_F(TsFaultTest, LongHtmlPageIsRefusedAtItsFirstBlockAndNotLogged) {
   server_.Serve("<html>" + std::string(5'000'000, '.'));
   testing::internal::CaptureStdout();
   DownloadToItsEnd(server_.Url("/plain/a.ts"));
@@ -73,14 +73,14 @@ TEST_F(TsFaultTest, EmptyBodyGivesNoFrameAndNoOutcome) {
   EXPECT_TRUE(player_.Snapshot().messages.empty());
 }
 
-TEST_F(TsFaultTest, LocalFileThatIsNotThereIsReportedToNobody) {
+TEST_F(TsFaultTest, MissingLocalFileIsNotReported) {
   testing::internal::CaptureStdout();
   DownloadToItsEnd("file:///no/such/file.ts");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_TRUE(player_.Snapshot().messages.empty());
 }
 
-TEST_F(TsFaultTest, CutOffBodyPlaysAsFarAsItCame) {
+TEST_F(TsFaultTest, TruncatedBodyPlaysUpToTheCut) {
   const Bytes stream = MakeStream(40);
   server_.Serve(stream);
   downloader_.BeginDownload(server_.Url("/cut/a.ts"));
@@ -89,7 +89,7 @@ TEST_F(TsFaultTest, CutOffBodyPlaysAsFarAsItCame) {
   EXPECT_LT(player_.Snapshot().video.size(), 22U);
 }
 
-TEST_F(TsFaultTest, ErrorPageThatIsNoHtmlIsTakenAsAStream) {
+TEST_F(TsFaultTest, ErrorPageWithoutHtmlIsTreatedAsAStream) {
   const std::string url = server_.Url("/nowhere/a.ts");
   downloader_.BeginDownload(url);
   EXPECT_TRUE(WaitForMessage("PLAY TS OK:" + url));
@@ -97,7 +97,7 @@ TEST_F(TsFaultTest, ErrorPageThatIsNoHtmlIsTakenAsAStream) {
   EXPECT_TRUE(player_.Snapshot().video.empty());
 }
 
-TEST_F(TsFaultTest, RefusedConnectionIsReportedToNobody) {
+TEST_F(TsFaultTest, RefusedConnectionIsNotReported) {
   std::string url;
   {
     const TestServer gone;
@@ -115,7 +115,7 @@ TEST_F(TsFaultTest, GarbageBetweenGoodStreamsIsSurvived) {
   for (std::uint8_t& byte : garbage) byte = static_cast<std::uint8_t>(random());
   for (std::size_t at = 0; at < garbage.size(); at += 188) {
     if (random() % 2 == 0) garbage[at] = 0x47;
-    if (random() % 4 == 0) {  // on one of the PIDs that are followed
+    if (random() % 4 == 0) {  // on one of the PIDs that are parsed
       garbage[at + 1] = static_cast<std::uint8_t>((garbage[at + 1] & 0x40) | 1);
       garbage[at + 2] = static_cast<std::uint8_t>(random() % 3);
     }
@@ -133,7 +133,7 @@ TEST_F(TsFaultTest, GarbageBetweenGoodStreamsIsSurvived) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(TsFaultTest, TruncatedLastPacketIsLeftAlone) {
+TEST_F(TsFaultTest, TruncatedLastPacketIsIgnored) {
   Bytes stream = MakeStream(20);
   stream.resize(stream.size() - 100);
   server_.Serve(stream);
@@ -142,9 +142,9 @@ TEST_F(TsFaultTest, TruncatedLastPacketIsLeftAlone) {
   Stop();
 }
 
-TEST_F(TsFaultTest, SpoiledPacketsInAGoodStreamLoseOnlyThemselves) {
+TEST_F(TsFaultTest, DamagedPacketInAGoodStreamLosesOnlyItself) {
   Bytes stream = MakeStream(30);
-  // The second packet of frame 10's video: PAT, PMT, then three packets a frame.
+  // The second video packet of frame 10. The stream is PAT, PMT, then three packets per frame.
   const std::size_t at = (2 + 10 * 3 + 1) * 188;
   stream[at] = 0;
   server_.Serve(stream);

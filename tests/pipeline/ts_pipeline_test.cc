@@ -53,7 +53,7 @@ TEST_F(TsPipelineTest, EveryFrameButTheLastOfEachKindReachesThePlayer) {
   }
 }
 
-TEST_F(TsPipelineTest, StatusLinesComeInOrderAndNoResultOrBufferedTime) {
+TEST_F(TsPipelineTest, StatusLinesAreReportedInOrderWithoutResultOrBufferedTime) {
   server_.Serve(MakeStream(10));
   const std::string url = server_.Url("/plain/a.ts");
   downloader_.BeginDownload(url);
@@ -65,7 +65,7 @@ TEST_F(TsPipelineTest, StatusLinesComeInOrderAndNoResultOrBufferedTime) {
   EXPECT_TRUE(record.buffered_times.empty());
 }
 
-TEST_F(TsPipelineTest, LineBreakBehindTheAddressIsToldButNotRequested) {
+TEST_F(TsPipelineTest, LineBreakAfterTheAddressIsReportedButNotRequested) {
   server_.Serve(MakeStream(5));
   const std::string url = server_.Url("/plain/a.ts");
   downloader_.BeginDownload(url + "\r\n");
@@ -75,7 +75,7 @@ TEST_F(TsPipelineTest, LineBreakBehindTheAddressIsToldButNotRequested) {
   EXPECT_EQ(server_.Requests().front().path, "/plain/a.ts");
 }
 
-TEST_F(TsPipelineTest, PiecesOfAnySizeGiveTheSameFrames) {
+TEST_F(TsPipelineTest, BlocksOfAnySizeGiveTheSameFrames) {
   constexpr std::size_t kFrames = 12;  // few, since a byte at a time is slow
   server_.Serve(MakeStream(kFrames));
   std::vector<std::vector<std::string>> dumps;
@@ -84,10 +84,10 @@ TEST_F(TsPipelineTest, PiecesOfAnySizeGiveTheSameFrames) {
     player_.Forget();
     downloader_.BeginDownload(server_.Url("/pieces/" + piece + "/a.ts"));
     const std::size_t expected = dumps.empty() ? kFrames - 1 : kFrames;
-    ASSERT_TRUE(WaitForVideo(expected) && WaitForAudio(expected)) << "pieces of " << piece;
+    ASSERT_TRUE(WaitForVideo(expected) && WaitForAudio(expected)) << "blocks of " << piece;
     Stop();
     Record record = player_.Snapshot();
-    if (!dumps.empty()) {  // the frame left behind by the one before
+    if (!dumps.empty()) {  // the frame left over from the previous run
       record.video.erase(record.video.begin());
       record.audio.erase(record.audio.begin());
     }
@@ -104,7 +104,8 @@ TEST_F(TsPipelineTest, DurationIsTheSpanFromTheFirstFrameAndGrows) {
   downloader_.BeginDownload(server_.Url("/gated/a.ts"));
   ASSERT_TRUE(WaitForVideo(1));
   server_.Release();
-  // 59 frames come out, and the first one or two are taken before the first look at the queue.
+  // 59 frames are queued. The first one or two are popped before the queue is measured for the
+  // first time.
   const bool grown = player_.WaitFor([](const Record& record) {
     return !record.durations.empty() && record.durations.back() > 56.5F * 0.04F;
   });
@@ -116,7 +117,7 @@ TEST_F(TsPipelineTest, DurationIsTheSpanFromTheFirstFrameAndGrows) {
   EXPECT_LE(durations.back(), 58 * 0.04F + 0.001F);
 }
 
-TEST_F(TsPipelineTest, VideoDeliveredWhileThePlayerBlocksInAudioHoldsNoMemory) {
+TEST_F(TsPipelineTest, DeliveredVideoIsReleasedWhileAnAudioCallbackBlocks) {
   constexpr int kFrames = 300;
   server_.Serve(MakeStream(kFrames, 90'000, 100'000));
   {
@@ -145,7 +146,7 @@ TEST_F(TsPipelineTest, EmptyLocalFileIsOkAndHasNoFrames) {
   EXPECT_TRUE(player_.Snapshot().video.empty());
 }
 
-TEST_F(TsPipelineTest, WithoutAPlayerFramesAreTakenAndReleased) {
+TEST_F(TsPipelineTest, WithoutAPlayerFramesArePoppedAndReleased) {
   server_.Serve(MakeStream(30));
   CStreamDownloader silent(nullptr);
   EXPECT_TRUE(silent.BeginDownload(server_.Url("/plain/a.ts")));
@@ -172,7 +173,7 @@ TEST_F(TsPipelineTest, UserAgentFollowsTheMarkerInTheAddress) {
   EXPECT_FALSE(requests[2].has_user_agent);
 }
 
-TEST_F(TsPipelineTest, FirstRequestAsksForEverythingFromZero) {
+TEST_F(TsPipelineTest, FirstRequestHasARangeFromZero) {
   server_.Serve(MakeStream(3));
   downloader_.BeginDownload(server_.Url("/plain/a.ts"));
   ASSERT_TRUE(server_.WaitForRequests(1));
@@ -180,12 +181,12 @@ TEST_F(TsPipelineTest, FirstRequestAsksForEverythingFromZero) {
   EXPECT_EQ(server_.Requests().front().range, "bytes=0-");
 }
 
-TEST_F(TsPipelineTest, ConsoleTellsTheEndOfEachTaskAndOfTheStop) {
+TEST_F(TsPipelineTest, ConsoleLogsTheEndOfEachTaskAndOfTheStop) {
   server_.Serve(MakeStream(3));
   const std::string url = server_.Url("/plain/a.ts");
   testing::internal::CaptureStdout();
   downloader_.BeginDownload(url);
-  EXPECT_TRUE(WaitForVideo(2) && WaitForAudio(2));  // each task has begun
+  EXPECT_TRUE(WaitForVideo(2) && WaitForAudio(2));  // each task has started
   Stop();
   const std::string console = testing::internal::GetCapturedStdout();
   for (const char* line : {"ts Download thread stop.\n", "ts EndDownload...\n",
@@ -213,7 +214,7 @@ TEST_F(TsPipelineTest, CacheFileIsKeptForTheSameAddressAndEmptiedForAnother) {
 
 class TsBlockedFolderTest : public TsPipelineTest {
  protected:
-  // Plays a stream and returns what the console shows of it.
+  // Plays a stream and returns the console output.
   std::string Play() {
     server_.Serve(MakeStream(50));
     testing::internal::CaptureStdout();
@@ -233,7 +234,7 @@ TEST_F(TsBlockedFolderTest, CacheFileIsInTheUsersCache) {
   EXPECT_TRUE(std::filesystem::exists(*g_tsTempPath));
 }
 
-TEST_F(TsBlockedFolderTest, StreamPlaysWhereNoDirectoryCanBeWritten) {
+TEST_F(TsBlockedFolderTest, StreamPlaysWithoutAWritableDirectory) {
   folder_.BlockCache();
   EXPECT_THAT(Play(), StartsWith("Cache files cannot be written in "));
 }

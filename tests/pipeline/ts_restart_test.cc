@@ -26,10 +26,10 @@ using TsRestartTest = TsPlay;
 
 constexpr char kNoSyncByte[] = "The ts packet has not sync byte";
 
-// Plays an address, stops in mid-stream and starts it again.
+// Plays an address, stops in mid-stream and starts the address again.
 class TsResumeTest : public TsPlay {
  protected:
-  // A whole number of packets in all, and not in its first half.
+  // The whole stream ends at a packet boundary; its first half does not.
   static constexpr int kFrames = 31;
   static constexpr std::size_t kTablesSize = 2 * kTsPacketSize;
 
@@ -39,7 +39,7 @@ class TsResumeTest : public TsPlay {
     return g_tsStreamBuffer->Size() < kTsPacketSize;
   }
 
-  // The first run, which receives `received` bytes, parses them and is stopped.
+  // The first run: receives `received` bytes, parses them and is stopped.
   void PlayUpTo(const std::string& url, std::size_t received) {
     {
       const TsDemuxLock feeding;
@@ -53,7 +53,7 @@ class TsResumeTest : public TsPlay {
     player_.Forget();
   }
 
-  // The second run, which is to deliver exactly these frames; what it wrote to the console.
+  // The second run, which must deliver exactly these frames. Returns its console output.
   std::string PlayAgain(const std::string& url, const std::vector<std::string>& expected) {
     testing::internal::CaptureStdout();
     downloader_.BeginDownload(url);
@@ -69,8 +69,8 @@ class TsResumeTest : public TsPlay {
     return console;
   }
 
-  // The frames that the demultiplexer makes of the packets from `resumed` on, when it had parsed
-  // those of the first `received` bytes before.
+  // The frames that the demultiplexer makes of the packets from `resumed` on, after it has parsed
+  // the whole packets in the first `received` bytes.
   static std::vector<std::string> FramesFrom(const ts_test::Bytes& stream, std::size_t resumed,
                                              std::size_t received) {
     const TsDemuxLock feeding;
@@ -100,7 +100,7 @@ class TsResumeTest : public TsPlay {
   }
 };
 
-TEST_F(TsResumeTest, FramesBehindTheReceivedBytesPlayWhereverTheStopWas) {
+TEST_F(TsResumeTest, FramesAfterTheReceivedBytesPlayWhereverTheStopWas) {
   const ts_test::Bytes stream = MakeStream(kFrames);
   server_.Serve(stream);
   std::size_t count = 0;
@@ -119,7 +119,7 @@ TEST_F(TsResumeTest, FramesBehindTheReceivedBytesPlayWhereverTheStopWas) {
   EXPECT_GT(count, 30U);
 }
 
-TEST_F(TsResumeTest, StopOfAStalledDownloadInMidPacketPlaysOnFromTheNextPacket) {
+TEST_F(TsResumeTest, DownloadStoppedInMidPacketContinuesAtTheNextPacket) {
   const ts_test::Bytes stream = MakeStream(kFrames);
   server_.Serve(stream);
   const std::string url = server_.Url("/gated/a.ts");
@@ -163,7 +163,7 @@ TEST_F(TsResumeTest, ServerWithoutRangesPlaysFromItsBeginning) {
   EXPECT_EQ(server_.Requests().back().range, "bytes=2001-");
 }
 
-TEST_F(TsResumeTest, SecondStartInMidPacketWithoutAStopBreaksIntoNoPacket) {
+TEST_F(TsResumeTest, SecondStartInMidPacketWithoutAStopSplitsNoPacket) {
   const ts_test::Bytes stream = MakeStream(kFrames);
   server_.Serve(stream);
   const std::string url = server_.Url("/gated/a.ts");
@@ -198,7 +198,7 @@ TEST_F(TsRestartTest, SameAddressResumesAtTheReceivedCount) {
   Stop();
   EXPECT_EQ(server_.Requests()[1].range, "bytes=" + received + "-");
   const auto ok = player_.Snapshot().MessagesWith("PLAY TS OK:");
-  EXPECT_EQ(ok.size(), 1U) << "a resumed download sends no second one";
+  EXPECT_EQ(ok.size(), 1U) << "a resumed download reports no second one";
 }
 
 TEST_F(TsRestartTest, OtherAddressStartsFromZero) {
@@ -214,7 +214,7 @@ TEST_F(TsRestartTest, OtherAddressStartsFromZero) {
   EXPECT_TRUE(player_.Snapshot().MessagesWith("PLAY TS RE:").empty());
 }
 
-TEST_F(TsRestartTest, StartPositionFetchesFromZeroAndDropsWhatLiesBeforeIt) {
+TEST_F(TsRestartTest, StartPositionFetchesFromZeroAndDropsEarlierFrames) {
   server_.Serve(MakeStream(250));  // ten seconds
   const std::string url = server_.Url("/plain/a.ts");
   downloader_.BeginDownload(url);
@@ -224,7 +224,7 @@ TEST_F(TsRestartTest, StartPositionFetchesFromZeroAndDropsWhatLiesBeforeIt) {
   player_.Forget();
   EXPECT_TRUE(downloader_.SetStartPostion(4));
   downloader_.BeginDownload(url);
-  // The frame that the first run left behind begins the play times anew, with a base of its own.
+  // The frame left over from the first run restarts the play times, with a base of its own.
   ASSERT_TRUE(WaitForVideo(100));
   Stop();
   EXPECT_EQ(server_.Requests()[1].range, "bytes=0-");
@@ -254,7 +254,7 @@ TEST_F(TsRestartTest, StreamThatHasEndedPlaysAgainOnlyAfterAPositionWasSet) {
   EXPECT_EQ(server_.Requests()[2].range, "bytes=0-");
 }
 
-TEST_F(TsRestartTest, StopForgetsTheStartPosition) {
+TEST_F(TsRestartTest, StopResetsTheStartPosition) {
   server_.Serve(MakeStream(30));
   const std::string url = server_.Url("/plain/a.ts");
   downloader_.BeginDownload(url);
@@ -268,7 +268,7 @@ TEST_F(TsRestartTest, StopForgetsTheStartPosition) {
   Stop();
 }
 
-TEST_F(TsRestartTest, SecondStartWithoutAStopAddsItsTasksBesideTheFirst) {
+TEST_F(TsRestartTest, SecondStartWithoutAStopRunsBesideTheFirst) {
   server_.Serve(MakeStream(20));
   const std::string url = server_.Url("/endless/a.ts");
   downloader_.BeginDownload(url);
@@ -291,7 +291,7 @@ TEST_F(TsRestartTest, OtherAddressWithoutAStopPlaysBesideAStalledOne) {
   EXPECT_TRUE(Stop());
 }
 
-TEST_F(TsRestartTest, ThirdStartWithoutAStopWaitsForWorkersAndIsForgottenByTheStop) {
+TEST_F(TsRestartTest, ThirdStartWithoutAStopWaitsForWorkersAndIsDiscardedByTheStop) {
   server_.Serve(MakeStream(20));
   const std::string url = server_.Url("/endless/a.ts");
   for (int i = 0; i < 3; ++i) downloader_.BeginDownload(url);
@@ -313,7 +313,7 @@ TEST_F(TsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
   }
   player_.Forget();
   downloader_.BeginDownload(server_.Url("/plain/b.ts"));
-  EXPECT_TRUE(WaitForVideo(5));  // one left behind by the first
+  EXPECT_TRUE(WaitForVideo(5));  // includes one left over from the first facade
   Stop();
 }
 

@@ -17,7 +17,7 @@ namespace {
 using testing::StartsWith;
 using ts_test::MakeStream;
 
-// What every pipeline does at a stop is in tests/conformance; here is what only this one does.
+// tests/conformance tests what every pipeline does at a stop; this file tests what only TS does.
 class TsStopTest : protected AccountedStops, public TsPlay {
  protected:
   TsStopTest() : AccountedStops([] { return g_tsRunning.load(); }) {}
@@ -28,7 +28,7 @@ class TsStopTest : protected AccountedStops, public TsPlay {
     return was_running;
   }
 
-  // Exactly one "PLAY TS NO:" line tells of a transfer that a stop ended.
+  // Expects exactly one "PLAY TS NO:" line for a transfer that the stop ended.
   void ExpectOneRefusal(const std::string& url) {
     const auto refusals = player_.Snapshot().MessagesWith("PLAY TS NO:");
     ASSERT_EQ(refusals.size(), 1U);
@@ -51,7 +51,7 @@ TEST_F(TsStopTest, EndOfAStoppedPipelineStillResetsTheStartPosition) {
   Stop();
 }
 
-TEST_F(TsStopTest, TransferTakesEverythingWhileRunningAndNothingAfterTheStop) {
+TEST_F(TsStopTest, TransferAcceptsEverythingWhileRunningAndNothingAfterTheStop) {
   CTsDownloader pipeline(nullptr);
   ts_test::Packet packet = ts_test::MakePat();
   const char* bytes = reinterpret_cast<const char*>(packet.data());
@@ -82,7 +82,7 @@ TEST_F(TsStopTest, TransferThatReceivedNothingEndsWithOneRefusal) {
   ExpectOneRefusal(url);
 }
 
-TEST_F(TsStopTest, FloodOfGarbageDoesNotHoldUpTheStop) {
+TEST_F(TsStopTest, FloodOfGarbageDoesNotDelayTheStop) {
   ts_test::Bytes stream = MakeStream(2);
   stream.resize(stream.size() + 5'000 * kTsPacketSize, 0);  // a console line for each packet
   server_.Serve(stream);
@@ -94,7 +94,7 @@ TEST_F(TsStopTest, FloodOfGarbageDoesNotHoldUpTheStop) {
   testing::internal::GetCapturedStdout();
 }
 
-TEST_F(TsStopTest, LocalReaderEndsAtTheStopWithOneRefusal) {
+TEST_F(TsStopTest, LocalFileEndsAtTheStopWithOneRefusal) {
   const ts_test::Bytes stream = MakeStream(10'000);
   const std::string path = (std::filesystem::current_path() / "long.ts").string();
   std::ofstream(path, std::ios::binary)

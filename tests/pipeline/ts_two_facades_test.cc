@@ -14,7 +14,8 @@ namespace {
 
 using ts_test::MakeStream;
 
-// What every pipeline does beside another facade is in tests/conformance.
+// tests/conformance tests what every pipeline does beside another facade; this file tests what only
+// TS does.
 class TsTwoFacadesTest : public TsPlay {
  protected:
   static bool WaitForReceived(std::size_t count) {
@@ -22,7 +23,7 @@ class TsTwoFacadesTest : public TsPlay {
   }
 };
 
-TEST_F(TsTwoFacadesTest, AddressThatTheOtherOnePlayedLastIsTheSameForBoth) {
+TEST_F(TsTwoFacadesTest, AddressPlayedLastByOneFacadeIsTheSameForTheOther) {
   server_.Serve(MakeStream(20));
   RecordingPlayer other_player;
   CStreamDownloader other(&other_player);
@@ -60,7 +61,7 @@ TEST_F(TsTwoFacadesTest, EachRunningStartReportsItsRefusalToItsOwnPlayer) {
   EXPECT_EQ(player_.Snapshot().MessagesWith("PLAY TS NO:").size(), 1U);
 }
 
-TEST_F(TsTwoFacadesTest, PlayerOfTheStartMadeLastReplacesThatOfTheOneBefore) {
+TEST_F(TsTwoFacadesTest, PlayerOfTheLatestStartReplacesThePreviousOne) {
   server_.Serve(MakeStream(20));
   RecordingPlayer other_player;
   CTsDownloader first(&player_);

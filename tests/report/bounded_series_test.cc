@@ -25,14 +25,14 @@ BoundedSeries<Sum> SeriesOf(std::int64_t count) {
   return series;
 }
 
-TEST(BoundedSeriesTest, FewPointsStayAsTheyAre) {
+TEST(BoundedSeriesTest, FewPointsAreNotJoined) {
   const auto series = SeriesOf(static_cast<std::int64_t>(kMostPoints));
   EXPECT_EQ(series.Points().size(), kMostPoints);
   EXPECT_EQ(series.PerPoint(), 1U);
   EXPECT_EQ(series.Points().back().total, static_cast<std::int64_t>(kMostPoints) - 1);
 }
 
-TEST(BoundedSeriesTest, ManyPointsAreJoinedAndNoneIsLostOrDoubled) {
+TEST(BoundedSeriesTest, ManyPointsAreJoinedAndNoneIsLostOrRepeated) {
   for (const std::int64_t count : {4097, 8192, 8193, 300'001, 1'000'000}) {
     const auto series = SeriesOf(count);
     EXPECT_LE(series.Points().size(), kMostPoints);

@@ -1,5 +1,5 @@
-"""Chromium without a window, driven through its debugging pipe: JSON messages, each with a zero byte
-behind it. It needs no package beside the browser itself."""
+"""Headless Chromium, controlled through its debugging pipe: JSON messages, each followed by a zero byte.
+Needs no package besides the browser itself."""
 
 import base64
 import fcntl
@@ -21,14 +21,14 @@ _FLAGS = (
 
 
 def _moved_up(descriptor):
-    """The same under a number that is out of the way of 3 and 4."""
+    """Moves the descriptor to a number that is not 3 or 4."""
     moved = fcntl.fcntl(descriptor, fcntl.F_DUPFD_CLOEXEC, 10)
     os.close(descriptor)
     return moved
 
 
 class _Pipe:
-    """The two ends that the browser knows as its descriptors 3 and 4."""
+    """The two pipes that the browser has as its descriptors 3 and 4."""
 
     def __init__(self):
         self.browser_reads, self._write_end = map(_moved_up, os.pipe())
@@ -49,7 +49,7 @@ class _Pipe:
             data = data[os.write(self._write_end, data):]
 
     def receive(self, deadline):
-        """The next message; None when none has come by then."""
+        """The next message, or None if none is received before the deadline."""
         while b"\0" not in self._received:
             left = max(0, deadline - time.monotonic())
             if not select.select([self._read_end], [], [], left)[0]:
@@ -63,7 +63,7 @@ class _Pipe:
 
 
 def _start(pipe, profile):
-    """The descriptors are put in place by a shell, since only it can number them."""
+    """Starts the browser through a shell, since only a shell can give the descriptors their numbers."""
     program = os.environ.get("STREAM_CHROMIUM", "chromium")
     command = [program, *_FLAGS, f"--user-data-dir={profile}", "about:blank"]
     script = f'exec "$@" 3<&{pipe.browser_reads} 4>&{pipe.browser_writes}'
@@ -73,11 +73,11 @@ def _start(pipe, profile):
 
 
 class Browser:
-    """One browser, whose pages know nothing of each other."""
+    """One browser process, whose pages share nothing."""
 
     def __init__(self):
         self._next_id = 0
-        self._pages = {}  # by the session that leads messages to them
+        self._pages = {}  # by the session id in their messages
         self._profile = tempfile.mkdtemp(prefix="stream-browser-")
         self._pipe = _Pipe()
         self._process = _start(self._pipe, self._profile)
@@ -113,7 +113,7 @@ class Browser:
         return answer["result"]
 
     def wait(self, is_it, what):
-        """The first message that is it; pages note what those before it say."""
+        """The first message for which `is_it` returns true. Pages record the messages until then."""
         deadline = time.monotonic() + _LIMIT_SECONDS
         while True:
             message = self._pipe.receive(deadline)
@@ -127,8 +127,8 @@ class Browser:
 
 
 class Page:
-    """A page with cookies and storage of its own. Notes what the page complains of and what it asks
-    for."""
+    """A page with its own cookies and storage. Records its errors, its console output, its dialogs, and the
+    addresses that it requests."""
 
     def __init__(self, browser, context, session):
         self.complaints = []
@@ -149,11 +149,11 @@ class Page:
         self._loaded = False
         self.call("Page.navigate", url=pathlib.Path(path).as_uri())
         if not self._loaded:
-            self._browser.wait(lambda _: self._loaded, "the page loads")
+            self._browser.wait(lambda _: self._loaded, "loading the page")
         self.settle()
 
     def settle(self):
-        """Until what a change of the page set off has been drawn."""
+        """Waits until the effects of a change to the page have been drawn."""
         self.value("new Promise((done) => requestAnimationFrame(() => requestAnimationFrame(done)))")
 
     def value(self, expression):
@@ -174,7 +174,7 @@ class Page:
         self.settle()
 
     def picture(self):
-        """What is seen, as a PNG."""
+        """A screenshot, as a PNG."""
         return base64.b64decode(self.call("Page.captureScreenshot", format="png")["data"])
 
     def note(self, message):

@@ -17,13 +17,13 @@ MediaFrame Frame(std::uint64_t pts, std::uint64_t dts) {
   return frame;
 }
 
-TEST(DecodeTimesTest, DtsBeforeItsPtsCounts) {
+TEST(DecodeTimesTest, DtsNotAfterThePtsIsUsed) {
   DecodeTimes times;
   EXPECT_EQ(times.Of(Frame(90'000, 86'400)), 86'400U);
   EXPECT_EQ(times.Of(Frame(90'000, 90'000)), 90'000U);
 }
 
-TEST(DecodeTimesTest, DtsAboveItsPtsOrFarBelowItGivesWayToThePts) {
+TEST(DecodeTimesTest, DtsAfterThePtsOrFarBeforeItIsReplacedByThePts) {
   DecodeTimes times;
   EXPECT_EQ(times.Of(Frame(90'000, 90'001)), 90'000U);
   EXPECT_EQ(times.Of(Frame(1'000'000, 99'999)), 1'000'000U);
@@ -31,7 +31,7 @@ TEST(DecodeTimesTest, DtsAboveItsPtsOrFarBelowItGivesWayToThePts) {
   EXPECT_TRUE(times.DtsCounts());
 }
 
-TEST(DecodeTimesTest, DtsThatWasReadFromThePayloadGivesWayToThePts) {
+TEST(DecodeTimesTest, DtsReadFromThePayloadIsReplacedByThePts) {
   constexpr std::array<std::uint8_t, 6> kUnit = {0, 0, 0, 1, 0x67, 0x42};
   DecodeTimes times;
   MediaFrame frame = Frame(126'000, 179);  // (1 << 7) + (0x67 >> 1)
@@ -42,7 +42,7 @@ TEST(DecodeTimesTest, DtsThatWasReadFromThePayloadGivesWayToThePts) {
   EXPECT_EQ(times.Of(frame), 180U);
 }
 
-TEST(DecodeTimesTest, FrameShorterThanATimeStampIsReadNoFurther) {
+TEST(DecodeTimesTest, FrameShorterThanATimestampIsNotReadBeyondItsEnd) {
   DecodeTimes times;
   MediaFrame frame = Frame(90'000, 0);
   frame.size = 0;
@@ -54,26 +54,26 @@ TEST(DecodeTimesTest, FrameShorterThanATimeStampIsReadNoFurther) {
   EXPECT_EQ(times.Of(frame), 90'000U);
 }
 
-TEST(DecodeTimesTest, DtsThatStandsStillCountsForNoFrame) {
+TEST(DecodeTimesTest, ConstantDtsIsUsedForNoFrame) {
   DecodeTimes times;
   for (int n = 0; n < 3; ++n) times.Of(Frame(TicksOf(n), 387));
   EXPECT_TRUE(times.DtsCounts());
   times.Of(Frame(TicksOf(3), 387));
   EXPECT_FALSE(times.DtsCounts());
   for (int n = 0; n < 10; ++n) times.Of(Frame(TicksOf(n + 4), TicksOf(n + 3)));
-  EXPECT_FALSE(times.DtsCounts()) << "nor do later ones";
+  EXPECT_FALSE(times.DtsCounts()) << "nor is the DTS of later frames used";
 }
 
-TEST(DecodeTimesTest, SingleJumpBackIsNoStandstill) {
+TEST(DecodeTimesTest, JumpBackIsNoConstantDts) {
   DecodeTimes times;
   for (int n = 0; n < 100; ++n) {
-    const int at = n % 25;  // ten times back by a second
+    const int at = n % 25;  // goes back by about a second every 25 frames
     times.Of(Frame(TicksOf(at + 2), TicksOf(at)));
   }
   EXPECT_TRUE(times.DtsCounts());
 }
 
-TEST(DecodeTimesTest, FrameThatIsRepeatedIsNoStandstill) {
+TEST(DecodeTimesTest, RepeatedFrameIsNoConstantDts) {
   DecodeTimes times;
   for (int n = 0; n < 10; ++n) times.Of(Frame(TicksOf(2), TicksOf(1)));
   EXPECT_TRUE(times.DtsCounts());

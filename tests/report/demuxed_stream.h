@@ -1,4 +1,4 @@
-// Frames as the demultiplexer makes them of a transport stream, for the tests of the report.
+// Frames that the demultiplexer makes of a transport stream, for the tests of the report.
 #ifndef TESTS_REPORT_DEMUXED_STREAM_H_
 #define TESTS_REPORT_DEMUXED_STREAM_H_
 
@@ -15,16 +15,16 @@
 
 namespace report {
 
-// What a video PES packet carries: an access unit delimiter, then a slice.
+// The payload of a video PES packet: an access unit delimiter, then a slice.
 inline const ts_test::Bytes kAccessUnit = {0, 0, 0, 1, 0x09, 0xF0, 0, 0, 0, 1, 0x41, 1, 2, 3, 4};
 
 struct PesTimes {
   std::uint64_t pts;
-  std::optional<std::uint64_t> dts;  // nothing where the PES packet has a PTS alone
+  std::optional<std::uint64_t> dts;  // nullopt: the PES packet has only a PTS
 };
 
-// PES packets, 40 ms apart from `first_pts` on, in the order in which they are decoded. Like
-// ffmpeg's, they have a DTS only where it differs from the PTS.
+// PES packets in decoding order, 40 ms apart from `first_pts` on. As in streams of ffmpeg, they
+// have a DTS only if it differs from the PTS.
 inline std::vector<PesTimes> PesOrder(const std::vector<int>& shown, std::uint64_t first_pts) {
   std::vector<PesTimes> order;
   for (std::size_t n = 0; n < shown.size(); ++n) {
@@ -43,7 +43,7 @@ inline std::vector<PesTimes> WithoutBFrames(int count, std::uint64_t first_pts) 
   return order;
 }
 
-// I P B P B ...: each B-frame is decoded when it is shown.
+// I P B P B ...: the DTS of each B-frame equals its PTS.
 inline std::vector<PesTimes> WithBFrames(int count, std::uint64_t first_pts) {
   std::vector<int> shown = {0};
   for (int n = 1; n + 1 < count; n += 2) {
@@ -53,11 +53,12 @@ inline std::vector<PesTimes> WithBFrames(int count, std::uint64_t first_pts) {
   return PesOrder(shown, first_pts);
 }
 
-// The bytes that follow the time stamps in the PES header.
+// The bytes after the timestamps in the PES header.
 using HeaderBytes = ts_test::Bytes;
 
-// Plays a program with this video and an audio frame beside each video frame: those of a kind
-// `ms_of_frame` apart, as a host calls that is not paced, or one that is.
+// Demultiplexes a program with this video and one audio frame beside each video frame. Record()
+// passes on a frame of each kind every `ms_of_frame` milliseconds, as to a host without pacing or,
+// with kMsOfFrame, to one with pacing.
 class DemuxedStream {
  public:
   explicit DemuxedStream(const std::vector<PesTimes>& video, const HeaderBytes& header = {}) {

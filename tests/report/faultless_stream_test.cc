@@ -1,5 +1,5 @@
-// Streams of each format without a fault, as hosts without pacing and players are called: nothing
-// may be found odd about them, and a fault that is put in is still found.
+// Streams of each format without faults, delivered as to hosts without and with pacing. The report
+// must find nothing odd in them, and must still find a fault that is added.
 #include <gmock/gmock.h>
 
 #include <algorithm>
@@ -19,7 +19,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr int kFrames = 500;               // 20 s
-constexpr std::uint64_t kFirst = 126'000;  // where ffmpeg's streams begin
+constexpr std::uint64_t kFirst = 126'000;  // the first PTS in streams of ffmpeg
 constexpr double kUnpacedMs = 1;
 
 std::vector<std::string> TitlesOf(const std::vector<PesTimes>& video,
@@ -27,7 +27,7 @@ std::vector<std::string> TitlesOf(const std::vector<PesTimes>& video,
   return TitlesOf(DemuxedStream(video, header).Record(kUnpacedMs));
 }
 
-// Puts all from `index` on `ticks` later.
+// Adds `ticks` to the times of all frames from `index` on.
 std::vector<PesTimes> Shifted(std::vector<PesTimes> video, std::size_t index, std::int64_t ticks) {
   for (std::size_t n = index; n < video.size(); ++n) {
     video[n].pts += static_cast<std::uint64_t>(ticks);
@@ -36,16 +36,16 @@ std::vector<PesTimes> Shifted(std::vector<PesTimes> video, std::size_t index, st
   return video;
 }
 
-TEST(FaultlessStreamTest, TsWhoseFramesHaveAPtsAloneHasNothingOdd) {
+TEST(FaultlessStreamTest, TsFramesWithOnlyAPtsHaveNothingOdd) {
   DemuxedStream stream(WithoutBFrames(kFrames, kFirst));
   const ReportRecord record = stream.Record(kUnpacedMs);
   EXPECT_THAT(TitlesOf(record), IsEmpty());
   EXPECT_EQ(record.video.Steps().same_time, 0U);
   EXPECT_EQ(record.video.Steps().late_frames, 0U);
-  EXPECT_TRUE(record.video.DtsCounts()) << "each was known at once";
+  EXPECT_TRUE(record.video.DtsCounts()) << "each meaningless DTS was recognised at once";
 }
 
-TEST(FaultlessStreamTest, TsWithAPtsAloneHasNothingOddWhereverItBegins) {
+TEST(FaultlessStreamTest, TsWithOnlyAPtsHasNothingOddWhateverItsFirstPts) {
   for (const std::uint64_t first :
        {0ULL, 1ULL, 3600ULL, 800'000ULL, 900'100ULL, 8'589'000'000ULL}) {
     EXPECT_THAT(TitlesOf(WithoutBFrames(100, first)), IsEmpty()) << "from " << first;
@@ -61,13 +61,13 @@ TEST(FaultlessStreamTest, TsWithBFramesHasNothingOdd) {
   EXPECT_TRUE(record.video.DtsCounts());
   const auto alone =
       std::count_if(video.begin(), video.end(), [](const PesTimes& times) { return !times.dts; });
-  EXPECT_GT(alone, kFrames / 3) << "B-frames without a DTS are what this is about";
+  EXPECT_GT(alone, kFrames / 3) << "too few B-frames without a DTS";
 }
 
 TEST(FaultlessStreamTest, TsWithStuffingInItsPesHeadersHasNothingOdd) {
   for (std::size_t stuffing = 1; stuffing < 7; ++stuffing) {
     const HeaderBytes header(stuffing, 0xFF);
-    constexpr std::uint64_t kLate = 7'516'300'000;  // a byte of stuffing reads as little less
+    constexpr std::uint64_t kLate = 7'516'300'000;  // stuffing reads as a slightly lower DTS
     for (const std::uint64_t first : {kFirst, kLate}) {
       EXPECT_THAT(TitlesOf(WithoutBFrames(100, first), header), IsEmpty());
       EXPECT_THAT(TitlesOf(WithBFrames(100, first), header), IsEmpty());
@@ -75,16 +75,16 @@ TEST(FaultlessStreamTest, TsWithStuffingInItsPesHeadersHasNothingOdd) {
   }
 }
 
-TEST(FaultlessStreamTest, TsWithAnotherHeaderFieldBehindItsPtsHasNothingOdd) {
+TEST(FaultlessStreamTest, TsWithAnotherHeaderFieldAfterItsPtsHasNothingOdd) {
   const HeaderBytes field = {0, 0, 0, 3, 7};  // read as a DTS of 387
   DemuxedStream stream(WithoutBFrames(kFrames, kFirst), field);
   const ReportRecord record = stream.Record(kUnpacedMs);
   EXPECT_FALSE(record.video.DtsCounts());
   EXPECT_THAT(TitlesOf(record), IsEmpty());
-  EXPECT_EQ(record.video.Steps().same_time, 0U) << "also before it was known";
+  EXPECT_EQ(record.video.Steps().same_time, 0U) << "also before the DTS was rejected";
 }
 
-TEST(FaultlessStreamTest, PlayedAtItsOwnPaceItHasNothingOdd) {
+TEST(FaultlessStreamTest, StreamPlayedInRealTimeHasNothingOdd) {
   EXPECT_THAT(TitlesOf(DemuxedStream(WithoutBFrames(kFrames, kFirst)).Record(kMsOfFrame)),
               IsEmpty());
   EXPECT_THAT(TitlesOf(DemuxedStream(WithBFrames(kFrames, kFirst)).Record(kMsOfFrame)), IsEmpty());
@@ -110,7 +110,8 @@ TEST(FaultlessStreamTest, JumpBackIsFoundWithAndWithoutBFrames) {
   }
 }
 
-// FLV and MP4: a frame is a NAL unit, several have the same time, and `pts` is the decode time.
+// FLV and MP4: a frame is a NAL unit, several frames have the same time, and `pts` is the decode
+// time.
 ReportRecord RecordOfNalUnits(int samples) {
   ReportRecord record;
   double ms = 0;
@@ -136,8 +137,8 @@ TEST(FaultlessStreamTest, BufferedTimeOfReorderedSamplesHasNothingOdd) {
   EXPECT_THAT(TitlesOf(record), ElementsAre("The buffered time goes back"));
 }
 
-// HLS delivers a segment at a time as fast as it can, each kind on a thread of its own: three
-// times as much audio as video in the same time here.
+// HLS delivers each segment as fast as it can, and each kind of frame on its own thread. Here three
+// times as much audio as video is delivered in the same time.
 void AddUnpaced(ReportRecord& record) {
   for (int n = 0; n < kFrames; ++n) {
     record.AddVideo(n, FrameAt(TicksOf(n)));
@@ -147,35 +148,35 @@ void AddUnpaced(ReportRecord& record) {
   }
 }
 
-TEST(FaultlessStreamTest, HlsThatNobodyPacesDoesNotComeApart) {
+TEST(FaultlessStreamTest, DistanceWithoutPacingIsNotReported) {
   ReportRecord record;
   AddUnpaced(record);
   EXPECT_GT(std::abs(record.distance.range->low), 10);
   EXPECT_THAT(TitlesOf(record), IsEmpty());
 }
 
-TEST(FaultlessStreamTest, WhereTheHostPacesAnyDistanceIsWorthKnowing) {
+TEST(FaultlessStreamTest, DistanceWithPacingIsReported) {
   ReportRecord record;
   record.host_paces = true;
   AddUnpaced(record);
   EXPECT_THAT(TitlesOf(record), ElementsAre("Video and audio come apart"));
 }
 
-TEST(FaultlessStreamTest, KindThatArrivesTooLateComesApartFromTheOther) {
+TEST(FaultlessStreamTest, DistanceOfAKindThatArrivesTooLateIsReported) {
   ReportRecord record;
   for (int n = 0; n < kFrames; ++n) {
     record.AddVideo(n * kMsOfFrame, FrameAt(TicksOf(n)));
-    if (n >= 200) record.AddAudio(n * kMsOfFrame, FrameAt(TicksOf(n - 200)));  // 8 s behind
+    if (n >= 200) record.AddAudio(n * kMsOfFrame, FrameAt(TicksOf(n - 200)));  // 8 s late
   }
   EXPECT_THAT(TitlesOf(record), Contains("Video and audio come apart"));
 }
 
-TEST(FaultlessStreamTest, PlayTimeOfAFrameThatWasDeliveredEarlyIsNotOdd) {
+TEST(FaultlessStreamTest, PlayTimeOfAFrameDeliveredEarlyIsNotOdd) {
   ReportRecord record = RecordOfNalUnits(10);
   MediaFrame frame = FrameAt(TicksOf(10));
   frame.playTime = 900'000;
   record.AddVideo(400, frame);
-  frame.playTime -= 80'000;  // in the order in which it is shown
+  frame.playTime -= 80'000;  // as reordering may cause
   record.AddVideo(400, frame);
   EXPECT_EQ(record.video.play_time_back, 0U);
   frame.playTime -= 91'000;

@@ -30,7 +30,7 @@ ReportRecord SteadyRecord() {
   return record;
 }
 
-TEST(FindingsTest, NothingIsOddAboutASteadyStream) {
+TEST(FindingsTest, SteadyStreamHasNothingOdd) {
   EXPECT_THAT(FindingsOf(SteadyRecord()), IsEmpty());
 }
 
@@ -50,7 +50,7 @@ TEST(FindingsTest, VideoWithoutAudioIsOdd) {
   EXPECT_THAT(TitlesOf(record), ElementsAre("Video without audio"));
 }
 
-TEST(FindingsTest, GapIsToldWithItsPlaceAndWidth) {
+TEST(FindingsTest, GapIsReportedWithItsPositionAndWidth) {
   ReportRecord record;
   for (int n = 0; n < 100; ++n) {
     if (n < 50 || n >= 75) AddSteadyVideo(record, n, n + 1);
@@ -63,7 +63,7 @@ TEST(FindingsTest, GapIsToldWithItsPlaceAndWidth) {
       "frame 50, which came after 3.000 s.");
 }
 
-TEST(FindingsTest, JumpBackIsToldWithItsPlaceAndWidth) {
+TEST(FindingsTest, JumpBackIsReportedWithItsPositionAndWidth) {
   ReportRecord record = SteadyRecord();
   record.AddAudio(4000, FrameAt(TicksOf(50)));
   record.AddAudio(4040, FrameAt(TicksOf(98)));
@@ -71,7 +71,7 @@ TEST(FindingsTest, JumpBackIsToldWithItsPlaceAndWidth) {
               HasSubstr("go back 1 time. The widest is 1.960 s, before frame 100, "));
 }
 
-TEST(FindingsTest, FramesWithoutPlayTimeAreOddBehindTheBeginningOnly) {
+TEST(FindingsTest, FramesWithoutPlayTimeAreOddOnlyAfterTheBeginning) {
   ReportRecord record = SteadyRecord();
   MediaFrame frame = FrameAt(TicksOf(100));
   frame.playTime = 0;
@@ -100,7 +100,7 @@ TEST(FindingsTest, EmptyFramesAreOdd) {
   EXPECT_EQ(SentenceOf(record, "Empty video frames"), "3 video frames came without a payload.");
 }
 
-TEST(FindingsTest, LatenessTellsNothingWhereTheHostMakesFramesWait) {
+TEST(FindingsTest, LatenessIsNotReportedIfTheHostPacesFrames) {
   ReportRecord record;
   record.host_paces = true;
   AddSteadyVideo(record, 0, 10);
@@ -108,14 +108,14 @@ TEST(FindingsTest, LatenessTellsNothingWhereTheHostMakesFramesWait) {
   EXPECT_THAT(TitlesOf(record), ElementsAre("Video without audio"));
 }
 
-TEST(FindingsTest, FrameThatComesTooLateIsOdd) {
+TEST(FindingsTest, LateFrameIsOdd) {
   ReportRecord record = SteadyRecord();
   record.AddVideo(6000, FrameAt(TicksOf(100)));
   EXPECT_THAT(SentenceOf(record, "Late video"),
               HasSubstr("would have waited for 1 video frame, up to 2.000 s"));
 }
 
-TEST(FindingsTest, StartsAndEndsThatLieApartAreOdd) {
+TEST(FindingsTest, StartsAndEndsThatAreApartAreOdd) {
   ReportRecord record;
   AddSteadyVideo(record, 0, 100);
   AddSteadyAudio(record, 25, 60);
@@ -125,7 +125,7 @@ TEST(FindingsTest, StartsAndEndsThatLieApartAreOdd) {
             "Video goes on for 1.600 s after the end of audio.");
 }
 
-TEST(FindingsTest, LineOfAFailureIsToldWithoutItsAddress) {
+TEST(FindingsTest, FailureLineIsReportedWithoutItsAddress) {
   ReportRecord record = SteadyRecord();
   record.texts.Add(1500, TextKind::kMessage, "PLAY TS NO:<b>x");
   record.texts.Add(1600, TextKind::kMessage, "PLAY TS NO:<b>y");
@@ -133,7 +133,7 @@ TEST(FindingsTest, LineOfAFailureIsToldWithoutItsAddress) {
             "\"PLAY TS NO\" came 2 times, first after 1.500 s.");
 }
 
-TEST(FindingsTest, ClockThatGoesBackIsOddAndADurationThatDoesIsWorthKnowing) {
+TEST(FindingsTest, ClockThatGoesBackIsOddAndDurationThatGoesBackIsANote) {
   ReportRecord record = SteadyRecord();
   for (const double seconds : {4.0, 3.9}) {
     record.audio_clock.Add(100, seconds);
@@ -147,20 +147,20 @@ TEST(FindingsTest, ClockThatGoesBackIsOddAndADurationThatDoesIsWorthKnowing) {
   EXPECT_EQ(findings[1].weight, Weight::kNote);
 }
 
-TEST(FindingsTest, DurationFarFromWhatCameIsWorthKnowing) {
+TEST(FindingsTest, DurationFarFromTheReceivedVideoIsANote) {
   ReportRecord record = SteadyRecord();
   record.duration.Add(0, 60);
   EXPECT_EQ(SentenceOf(record, "Duration and video differ"),
             "The last duration told is 60.000 s, the video that came spans 3.960 s.");
 }
 
-TEST(FindingsTest, NumberThatIsNoneIsOdd) {
+TEST(FindingsTest, NotANumberIsOdd) {
   ReportRecord record = SteadyRecord();
   record.duration.Add(0, std::numeric_limits<double>::quiet_NaN());
   EXPECT_THAT(TitlesOf(record), ElementsAre("The duration is no number"));
 }
 
-TEST(FindingsTest, OddOnesComeFirst) {
+TEST(FindingsTest, OddFindingsAreListedFirst) {
   ReportRecord record = SteadyRecord();
   record.duration.Add(0, 60);
   record.audio_clock.Add(0, 2);

@@ -16,13 +16,13 @@ FrameWatch WatchOf(const std::vector<std::uint64_t>& ticks) {
   return watch;
 }
 
-TEST(FrameWatchTest, PicturesThatAreShownInAnotherOrderAreNoJumps) {
+TEST(FrameWatchTest, ReorderedVideoFramesAreNoJumps) {
   FrameWatch watch;
   std::uint64_t decoded = 0;
   for (const int shown : {0, 3, 1, 2, 6, 4, 5, 9, 7, 8}) {
     MediaFrame frame = FrameAt(TicksOf(shown + 1));
     const std::uint64_t dts = TicksOf(0) + decoded++ * kTicksOfFrame;
-    frame.dts = dts == frame.pts ? 8'528'338'974 : dts;  // means nothing where it equals pts
+    frame.dts = dts == frame.pts ? 8'528'338'974 : dts;  // arbitrary instead of equal to the PTS
     watch.Add(0, frame);
   }
   EXPECT_EQ(watch.Steps().gaps.count, 0U);
@@ -30,7 +30,7 @@ TEST(FrameWatchTest, PicturesThatAreShownInAnotherOrderAreNoJumps) {
   EXPECT_EQ(watch.Steps().reached_pts, TicksOf(10));
 }
 
-TEST(FrameWatchTest, DecodeTimeThatMeansNothingGivesWayToThePresentationTime) {
+TEST(FrameWatchTest, ArbitraryDtsIsReplacedByThePts) {
   FrameWatch watch;
   for (int n = 0; n < 10; ++n) {
     MediaFrame frame = FrameAt(TicksOf(n));
@@ -52,7 +52,7 @@ TEST(FrameWatchTest, StepOfAlmostHalfASecondIsNoGapAndALongerOneIs) {
   EXPECT_EQ(count_with_step(45'001), 1U);
 }
 
-TEST(FrameWatchTest, SlowSlidesHaveNoGapsButALostOneIsOne) {
+TEST(FrameWatchTest, SlideShowHasNoGapsButALostSlideIsOne) {
   std::vector<std::uint64_t> ticks;
   for (std::uint64_t n = 0; n < 20; ++n) ticks.push_back(n * 90'000);
   EXPECT_EQ(WatchOf(ticks).Steps().gaps.count, 0U);
@@ -60,7 +60,7 @@ TEST(FrameWatchTest, SlowSlidesHaveNoGapsButALostOneIsOne) {
   EXPECT_EQ(WatchOf(ticks).Steps().gaps.count, 1U);
 }
 
-TEST(FrameWatchTest, GapAmongTheVeryFirstFramesIsSeenWhenItIsWide) {
+TEST(FrameWatchTest, WideGapAmongTheFirstFramesIsCounted) {
   EXPECT_EQ(WatchOf({0, 3600, 3600 + 181'000}).Steps().gaps.count, 1U);
 }
 
@@ -81,14 +81,14 @@ TEST(FrameWatchTest, ManyJumpsAreAllCountedAndOnlyTheFirstListed) {
   EXPECT_GT(watch.Steps().gaps.count, 900U);
 }
 
-TEST(FrameWatchTest, TimeStampsAtTheEndsOfTheirRangeAreSurvived) {
+TEST(FrameWatchTest, TimestampsAtTheLimitsOfTheirRangeAreCounted) {
   constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
   const FrameWatch watch = WatchOf({0, kMost, 0, kMost, 0});
   EXPECT_EQ(watch.Steps().backs.count, 2U);
   EXPECT_EQ(watch.Steps().gaps.count, 2U);
 }
 
-TEST(FrameWatchTest, SameTimeStampAgainIsCounted) {
+TEST(FrameWatchTest, RepeatedTimestampIsCounted) {
   EXPECT_EQ(WatchOf({0, 0, 0, 3600}).Steps().same_time, 2U);
 }
 
@@ -108,7 +108,7 @@ TEST(FrameWatchTest, SizesAndSilencesAreKept) {
   EXPECT_EQ(watch.longest_silence_at_ms, 60);
 }
 
-TEST(FrameWatchTest, GapThatTookAsLongToComeMakesNoLaterFrameLate) {
+TEST(FrameWatchTest, GapInRealTimeMakesNoLaterFrameLate) {
   FrameWatch watch;
   for (int n = 0; n < 200; ++n) {
     if (n < 50 || n >= 100) watch.Add(n * kMsOfFrame, FrameAt(TicksOf(n)));

@@ -12,7 +12,7 @@ from support.media_tools import make_file
 
 _CHARTS = ("chart-status", "chart-arrival", "chart-distance", "chart-steps", "chart-told",
            "chart-sizes", "chart-rate")
-# How many pixels of a chart's canvas have the colour that the style sheet gives the name.
+# How many pixels of a chart's canvas have the colour that the style sheet names `name`.
 _PIXELS = """
 ((chart, name) => {
   const canvas = document.querySelector(`#${chart} canvas`);
@@ -38,7 +38,7 @@ def setUpModule():
 
 
 class ReportCase(HlsCase):
-    """Each case has a page of its own in the browser."""
+    """Each case has its own page in the browser."""
 
     shared_browser = None
 
@@ -72,7 +72,7 @@ class ReportCase(HlsCase):
         return self.browser.value(f"{_PIXELS}('{chart}', '{colour}')")
 
     def report_of_sample(self):
-        """Of a sample without fault, opened."""
+        """Plays a sample without faults, opens its report and returns the run."""
         sample = self.make_hls(3)
         frames = self.frames_of(self.joined(sample.segments))
         run = self.play_and_report(f"file://{sample.playlist}", frames=frames)
@@ -90,7 +90,7 @@ class PageTest(ReportCase):
                 self.assertGreater(self.pixels(chart, colour), 5, f"{chart}, {scheme}")
         self.assertEqual(self.browser.complaints, [])
 
-    def test_legend_tells_what_came_last_where_the_cursor_is(self):
+    def test_legend_shows_the_latest_values_at_the_cursor(self):
         run = self.report_of_sample()
         self.browser.value("document.getElementById('chart-status').scrollIntoView()")
         right, middle = self.browser.value(
@@ -104,7 +104,7 @@ class PageTest(ReportCase):
         last = max(run.frames_of("audio"), key=lambda frame: frame.pts)
         self.assertEqual(told[6], f"{last.pts / 90000:.3f} s")
 
-    def test_counts_are_those_of_the_dump(self):
+    def test_counts_match_the_dump(self):
         run = self.report_of_sample()
         table = {row[0]: row[1:] for row in self.rows("table-frames")}
         kinds = [run.frames_of(kind) for kind in ("video", "audio")]
@@ -114,14 +114,14 @@ class PageTest(ReportCase):
         self.assertEqual(
             table["last time stamp"],
             [f"{max(frame.pts for frame in frames) / 90000:.3f} s" for frames in kinds])
-        # Lines of two threads that come at once may have another order in the dump.
+        # Lines that two threads report at the same time may have another order in the dump.
         self.assertCountEqual(
             [row[1:] for row in self.rows("table-lines")],
             [[event.name, event.value] for event in run.events if event.name in ("message", "result")])
         self.assertEqual(table["gaps"], ["0", "0"])
         self.assertIn("Nothing odd.", self.text("#verdict"))
 
-    def test_a_click_on_a_head_sorts_by_it_and_a_second_one_turns_the_order(self):
+    def test_click_on_a_column_head_sorts_and_a_second_click_reverses(self):
         self.report_of_sample()
         tables = self.browser.value(
             "[...document.querySelectorAll('.table table')].map((table) => table.id)")
@@ -156,7 +156,7 @@ class PageTest(ReportCase):
         self.assertGreater(looks["dark"][1], looks["dark"][0] + 300)
         self.assertNotEqual(looks["light"][2], looks["dark"][2])
 
-    def test_page_fits_a_phone_and_follows_when_it_is_turned(self):
+    def test_page_fits_a_phone_and_adapts_to_its_rotation(self):
         self.browser.choose_size(360, 740, mobile=True)
         self.report_of_sample()
         for width in (360, 740, 320):
@@ -169,7 +169,7 @@ class PageTest(ReportCase):
 
 
 class OddStreamTest(ReportCase):
-    def test_gap_is_told_on_top(self):
+    def test_gap_is_reported_on_top(self):
         sample = self.make_hls(4)
         lines = sample.playlist.read_text().splitlines()
         left_out = lines.index("seg0001.ts")
@@ -186,7 +186,7 @@ class OddStreamTest(ReportCase):
         self.assertAlmostEqual(float(gap[6].removesuffix(" s")), 1.04, delta=0.005)
         self.assertIn(f"The widest is {gap[6]}", self.text("#findings ul"))
 
-    def test_stream_without_audio_is_told_on_top(self):
+    def test_stream_without_audio_is_reported_on_top(self):
         path = make_file(
             ["ffmpeg", "-nostdin", "-v", "error", "-y", "-f", "lavfi",
              "-i", "testsrc2=size=160x120:rate=25:duration=1", "-c:v", "libx264", "-f", "mpegts"],
@@ -196,7 +196,7 @@ class OddStreamTest(ReportCase):
         self.open()
         self.assertIn("Video without audio", self.texts("#findings strong"))
 
-    def test_address_that_gives_nothing_is_told_on_top(self):
+    def test_address_without_frames_is_reported_on_top(self):
         self.play_and_report(f"file://{self.directory}/none.ts", until=host.TRANSFER_ENDED)
         self.open()
         self.assertIn("No frame came", self.texts("#findings strong"))
@@ -212,7 +212,7 @@ class OddStreamTest(ReportCase):
 
 
 class HostileTextTest(ReportCase):
-    def test_markup_in_address_and_lines_runs_nothing(self):
+    def test_markup_in_address_and_lines_is_not_executed(self):
         markup = "</script><script>window.harm=1</script><img src=x onerror='window.harm=1'>"
         address = f"file://{self.directory}/{markup}\x1b[31m<!--.ts"
         self.play_and_report(address, line=mp4.VERDICT)
@@ -224,13 +224,13 @@ class HostileTextTest(ReportCase):
         self.assertEqual(self.browser.value("document.images.length"), 0)
         self.assertEqual(self.browser.dialogs, [])
 
-    def test_bytes_that_are_no_text_are_shown_as_such(self):
+    def test_bytes_that_are_no_text_are_shown_as_replacement_characters(self):
         address = os.fsencode(f"file://{self.directory}/") + b"\xff\xc3(\xed\xa0\x80.ts"
         self.play_and_report(os.fsdecode(address), line=mp4.VERDICT)
         self.open()
         self.assertIn("\ufffd", self.text("#address"))
 
-    def test_policy_of_the_page_forbids_what_is_not_in_it(self):
+    def test_policy_of_the_page_forbids_requests(self):
         self.report_of_sample()
         self.browser.value("fetch('http://127.0.0.1:9/').catch(() => null)")
         self.assertIn("Content Security Policy", " ".join(self.browser.complaints))
@@ -246,7 +246,7 @@ class OptionTest(ReportCase):
 
 
 def _number(cell):
-    """What a cell such as "1.5 s", "12,345" or "691 kbit/s" holds."""
+    """The number in a cell such as "1.5 s", "12,345" or "691 kbit/s"."""
     digits, prefix = re.match(r"(-?[\d,.]+) ?([kMG]?)", cell).groups()
     return float(digits.replace(",", "")) * {"": 1, "k": 1e3, "M": 1e6, "G": 1e9}[prefix]
 

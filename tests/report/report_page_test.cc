@@ -15,7 +15,7 @@ using Json = nlohmann::json;
 using testing::HasSubstr;
 using testing::Not;
 
-TEST(ReportJsonTest, CountsAndPointsAreThoseOfTheRecord) {
+TEST(ReportJsonTest, CountsAndPointsMatchTheRecord) {
   ReportRecord record;
   AddSteadyVideo(record, 0, 100);
   AddSteadyAudio(record, 0, 50);
@@ -69,7 +69,7 @@ TEST(ReportPageTest, PageHoldsStylesDataAndScriptsAndNamesNoOtherAddress) {
   }
 }
 
-TEST(ReportPageTest, FolderThatIsNotThereCannotBeWrittenTo) {
+TEST(ReportPageTest, MissingFolderCannotBeWrittenTo) {
   const std::filesystem::path file = std::filesystem::path("no such folder") / "report.html";
   EXPECT_FALSE(IsWritable(file));
   EXPECT_FALSE(WriteReport(file, ReportRecord(), "address"));

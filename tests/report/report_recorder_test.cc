@@ -9,10 +9,10 @@
 namespace report {
 namespace {
 
-// A clock of a host that stands still.
+// A host clock that stands still.
 double NoTime() { return 0; }
 
-TEST(ReportRecorderTest, EveryCallIsTakenDown) {
+TEST(ReportRecorderTest, EveryCallIsRecorded) {
   ReportRecorder recorder(NoTime);
   recorder.Message("line");
   recorder.PlayResult("result");
@@ -46,7 +46,7 @@ TEST(ReportRecorderTest, TimesCountFromTheStart) {
   EXPECT_EQ(recorder.Snapshot().elapsed_ms, 7);
 }
 
-TEST(ReportRecorderTest, RestartForgetsWhatWasBefore) {
+TEST(ReportRecorderTest, RestartClearsTheRecord) {
   ReportRecorder recorder(NoTime);
   recorder.Message("line");
   recorder.Video(FrameAt(0));

@@ -17,7 +17,7 @@ inline constexpr double kMsOfFrame = 40;
 
 inline constexpr std::array<std::uint8_t, 100> kPayload{};
 
-// A frame of 100 bytes whose times are one.
+// A frame of 100 bytes whose PTS, DTS and play time are all `ticks`.
 inline MediaFrame FrameAt(std::uint64_t ticks) {
   MediaFrame frame{};
   frame.pts = frame.dts = frame.playTime = ticks;
@@ -26,12 +26,12 @@ inline MediaFrame FrameAt(std::uint64_t ticks) {
   return frame;
 }
 
-// Time stamp of the n-th frame of a stream without fault, which begins at one second.
+// The timestamp of the n-th frame of a stream without faults, which begins at one second.
 inline std::uint64_t TicksOf(int n) {
   return 90'000 + static_cast<std::uint64_t>(n) * kTicksOfFrame;
 }
 
-// Frames first to last - 1 of such a stream, each as fast as it is played.
+// Adds the frames first to last - 1 of such a stream, each at the time at which it is played.
 inline void AddSteadyVideo(ReportRecord& record, int first, int last) {
   for (int n = first; n < last; ++n) record.AddVideo(n * kMsOfFrame, FrameAt(TicksOf(n)));
 }
@@ -40,7 +40,7 @@ inline void AddSteadyAudio(ReportRecord& record, int first, int last) {
   for (int n = first; n < last; ++n) record.AddAudio(n * kMsOfFrame, FrameAt(TicksOf(n)));
 }
 
-// What is odd about a stream, the heading of each finding.
+// The title of each finding about a stream.
 inline std::vector<std::string> TitlesOf(const ReportRecord& record) {
   std::vector<std::string> titles;
   for (const Finding& finding : FindingsOf(record)) titles.push_back(finding.title);

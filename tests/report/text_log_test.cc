@@ -19,13 +19,13 @@ TEST(TextLogTest, FirstAndNewestLinesAreKeptAndAllCounted) {
   EXPECT_EQ(log.Dropped(), 10'001U - kept.size());
 }
 
-TEST(TextLogTest, OfALongLineTheBeginningIsKept) {
+TEST(TextLogTest, BeginningOfALongLineIsKept) {
   TextLog log;
   log.Add(0, TextKind::kMessage, std::string(1'000'000, 'x'));
   EXPECT_EQ(log.Kept()[0].text, std::string(kLongestText, 'x') + "... (1000000 bytes)");
 }
 
-TEST(TextLogTest, FailuresAreCountedAlsoAmongDroppedLines) {
+TEST(TextLogTest, FailuresInDroppedLinesAreCountedToo) {
   TextLog log;
   for (int n = 0; n < 5000; ++n)
     log.Add(n, TextKind::kMessage, n % 2 ? "PLAY Try:a" : "PLAY M3U8:a");

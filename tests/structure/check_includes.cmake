@@ -1,15 +1,15 @@
-# Refuses an include that runs against the order of the folders.
+# Fails if an include runs against the order of the folders.
 #
 #   cmake -DSOURCE_DIR=... -P check_includes.cmake
 #
 # The order is: msvc -> public -> the formats (hls, ts, flv, mp4) -> common, and hls -> ts for the demultiplexer.
-# isobmff stands alone: mp4 knows it only as <mp4v2/mp4v2.h>.
-# stream_player.h is the contract with the host and includes nothing; the one place below the facade
-# that knows it is common/player_port, with common/player_lines.
+# isobmff is independent: mp4 includes it only as <mp4v2/mp4v2.h>.
+# stream_player.h is the contract with the host and includes nothing. Below the facade only common/player_port and
+# common/player_lines include it.
 #
-# c_interface uses the component as a host does, by its public headers alone.
+# c_interface uses the component as a host does: through its public headers alone.
 #
-# The hosts name what they include without a folder, and see of the component its public headers only:
+# The hosts include headers without a folder name. Of the component they see only its public headers:
 # host/console and host/player -> host/shared -> host/report -> public.
 cmake_minimum_required(VERSION 3.25)
 
@@ -40,7 +40,7 @@ set(exceptions
 set(checked 0)
 foreach(folder IN LISTS STREAM_COMPONENT_FOLDERS STREAM_INTERFACE_FOLDERS)
   if(NOT DEFINED allowed_${folder})
-    list(APPEND failures "what ${folder} may include is not known here")
+    list(APPEND failures "there is no rule here for what ${folder} may include")
   endif()
   file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
     ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cc)
@@ -50,7 +50,7 @@ foreach(folder IN LISTS STREAM_COMPONENT_FOLDERS STREAM_INTERFACE_FOLDERS)
       string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*" "\\1" target "${line}")
       math(EXPR checked "${checked} + 1")
       if(NOT target MATCHES "/")
-        continue()  # a neighbour in the same folder
+        continue()  # a header in the same folder
       endif()
       string(REGEX REPLACE "/.*" "" target_folder "${target}")
       if(NOT target_folder IN_LIST allowed_${folder} AND
@@ -79,7 +79,7 @@ endfunction()
 
 foreach(folder IN LISTS host_folders)
   if(NOT DEFINED allowed_host_${folder})
-    list(APPEND failures "what host/${folder} may include is not known here")
+    list(APPEND failures "there is no rule here for what host/${folder} may include")
   endif()
   file(GLOB_RECURSE sources RELATIVE ${SOURCE_DIR}
     ${SOURCE_DIR}/host/${folder}/*.h ${SOURCE_DIR}/host/${folder}/*.cc)
@@ -97,10 +97,10 @@ foreach(folder IN LISTS host_folders)
 endforeach()
 
 if(checked EQUAL 0)
-  message(FATAL_ERROR "no include was found to check below '${SOURCE_DIR}'")
+  message(FATAL_ERROR "no include to check was found below '${SOURCE_DIR}'")
 endif()
 if(failures)
   list(JOIN failures "\n  " text)
-  message(FATAL_ERROR "includes that run the wrong way, or are not looked at:\n  ${text}")
+  message(FATAL_ERROR "includes against the order of the folders, and folders that are not checked:\n  ${text}")
 endif()
-message(STATUS "${checked} includes run the right way")
+message(STATUS "${checked} includes follow the order of the folders")

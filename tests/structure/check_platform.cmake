@@ -1,5 +1,5 @@
-# Refuses a source that asks which operating system it is built for, or whether Visual C++ builds it: which
-# sources are built decides that. The public headers alone ask, since they refuse hosts of some compilers.
+# Fails if a source tests for the operating system or for Visual C++: the build selects the sources instead. Only
+# the public headers may test for them, because they refuse hosts of some compilers.
 #
 #   cmake -DSOURCE_DIR=... -P check_platform.cmake
 cmake_minimum_required(VERSION 3.25)
@@ -27,6 +27,6 @@ if(checked EQUAL 0)
 endif()
 if(failures)
   list(JOIN failures "\n  " text)
-  message(FATAL_ERROR "sources that ask for the operating system or for Visual C++:\n  ${text}")
+  message(FATAL_ERROR "sources that test for the operating system or for Visual C++:\n  ${text}")
 endif()
 message(STATUS "${checked} sources leave the operating system to common/platform.h")

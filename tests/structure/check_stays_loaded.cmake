@@ -1,4 +1,4 @@
-# Looks for the mark that keeps a shared library in a process that closes it.
+# Checks for the flag that keeps a shared library in a process that closes it.
 #
 #   cmake -DOBJDUMP=objdump -DLIBRARY=... -P check_stays_loaded.cmake
 cmake_minimum_required(VERSION 3.25)

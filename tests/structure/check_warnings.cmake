@@ -1,5 +1,5 @@
-# Warnings are errors in all presets but msvc, which is not tried, and nowhere else: another compiler, or
-# other optimisation, may warn where nothing is wrong.
+# Checks that warnings are errors in all presets but msvc, which is untested, and in no build without a preset:
+# another compiler, or other optimisation, may warn about correct code.
 #
 #   cmake -DSOURCE_DIR=... -DDIRECTORY=... -DCOMPILER=... -DGENERATOR=... -DMAKE_PROGRAM=... -P ...
 cmake_minimum_required(VERSION 3.25)
@@ -18,7 +18,7 @@ foreach(value "" ON)
     OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
   file(READ ${DIRECTORY}/compile_commands.json commands)
   if(NOT commands MATCHES "[-/]W")
-    message(FATAL_ERROR "no warnings are asked for in:\n${commands}")
+    message(FATAL_ERROR "no warnings are enabled in:\n${commands}")
   endif()
   string(REGEX MATCH "-Werror|/WX" is_strict "${commands}")
   if((value AND NOT is_strict) OR (is_strict AND NOT value))
@@ -33,7 +33,7 @@ file(READ ${SOURCE_DIR}/CMakePresets.json presets)
 string(JSON count LENGTH "${presets}" configurePresets)
 math(EXPR last "${count} - 1")
 
-# An object of that preset, by its name.
+# Returns the configure preset of this name, as JSON.
 function(find_preset name result)
   foreach(i RANGE ${last})
     string(JSON found GET "${presets}" configurePresets ${i} name)
@@ -46,7 +46,7 @@ function(find_preset name result)
   message(FATAL_ERROR "no such preset: ${name}")
 endfunction()
 
-# The preset's own value, or that of the one that it inherits from.
+# Returns the preset's own value, or the value that it inherits.
 function(warning_as_error name result)
   find_preset(${name} preset)
   string(JSON value ERROR_VARIABLE unset GET "${preset}" cacheVariables ${variable})

@@ -1,5 +1,5 @@
-# expect_names(FILE NAMES) - fails unless the list NAMES holds exactly the names in FILE. FILE has one name on a
-# line, and may be a module-definition file: its statements and comments are skipped.
+# expect_names(FILE NAMES) - fails unless the list NAMES holds exactly the names in FILE. FILE has one name per
+# line and may be a module-definition file, whose statements and comments are skipped.
 function(expect_names file names)
   file(STRINGS ${file} expected REGEX "^ *[_a-z?]")
   list(TRANSFORM expected STRIP)

@@ -1,4 +1,4 @@
-# A DLL needs no other DLL than those that every Windows 10 has, and those in BESIDE.
+# Checks that a DLL needs no DLLs but those of every Windows 10 and those in BESIDE.
 #
 #   cmake -DOBJDUMP=objdump -DDLL=... [-DBESIDE=name.dll] -P check_imports.cmake
 cmake_minimum_required(VERSION 3.25)
@@ -9,7 +9,7 @@ execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump COMMAND_ERROR_
 string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")
 list(TRANSFORM imports REPLACE "DLL Name: " "")
 if(NOT "KERNEL32.dll" IN_LIST imports)
-  message(FATAL_ERROR "the import table cannot be read; what was found: ${imports}")
+  message(FATAL_ERROR "the import table cannot be read; found: ${imports}")
 endif()
 list(REMOVE_ITEM imports ${allowed})
 if(imports)

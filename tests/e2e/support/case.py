@@ -1,4 +1,4 @@
-"""The base of all end-to-end tests: a directory of its own, a sample, servers, runs of the host."""
+"""The base of all end-to-end tests: a directory of its own, a sample, servers, and runs of the host."""
 
 import pathlib
 import shutil
@@ -27,7 +27,7 @@ class EndToEndCase(unittest.TestCase):
         return server
 
     def play(self, address, *options, frames=(), line="", until=None, directory=None, **settings):
-        """A run that ends at what support.host.Ending says of `frames`, `line` and `until`."""
+        """A run that ends as support.host.Ending defines for `frames`, `line` and `until`."""
         ending = host.Ending(frames, line, until)
         run = host.run_host(address, directory or self.directory, *options, ending=ending, **settings)
         self.assert_stops_are_reported(run)
@@ -56,7 +56,7 @@ class EndToEndCase(unittest.TestCase):
         self.assertEqual(run.frames, [], run.output)
 
     def assert_plays_whole(self, run, sample):
-        """Everything came but the last PES packet of each stream, which nothing completes."""
+        """Expects everything but the last PES packet of each stream, which is never complete."""
         self.assertEqual(run.exit_code, 0, run.output)
         self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
         for kind in ("video", "audio"):
@@ -75,6 +75,6 @@ class EndToEndCase(unittest.TestCase):
     def assert_frames_are(self, frames, packets):
         self.assertEqual([frame.pts for frame in frames], [packet.pts for packet in packets])
         self.assertEqual([frame.size for frame in frames], [packet.size for packet in packets])
-        # Where a PES packet carries no DTS, what the frame has in its place is undefined.
+        # If a PES packet carries no DTS, the DTS of the frame is undefined.
         carried = [(i, packet.dts) for i, packet in enumerate(packets) if packet.dts != packet.pts]
         self.assertEqual([(i, frames[i].dts) for i, _ in carried], carried)

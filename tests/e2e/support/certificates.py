@@ -1,4 +1,4 @@
-"""An authority of the tests' own and a server certificate that it signed, made by openssl."""
+"""A certificate authority for the tests and a server certificate that it signed, made by openssl."""
 
 import subprocess
 

@@ -1,4 +1,4 @@
-"""A server that announces a whole body and closes the connection in the middle of it."""
+"""A server that announces a whole body and closes the connection before its end."""
 
 import contextlib
 import socketserver
@@ -9,7 +9,7 @@ from support.waiting import STOP_POLL_SECONDS
 
 @contextlib.contextmanager
 def cut_off_server(body, length):
-    """Answers every request with the first `length` bytes of `body`; gives the port."""
+    """Answers every request with the first `length` bytes of `body`. Yields the port."""
 
     class Handler(socketserver.StreamRequestHandler):
         def handle(self):

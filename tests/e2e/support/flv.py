@@ -1,4 +1,5 @@
-"""FLV samples, and what becomes of them: each NAL unit is a frame, each AAC frame has a header."""
+"""FLV samples and the frames expected from them: each NAL unit is a frame, and each AAC frame has a
+header."""
 
 import dataclasses
 import re
@@ -7,7 +8,7 @@ import subprocess
 from support import reference, samples
 from support.case import EndToEndCase
 
-TICKS = 90  # a millisecond
+TICKS = 90  # per millisecond
 _START_CODE = b"\0\0\0\1"
 _PARAMETER_SETS = (7, 8)
 _ADTS_SIZE = 7
@@ -25,14 +26,13 @@ class NalUnit:
 
 
 def nal_units(stream):
-    """Those of an Annex B stream, whose start codes may be of either length."""
+    """The NAL units of an Annex B stream with start codes of three or four bytes."""
     parts = re.split(b"\0*\0\0\1", stream)
     return [NalUnit(part.rstrip(b"\0")) for part in parts if part]
 
 
 def expected_video(path):
-    """Payloads of the frames: the parameter sets first, which ffmpeg repeats, then everything
-    else."""
+    """Payloads of the frames: first the parameter sets, which ffmpeg repeats, then all other units."""
     units = nal_units(reference.elementary_stream(path, "video"))
     sets = [next(unit for unit in units if unit.kind == kind) for kind in _PARAMETER_SETS]
     pictures = [unit for unit in units if unit.kind not in _PARAMETER_SETS]
@@ -40,14 +40,14 @@ def expected_video(path):
 
 
 def expected_times(path, kind):
-    """For each tag its time and how many bytes come out of it."""
+    """The time of each tag, and the number of bytes in its frames."""
     added = {"video": 0, "audio": _ADTS_SIZE}[kind]
     packets = reference.pes_packets(path, kind)
     return [(packet.dts * TICKS, packet.size + added) for packet in packets]
 
 
 def grouped_times(frames):
-    """The same of the frames: those of one tag have one time."""
+    """The same for frames. Those of one tag have the same time."""
     groups = []
     for frame in frames:
         if groups and groups[-1][0] == frame.dts:
@@ -58,7 +58,7 @@ def grouped_times(frames):
 
 
 def _whole_tags(data):
-    """Type and payload of each tag that is there to its end."""
+    """Type and payload of each complete tag."""
     at = 9 + 4
     while at + 11 <= len(data):
         end = at + 11 + int.from_bytes(data[at + 1 : at + 4], "big")
@@ -69,7 +69,7 @@ def _whole_tags(data):
 
 
 def _units_of_tag(payload):
-    """How many units of H.264, each after its length, a tag of video has."""
+    """How many H.264 NAL units, each after its length, a video tag has."""
     at, units = 5, 0
     while at < len(payload):
         at += 4 + int.from_bytes(payload[at : at + 4], "big")
@@ -78,8 +78,7 @@ def _units_of_tag(payload):
 
 
 def frames_of_whole_tags(data):
-    """How many frames a stream has that was cut off, of AAC and of H.264 with its two parameter
-    sets."""
+    """How many frames a truncated stream has, of AAC and of H.264 with its two parameter sets."""
     frames = len(_PARAMETER_SETS)
     for kind, payload in _whole_tags(data):
         is_data = kind in (_AUDIO_TAG, _VIDEO_TAG) and payload[1] == 1
@@ -101,7 +100,7 @@ class FlvCase(EndToEndCase):
         return len(expected_video(sample)) + len(reference.pes_packets(sample, "audio"))
 
     def assert_plays_flv(self, run, sample):
-        """Everything came, in its order, with the times of the tags."""
+        """Expects all frames in order, with the times of the tags."""
         self.assertEqual(run.exit_code, 0, run.output)
         self.assert_frames_are_those_of(run, sample)
         audio = run.elementary_stream("audio")

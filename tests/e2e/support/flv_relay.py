@@ -1,5 +1,5 @@
-"""A live HTTP-FLV stream: ffmpeg pushes in real time to a relay, which sends what it gets to every
-viewer in chunks, from the beginning and without a length."""
+"""A live HTTP-FLV stream: ffmpeg pushes it in real time to a relay. The relay sends it to every viewer from
+its beginning, in chunks and without a length."""
 
 import http.server
 import signal
@@ -12,7 +12,7 @@ from support.waiting import STOP_POLL_SECONDS
 
 
 class FlvRelay:
-    """`directory`/pushed.flv gets a copy of what was pushed."""
+    """`directory`/pushed.flv is a copy of what was pushed."""
 
     def __init__(self, directory, seconds):
         self.pushed = directory / "pushed.flv"
@@ -42,7 +42,7 @@ class FlvRelay:
         return self._encoder.poll() is None
 
     def end_push(self):
-        """As a broadcaster does who goes off the air. Viewers get what is left and the end."""
+        """Ends the broadcast. Viewers receive the rest and the end of the stream."""
         if self.is_still_pushed():
             self._encoder.send_signal(signal.SIGINT)
         self._encoder.wait(timeout=30)
@@ -66,7 +66,7 @@ class FlvRelay:
         self._threads.append(thread)
 
     def _take(self):
-        """What the encoder sends, until it ends."""
+        """Receives from the encoder until it ends."""
         connection, _ = self._push_socket.accept()
         with connection, self.pushed.open("wb") as copy:
             while piece := connection.recv(65536):
@@ -84,7 +84,7 @@ class FlvRelay:
             self._changed.notify_all()
 
     def _piece(self, place):
-        """None at the end."""
+        """Waits for the block with this index. None at the end."""
         with self._changed:
             self._changed.wait_for(lambda: self._ended or place < len(self._pieces))
             return self._pieces[place] if place < len(self._pieces) else None
@@ -107,7 +107,7 @@ class FlvRelay:
                         place += 1
                     self.wfile.write(b"0\r\n\r\n")
                 except ConnectionError:
-                    self.close_connection = True  # the viewer has gone
+                    self.close_connection = True  # the viewer has disconnected
 
             def log_message(self, *_):
                 pass

@@ -1,4 +1,4 @@
-"""HTTP Live Streaming samples as ffmpeg packages them, and what a host does with them."""
+"""HTTP Live Streaming samples as ffmpeg packages them, and a base for cases that play them."""
 
 import dataclasses
 import pathlib
@@ -17,14 +17,13 @@ class HlsSample:
 
 
 def encoder_inputs(seconds):
-    """A picture and a tone of that length."""
+    """Video and a tone of this duration."""
     return ["-f", "lavfi", "-i", f"testsrc2=size=160x120:rate={_RATE}:duration={seconds}",
             "-f", "lavfi", "-i", f"sine=frequency=440:sample_rate=44100:duration={seconds}"]
 
 
 def encoder_codecs(segment_seconds):
-    """H.264, with B-frames where there is room for them, and AAC. Each segment can begin with a key
-    frame."""
+    """H.264, with B-frames if a segment is long enough, and AAC. Each segment can begin with a key frame."""
     group = round(_RATE * segment_seconds)
     return ["-c:v", "libx264", "-preset", "ultrafast", "-bf", str(min(2, group - 1)),
             "-g", str(group), "-keyint_min", str(group), "-sc_threshold", "0",
@@ -32,7 +31,7 @@ def encoder_codecs(segment_seconds):
 
 
 def make_hls(directory, count, segment_seconds=1):
-    """Writes list.m3u8, on demand, and that many segments."""
+    """Writes list.m3u8, an on-demand playlist, and `count` segments."""
     command = ["ffmpeg", "-nostdin", "-v", "error", "-y"]
     command += [*encoder_inputs(count * segment_seconds), *encoder_codecs(segment_seconds)]
     command += ["-f", "hls", "-hls_time", str(segment_seconds), "-hls_playlist_type", "vod"]
@@ -42,19 +41,19 @@ def make_hls(directory, count, segment_seconds=1):
 
 
 def joined(segments, path):
-    """The segments one after the other in one file, which is a transport stream like any other."""
+    """Writes the segments one after another into one file, which is an ordinary transport stream."""
     path.write_bytes(b"".join(segment.read_bytes() for segment in segments))
     return path
 
 
 def without_leftover(frames):
-    """Without the frame that a stop had left unfinished: it comes first in the next run and has no
+    """Without the frame that a stop has left unfinished: it is the first one of the next run and has no
     time."""
     return frames[1:] if frames and frames[0].pts == 0 else frames
 
 
 class HlsCase(EndToEndCase):
-    """Each case has a host of its own: what cannot be played is kept beside the host."""
+    """Each case has its own host, because segments that cannot be played are kept beside the host."""
 
     def setUp(self):
         super().setUp()
@@ -66,7 +65,7 @@ class HlsCase(EndToEndCase):
         return sample
 
     def play_segments(self, address, segments, *options, **settings):
-        """Plays all frames of the segments, which follow each other."""
+        """Plays all frames of the segments, which form one stream."""
         return self.play_whole(address, self.joined(segments), *options, **settings)
 
     def play(self, address, *options, **settings):

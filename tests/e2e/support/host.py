@@ -1,4 +1,4 @@
-"""Runs of the console host, and what they left behind."""
+"""Runs the console host and reads its results."""
 
 import csv
 import dataclasses
@@ -58,13 +58,13 @@ class HostRun:
         return self.values("message")
 
     def payloads(self, kind):
-        """What each frame carried; a row behind the end of the dumped bytes has less or nothing."""
+        """The payload of each frame. Payloads after the end of the dumped bytes are shorter or empty."""
         stream = self.elementary_stream(kind)
         ends = list(itertools.accumulate(frame.size for frame in self.frames_of(kind)))
         return [stream[begin:end] for begin, end in zip([0, *ends], ends)]
 
     def payloads_that_differ_from_their_crc(self):
-        """Places of the frames whose bytes in the dump are not those that frames.csv tells of."""
+        """The indexes of the frames whose dumped bytes do not match the CRC in frames.csv."""
         wrong = []
         for kind in ("video", "audio"):
             payloads = self.payloads(kind)
@@ -95,24 +95,24 @@ def _frame(row):
 
 
 def _environment(more=()):
-    """Without proxies, which have no way to this machine's loopback."""
+    """Without proxies, which cannot reach the loopback interface of this machine."""
     kept = {name: value for name, value in os.environ.items() if name.lower() not in _PROXIES}
     return {**kept, **dict(more)}
 
 
 def _host():
-    """The command that starts the host: an emulator may come first."""
+    """The command that starts the host. It may begin with an emulator."""
     return shlex.split(os.environ["STREAM_HOST"])
 
 
 def is_emulated():
-    """Whether the host was built for another system than this one."""
+    """Whether the host was built for another system."""
     return len(_host()) > 1
 
 
 def copy_host(directory):
-    """The command that starts a copy of the host in a new directory: its temporary files lie beside
-    the executable, and those of other runs do not."""
+    """The command that starts a copy of the host in a new directory. Temporary files are stored beside the
+    executable, so the copy does not see those of other runs."""
     *emulator, executable = _host()
     return [*emulator, *copy_program(executable, directory)]
 
@@ -127,7 +127,7 @@ def copy_program(executable, directory):
 
 
 class LiveRun:
-    """A run that goes on, as an `until` sees it."""
+    """A run that has not ended, as it is passed to `until`."""
 
     def __init__(self, output, dump):
         self._output = output
@@ -139,8 +139,8 @@ class LiveRun:
 
 
 class Prints:
-    """An `until`: the run has printed a line that begins with each of these texts, as often as they
-    are given. The library tells so when a transfer has ended, which it does not tell the player."""
+    """An `until`: the run has printed a line that begins with each of these texts, as often as they are
+    given. The library prints that a transfer has ended, but does not report it to the player."""
 
     def __init__(self, *starts):
         self._starts = starts
@@ -151,9 +151,9 @@ class Prints:
                    for start in self._starts)
 
 
-TRANSFER_ENDED = Prints("ts Download thread stop.")  # of a transport stream, for whatever reason
+TRANSFER_ENDED = Prints("ts Download thread stop.")  # of a transport stream, for any reason
 
-# How a run ends whose address cannot be fetched, by the ending of the address.
+# How a run ends if its address cannot be fetched, by the extension of the address.
 NOTHING_IS_FETCHED = {
     "ts": {"until": TRANSFER_ENDED},
     "m3u8": {"line": "PLAY Failed:"},
@@ -164,9 +164,9 @@ NOTHING_IS_FETCHED = {
 
 @dataclasses.dataclass(frozen=True)
 class Ending:
-    """What ends a run: a number of frames, or a number for each run of --repeat; a message or result
-    that begins so; or an interruption once `until`, which is given a LiveRun, is true. Where none of
-    them follows the run ends after a silence so long that only a failure meets it."""
+    """What ends a run: a number of frames, or a number for each run of --repeat; a message or result that
+    begins with `line`; or an interruption once `until`, which is called with a LiveRun, returns true. If none
+    of them happens, the run ends after a silence so long that only a failure reaches it."""
 
     frames: int | tuple = ()
     line: str = ""
@@ -184,7 +184,7 @@ class Ending:
         return options + (["--expect-line", self.line] if self.line else [])
 
     def reason(self):
-        """How the summary names it; None where it is silence or another option."""
+        """The reason in the summary; None if silence or another option ends the run."""
         if self.until:
             return "interrupted"
         return "expected" if self._is_expected() else None
@@ -199,7 +199,7 @@ def _play(command, directory, dump, environment, until):
                                 stderr=subprocess.STDOUT, env=_environment(environment))
     try:
         if until is not None:
-            wait_until(lambda: host.poll() is not None or until(live), "what ends the run",
+            wait_until(lambda: host.poll() is not None or until(live), "the end of the run",
                        _LIMIT_SECONDS)
             if host.poll() is None:
                 host.send_signal(signal.SIGINT)
@@ -211,8 +211,8 @@ def _play(command, directory, dump, environment, until):
 
 def run_host(address, directory, *options, host=None, prefix=(), idle_exit=None, environment=(),
              ending=Ending()):
-    """Plays to the end of the stream; the dump goes to a new directory in `directory`. `environment`
-    has variables that the host sees besides the test's own."""
+    """Plays to the end of the stream and dumps to a new directory in `directory`. `environment` holds
+    additional variables for the host."""
     dump = pathlib.Path(directory) / "dump"
     dump.mkdir()
     command = [*prefix, *(host or _host()), address, "--dump", str(dump), "--json",

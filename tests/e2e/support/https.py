@@ -1,4 +1,4 @@
-"""HTTPS servers, and runs of the host that trust the authority of the tests and nobody else."""
+"""HTTPS servers, and runs of the host that trust only the certificate authority of the tests."""
 
 import pathlib
 
@@ -6,7 +6,7 @@ from support import namespaces
 from support.certificates import make_certificates
 
 _SERVER = "ssl_certificate {directory}/server.pem; ssl_certificate_key {directory}/server.key;"
-_TRUST_STORE = pathlib.Path("/etc/ssl/certs")  # where the system's libcurl looks
+_TRUST_STORE = pathlib.Path("/etc/ssl/certs")  # where the system's libcurl looks for authorities
 
 
 class HttpsMixin:
@@ -17,11 +17,11 @@ class HttpsMixin:
         return self.serve(_SERVER.format(directory=self.directory), tls=True)
 
     def trusting_only_the_test_authority(self):
-        """The beginning of a command line whose program trusts nobody else."""
+        """The beginning of a command line. The program in it trusts no other authority."""
         if not namespaces.is_permitted("--mount"):
             self.skipTest("this machine permits no private mount namespace (unshare)")
         if not _TRUST_STORE.is_dir():
-            self.skipTest(f"{_TRUST_STORE} is not there to be mounted over")
+            self.skipTest(f"{_TRUST_STORE} does not exist, so it cannot be mounted over")
         store = self.directory / "trusted"
         store.mkdir()
         authority = (self.directory / "authority.pem").read_bytes()

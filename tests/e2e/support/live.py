@@ -1,4 +1,4 @@
-"""A live stream: ffmpeg writes segments as time goes by, and deletes those that left the list."""
+"""A live stream: ffmpeg writes segments in real time, and deletes those that have left the playlist."""
 
 import pathlib
 import signal
@@ -12,7 +12,7 @@ _LISTED = 5
 
 
 class LiveEncoder:
-    """Writes live.m3u8 to `www`, and a copy of every segment, which stays, to `archive`."""
+    """Writes live.m3u8 to `www`, and a copy of every segment, which is not deleted, to `archive`."""
 
     def __init__(self, www, archive, seconds):
         self.playlist = pathlib.Path(www) / "live.m3u8"
@@ -35,7 +35,7 @@ class LiveEncoder:
         return f"[{form}:{options}]{playlist}"
 
     def start(self):
-        """Returns when there is a playlist."""
+        """Returns once a playlist exists."""
         self._process = subprocess.Popen(self._command, stdin=subprocess.DEVNULL)
         wait_until(self.playlist.exists, "ffmpeg writes a playlist")
 

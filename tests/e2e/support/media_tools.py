@@ -1,5 +1,5 @@
-"""ffmpeg and ffprobe, each command run once: what it wrote is kept in STREAM_SAMPLES and copied to
-every test that gives the same command. Safe for tests that run at the same time."""
+"""Runs each command of ffmpeg and ffprobe once. Its output is kept in STREAM_SAMPLES and copied for every
+test that gives the same command. Safe for tests that run at the same time."""
 
 import atexit
 import contextlib
@@ -19,7 +19,8 @@ _OUTPUT = "standard output"
 
 @functools.cache
 def kept_directory():
-    """The directory of what was made; where a test runs by itself, one that goes with the process."""
+    """The directory of the kept output. Without STREAM_SAMPLES, a temporary one that is removed when the
+    process ends."""
     named = os.environ.get("STREAM_SAMPLES")
     if named is None:
         directory = tempfile.TemporaryDirectory(prefix="stream-samples-")
@@ -31,7 +32,7 @@ def kept_directory():
 
 @functools.cache
 def _program(name):
-    """What changes when another version of the program is installed."""
+    """A text that changes when another version of the program is installed."""
     path = shutil.which(name)
     if path is None:
         raise FileNotFoundError(f"{name} is not installed")
@@ -50,7 +51,7 @@ def _key(command, inputs):
 
 @contextlib.contextmanager
 def _locked(path):
-    """Others that want the same wait until it is made."""
+    """Holds the lock of one output, for which others that need the same output wait."""
     with path.open("w") as file:
         fcntl.flock(file, fcntl.LOCK_EX)
         yield
@@ -69,7 +70,7 @@ def _run(command, inputs, directory):
 
 
 def _made(command, inputs):
-    """The directory that has what the command wrote. It appears under its name when it is whole."""
+    """The directory with the output of the command. It appears under its name when it is complete."""
     command = [str(argument) for argument in command]
     key = _key(command, inputs)
     made = kept_directory() / key
@@ -85,22 +86,22 @@ def _made(command, inputs):
 
 
 def make_files(command, directory, inputs=None):
-    """Copies all files that the command writes into its working directory to `directory`. It finds
-    there the files of `inputs`, contents by name."""
+    """Runs a command in a directory that holds the files of `inputs` (contents by name), and copies all other
+    files in it to `directory`."""
     for file in _made(command, inputs or {}).iterdir():
         if file.name != _OUTPUT:
             shutil.copyfile(file, directory / file.name)
 
 
 def make_file(command, path):
-    """The same for a command that lacks only the name of its one output, which comes last."""
+    """The same for a command that lacks only the name of its one output file, which is its last argument."""
     name = f"made{path.suffix}"
     shutil.copyfile(_made([*command, name], {}) / name, path)
     return path
 
 
 def output_of(command, path):
-    """What the command prints that has the name of the file `path` among its arguments."""
+    """The standard output of a command that has the name of the file `path` among its arguments."""
     place = "input" + pathlib.Path(path).suffix
     command = [place if argument == str(path) else argument for argument in command]
     return (_made(command, {place: pathlib.Path(path).read_bytes()}) / _OUTPUT).read_bytes()

@@ -1,4 +1,4 @@
-"""MP4 samples as ffmpeg makes them, and what a host does with them."""
+"""MP4 samples as ffmpeg makes them, and a base for cases that play them."""
 
 import dataclasses
 import json
@@ -14,7 +14,7 @@ VERDICT = "PLAY:MP4 "  # OK or NO
 
 
 def make_mp4(path, seconds, *options):
-    """Of any other number of channels than two ffmpeg writes that it were two."""
+    """For any other number of channels ffmpeg would still write two into the file."""
     return make_file([*samples.encoder(seconds), "-ac", "2", *options, "-f", "mp4"], path)
 
 
@@ -29,12 +29,12 @@ def adts_stream(path):
 
 
 def split_units(stream):
-    """H.264 units without their start codes. No unit ends with a zero."""
+    """H.264 NAL units without their start codes. No unit ends with a zero."""
     return [unit.rstrip(b"\0") for unit in re.split(b"\0\0\1", stream)[1:]]
 
 
 def slices(units):
-    """All but the parameter sets, which ffmpeg repeats."""
+    """All units but the parameter sets, which ffmpeg repeats."""
     return [unit for unit in units if unit[0] & 0x1F not in _PARAMETER_SETS]
 
 
@@ -44,7 +44,7 @@ def slices_of(path):
 
 @dataclasses.dataclass(frozen=True)
 class Packet:
-    dts: int  # 90 kHz, as the component tells it: of whole milliseconds
+    dts: int  # 90 kHz, from whole milliseconds, as the component reports it
     pts: int
     size: int
     is_key: bool
@@ -66,7 +66,7 @@ def packets(path, kind):
 
 
 class Mp4Case(EndToEndCase):
-    """Each case has a host of its own: the restart file lies beside the host."""
+    """Each case has its own host, because the restart file is stored beside the host."""
 
     def setUp(self):
         super().setUp()
@@ -100,7 +100,7 @@ class Mp4Case(EndToEndCase):
                 self.assert_times_are(run.frames_of(kind), packets(sample, kind))
 
     def assert_times_are(self, frames, expected):
-        """Each packet is one frame or, where it has several units, some of the same time."""
+        """Each packet is one frame or, if it has several NAL units, several frames with the same time."""
         for frame in frames:
             self.assertEqual((frame.pts, frame.play), (frame.dts, frame.dts))
         times = list(dict.fromkeys(frame.dts for frame in frames))

@@ -1,4 +1,4 @@
-"""Commands in private namespaces: what they mount there nobody else sees."""
+"""Commands in private namespaces, whose mounts no other process sees."""
 
 import os
 import subprocess
@@ -7,8 +7,8 @@ _MOUNT_AND_RUN = 'mount --bind "$1" "$2" && shift 2 && exec "$@"'
 
 
 def unshare(*namespaces):
-    """The command that begins private namespaces ("--mount", "--net"); others than root need a user
-    namespace for that as well."""
+    """The command that creates private namespaces ("--mount", "--net"). Users other than root also need a
+    user namespace."""
     as_root = [] if os.geteuid() == 0 else ["--map-root-user"]
     return ["unshare", *as_root, *namespaces]
 
@@ -20,5 +20,5 @@ def is_permitted(*namespaces):
 
 
 def with_mount(source, target):
-    """The beginning of a command line whose program finds `source` where `target` was."""
+    """The beginning of a command line. The program in it sees `source` in place of `target`."""
     return [*unshare("--mount"), "sh", "-c", _MOUNT_AND_RUN, "sh", str(source), str(target)]

@@ -1,4 +1,4 @@
-"""nginx on a free port of the loopback, with everything that it reads or writes in one directory."""
+"""nginx on a free port of the loopback interface. All files that it reads or writes are in one directory."""
 
 import os
 import pathlib
@@ -49,7 +49,7 @@ def _free_port():
 
 
 class Nginx:
-    """Serves DIRECTORY/www. `directives` goes into the server block; $PORT in it is the port."""
+    """Serves DIRECTORY/www. `directives` goes into the server block; $PORT in it is replaced by the port."""
 
     def __init__(self, directory, directives="", tls=False):
         self.directory = pathlib.Path(directory)
@@ -61,8 +61,8 @@ class Nginx:
         return f"{self._scheme}://127.0.0.1:{self.port}/{path}"
 
     def start(self):
-        """nginx goes to the background only when it listens, and fails when the port was taken
-        between the search for it and the start; then another port is tried."""
+        """nginx goes to the background only once it listens. If another program has taken the port since it
+        was found to be free, another port is tried."""
         for _ in range(10):
             self.port = _free_port()
             self._write_config()
@@ -75,13 +75,13 @@ class Nginx:
         raise RuntimeError(f"nginx does not start: {started.stderr}")
 
     def requests(self, count):
-        """The requests that ended, one line each: path, status, range and user agent. A line comes
-        when nginx notices the end, which may be after the client has seen it: waits for `count`."""
+        """The requests that have ended, one line each: path, status, range and user agent. Waits for `count`
+        of them, because nginx may log the end of a request after the client has seen it."""
         wait_until(lambda: len(self.requests_so_far()) >= count, f"nginx logs {count} requests")
         return self.requests_so_far()
 
     def requests_so_far(self):
-        """Those that are logged already."""
+        """The requests that have been logged."""
         return (self.directory / "access.log").read_text().splitlines()
 
     def stop(self):

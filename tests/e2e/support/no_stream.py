@@ -1,4 +1,4 @@
-"""Bodies in which the demultiplexer finds nothing that plays."""
+"""Bodies in which the demultiplexer finds nothing to play."""
 
 from support.case import EndToEndCase
 
@@ -8,16 +8,16 @@ _REFUSED = "The packet isn't TS packet"
 
 
 def with_a_last_packet_that_is_refused(body):
-    """So that a line is printed when the parser has reached the end of the body."""
+    """Appends a bad packet, so that a line is printed once the parser has reached the end of the body."""
     return body + bytes(-len(body) % _PACKET) + bytes(_PACKET)
 
 
 class NoStreamCase(EndToEndCase):
-    """Only silence ends these runs: what is printed of packets is not flushed before the stop. It
-    shows afterwards that the parser had reached the end."""
+    """Only silence ends these runs, because the lines about packets are not flushed before the stop.
+    Afterwards they show that the parser had reached the end."""
 
     def assert_each_packet_is_refused(self, run, body):
-        """Each that does not begin as one, and nothing plays."""
+        """Expects a line for each packet without a sync byte, and no frame."""
         whole = body[: len(body) // _PACKET * _PACKET]
         refused = sum(byte != _SYNC_BYTE for byte in whole[::_PACKET])
         self.assertGreater(refused, 0)

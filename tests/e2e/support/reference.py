@@ -12,7 +12,7 @@ _STREAMS = {"video": ("v:0", "h264"), "audio": ("a:0", "adts")}
 @dataclasses.dataclass(frozen=True)
 class PesPacket:
     pts: int
-    dts: int  # equal to pts where the packet carries none
+    dts: int  # equal to pts if the packet carries none
     size: int
 
 
@@ -25,8 +25,8 @@ def elementary_stream(path, kind):
 
 
 def pes_packets(path, kind):
-    """The PES packets of the first stream of a kind, as they are carried: neither cut into access
-    units nor given timestamps that they do not have."""
+    """The PES packets of the first stream of a kind, unchanged: not cut into access units, and without
+    timestamps that they do not carry."""
     command = ["ffprobe", "-v", "error", "-fflags", "+noparse+nofillin"]
     command += ["-select_streams", _STREAMS[kind][0], "-show_packets", "-of", "json", str(path)]
     return [
@@ -36,7 +36,7 @@ def pes_packets(path, kind):
 
 
 def payloads(path, kind):
-    """What each PES packet of the first stream of a kind carries."""
+    """The payload of each PES packet of the first stream of a kind."""
     stream = elementary_stream(path, kind)
     ends = list(itertools.accumulate(packet.size for packet in pes_packets(path, kind)))
     return [stream[begin:end] for begin, end in zip([0, *ends], ends)]

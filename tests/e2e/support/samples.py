@@ -4,8 +4,8 @@ from support.media_tools import make_file
 
 
 def encoder(seconds, *input_options):
-    """A command that makes H.264 with B-frames and AAC, without its output; the same parameters
-    give the same stream."""
+    """A command that makes H.264 with B-frames and AAC, without its output. The same parameters give the same
+    stream."""
     command = ["ffmpeg", "-nostdin", "-v", "error", "-y"]
     command += [*input_options, "-f", "lavfi"]
     command += ["-i", f"testsrc2=size=320x240:rate=25:duration={seconds}"]

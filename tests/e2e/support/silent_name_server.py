@@ -1,7 +1,7 @@
-"""Runs a command in the private network and mount namespaces that it finds itself in, with a name
-server that takes every question and answers none.
+"""Runs a command in the current private network and mount namespaces, with a name server that receives every
+question and answers none.
 
-usage: silent_name_server.py DIRECTORY COMMAND...   (DIRECTORY/questions gets their number)
+usage: silent_name_server.py DIRECTORY COMMAND...   (DIRECTORY/questions holds the number of questions)
 """
 
 import fcntl

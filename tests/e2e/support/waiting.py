@@ -2,11 +2,11 @@
 
 import time
 
-STOP_POLL_SECONDS = 0.02  # how often the servers of socketserver look whether they are to stop
+STOP_POLL_SECONDS = 0.02  # how often the servers of socketserver check for a stop
 
 
 def wait_until(condition, what, limit_seconds=30):
-    """Returns the first true value of condition()."""
+    """Returns the first true value of condition(). Raises TimeoutError after the limit."""
     deadline = time.monotonic() + limit_seconds
     while True:
         value = condition()

@@ -1,4 +1,4 @@
-"""The C host: it prints the frames that the console host receives."""
+"""The C host prints the frames that the console host receives."""
 
 import os
 import re
@@ -12,13 +12,13 @@ _LIMIT_SECONDS = 90
 
 class CExampleTest(FlvCase):
     def run_example(self, *arguments):
-        """The exit code and the output with the errors behind it."""
+        """The exit code, and standard output and errors as one text."""
         command = [*shlex.split(os.environ["C_EXAMPLE"]), *arguments]
         ended = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                stderr=subprocess.STDOUT, timeout=_LIMIT_SECONDS, check=False, text=True)
         return ended.returncode, ended.stdout
 
-    def test_frames_are_those_of_the_console_host(self):
+    def test_frames_match_the_console_host(self):
         sample = self.make_flv(seconds=2)
         address = self.serve().url(sample.name)
         run = self.play_flv(address, sample)
@@ -30,13 +30,13 @@ class CExampleTest(FlvCase):
         for line in (f"PLAY FLV:{address}", f"PLAY:FLV CACHE_NO OK:{address}"):
             self.assertEqual(output.splitlines().count(line), 1, output)
 
-    def test_number_of_frames_ends_it(self):
+    def test_ends_after_the_number_of_frames(self):
         sample = self.make_flv(seconds=2)
         exit_code, output = self.run_example(self.serve().url(sample.name), "3")
         self.assertEqual(exit_code, 0, output)
         self.assertEqual(len(re.findall(r"(?:video|audio) frame of", output)), 3, output)
 
-    def test_silence_ends_it(self):
+    def test_ends_after_silence(self):
         server = self.serve()
         for name, line in (("missing.flv", "PLAY:FLV NO:"), ("missing.ts", "PLAY TS:")):
             with self.subTest(name):

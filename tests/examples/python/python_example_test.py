@@ -1,5 +1,5 @@
-"""The Python host: its dump is that of the console host, byte for byte but for what differs between any two
-runs: when a frame arrived, in which order the kinds take turns, and in TS and HLS the play time."""
+"""The dump of the Python host equals that of the console host byte for byte, except for what differs between
+any two runs: the arrival times, the order of video frames among audio frames, and in TS the play time."""
 
 import csv
 import os
@@ -18,7 +18,7 @@ _PLAY = "play"
 
 
 def _rows(path, kind, without):
-    """The header, and the rows of a kind without these columns."""
+    """The header, and the rows of one kind without the columns `without`."""
     with path.open(newline="") as file:
         header, *rows = csv.reader(file)
     kept = [header.index(name) for name in header if name not in without]
@@ -26,13 +26,14 @@ def _rows(path, kind, without):
 
 
 class PythonExampleMixin:
-    """For a case of the end-to-end tests: `make` makes the sample and returns it with the name to request,
-    `play_sample` plays all of it, and `without` has the columns that differ."""
+    """For a case of the end-to-end tests: `make` makes the sample, `play_sample` plays all of it, and
+    `without` names the columns that differ."""
 
     without = (_ARRIVAL,)
 
     def dump_by_python(self, address, count):
-        """The directory of the dump. Cache files are beside the interpreter, so it is a copy."""
+        """Returns the directory of the dump. Cache files are stored beside the interpreter, so a copy of it
+        is run."""
         directory = self.directory / "python dump"
         directory.mkdir()
         venv.create(self.directory / "python", symlinks=False)
@@ -42,12 +43,12 @@ class PythonExampleMixin:
                                stderr=subprocess.STDOUT, timeout=_LIMIT_SECONDS, check=False, text=True,
                                errors="replace")  # the dates that HLS prints are not UTF-8
         self.assertEqual(ended.returncode, 0, ended.stdout)
-        self.assertNotIn("Traceback", ended.stdout)  # what a callback raises is only printed
+        self.assertNotIn("Traceback", ended.stdout)  # an exception in a callback is only printed
         return directory
 
-    def test_dump_is_that_of_the_console_host(self):
-        sample, name = self.make()
-        address = self.serve().url(name)
+    def test_dump_matches_the_console_host(self):
+        sample = self.make()
+        address = self.serve().url(sample.name)
         run = self.play_sample(address, sample)
         dump = self.dump_by_python(address, len(run.frames))
         for kind in ("video", "audio"):
@@ -100,7 +101,7 @@ class HlsDumpTest(PythonExampleMixin, HlsCase):
 
 
 class UnknownSchemeTest(EndToEndCase):
-    def test_text_of_the_error_is_printed(self):
+    def test_error_text_is_printed(self):
         command = [sys.executable, "-B", os.environ["PYTHON_EXAMPLE"], os.environ["C_INTERFACE"],
                    "rtmp://host/a", str(self.directory), "1"]
         ended = subprocess.run(command, capture_output=True, timeout=_LIMIT_SECONDS, check=False, text=True)

@@ -1,4 +1,4 @@
-// A whole host: plays an address until frames come.
+// A complete host: plays an address until it receives a frame.
 #include <stream_downloader.h>
 
 #include <atomic>

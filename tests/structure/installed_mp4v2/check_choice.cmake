@@ -1,14 +1,14 @@
-# Configures choice/ with a libmp4v2 made of some parts, and holds its output against what is expected.
+# Configures choice/ with some parts of a libmp4v2, and compares the output with the expected text.
 #
 #   cmake -DPARTS=... -DARGUMENTS=... -DEXPECTED=... -DUNEXPECTED=...
 #         -DMODULES=... -DHEADERS=... -DLIBRARY=... -DCOMPILER=... -DGENERATOR=... -DMAKE_PROGRAM=...
 #         -DPKG_CONFIG=... -DDIRECTORY=... -P check_choice.cmake
 #
-# PARTS, in a prefix that CMake searches: header, library, broken_library; beside it:
-#   right_pkg_config   a pkg-config file of a library that is whole, elsewhere
-#   wrong_pkg_config   one as libmp4v2's own build installs it, with the prefix for both folders
-#   stale_pkg_config   one of folders that do not exist
-# EXPECTED and UNEXPECTED are regular expressions; blanks in the output are single ones.
+# PARTS. In a prefix that CMake searches: header, library, broken_library. Beside it:
+#   right_pkg_config   a pkg-config file of a complete library elsewhere
+#   wrong_pkg_config   a file as libmp4v2's own build installs it, with the prefix for both folders
+#   stale_pkg_config   a file with folders that do not exist
+# EXPECTED and UNEXPECTED are regular expressions. Each run of blanks in the output becomes a single one.
 cmake_minimum_required(VERSION 3.25)
 
 set(prefix ${DIRECTORY}/prefix)
@@ -51,7 +51,7 @@ foreach(part IN LISTS PARTS)
   endif()
 endforeach()
 
-# What the system has must not answer.
+# An installed libmp4v2 of the system must not be found.
 set(ENV{PKG_CONFIG_LIBDIR} ${DIRECTORY}/pkgconfig)
 unset(ENV{PKG_CONFIG_PATH})
 execute_process(

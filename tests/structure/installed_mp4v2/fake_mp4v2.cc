@@ -25,12 +25,12 @@ const char* MP4GetTrackMediaDataName(MP4FileHandle /*hFile*/, MP4TrackId /*track
 char* MP4Info(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { return nullptr; }
 uint32_t MP4GetTrackTimeScale(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { return 1000; }
 
-// The library as it is published compares the name, and so crashes where there is none.
+// The published library compares the name, and so crashes if there is none.
 bool MP4GetTrackH264SeqPictHeaders(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/,
                                    uint8_t*** /*pSeqHeaders*/, uint32_t** /*pSeqHeaderSize*/,
                                    uint8_t*** /*pPictHeader*/, uint32_t** /*pPictHeaderSize*/) {
   ++g_fake_mp4v2.parameter_set_calls;
-  return true;  // and leaves the pointers as they are
+  return true;  // and leaves the pointers unchanged
 }
 uint8_t MP4GetTrackAudioMpeg4Type(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { return 0; }
 int MP4GetTrackAudioChannels(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { return -1; }

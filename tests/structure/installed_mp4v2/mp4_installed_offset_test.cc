@@ -1,5 +1,5 @@
-// The adapter that finds a sample's place with an installed libmp4v2, over properties that the test
-// makes.
+// The adapter that finds the file offset of a sample with an installed libmp4v2. The properties of
+// the sample tables are supplied by the test.
 #include "mp4/mp4_installed_offset.h"
 
 #include <gtest/gtest.h>
@@ -51,7 +51,7 @@ void SetSizes(const std::string& table, const std::vector<std::uint64_t>& sizes)
   SetEntries(table, "entrySize", sizes);
 }
 
-// Two chunks of two samples, one of three.
+// Two chunks of two samples each, then one of three.
 void SetSmallTrack() {
   SetRuns({1, 3}, {2, 3});
   SetOffsets("stco", {100, 500, 900});
@@ -101,8 +101,8 @@ TEST_F(Mp4InstalledOffsetTest, SamplesOfOneSize) {
   EXPECT_EQ(Places({1, 1000}), Offsets({50, 50 + 4 * 999}));
 }
 
-// A walk over them would take minutes.
-TEST_F(Mp4InstalledOffsetTest, VeryManySamplesOfOneSizeInAChunkAreNotWalkedOver) {
+// Iterating over them would take minutes.
+TEST_F(Mp4InstalledOffsetTest, ManySamplesOfOneSizeInAChunkAreNotIteratedOver) {
   constexpr std::uint32_t kSamples = 4'000'000'000;
   SetRuns({1}, {kSamples});
   SetOffsets("stco", {50});
@@ -111,7 +111,7 @@ TEST_F(Mp4InstalledOffsetTest, VeryManySamplesOfOneSizeInAChunkAreNotWalkedOver)
   EXPECT_EQ(Places({1, kSamples, 3}), Offsets({50, 50 + std::uint64_t{4} * (kSamples - 1), 58}));
 }
 
-TEST_F(Mp4InstalledOffsetTest, SamplesThatAreNotThere) {
+TEST_F(Mp4InstalledOffsetTest, MissingSamplesHaveNoOffset) {
   SetSmallTrack();
   EXPECT_EQ(Places({0, 8, 0xFFFFFFFF}), Offsets({UINT64_MAX, UINT64_MAX, UINT64_MAX}));
   SetOffsets("stco", {100, 500});
@@ -120,11 +120,11 @@ TEST_F(Mp4InstalledOffsetTest, SamplesThatAreNotThere) {
   EXPECT_EQ(MP4GetSampleFileOffset(nullptr, 1, 1), UINT64_MAX);
 }
 
-TEST_F(Mp4InstalledOffsetTest, TrackWithoutTables) {
+TEST_F(Mp4InstalledOffsetTest, TrackWithoutTablesHasNoOffsets) {
   EXPECT_EQ(Places({1}), Offsets({UINT64_MAX}));
 }
 
-TEST_F(Mp4InstalledOffsetTest, ChunkRunsThatGoBackEndTheTrack) {
+TEST_F(Mp4InstalledOffsetTest, ChunkRunsThatDoNotIncreaseEndTheTrack) {
   SetSmallTrack();
   SetRuns({1, 1}, {2, 3});
   EXPECT_EQ(Places({1, 2}), Offsets({100, 101}));
@@ -133,13 +133,13 @@ TEST_F(Mp4InstalledOffsetTest, ChunkRunsThatGoBackEndTheTrack) {
   EXPECT_EQ(Places({1}), Offsets({UINT64_MAX}));
 }
 
-TEST_F(Mp4InstalledOffsetTest, EachEntryIsAskedForOnceAnOpenFile) {
+TEST_F(Mp4InstalledOffsetTest, EachEntryIsReadOncePerOpenFile) {
   SetSmallTrack();
   Places({1, 2, 3, 4, 5, 6, 7});
   for (const auto& [name, times] : g_library.asked) EXPECT_EQ(times, 1) << name;
 }
 
-TEST_F(Mp4InstalledOffsetTest, NextFileWithTheSameHandleIsReadAnew) {
+TEST_F(Mp4InstalledOffsetTest, NextFileWithTheSameHandleIsReadAgain) {
   SetSmallTrack();
   EXPECT_EQ(Places({1}), Offsets({100}));
   SetOffsets("stco", {700, 800, 900});

@@ -1,4 +1,5 @@
-// Records and strings between two separately linked programs: this one and the library.
+// Records and strings that cross the boundary between two separately linked programs: this one and
+// the library.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +24,7 @@ namespace {
 constexpr int kFrames = 60;
 constexpr std::uint64_t kFirstPts = 90'000;
 
-// Passes everything on to a recording player, and tells from how many threads it was called.
+// Passes every call on to a recording player and counts the threads that call it.
 class ThreadNotingPlayer final : public CStreamPlayerImp {
  public:
   explicit ThreadNotingPlayer(RecordingPlayer& recorder) : recorder_(recorder) {}
@@ -53,7 +54,8 @@ class ThreadNotingPlayer final : public CStreamPlayerImp {
   std::set<std::thread::id> threads_;  // guarded by mutex_
 };
 
-// A local file in a folder with a blank, whose address is longer than a string object has room for.
+// A local file in a folder with a space in its name. Its address is too long to be stored inside a
+// string object.
 std::string MakeLocalStream() {
   const std::filesystem::path folder = std::filesystem::current_path() / "boundary test";
   std::filesystem::create_directory(folder);
@@ -93,11 +95,11 @@ TEST(WindowsBoundaryTest, FramesAndStringsArriveFromSeveralThreads) {
   ExpectFrames(record.audio, 60, false);
   EXPECT_EQ(record.clocks.size(), record.audio.size());
   EXPECT_TRUE(record.HasMessage("PLAY TS:" + address));     // from this thread
-  EXPECT_TRUE(record.HasMessage("PLAY TS OK:" + address));  // from the download's
-  EXPECT_GE(player.Threads(), 4U);  // this one, the download's, and one for each kind of frame
+  EXPECT_TRUE(record.HasMessage("PLAY TS OK:" + address));  // from the download thread
+  EXPECT_GE(player.Threads(), 4U);  // this one, the download thread, and one for each kind of frame
 }
 
-// Strings are made on one side of the boundary and released on the other, thousands of times.
+// Strings are allocated on one side of the boundary and released on the other, thousands of times.
 TEST(WindowsBoundaryTest, StringsOfAllLengthsGoBothWays) {
   RecordingPlayer player;
   CStreamDownloader downloader(&player);
@@ -128,7 +130,7 @@ TEST(WindowsBoundaryTest, RestartsAndPositionsWorkAcrossTheBoundary) {
   EXPECT_GE(record.video.front().play_time, 2 * 90'000U);
 }
 
-TEST(WindowsBoundaryTest, AssignmentAndZeroFillAreReached) {
+TEST(WindowsBoundaryTest, AssignmentAndZeroFillCanBeCalled) {
   RecordingPlayer player;
   CStreamDownloader first(&player);
   CStreamDownloader second(nullptr);
@@ -137,7 +139,7 @@ TEST(WindowsBoundaryTest, AssignmentAndZeroFillAreReached) {
   EXPECT_EQ(player.Snapshot().messages.size(), 1U);
 
   second.__autoclassinit2(sizeof(second));
-  EXPECT_FALSE(second.BeginDownload("rtmp"));  // the player is forgotten
+  EXPECT_FALSE(second.BeginDownload("rtmp"));  // the player is no longer set
   EXPECT_EQ(player.Snapshot().messages.size(), 1U);
 }
 

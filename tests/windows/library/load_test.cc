@@ -1,4 +1,4 @@
-// The library's life in a process that loads and frees it again and again.
+// The library in a process that loads and frees it repeatedly.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -28,15 +28,15 @@ void LoadPlayAndFree(const std::string& address) {
   library.destroy(facade.data());
 }
 
-TEST(WindowsLoadTest, HundredLoadsAndPlaysLeaveNoThreadAndNoGrowingMemory) {
+TEST(WindowsLoadTest, HundredLoadsAndPlaysLeaveNoThreadAndMemoryDoesNotGrow) {
   constexpr int kRounds = 100;
   // The system may keep a few threads of its own in a process for a while.
   constexpr std::size_t kSystemThreads = 4;
   constexpr std::size_t kStackSize = 1 << 20;
-  // A facade forgets its pipeline on purpose; nothing else may stay.
+  // Kept for compatibility: a facade does not delete its pipeline. Nothing else may stay allocated.
   constexpr std::size_t kRoomForARound = 4096;
   const OneStreamServer server(ts_test::MakeStream(static_cast<int>(kFrames)));
-  for (int i = 0; i < 5; ++i) LoadPlayAndFree(server.Url());  // what is made once is made now
+  for (int i = 0; i < 5; ++i) LoadPlayAndFree(server.Url());  // for one-time allocations
 
   const std::size_t threads = ThreadCount();
   const std::size_t bytes = PrivateBytes();
@@ -48,13 +48,13 @@ TEST(WindowsLoadTest, HundredLoadsAndPlaysLeaveNoThreadAndNoGrowingMemory) {
   EXPECT_LE(PrivateBytes(), bytes + kRounds * kRoomForARound + stacks);
 }
 
-// A look-up that libcurl left behind at a stop may still run in its code.
-TEST(WindowsLoadTest, LibraryStaysWhenItIsFreed) {
+// A name look-up that a stop left behind may still run in the code of the library.
+TEST(WindowsLoadTest, LibraryStaysLoadedWhenItIsFreed) {
   { const LoadedLibrary library; }
   EXPECT_NE(GetModuleHandleW(L"stream_downloader.dll"), nullptr);
 }
 
-TEST(WindowsLoadTest, CLibraryStaysWhenItIsFreed) {
+TEST(WindowsLoadTest, CLibraryStaysLoadedWhenItIsFreed) {
   constexpr auto kName = L"stream_downloader_c.dll";
   const HMODULE library = LoadLibraryW(kName);
   ASSERT_NE(library, nullptr);

@@ -1,5 +1,5 @@
-// The library as a program meets it that was not linked with it: loaded by its file's name, its
-// members found by theirs.
+// The library for a program that is not linked with it: loaded by its file name, with members found
+// by their names.
 #ifndef TESTS_WINDOWS_LIBRARY_LOADED_LIBRARY_H_
 #define TESTS_WINDOWS_LIBRARY_LOADED_LIBRARY_H_
 
@@ -9,13 +9,13 @@
 
 class LoadedLibrary {
  public:
-  // Loads it, which must succeed; the destructor frees it.
+  // Loads the library, which must succeed. The destructor frees it.
   LoadedLibrary();
   ~LoadedLibrary();
   LoadedLibrary(const LoadedLibrary&) = delete;
   LoadedLibrary& operator=(const LoadedLibrary&) = delete;
 
-  // The members of a CStreamDownloader at this place.
+  // Members of the CStreamDownloader at the address `facade`.
   void (*construct)(void* facade, CStreamPlayerImp* player);
   void (*destroy)(void* facade);
   bool (*begin_download)(void* facade, std::string url);

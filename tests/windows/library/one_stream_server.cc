@@ -18,7 +18,7 @@ void SendAll(SOCKET connection, const char* bytes, std::size_t size) {
   }
 }
 
-// Up to the empty line that ends a request, or to the end of the connection.
+// Reads up to the empty line that ends a request, or to the end of the connection.
 void ReadRequest(SOCKET connection) {
   std::string request;
   std::array<char, 1024> piece;
@@ -47,7 +47,7 @@ OneStreamServer::OneStreamServer(std::vector<std::uint8_t> stream) : stream_(std
 }
 
 OneStreamServer::~OneStreamServer() {
-  closesocket(listener_);  // ends the accept that waits
+  closesocket(listener_);  // ends the blocked accept
   thread_.join();
   WSACleanup();
 }

@@ -1,4 +1,4 @@
-// A web server on a port of the system's choice that answers every request with the same stream.
+// A web server on a port that the system chooses. It answers every request with the same stream.
 #ifndef TESTS_WINDOWS_LIBRARY_ONE_STREAM_SERVER_H_
 #define TESTS_WINDOWS_LIBRARY_ONE_STREAM_SERVER_H_
 

@@ -1,7 +1,7 @@
 #include "tests/windows/library/process_counts.h"
 
 #include <windows.h>
-// After windows.h, which they need.
+// These headers need windows.h before them.
 #include <psapi.h>
 #include <tlhelp32.h>
 
@@ -21,5 +21,5 @@ std::size_t ThreadCount() {
 std::size_t PrivateBytes() {
   PROCESS_MEMORY_COUNTERS counters{};
   GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof(counters));
-  return counters.PagefileUsage;  // the field named after private memory is left empty by wine
+  return counters.PagefileUsage;  // wine leaves the field for private memory empty
 }

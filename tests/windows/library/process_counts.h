@@ -1,4 +1,4 @@
-// What this process holds at the moment, as Windows counts it.
+// Resources that this process holds, as Windows counts them.
 #ifndef TESTS_WINDOWS_LIBRARY_PROCESS_COUNTS_H_
 #define TESTS_WINDOWS_LIBRARY_PROCESS_COUNTS_H_
 

@@ -1,4 +1,4 @@
-# Configures and builds the host apart from the tree.
+# Configures and builds the host outside the tree.
 cmake_minimum_required(VERSION 3.25)
 
 file(REMOVE_RECURSE ${WORK}/build ${WORK}/source)

@@ -1,7 +1,8 @@
-# The public header refuses hosts whose strings the library cannot take, and says what to do.
+# Checks that the public header refuses hosts whose strings the library cannot accept, and that it says what to do
+# instead.
 cmake_minimum_required(VERSION 3.25)
 
-# compile(OPTION...) - the header alone, as clang reads it for Visual C++.
+# compile(OPTION...) - compiles the header alone with clang, as for Visual C++.
 function(compile)
   execute_process(
     COMMAND ${CLANG} --target=${target} -fsyntax-only -std=c++14 -nostdinc++

@@ -1,4 +1,4 @@
-// A player that GCC compiled, for a process whose own players Visual C++ would have compiled.
+// A player compiled by GCC, for a process whose other players are compiled as by Visual C++.
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -43,7 +43,7 @@ class Player final : public CStreamPlayerImp {
 
   std::mutex mutex_;
   std::condition_variable received_;
-  std::string last_message_;  // guarded by mutex_, as the next
+  std::string last_message_;  // guarded by mutex_, as is the next
   std::uint64_t frames_ = 0;
 };
 
@@ -53,11 +53,12 @@ extern "C" {
 
 __declspec(dllexport) std::size_t GccPlayerSize() { return sizeof(Player); }
 
-// It is never destroyed.
+// The player is never destroyed.
 __declspec(dllexport) void GccPlayerMakeAt(void* memory) { new (memory) Player; }
 
-// Whether an address of no known scheme is sent to the player word for word. The facade is never
-// destroyed, so that a player of another compiler may be made at an address that it refers to.
+// Whether an address with an unknown scheme is reported to the player unchanged. The facade is
+// never destroyed, so that a player of another compiler may be created at an address that a facade
+// refers to.
 __declspec(dllexport) bool GccPlayerEcho(void* memory, const char* text, std::size_t length) {
   auto& player = *static_cast<Player*>(memory);
   auto* const facade = new CStreamDownloader(&player);
@@ -65,7 +66,7 @@ __declspec(dllexport) bool GccPlayerEcho(void* memory, const char* text, std::si
   return !facade->BeginDownload(address) && player.LastMessage() == "PLAY UNKOWN:" + address;
 }
 
-// Plays until the player has so many frames of both kinds together.
+// Plays until the player has received `frames` frames of both kinds together.
 __declspec(dllexport) bool GccPlayerPlay(void* memory, const char* address, std::uint64_t frames) {
   auto& player = *static_cast<Player*>(memory);
   CStreamDownloader facade(&player);

@@ -1,4 +1,4 @@
-"""A host as Visual C++ would have compiled it, and the library that GCC compiled, in one process."""
+"""A host as Visual C++ would have compiled it, and the library compiled by GCC, in one process."""
 
 import os
 import shlex
@@ -9,12 +9,12 @@ from support.flv import FlvCase
 from support.hls import HlsCase
 from support.mp4 import Mp4Case
 
-_LIMIT_SECONDS = 60  # of a hang
+_LIMIT_SECONDS = 60  # after which a hang is a failure
 
 
 class _MsvcHostMixin:
     def run_case(self, *arguments):
-        """What the host printed while it ran the case."""
+        """What the host prints while it runs the case."""
         command = [*shlex.split(os.environ["MSVC_HOST"]), *map(str, arguments)]
         run = subprocess.run(command, cwd=self.directory, stdin=subprocess.DEVNULL, check=False,
                              stdout=subprocess.PIPE, stderr=subprocess.STDOUT, timeout=_LIMIT_SECONDS)
@@ -24,8 +24,8 @@ class _MsvcHostMixin:
         return output
 
     def assert_same_frames(self, run, times=("duration", "buffered")):
-        """The host gets the frames of a run of the GCC host, but for play times: those spread over
-        the frames that wait in the queue at a moment. It gets the same of these times, too."""
+        """Expects the host to receive the frames of a run of the GCC host, and the same of these times. Play
+        times are not compared: they are interpolated over the frames that are queued at a moment."""
         self.assertGreater(len(run.frames), 20)
         output = self.run_case("frames", len(run.frames), run.summary["address"])
         rows = [line.split(",") for line in output.splitlines()]
@@ -54,7 +54,7 @@ class StringsTest(_MsvcHostMixin, EndToEndCase):
     def test_player_behind_another_base_is_called(self):
         self.run_case("another_base")
 
-    def test_destruction_stops_what_plays(self):
+    def test_destruction_stops_the_stream(self):
         self.run_case("destruction")
 
     def test_zero_fill_is_reached(self):
@@ -77,13 +77,13 @@ class StringsTest(_MsvcHostMixin, EndToEndCase):
 
 
 class TsTest(_MsvcHostMixin, EndToEndCase):
-    def test_frames_are_those_of_the_gcc_host(self):
+    def test_frames_match_the_gcc_host(self):
         sample = self.make_sample()
         run = self.play_whole(self.serve().url(sample.name), sample)
         # The durations of TS depend on what is queued at a moment.
         self.assert_same_frames(run, times=("buffered",))
 
-    def test_seek_starts_there(self):
+    def test_seek_starts_at_the_position(self):
         self.run_case("seek", self.serve().url(self.make_sample().name))
 
     def test_stop_ends_the_calls(self):
@@ -94,20 +94,20 @@ class TsTest(_MsvcHostMixin, EndToEndCase):
 
 
 class HlsTest(_MsvcHostMixin, HlsCase):
-    def test_frames_are_those_of_the_gcc_host(self):
+    def test_frames_match_the_gcc_host(self):
         sample = self.make_hls(3, 1)
         address = self.serve().url(sample.playlist.name)
         self.assert_same_frames(self.play_segments(address, sample.segments))
 
 
 class FlvTest(_MsvcHostMixin, FlvCase):
-    def test_frames_are_those_of_the_gcc_host(self):
+    def test_frames_match_the_gcc_host(self):
         sample = self.make_flv()
         self.assert_same_frames(self.play_flv(self.serve().url(sample.name), sample))
 
 
 class Mp4Test(_MsvcHostMixin, Mp4Case):
-    def test_frames_are_those_of_the_gcc_host(self):
+    def test_frames_match_the_gcc_host(self):
         sample = self.make_mp4()
         self.assert_same_frames(self.play_whole(self.serve().url(sample.name), sample))
 

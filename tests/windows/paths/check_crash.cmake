@@ -1,4 +1,4 @@
-# A program that crashes ends with a status that is not 0: wine's debugger would end it with 0.
+# Checks that a program that crashes ends with a status other than 0. wine's debugger would end it with 0.
 cmake_minimum_required(VERSION 3.25)
 
 execute_process(COMMAND ${EMULATOR} ${PROGRAM} RESULT_VARIABLE status OUTPUT_VARIABLE output)

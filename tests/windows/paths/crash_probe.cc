@@ -1,4 +1,4 @@
-// Crashes, for the test that sees that a crash is not taken for success.
+// Crashes, for the test that a crash does not count as success.
 #include <cstdio>
 
 int main() {

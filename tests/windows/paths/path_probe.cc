@@ -1,5 +1,5 @@
-// Prints, one a line and in hexadecimal digits: the narrow temporary directory, its text as UTF-8,
-// the wide temporary directory, and the path of a cache file that it makes.
+// Prints in hexadecimal digits, one per line: the narrow temporary directory, the same as UTF-8,
+// the wide temporary directory, and the path of a cache file that it creates.
 #include <cstdio>
 #include <string>
 #include <type_traits>

@@ -16,7 +16,7 @@ Milliseconds TimeOfASleep(unsigned milliseconds) {
   return std::chrono::steady_clock::now() - before;
 }
 
-// The median, since other programs may hold up single ones.
+// The median, because other programs may delay single sleeps.
 Milliseconds MedianOfSleeps(unsigned milliseconds, int count) {
   std::vector<Milliseconds> times;
   for (int i = 0; i < count; ++i) times.push_back(TimeOfASleep(milliseconds));
@@ -25,14 +25,14 @@ Milliseconds MedianOfSleeps(unsigned milliseconds, int count) {
   return *middle;
 }
 
-// The system's own tick would make it up to 15.6 ms.
-TEST(WindowsSleepTest, OneMillisecondLastsAboutOne) {
+// With the default tick of the system it could take up to 15.6 ms.
+TEST(WindowsSleepTest, SleepOfOneMillisecondTakesAboutOne) {
   const double median = MedianOfSleeps(1, 201).count();
   EXPECT_GE(median, 0.9);
   EXPECT_LT(median, 4);
 }
 
-TEST(WindowsSleepTest, TenMillisecondsLastAboutTen) {
+TEST(WindowsSleepTest, SleepOfTenMillisecondsTakesAboutTen) {
   const double median = MedianOfSleeps(10, 21).count();
   EXPECT_GE(median, 9.9);
   EXPECT_LT(median, 14);

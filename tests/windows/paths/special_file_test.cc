@@ -18,11 +18,12 @@ TEST(WindowsSpecialFileTest, DirectoriesAreSpecialAndFilesAreNot) {
   const std::filesystem::path file = std::filesystem::current_path() / "regular.ts";
   std::ofstream(file) << "bytes";
   EXPECT_FALSE(platform::IsSpecialFile(file.string()));
-  EXPECT_FALSE(platform::IsSpecialFile("/" + file.generic_string())) << "as libcurl has it";
+  EXPECT_FALSE(platform::IsSpecialFile("/" + file.generic_string()))
+      << "the form that libcurl uses";
   EXPECT_FALSE(platform::IsSpecialFile(R"(\\.\)" + file.string()));
   EXPECT_TRUE(platform::IsSpecialFile(file.parent_path().string()));
   std::filesystem::remove(file);
-  EXPECT_FALSE(platform::IsSpecialFile(file.string())) << "nothing is there";
+  EXPECT_FALSE(platform::IsSpecialFile(file.string())) << "the file does not exist";
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// The temporary directory of programs that lie in folders of all kinds. Each case copies the probe
-// to a folder of its own, starts it there, and compares what it says with what Windows says.
+// The temporary directory of programs in folders with names of all kinds. Each case copies the
+// probe to its own folder, starts it there, and compares its output with what Windows reports.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// What Windows makes of a wide text in a code page, and whether nothing was lost.
+// Converts wide text to a code page with Windows. The second value is whether nothing was lost.
 std::pair<std::string, bool> Narrow(const std::wstring& wide, UINT code_page) {
   BOOL lost = FALSE;
   BOOL* const told = code_page == CP_UTF8 ? nullptr : &lost;
@@ -65,7 +65,7 @@ std::string ReadToTheEnd(HANDLE pipe) {
   return text;
 }
 
-// Runs a program and returns its output; empty when it does not start or fails.
+// Runs a program and returns its output; empty if it does not start or fails.
 std::string OutputOf(const fs::path& program) {
   SECURITY_ATTRIBUTES inherited{sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE};
   HANDLE reader = nullptr;
@@ -126,7 +126,7 @@ class WindowsTempFolderTest : public testing::Test {
   std::string narrow_;
   std::string utf8_;
   std::wstring wide_;
-  std::vector<std::string> console_;  // lines behind those of the directories
+  std::vector<std::string> console_;  // lines after those of the directories
   std::string cache_file_;
   const fs::path user_cache_ = fs::current_path() / "user_cache";
 };
@@ -137,7 +137,7 @@ TEST_F(WindowsTempFolderTest, PlainFolder) {
   ExpectNarrowFormOpens();
 }
 
-TEST_F(WindowsTempFolderTest, FolderWithABlank) {
+TEST_F(WindowsTempFolderTest, FolderWithASpace) {
   RunIn(L"with a blank");
   ExpectWideFormIsExact();
   ExpectNarrowFormOpens();
@@ -151,8 +151,8 @@ TEST_F(WindowsTempFolderTest, FolderWithLettersOfTheCodePage) {
   ExpectNarrowFormOpens();
 }
 
-// The code page has no form of such a path: the directory is made all the same, no file in it
-// opens, and the user's cache takes its place.
+// The code page cannot represent such a path: the directory is created, but no file in it can be
+// opened, so the user's cache is used instead.
 TEST_F(WindowsTempFolderTest, FolderWithLettersOutsideTheCodePage) {
   const std::wstring folder = L"\u65e5\u672c \u0434";
   if (Narrow(folder, CP_ACP).second) GTEST_SKIP() << "the code page has all letters";
@@ -170,7 +170,7 @@ TEST_F(WindowsTempFolderTest, FolderWithLettersOutsideTheCodePage) {
                                   " cannot be written.");
 }
 
-// The two differ in the wide form only: the narrow ones are the same.
+// The two folders differ only in the wide form. Their narrow forms are the same.
 TEST_F(WindowsTempFolderTest, TwoFoldersWithLettersOutsideTheCodePageShareNoCacheFile) {
   const std::wstring one = L"\u65e5";
   const std::wstring other = L"\u672c";

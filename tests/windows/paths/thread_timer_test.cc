@@ -12,7 +12,7 @@
 
 namespace {
 
-// A thread that reuses, and fills, all small blocks that the heap gets back.
+// A thread that reuses and fills all small blocks that are released to the heap.
 class HeapUser {
  public:
   HeapUser() : thread_([this] { Run(); }) {}
@@ -37,8 +37,8 @@ class HeapUser {
   std::thread thread_;
 };
 
-// wine has no count of a process's handles. They are multiples of four, and low ones are given
-// first.
+// wine does not count the handles of a process. Handles are multiples of four, and low ones are
+// assigned first.
 int OpenHandles() {
   constexpr std::uintptr_t kStep = 4;
   constexpr std::uintptr_t kHighest = 8192;

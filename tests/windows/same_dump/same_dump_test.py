@@ -1,4 +1,4 @@
-"""The Windows host under wine and the native host play the same stream, frame for frame."""
+"""The Windows host under wine and the native host receive the same frames of a stream."""
 
 import os
 import pathlib
@@ -10,8 +10,8 @@ from support.case import EndToEndCase
 
 
 def _comparable(frames):
-    """All but the play time: it spreads over the frames that wait in the queue at a moment, so it
-    differs between two runs of one host too."""
+    """All fields but the play time. It is interpolated over the frames that are queued at a moment, so it
+    differs between two runs of the same host too."""
     return [(frame.pts, frame.dts, frame.size, frame.crc32) for frame in frames]
 
 

@@ -2,20 +2,20 @@
 
 import re
 
-# Headers with a point in their name that Visual C++, Windows or vcpkg's libraries have.
+# Headers with a dot in their name that Visual C++, Windows or vcpkg's libraries have.
 _HEADERS = {
     "CLI/CLI.hpp", "curl/curl.h", "io.h", "mp4v2/mp4v2.h", "nlohmann/json.hpp", "share.h", "stdbool.h",
     "stddef.h", "stdint.h", "timeapi.h", "windows.h", "zlib.h",
 }
-# Declared by mingw's headers all the same, or kept by Visual C++ under another name only.
+# Names that mingw's headers declare in spite of the options, or that Visual C++ has only under another name.
 _FUNCTIONS = {
     "fdopen", "fileno", "fgetpos64", "fopen64", "fseeko", "fseeko64", "fsetpos64", "ftello", "ftello64",
     "getw", "lseek64", "mempcpy", "mingw_gettimeofday", "mkstemp", "pthread_sigmask", "putw", "sincos",
     "sincosf", "sincosl", "snwprintf", "strlwr_l", "strtok_r", "tempnam", "useconds_t", "vsnwprintf",
     "wmempcpy",
 }
-# Names with two underscores belong to a compiler. These are met by every compiler, or are asked for by
-# the preprocessor before they are used.
+# Names with two underscores belong to a compiler. Those in these files work with every compiler, or the
+# preprocessor tests for them before they are used.
 _COMPILER_NAMES = {
     "common/format_text.h": {"__GNUC__", "__attribute__"},
     "common/separate_blocks.h": {"__SANITIZE_ADDRESS__", "__has_feature"},
@@ -27,7 +27,7 @@ _INCLUDE = re.compile(r"^[ \t]*#[ \t]*include[ \t]*<([^>]+)>", re.MULTILINE)
 
 
 def foreign_names(path, text):
-    """Those of the source or header with this path, relative to the project; sorted."""
+    """The foreign names in the source or header with this path, which is relative to the project; sorted."""
     code = _COMMENT_OR_TEXT.sub(" ", text)
     headers = {f"<{name}>" for name in _INCLUDE.findall(code)
                if re.search(r"[./]", name) and name not in _HEADERS}

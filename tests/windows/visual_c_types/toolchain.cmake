@@ -1,5 +1,5 @@
-# Stands in for Visual C++ and vcpkg's libraries where CMake only configures: with these, MSVC is true.
-# The calling process sets CLANG_CL and, separated by colons, LIBRARIES.
+# Replaces Visual C++ and vcpkg's libraries if CMake only configures: with this file, MSVC is true. The calling
+# process sets CLANG_CL and, separated by colons, LIBRARIES.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR AMD64)
 set(CMAKE_CXX_COMPILER $ENV{CLANG_CL})
@@ -13,5 +13,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
-# GCC's is not found under the names that this compiler's libraries have, and is not linked.
+# GCC's zlib is not found under the names that libraries have for this compiler. It is not linked.
 set(ZLIB_LIBRARY zlib)

@@ -1,5 +1,5 @@
-"""Asks CMake what a build by Visual C++ would compile, and with which options: CMake configures the
-project as the preset msvc does, with clang as the compiler."""
+"""The sources that a build by Visual C++ would compile, and their options. CMake determines them: it
+configures the project as the preset msvc does, with clang as the compiler."""
 
 import json
 import os
@@ -13,17 +13,17 @@ _ROOT = pathlib.Path(os.environ["SOURCE_DIR"])
 _HERE = pathlib.Path(__file__).resolve().parent
 _PRESET = "msvc"
 
-# Clang in the mode of Visual C++ 2022, but with the headers of GCC's libraries; those ask for GCC.
+# Clang in the mode of Visual C++ 2022, but with the headers of GCC's libraries, which require GCC.
 _OPTIONS = [
     "/Zs", "/X",
-    "/clang:-fno-ms-compatibility",  # as /permissive- has it: names in templates are looked up at once
+    "/clang:-fno-ms-compatibility",  # like /permissive-: names in templates are looked up at once
     "/clang:-fms-compatibility-version=19.38", "/clang:-fgnuc-version=12.2.0",
-    # mingw's headers: no oldest names of POSIX, no ssize_t and clocks, no integers of 128 bits.
+    # mingw's headers: no old POSIX names, no ssize_t, no clocks, no integers of 128 bits.
     "/DNO_OLDNAMES", "/D__STRICT_ANSI__", "/D_SSIZE_T_DEFINED", "/DWIN_PTHREADS_TIME_H",
     "/D_INT128_DEFINED", "/U__SIZEOF_INT128__",
-    "/D__declspec=__declspec",  # which they look for as a macro
+    "/D__declspec=__declspec",  # they expect it as a macro
 ]
-# Besides those of the build itself; extensions of GCC and of this compiler alike are refused.
+# Added to those of the build itself: extensions of GCC and of Visual C++ are both refused.
 _WARNINGS = ["-Werror", "-Wpedantic", "-Wgnu", "-Wmicrosoft"]
 
 
@@ -42,7 +42,8 @@ def _preset_variables(name):
 
 
 def _with_libcurl_8(directory, folders):
-    """The folders of libraries, but libcurl's package there is of version 8, as vcpkg's is."""
+    """The folders of libraries, with libcurl's package replaced by one of version 8, the version of
+    vcpkg's."""
     package = pathlib.Path("lib/cmake/CURL")
     real = next(folder / package for folder in folders if (folder / package).is_dir())
     new = directory / "libcurl" / package
@@ -54,7 +55,7 @@ def _with_libcurl_8(directory, folders):
 
 
 def _options_of(command):
-    """Those of the compiler, without the output and the source."""
+    """The compiler's options, without the output and the source."""
     words = shlex.split(command)[1:]
     words = words[:words.index("--")]
     return [word for word in words
@@ -63,10 +64,10 @@ def _options_of(command):
 
 class VisualCBuild:
     def __init__(self, directory):
-        """Configures a build in the directory, which is emptied before."""
+        """Configures a build in the directory, which is emptied first."""
         shutil.rmtree(directory, ignore_errors=True)
         directory.mkdir(parents=True)
-        # By this name it takes the options of Visual C++.
+        # Under this name clang accepts the options of Visual C++.
         self._compiler = directory / "clang-cl"
         self._compiler.symlink_to(os.environ["CLANG"])
         self._directory = directory / "build"
@@ -88,14 +89,14 @@ class VisualCBuild:
             raise RuntimeError(run.stdout)
 
     def sources(self):
-        """What it compiles: the path of each source, relative to the project, and its options."""
+        """The compiled sources: the path of each, relative to the project, and its options."""
         with open(self._directory / "compile_commands.json", encoding="utf-8") as file:
             commands = json.load(file)
         return {str(pathlib.Path(command["file"]).relative_to(_ROOT)): _options_of(command["command"])
                 for command in commands}
 
     def complaints(self, source, options):
-        """What the compiler says about the source; nothing where it is fine."""
+        """What the compiler prints about the source; empty if it accepts the source."""
         folders = [_HERE / "headers", *os.environ["SYSTEM_HEADERS"].split(":")]
         run = subprocess.run(
             [self._compiler, *_OPTIONS, *(f"-imsvc{folder}" for folder in folders),

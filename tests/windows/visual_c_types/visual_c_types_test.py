@@ -1,6 +1,6 @@
-"""The sources of the component, of the C interface and of the console host as Visual C++ would meet them.
+"""The sources of the component, of the C interface and of the console host as Visual C++ would compile them.
 
-What its own standard library says differently is not seen: the headers are those of GCC's, which include
+Differences of its own standard library are not seen: the headers are those of GCC's library, which include
 one another more freely.
 """
 
@@ -20,7 +20,7 @@ _NOT_COMPILED = pathlib.Path(__file__).with_name("not_compiled.txt")
 
 
 def _files(*patterns):
-    """Those of the folders, relative to the project."""
+    """The files of the folders that match the patterns, relative to the project."""
     return {str(path.relative_to(_ROOT)) for folder in _FOLDERS for pattern in patterns
             for path in (_ROOT / folder).rglob(pattern)}
 
@@ -30,7 +30,7 @@ def _left_out():
     lines = _NOT_COMPILED.read_text().splitlines()
     return [line.split(": ")[0] for line in lines if not line.startswith("#")]
 
-# Shows that the check can fail.
+# Each of these must be refused, which shows that the check can fail.
 _REFUSED = {
     "a GNU extension": "int f() { return ({ int a = 1; a; }); }",
     "a type of POSIX": "#include <windows.h>\nssize_t size = 0;",
@@ -58,7 +58,7 @@ class VisualCTypesTest(unittest.TestCase):
             with self.subTest(source):
                 self.assertEqual(complaint, "")
 
-    def test_what_visual_c_refuses_is_refused(self):
+    def test_code_that_visual_c_refuses_is_refused(self):
         options = next(iter(self.sources.values()))
         source = pathlib.Path(os.environ["WORK_DIR"]) / "refused.cc"
         source.write_text("int f() { return 1; }\n")
@@ -68,11 +68,11 @@ class VisualCTypesTest(unittest.TestCase):
                 source.write_text(text + "\n")
                 self.assertIn("error:", self.build.complaints(source, options))
 
-    def test_each_source_is_compiled_or_left_out_for_a_reason(self):
+    def test_each_source_is_compiled_or_excluded_for_a_reason(self):
         not_compiled = _files("*.cc") - self.sources.keys()
         for pattern in _left_out():
             matching = set(fnmatch.filter(not_compiled, pattern))
-            self.assertTrue(matching, f"{_NOT_COMPILED.name} leaves out '{pattern}', which nothing is")
+            self.assertTrue(matching, f"{_NOT_COMPILED.name} lists '{pattern}', which matches no source")
             not_compiled -= matching
         self.assertEqual(not_compiled, set())
         self.assertEqual(self.sources.keys() - _files("*.cc"), set())

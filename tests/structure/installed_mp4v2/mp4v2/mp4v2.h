@@ -1,7 +1,8 @@
 /*
- * What the header of an installed libmp4v2 declares of what this project uses: the functions that
- * the pipeline calls, without a sample's file offset, and the one that the adapter asks instead.
- * The MP4 code must build against it alone, in a build that takes the bundled reader too.
+ * The part of an installed libmp4v2's header that this project uses: the functions that the
+ * pipeline calls, without the file offset of a sample, and the function that the adapter calls
+ * instead. The MP4 code must build against this header alone, even in a build with the bundled
+ * reader.
  */
 #ifndef MP4V2_MP4V2_H
 #define MP4V2_MP4V2_H

@@ -1,12 +1,12 @@
-// A host of the C interface: plays the address that is its last word until a frame is delivered.
-// The exit code is the number of the check that failed, or 0.
+// A host of the C interface: plays the address in its last argument until a frame is delivered. The
+// exit code says which check failed; 0 means none.
 #include "stream_downloader_c.h"
 
 __declspec(dllimport) char* GetCommandLineA(void);
 __declspec(dllimport) void Sleep(unsigned long milliseconds);
 __declspec(dllimport) void ExitProcess(unsigned int code);
 
-int _fltused;  // the linker wants it where there are floats
+int _fltused;  // the linker requires it if floats are used
 
 static int user;
 static volatile int first_frame_size;

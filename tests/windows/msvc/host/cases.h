@@ -1,5 +1,5 @@
-// What this host does with the library. Each case ends the process with status 1 where something is
-// not as it should be.
+// What this host does with the library. A case ends the process with status 1 if something is
+// wrong.
 #ifndef TESTS_MSVC_CASES_H_
 #define TESTS_MSVC_CASES_H_
 
@@ -19,7 +19,7 @@ void ZerosInsideAnAddressAreEchoed();
 void MovedAndRoomyStringsAreEchoed();
 void CallsLeaveNoHeapBlock();
 
-// --- Streams (stream_cases.cc); `address` is that of the stream ---
+// --- Streams (stream_cases.cc); `address` is the address of the stream ---
 void PrintFrames(std::uint64_t count, const std::string& address);
 void SeekStartsThere(const std::string& address);
 void StopEndsTheCalls(const std::string& address);

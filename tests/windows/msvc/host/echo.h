@@ -1,4 +1,4 @@
-// An address of no known scheme is echoed in a line, word for word.
+// An address with an unknown scheme is reported in a line, unchanged.
 #ifndef TESTS_MSVC_ECHO_H_
 #define TESTS_MSVC_ECHO_H_
 
@@ -12,7 +12,7 @@
 inline void ExpectEcho(CStreamDownloader& facade, const Recorder& player, std::string address) {
   const std::string line = "PLAY UNKOWN:" + address;
   Expect(!facade.BeginDownload(static_cast<std::string&&>(address)),
-         "an address of no known scheme was accepted");
+         "an address with an unknown scheme was accepted");
   if (player.LastMessage() != line) Fail("expected " + line + " but got " + player.LastMessage());
 }
 

@@ -10,7 +10,7 @@ void MembersAnswerWhileNothingPlays() {
   Recorder player;
   CStreamDownloader facade(&player);
   Expect(!facade.EndDownload(), "something was stopped");
-  Expect(!facade.SetStartPostion(1.5F), "a position was taken");
+  Expect(!facade.SetStartPostion(1.5F), "a position was accepted");
   Expect(!facade.BeginDownload(std::string()), "an empty address was accepted");
   Expect(player.Messages() == 0, "an empty address was reported");
   ExpectEcho(facade, player, "rtmp");
@@ -36,7 +36,7 @@ void AssignedFacadeUsesThePlayerOfTheOther() {
   CStreamDownloader copy(&second);
   Expect(&(copy = *facade) == &copy, "the left-hand facade was not returned");
   ExpectEcho(copy, first, "an address that has to be in a block");
-  Expect(second.Messages() == 0, "the player of before was called");
+  Expect(second.Messages() == 0, "the previous player was called");
   delete facade;
   ExpectEcho(copy, first, "another address, after the end of the facade that was copied");
   const CStreamDownloader& itself = copy;
@@ -77,5 +77,5 @@ void ZeroFillIsReached() {
   for (std::size_t i = 0; i < sizeof(CStreamDownloader); ++i) {
     Expect(bytes[i] == 0, "a byte was not set to zero");
   }
-  Expect(bytes[sizeof(CStreamDownloader)] == 0xAA, "a byte more was set");
+  Expect(bytes[sizeof(CStreamDownloader)] == 0xAA, "a byte after the end was set");
 }

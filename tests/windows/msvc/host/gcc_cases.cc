@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kSpace = 16'384;  // for a player of either kind
+constexpr std::size_t kSpace = 16'384;  // for a player of either compiler
 
 // A library that GCC compiled, with a player of its own.
 class GccPlayers {
@@ -39,7 +39,7 @@ class GccPlayers {
 };
 
 void ExpectGccEcho(const GccPlayers& gcc, void* player, const std::string& text) {
-  Expect(gcc.echo(player, text.data(), text.size()), "a GCC player got another line");
+  Expect(gcc.echo(player, text.data(), text.size()), "a GCC player received another line");
 }
 
 }  // namespace
@@ -59,9 +59,9 @@ void BothKindsTakeTurns(const std::string& address) {
   Expect(facade.BeginDownload(address), "the address was not accepted");
   player.WaitUntil("the frames", [](const Recorder& all) { return all.Frames() >= kFrames; });
   Expect(facade.EndDownload(), "nothing was playing");
-  facade.SetStartPostion(0);  // or what was received would not be played again
+  facade.SetStartPostion(0);  // otherwise the received bytes would not play again
   const std::string end("\0", 1);
-  Expect(gcc.play(space, (address + end).data(), kFrames), "the GCC player got no frames");
+  Expect(gcc.play(space, (address + end).data(), kFrames), "the GCC player received no frames");
   ExpectEcho(facade, player, "this player goes on");
   ExpectValidHeap();
 }
@@ -76,7 +76,7 @@ void GccPlayerAtTheAddressOfAnother() {
     auto* const player = new (space) Recorder;
     auto* const facade = new CStreamDownloader(player);
     ExpectEcho(*facade, *player, text);
-    if (i == 0) delete facade;  // the others are never destroyed, as in a host that forgets them
+    if (i == 0) delete facade;  // the others are never destroyed, as in a host that leaks them
     player->Recorder::~Recorder();
     gcc.make_at(space);
     ExpectGccEcho(gcc, space, text);

@@ -5,7 +5,7 @@
 
 namespace {
 
-// Cuts the first word off.
+// Removes the first word and returns it.
 std::string TakeWord(const char*& text) {
   const char* const begin = text;
   while (*text != 0 && *text != ' ') ++text;

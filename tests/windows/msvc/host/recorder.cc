@@ -52,7 +52,7 @@ void Recorder::OnAudioClock(float seconds) {
 void Recorder::OnAudioFrame(MediaFrame frame) {
   const Lock lock(lock_);
   Expect(last_clock_ == static_cast<float>(frame.playTime / kTicksPerSecond),
-         "an audio clock that is not that of its frame");
+         "an audio clock differs from the play time of its frame");
   Note("audio", audio_frames_++, frame);
 }
 
@@ -81,7 +81,7 @@ void Recorder::Note(Lines& lines, const std::string& line) {
 
 void Recorder::OnMessage(std::string line) { Note(messages_, line); }
 
-// Takes the block of the line, which is empty when it is destroyed.
+// Moves the line out of the parameter, which is then empty when it is destroyed.
 void Recorder::OnPlayResult(std::string line) {
   const std::string taken = static_cast<std::string&&>(line);
   Note(results_, taken);

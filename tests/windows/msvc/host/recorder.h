@@ -1,4 +1,4 @@
-// A player that notes everything.
+// A player that records every call.
 #ifndef TESTS_MSVC_RECORDER_H_
 #define TESTS_MSVC_RECORDER_H_
 
@@ -41,7 +41,7 @@ class Recorder : public CStreamPlayerImp {
   std::uint64_t Frames() const;
   std::uint64_t FirstVideoPlayTime() const;
 
-  // Any call fails from now on, until Forget.
+  // From now on, until Forget, any call is a failure.
   void ExpectNoCall();
   void Forget();
 
@@ -50,8 +50,8 @@ class Recorder : public CStreamPlayerImp {
   void WaitUntil(const char* what, const Condition& is_met) const;
 
  private:
-  // Lines of each kind; later ones are counted. Few, since no object may fill a page of the stack:
-  // there is no __chkstk.
+  // The first lines of each kind are kept, later ones are only counted. Few are kept, because no
+  // object may fill a page of the stack: there is no __chkstk.
   static constexpr std::size_t kKept = 16;
 
   struct Lines {

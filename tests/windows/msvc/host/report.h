@@ -1,4 +1,4 @@
-// What this host writes for the test that started it.
+// What this host prints for the test that started it.
 #ifndef TESTS_MSVC_REPORT_H_
 #define TESTS_MSVC_REPORT_H_
 
@@ -7,7 +7,7 @@
 
 void Print(const std::string& line);
 
-// Writes the reason and ends the process with status 1.
+// Prints the reason and ends the process with status 1.
 [[noreturn]] void Fail(const std::string& reason);
 
 inline void Expect(bool is_met, const char* what) {
@@ -16,10 +16,10 @@ inline void Expect(bool is_met, const char* what) {
 
 std::string Decimal(std::uint64_t number);
 
-// Everything in the heap of the process is as the system left it.
+// Expects the heap of the process to be undamaged.
 void ExpectValidHeap();
 
-// Blocks that are allocated from the heap of the process.
+// The number of allocated blocks in the heap of the process.
 std::uint64_t HeapBlocks();
 
 #endif  // TESTS_MSVC_REPORT_H_

@@ -1,4 +1,4 @@
-// What a compiler's run-time library would do: memory from the heap of the process, the functions
+// Replaces the run-time library of a compiler: memory from the heap of the process, the functions
 // that the compiler itself calls, and the entry point.
 #include <cstddef>
 #include <new>
@@ -10,9 +10,9 @@ int Main(const char* arguments);
 
 extern "C" {
 
-int _fltused = 1;  // the linker wants it where there are floats
+int _fltused = 1;  // the linker requires it if floats are used
 
-// Otherwise the compiler replaces the loop by a call of the function itself.
+// Without no_builtin the compiler replaces the loop with a call of the function itself.
 __attribute__((no_builtin)) void* memcpy(void* to, const void* from, std::size_t size) {
   for (std::size_t i = 0; i < size; ++i) {
     static_cast<char*>(to)[i] = static_cast<const char*>(from)[i];
@@ -44,7 +44,7 @@ int _purecall() { Fail("a pure virtual function was called"); }
 
 void mainCRTStartup() {
   const char* arguments = GetCommandLineA();
-  // The command line begins with the program's name, in quotes if it contains a space.
+  // The name of the program is first, in quotes if there is a space in it.
   const char end = *arguments == '"' ? '"' : ' ';
   if (*arguments == '"') ++arguments;
   while (*arguments != 0 && *arguments != end) ++arguments;
@@ -58,11 +58,12 @@ void mainCRTStartup() {
 void* operator new(std::size_t size) { return HeapAlloc(GetProcessHeap(), 0, size); }
 void* operator new[](std::size_t size) { return ::operator new(size); }
 
-// A block of another heap, or one that was released before, is a fault of the library.
+// It is an error of the library to release a block of another heap, or one that was released
+// before.
 void operator delete(void* block) noexcept {
   if (block == nullptr) return;
   if (HeapValidate(GetProcessHeap(), 0, block) == 0) {
-    Fail("what is released is no block of the process heap");
+    Fail("a released block is not in the process heap");
   }
   if (HeapFree(GetProcessHeap(), 0, block) == 0) Fail("a block cannot be released");
 }

@@ -33,7 +33,7 @@ void SeekStartsThere(const std::string& address) {
   Expect(facade.EndDownload(), "nothing was playing");
   player.Forget();
 
-  Expect(facade.SetStartPostion(2), "the position was not taken");
+  Expect(facade.SetStartPostion(2), "the position was not accepted");
   Expect(facade.BeginDownload(address), "the address was not accepted again");
   WaitForFrames(player, 1);
   Expect(player.HasMessage("PLAY TS StartPostion:00:00:02.000"), "the position was not reported");
@@ -53,7 +53,7 @@ void StopEndsTheCalls(const std::string& address) {
     Expect(facade.BeginDownload(address), "the address was not accepted");
     if (i % 2 == 0) WaitForFrames(player, 1);
     Expect(facade.EndDownload(), "nothing was playing");
-    player.ExpectNoCall();  // until the next start, or the end of the facade
+    player.ExpectNoCall();  // until the next start, or the end of the facade's life
     Expect(!facade.EndDownload(), "something played after the stop");
   }
   ExpectValidHeap();

@@ -7,7 +7,7 @@
 
 namespace {
 
-// No two neighbours are equal.
+// No two adjacent characters are equal.
 std::string TextOf(std::size_t length) {
   std::string text(length, 'a');
   auto* const bytes = const_cast<char*>(text.data());
@@ -65,7 +65,7 @@ void CallsLeaveNoHeapBlock() {
     for (int i = 0; i < count; ++i) facade.BeginDownload(TextOf(kLengths[i % 3]));
     player.Forget();
   };
-  call(100);  // what is made once is made now
+  call(100);  // for one-time allocations
   const std::uint64_t before = HeapBlocks();
   Expect(before > 0, "the heap cannot be walked");
   call(kCalls);

@@ -1,4 +1,5 @@
-// What this host uses of Windows: declared here, since the system's headers are not at hand.
+// The functions of Windows that this host uses. They are declared here because the system's headers
+// are not available.
 #ifndef TESTS_MSVC_SYSTEM_H_
 #define TESTS_MSVC_SYSTEM_H_
 
@@ -7,7 +8,7 @@
 
 extern "C" {
 
-// As much as HeapWalk fills in.
+// At least as large as what HeapWalk fills in.
 struct HeapEntry {
   void* data;
   std::uint32_t size;

@@ -7,9 +7,9 @@
 
 namespace {
 
-// Places in a module that is loaded: the PE format, for 64 bits.
-constexpr std::size_t kHeaderOffset = 0x3C;              // where the offset of the PE header is
-constexpr std::size_t kImportTable = 24 + 112 + 12 * 8;  // of addresses; from the PE header on
+// Offsets in a loaded module: the PE format, for 64 bits.
+constexpr std::size_t kHeaderOffset = 0x3C;              // holds the offset of the PE header
+constexpr std::size_t kImportTable = 24 + 112 + 12 * 8;  // of addresses; from the PE header
 
 constexpr std::uint32_t kReadWrite = 4;  // PAGE_READWRITE
 
@@ -22,7 +22,7 @@ Type Read(const unsigned char* place) {
 
 int ReleaseIfABlock(void* heap, std::uint32_t flags, void* block) {
   if (block != nullptr && HeapValidate(heap, flags, block) == 0) {
-    Fail("what the library releases is no block of the process heap");
+    Fail("the library releases a block that is not in the process heap");
   }
   return HeapFree(heap, flags, block);
 }

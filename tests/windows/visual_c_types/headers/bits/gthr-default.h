@@ -1,10 +1,10 @@
-// The threads that libstdc++ is built upon, declared only: those of POSIX stay out, as Visual C++
-// has no <pthread.h>, and none of its functions may be seen from the component.
+// The threads that libstdc++ is built upon, as declarations only. The POSIX threads are not
+// included, because Visual C++ has no <pthread.h> and the component must not see its functions.
 #pragma GCC system_header
 
 #include <time.h>
 
-// The same of what else libstdc++ takes from POSIX headers.
+// The same for the other features that libstdc++ takes from POSIX headers.
 #undef _GLIBCXX_HAVE_POSIX_SEMAPHORE
 #undef _GLIBCXX_USE_NANOSLEEP
 

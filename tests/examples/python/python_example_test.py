@@ -1,5 +1,6 @@
 """The dump of the Python host equals that of the console host byte for byte, except for what differs between
-any two runs: the arrival times, the order of video frames among audio frames, and in TS the play time."""
+any two runs: the arrival times, the order of video frames among audio frames, and in TS
+and HLS the play time."""
 
 import csv
 import os
@@ -26,8 +27,8 @@ def _rows(path, kind, without):
 
 
 class PythonExampleMixin:
-    """For a case of the end-to-end tests: `make` makes the sample, `play_sample` plays all of it, and
-    `without` names the columns that differ."""
+    """For a case of the end-to-end tests: `make` makes the sample and returns it with the name to request,
+    `play_sample` plays all of it, and `without` names the columns that differ."""
 
     without = (_ARRIVAL,)
 
@@ -47,8 +48,8 @@ class PythonExampleMixin:
         return directory
 
     def test_dump_matches_the_console_host(self):
-        sample = self.make()
-        address = self.serve().url(sample.name)
+        sample, name = self.make()
+        address = self.serve().url(name)
         run = self.play_sample(address, sample)
         dump = self.dump_by_python(address, len(run.frames))
         for kind in ("video", "audio"):

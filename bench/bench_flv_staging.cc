@@ -19,7 +19,7 @@ constexpr std::uint32_t kWhole = 300 * kMegabyte;
 constexpr std::uint32_t kPiece = 16384;  // the most that libcurl passes to a write callback
 
 // Releases the memory that an earlier round has allocated.
-void BeginAfresh() {
+void ResetStream() {
   std::destroy_at(&*g_flvStream);
   std::construct_at(&*g_flvStream);
 }
@@ -48,7 +48,7 @@ bool Pass(std::uint32_t total, std::uint32_t backlog) {
 void BenchPass(benchmark::State& state, std::uint32_t total, std::uint32_t backlog) {
   g_flvRunning = true;
   while (state.KeepRunning()) {
-    BeginAfresh();
+    ResetStream();
     if (!Pass(total, backlog)) state.SkipWithError("bytes were refused or lost");
   }
   state.SetBytesProcessed(state.iterations() * std::int64_t{total});

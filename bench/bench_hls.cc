@@ -229,9 +229,9 @@ std::optional<double> FetchSeconds(const OnDemandStream& stream) {
   return std::chrono::duration<double>(end - begin).count();
 }
 
-using Contestant = std::optional<double> (*)(const OnDemandStream& stream);
+using Measurement = std::optional<double> (*)(const OnDemandStream& stream);
 
-void RegisterOnDemand(const char* name, const OnDemandStream& stream, Contestant contestant) {
+void RegisterOnDemand(const char* name, const OnDemandStream& stream, Measurement contestant) {
   const auto run = [&stream, contestant](benchmark::State& state) {
     while (state.KeepRunning()) {
       const auto seconds = contestant(stream);

@@ -19,7 +19,7 @@ struct Users {
 
 NeverDestroyed<Users> g_users;
 
-void AwaitLibcurlUsers() {
+void WaitForLibcurlUsers() {
   std::unique_lock lock(g_users->mutex);
   g_users->exiting = true;
   CurrentClock().WaitFor(g_users->left, lock, kMaxExitWait, [] { return g_users->inside == 0; });
@@ -35,7 +35,7 @@ bool Enter() {
 }  // namespace
 
 void GuardExit() {
-  [[maybe_unused]] static const bool registered = platform::CallAtExit(AwaitLibcurlUsers);
+  [[maybe_unused]] static const bool registered = platform::CallAtExit(WaitForLibcurlUsers);
 }
 
 bool ProcessIsExiting() { return g_users->exiting.load(); }

@@ -45,7 +45,7 @@ Chunk* ChunkOf(const std::uint8_t* payload) {
 Chunk* MakeChunk(std::size_t size, PayloadKind kind) {
   void* const memory = platform::MapPages(size, kChunkSize);
   if (memory == nullptr) return nullptr;
-  platform::BringIntoMemory(memory, size);
+  platform::PrefaultPages(memory, size);
   g_held += size;
   return new (memory) Chunk{.kind = kind, .size = size, .used = kChunkHeader};
 }

@@ -47,7 +47,7 @@ struct FrameQueue {
   std::uint64_t pushed = 0;      // nodes ever pushed: the newest one's sequence number, from 1
 
   // Sequence number of the oldest queued node; `pushed` + 1 if the queue is empty.
-  std::uint64_t FirstPlace() const { return pushed - count + 1; }
+  std::uint64_t FirstSequence() const { return pushed - count + 1; }
 };
 
 // Releases a node and its payload.

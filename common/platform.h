@@ -59,7 +59,7 @@ std::tm LocalTime(std::time_t time);
 
 // Asks the system to provide all pages of fresh memory now, as large pages if possible, instead of
 // one page at each first touch. Only a hint: does nothing if the system cannot.
-void BringIntoMemory(void* memory, std::size_t size);
+void PrefaultPages(void* memory, std::size_t size);
 
 // Allocates memory directly from the system: `size` bytes, rounded up to whole pages, at a multiple
 // of `alignment`, which is a power of two. Returns null if there is none. Released memory returns

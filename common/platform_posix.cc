@@ -101,7 +101,7 @@ std::tm LocalTime(std::time_t time) {
   return local;
 }
 
-void BringIntoMemory(void* memory, std::size_t size) {
+void PrefaultPages(void* memory, std::size_t size) {
   [[maybe_unused]] const PageRange pages(memory, size);
 #ifdef MADV_HUGEPAGE
   madvise(pages.begin, pages.length, MADV_HUGEPAGE);

@@ -178,7 +178,7 @@ std::tm LocalTime(std::time_t time) {
   return local;
 }
 
-void BringIntoMemory(void* /*memory*/, std::size_t /*size*/) {}
+void PrefaultPages(void* /*memory*/, std::size_t /*size*/) {}
 
 // Reserves more than needed to find an aligned address, and releases it. Another thread may take
 // that address before it is reserved again, so there are several attempts.

@@ -1,8 +1,8 @@
 // The two player operations that take a line: OnMessage and OnPlayResult.
 //
 // They take a std::string by value, the only argument of the player interface that compilers lay
-// out differently. In MinGW builds, msvc/ defines LinesOf and NoteNativePlayer, since players of
-// another compiler may use the library; elsewhere player_lines_native.cc defines them.
+// out differently. In MinGW builds, msvc/ defines PlayerLinesFor and RecordNativePlayer, since
+// players of another compiler may use the library; elsewhere player_lines_native.cc defines them.
 #ifndef COMMON_PLAYER_LINES_H_
 #define COMMON_PLAYER_LINES_H_
 
@@ -21,10 +21,10 @@ extern const PlayerLines kNativePlayerLines;
 
 // Returns the functions for the player at this address. Safe from any thread. Uses only the
 // address.
-const PlayerLines& LinesOf(const CStreamPlayerImp* player);
+const PlayerLines& PlayerLinesFor(const CStreamPlayerImp* player);
 
 // Records that a host of this library's own compiler created a facade with this player. Replaces
 // what was recorded for a player of another compiler at the same address. Safe from any thread.
-void NoteNativePlayer(const CStreamPlayerImp* player);
+void RecordNativePlayer(const CStreamPlayerImp* player);
 
 #endif  // COMMON_PLAYER_LINES_H_

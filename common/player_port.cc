@@ -3,7 +3,7 @@
 #include <utility>
 
 #include "common/caught.h"
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 #include "public/stream_player.h"
 
 namespace {
@@ -22,7 +22,7 @@ MediaFrame MakeMediaFrame(const FrameRecord& frame) {
 }
 
 void LogThrow(const char* where) noexcept {
-  static OnceAStart line;
+  static OncePerStart line;
   if (line.IsFirst()) LogCaught(where, "; a player must not throw");
 }
 
@@ -44,7 +44,7 @@ float WholeSeconds(std::uint64_t play_time) {
 }
 
 PlayerPort::PlayerPort(CStreamPlayerImp* player)
-    : player_(player), lines_(player == nullptr ? nullptr : &LinesOf(player)) {}
+    : player_(player), lines_(player == nullptr ? nullptr : &PlayerLinesFor(player)) {}
 
 void PlayerPort::Message(std::string line) const {
   Call("the player threw in OnMessage: ", [&] { lines_->message(*player_, std::move(line)); });

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "common/console.h"
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 #include "common/platform.h"
 
 namespace {
@@ -48,7 +48,7 @@ std::string FilePathOf(const std::string& url) {
 }  // namespace
 
 bool RefuseSpecialFile(const std::string& path, const std::string& url) {
-  static OnceAStart line;
+  static OncePerStart line;
   if (path.empty() || !platform::IsSpecialFile(path)) return false;
   if (line.IsFirst()) ConsoleLine("A FIFO, socket, device or directory is not played: " + url);
   return true;

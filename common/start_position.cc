@@ -12,7 +12,7 @@ int PositionMilliseconds(float seconds) {
   return static_cast<int>(milliseconds);
 }
 
-bool LiesBefore(float start_seconds, std::uint64_t play_time) {
+bool IsBeforeStart(float start_seconds, std::uint64_t play_time) {
   return start_seconds > WholeSeconds(play_time);
 }
 

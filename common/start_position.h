@@ -18,7 +18,7 @@ std::string StartPositionLine(const char* format, float seconds);
 
 // Returns true if a frame is before a start position. The fraction of its play time is dropped: a
 // frame at 9.9 s is before a position of 10 but not before a position of 9.
-bool LiesBefore(float start_seconds, std::uint64_t play_time);
+bool IsBeforeStart(float start_seconds, std::uint64_t play_time);
 
 // Converts `seconds` to milliseconds and drops the fraction. Returns INT_MIN if the value does not
 // fit in 32 bits.

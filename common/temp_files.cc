@@ -9,14 +9,14 @@ std::wstring GetTempDirW() { return TempFolderInUse().wide; }
 // If the directory is writable but the file cannot be opened, the path stays the same: the file may
 // be opened later.
 std::string CreateCacheFile(const std::string& name) {
-  ReturnToTempFolderBeside();
+  UseFolderBesideExecutable();
   OpenTempFile(name, "wb+");  // closed at once
   return GetTempDirA() + name;
 }
 
 platform::File OpenTempFile(const std::string& name, const char* mode) {
   platform::File file = platform::OpenFile(GetTempDirA() + name, mode);
-  if (file != nullptr || !LeaveUnwritableTempFolder()) return file;
+  if (file != nullptr || !FallBackToCacheFolder()) return file;
   return platform::OpenFile(GetTempDirA() + name, mode);
 }
 

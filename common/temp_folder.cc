@@ -146,14 +146,14 @@ bool TempFolderIsWritable() {
   return g_choice->is_writable;
 }
 
-void ReturnToTempFolderBeside() {
+void UseFolderBesideExecutable() {
   platform::MakeDirectory(FolderBeside().wide);
-  ForgetTempFolder();
+  ResetTempFolder();
 }
 
-void ForgetTempFolder() { Choose(std::nullopt, true); }
+void ResetTempFolder() { Choose(std::nullopt, true); }
 
-bool LeaveUnwritableTempFolder() {
+bool FallBackToCacheFolder() {
   const TempFolder beside = FolderBeside();
   if (TempFolderInUse().narrow != beside.narrow || CanBeMadeAndWritten(beside)) return false;
   const std::optional<TempFolder> cache = MakeFolderInCache();

@@ -35,15 +35,15 @@ TempFolder TempFolderInUse();
 bool TempFolderIsWritable();
 
 // Creates the directory beside the executable if needed, and chooses it.
-void ReturnToTempFolderBeside();
+void UseFolderBesideExecutable();
 
 // Call it if a file could not be opened. If the directory beside the executable can be neither
 // created nor written, chooses the directory in the user's cache and logs that, or logs that
 // neither is writable. Returns whether it chose another directory. Does not create the directory
 // beside the executable.
-bool LeaveUnwritableTempFolder();
+bool FallBackToCacheFolder();
 
 // Clears the choice. For tests.
-void ForgetTempFolder();
+void ResetTempFolder();
 
 #endif  // COMMON_TEMP_FOLDER_H_

@@ -8,7 +8,7 @@ namespace {
 // The transfer that this thread performs: the write callback gets no pointer of its own.
 thread_local FlvTransfer* t_transfer = nullptr;
 
-std::size_t TakeFlvBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+std::size_t OnFlvBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
   return t_transfer == nullptr ? 0 : t_transfer->Take(data, size * count);
 }
 
@@ -25,6 +25,6 @@ std::size_t FlvTransfer::Take(const char* data, std::size_t length) {
 void DownloadFlv(const std::string& url, std::uint64_t stream) {
   FlvTransfer transfer(stream);
   t_transfer = &transfer;
-  Download({url, GuardedCallback<TakeFlvBytes>, g_flvRunning}, 0);
+  Download({url, GuardedCallback<OnFlvBytes>, g_flvRunning}, 0);
   t_transfer = nullptr;
 }

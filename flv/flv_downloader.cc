@@ -2,10 +2,10 @@
 
 #include <ctime>
 
-#include "common/at_exit.h"
 #include "common/console.h"
 #include "common/frame_delivery.h"
 #include "common/frame_queue.h"
+#include "common/scope_exit.h"
 #include "common/start_position.h"
 #include "common/stop_protocol.h"
 #include "common/temp_files.h"
@@ -60,7 +60,7 @@ void CFlvDownloader::UseUrl(const std::string& url) {
 }
 
 void CFlvDownloader::RunDownload(const std::string& url, std::uint64_t stream) {
-  const AtExit end([stream] { g_flvStream->EndDownload(stream); });
+  const ScopeExit end([stream] { g_flvStream->EndDownload(stream); });
   DownloadFlv(url, stream);
   ConsoleLine("flv Download thread stop.");
 }

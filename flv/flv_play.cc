@@ -5,11 +5,11 @@
 #include <cstdio>
 
 #include "common/address.h"
-#include "common/at_exit.h"
 #include "common/clock.h"
 #include "common/console.h"
-#include "common/frame_backlog.h"
 #include "common/platform.h"
+#include "common/queue_limit.h"
+#include "common/scope_exit.h"
 #include "flv/flv_stream.h"
 #include "flv/flv_tag_parser.h"
 
@@ -43,7 +43,7 @@ void Report(const FlvPlay& play, bool has_header) {
 
 void ReadTags(FlvTagParser& parser) {
   while (g_flvRunning.load() && parser.ReadTag()) {
-    AwaitFrameRoom(g_flvRunning, kMaxFrameBacklog);
+    WaitForQueueSpace(g_flvRunning, kDefaultQueueLimit);
     SleepFor(std::chrono::milliseconds(1));
   }
   ConsoleLine("read over");
@@ -52,7 +52,7 @@ void ReadTags(FlvTagParser& parser) {
 }  // namespace
 
 void PlayFlv(const FlvPlay& play) {
-  const AtExit end([&play] { g_flvStream->EndParsing(play.stream); });
+  const ScopeExit end([&play] { g_flvStream->EndParsing(play.stream); });
   g_flvStream->AwaitReady(play.stream);
   if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url), play.stream);
   FlvStreamSource source(play.stream);

@@ -86,19 +86,19 @@ void FlvStream::Stop() {
   ready_.notify_all();
 }
 
-bool FlvStream::MoreMayCome(std::uint64_t stream) const {
+bool FlvStream::MayReceiveMore(std::uint64_t stream) const {
   return stream == stream_ && downloading_ && g_flvRunning.load();
 }
 
 void FlvStream::AwaitReady(std::uint64_t stream) {
   Lock lock(mutex_);
   CurrentClock().Wait(ready_, lock, [this, stream] {
-    return unread_->Size() > kReadySize || !MoreMayCome(stream);
+    return unread_->Size() > kReadySize || !MayReceiveMore(stream);
   });
 }
 
 bool FlvStream::AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const {
-  while (unread_->Size() < count && MoreMayCome(stream)) {
+  while (unread_->Size() < count && MayReceiveMore(stream)) {
     SleepUnlocked(lock, kPoll);
   }
   return stream == stream_ && unread_->Size() >= count;

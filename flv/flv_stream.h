@@ -30,16 +30,16 @@ class FlvStream {
 
   // Far more than is ever unread of a stream that is parsed as it is received, and far less than
   // the buffer can count.
-  static constexpr std::uint32_t kMostUnread = std::uint32_t{1} << 30;
+  static constexpr std::uint32_t kMaxUnread = std::uint32_t{1} << 30;
 
-  explicit FlvStream(std::uint32_t most_unread = kMostUnread) : most_unread_(most_unread) {}
+  explicit FlvStream(std::uint32_t most_unread = kMaxUnread) : most_unread_(most_unread) {}
 
   // Begins a new, empty stream and returns its number.
   std::uint64_t Begin();
 
   // Appends a piece that begins at `offset` of the stream, without the bytes that were received
   // before: a local file is received from two producers, but each of its bytes is parsed once. If a
-  // slow parser has let kMostUnread bytes accumulate, waits until there are fewer. Returns false
+  // slow parser has let kMaxUnread bytes accumulate, waits until there are fewer. Returns false
   // for an older stream, if a stop ends the wait, and if memory runs out.
   bool Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes, std::uint32_t size);
 
@@ -59,7 +59,7 @@ class FlvStream {
   void AwaitReady(std::uint64_t stream);
 
   // Used by FlvStreamSource. They follow the contract of FlvSource, with one exception: a Skip of
-  // more than kMostUnread bytes may drop the first part and then fail.
+  // more than kMaxUnread bytes may drop the first part and then fail.
   bool Await(std::uint64_t stream, std::uint32_t count);
   bool Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t count);
   bool Skip(std::uint64_t stream, std::uint32_t count);
@@ -79,7 +79,7 @@ class FlvStream {
  private:
   using Lock = std::unique_lock<std::mutex>;
 
-  bool MoreMayCome(std::uint64_t stream) const;
+  bool MayReceiveMore(std::uint64_t stream) const;
   bool AwaitRoom(std::uint64_t stream, std::uint64_t end, Lock& lock) const;
   bool AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const;
 

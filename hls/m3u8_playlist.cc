@@ -103,7 +103,7 @@ void OnTagLine(Pass& pass, std::string_view line) {
 
 // Returns the sequence number of the next segment and advances the counter. Segments after the
 // largest possible number have none.
-std::int64_t TakeNumber(Pass& pass) {
+std::int64_t NextNumber(Pass& pass) {
   const std::int64_t number = pass.next_number;
   const bool is_last = number == std::numeric_limits<std::int64_t>::max();
   if (is_last || number == kNoSequenceNumber) {
@@ -117,7 +117,7 @@ std::int64_t TakeNumber(Pass& pass) {
 // A segment of duration 0 is dropped, but it uses up a sequence number.
 void CountDroppedSegment(Pass& pass, std::string_view line) {
   if (line.starts_with('#') || !std::exchange(pass.is_segment_announced, false)) return;
-  TakeNumber(pass);
+  NextNumber(pass);
 }
 
 // A line is a URI only if a tag announces it: as a variant, or as a segment whose duration is not
@@ -140,7 +140,7 @@ bool TakeRoom(Pass& pass, std::string_view uri) {
 void OnAddress(Pass& pass, std::string_view line) {
   pass.working.duration = std::exchange(pass.duration, 0.0F);
   pass.is_segment_announced = false;
-  pass.working.number = pass.header.streamInfPending ? kNoSequenceNumber : TakeNumber(pass);
+  pass.working.number = pass.header.streamInfPending ? kNoSequenceNumber : NextNumber(pass);
   if (pass.room == 0) return;  // before resolving, which takes time too
   pass.working.uri = ResolveM3u8Uri(pass.base_url, line);
   if (!TakeRoom(pass, pass.working.uri)) return;

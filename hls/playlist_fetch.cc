@@ -17,7 +17,7 @@ std::size_t Take(std::string& text, const char* data, std::size_t length) {
 // Truncates the rest of an earlier body after its last complete line, or clears it if it is too
 // long. Otherwise it could grow without limit, and its partial last line would merge with the first
 // line of the next body, which would then not be recognized as a playlist.
-void MakeRoomBehind(std::string& leftover) {
+void TruncateLeftover(std::string& leftover) {
   const std::size_t end = leftover.find_last_of('\n');
   const bool too_long = leftover.size() > kMaxPlaylistLeftover;
   leftover.resize(end == std::string::npos || too_long ? 0 : end + 1);
@@ -42,7 +42,7 @@ std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, vo
 
 std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
   const std::lock_guard lock(g_playlistMutex);
-  MakeRoomBehind(*g_playlistText);
+  TruncateLeftover(*g_playlistText);
   if (!Perform(pipeline.playlistHandle.get(),
                {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running,
                 pipeline.silence_limit},
@@ -52,13 +52,13 @@ std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRe
   return std::exchange(*g_playlistText, {});
 }
 
-void LeavePlaylist(const std::string& text) {
+void PutBackPlaylistBody(const std::string& text) {
   const std::lock_guard lock(g_playlistMutex);
   g_playlistText->insert(0, text);
 }
 
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
-  MakeRoomBehind(*g_variantText);
+  TruncateLeftover(*g_variantText);
   return Perform(pipeline.variantHandle.get(),
                  {url, GuardedCallback<TakeVariantBytes>, pipeline.running, pipeline.silence_limit},
                  true);

@@ -26,7 +26,7 @@ std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRe
 
 // Puts a fetched text that is not a playlist back at the front of g_playlistText. Locks
 // g_playlistMutex.
-void LeavePlaylist(const std::string& text);
+void PutBackPlaylistBody(const std::string& text);
 
 // Fetches a variant playlist and appends it to g_variantText. Returns whether the transfer
 // succeeded. Requires g_playlistMutex.

@@ -15,7 +15,7 @@ namespace {
 struct PlaylistTraits {
   bool is_m3u;
   bool cache_no;
-  bool says_failed;  // an error page of a server
+  bool contains_failed;  // an error page of a server
   bool has_end;
 };
 
@@ -51,7 +51,7 @@ const char* Outcome(const PlaylistTraits& traits) {
 
 // A text that is not a playlist stays, and the next body is appended to it. Kept for compatibility.
 void QueueLive(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
-  if (!QueueSegmentsFromPlaylist(pipeline, url, text)) LeavePlaylist(text);
+  if (!QueueSegmentsFromPlaylist(pipeline, url, text)) PutBackPlaylistBody(text);
 }
 
 void Refresh(HlsPipeline& pipeline, const FirstPlaylist& first, const std::string& url) {
@@ -69,7 +69,7 @@ void QueueOnDemand(HlsPipeline& pipeline, const std::string& url, const std::str
   if (ParseM3u8(header, url, text, mediaSequence, entries)) {
     QueueAllSegments(pipeline, entries);
   } else {
-    LeavePlaylist(text);
+    PutBackPlaylistBody(text);
   }
 }
 
@@ -79,8 +79,8 @@ void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
   const PlaylistTraits traits = TraitsOf(first->text);
   pipeline.player.Message(std::string("PLAY ") + Outcome(traits) + url);
   pipeline.player.PlayResult(std::string("PLAY:") + Outcome(traits) + url);
-  if (traits.says_failed) {
-    LeavePlaylist(first->text);
+  if (traits.contains_failed) {
+    PutBackPlaylistBody(first->text);
   } else if (traits.has_end) {
     QueueOnDemand(pipeline, url, first->text);
   } else {

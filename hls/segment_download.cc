@@ -71,7 +71,7 @@ void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
     HandOver(pipeline);
   } else {
     KeepWholePackets();
-    NoteSegmentDone(url);
+    RecordSegmentDone(url);
   }
 }
 
@@ -79,7 +79,7 @@ void DownloadPart(HlsPipeline& pipeline, const QueuedSegment& queued) {
   const M3u8Entry& segment = queued.entry;
   const float position = pipeline.position += segment.duration;
   if (pipeline.startPosition.load() > position) {
-    NoteSegmentDone(segment.uri);
+    RecordSegmentDone(segment.uri);
     return;
   }
   if (!IsReplaced(queued)) FetchAndHandOver(pipeline, segment.uri);
@@ -104,7 +104,7 @@ std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, vo
   return length;
 }
 
-void DownloadPartsThread(HlsPipeline& pipeline) {
+void SegmentThread(HlsPipeline& pipeline) {
   SegmentHistory history;
   while (pipeline.running.load()) {
     const std::vector<QueuedSegment> batch = TakeQueuedSegments(pipeline, history);

@@ -4,8 +4,8 @@
 
 #include "common/clock.h"
 #include "common/console.h"
-#include "common/frame_backlog.h"
 #include "common/platform.h"
+#include "common/queue_limit.h"
 #include "common/temp_files.h"
 #include "hls/hls_state.h"
 #include "hls/video_watch.h"
@@ -74,7 +74,7 @@ bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
 void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
   FirstSegment first;
   while (pipeline.running.load()) {
-    AwaitFrameRoom(pipeline.running, kMaxFrameBacklog);
+    WaitForQueueSpace(pipeline.running, kDefaultQueueLimit);
     if (ParseSegment(pipeline, first) && first.is_next) {
       pipeline.player.Message("PLAY M3U8 " + first.status + ":" + url);
       first.is_next = false;

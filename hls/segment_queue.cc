@@ -265,7 +265,7 @@ std::vector<QueuedSegment> TakeQueuedSegments(HlsPipeline& pipeline, SegmentHist
     if (!pipeline.running.load()) break;
     if (std::exchange(history.epoch, segment.epoch) != segment.epoch) history.taken.Forget();
     if (!history.taken.Take(segment.identity, limit)) {
-      NoteSegmentDone(segment.entry.uri);
+      RecordSegmentDone(segment.entry.uri);
       continue;
     }
     pipeline.queuedDuration += segment.entry.duration;

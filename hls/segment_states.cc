@@ -53,7 +53,7 @@ void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state) {
   }
 }
 
-void NoteSegmentDone(const std::string& uri) {
+void RecordSegmentDone(const std::string& uri) {
   const std::lock_guard lock(g_statesMutex);
   g_doneSegments->insert(MakeSegmentKey(uri));
 }

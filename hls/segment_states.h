@@ -44,9 +44,9 @@ void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state);
 // perhaps since it had been queued twice, or its download failed. Its state stays kSegmentQueued,
 // but RemoveStaleSegments is called for kSegmentDownloaded only, so without this a live stream
 // would leave one entry for every such segment.
-void NoteSegmentDone(const std::string& uri);
+void RecordSegmentDone(const std::string& uri);
 
-// Forgets, without a console line, every segment that NoteSegmentDone recorded and that is no
+// Forgets, without a console line, every segment that RecordSegmentDone recorded and that is no
 // longer listed, neither by the top-level playlist nor by its variants.
 void ForgetDoneSegments(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {});
 

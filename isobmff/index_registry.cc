@@ -40,7 +40,7 @@ std::shared_ptr<const MovieIndex> IndexOf(const File& file) {
   Registry& registry = Registry::Instance();
   Index index = registry.Find(file.Id());
   // The file may have been rewritten since.
-  if (index != nullptr && index->LiesIn(file)) return index;
+  if (index != nullptr && index->IsStoredIn(file)) return index;
   index = MovieIndex::Read(file);
   if (index != nullptr) registry.Keep(file.Id(), index);
   return index;

@@ -55,7 +55,7 @@ std::shared_ptr<const MovieIndex> MovieIndex::Read(const File& file) {
   return index;
 }
 
-bool MovieIndex::LiesIn(const File& file) const {
+bool MovieIndex::IsStoredIn(const File& file) const {
   const std::uint64_t size = file.OpenedSize();
   return (is_open_ ? place_.end == size : place_.end <= size) && Holds(file, place_.begin, head_) &&
          Holds(file, place_.end - tail_.size(), tail_);

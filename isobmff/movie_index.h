@@ -57,7 +57,7 @@ class MovieIndex {
 
   // Returns whether this is still the index of the file, which was opened again. Compares only the
   // first and the last bytes, which is cheaper than reading the index again.
-  bool LiesIn(const File& file) const;
+  bool IsStoredIn(const File& file) const;
 
  private:
   bool ReadMovie(HeaderReader& reader, const Box& movie);

@@ -9,7 +9,7 @@
 
 #include "isobmff/file.h"
 #include "isobmff/movie_index.h"
-#include "isobmff/read_windows.h"
+#include "isobmff/read_cache.h"
 #include "isobmff/sample_tables.h"
 
 namespace isobmff {
@@ -52,7 +52,7 @@ class OpenMovie {
   File file_;
   std::shared_ptr<const MovieIndex> index_;
   std::vector<Reading> readings_;  // one per track
-  ReadWindows windows_;
+  ReadCache windows_;
 };
 
 }  // namespace isobmff

@@ -4,9 +4,9 @@
 #include <memory>
 #include <mutex>
 
-#include "common/at_exit.h"
 #include "common/frame_delivery.h"
 #include "common/frame_queue.h"
+#include "common/scope_exit.h"
 #include "common/start_position.h"
 #include "common/stop_protocol.h"
 #include "mp4/mp4_download.h"
@@ -86,6 +86,6 @@ std::uint64_t CMp4Downloader::UseUrl(const std::string& url) {
 
 void CMp4Downloader::RunDownload(const std::string& url, std::uint64_t address,
                                  std::atomic<bool>& downloading) {
-  const AtExit end([&downloading] { downloading = false; });
+  const ScopeExit end([&downloading] { downloading = false; });
   DownloadMp4(url, address);
 }

@@ -25,12 +25,12 @@ std::optional<Mp4TrackReader::Source> SourceOf(const Mp4Play& play) {
 // Returns false if another address was started.
 bool ReadPasses(const Mp4Play& play) {
   while (g_mp4Running.load()) {
-    const bool all_has_come = !play.downloading->load();  // checked before the pass begins
+    const bool download_complete = !play.downloading->load();  // checked before the pass begins
     const auto source = SourceOf(play);
     if (!source) return false;
     const bool is_made =
-        (all_has_come || play.reader.MayFindMore(*source)) && play.reader.RunPass(*source);
-    if (all_has_come && is_made) return true;
+        (download_complete || play.reader.MayFindMore(*source)) && play.reader.RunPass(*source);
+    if (download_complete && is_made) return true;
     if (g_mp4Running.load()) SleepFor(std::chrono::milliseconds(1));
   }
   return true;

@@ -6,8 +6,8 @@
 #include <limits>
 #include <mutex>
 
-#include "common/frame_backlog.h"
 #include "common/frame_queue.h"
+#include "common/queue_limit.h"
 #include "mp4/mp4_state.h"
 
 namespace {
@@ -97,7 +97,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
   Bytes left(sample.bytes.get(), sample.size);
   Bytes nal_unit;
   for (int units = 0; MayGoOn(units) && TakeNalUnit(left, nal_unit); ++units) {
-    AwaitFrameRoom(g_mp4Running, kMaxFrameBacklog);
+    WaitForQueueSpace(g_mp4Running, kDefaultQueueLimit);
     if (Mp4VideoHasBegun()) {  // checked for each unit: another start may happen at any time
       EmitFrame(sample, Kind::kVideo, {kStartCode, nal_unit});
     } else if (BeginsStream(nal_unit)) {
@@ -111,7 +111,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
 }
 
 void EmitMp4Audio(const Mp4Sample& sample, const AdtsFields& fields) {
-  AwaitFrameRoom(g_mp4Running, kMaxFrameBacklog);
+  WaitForQueueSpace(g_mp4Running, kDefaultQueueLimit);
   const AdtsHeader header = MakeAdtsHeader(fields, sample.size);
   EmitFrame(sample, Kind::kAudio, {header, Bytes(sample.bytes.get(), sample.size)});
 }

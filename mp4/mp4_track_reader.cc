@@ -4,7 +4,7 @@
 #include <limits>
 #include <utility>
 
-#include "common/at_exit.h"
+#include "common/scope_exit.h"
 #include "mp4/mp4_state.h"
 
 namespace {
@@ -65,7 +65,7 @@ bool Mp4TrackReader::RunPass(const Source& source) {
     pass.changes = changes_;
   }
   bool was_read = false;
-  const AtExit end([this, &pass, &was_read] { EndPass(pass, was_read); });
+  const ScopeExit end([this, &pass, &was_read] { EndPass(pass, was_read); });
   was_read = Open(pass);
   if (was_read && Discover(pass)) ReadSamples(pass);
   return true;

@@ -41,8 +41,8 @@ constexpr PlayerLines kMsvcPlayerLines = {CallOnMessage, CallOnPlayResult};
 
 }  // namespace
 
-const PlayerLines& LinesOf(const CStreamPlayerImp* player) {
+const PlayerLines& PlayerLinesFor(const CStreamPlayerImp* player) {
   return msvc::IsPlayer(player) ? kMsvcPlayerLines : kNativePlayerLines;
 }
 
-void NoteNativePlayer(const CStreamPlayerImp* player) { msvc::ForgetPlayer(player); }
+void RecordNativePlayer(const CStreamPlayerImp* player) { msvc::RemovePlayerAt(player); }

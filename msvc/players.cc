@@ -52,7 +52,7 @@ void RemovePlayer(const CStreamDownloader* facade) {
   players.of_facade.erase(facade);
 }
 
-void ForgetPlayer(const CStreamPlayerImp* player) {
+void RemovePlayerAt(const CStreamPlayerImp* player) {
   Players& players = AllPlayers();
   const std::lock_guard lock(players.mutex);
   std::erase_if(players.of_facade, [player](const auto& noted) { return noted.second == player; });

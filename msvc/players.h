@@ -23,7 +23,7 @@ void SharePlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player
 void RemovePlayer(const CStreamDownloader* facade);
 
 // Removes all records of this player: a player of another compiler is at its address now.
-void ForgetPlayer(const CStreamPlayerImp* player);
+void RemovePlayerAt(const CStreamPlayerImp* player);
 
 bool IsPlayer(const CStreamPlayerImp* player);
 

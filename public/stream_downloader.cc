@@ -8,7 +8,7 @@
 
 #include "common/address.h"
 #include "common/http_transfer.h"
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 #include "common/player_lines.h"
 #include "common/player_port.h"
 #include "flv/flv_downloader.h"
@@ -86,7 +86,7 @@ CStreamDownloader::CStreamDownloader(CStreamPlayerImp* player)
       mp4_(nullptr),
       flv_(nullptr),
       ts_(nullptr) {
-  NoteNativePlayer(player);
+  RecordNativePlayer(player);
 }
 
 CStreamDownloader::~CStreamDownloader() {

@@ -10,12 +10,12 @@ std::uint64_t ToTicks(float value) {
 
 }  // namespace
 
-std::uint64_t PlayTimeSpreader::InitialPlayTime(std::uint64_t pts) const {
+std::uint64_t PlayTimeInterpolator::InitialPlayTime(std::uint64_t pts) const {
   if (base_ == 0) return 0;
   return pts >= base_ ? pts - base_ : base_ - pts;
 }
 
-void PlayTimeSpreader::FramePushed(const FrameQueue& queue) {
+void PlayTimeInterpolator::FramePushed(const FrameQueue& queue) {
   const std::uint64_t pts = queue.tail->pts;
   if (anchor_ && pts <= anchor_->pts) return;  // out of order: never an anchor
   if (anchor_) Assign(queue, Step(queue.pushed - anchor_->place + 1));
@@ -25,7 +25,7 @@ void PlayTimeSpreader::FramePushed(const FrameQueue& queue) {
 }
 
 // Kept for compatibility: divides as integers, then converts to float.
-float PlayTimeSpreader::Step(std::uint64_t node_count) const {
+float PlayTimeInterpolator::Step(std::uint64_t node_count) const {
   const std::uint64_t from = prev_anchor_ ? prev_anchor_->pts : base_;
   const std::uint64_t whole_step = (anchor_->pts - from) / node_count;
   return static_cast<float>(whole_step);
@@ -33,8 +33,8 @@ float PlayTimeSpreader::Step(std::uint64_t node_count) const {
 
 // Visits the nodes from the anchor to the last but one. Nodes that were already popped count in the
 // sum too, since every addition rounds to single precision.
-void PlayTimeSpreader::Assign(const FrameQueue& queue, float step) const {
-  const std::uint64_t first = queue.FirstPlace();
+void PlayTimeInterpolator::Assign(const FrameQueue& queue, float step) const {
+  const std::uint64_t first = queue.FirstSequence();
   FrameNode* node = anchor_->place >= first ? anchor_->node : queue.head;
   std::uint64_t t = prev_anchor_ ? prev_anchor_->pts - base_ : 0;
   for (std::uint64_t place = anchor_->place; place < queue.pushed; ++place) {

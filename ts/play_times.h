@@ -14,7 +14,7 @@
 // A delivery thread may already have popped and released the node of an anchor. Therefore an anchor
 // is identified by its sequence number, and its node is accessed only while that number is still
 // queued. The queued nodes get the values that they would get if none had been popped.
-class PlayTimeSpreader {
+class PlayTimeInterpolator {
  public:
   // Returns the play time of a new frame: the distance of its PTS from the base, or 0 without a
   // base.

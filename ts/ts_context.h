@@ -25,7 +25,7 @@ struct ts_context {
   std::uint16_t AudioPid() const { return programs[0].audio_pid[0]; }
 
   // Returns true if packets with this PID carry the PAT or a PMT.
-  bool TellsPrograms(std::uint16_t pid) const {
+  bool IsPsiPid(std::uint16_t pid) const {
     if (pid == 0) return true;
     for (std::size_t i = 0; i < static_cast<std::size_t>(program_count); ++i) {
       if (programs[i].pmt_pid == pid) return true;

@@ -18,7 +18,7 @@ struct ElementaryStream {
   FrameQueue*& queue;
   bool is_video;
   pes_assembler assembler;
-  PlayTimeSpreader play_times;
+  PlayTimeInterpolator play_times;
 };
 
 std::mutex g_demuxMutex;
@@ -33,12 +33,12 @@ ElementaryStream g_audio{g_audioQueue, false, {g_audioBuffer}, {}};
 std::uint64_t g_generation = 0;
 
 // Kept for compatibility: does not reset `length` and the audio `dts`.
-void StartStreamsAfresh() {
+void ResetStreams() {
   for (ElementaryStream* stream : {&g_video, &g_audio}) {
     stream->assembler.last_cc = -1;
     stream->assembler.intact = 1;
     stream->assembler.pts = 0;
-    stream->play_times = PlayTimeSpreader();
+    stream->play_times = PlayTimeInterpolator();
   }
   g_video.assembler.dts = 0;
 }
@@ -47,7 +47,7 @@ void FollowQueueResets() {
   const std::uint64_t generation = FrameQueueGeneration();
   if (generation == g_generation) return;
   g_generation = generation;
-  StartStreamsAfresh();
+  ResetStreams();
 }
 
 void EmitFrame(ElementaryStream& stream) {
@@ -116,7 +116,7 @@ ElementaryStream* StreamOf(const ts_context& context, std::uint16_t pid) {
 
 void ParsePacket(ts_context& context, TsPacket packet) {
   const std::uint16_t pid = packet.Pid();
-  if (context.TellsPrograms(pid)) {
+  if (context.IsPsiPid(pid)) {
     get_pmt_info(packet.Bytes(), static_cast<std::int32_t>(kTsPacketSize), context);
   }
   ElementaryStream* stream = StreamOf(context, pid);
@@ -174,7 +174,7 @@ std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length) {
 void ts_demux_forget() {
   ts_last_stream_type = 0;
   g_context = ts_context();
-  StartStreamsAfresh();
+  ResetStreams();
   g_video.assembler.length = 0;
   g_audio.assembler.length = 0;
   g_audio.assembler.dts = 0;

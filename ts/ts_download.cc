@@ -53,7 +53,7 @@ bool IsPartialReply(CURL* handle) {
 }
 
 // The write callback of libcurl. The reader of local files calls it too.
-std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+std::size_t OnTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
   if (t_download == nullptr) return 0;
   TsTransfer& transfer = t_download->transfer;
   if (transfer.IsAtStart() && !IsPartialReply(t_download->handle)) transfer.BodyBeginsAt(0);
@@ -61,7 +61,7 @@ std::size_t TakeTsBytes(char* data, std::size_t size, std::size_t count, void* /
 }
 
 void FetchUrl(const std::string& url, TsTransfer& transfer) {
-  const Transfer request{url, GuardedCallback<TakeTsBytes>, g_tsRunning};
+  const Transfer request{url, GuardedCallback<OnTsBytes>, g_tsRunning};
   const CurlHandle handle = SetUpDownload(request, transfer.Offset());
   const RunningDownload running(handle.get(), transfer);
   PerformDownload(handle, request);
@@ -88,7 +88,7 @@ void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
   std::array<char, kPieceSize> piece;
   while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0) {
     const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
-    const std::size_t taken = GuardedCallback<TakeTsBytes>(piece.data(), 1, length, nullptr);
+    const std::size_t taken = GuardedCallback<OnTsBytes>(piece.data(), 1, length, nullptr);
     if (taken == 0 && !g_tsRunning.load()) return;
     SleepFor(kPause);
   }
@@ -101,7 +101,7 @@ std::uint32_t UnreadSize() {
 
 }  // namespace
 
-void AwaitStreamRoom(std::uint32_t most_unread) {
+void WaitForStreamSpace(std::uint32_t most_unread) {
   while (g_tsRunning.load() && UnreadSize() >= most_unread) SleepFor(std::chrono::milliseconds(1));
 }
 
@@ -115,7 +115,7 @@ std::size_t TsTransfer::Take(const char* data, std::uint32_t length) {
     return 0;
   }
   if (g_tsDownloaded.load() == 0) player_.Message("PLAY TS OK:" + TsUrl());
-  AwaitStreamRoom(kMostUnreadTsBytes);
+  WaitForStreamSpace(kMostUnreadTsBytes);
   const std::lock_guard lock(g_tsStreamLock);
   if (data != nullptr && !packets_.Append(data, length, *g_tsStreamBuffer)) return 0;
   g_tsDownloaded += length;

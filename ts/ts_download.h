@@ -18,7 +18,7 @@ inline constexpr std::uint32_t kMostUnreadTsBytes = std::uint32_t{1} << 30;
 void DownloadTs(const std::string& url, const PlayerPort& player);
 
 // Blocks while `most_unread` or more received bytes are unread, until g_tsRunning is cleared.
-void AwaitStreamRoom(std::uint32_t most_unread);
+void WaitForStreamSpace(std::uint32_t most_unread);
 
 // One download, used on the thread that performs the transfer.
 //

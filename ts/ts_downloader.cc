@@ -3,10 +3,10 @@
 #include <ctime>
 #include <mutex>
 
-#include "common/at_exit.h"
 #include "common/console.h"
 #include "common/frame_delivery.h"
 #include "common/frame_queue.h"
+#include "common/scope_exit.h"
 #include "common/start_position.h"
 #include "common/stop_protocol.h"
 #include "common/temp_files.h"
@@ -100,11 +100,11 @@ void CTsDownloader::UseUrl(const std::string& url) {
 }
 
 bool CTsDownloader::IsWanted(const FrameRecord& frame) const {
-  return !LiesBefore(startSeconds.load(), frame.playTime);
+  return !IsBeforeStart(startSeconds.load(), frame.playTime);
 }
 
 void CTsDownloader::RunDownload(const std::string& url) {
-  const AtExit end([this] { downloading = false; });
+  const ScopeExit end([this] { downloading = false; });
   DownloadTs(url, player_);
   ConsoleLine("ts Download thread stop.");
 }

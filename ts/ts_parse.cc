@@ -4,7 +4,7 @@
 #include <mutex>
 
 #include "common/clock.h"
-#include "common/frame_backlog.h"
+#include "common/queue_limit.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 #include "ts/ts_state.h"
@@ -74,7 +74,7 @@ void ParseTs(const PlayerPort& player) {
   constexpr std::chrono::milliseconds kBatchPause{1};
   TsDurationReport report;
   while (g_tsRunning.load()) {
-    AwaitFrameRoom(g_tsRunning, kMaxFrameBacklog);
+    WaitForQueueSpace(g_tsRunning, kDefaultQueueLimit);
     if (FeedBatch()) {
       ReportDuration(report, player);
       SleepFor(kBatchPause);

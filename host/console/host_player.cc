@@ -9,56 +9,56 @@
 
 namespace host {
 
-void HostPlayer::OnDuration(float seconds) {
+void StatsPlayer::OnDuration(float seconds) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnDuration(seconds);
-    TakeNumber("duration", &PlayTotals::duration, seconds);
+    NextNumber("duration", &PlayTotals::duration, seconds);
   });
 }
 
-void HostPlayer::OnBufferedTime(float seconds) {
+void StatsPlayer::OnBufferedTime(float seconds) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnBufferedTime(seconds);
-    TakeNumber("buffered", &PlayTotals::buffered_time, seconds);
+    NextNumber("buffered", &PlayTotals::buffered_time, seconds);
   });
 }
 
-void HostPlayer::OnAudioClock(float seconds) {
+void StatsPlayer::OnAudioClock(float seconds) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnAudioClock(seconds);
-    TakeNumber("clock", &PlayTotals::audio_clock, seconds);
+    NextNumber("clock", &PlayTotals::audio_clock, seconds);
   });
 }
 
-void HostPlayer::OnAudioFrame(MediaFrame frame) {
+void StatsPlayer::OnAudioFrame(MediaFrame frame) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnAudioFrame(frame);
     TakeFrame(FrameKind::kAudio, audio_, frame);
   });
 }
 
-void HostPlayer::OnVideoFrame(MediaFrame frame) {
+void StatsPlayer::OnVideoFrame(MediaFrame frame) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnVideoFrame(frame);
     TakeFrame(FrameKind::kVideo, video_, frame);
   });
 }
 
-void HostPlayer::OnMessage(std::string line) {
+void StatsPlayer::OnMessage(std::string line) {
   GuardedCall([&] {
     if (report_ != nullptr) report_->OnMessage(line);
     TakeText("message", &RunRecord::messages, std::move(line));
   });
 }
 
-void HostPlayer::OnPlayResult(std::string line) {
+void StatsPlayer::OnPlayResult(std::string line) {
   GuardedCall([&] {
     if (report_ != nullptr) report_->OnPlayResult(line);
     TakeText("result", &RunRecord::results, std::move(line));
   });
 }
 
-void HostPlayer::OpenRun() {
+void StatsPlayer::OpenRun() {
   if (report_ != nullptr) report_->OpenRun();
   frames_seen_ = 0;
   frames_recorded_ = 0;
@@ -72,7 +72,7 @@ void HostPlayer::OpenRun() {
   events_ = {};
 }
 
-RunRecord HostPlayer::Record() const {
+RunRecord StatsPlayer::Record() const {
   RunRecord record;
   {
     const std::lock_guard lock(mutex_);
@@ -88,7 +88,7 @@ RunRecord HostPlayer::Record() const {
   return record;
 }
 
-PlayTotals HostPlayer::Totals() const {
+PlayTotals StatsPlayer::Totals() const {
   PlayTotals totals;
   {
     const std::lock_guard lock(mutex_);
@@ -103,15 +103,15 @@ PlayTotals HostPlayer::Totals() const {
   return totals;
 }
 
-Report* HostPlayer::RecordingReport() const { return recording_.load() ? report_ : nullptr; }
+Report* StatsPlayer::RecordingReport() const { return recording_.load() ? report_ : nullptr; }
 
-double HostPlayer::Arrival() {
+double StatsPlayer::Arrival() {
   const double now = clock_.NowMs();
   last_arrival_ms_ = now;
   return now;
 }
 
-void HostPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame) {
+void StatsPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame) {
   const double now = Arrival();
   ++frames_seen_;
   if (!recording_.load()) return;
@@ -124,8 +124,8 @@ void HostPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame)
   if (dump_ != nullptr) dump_->WriteFrame(kind, frame, now);
 }
 
-void HostPlayer::TakeNumber(const char* event, std::optional<float> PlayTotals::*newest,
-                            float seconds) {
+void StatsPlayer::NextNumber(const char* event, std::optional<float> PlayTotals::*newest,
+                             float seconds) {
   const double now = Arrival();
   if (!recording_.load()) return;
   {
@@ -135,8 +135,8 @@ void HostPlayer::TakeNumber(const char* event, std::optional<float> PlayTotals::
   if (dump_ != nullptr) dump_->WriteEvent(now, event, ExactText(seconds));
 }
 
-void HostPlayer::TakeText(const char* event, std::vector<std::string> RunRecord::*texts,
-                          std::string&& line) {
+void StatsPlayer::TakeText(const char* event, std::vector<std::string> RunRecord::*texts,
+                           std::string&& line) {
   const double now = Arrival();
   screen_.Status(now, PrintableText(line));
   if (recording_.load()) {

@@ -27,9 +27,9 @@
 
 namespace host {
 
-class HostPlayer final : public CStreamPlayerImp {
+class StatsPlayer final : public CStreamPlayerImp {
  public:
-  HostPlayer(const Clock& clock, Screen& screen, Dump* dump, Report* report = nullptr)
+  StatsPlayer(const Clock& clock, Screen& screen, Dump* dump, Report* report = nullptr)
       : clock_(clock), screen_(screen), dump_(dump), report_(report) {}
 
   void OnDuration(float seconds) override;
@@ -75,7 +75,7 @@ class HostPlayer final : public CStreamPlayerImp {
   // The report, or null while recording is off.
   Report* RecordingReport() const;
   void TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame);
-  void TakeNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);
+  void NextNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);
   void TakeText(const char* event, std::vector<std::string> RunRecord::*texts, std::string&& line);
 
   const Clock& clock_;

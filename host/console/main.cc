@@ -31,7 +31,7 @@ struct Files {
 
 host::Summary Play(const host::Options& options, host::Clock& clock, host::Screen& screen,
                    const Files& files) {
-  host::HostPlayer player(clock, screen, files.dump.get(), files.report.get());
+  host::StatsPlayer player(clock, screen, files.dump.get(), files.report.get());
   host::Summary summary;
   summary.options = options;
   {
@@ -79,7 +79,7 @@ int Run(const host::Options& options) {
   host::SteadyClock clock;
   Files files;
   if (!OpenFiles(options, clock, files)) return host::kExitUsage;
-  host::NoteInterrupts();
+  host::InstallInterruptHandlers();
   host::Screen screen(stdout, {host::StandardOutputIsTerminal(), options.quiet});
   const host::Summary summary = Play(options, clock, screen, files);
   Print(summary, screen);

@@ -31,7 +31,7 @@ class PlayRunner {
  public:
   struct Surroundings {
     Downloader& downloader;
-    HostPlayer& player;
+    StatsPlayer& player;
     Clock& clock;
     Screen& screen;
     std::function<bool()> interrupted;

@@ -31,11 +31,11 @@ void AudioDecoder::Decode(const MediaUnit& frame) {
       return;
     }
   }
-  ForgetWhatIsNoAac(frame.data.size());
+  DropNonAacData(frame.data.size());
 }
 
 // The parser buffers everything until it finds a frame, so data without any AAC would accumulate.
-void AudioDecoder::ForgetWhatIsNoAac(std::size_t size) {
+void AudioDecoder::DropNonAacData(std::size_t size) {
   constexpr std::size_t kMost = std::size_t{1} << 20;
   without_frame_ += size;
   if (without_frame_ <= kMost) return;
@@ -66,7 +66,7 @@ void AudioDecoder::TakeSound(const AVFrame& frame) {
     ++counts_.errors;
     return;
   }
-  SoundPiece piece;
+  AudioPiece piece;
   piece.seconds = frame.pts == AV_NOPTS_VALUE ? next_seconds_
                                               : SecondsOf(static_cast<std::uint64_t>(frame.pts));
   const int room = std::max(swr_get_out_samples(resampler_.get(), frame.nb_samples), 0);

@@ -21,7 +21,7 @@ namespace player {
 
 class AudioDecoder {
  public:
-  using Taker = std::function<void(SoundPiece)>;
+  using Taker = std::function<void(AudioPiece)>;
 
   // `counts` is borrowed.
   AudioDecoder(PlayCounts& counts, Taker take);
@@ -33,7 +33,7 @@ class AudioDecoder {
     void operator()(SwrContext* context) const { swr_free(&context); }
   };
 
-  void ForgetWhatIsNoAac(std::size_t size);
+  void DropNonAacData(std::size_t size);
   void DecodeAacFrame(const std::uint8_t* data, int size, std::int64_t pts);
   void TakeSound(const AVFrame& frame);
   bool PrepareResampler(const AVFrame& frame);

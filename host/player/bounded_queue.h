@@ -21,7 +21,7 @@ class BoundedQueue {
   // Waits for space. Returns false if the queue was closed; the item is then dropped.
   bool Push(Item item) {
     std::unique_lock lock(mutex_);
-    room_came_.wait(lock, [this] { return closed_ || items_.size() < room_; });
+    space_available_.wait(lock, [this] { return closed_ || items_.size() < room_; });
     if (closed_) return false;
     items_.push_back(std::move(item));
     return true;
@@ -33,7 +33,7 @@ class BoundedQueue {
     if (items_.empty()) return std::nullopt;
     Item item = std::move(items_.front());
     items_.pop_front();
-    room_came_.notify_one();
+    space_available_.notify_one();
     return item;
   }
 
@@ -57,13 +57,13 @@ class BoundedQueue {
     const std::lock_guard lock(mutex_);
     closed_ = true;
     items_.clear();
-    room_came_.notify_all();
+    space_available_.notify_all();
   }
 
  private:
   const std::size_t room_;
   mutable std::mutex mutex_;
-  std::condition_variable room_came_;
+  std::condition_variable space_available_;
   std::deque<Item> items_;  // guarded by mutex_
   bool closed_ = false;     // guarded by mutex_
 };

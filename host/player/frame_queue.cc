@@ -26,7 +26,7 @@ Kind OtherThan(Kind kind) { return kind == Kind::kVideo ? Kind::kAudio : Kind::k
 bool FrameQueue::Push(Kind kind, MediaUnit unit) {
   std::unique_lock lock(mutex_);
   LaneOf(kind).seen = true;
-  changed_.wait(lock, [&] { return closed_ || HasRoom(kind); });
+  changed_.wait(lock, [&] { return closed_ || HasSpace(kind); });
   if (closed_) return false;
   Lane& lane = LaneOf(kind);
   lane.bytes += CostOf(unit);
@@ -93,7 +93,7 @@ bool FrameQueue::LaneIsFull(const Lane& lane) const {
   return lane.bytes >= limits_.bytes || SpanSeconds(lane.units) >= limits_.seconds;
 }
 
-bool FrameQueue::HasRoom(Kind kind) const {
+bool FrameQueue::HasSpace(Kind kind) const {
   const Lane& own = LaneOf(kind);
   if (!LaneIsFull(own)) return true;
   const Lane& other = LaneOf(OtherThan(kind));

@@ -67,7 +67,7 @@ class FrameQueue {
   const Lane& LaneOf(Kind kind) const { return lanes_[kind == Kind::kVideo ? 0 : 1]; }
   Lane& LaneOf(Kind kind) { return lanes_[kind == Kind::kVideo ? 0 : 1]; }
   bool LaneIsFull(const Lane& lane) const;
-  bool HasRoom(Kind kind) const;
+  bool HasSpace(Kind kind) const;
 
   const QueueLimits limits_;
   mutable std::mutex mutex_;

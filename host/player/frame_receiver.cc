@@ -14,7 +14,7 @@ void FrameReceiver::Guarded(const Call& call) {
 
 void FrameReceiver::OnDuration(float seconds) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnDuration(seconds);
+    if (observer_ != nullptr) observer_->OnDuration(seconds);
     Arrived();
     const std::lock_guard lock(mutex_);
     news_.duration = seconds;
@@ -23,7 +23,7 @@ void FrameReceiver::OnDuration(float seconds) {
 
 void FrameReceiver::OnBufferedTime(float seconds) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnBufferedTime(seconds);
+    if (observer_ != nullptr) observer_->OnBufferedTime(seconds);
     Arrived();
     const std::lock_guard lock(mutex_);
     news_.buffered = seconds;
@@ -32,14 +32,14 @@ void FrameReceiver::OnBufferedTime(float seconds) {
 
 void FrameReceiver::OnAudioClock(float seconds) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnAudioClock(seconds);
+    if (observer_ != nullptr) observer_->OnAudioClock(seconds);
     Arrived();
   });
 }
 
 void FrameReceiver::OnAudioFrame(MediaFrame frame) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnAudioFrame(frame);
+    if (observer_ != nullptr) observer_->OnAudioFrame(frame);
     ++counts_.audio_frames;
     TakeFrame(Kind::kAudio, frame);
   });
@@ -47,7 +47,7 @@ void FrameReceiver::OnAudioFrame(MediaFrame frame) {
 
 void FrameReceiver::OnVideoFrame(MediaFrame frame) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnVideoFrame(frame);
+    if (observer_ != nullptr) observer_->OnVideoFrame(frame);
     ++counts_.video_frames;
     TakeFrame(Kind::kVideo, frame);
   });
@@ -55,14 +55,14 @@ void FrameReceiver::OnVideoFrame(MediaFrame frame) {
 
 void FrameReceiver::OnMessage(std::string line) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnMessage(line);
+    if (observer_ != nullptr) observer_->OnMessage(line);
     TakeLine(std::move(line));
   });
 }
 
 void FrameReceiver::OnPlayResult(std::string line) {
   Guarded([&] {
-    if (witness_ != nullptr) witness_->OnPlayResult(line);
+    if (observer_ != nullptr) observer_->OnPlayResult(line);
     TakeLine(std::move(line));
   });
 }
@@ -74,7 +74,7 @@ void FrameReceiver::SetQueue(FrameQueue* queue) {
   news_.buffered.reset();
 }
 
-StreamNews FrameReceiver::News() const {
+StreamStatus FrameReceiver::News() const {
   const std::lock_guard lock(mutex_);
   return news_;
 }

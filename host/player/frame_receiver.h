@@ -22,7 +22,7 @@
 namespace player {
 
 // The latest value of each.
-struct StreamNews {
+struct StreamStatus {
   std::optional<float> duration;
   std::optional<float> buffered;
   std::string status;
@@ -32,7 +32,7 @@ class FrameReceiver final : public CStreamPlayerImp {
  public:
   // All references are borrowed. Every call is also passed on to `witness`, unless it is null.
   FrameReceiver(const host::Clock& clock, PlayCounts& counts, CStreamPlayerImp* witness = nullptr)
-      : clock_(clock), counts_(counts), witness_(witness) {}
+      : clock_(clock), counts_(counts), observer_(witness) {}
 
   void OnDuration(float seconds) override;
   void OnBufferedTime(float seconds) override;
@@ -48,7 +48,7 @@ class FrameReceiver final : public CStreamPlayerImp {
 
   // The time of the last call from the component, by the host's clock.
   double LastArrivalMs() const { return last_arrival_ms_.load(); }
-  StreamNews News() const;
+  StreamStatus News() const;
   // Whether the stream plays as FLV.
   bool IsFlv() const { return is_flv_.load(); }
 
@@ -70,13 +70,13 @@ class FrameReceiver final : public CStreamPlayerImp {
 
   const host::Clock& clock_;
   PlayCounts& counts_;
-  CStreamPlayerImp* const witness_;
+  CStreamPlayerImp* const observer_;
   std::atomic<FrameQueue*> queue_{nullptr};
   std::atomic<double> last_arrival_ms_{0};
   std::atomic<bool> is_flv_{false};
   std::atomic<bool> origin_is_kept_{false};
   mutable std::mutex mutex_;
-  StreamNews news_;                        // all below guarded by mutex_
+  StreamStatus news_;                      // all below guarded by mutex_
   bool seen_[2] = {false, false};          // whether a frame of each kind was received
   std::optional<std::uint64_t> origin_;    // 90 kHz
   std::optional<std::uint64_t> farthest_;  // 90 kHz

@@ -121,7 +121,7 @@ int Run(const player::PlayerOptions& options) {
   const host::SteadyClock clock;
   Files files;
   if (!OpenFiles(options, clock, files)) return player::kExitUsage;
-  host::NoteInterrupts();
+  host::InstallInterruptHandlers();
   player::CountAvErrors();
   std::string error;
   const std::unique_ptr<player::Window> window = player::SdlWindow::Open(error);

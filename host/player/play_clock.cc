@@ -45,7 +45,7 @@ void PlayClock::Hear(double stream, double at, Order order) {
   Keep(sounds_, {at, stream, lines_.back().segment});
 }
 
-void PlayClock::HearNothing(double at) {
+void PlayClock::MarkSilence(double at) {
   const std::lock_guard lock(mutex_);
   if (!sounds_.empty() && sounds_.back().stream) Keep(sounds_, {at, {}, 0});
 }

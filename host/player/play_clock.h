@@ -38,7 +38,7 @@ class PlayClock {
   // the future. Small deviations from the clock are smoothed.
   void Hear(double stream, double at, Order order = Order::kFollows);
   // No audio is heard from the moment `at`.
-  void HearNothing(double at);
+  void MarkSilence(double at);
 
   void SetPaused(bool paused, double now);
   void SetStarved(bool starved, double now);

@@ -24,7 +24,7 @@ void PlayControl::Tick() {
     if (CanMove()) SeekTo(start);
   }
   playback_->Tick(Now());
-  const bool has_ended = NothingComes();
+  const bool has_ended = IsSilent();
   playback_->SetStreamEnded(has_ended);
   ended_ = has_ended && playback_->IsPlayedOut();
   if (const auto at = FromOrigin(playback_->clock().At(Now()))) position_ = *at;
@@ -43,7 +43,7 @@ void PlayControl::Move(double seconds) {
 
 TitleFacts PlayControl::Facts() const {
   TitleFacts facts;
-  const StreamNews news = dependencies_.receiver.News();
+  const StreamStatus news = dependencies_.receiver.News();
   const bool plays = playback_ != nullptr && playback_->clock().HasStarted();
   if (plays) facts.position = position_;
   facts.duration = news.duration;
@@ -107,7 +107,7 @@ std::uint64_t PlayControl::FramesSoFar() const {
   return dependencies_.counts.video_frames + dependencies_.counts.audio_frames;
 }
 
-bool PlayControl::NothingComes() const {
+bool PlayControl::IsSilent() const {
   const host::EndRule rule{PatienceMs(), std::nullopt};
   const double last = std::max(dependencies_.receiver.LastArrivalMs(), began_ms_);
   return playback_->frames().IsIdle() &&

@@ -71,7 +71,7 @@ class PlayControl {
   bool CanMove() const;
   double PatienceMs() const;
   std::uint64_t FramesSoFar() const;
-  bool NothingComes() const;
+  bool IsSilent() const;
   double Now() const { return dependencies_.clock.NowMs() / 1000; }
   std::optional<double> FromOrigin(std::optional<double> stream_seconds) const;
 

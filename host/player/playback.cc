@@ -108,7 +108,7 @@ void Playback::DecodeAudio() {
     if (!frame || IsLeftover(*frame)) continue;
     Guarded([&] {
       if (!decoder) {
-        decoder.emplace(counts_, [this](SoundPiece piece) { sound_.Push(std::move(piece)); });
+        decoder.emplace(counts_, [this](AudioPiece piece) { sound_.Push(std::move(piece)); });
       }
       decoder->Decode(*frame);
     });

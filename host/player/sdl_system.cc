@@ -7,8 +7,8 @@
 namespace player {
 namespace {
 
-void SaySoundError(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
-                   const char* /*form*/, ...) {}
+void IgnoreAlsaError(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
+                     const char* /*form*/, ...) {}
 
 // ALSA prints many lines about a missing device. The player prints one line instead.
 void KeepAlsaQuiet() {
@@ -16,7 +16,7 @@ void KeepAlsaQuiet() {
   void* const library = SDL_LoadObject("libasound.so.2");
   if (library == nullptr) return;
   void* const set_handler = SDL_LoadFunction(library, "snd_lib_error_set_handler");
-  if (set_handler != nullptr) reinterpret_cast<int (*)(Handler)>(set_handler)(SaySoundError);
+  if (set_handler != nullptr) reinterpret_cast<int (*)(Handler)>(set_handler)(IgnoreAlsaError);
   // The library stays loaded, because the handler is set in it.
 }
 

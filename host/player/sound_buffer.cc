@@ -13,9 +13,9 @@ double SecondsOfFrames(std::size_t frames) { return static_cast<double>(frames) 
 
 }  // namespace
 
-bool SoundBuffer::Push(SoundPiece piece) {
+bool SoundBuffer::Push(AudioPiece piece) {
   std::unique_lock lock(mutex_);
-  room_came_.wait(lock, [this] { return closed_ || frames_ < kRoom; });
+  space_available_.wait(lock, [this] { return closed_ || frames_ < kRoom; });
   if (closed_) return false;
   if (piece.Frames() == 0) return true;
   frames_ += piece.Frames();
@@ -33,7 +33,7 @@ void SoundBuffer::Fill(std::span<float> out, double heard_at) {
   while (done < wanted && !pieces_.empty()) {
     const double at = heard_at + SecondsOfFrames(done);
     if (const std::size_t silence = SilenceBefore(at); silence > 0) {
-      clock_.HearNothing(at);
+      clock_.MarkSilence(at);
       heard = false;
       done += silence;
       continue;
@@ -43,8 +43,8 @@ void SoundBuffer::Fill(std::span<float> out, double heard_at) {
     done += Take(out.subspan(done * kSoundChannels));
   }
   dry_ = done < wanted;
-  if (dry_) clock_.HearNothing(heard_at + SecondsOfFrames(done));
-  room_came_.notify_one();
+  if (dry_) clock_.MarkSilence(heard_at + SecondsOfFrames(done));
+  space_available_.notify_one();
 }
 
 std::optional<double> SoundBuffer::NextSeconds() const {
@@ -64,7 +64,7 @@ void SoundBuffer::Close() {
   pieces_.clear();
   frames_ = 0;
   taken_ = 0;
-  room_came_.notify_all();
+  space_available_.notify_all();
 }
 
 double SoundBuffer::Next() const { return pieces_.front().seconds + SecondsOfFrames(taken_); }
@@ -88,7 +88,7 @@ std::size_t SoundBuffer::SilenceBefore(double at) const {
 }
 
 std::size_t SoundBuffer::Take(std::span<float> out) {
-  const SoundPiece& piece = pieces_.front();
+  const AudioPiece& piece = pieces_.front();
   const std::size_t count = std::min(out.size() / kSoundChannels, piece.Frames() - taken_);
   const auto from = piece.samples.begin() + static_cast<std::ptrdiff_t>(taken_ * kSoundChannels);
   std::copy_n(from, count * kSoundChannels, out.begin());

@@ -23,7 +23,7 @@ class SoundBuffer {
   explicit SoundBuffer(PlayClock& clock) : clock_(clock) {}
 
   // Waits for space. Returns false if the buffer was closed; the piece is then dropped.
-  bool Push(SoundPiece piece);
+  bool Push(AudioPiece piece);
 
   // Fills `out`. Its first sample will be heard at the moment `heard_at`.
   void Fill(std::span<float> out, double heard_at);
@@ -45,8 +45,8 @@ class SoundBuffer {
 
   PlayClock& clock_;
   mutable std::mutex mutex_;
-  std::condition_variable room_came_;
-  std::deque<SoundPiece> pieces_;  // all below guarded by mutex_
+  std::condition_variable space_available_;
+  std::deque<AudioPiece> pieces_;  // all below guarded by mutex_
   std::size_t frames_ = 0;         // audio frames in all pieces
   std::size_t taken_ = 0;          // audio frames taken from the first piece
   std::optional<double> ended_;    // end of the audio handed out last, in stream time

@@ -10,7 +10,7 @@ namespace player {
 inline constexpr int kSoundRate = 48'000;
 inline constexpr int kSoundChannels = 2;
 
-struct SoundPiece {
+struct AudioPiece {
   std::vector<float> samples;  // interleaved samples of the two channels
   double seconds = 0;          // stream time of the first sample
 

@@ -10,7 +10,7 @@ namespace report {
 namespace {
 
 // Returns the text before `mark` and sets `rest` to the text after it.
-std::string_view TakeUpTo(std::string_view mark, std::string_view& rest) {
+std::string_view SplitAt(std::string_view mark, std::string_view& rest) {
   const std::size_t at = rest.find(mark);
   const std::string_view part = rest.substr(0, at);
   rest = at == std::string_view::npos ? std::string_view() : rest.substr(at + mark.size());
@@ -27,11 +27,11 @@ bool IsWritable(const std::filesystem::path& file) {
 
 std::string ReportPage(const ReportRecord& record, const std::string& address) {
   std::string_view rest = WebPage();
-  std::string page(TakeUpTo("/* styles */", rest));
+  std::string page(SplitAt("/* styles */", rest));
   page += WebStyles();
-  page += TakeUpTo("{/* data */}", rest);
+  page += SplitAt("{/* data */}", rest);
   page += ReportJson(record, address);
-  page += TakeUpTo("/* scripts */", rest);
+  page += SplitAt("/* scripts */", rest);
   page += WebScripts();
   page += rest;
   return page;

@@ -17,7 +17,7 @@ void Tell(const char* why) noexcept {
 
 }  // namespace
 
-void TellFailureOnce() noexcept {
+void ReportFailureOnce() noexcept {
   try {
     throw;
   } catch (const std::exception& failure) {

@@ -5,7 +5,7 @@
 namespace host {
 
 // Prints the exception being handled on standard error, as one line. Prints only the first one.
-void TellFailureOnce() noexcept;
+void ReportFailureOnce() noexcept;
 
 // Lets the next exception be printed even if one was printed before. For tests.
 void ReportNextFailure() noexcept;
@@ -17,7 +17,7 @@ bool GuardedCall(const Call& call) noexcept {
     call();
     return true;
   } catch (...) {
-    TellFailureOnce();
+    ReportFailureOnce();
     return false;
   }
 }

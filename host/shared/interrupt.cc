@@ -18,7 +18,7 @@ extern "C" void NoteInterrupt(int signal) {
 
 }  // namespace
 
-void NoteInterrupts() {
+void InstallInterruptHandlers() {
   g_interrupted = false;
   std::signal(SIGINT, NoteInterrupt);
   std::signal(SIGTERM, NoteInterrupt);

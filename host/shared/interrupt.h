@@ -4,9 +4,9 @@
 
 namespace host {
 
-void NoteInterrupts();
+void InstallInterruptHandlers();
 
-// Whether one was received since NoteInterrupts.
+// Whether one was received since InstallInterruptHandlers.
 bool Interrupted();
 
 }  // namespace host

@@ -92,7 +92,7 @@ TEST_F(CInterfaceEndTest, SecondStopReturnsNotPlaying) {
 }
 
 // Plays until the blocked callback has been entered and audio has been delivered.
-void PlayInto(HeldVideoCall& call, RecordingPlayer& player, sd_downloader* downloader,
+void PlayInto(BlockedVideoCall& call, RecordingPlayer& player, sd_downloader* downloader,
               const std::string& address) {
   EXPECT_EQ(Begin(downloader, address), SD_OK);
   EXPECT_TRUE(call.WaitUntilEntered());
@@ -100,20 +100,21 @@ void PlayInto(HeldVideoCall& call, RecordingPlayer& player, sd_downloader* downl
 }
 
 TEST_F(CInterfaceEndTest, StopWaitsForARunningCallback) {
-  HeldVideoCall call(player_);
+  BlockedVideoCall call(player_);
   PlayInto(call, player_, downloader_.get(), LocalFlv("stopped"));
-  EXPECT_EQ(EndBehindCall(call, [this] { return sd_end_download(downloader_.get()); }), SD_OK);
+  EXPECT_EQ(StopDuringBlockedCall(call, [this] { return sd_end_download(downloader_.get()); }),
+            SD_OK);
   player_.Close();  // any later call fails the test
 }
 
 TEST_F(CInterfaceEndTest, DestructionWaitsForARunningCallback) {
   RecordingPlayer player;
-  HeldVideoCall call(player);
+  BlockedVideoCall call(player);
   const sd_callbacks callbacks = CallbacksTo(player);
   sd_downloader* downloader = nullptr;
   ASSERT_EQ(sd_create(&callbacks, &downloader), SD_OK);
   PlayInto(call, player, downloader, LocalFlv("destroyed"));
-  EXPECT_EQ(EndBehindCall(call, [downloader] { return sd_destroy(downloader); }), SD_OK);
+  EXPECT_EQ(StopDuringBlockedCall(call, [downloader] { return sd_destroy(downloader); }), SD_OK);
   player.Close();  // any later call fails the test
 }
 

@@ -16,11 +16,11 @@ namespace c_interface_test {
 namespace {
 
 // Runs an action inside the first call of one kind.
-class IntrudingPlayer final : public CStreamPlayerImp {
+class ActionInCallbackPlayer final : public CStreamPlayerImp {
  public:
   enum class Kind { kDuration, kBufferedTime, kClock, kAudio, kVideo, kMessage, kResult };
 
-  IntrudingPlayer(Kind kind, std::function<void()> intrude)
+  ActionInCallbackPlayer(Kind kind, std::function<void()> intrude)
       : kind_(kind), intrude_(std::move(intrude)) {}
 
   void OnDuration(float /*seconds*/) override { Called(Kind::kDuration); }
@@ -53,7 +53,7 @@ class IntrudingPlayer final : public CStreamPlayerImp {
   bool done_ = false;  // guarded by mutex_
 };
 
-using Kind = IntrudingPlayer::Kind;
+using Kind = ActionInCallbackPlayer::Kind;
 
 // Returns at the first call that is not refused, because a later one would wait for ever.
 void ExpectAllRefused(sd_downloader* downloader) {
@@ -79,7 +79,7 @@ class CInterfaceInsideEachCallbackTest : public CInterfaceInsideCallbackTest,
 
 TEST_P(CInterfaceInsideEachCallbackTest, CallsAreRefusedForEveryDownloader) {
   sd_downloader* own = nullptr;
-  IntrudingPlayer player(GetParam(), [&] {
+  ActionInCallbackPlayer player(GetParam(), [&] {
     ExpectAllRefused(own);
     ExpectAllRefused(other_.get());
     ExpectAllRefused(nullptr);
@@ -99,7 +99,7 @@ INSTANTIATE_TEST_SUITE_P(EveryKind, CInterfaceInsideEachCallbackTest,
 
 TEST_F(CInterfaceInsideCallbackTest, CallsOnTheCallersThreadAreRefusedUntilTheCallbackReturns) {
   sd_downloader* own = nullptr;
-  IntrudingPlayer player(Kind::kMessage, [&] { ExpectAllRefused(own); });
+  ActionInCallbackPlayer player(Kind::kMessage, [&] { ExpectAllRefused(own); });
   const OwnedDownloader downloader(player);
   own = downloader.get();
   EXPECT_EQ(Begin(own, "rtmp"), SD_ERROR_UNKNOWN_SCHEME);
@@ -109,8 +109,8 @@ TEST_F(CInterfaceInsideCallbackTest, CallsOnTheCallersThreadAreRefusedUntilTheCa
 
 TEST_F(CInterfaceInsideCallbackTest, VersionAndTextsAreAvailable) {
   std::string version;
-  IntrudingPlayer player(Kind::kMessage,
-                         [&] { version = std::string(sd_version()) + sd_result_text(SD_OK); });
+  ActionInCallbackPlayer player(
+      Kind::kMessage, [&] { version = std::string(sd_version()) + sd_result_text(SD_OK); });
   const OwnedDownloader downloader(player);
   EXPECT_EQ(Begin(downloader.get(), "rtmp"), SD_ERROR_UNKNOWN_SCHEME);
   EXPECT_EQ(version, std::string(sd_version()) + sd_result_text(SD_OK));
@@ -118,7 +118,7 @@ TEST_F(CInterfaceInsideCallbackTest, VersionAndTextsAreAvailable) {
 
 TEST_F(CInterfaceInsideCallbackTest, OtherThreadsMayCallMeanwhile) {
   RecordingPlayer player;
-  HeldVideoCall call(player);
+  BlockedVideoCall call(player);
   const OwnedDownloader downloader(player);
   EXPECT_EQ(Begin(downloader.get(), LocalFlv("meanwhile")), SD_OK);
   EXPECT_TRUE(call.WaitUntilEntered());

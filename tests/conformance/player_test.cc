@@ -21,12 +21,12 @@ TYPED_TEST(PlayerTest, WithoutAPlayerFramesAreRemovedAndReleased) {
 }
 
 TYPED_TEST(PlayerTest, PlayerThatBlocksInVideoGetsItsAudioAndTheStopWaitsOnlyForItsCall) {
-  HeldVideoCall call(this->player_);
+  BlockedVideoCall call(this->player_);
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   ASSERT_TRUE(call.WaitUntilEntered());
   EXPECT_TRUE(this->WaitForAudio(TypeParam::kDue.audio));
   EXPECT_EQ(this->player_.Snapshot().video.size(), 1U);
-  EXPECT_TRUE(EndBehindCall(call, this->downloader_));
+  EXPECT_TRUE(StopDuringBlockedCall(call, this->downloader_));
   this->player_.Close();
   EXPECT_EQ(this->player_.Snapshot().video.size(), 1U) << "another frame was delivered after it";
   EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));

@@ -73,13 +73,13 @@ TYPED_TEST(TwoFacadesTest, EachRunningStartReportsToItsOwnPlayer) {
 }
 
 TYPED_TEST(TwoFacadesTest, EndAfterTheOtherFacadesStopWaitsForTheCallOfItsPlayer) {
-  HeldVideoCall call(this->player_);
+  BlockedVideoCall call(this->player_);
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   ASSERT_TRUE(call.WaitUntilEntered());
   ASSERT_TRUE(this->WaitForAudio(TypeParam::kDue.audio) && this->server_.AwaitWhole());
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_FALSE(TypeParam::Runs());
-  EXPECT_EQ(EndBehindCall(call, this->downloader_), TestFixture::kEndAfterAnotherOnesEnd);
+  EXPECT_EQ(StopDuringBlockedCall(call, this->downloader_), TestFixture::kEndAfterAnotherOnesEnd);
   this->player_.Close();
 }
 

@@ -100,22 +100,22 @@ class CutOffTest(HlsCase):
     """The whole packets that were received stay before the next segment; there is no retry."""
 
     def test_cut_between_packets_plays_up_to_the_cut_and_continues_with_the_next_segment(self):
-        run = self.play_cut_off(0)
+        run = self.play_truncated(0)
         self.assertNotIn("The ts packet has not sync byte", run.output)
 
     def test_cut_inside_a_packet_plays_its_whole_packets_and_continues_with_the_next_segment(self):
-        run = self.play_cut_off(100)
+        run = self.play_truncated(100)
         self.assertNotIn("The ts packet has not sync byte", run.output)
 
-    def play_cut_off(self, behind_packet):
-        """Cuts off the second segment, `behind_packet` bytes after a packet boundary."""
+    def play_truncated(self, extra_bytes):
+        """Cuts off the second segment, `extra_bytes` bytes after a packet boundary."""
         sample = self.make_hls(4)
         first, cut, behind_cut, last = sample.segments
         body = cut.read_bytes()
         whole = len(body) // 2 // _PACKET * _PACKET
         came = self.directory / "came.ts"
         came.write_bytes(body[:whole] + behind_cut.read_bytes())
-        with cut_off_server(body, whole + behind_packet) as port:
+        with cut_off_server(body, whole + extra_bytes) as port:
             server = self.serve(
                 f"location = /{cut.name} {{ return 302 http://127.0.0.1:{port}/; }}")
             run = self.play_segments(server.url(sample.playlist.name), [first, came, last])

@@ -12,7 +12,7 @@ class LiveTest(HlsCase):
         self.addCleanup(encoder.stop)
         return encoder
 
-    def segments_that_were_asked_for(self, server, encoder):
+    def requested_segments(self, server, encoder):
         """The requested segments in the order of the requests, each of which must have been answered."""
         requests = [request.split()[:2] for request in server.requests(1)]
         asked = [path.removeprefix("/") for path, _ in requests if path.endswith(".ts")]
@@ -34,7 +34,7 @@ class LiveTest(HlsCase):
         encoder.stop()
         self.assertIn(f"PLAY M3U8 OK:{address}", run.messages())
         self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
-        played = self.segments_that_were_asked_for(server, encoder)
+        played = self.requested_segments(server, encoder)
         self.assertGreater(len(played), listed)
         self.assert_one_after_the_other(played, encoder)
         for kind in ("video", "audio"):

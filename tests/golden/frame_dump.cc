@@ -47,7 +47,7 @@ void AddLines(const char* kind, const std::vector<DumpedFrame>& frames, std::str
 
 }  // namespace
 
-FrameDump TakeQueuedFrames() {
+FrameDump PopQueuedFrames() {
   std::vector<DumpedFrame> video = TakeAll(PopVideoFrame);
   return {std::move(video), TakeAll(PopAudioFrame)};
 }

@@ -22,7 +22,7 @@ struct FrameDump {
 };
 
 // Empties the global queues.
-FrameDump TakeQueuedFrames();
+FrameDump PopQueuedFrames();
 
 // One line per frame, video first, as in
 // "video 3: pts=140400 dts=136800 play=14400 size=856 crc=1c291ca3".

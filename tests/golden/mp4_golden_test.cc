@@ -393,7 +393,7 @@ class Mp4GoldenHttpTest : public Mp4PlayFixture,
     const std::atomic<float> start_position{0};
     reader.RunPass({0, "", file.string(), {0, 999'999'999}, 1, start_position});
     g_mp4Running = false;
-    return DumpText(TakeQueuedFrames());
+    return DumpText(PopQueuedFrames());
   }
 
   ScratchDirectory scratch_;

@@ -36,7 +36,7 @@ FrameDump DemultiplexFromMemory(const std::vector<std::uint8_t>& stream) {
   ts_demux_forget();
   ResetFrameQueues();
   ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
-  FrameDump dump = TakeQueuedFrames();
+  FrameDump dump = PopQueuedFrames();
   for (auto* frames : {&dump.video, &dump.audio}) {
     for (DumpedFrame& frame : *frames) frame.play = 0;
   }

@@ -50,7 +50,7 @@ FrameDump Demultiplex(Bytes stream, const std::function<void(Bytes)>& feed) {
   ts_demux_forget();
   ResetFrameQueues();
   feed(stream);
-  return TakeQueuedFrames();
+  return PopQueuedFrames();
 }
 
 // A PES packet is queued when the next one begins, so the last packet of the reference has no

@@ -49,7 +49,7 @@ class HostPlayerTest : public testing::Test {
   OutputFile output_;
   SimulatedClock clock_;
   Screen screen_;
-  HostPlayer player_;
+  StatsPlayer player_;
 };
 
 TEST_F(HostPlayerTest, FramesAreCountedByKind) {
@@ -143,7 +143,7 @@ TEST_F(HostPlayerTest, OnlyTextsAreKeptWhileRecordingIsOff) {
 
 TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
   CallReport report;
-  HostPlayer player(clock_, screen_, nullptr, &report);
+  StatsPlayer player(clock_, screen_, nullptr, &report);
   player.OpenRun();
   player.SetRecording(false);
   MakeEveryCall(player, 1);
@@ -158,7 +158,7 @@ TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
 TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineReportsIt) {
   ReportNextFailure();
   ReportWithoutMemory report;
-  HostPlayer player(clock_, screen_, nullptr, &report);
+  StatsPlayer player(clock_, screen_, nullptr, &report);
   testing::internal::CaptureStderr();
   EXPECT_NO_THROW(MakeEveryCall(player, 1));
   const std::string told = testing::internal::GetCapturedStderr();

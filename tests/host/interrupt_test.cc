@@ -10,7 +10,7 @@ namespace {
 class InterruptTest : public testing::TestWithParam<int> {};
 
 TEST_P(InterruptTest, SignalIsRecordedAndDoesNotEndTheProcess) {
-  NoteInterrupts();
+  InstallInterruptHandlers();
   ASSERT_FALSE(Interrupted());
   ASSERT_EQ(std::raise(GetParam()), 0);
   EXPECT_TRUE(Interrupted());

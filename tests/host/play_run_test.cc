@@ -74,7 +74,7 @@ class PlayRunTest : public testing::Test {
   OutputFile output_;
   Screen screen_;
   FakeDownloader library_;
-  HostPlayer player_;
+  StatsPlayer player_;
   double interrupted_at_ms_ = 1e12;
 };
 

@@ -93,7 +93,7 @@ TEST(PlayClockTest, TimeContinuesWhenTheSoundRunsOut) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
-  clock.HearNothing(100.02);
+  clock.MarkSilence(100.02);
   EXPECT_DOUBLE_EQ(*clock.At(102), 12);
   EXPECT_FALSE(clock.HeardAt(102).has_value());
 }
@@ -102,7 +102,7 @@ TEST(PlayClockTest, LateSoundMovesTheTimeBack) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
-  clock.HearNothing(100.02);
+  clock.MarkSilence(100.02);
   clock.Hear(10.02, 102);
   EXPECT_DOUBLE_EQ(*clock.At(102), 10.02);
 }

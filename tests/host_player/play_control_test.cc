@@ -27,7 +27,7 @@ class PlayControlTest : public testing::Test {
 
   // Starts the stream, so that there is something to move in. The frame is empty, so there is
   // nothing to decode.
-  void FirstFrameComes() { receiver_.OnVideoFrame(FrameAt(90'000, "")); }
+  void ReceiveFirstFrame() { receiver_.OnVideoFrame(FrameAt(90'000, "")); }
 
   // Whether the stream counts as ended after this much silence.
   bool HasEndedAfter(PlayControl& control, double seconds) {
@@ -49,7 +49,7 @@ TEST_F(PlayControlTest, MoveEndsTheDownloadSetsThePositionAndBeginsAgain) {
   {
     PlayControl control = Make();
     ASSERT_TRUE(control.Begin());
-    FirstFrameComes();
+    ReceiveFirstFrame();
     control.Move(10);
     EXPECT_EQ(starts_, 2);
   }
@@ -60,7 +60,7 @@ TEST_F(PlayControlTest, MoveEndsTheDownloadSetsThePositionAndBeginsAgain) {
 TEST_F(PlayControlTest, MoveBackStopsAtTheBeginning) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
-  FirstFrameComes();
+  ReceiveFirstFrame();
   control.Move(10);
   control.Move(-30);
   EXPECT_EQ(downloader_.calls[5], "start at 0");
@@ -71,7 +71,7 @@ TEST_F(PlayControlTest, StartPositionWaitsForTheFirstFrame) {
   ASSERT_TRUE(control.Begin());
   control.Tick();
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
-  FirstFrameComes();
+  ReceiveFirstFrame();
   control.Tick();
   control.Tick();
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts", "end", "start at 5", "begin a.ts"));
@@ -90,7 +90,7 @@ TEST_F(PlayControlTest, StreamWithoutAFrameEndsAfterTheIdleTime) {
 TEST_F(PlayControlTest, PauseLastsThroughAMove) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
-  FirstFrameComes();
+  ReceiveFirstFrame();
   control.TogglePause();
   control.Move(10);
   EXPECT_TRUE(control.playback()->clock().IsPaused());
@@ -110,7 +110,7 @@ TEST_F(PlayControlTest, NothingMovesInFlv) {
   PlayControl control = Make(5);
   ASSERT_TRUE(control.Begin());
   receiver_.OnMessage("PLAY FLV:x");
-  FirstFrameComes();
+  ReceiveFirstFrame();
   control.Tick();
   control.Move(10);
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
@@ -119,7 +119,7 @@ TEST_F(PlayControlTest, NothingMovesInFlv) {
 TEST_F(PlayControlTest, ShortSilenceAfterAMoveIsNotTheEnd) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
-  FirstFrameComes();
+  ReceiveFirstFrame();
   control.Move(10);
   EXPECT_FALSE(HasEndedAfter(control, 20 * kIdleSeconds - 0.001));
   EXPECT_TRUE(HasEndedAfter(control, 0.002));
@@ -128,7 +128,7 @@ TEST_F(PlayControlTest, ShortSilenceAfterAMoveIsNotTheEnd) {
 TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsCleared) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
-  FirstFrameComes();
+  ReceiveFirstFrame();
   receiver_.OnVideoFrame(FrameAt(90'000 * 31, "v"));
   receiver_.OnBufferedTime(30);
   EXPECT_EQ(control.Facts().buffered, 30);

@@ -164,8 +164,8 @@ class SimulatedPlay final : private Window, private CommandSource {
 
   // Each sample holds the number of its piece and the number of its frame. 0 is reserved for
   // silence.
-  SoundPiece PieceAt(double seconds) {
-    SoundPiece piece;
+  AudioPiece PieceAt(double seconds) {
+    AudioPiece piece;
     piece.seconds = seconds;
     piece_seconds_.push_back(seconds);
     for (std::size_t frame = 0; frame < DecodedStream::kPieceFrames; ++frame) {

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kMs = 0.001;
 
-SoundPiece PieceAt(double seconds, double length, float value = 0.5F) {
+AudioPiece PieceAt(double seconds, double length, float value = 0.5F) {
   const auto frames = static_cast<std::size_t>(length * kSoundRate);
   return {std::vector<float>(frames * kSoundChannels, value), seconds};
 }

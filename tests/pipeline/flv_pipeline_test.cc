@@ -76,11 +76,11 @@ TEST_F(FlvPipelineTest, TenKibibytesDoNotStartThePlayTaskDuringTheDownload) {
   SimulatedClock clock;
   downloader_.BeginDownload(url);
   EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 10240; }));
-  EXPECT_TRUE(clock.AwaitWaiting(kTasks));
+  EXPECT_TRUE(clock.WaitForWaiters(kTasks));
   const std::size_t checks = clock.UnmetChecks();
   g_flvStream->Stop();  // only wakes the play task while the pipeline runs
   EXPECT_TRUE(WaitUntil([&] { return clock.UnmetChecks() > checks; }));
-  EXPECT_TRUE(clock.AwaitWaiting(kTasks));
+  EXPECT_TRUE(clock.WaitForWaiters(kTasks));
   EXPECT_FALSE(player_.Snapshot().HasMessage(OkLine(url)));
   clock.Release();
   server_.Release();
@@ -132,10 +132,10 @@ TEST_F(FlvPipelineTest, DeliveredVideoIsReleasedWhileAnAudioCallbackBlocks) {
   constexpr int kFrames = 300;
   server_.Serve(MakeStream(kFrames, 100'000));
   {
-    const BlockedAudio blocked(player_);
+    const AudioBlockingPlayer blocked(player_);
     downloader_.BeginDownload(server_.Url("/plain/a.flv"));
     EXPECT_TRUE(WaitForVideo(kFrames + 2));
-    EXPECT_TRUE(BlockedAudio::HoldsLittleBesideTheQueues());
+    EXPECT_TRUE(AudioBlockingPlayer::WaitUntilMemoryIsNearQueueSize());
   }
   EXPECT_TRUE(WaitForAudio(kFrames));
   Stop();

@@ -292,10 +292,10 @@ TEST_F(HlsRefreshTest, PlaylistTruncatedAnywhereLosesAndRepeatsNothing) {
 
 TEST_F(HlsRefreshTest, SegmentWhoseNameIsReusedWhileQueuedIsNotFetchedTwice) {
   for (const char* path : {"/r0.ts", "/r1.ts", "/r2.ts"}) server_.Put(path, std::string("x"));
-  QueueOrLeave(ListUrl(), LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
-  QueueOrLeave(ListUrl(), LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
+  QueueOrPutBack(ListUrl(), LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
+  QueueOrPutBack(ListUrl(), LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
   std::thread parse([this] { ParseSegmentsThread(pipeline_, ListUrl()); });
-  std::thread download([this] { DownloadPartsThread(pipeline_); });
+  std::thread download([this] { SegmentThread(pipeline_); });
   EXPECT_TRUE(
       player_.WaitFor([](const auto& record) { return record.buffered_times.size() == 4; }));
   pipeline_.running = false;

@@ -111,10 +111,10 @@ class HlsLongRunTest : public testing::Test {
   // Waits until all five tasks sleep or wait in the clock and only parsing and delivery are left to
   // do. While segments are queued, the segment task sleeps or has not woken up yet.
   void WaitForRest() {
-    ASSERT_TRUE(clock_.AwaitWaiting(kTasks));
+    ASSERT_TRUE(clock_.WaitForWaiters(kTasks));
     while (!IsAtRest()) {
       clock_.Advance(std::chrono::milliseconds(1));
-      ASSERT_TRUE(clock_.AwaitWaiting(kTasks));
+      ASSERT_TRUE(clock_.WaitForWaiters(kTasks));
     }
   }
 

@@ -211,7 +211,7 @@ TEST_F(HlsPlaylistTest, FirstRefreshFollowsTheFirstPlaylistAtOnceAndTheOthersASe
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 1)));
   RunBeside(server_.Url(kList), [&] {
     for (std::size_t refreshes = 1; refreshes <= 4; ++refreshes) {
-      EXPECT_TRUE(clock_.AwaitWaiting(1));
+      EXPECT_TRUE(clock_.WaitForWaiters(1));
       EXPECT_EQ(server_.Requests().size(), 1 + refreshes);
       clock_.Advance(kPause - kLittle);
       EXPECT_EQ(clock_.Waiting(), 1U) << "the pause ended early";

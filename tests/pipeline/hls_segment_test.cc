@@ -359,10 +359,10 @@ class HlsParseLoopTest : public HlsTasks {
   // Whether the thread checks for work once per millisecond, several times, and finds none.
   bool FindsNothingToDo() {
     for (int i = 0; i < 3; ++i) {
-      if (!clock_.AwaitWaiting(1)) return false;
+      if (!clock_.WaitForWaiters(1)) return false;
       const std::size_t sleeps = clock_.Sleeps();
       clock_.Advance(kPace);
-      if (!clock_.AwaitWaiting(1) || clock_.Sleeps() != sleeps + 1) return false;
+      if (!clock_.WaitForWaiters(1) || clock_.Sleeps() != sleeps + 1) return false;
     }
     return clock_.Sleeps(kPace) == clock_.Sleeps() && player_.Snapshot().messages.empty();
   }
@@ -433,7 +433,7 @@ class HlsHandOverTest : public HlsPlay {
     PutOnDemand(stream_, segments);
     server_.Put(kList, Held(Whole(OnDemandPlaylist(SegmentUris(0, segments)))));
     downloader_.BeginDownload(ListUrl());
-    EXPECT_TRUE(clock_.AwaitWaiting(kLoops + kSegmentTask));
+    EXPECT_TRUE(clock_.WaitForWaiters(kLoops + kSegmentTask));
     server_.Release(kList);
   }
 
@@ -463,7 +463,7 @@ class HlsHandOverTest : public HlsPlay {
 TEST_F(HlsHandOverTest, SegmentWaitsUntilThePreviousOneIsTaken) {
   Begin(8);
   EXPECT_TRUE(server_.WaitForRequests("/seg1.ts", 1));
-  EXPECT_TRUE(clock_.AwaitWaiting(kLoops + kSegmentTask))
+  EXPECT_TRUE(clock_.WaitForWaiters(kLoops + kSegmentTask))
       << "the segment thread does not wait for the hand-over";
   EXPECT_EQ(player_.Snapshot().buffered_times.size(), 1U);
   EXPECT_EQ(server_.CountRequests("/seg2.ts"), 0U);

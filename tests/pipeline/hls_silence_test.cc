@@ -54,7 +54,7 @@ class HlsSilenceTest : public HlsTasks {
   }
 
   // Waits until transfers have read the time `count` more times.
-  bool WaitForLooks(std::size_t count) {
+  bool WaitForTimeReads(std::size_t count) {
     const std::size_t looks = clock_.Looks();
     return WaitUntil([&] { return clock_.Looks() >= looks + count; });
   }
@@ -63,7 +63,7 @@ class HlsSilenceTest : public HlsTasks {
   // time up to twice in each of its turns, so the last of these reads belongs to a turn that began
   // later.
   bool WaitForBytesBeforeTheStall(const std::string& path) {
-    return server_.WaitForStall(path) && WaitForLooks(4);
+    return server_.WaitForStall(path) && WaitForTimeReads(4);
   }
 
   // Refreshes a playlist, answers one refresh with `trouble`, and expects the next one to play.
@@ -71,13 +71,13 @@ class HlsSilenceTest : public HlsTasks {
   void ExpectRefreshAfter(const Reply& trouble, const std::function<void()>& fall_silent) {
     server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
     PlaylistUntil([&] {
-      EXPECT_TRUE(clock_.AwaitWaiting(1));
+      EXPECT_TRUE(clock_.WaitForWaiters(1));
       server_.Put(kList, trouble);
       clock_.Advance(kPause);
       EXPECT_TRUE(server_.WaitForRequests(kList, 3));
       server_.Put(kList, LivePlaylist(1, SegmentUris(1, 2)));
       fall_silent();
-      EXPECT_TRUE(clock_.AwaitWaiting(1));
+      EXPECT_TRUE(clock_.WaitForWaiters(1));
       clock_.Advance(kPause);
       return WaitUntil([] { return WaitingSegments() == 3; });
     });
@@ -92,9 +92,9 @@ class HlsSilenceTest : public HlsTasks {
     server_.Put("/seg0.ts", trouble);
     server_.Put("/seg1.ts", std::string(kTsPacketSize, '\0'));
     server_.Put("/seg2.ts", std::string(kTsPacketSize, '\0'));
-    QueueOrLeave(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 3)));
+    QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 3)));
     std::thread parser([this] { ParseSegmentsThread(pipeline_, kUrl); });
-    RunUntil([this] { DownloadPartsThread(pipeline_); },
+    RunUntil([this] { SegmentThread(pipeline_); },
              [&] {
                EXPECT_TRUE(server_.WaitForRequests("/seg0.ts", 1));
                fall_silent();
@@ -117,7 +117,7 @@ TEST(HlsSilenceLimitTest, IsTenSeconds) { EXPECT_EQ(HlsPipeline().silence_limit,
 TEST_F(HlsSilenceTest, RefreshThatIsNotAnsweredForTenSecondsIsFollowedByTheNext) {
   ExpectRefreshAfter(Silent(), [this] {
     clock_.Advance(kLimit - kLittle);
-    EXPECT_TRUE(WaitForLooks(2)) << "the transfer ended early";
+    EXPECT_TRUE(WaitForTimeReads(2)) << "the transfer ended early";
     EXPECT_EQ(clock_.Waiting(), 0U) << "the pause began early";
     clock_.Advance(kLittle);
   });
@@ -172,13 +172,13 @@ TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitContinues) {
   static constexpr std::chrono::milliseconds kPauseAfterEach = kLimit / 4;
   constexpr std::size_t kTrickles = 40;
   server_.Put("/seg0.ts", Trickling(Whole(std::string("x")), kPauseAfterEach));
-  QueueOrLeave(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));
-  RunUntil([this] { DownloadPartsThread(pipeline_); },
+  QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));
+  RunUntil([this] { SegmentThread(pipeline_); },
            [this] {
              std::size_t looks = 0;
              for (std::size_t i = 1; i <= kTrickles; ++i) {
                const bool goes_on = server_.WaitForTrickles("/seg0.ts", i) &&
-                                    clock_.AwaitWaiting(1) &&
+                                    clock_.WaitForWaiters(1) &&
                                     WaitUntil([&] { return clock_.Looks() > looks; });
                if (!goes_on) return false;
                looks = clock_.Looks();
@@ -198,7 +198,7 @@ TEST_F(HlsSilenceTest, HeadersEndASilenceToo) {
   for (const char* path : {"/0", "/1"}) {
     EXPECT_TRUE(server_.WaitForRequests(path, 1));
     clock_.Advance(kLongerThanHalf);
-    EXPECT_TRUE(WaitForLooks(1));
+    EXPECT_TRUE(WaitForTimeReads(1));
     server_.Release(path);
   }
   EXPECT_TRUE(refreshed.get());

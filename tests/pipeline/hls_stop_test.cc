@@ -30,13 +30,13 @@ class HlsStopTest : protected AccountedStops, public HlsPlay {
 
   // Stops, expects the stop to be prompt, and checks that nothing of the stream is left.
   void StopAndExpectNothingLeft() {
-    StopAndExpectNothingOfIt();
+    StopAndExpectNothingLeftWithoutSleeps();
     EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(1)));
   }
 
   // The same without a check of the sleeps after the stop, some of which belong to a server that
   // trickles.
-  void StopAndExpectNothingOfIt() {
+  void StopAndExpectNothingLeftWithoutSleeps() {
     EXPECT_TRUE(Stop());
     EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
     EXPECT_FALSE(ActiveM3u8Runs());
@@ -72,7 +72,7 @@ TEST_F(HlsStopTest, WhileARefreshIsSilent) {
   downloader_.BeginDownload(ListUrl());
   ASSERT_TRUE(server_.WaitForRequests(kList, 2));
   server_.Put(kList, Silent());
-  account_.LetWaitsPass(true);
+  account_.EndWaitsImmediately(true);
   WakeHlsTasks();
   ASSERT_TRUE(server_.WaitForRequests(kList, 3));
   StopAndExpectNothingLeft();
@@ -114,7 +114,7 @@ TEST_F(HlsStopTest, WhileAnEndlessSegmentIsReceived) {
   server_.Put("/seg1.ts", Trickling(Whole(std::string(kTsPacketSize, '\0'))));
   downloader_.BeginDownload(ListUrl());
   ASSERT_TRUE(server_.WaitForTrickles("/seg1.ts", 20) && WaitForBufferedTimes(1));
-  StopAndExpectNothingOfIt();
+  StopAndExpectNothingLeftWithoutSleeps();
   EXPECT_TRUE(server_.WaitForHangUp("/seg1.ts"));
   EXPECT_EQ(player_.Snapshot().buffered_times.size(), 2U)
       << "an aborted segment reports its buffered time too";

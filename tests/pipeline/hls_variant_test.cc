@@ -256,7 +256,7 @@ TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
     played += Take().size();
     for (std::size_t at = before; at < taken_.size(); ++at) {
       const std::string& uri = taken_[at].uri;
-      at % 3 == 0 ? NoteSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
+      at % 3 == 0 ? RecordSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
     }
     most_known = std::max(most_known, KnownSegments());
   }

@@ -260,7 +260,7 @@ TEST_F(Mp4PipelineTest, VideoWithoutAKeyFrameGivesNothing) {
   Movie movie = MakeMovie();
   movie.tracks[0].samples.erase(movie.tracks[0].samples.begin());
   for (auto& sample : movie.tracks[0].samples) {
-    sample.data = mp4_test::Lengthened({mp4_test::Nal(mp4_test::kSlice)});
+    sample.data = mp4_test::LengthPrefixed({mp4_test::Nal(mp4_test::kSlice)});
   }
   ServeMovie(movie);
   EXPECT_EQ(PlayToTheEnd(), "");

@@ -458,7 +458,7 @@ TEST_F(Mp4BlockedFileTest, BytesStillWaitOnceTheTransferHasFinished) {
   downloader_.BeginDownload(server_.Address());
   bool all_wait = true;
   for (int i = 0; all_wait && i < kLooks; ++i) {
-    all_wait = clock.AwaitWaiting(kTasks);
+    all_wait = clock.WaitForWaiters(kTasks);
     clock.Advance(Clock::Duration(1));
   }
   EXPECT_THAT(testing::internal::GetCapturedStdout(),

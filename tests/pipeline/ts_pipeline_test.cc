@@ -121,10 +121,10 @@ TEST_F(TsPipelineTest, DeliveredVideoIsReleasedWhileAnAudioCallbackBlocks) {
   constexpr int kFrames = 300;
   server_.Serve(MakeStream(kFrames, 90'000, 100'000));
   {
-    const BlockedAudio blocked(player_);
+    const AudioBlockingPlayer blocked(player_);
     downloader_.BeginDownload(server_.Url("/plain/a.ts"));
     EXPECT_TRUE(WaitForVideo(kFrames - 1));
-    EXPECT_TRUE(BlockedAudio::HoldsLittleBesideTheQueues());
+    EXPECT_TRUE(AudioBlockingPlayer::WaitUntilMemoryIsNearQueueSize());
   }
   EXPECT_TRUE(WaitForAudio(kFrames - 1));
   Stop();

@@ -13,15 +13,15 @@
 #include "tests/support/wait_until.h"
 
 // Make it before anything plays. Its destruction releases the player's call.
-class BlockedAudio {
+class AudioBlockingPlayer {
  public:
-  explicit BlockedAudio(RecordingPlayer& player) {
+  explicit AudioBlockingPlayer(RecordingPlayer& player) {
     player.during_audio = [released = release_.get_future().share()] { released.wait(); };
   }
-  ~BlockedAudio() { release_.set_value(); }
+  ~AudioBlockingPlayer() { release_.set_value(); }
 
   // Waits until the memory held for payloads exceeds the queued bytes by no more than 16 MiB.
-  static bool HoldsLittleBesideTheQueues() {
+  static bool WaitUntilMemoryIsNearQueueSize() {
     constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
     return WaitUntil([] {
       const std::lock_guard lock(g_frameQueueMutex);

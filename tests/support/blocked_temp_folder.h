@@ -21,7 +21,7 @@ class BlockedTempFolder {
   }
   ~BlockedTempFolder() {
     Remove();
-    ReturnToTempFolderBeside();
+    UseFolderBesideExecutable();
   }
   BlockedTempFolder(const BlockedTempFolder&) = delete;
   BlockedTempFolder& operator=(const BlockedTempFolder&) = delete;

@@ -8,7 +8,7 @@
 
 #include "public/stream_player.h"
 
-struct BusyPlayer final : CStreamPlayerImp {
+struct ActionPlayer final : CStreamPlayerImp {
   void OnDuration(float /*seconds*/) override {}
   void OnBufferedTime(float /*seconds*/) override {
     if (const auto action = std::exchange(once, nullptr)) action();

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <mutex>
 
-#include "common/frame_backlog.h"
 #include "common/frame_queue.h"
+#include "common/queue_limit.h"
 
 // Makes the video queue claim this many frames and bytes. The queue must exist and be empty.
 inline void ClaimBacklog(std::uint32_t frames, std::uint64_t bytes) {
@@ -17,7 +17,7 @@ inline void ClaimBacklog(std::uint32_t frames, std::uint64_t bytes) {
 }
 
 // One byte more than the limit above which a parser waits.
-inline void ClaimTooManyBytes() { ClaimBacklog(0, kMaxFrameBacklog.bytes + 1); }
+inline void ClaimTooManyBytes() { ClaimBacklog(0, kDefaultQueueLimit.bytes + 1); }
 
 inline void ClaimNothing() { ClaimBacklog(0, 0); }
 

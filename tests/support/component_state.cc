@@ -6,7 +6,7 @@
 
 #include "common/clock.h"
 #include "common/frame_queue.h"
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 #include "common/temp_files.h"
 #include "common/temp_folder.h"
 #include "flv/flv_stream.h"
@@ -63,7 +63,7 @@ void ResetMp4() {
 }
 
 void ResetCacheFiles() {
-  ForgetTempFolder();
+  ResetTempFolder();
   std::filesystem::remove_all(GetTempDirA());
 }
 

@@ -12,7 +12,7 @@ using SetOption = CURLcode (*)(CURL*, CURLoption, ...);
 std::mutex g_mutex;
 std::map<CURL*, std::map<CURLoption, long>> g_numbers;  // guarded by g_mutex
 
-SetOption LibcurlsOwn() {
+SetOption OriginalSetOption() {
   static const auto function = reinterpret_cast<SetOption>(dlsym(RTLD_NEXT, "curl_easy_setopt"));
   return function;
 }
@@ -26,11 +26,11 @@ std::map<CURLoption, long> CurlNumbers(CURL* handle) {
 
 // Replaces libcurl's function. libcurl declares the last named parameter as an enumeration, and in
 // C++ va_start is undefined for such a type; hence a function of another name with the same symbol.
-extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option,
-                                     ...) __asm__("curl_easy_setopt");
+extern "C" CURLcode SetOptionAndRecord(CURL* handle, unsigned number_of_option,
+                                       ...) __asm__("curl_easy_setopt");
 
 // The type of an option's argument follows from the range of its number.
-extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option, ...) {
+extern "C" CURLcode SetOptionAndRecord(CURL* handle, unsigned number_of_option, ...) {
   const auto option = static_cast<CURLoption>(number_of_option);
   va_list arguments;
   va_start(arguments, number_of_option);
@@ -39,12 +39,12 @@ extern "C" CURLcode SetOptionAndNote(CURL* handle, unsigned number_of_option, ..
     const long number = va_arg(arguments, long);
     const std::lock_guard lock(g_mutex);
     g_numbers[handle][option] = number;
-    result = LibcurlsOwn()(handle, option, number);
+    result = OriginalSetOption()(handle, option, number);
     // NOLINTNEXTLINE(bugprone-branch-clone): the arguments differ in type
   } else if (option >= CURLOPTTYPE_OFF_T && option < CURLOPTTYPE_BLOB) {
-    result = LibcurlsOwn()(handle, option, va_arg(arguments, curl_off_t));
+    result = OriginalSetOption()(handle, option, va_arg(arguments, curl_off_t));
   } else {
-    result = LibcurlsOwn()(handle, option, va_arg(arguments, void*));
+    result = OriginalSetOption()(handle, option, va_arg(arguments, void*));
   }
   va_end(arguments);
   return result;

@@ -34,7 +34,7 @@ inline ParsedFlv ParseFlv(const std::vector<std::uint8_t>& stream, std::uint16_t
   while (parsed.has_header && parser.ReadTag()) {
   }
   parsed.console = testing::internal::GetCapturedStdout();
-  parsed.frames = TakeQueuedFrames();
+  parsed.frames = PopQueuedFrames();
   parsed.audio_config = config;
   return parsed;
 }

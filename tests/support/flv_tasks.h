@@ -58,7 +58,7 @@ class FlvTasks : public testing::Test {
     download.join();
     const std::string text = testing::internal::GetCapturedStdout();
     if (console != nullptr) *console = text;
-    return TakeQueuedFrames();
+    return PopQueuedFrames();
   }
 
   const std::uint64_t stream_ = g_flvStream->Begin();

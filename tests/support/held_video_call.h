@@ -16,9 +16,9 @@
 
 // Blocks the first video call of a player. Make it before anything plays. Its destruction releases
 // the call, so that a failed test does not hang.
-class HeldVideoCall {
+class BlockedVideoCall {
  public:
-  explicit HeldVideoCall(RecordingPlayer& player) {
+  explicit BlockedVideoCall(RecordingPlayer& player) {
     player.during_video = [call = call_] {
       if (!call->entered.exchange(true)) call->released.wait();
     };
@@ -26,9 +26,9 @@ class HeldVideoCall {
       if (!call->has_audio_worker.exchange(true)) call->worker_end.set_value_at_thread_exit();
     };
   }
-  ~HeldVideoCall() { Release(); }
-  HeldVideoCall(const HeldVideoCall&) = delete;
-  HeldVideoCall& operator=(const HeldVideoCall&) = delete;
+  ~BlockedVideoCall() { Release(); }
+  BlockedVideoCall(const BlockedVideoCall&) = delete;
+  BlockedVideoCall& operator=(const BlockedVideoCall&) = delete;
 
   bool WaitUntilEntered() {
     return WaitUntil([this] { return call_->entered.load(); });
@@ -63,7 +63,7 @@ class HeldVideoCall {
 // `end` stops what the player of the blocked call plays. It must wait for that call and for nothing
 // else. Audio must have been delivered before. Returns the result of `end`.
 template <typename End>
-auto EndBehindCall(HeldVideoCall& call, const End& end) {
+auto StopDuringBlockedCall(BlockedVideoCall& call, const End& end) {
   auto ended = std::async(std::launch::async, end);
   // From here on the stop can wait only for the worker in the blocked call.
   EXPECT_TRUE(call.WaitUntilThePoolIsStopped());
@@ -73,8 +73,8 @@ auto EndBehindCall(HeldVideoCall& call, const End& end) {
   return ended.get();
 }
 
-inline bool EndBehindCall(HeldVideoCall& call, CStreamDownloader& facade) {
-  return EndBehindCall(call, [&facade] { return facade.EndDownload(); });
+inline bool StopDuringBlockedCall(BlockedVideoCall& call, CStreamDownloader& facade) {
+  return StopDuringBlockedCall(call, [&facade] { return facade.EndDownload(); });
 }
 
 #endif  // TESTS_SUPPORT_HELD_VIDEO_CALL_H_

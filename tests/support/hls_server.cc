@@ -41,7 +41,7 @@ void HlsServer::Answer(const std::string& path, const SharedReply& reply,
   if (reply == nullptr) {
     response.status = 404;
     response.set_content("no such page", "text/plain");
-  } else if (reply->then == Reply::Then::kNotEvenAnAnswer) {
+  } else if (reply->then == Reply::Then::kNoReply) {
     WaitForEnd();
   } else if (!reply->location.empty()) {
     response.set_redirect(reply->location);
@@ -53,7 +53,7 @@ void HlsServer::Answer(const std::string& path, const SharedReply& reply,
 
 void HlsServer::Send(const std::string& path, const SharedReply& reply,
                      httplib::Response& response) {
-  if (reply->then == Reply::Then::kItselfForEver) return Trickle(path, reply, response);
+  if (reply->then == Reply::Then::kRepeatForever) return Trickle(path, reply, response);
   if (reply->body.empty()) return response.set_content("", "text/plain");
   response.set_content_provider(
       reply->body.size(), "application/octet-stream",

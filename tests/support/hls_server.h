@@ -18,14 +18,7 @@
 
 // The reply for one path: status, the first `sent` bytes of the body, and what follows them.
 struct Reply {
-  enum class Then {
-    kRest,
-    kConnectionEnds,
-    kNothing,
-    kRestOnceReleased,
-    kNotEvenAnAnswer,
-    kItselfForEver
-  };
+  enum class Then { kRest, kConnectionEnds, kNothing, kRestOnceReleased, kNoReply, kRepeatForever };
 
   std::string body;
   Then then = Then::kRest;
@@ -33,7 +26,7 @@ struct Reply {
   int status = 200;
   std::string location = {};           // redirect target, if not empty
   bool is_held = false;                // nothing is sent before Release, not even headers
-  std::chrono::milliseconds pause{1};  // for kItselfForEver; measured by the component's clock
+  std::chrono::milliseconds pause{1};  // for kRepeatForever; measured by the component's clock
 };
 
 inline Reply Whole(std::string body) { return {std::move(body)}; }
@@ -59,11 +52,11 @@ inline Reply GatedAfter(std::size_t sent, Reply reply) {
 // whose simulated time does not advance must release its clock before the server is destroyed.
 inline Reply Trickling(Reply reply,
                        std::chrono::milliseconds pause = std::chrono::milliseconds(1)) {
-  reply.then = Reply::Then::kItselfForEver;
+  reply.then = Reply::Then::kRepeatForever;
   reply.pause = pause;
   return reply;
 }
-inline Reply Silent() { return {"", Reply::Then::kNotEvenAnAnswer}; }
+inline Reply Silent() { return {"", Reply::Then::kNoReply}; }
 inline Reply WithStatus(int status, Reply reply) {
   reply.status = status;
   return reply;

@@ -38,7 +38,7 @@ class HlsTasks : public testing::Test {
   // output.
   std::string Queue(const std::string& text) {
     testing::internal::CaptureStdout();
-    QueueOrLeave(kUrl, PlaylistText(std::string()) + text);
+    QueueOrPutBack(kUrl, PlaylistText(std::string()) + text);
     return testing::internal::GetCapturedStdout();
   }
 
@@ -46,7 +46,7 @@ class HlsTasks : public testing::Test {
   bool Refresh(const std::string& url) {
     testing::internal::CaptureStdout();
     const auto text = FetchPlaylist(pipeline_, {url, true});
-    if (text) QueueOrLeave(url, *text);
+    if (text) QueueOrPutBack(url, *text);
     testing::internal::GetCapturedStdout();
     return text.has_value();
   }
@@ -95,8 +95,8 @@ class HlsTasks : public testing::Test {
   static constexpr char kList[] = "/list.m3u8";  // a path on a server
   static constexpr char kUrl[] = "http://host/live/list.m3u8";
 
-  void QueueOrLeave(const std::string& url, const std::string& text) {
-    if (!QueueSegmentsFromPlaylist(pipeline_, url, text)) LeavePlaylist(text);
+  void QueueOrPutBack(const std::string& url, const std::string& text) {
+    if (!QueueSegmentsFromPlaylist(pipeline_, url, text)) PutBackPlaylistBody(text);
   }
 
   RecordingPlayer player_;

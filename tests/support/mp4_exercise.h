@@ -35,7 +35,7 @@ inline void FreeList(std::uint8_t** blocks, std::uint32_t* sizes) {
   MP4Free(sizes);
 }
 
-inline void TakeFacts(MP4FileHandle file, MP4TrackId track) {
+inline void ReadProperties(MP4FileHandle file, MP4TrackId track) {
   MP4GetTrackType(file, track);
   MP4GetTrackMediaDataName(file, track);
   MP4GetTrackTimeScale(file, track);
@@ -86,7 +86,7 @@ inline Mp4Exercise ExerciseMp4(const char* path) {
   MP4Free(MP4Info(file));
   while (const MP4TrackId track = MP4FindTrackId(file, result.tracks)) {
     ++result.tracks;
-    mp4_exercise::TakeFacts(file, track);
+    mp4_exercise::ReadProperties(file, track);
     MP4SampleId sample = 1;
     while (sample <= kMostSamples && mp4_exercise::TakeSample(file, track, sample, result))
       ++sample;

@@ -44,18 +44,18 @@ inline Bytes Nal(unsigned type, std::size_t size = 20, std::size_t number = 0) {
 }
 
 // The bytes of a video sample: each NAL unit after its length.
-inline Bytes Lengthened(const std::vector<Bytes>& nals) {
+inline Bytes LengthPrefixed(const std::vector<Bytes>& nals) {
   Bytes bytes;
   for (const Bytes& nal : nals) Append(bytes, Join({U32(nal.size()), nal}));
   return bytes;
 }
 
 // A NAL unit as the player receives it.
-inline Bytes StartCoded(const Bytes& nal) { return Join({{0, 0, 0, 1}, nal}); }
+inline Bytes AddStartCode(const Bytes& nal) { return Join({{0, 0, 0, 1}, nal}); }
 
 // The parameter sets, which precede the first NAL unit.
 inline Bytes ParameterSets() {
-  return Join({StartCoded(mp4_boxes::kSps), StartCoded(mp4_boxes::kPps)});
+  return Join({AddStartCode(mp4_boxes::kSps), AddStartCode(mp4_boxes::kPps)});
 }
 
 // An AAC frame as the player receives it.
@@ -83,7 +83,7 @@ inline Track VideoTrack(const Shape& shape = {}) {
   for (std::size_t i = 0; i < shape.samples; ++i) {
     const bool is_key = i % shape.key_interval == 0;
     const Bytes slice = Nal(is_key ? kIdrSlice : kSlice, shape.video_size, i);
-    track.samples.push_back({Lengthened({slice}), kFrameMs, 0, is_key});
+    track.samples.push_back({LengthPrefixed({slice}), kFrameMs, 0, is_key});
   }
   return track;
 }
@@ -146,9 +146,9 @@ inline FrameDump ExpectedFrames(const Movie& movie, const From& from = {}) {
       const unsigned type = nal.front() & 0x1FU;
       const bool begins = type >= kIdrSlice && type <= 7;
       if (!dump.video.empty()) {
-        dump.video.push_back(FrameAt(ms, true, StartCoded(nal)));
+        dump.video.push_back(FrameAt(ms, true, AddStartCode(nal)));
       } else if (begins) {
-        dump.video.push_back(FrameAt(ms, true, Join({ParameterSets(), StartCoded(nal)})));
+        dump.video.push_back(FrameAt(ms, true, Join({ParameterSets(), AddStartCode(nal)})));
       }
     }
   };

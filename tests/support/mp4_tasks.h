@@ -63,7 +63,7 @@ class Mp4Tasks : public testing::Test {
   // Runs a pass and returns the frames it queued.
   FrameDump Pass(const Mp4TrackReader::Source& source) {
     EXPECT_TRUE(reader_.RunPass(source));
-    return TakeQueuedFrames();
+    return PopQueuedFrames();
   }
   // Reads a whole movie once.
   FrameDump PassOver(const mp4_test::Movie& movie) {

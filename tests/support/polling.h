@@ -13,12 +13,12 @@
 inline bool StillPolls(SimulatedClock& clock, Clock::Duration pace) {
   constexpr int kTimes = 3;
   for (int i = 0; i < kTimes; ++i) {
-    if (!clock.AwaitWaiting(1)) return false;
+    if (!clock.WaitForWaiters(1)) return false;
     const std::size_t sleeps = clock.Sleeps(pace);
     clock.Advance(pace);
     if (!WaitUntil([&] { return clock.Sleeps(pace) == sleeps + 1; })) return false;
   }
-  return clock.AwaitWaiting(1);
+  return clock.WaitForWaiters(1);
 }
 
 #endif  // TESTS_SUPPORT_POLLING_H_

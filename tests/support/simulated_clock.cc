@@ -87,17 +87,17 @@ bool SimulatedClock::WaitUntilDue(Duration limit, std::condition_variable& condi
 
 void SimulatedClock::Advance(Duration duration) {
   elapsed_ += duration.count();
-  WakeThoseThatAreDue();
+  WakeDueThreads();
 }
 
 void SimulatedClock::Release() {
   released_ = true;
-  WakeThoseThatAreDue();
+  WakeDueThreads();
 }
 
 // The condition variables live as long as the component, so they may be notified after their
 // waiters have left.
-void SimulatedClock::WakeThoseThatAreDue() {
+void SimulatedClock::WakeDueThreads() {
   std::vector<Waiter> due;
   {
     const std::lock_guard lock(mutex_);
@@ -122,7 +122,7 @@ std::size_t SimulatedClock::WaitingLocked() const {
       waiters_.begin(), waiters_.end(), [this](const Waiter& waiter) { return !IsDue(waiter); }));
 }
 
-bool SimulatedClock::AwaitWaiting(std::size_t count) {
+bool SimulatedClock::WaitForWaiters(std::size_t count) {
   std::unique_lock lock(mutex_);
   return changed_.wait_for(lock, kTestLimit, [&] { return WaitingLocked() >= count; });
 }

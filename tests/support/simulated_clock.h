@@ -49,7 +49,7 @@ class SimulatedClock final : public Clock {
 
   // Waits until at least `count` threads sleep or wait: then the component has done all it can do
   // at this time. False if the time limit of a test expires first.
-  bool AwaitWaiting(std::size_t count);
+  bool WaitForWaiters(std::size_t count);
 
   // Advances the time by `step` until `met` is true, each time as soon as `count` threads sleep or
   // wait. False if the time limit of a test expires first.
@@ -85,7 +85,7 @@ class SimulatedClock final : public Clock {
   }
   Waiters::iterator Enter(const Waiter& waiter);
   void Leave(Waiters::iterator waiter);
-  void WakeThoseThatAreDue();
+  void WakeDueThreads();
   bool AwaitWaitingOr(const std::function<bool()>& met, std::size_t count);
   std::size_t WaitingLocked() const;  // requires mutex_
 

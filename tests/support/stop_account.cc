@@ -4,14 +4,14 @@
 
 #include "tests/support/test_limit.h"
 
-StopAccount::StopAccount(std::function<bool()> runs)
+StopSleepRecorder::StopSleepRecorder(std::function<bool()> runs)
     : system_(CurrentClock()), runs_(std::move(runs)) {
   UseClock(this);
 }
 
-StopAccount::~StopAccount() { UseClock(nullptr); }
+StopSleepRecorder::~StopSleepRecorder() { UseClock(nullptr); }
 
-void StopAccount::Sleep(Duration duration) {
+void StopSleepRecorder::Sleep(Duration duration) {
   const bool is_after_the_stop = !runs_();
   {
     const std::lock_guard lock(mutex_);
@@ -22,21 +22,22 @@ void StopAccount::Sleep(Duration duration) {
   system_.Sleep(duration);
 }
 
-bool StopAccount::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                          Duration /*limit*/, const std::function<bool()>& met) {
+bool StopSleepRecorder::WaitFor(std::condition_variable& condition,
+                                std::unique_lock<std::mutex>& lock, Duration /*limit*/,
+                                const std::function<bool()>& met) {
   WaitUntilMet(condition, lock, [&] { return waits_pass_.load() || met(); });
   return met();
 }
 
-void StopAccount::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                       const std::function<bool()>& met) {
+void StopSleepRecorder::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+                             const std::function<bool()>& met) {
   while (!WaitUntilMet(condition, lock, met)) {
   }
 }
 
-bool StopAccount::WaitUntilMet(std::condition_variable& condition,
-                               std::unique_lock<std::mutex>& lock,
-                               const std::function<bool()>& met) {
+bool StopSleepRecorder::WaitUntilMet(std::condition_variable& condition,
+                                     std::unique_lock<std::mutex>& lock,
+                                     const std::function<bool()>& met) {
   const auto deadline = std::chrono::steady_clock::now() + kTestLimit;
   while (!met()) {
     if (condition.wait_until(lock, deadline) == std::cv_status::no_timeout) continue;
@@ -47,7 +48,7 @@ bool StopAccount::WaitUntilMet(std::condition_variable& condition,
   return true;
 }
 
-testing::AssertionResult StopAccount::WasPrompt(Duration pace) const {
+testing::AssertionResult StopSleepRecorder::WasPrompt(Duration pace) const {
   const std::lock_guard lock(mutex_);
   if (wait_hung_) return testing::AssertionFailure() << "a waiting thread was not notified";
   for (const auto& [thread_and_length, count] : after_the_stop_) {
@@ -60,18 +61,18 @@ testing::AssertionResult StopAccount::WasPrompt(Duration pace) const {
   return testing::AssertionSuccess();
 }
 
-void StopAccount::Forget() {
+void StopSleepRecorder::Forget() {
   const std::lock_guard lock(mutex_);
   after_the_stop_.clear();
   wait_hung_ = false;
 }
 
-std::size_t StopAccount::Sleeps() const {
+std::size_t StopSleepRecorder::Sleeps() const {
   const std::lock_guard lock(mutex_);
   return sleeps_;
 }
 
-bool StopAccount::AwaitSleeps(std::size_t count) {
+bool StopSleepRecorder::AwaitSleeps(std::size_t count) {
   std::unique_lock lock(mutex_);
   return slept_.wait_for(lock, kTestLimit, [&] { return sleeps_ >= count; });
 }

@@ -1,6 +1,6 @@
-// StopAccount: forwards to the system's clock and records the sleeps that begin after the run flag
-// has been cleared, because a stop has to wait for them. A stop is prompt if no thread begins more
-// than the one sleep it had already decided on. That is checked without measuring time.
+// StopSleepRecorder: forwards to the system's clock and records the sleeps that begin after the run
+// flag has been cleared, because a stop has to wait for them. A stop is prompt if no thread begins
+// more than the one sleep it had already decided on. That is checked without measuring time.
 #ifndef TESTS_SUPPORT_STOP_ACCOUNT_H_
 #define TESTS_SUPPORT_STOP_ACCOUNT_H_
 
@@ -21,14 +21,14 @@
 
 // It is the component's clock from its construction to its destruction; stop every pipeline before
 // it is destroyed. Safe from any thread.
-class StopAccount final : public Clock {
+class StopSleepRecorder final : public Clock {
  public:
   // `runs` returns the run flag. It is called from any thread, also while locks of the component
   // are held.
-  explicit StopAccount(std::function<bool()> runs);
-  ~StopAccount();
-  StopAccount(const StopAccount&) = delete;
-  StopAccount& operator=(const StopAccount&) = delete;
+  explicit StopSleepRecorder(std::function<bool()> runs);
+  ~StopSleepRecorder();
+  StopSleepRecorder(const StopSleepRecorder&) = delete;
+  StopSleepRecorder& operator=(const StopSleepRecorder&) = delete;
 
   TimePoint Now() override { return system_.Now(); }
   std::time_t WallTime() override { return system_.WallTime(); }
@@ -36,12 +36,13 @@ class StopAccount final : public Clock {
 
   // A wait ends when its condition is true, never because its limit expires. So a stop that fails
   // to notify a waiting thread hangs, which is recorded after the time limit of a test. While
-  // LetWaitsPass(true) is in effect, a wait with a limit ends at once, or when it is next notified.
+  // EndWaitsImmediately(true) is in effect, a wait with a limit ends at once, or when it is next
+  // notified.
   bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
                Duration limit, const std::function<bool()>& met) override;
   void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
             const std::function<bool()>& met) override;
-  void LetWaitsPass(bool pass) { waits_pass_ = pass; }
+  void EndWaitsImmediately(bool pass) { waits_pass_ = pass; }
 
   // Whether the stop was prompt: on each thread at most one sleep of each length began after the
   // flag had been cleared, and none is longer than `pace`. A polling loop may begin one, since the
@@ -85,7 +86,7 @@ class AccountedStops {
   explicit AccountedStops(std::function<bool()> runs) : account_(std::move(runs)) {}
   ~AccountedStops() = default;
 
-  StopAccount account_;
+  StopSleepRecorder account_;
 };
 
 #endif  // TESTS_SUPPORT_STOP_ACCOUNT_H_

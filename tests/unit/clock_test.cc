@@ -48,7 +48,7 @@ TEST(SimulatedClockTest, SleepEndsWhenItsTimeIsReached) {
     SleepFor(milliseconds(100));
     awake = true;
   });
-  ASSERT_TRUE(clock.AwaitWaiting(1));
+  ASSERT_TRUE(clock.WaitForWaiters(1));
   clock.Advance(milliseconds(99));
   EXPECT_EQ(clock.Waiting(), 1U);
   EXPECT_FALSE(awake);
@@ -68,12 +68,12 @@ TEST(SimulatedClockTest, WaitEndsAtItsLimitOrWhenItsConditionIsMet) {
     return clock.WaitFor(condition, lock, hours(1), [&] { return met; });
   };
   auto late = std::async(std::launch::async, wait);
-  ASSERT_TRUE(clock.AwaitWaiting(1));
+  ASSERT_TRUE(clock.WaitForWaiters(1));
   clock.Advance(hours(1));
   EXPECT_FALSE(late.get());
 
   auto in_time = std::async(std::launch::async, wait);
-  ASSERT_TRUE(clock.AwaitWaiting(1));
+  ASSERT_TRUE(clock.WaitForWaiters(1));
   {
     const std::lock_guard lock(mutex);
     met = true;

@@ -85,7 +85,7 @@ TEST_F(ExitGuardTest, LibcurlIsAvailableBeforeTheExit) {
 TEST_F(ExitGuardTest, ExitWaitsForAThreadInsideLibcurl) {
   const auto exit_with_a_thread_inside = [] {
     CheckAfterTheGuard([] { return g_has_left.load(); });
-    StartThreadInsideLibcurl([] { g_has_left = ExitClock().AwaitWaiting(1); });
+    StartThreadInsideLibcurl([] { g_has_left = ExitClock().WaitForWaiters(1); });
     std::exit(kOtherwise);
   };
   EXPECT_EXIT(exit_with_a_thread_inside(), testing::ExitedWithCode(kAsExpected), "");
@@ -98,7 +98,7 @@ TEST_F(ExitGuardTest, ExitStopsWaitingForAThreadInsideLibcurlAfter1200Millisecon
     GuardExit();
     StartThreadInsideLibcurl([] {
       SimulatedClock& clock = ExitClock();
-      if (!clock.AwaitWaiting(1)) std::_Exit(kOtherwise);
+      if (!clock.WaitForWaiters(1)) std::_Exit(kOtherwise);
       clock.Advance(Clock::Duration(1199));
       if (clock.Waiting() != 1) std::_Exit(kOtherwise);
       clock.Advance(Clock::Duration(1));

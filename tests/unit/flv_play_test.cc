@@ -68,10 +68,10 @@ class FlvPlayAsideTest : public FlvPlayTest {
 
   // Whether the task waits for the start of the stream: wakes it, and it must wait again.
   bool StillWaitsForTheBeginning() {
-    if (!clock_.AwaitWaiting(1)) return false;
+    if (!clock_.WaitForWaiters(1)) return false;
     const std::size_t checks = clock_.UnmetChecks();
     g_flvStream->Stop();  // only wakes the task, because the run flag is set
-    return WaitUntil([&] { return clock_.UnmetChecks() > checks; }) && clock_.AwaitWaiting(1) &&
+    return WaitUntil([&] { return clock_.UnmetChecks() > checks; }) && clock_.WaitForWaiters(1) &&
            player_.Snapshot().messages.empty();
   }
 
@@ -86,7 +86,7 @@ TEST_F(FlvPlayTest, WholeStreamIsReportedAndParsed) {
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:FLV CACHE_NO OK:http://host/a.flv"));
   EXPECT_EQ(console, "headlength:9\nsssize:4\nppsize:3\nread over\n");
-  const FrameDump dump = TakeQueuedFrames();
+  const FrameDump dump = PopQueuedFrames();
   EXPECT_EQ(dump.video.size(), 7U);
   EXPECT_EQ(dump.audio.size(), 5U);
   EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
@@ -118,7 +118,7 @@ TEST_F(FlvPlayTest, BytesAfterTheEndOfTheParsingAreDropped) {
   EXPECT_EQ(Take(stream), stream.size());
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_GT(g_flvStream->DroppedSize(), stream.size());
-  EXPECT_EQ(TakeQueuedFrames().video.size(), 7U);
+  EXPECT_EQ(PopQueuedFrames().video.size(), 7U);
 }
 
 TEST_F(FlvPlayTest, EmptyStreamIsReportedAsNotFlv) {
@@ -142,7 +142,7 @@ TEST_F(FlvPlayTest, StreamIsParsedWithoutAPlayer) {
   Take(MakeStream(5));
   EndOfDownload();
   Play(kUrl, PlayerPort());
-  EXPECT_EQ(TakeQueuedFrames().video.size(), 7U);
+  EXPECT_EQ(PopQueuedFrames().video.size(), 7U);
 }
 
 TEST_F(FlvPlayAsideTest, TenKibibytesDoNotStartTheParser) {
@@ -188,7 +188,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheStream) {
 TEST_F(FlvPlayAsideTest, StopEndsTheTagLoopWithBytesLeft) {
   Take(MakeStream(5000, 10));
   StartPlay();
-  ASSERT_TRUE(Reports() && clock_.AwaitWaiting(1));
+  ASSERT_TRUE(Reports() && clock_.WaitForWaiters(1));
   BeginToStop();
   clock_.Advance(kTagPace);
   AwaitEnd();
@@ -237,7 +237,7 @@ TEST_F(FlvPlayTest, StopEndsTheParserBetweenTwoNalUnitsOfATag) {
   }));
   BeginToStop();
   play.wait();
-  EXPECT_LT(TakeQueuedFrames().video.size(), kNals);
+  EXPECT_LT(PopQueuedFrames().video.size(), kNals);
 }
 
 TEST_F(FlvPlayAsideTest, TagLoopPausesAMillisecondAfterEachTag) {
@@ -249,7 +249,7 @@ TEST_F(FlvPlayAsideTest, TagLoopPausesAMillisecondAfterEachTag) {
   EndOfDownload();
   StartPlay();
   for (std::size_t i = 1; i <= kTags; ++i) {
-    ASSERT_TRUE(clock_.AwaitWaiting(1));
+    ASSERT_TRUE(clock_.WaitForWaiters(1));
     EXPECT_EQ(g_flvStream->UnreadSize(), (kTags - i) * tag_size);
     EXPECT_EQ(clock_.Sleeps(kTagPace), i);
     clock_.Advance(kTagPace);

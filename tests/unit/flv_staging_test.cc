@@ -160,7 +160,7 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
 TEST_F(FlvStagingTest, NewStreamEndsTheWaitsForAnOlderOne) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
   auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
-  ASSERT_TRUE(clock_.AwaitWaiting(2));
+  ASSERT_TRUE(clock_.WaitForWaiters(2));
   Take({1});
   g_flvStream->Begin();
   LookAgain();
@@ -185,7 +185,7 @@ TEST_F(FlvStagingTest, WaitingReaderHoldsNoLock) {
     Bytes bytes(100);
     return source_.Read(bytes.data(), 100);
   });
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   for (int i = 0; i < 100; ++i) Take({0});
   LookAgain();
   EXPECT_TRUE(reader.get());
@@ -219,7 +219,7 @@ TEST_F(FlvStagingTest, SkipWaitsForMissingBytes) {
   constexpr std::uint32_t kSkipped = 50'000'000;
   constexpr std::uint32_t kPieces = 500;
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(kSkipped); });
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   for (std::uint32_t i = 0; i < kPieces; ++i) {
     EXPECT_EQ(clock_.Waiting(), 1U);
     Take(Bytes(kSkipped / kPieces));
@@ -232,7 +232,7 @@ TEST_F(FlvStagingTest, SkipWaitsForMissingBytes) {
 
 TEST_F(FlvStagingTest, StopEndsASkip) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   Take({1});
   BeginToStop();
   LookAgain();
@@ -253,7 +253,7 @@ TEST_F(FlvStagingTest, BytesCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
 
 TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
   auto reader = std::async(std::launch::async, [this] { return source_.Read(nullptr, 5); });
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   Take({1});
   EndOfDownload();
   LookAgain();
@@ -263,7 +263,7 @@ TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
 TEST_F(FlvStagingTest, StopEndsEveryWait) {
   auto reader = std::async(std::launch::async, [this] { return source_.Await(0xFFFFFFFF); });
   auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
-  ASSERT_TRUE(clock_.AwaitWaiting(2));
+  ASSERT_TRUE(clock_.WaitForWaiters(2));
   BeginToStop();
   LookAgain();
   EXPECT_FALSE(reader.get());

@@ -68,7 +68,7 @@ TEST_F(FrameDeliveryTest, LoopSleepsOneMillisecondAfterEachFrame) {
   for (std::uint64_t i = 0; i < 5; ++i) Push(g_videoQueue, i);
   StartVideo();
   for (std::size_t i = 1; i <= 5; ++i) {
-    ASSERT_TRUE(clock_.AwaitWaiting(1));
+    ASSERT_TRUE(clock_.WaitForWaiters(1));
     EXPECT_EQ(DeliveredVideo(), i);
     EXPECT_EQ(clock_.Sleeps(kPace), i);
     clock_.Advance(kPace);

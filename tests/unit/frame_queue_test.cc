@@ -56,13 +56,13 @@ TEST_F(FrameQueueTest, FramesArePoppedInTheOrderOfPushes) {
 
 TEST_F(FrameQueueTest, SequenceNumbersCountPushesWhateverWasPopped) {
   for (int i = 0; i < 3; ++i) Push(1);
-  EXPECT_EQ(queue_.FirstPlace(), 1U);
+  EXPECT_EQ(queue_.FirstSequence(), 1U);
   Pop();
   EXPECT_EQ(queue_.pushed, 3U);
-  EXPECT_EQ(queue_.FirstPlace(), 2U);
+  EXPECT_EQ(queue_.FirstSequence(), 2U);
   Pop();
   Pop();
-  EXPECT_EQ(queue_.FirstPlace(), 4U);
+  EXPECT_EQ(queue_.FirstSequence(), 4U);
 }
 
 TEST_F(FrameQueueTest, PushWithoutAQueueFailsAndLeavesThePayloadToTheCaller) {

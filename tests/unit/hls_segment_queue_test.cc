@@ -28,7 +28,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 // Fills the queue until it has space for just this many more segments.
-void LeaveRoomFor(std::size_t room) {
+void FillQueueExcept(std::size_t room) {
   const std::lock_guard lock(g_segmentQueueMutex);
   g_segmentQueue->resize(kMaxWaitingSegments - room);
 }
@@ -194,7 +194,7 @@ TEST_F(SegmentQueueTest, SegmentsQueuedLaterEndTheWait) {
 TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
   SimulatedClock clock;
   std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
-  EXPECT_TRUE(clock.AwaitWaiting(1));
+  EXPECT_TRUE(clock.WaitForWaiters(1));
   pipeline_.running = false;
   WakeHlsTasks();
   pause.join();
@@ -212,7 +212,7 @@ TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueued) {
   constexpr std::chrono::milliseconds kSecond{1000};
   SimulatedClock clock;
   std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
-  EXPECT_TRUE(clock.AwaitWaiting(1));
+  EXPECT_TRUE(clock.WaitForWaiters(1));
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
   clock.Advance(kSecond - std::chrono::milliseconds(1));
   EXPECT_EQ(clock.Waiting(), 1U);
@@ -246,10 +246,10 @@ class SegmentLoopTest : public SegmentQueueTest {
 
 TEST_F(SegmentLoopTest, NextBatchIsTakenAfterAMillisecond) {
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
-  segments_ = std::thread([this] { DownloadPartsThread(pipeline_); });
+  segments_ = std::thread([this] { SegmentThread(pipeline_); });
   for (int batch = 1; batch <= 3; ++batch) {
     EXPECT_TRUE(IsTaken(static_cast<std::size_t>(batch)));
-    EXPECT_TRUE(clock_.AwaitWaiting(1));
+    EXPECT_TRUE(clock_.WaitForWaiters(1));
     EXPECT_EQ(clock_.Sleeps(kPace), static_cast<std::size_t>(batch));
     Queue(LivePlaylist(batch, SegmentUris(batch, 1)));
     EXPECT_EQ(WaitingSegments(), 1U) << "the batch was taken too early";
@@ -322,9 +322,9 @@ TEST_F(SegmentQueueTest, ReusedNameIsLeftForALaterRefreshIfTheQueueIsFull) {
   TakeAndDownload();
   Queue(list(1));
   TakeAndDownload();
-  LeaveRoomFor(0);
+  FillQueueExcept(0);
   Queue(list(2));
-  LeaveRoomFor(kMaxWaitingSegments);
+  FillQueueExcept(kMaxWaitingSegments);
   Queue(list(2));
   EXPECT_THAT(TakeAndDownload(), ElementsAre("r0.ts"));
 }
@@ -372,7 +372,7 @@ TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
   pipeline_.startPosition = 31;
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   testing::internal::CaptureStdout();
-  std::thread segments([this] { DownloadPartsThread(pipeline_); });
+  std::thread segments([this] { SegmentThread(pipeline_); });
   EXPECT_TRUE(WaitUntil([this] { return pipeline_.position.load() == 30.0F; }));
   pipeline_.running = false;
   WakeHlsTasks();
@@ -384,13 +384,13 @@ TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
 }
 
 TEST_F(SegmentQueueTest, SegmentsAreLeftForALaterRefreshIfTheQueueIsFull) {
-  LeaveRoomFor(2);
+  FillQueueExcept(2);
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
   EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
   EXPECT_EQ(KnownSegments(), 2U);
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
-  LeaveRoomFor(kMaxWaitingSegments);
+  FillQueueExcept(kMaxWaitingSegments);
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   EXPECT_THAT(Take(), ElementsAre("seg2.ts"));
 }
@@ -437,13 +437,13 @@ TEST_F(LongLiveTest, DownloadedSegmentsDoNotAccumulate) {
 }
 
 TEST_F(LongLiveTest, SegmentsThatAreNeverDownloadedDoNotAccumulate) {
-  Play(500, 6, 1, [](const std::string& uri, std::size_t) { NoteSegmentDone(uri); });
+  Play(500, 6, 1, [](const std::string& uri, std::size_t) { RecordSegmentDone(uri); });
   EXPECT_LE(most_known_, 14U);
 }
 
 TEST_F(LongLiveTest, MixOfBothDoesNotAccumulate) {
   Play(500, 6, 2, [](const std::string& uri, std::size_t at) {
-    at % 3 == 0 ? NoteSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
+    at % 3 == 0 ? RecordSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
   });
   EXPECT_LE(most_known_, 16U);
 }

@@ -87,7 +87,7 @@ TEST_F(SegmentStatesTest, RemovalOfQueuedSegmentsKeepsDownloadedOnes) {
 
 TEST_F(SegmentStatesTest, DoneSegmentThatIsNotListedIsForgottenWithoutALine) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
-  NoteSegmentDone("a.ts?query");
+  RecordSegmentDone("a.ts?query");
   testing::internal::CaptureStdout();
   ForgetDoneSegments({"b.ts"});
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -96,7 +96,7 @@ TEST_F(SegmentStatesTest, DoneSegmentThatIsNotListedIsForgottenWithoutALine) {
 
 TEST_F(SegmentStatesTest, DoneSegmentThatIsStillListedStaysKnown) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
-  NoteSegmentDone("a.ts");
+  RecordSegmentDone("a.ts");
   ForgetDoneSegments({"a.ts"});
   EXPECT_EQ(KnownSegments(), 1U);
   ForgetDoneSegments({"b.ts"});
@@ -111,7 +111,7 @@ TEST_F(SegmentStatesTest, WaitingSegmentIsNotForgotten) {
 
 TEST_F(SegmentStatesTest, DownloadedSegmentIsLeftToTheRemoval) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
-  NoteSegmentDone("a.ts");
+  RecordSegmentDone("a.ts");
   SetSegmentState("a.ts", kSegmentDownloaded);
   ForgetDoneSegments({});
   EXPECT_EQ(KnownSegments(), 1U);
@@ -123,7 +123,7 @@ TEST_F(SegmentStatesTest, DownloadedSegmentIsLeftToTheRemoval) {
 TEST_F(SegmentStatesTest, ForgetAllSegmentsForgetsEverything) {
   AddSegmentIfNew("a.ts", kSegmentQueued);
   AddSegmentIfNew("b.ts", kSegmentDownloaded);
-  NoteSegmentDone("a.ts");
+  RecordSegmentDone("a.ts");
   ForgetAllSegments();
   EXPECT_EQ(KnownSegments(), 0U);
   AddSegmentIfNew("a.ts", kSegmentQueued);
@@ -134,7 +134,7 @@ TEST_F(SegmentStatesTest, ForgetAllSegmentsForgetsEverything) {
 TEST_F(SegmentStatesTest, ForgottenSegmentIsNewAgainAndTheOthersStay) {
   AddSegmentIfNew("a.ts?1", kSegmentQueued);
   AddSegmentIfNew("b.ts", kSegmentQueued);
-  NoteSegmentDone("a.ts?1");
+  RecordSegmentDone("a.ts?1");
   testing::internal::CaptureStdout();
   ForgetSegment("a.ts");
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");

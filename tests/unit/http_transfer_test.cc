@@ -80,7 +80,7 @@ class ClearingClock final : public Clock {
 };
 
 // A write callback that does not check the run flag. The fourth piece clears the flag.
-struct HeedlessReceiver {
+struct FlagIgnoringReceiver {
   static constexpr std::size_t kLargestPiece = CURL_MAX_WRITE_SIZE;
   // Far more than libcurl receives between two progress callbacks. A transfer that ignores its flag
   // is ended at this limit.
@@ -90,16 +90,16 @@ struct HeedlessReceiver {
   int pieces = 0;
   std::size_t bytes_after_the_stop = 0;
 
-  static HeedlessReceiver* current;
+  static FlagIgnoringReceiver* current;
 
   static std::size_t Take(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
-    HeedlessReceiver& self = *current;
+    FlagIgnoringReceiver& self = *current;
     if (!self.running.load()) self.bytes_after_the_stop += size * count;
     if (++self.pieces == 4) self.running = false;
     return self.bytes_after_the_stop > kMuch ? 0 : size * count;
   }
 };
-HeedlessReceiver* HeedlessReceiver::current = nullptr;
+FlagIgnoringReceiver* FlagIgnoringReceiver::current = nullptr;
 
 class TransferStopTest : public testing::Test {
  protected:
@@ -127,18 +127,18 @@ TEST_F(TransferStopTest, WatchedTransferEndsAtTheNextProgressCallbackThoughTheSe
 
 TEST_F(TransferStopTest, EndlessTransferEndsThoughItsCallbackTakesEverything) {
   server_.Serve(std::string(1 << 20, 'x'));
-  HeedlessReceiver receiver;
-  HeedlessReceiver::current = &receiver;
-  const Transfer transfer{server_.Url("/endless/a"), HeedlessReceiver::Take, receiver.running};
+  FlagIgnoringReceiver receiver;
+  FlagIgnoringReceiver::current = &receiver;
+  const Transfer transfer{server_.Url("/endless/a"), FlagIgnoringReceiver::Take, receiver.running};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
-  EXPECT_LT(receiver.bytes_after_the_stop, HeedlessReceiver::kMuch);
+  EXPECT_LT(receiver.bytes_after_the_stop, FlagIgnoringReceiver::kMuch);
 }
 
 TEST_F(TransferStopTest, TransferStoppedInMidBodyEndsThoughTheServerStalls) {
-  server_.Serve(std::string(8 * HeedlessReceiver::kLargestPiece, 'x'));
-  HeedlessReceiver receiver;
-  HeedlessReceiver::current = &receiver;
-  const Transfer transfer{server_.Url("/stall/a"), HeedlessReceiver::Take, receiver.running};
+  server_.Serve(std::string(8 * FlagIgnoringReceiver::kLargestPiece, 'x'));
+  FlagIgnoringReceiver receiver;
+  FlagIgnoringReceiver::current = &receiver;
+  const Transfer transfer{server_.Url("/stall/a"), FlagIgnoringReceiver::Take, receiver.running};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
   EXPECT_GE(receiver.pieces, 4);
 }

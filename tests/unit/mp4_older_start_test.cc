@@ -17,7 +17,7 @@
 namespace {
 
 using mp4_test::Bytes;
-using mp4_test::Lengthened;
+using mp4_test::LengthPrefixed;
 using mp4_test::Nal;
 
 class Mp4OlderStartTest : public testing::Test {
@@ -37,10 +37,10 @@ class Mp4OlderStartTest : public testing::Test {
   // the queue as a new start does. Returns false if the copy finished first.
   static bool StartDuringACopyOf(const Bytes& unit) {
     ResetFrameQueues();
-    Emit(Lengthened({Nal(5)}));
+    Emit(LengthPrefixed({Nal(5)}));
     const std::size_t held = HeldPayloadMemory();
     const std::future<void> emitted =
-        std::async(std::launch::async, [bytes = Lengthened({unit})] { Emit(bytes); });
+        std::async(std::launch::async, [bytes = LengthPrefixed({unit})] { Emit(bytes); });
     // The emitting thread checks whether the stream has begun before it allocates the memory.
     while (HeldPayloadMemory() < held + unit.size()) std::this_thread::yield();
     bool in_time = false;

@@ -61,7 +61,7 @@ TEST_F(Mp4PlayTest, PassAfterTheEndOfTheDownloadReadsTheFile) {
   Write(stream, stream.size());
   *downloading_ = false;
   Play();
-  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
 }
 
@@ -77,7 +77,7 @@ TEST_F(Mp4PlayTest, PassesContinueWhileTheFileGrows) {
   Write(file.bytes, file.bytes.size());
   *downloading_ = false;
   play.join();
-  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
 }
 
 TEST_F(Mp4PlayTest, EmptyDownloadHasNoVideo) {
@@ -91,7 +91,7 @@ TEST_F(Mp4PlayTest, BytesReceivedDuringAPassArePlayedBeforeTheVerdict) {
   const auto movie = MakeMovie();
   const auto file = BuildMp4(movie);
   Write(file.bytes, file.offsets[0][5]);
-  BusyPlayer player;
+  ActionPlayer player;
   player.once = [&] {
     Write(file.bytes, file.bytes.size());
     *downloading_ = false;
@@ -99,7 +99,7 @@ TEST_F(Mp4PlayTest, BytesReceivedDuringAPassArePlayedBeforeTheVerdict) {
   Mp4TrackReader reader{PlayerPort(&player)};
   reader.Reset(Address());
   PlayMp4({kUrl, Address(), PlayerPort(&player), reader, downloading_, start_position_});
-  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
 }
 
 TEST_F(Mp4PlayTest, ChecksForMoreBytesEveryMillisecond) {
@@ -111,7 +111,7 @@ TEST_F(Mp4PlayTest, ChecksForMoreBytesEveryMillisecond) {
   EXPECT_TRUE(StillPolls(clock, kPace));
   Write(stream, stream.size());
   clock.Advance(kPace);
-  EXPECT_TRUE(clock.AwaitWaiting(1));
+  EXPECT_TRUE(clock.WaitForWaiters(1));
   EXPECT_EQ(Pushed(), movie.tracks[0].samples.size());
   EXPECT_THAT(player_.Snapshot().results, IsEmpty()) << "the download has not ended";
   *downloading_ = false;
@@ -145,7 +145,7 @@ TEST_F(Mp4PlayTest, LocalFileIsReadDirectly) {
   const std::string url = "file://" + WriteLocalFile("local.mp4", BuildMp4(movie).bytes);
   *downloading_ = false;
   Play(url);
-  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
   EXPECT_EQ(Mp4MediaPath(url), url.substr(7));
   EXPECT_THAT(Mp4MediaPath(kUrl), testing::EndsWith("restart.mp4"));
 }

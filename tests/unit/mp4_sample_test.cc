@@ -24,13 +24,13 @@ namespace {
 
 using mp4_boxes::kPps;
 using mp4_boxes::kSps;
+using mp4_test::AddStartCode;
 using mp4_test::Bytes;
 using mp4_test::Filler;
 using mp4_test::Join;
-using mp4_test::Lengthened;
+using mp4_test::LengthPrefixed;
 using mp4_test::Nal;
 using mp4_test::ParameterSets;
-using mp4_test::StartCoded;
 using mp4_test::U32;
 using mp4_test::WithAdtsHeader;
 
@@ -61,7 +61,7 @@ class Mp4SampleTest : public testing::Test {
 
   static std::vector<Bytes> Emit(const Bytes& bytes, const Mp4ParameterSets& sets = {kSps, kPps}) {
     EmitMp4Video(SampleOf(bytes), sets);
-    return Payloads(TakeQueuedFrames().video);
+    return Payloads(PopQueuedFrames().video);
   }
 
   static std::vector<Bytes> Payloads(const std::vector<DumpedFrame>& frames) {
@@ -71,54 +71,54 @@ class Mp4SampleTest : public testing::Test {
   }
 
   // Begins the stream and removes its first frame.
-  static void Begin() { ASSERT_EQ(Emit(Lengthened({Nal(5)})).size(), 1U); }
+  static void Begin() { ASSERT_EQ(Emit(LengthPrefixed({Nal(5)})).size(), 1U); }
 };
 
 TEST_F(Mp4SampleTest, ParameterSetsPrecedeOnlyTheFirstUnit) {
-  EXPECT_EQ(
-      Emit(Lengthened({Nal(5, 9), Nal(5, 8)})),
-      (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(5, 9))}), StartCoded(Nal(5, 8))}));
-  EXPECT_EQ(Emit(Lengthened({Nal(5, 7)})), std::vector<Bytes>{StartCoded(Nal(5, 7))});
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(5, 9), Nal(5, 8)})),
+            (std::vector<Bytes>{Join({ParameterSets(), AddStartCode(Nal(5, 9))}),
+                                AddStartCode(Nal(5, 8))}));
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(5, 7)})), std::vector<Bytes>{AddStartCode(Nal(5, 7))});
 }
 
 TEST_F(Mp4SampleTest, FirstUnitStandsAloneWithoutParameterSets) {
-  EXPECT_EQ(Emit(Lengthened({Nal(5)}), {}), std::vector<Bytes>{StartCoded(Nal(5))});
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(5)}), {}), std::vector<Bytes>{AddStartCode(Nal(5))});
 }
 
 TEST_F(Mp4SampleTest, MissingParameterSetLeavesNoStartCode) {
-  EXPECT_EQ(Emit(Lengthened({Nal(5)}), {{}, kPps}),
-            std::vector<Bytes>{Join({StartCoded(kPps), StartCoded(Nal(5))})});
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(5)}), {{}, kPps}),
+            std::vector<Bytes>{Join({AddStartCode(kPps), AddStartCode(Nal(5))})});
   ResetFrameQueues();
-  EXPECT_EQ(Emit(Lengthened({Nal(5)}), {kSps, {}}),
-            std::vector<Bytes>{Join({StartCoded(kSps), StartCoded(Nal(5))})});
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(5)}), {kSps, {}}),
+            std::vector<Bytes>{Join({AddStartCode(kSps), AddStartCode(Nal(5))})});
 }
 
 TEST_F(Mp4SampleTest, StreamBeginsOnlyWithAnIdrSliceSeiOrSps) {
   for (unsigned type = 0; type < 32; ++type) {
     ResetFrameQueues();
     const bool begins = type >= 5 && type <= 7;
-    EXPECT_EQ(Emit(Lengthened({Nal(type)})).size(), begins ? 1U : 0U) << "type " << type;
+    EXPECT_EQ(Emit(LengthPrefixed({Nal(type)})).size(), begins ? 1U : 0U) << "type " << type;
     EXPECT_EQ(Mp4VideoHasBegun(), begins) << "type " << type;
   }
 }
 
 TEST_F(Mp4SampleTest, OnlyUnitsBeforeTheFirstAreDropped) {
-  EXPECT_EQ(Emit(Lengthened({Nal(9), Nal(1), Nal(6), Nal(1, 5), Nal(5, 6)})),
-            (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(6))}), StartCoded(Nal(1, 5)),
-                                StartCoded(Nal(5, 6))}));
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(9), Nal(1), Nal(6), Nal(1, 5), Nal(5, 6)})),
+            (std::vector<Bytes>{Join({ParameterSets(), AddStartCode(Nal(6))}),
+                                AddStartCode(Nal(1, 5)), AddStartCode(Nal(5, 6))}));
 }
 
 TEST_F(Mp4SampleTest, UnitsOfEveryTypeAreQueuedOnceTheStreamHasBegun) {
   Begin();
   for (unsigned type = 0; type < 32; ++type) {
-    EXPECT_EQ(Emit(Lengthened({Nal(type)})), std::vector<Bytes>{StartCoded(Nal(type))});
+    EXPECT_EQ(Emit(LengthPrefixed({Nal(type)})), std::vector<Bytes>{AddStartCode(Nal(type))});
   }
 }
 
 TEST_F(Mp4SampleTest, FirstUnitIsReportedOnce) {
-  EXPECT_FALSE(EmitMp4Video(SampleOf(Lengthened({Nal(1)})), {}));
-  EXPECT_TRUE(EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(5)})), {}));
-  EXPECT_FALSE(EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {}));
+  EXPECT_FALSE(EmitMp4Video(SampleOf(LengthPrefixed({Nal(1)})), {}));
+  EXPECT_TRUE(EmitMp4Video(SampleOf(LengthPrefixed({Nal(1), Nal(5)})), {}));
+  EXPECT_FALSE(EmitMp4Video(SampleOf(LengthPrefixed({Nal(5)})), {}));
 }
 
 TEST_F(Mp4SampleTest, StreamHasBegunEvenIfAllFramesAreDelivered) {
@@ -132,44 +132,44 @@ TEST_F(Mp4SampleTest, StreamHasBegunEvenIfAllFramesAreDelivered) {
 
 TEST_F(Mp4SampleTest, LengthBeyondTheSampleDropsTheRest) {
   Begin();
-  const Bytes good = Lengthened({Nal(1, 30)});
+  const Bytes good = LengthPrefixed({Nal(1, 30)});
   const Bytes rest = Nal(1, 9);
   for (const std::uint64_t lie :
        {std::uint64_t{11}, std::uint64_t{0x7FFFFFFF}, std::uint64_t{0x80000000},
         std::uint64_t{0xFFFFFFFC}, std::uint64_t{0xFFFFFFFF}}) {
-    EXPECT_EQ(Emit(Join({good, U32(lie), rest})), std::vector<Bytes>{StartCoded(Nal(1, 30))})
+    EXPECT_EQ(Emit(Join({good, U32(lie), rest})), std::vector<Bytes>{AddStartCode(Nal(1, 30))})
         << lie;
   }
 }
 
 TEST_F(Mp4SampleTest, LengthUpToTheEndOfTheSampleIsValid) {
   Begin();
-  EXPECT_EQ(Emit(Join({U32(10), Nal(1, 9)})), std::vector<Bytes>{StartCoded(Nal(1, 9))});
+  EXPECT_EQ(Emit(Join({U32(10), Nal(1, 9)})), std::vector<Bytes>{AddStartCode(Nal(1, 9))});
 }
 
 TEST_F(Mp4SampleTest, IncompleteLengthIsDropped) {
   Begin();
   for (std::size_t left = 0; left < 4; ++left) {
-    EXPECT_EQ(Emit(Join({Lengthened({Nal(1)}), Bytes(left)})).size(), 1U) << left;
+    EXPECT_EQ(Emit(Join({LengthPrefixed({Nal(1)}), Bytes(left)})).size(), 1U) << left;
     EXPECT_TRUE(Emit(Bytes(left)).empty()) << left;
   }
 }
 
 TEST_F(Mp4SampleTest, EmptyUnitYieldsABareStartCode) {
   Begin();
-  EXPECT_EQ(Emit(Lengthened({{}, Nal(1), {}})),
-            (std::vector<Bytes>{StartCoded({}), StartCoded(Nal(1)), StartCoded({})}));
+  EXPECT_EQ(Emit(LengthPrefixed({{}, Nal(1), {}})),
+            (std::vector<Bytes>{AddStartCode({}), AddStartCode(Nal(1)), AddStartCode({})}));
 }
 
 TEST_F(Mp4SampleTest, EmptyUnitDoesNotBeginTheStream) {
-  EXPECT_TRUE(Emit(Lengthened({{}, {}})).empty());
-  EXPECT_EQ(Emit(Lengthened({{}, Nal(5)})).size(), 1U);
+  EXPECT_TRUE(Emit(LengthPrefixed({{}, {}})).empty());
+  EXPECT_EQ(Emit(LengthPrefixed({{}, Nal(5)})).size(), 1U);
 }
 
 // Whatever the lengths are, nothing outside the block is read. The address sanitizer checks this.
 TEST_F(Mp4SampleTest, EveryTruncationOfASampleIsHandled) {
   Begin();
-  const Bytes whole = Lengthened({Nal(1, 6), Nal(1, 5)});
+  const Bytes whole = LengthPrefixed({Nal(1, 6), Nal(1, 5)});
   for (std::size_t size = 0; size <= whole.size(); ++size) {
     const auto units = Emit({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)});
     EXPECT_EQ(units.size(), size == whole.size() ? 2U : size >= 11 ? 1U : 0U) << size;
@@ -177,9 +177,9 @@ TEST_F(Mp4SampleTest, EveryTruncationOfASampleIsHandled) {
 }
 
 TEST_F(Mp4SampleTest, FramesHaveTheTimesOfTheirSample) {
-  EmitMp4Video(SampleOf(Lengthened({Nal(6), Nal(5)})), {});
+  EmitMp4Video(SampleOf(LengthPrefixed({Nal(6), Nal(5)})), {});
   EmitMp4Audio(SampleOf({1, 2, 3}), {});
-  const FrameDump dump = TakeQueuedFrames();
+  const FrameDump dump = PopQueuedFrames();
   ASSERT_EQ(dump.video.size(), 2U);
   ASSERT_EQ(dump.audio.size(), 1U);
   for (const DumpedFrame& frame : {dump.video[0], dump.video[1], dump.audio[0]}) {
@@ -193,11 +193,11 @@ TEST_F(Mp4SampleTest, FramesHaveTheTimesOfTheirSample) {
 }
 
 TEST_F(Mp4SampleTest, RenderingOffsetAffectsOnlyThePresentationTime) {
-  Mp4Sample sample = SampleOf(Lengthened({Nal(5)}));
+  Mp4Sample sample = SampleOf(LengthPrefixed({Nal(5)}));
   sample.rendering_offset = 40;
   EXPECT_EQ(sample.PresentationTime(), kTimeMs + 40);
   EmitMp4Video(sample, {});
-  EXPECT_EQ(TakeQueuedFrames().video.at(0).pts, kTimeMs * 90);
+  EXPECT_EQ(PopQueuedFrames().video.at(0).pts, kTimeMs * 90);
 }
 
 TEST_F(Mp4SampleTest, PresentationTimeNeverWraps) {
@@ -221,14 +221,14 @@ TEST_F(Mp4SampleTest, PresentationTimeNeverWraps) {
 TEST_F(Mp4SampleTest, AudioFrameFollowsItsAdtsHeader) {
   for (const std::size_t size : {0U, 1U, 100U, 8184U}) {
     EmitMp4Audio(SampleOf(Filler(size, 3)), {4, 2});
-    EXPECT_EQ(Payloads(TakeQueuedFrames().audio),
+    EXPECT_EQ(Payloads(PopQueuedFrames().audio),
               std::vector<Bytes>{WithAdtsHeader(Filler(size, 3), 4, 2)});
   }
 }
 
 TEST_F(Mp4SampleTest, AudioFrameTooLongForItsHeaderIsCompleteAndItsLengthIsTruncated) {
   EmitMp4Audio(SampleOf(Filler(8185, 3)), {4, 2});
-  const auto payloads = Payloads(TakeQueuedFrames().audio);
+  const auto payloads = Payloads(PopQueuedFrames().audio);
   ASSERT_EQ(payloads.size(), 1U);
   EXPECT_EQ(payloads[0], WithAdtsHeader(Filler(8185, 3), 4, 2));
   EXPECT_EQ(payloads[0].size(), 8192U);
@@ -236,17 +236,17 @@ TEST_F(Mp4SampleTest, AudioFrameTooLongForItsHeaderIsCompleteAndItsLengthIsTrunc
 
 TEST_F(Mp4SampleTest, ExcessChannelsChangeNoOtherField) {
   EmitMp4Audio(SampleOf({1}), {3, 0xFFFF});
-  EXPECT_EQ(Payloads(TakeQueuedFrames().audio), std::vector<Bytes>{WithAdtsHeader({1}, 3, 7)});
+  EXPECT_EQ(Payloads(PopQueuedFrames().audio), std::vector<Bytes>{WithAdtsHeader({1}, 3, 7)});
 }
 
 // The sample would not be read again after the stop.
 TEST_F(Mp4SampleTest, SampleReadBeforeAStopIsQueuedWhole) {
   g_mp4Running = false;
-  EXPECT_EQ(Emit(Lengthened({Nal(5), Nal(1)})).size(), 2U);
+  EXPECT_EQ(Emit(LengthPrefixed({Nal(5), Nal(1)})).size(), 2U);
 }
 
 TEST_F(Mp4SampleTest, SampleOfVeryManyUnitsDoesNotDelayAStop) {
-  Bytes bytes = Lengthened({Nal(5)});
+  Bytes bytes = LengthPrefixed({Nal(5)});
   bytes.resize(bytes.size() + std::size_t{4} * 5000);  // empty units
   EXPECT_EQ(Emit(bytes).size(), 5001U);
   g_mp4Running = false;
@@ -255,9 +255,9 @@ TEST_F(Mp4SampleTest, SampleOfVeryManyUnitsDoesNotDelayAStop) {
 
 TEST_F(Mp4SampleTest, MissingQueuesAreCreated) {
   ReleaseFrameQueues();
-  EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});
+  EmitMp4Video(SampleOf(LengthPrefixed({Nal(5)})), {});
   EmitMp4Audio(SampleOf({1}), {});
-  const FrameDump dump = TakeQueuedFrames();
+  const FrameDump dump = PopQueuedFrames();
   EXPECT_EQ(dump.video.size(), 1U);
   EXPECT_EQ(dump.audio.size(), 1U);
 }
@@ -267,15 +267,15 @@ TEST_F(Mp4SampleTest, StartInTheMiddleOfASampleBeginsWithAValidFirstUnit) {
   ClaimTooManyBytes();
   SimulatedClock clock;
   const std::future<void> emitted = std::async(std::launch::async, [] {
-    EmitMp4Video(SampleOf(Lengthened({Nal(1), Nal(9), Nal(5), Nal(1, 7)})), {kSps, kPps});
+    EmitMp4Video(SampleOf(LengthPrefixed({Nal(1), Nal(9), Nal(5), Nal(1, 7)})), {kSps, kPps});
   });
   EXPECT_TRUE(StillPolls(clock, kPace));
   ResetFrameQueues();
   clock.Release();
   emitted.wait();
   EXPECT_EQ(
-      Payloads(TakeQueuedFrames().video),
-      (std::vector<Bytes>{Join({ParameterSets(), StartCoded(Nal(5))}), StartCoded(Nal(1, 7))}));
+      Payloads(PopQueuedFrames().video),
+      (std::vector<Bytes>{Join({ParameterSets(), AddStartCode(Nal(5))}), AddStartCode(Nal(1, 7))}));
 }
 
 // --- More frames than are delivered ---
@@ -297,7 +297,7 @@ class Mp4BacklogTest : public Mp4SampleTest, public testing::WithParamInterface<
   static std::future<void> Emit() {
     return std::async(std::launch::async, [] {
       EmitMp4Audio(SampleOf({1}), {});
-      EmitMp4Video(SampleOf(Lengthened({Nal(5)})), {});
+      EmitMp4Video(SampleOf(LengthPrefixed({Nal(5)})), {});
     });
   }
   void ExpectToWait() {
@@ -316,7 +316,7 @@ TEST_P(Mp4BacklogTest, WaitsForQueueSpace) {
   ClaimNothing();
   clock_.Advance(kPace);
   emitted.wait();
-  const FrameDump dump = TakeQueuedFrames();
+  const FrameDump dump = PopQueuedFrames();
   EXPECT_EQ(dump.audio.size(), 1U);
   EXPECT_EQ(dump.video.size(), 1U);
 }
@@ -325,7 +325,7 @@ TEST_P(Mp4BacklogTest, DoesNotWaitAtTheLimit) {
   ClaimBacklog(GetParam().frames, GetParam().bytes);
   EmitMp4Audio(SampleOf({1}), {});
   ClaimNothing();
-  EXPECT_EQ(TakeQueuedFrames().audio.size(), 1U);
+  EXPECT_EQ(PopQueuedFrames().audio.size(), 1U);
 }
 
 TEST_P(Mp4BacklogTest, DoesNotDelayAStop) {
@@ -339,8 +339,8 @@ TEST_P(Mp4BacklogTest, DoesNotDelayAStop) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Backlogs, Mp4BacklogTest,
-                         testing::Values(Backlog{"Frames", kMaxFrameBacklog.frames, 0},
-                                         Backlog{"Bytes", 0, kMaxFrameBacklog.bytes}),
+                         testing::Values(Backlog{"Frames", kDefaultQueueLimit.frames, 0},
+                                         Backlog{"Bytes", 0, kDefaultQueueLimit.bytes}),
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace

@@ -21,19 +21,19 @@ using mp4_boxes::kPps;
 using mp4_boxes::kSps;
 using mp4_boxes::SoundEntry;
 using mp4_boxes::VideoEntry;
+using mp4_test::AddStartCode;
 using mp4_test::AudioTrack;
 using mp4_test::BuildMp4;
 using mp4_test::Bytes;
 using mp4_test::ExpectedFrames;
 using mp4_test::Filler;
 using mp4_test::Join;
-using mp4_test::Lengthened;
+using mp4_test::LengthPrefixed;
 using mp4_test::MakeMovie;
 using mp4_test::Movie;
 using mp4_test::MovieOf;
 using mp4_test::Nal;
 using mp4_test::ParameterSets;
-using mp4_test::StartCoded;
 using mp4_test::Track;
 using mp4_test::VideoTrack;
 using mp4_test::WithAdtsHeader;
@@ -95,13 +95,13 @@ TEST_F(Mp4TrackReaderTest, SecondPassRepeatsNothing) {
 
 TEST_F(Mp4TrackReaderTest, VideoUnitsBeforeTheFirstIdrUnitAreDropped) {
   Movie movie = MakeMovie({.samples = 4, .key_interval = 100});
-  movie.tracks[0].samples[0].data = Lengthened({Nal(1, 8, 1)});
-  movie.tracks[0].samples[1].data = Lengthened({Nal(9, 2), Nal(1, 8, 2)});
-  movie.tracks[0].samples[2].data = Lengthened({Nal(1, 8, 3), Nal(5, 8, 4), Nal(1, 8, 5)});
+  movie.tracks[0].samples[0].data = LengthPrefixed({Nal(1, 8, 1)});
+  movie.tracks[0].samples[1].data = LengthPrefixed({Nal(9, 2), Nal(1, 8, 2)});
+  movie.tracks[0].samples[2].data = LengthPrefixed({Nal(1, 8, 3), Nal(5, 8, 4), Nal(1, 8, 5)});
   const FrameDump dump = PassOver(movie);
   ASSERT_EQ(dump.video.size(), 3U);
-  EXPECT_EQ(dump.video[0].payload, Join({ParameterSets(), StartCoded(Nal(5, 8, 4))}));
-  EXPECT_EQ(dump.video[1].payload, StartCoded(Nal(1, 8, 5)));
+  EXPECT_EQ(dump.video[0].payload, Join({ParameterSets(), AddStartCode(Nal(5, 8, 4))}));
+  EXPECT_EQ(dump.video[1].payload, AddStartCode(Nal(1, 8, 5)));
   EXPECT_EQ(dump.video[0].pts, 80U * 90);
   EXPECT_EQ(DumpText(dump), DumpText(ExpectedFrames(movie)));
   EXPECT_THAT(dump.audio, SizeIs(2)) << "audio before the video is dropped";
@@ -110,7 +110,7 @@ TEST_F(Mp4TrackReaderTest, VideoUnitsBeforeTheFirstIdrUnitAreDropped) {
 TEST_F(Mp4TrackReaderTest, AudioBeforeTheKeyFrameOfItsPassIsDropped) {
   Movie movie = MakeMovie({.samples = 6});
   for (std::size_t i = 0; i < 6; ++i) movie.tracks[1].samples[i].duration = 48 * 20;
-  movie.tracks[0].samples[0].data = Lengthened({Nal(1)});
+  movie.tracks[0].samples[0].data = LengthPrefixed({Nal(1)});
   // The video begins at 40 ms, in the same turn as the audio sample at 20 ms.
   const FrameDump dump = PassOver(movie);
   ASSERT_THAT(dump.audio, SizeIs(4));
@@ -120,7 +120,7 @@ TEST_F(Mp4TrackReaderTest, AudioBeforeTheKeyFrameOfItsPassIsDropped) {
 TEST_F(Mp4TrackReaderTest, AudioBeforeTheKeyFrameOfAnEarlierPassIsDroppedToo) {
   Movie movie = MakeMovie({.samples = 4});
   for (auto& sample : movie.tracks[1].samples) sample.duration = 48 * 20;
-  movie.tracks[0].samples[0].data = Lengthened({Nal(1)});
+  movie.tracks[0].samples[0].data = LengthPrefixed({Nal(1)});
   const Laid laid = Lay(movie);
   EXPECT_THAT(Pass(UpTo(laid, laid.Audio(1))).audio, IsEmpty());
   const auto audio = Pass(UpTo(laid, laid.file.bytes.size())).audio;
@@ -300,7 +300,7 @@ TEST_F(Mp4TrackReaderTest, GrowingFileYieldsTheSameFramesInAnySteps) {
       reader_.RunPass(UpTo(laid, end));
     }
     reader_.RunPass(UpTo(laid, laid.file.bytes.size()));
-    EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+    EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
   }
 }
 
@@ -478,7 +478,7 @@ TEST_F(Mp4TrackReaderTest, LastParameterSetsOfTheListAreUsed) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[0].entry = VideoEntry("avc1", AvcC({kSps, sps}, {kPps, pps}));
   EXPECT_EQ(PassOver(movie).video.at(0).payload,
-            Join({StartCoded(sps), StartCoded(pps), StartCoded(Nal(5, 60, 0))}));
+            Join({AddStartCode(sps), AddStartCode(pps), AddStartCode(Nal(5, 60, 0))}));
 }
 
 TEST_F(Mp4TrackReaderTest, ParameterSetsOfTheNextFileReplaceThoseOfTheFirst) {
@@ -488,7 +488,7 @@ TEST_F(Mp4TrackReaderTest, ParameterSetsOfTheNextFileReplaceThoseOfTheFirst) {
   movie.tracks[0].entry = VideoEntry("avc1", AvcC({sps}, {}));
   StartAnother();
   EXPECT_EQ(PassOver(movie).video.at(0).payload,
-            Join({StartCoded(sps), StartCoded(kPps), StartCoded(Nal(5, 60, 0))}))
+            Join({AddStartCode(sps), AddStartCode(kPps), AddStartCode(Nal(5, 60, 0))}))
       << "the file has no picture parameter set of its own";
 }
 
@@ -526,7 +526,7 @@ TEST_F(Mp4TrackReaderTest, PassForAnotherAddressReadsNothing) {
 
 class Mp4PassUnderWayTest : public Mp4TrackReaderTest {
  protected:
-  BusyPlayer busy_;
+  ActionPlayer busy_;
   Mp4TrackReader reader_{PlayerPort(&busy_)};
 };
 
@@ -537,7 +537,7 @@ TEST_F(Mp4PassUnderWayTest, SecondPassAtTheSameTimeIsRefused) {
   busy_.once = [&] { is_made = reader_.RunPass(source); };
   EXPECT_TRUE(reader_.RunPass(source));
   EXPECT_FALSE(is_made);
-  EXPECT_EQ(DumpText(TakeQueuedFrames()), DumpText(ExpectedFrames(movie)));
+  EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
   EXPECT_TRUE(reader_.RunPass(source)) << "a later pass is not refused";
 }
 
@@ -548,7 +548,7 @@ TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
   busy_.once = [&] { reader_.Seek(1.2F, laid.path); };
   reader_.RunPass(source);
   EXPECT_TRUE(reader_.MayFindMore(source));
-  const auto video = TakeQueuedFrames().video;
+  const auto video = PopQueuedFrames().video;
   ASSERT_THAT(video, SizeIs(21)) << "the current sample, and those from 30 on";
   EXPECT_EQ(video[1].pts, 1200U * 90);
 }
@@ -557,14 +557,14 @@ TEST_F(Mp4PassUnderWayTest, OtherAddressEndsThePass) {
   const auto source = Whole(Lay(MakeMovie()).path);
   busy_.once = [&] { reader_.Reset(1); };
   reader_.RunPass(source);
-  EXPECT_THAT(TakeQueuedFrames().video, SizeIs(1)) << "the current sample";
+  EXPECT_THAT(PopQueuedFrames().video, SizeIs(1)) << "the current sample";
 }
 
 TEST_F(Mp4PassUnderWayTest, StopEndsThePassAfterTheCurrentSample) {
   const auto source = Whole(Lay(MakeMovie()).path);
   busy_.once = [] { g_mp4Running = false; };
   reader_.RunPass(source);
-  const FrameDump dump = TakeQueuedFrames();
+  const FrameDump dump = PopQueuedFrames();
   EXPECT_THAT(dump.video, SizeIs(1));
   EXPECT_THAT(dump.audio, IsEmpty());
 }

@@ -63,13 +63,13 @@ TEST_F(MsvcPlayersTest, SharedPlayerOfAnotherCompilerStaysUnknown) {
 TEST_F(MsvcPlayersTest, PlayerIsForgottenAtOnceWhateverTheNumberOfItsFacades) {
   msvc::AddPlayer(Facade(0), &player_);
   msvc::AddPlayer(Facade(1), &player_);
-  msvc::ForgetPlayer(&player_);
+  msvc::RemovePlayerAt(&player_);
   EXPECT_FALSE(msvc::IsPlayer(&player_));
 }
 
 TEST_F(MsvcPlayersTest, PlayerAtAReusedAddressOutlivesTheFacadesOfTheForgottenOne) {
   msvc::AddPlayer(Facade(0), &player_);
-  msvc::ForgetPlayer(&player_);
+  msvc::RemovePlayerAt(&player_);
   msvc::AddPlayer(Facade(1), &player_);
   msvc::RemovePlayer(Facade(0));
   EXPECT_TRUE(msvc::IsPlayer(&player_));

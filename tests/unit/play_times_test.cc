@@ -36,7 +36,7 @@ class PlayTimesTest : public testing::Test {
   }
 
   FrameQueue queue_;
-  PlayTimeSpreader spreader_;
+  PlayTimeInterpolator spreader_;
 };
 
 using Times = std::vector<std::uint64_t>;

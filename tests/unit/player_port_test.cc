@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 #include "tests/support/recording_player.h"
 #include "tests/support/throwing_player.h"
 

@@ -42,9 +42,9 @@ TEST(StartPositionTest, PositionsBeyond32BitsBecomeTheSmallestNumber) {
 }
 
 TEST(StartPositionTest, FrameAtNinePointNineSecondsIsBeforeTenAndNotBeforeNine) {
-  EXPECT_TRUE(LiesBefore(10.0F, 891'000));
-  EXPECT_FALSE(LiesBefore(9.0F, 891'000));
-  EXPECT_FALSE(LiesBefore(0.0F, 0));
+  EXPECT_TRUE(IsBeforeStart(10.0F, 891'000));
+  EXPECT_FALSE(IsBeforeStart(9.0F, 891'000));
+  EXPECT_FALSE(IsBeforeStart(0.0F, 0));
 }
 
 TEST(FormatTextTest, TextAbove1024CharactersIsEmpty) {

@@ -17,7 +17,7 @@ using std::chrono::milliseconds;
 class StopAccountTest : public testing::Test {
  protected:
   std::atomic<bool> running_{true};
-  StopAccount account_{[this] { return running_.load(); }};
+  StopSleepRecorder account_{[this] { return running_.load(); }};
 };
 
 TEST_F(StopAccountTest, SleepsBeforeTheStopDoNotCount) {
@@ -76,7 +76,7 @@ TEST_F(StopAccountTest, WaitsMayEndAtOnce) {
   std::mutex mutex;
   std::condition_variable condition;
   std::unique_lock lock(mutex);
-  account_.LetWaitsPass(true);
+  account_.EndWaitsImmediately(true);
   EXPECT_FALSE(CurrentClock().WaitFor(condition, lock, hours(1), [] { return false; }));
 }
 

@@ -34,7 +34,7 @@ class TsStreamRoomTest : public testing::Test {
   }
 
   static std::future<void> Await(std::uint32_t most_unread) {
-    return std::async(std::launch::async, AwaitStreamRoom, most_unread);
+    return std::async(std::launch::async, WaitForStreamSpace, most_unread);
   }
 
   static constexpr Clock::Duration kPace{1};
@@ -44,7 +44,7 @@ class TsStreamRoomTest : public testing::Test {
 
 TEST_F(TsStreamRoomTest, NoWaitBelowTheLimit) {
   Stage(99);
-  AwaitStreamRoom(100);
+  WaitForStreamSpace(100);
 }
 
 TEST_F(TsStreamRoomTest, WaitAtTheLimitEndsWhenBytesAreRead) {
@@ -144,7 +144,7 @@ TEST_F(TsLocalFileTest, IsReadInPiecesOf10240BytesWithAPauseOfTenMilliseconds) {
   StartDownload(Packets(kPackets));
   const std::uint64_t size = kPackets * kTsPacketSize;
   for (std::uint64_t end : {kPiece, 2 * kPiece, size}) {
-    ASSERT_TRUE(clock_.AwaitWaiting(1));
+    ASSERT_TRUE(clock_.WaitForWaiters(1));
     EXPECT_EQ(g_tsDownloaded.load(), end);
     clock_.Advance(kPause - Clock::Duration(1));
     EXPECT_EQ(clock_.Waiting(), 1U);
@@ -160,14 +160,14 @@ TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterTheReceivedBytes) {
   const std::vector<std::uint8_t> file = Packets(10);
   g_tsDownloaded = kReceived;
   StartDownload(file);
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   EXPECT_EQ(g_tsDownloaded.load(), file.size());
   EXPECT_EQ(Staged(), std::vector<std::uint8_t>(file.begin() + 4 * kTsPacketSize, file.end()));
 }
 
 TEST_F(TsLocalFileTest, StopEndsItAfterTheCurrentPieceAndIsReportedOnce) {
   StartDownload(Packets(150));
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   g_tsRunning = false;
   clock_.Advance(kPause);
   download_.get();

@@ -69,7 +69,7 @@ TEST_F(TsParseTest, ChecksAgainTenMillisecondsAfterAnEmptyBuffer) {
 TEST_F(TsParseTest, PausesOneMillisecondAfterABatch) {
   Stage(ts_test::MakeStream(4));
   Start();
-  ASSERT_TRUE(clock_.AwaitWaiting(1));
+  ASSERT_TRUE(clock_.WaitForWaiters(1));
   EXPECT_EQ(Unread(), 0U);
   EXPECT_EQ(clock_.Sleeps(kBatchPause), 1U);
   EXPECT_EQ(clock_.Sleeps(kEmptyPause), 0U);
@@ -105,7 +105,7 @@ TEST_F(TsParseTest, CopyIsReleasedAfterALargeBatchAndKeptAfterASmallOne) {
     Stage(stream);
     if (!thread_.joinable()) Start();
     clock_.AdvanceUntil([] { return Unread() == 0; }, 1, kEmptyPause);
-    clock_.AwaitWaiting(1);
+    clock_.WaitForWaiters(1);
     const TsDemuxLock lock;
     return (*g_tsScratch)[kParseScratch].Capacity();
   };

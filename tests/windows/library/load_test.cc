@@ -34,7 +34,7 @@ TEST(WindowsLoadTest, HundredLoadsAndPlaysLeaveNoThreadAndMemoryDoesNotGrow) {
   constexpr std::size_t kSystemThreads = 4;
   constexpr std::size_t kStackSize = 1 << 20;
   // Kept for compatibility: a facade does not delete its pipeline. Nothing else may stay allocated.
-  constexpr std::size_t kRoomForARound = 4096;
+  constexpr std::size_t kBytesPerRound = 4096;
   const OneStreamServer server(ts_test::MakeStream(static_cast<int>(kFrames)));
   for (int i = 0; i < 5; ++i) LoadPlayAndFree(server.Url());  // for one-time allocations
 
@@ -45,7 +45,7 @@ TEST(WindowsLoadTest, HundredLoadsAndPlaysLeaveNoThreadAndMemoryDoesNotGrow) {
   const std::size_t threads_now = ThreadCount();
   EXPECT_LE(threads_now, threads + kSystemThreads);
   const std::size_t stacks = threads_now > threads ? (threads_now - threads) * kStackSize : 0;
-  EXPECT_LE(PrivateBytes(), bytes + kRounds * kRoomForARound + stacks);
+  EXPECT_LE(PrivateBytes(), bytes + kRounds * kBytesPerRound + stacks);
 }
 
 // A name look-up that a stop left behind may still run in the code of the library.

@@ -1,4 +1,4 @@
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 
 namespace {
 
@@ -8,7 +8,7 @@ std::atomic<std::uint64_t> g_starts{0};
 
 void CountStart() { ++g_starts; }
 
-bool OnceAStart::IsFirst() {
+bool OncePerStart::IsFirst() {
   const std::uint64_t starts = g_starts.load();
   return seen_.exchange(starts) != starts;
 }

@@ -1,11 +1,11 @@
-#include "isobmff/read_windows.h"
+#include "isobmff/read_cache.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace isobmff {
 
-bool ReadWindows::Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to) {
+bool ReadCache::Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to) {
   if (to.empty()) return true;
   const Window* window = &windows_[latest_];
   if (!window->Holds(offset, to.size())) {
@@ -21,8 +21,8 @@ bool ReadWindows::Read(const File& file, std::uint64_t offset, std::span<std::ui
   return true;
 }
 
-const ReadWindows::Window* ReadWindows::Load(const File& file, std::uint64_t offset,
-                                             std::size_t wanted) {
+const ReadCache::Window* ReadCache::Load(const File& file, std::uint64_t offset,
+                                         std::size_t wanted) {
   latest_ ^= 1;
   Window& window = windows_[latest_];
   if (window.room < next_size_) {

@@ -1,6 +1,6 @@
 // Limits a console line to once a start, however often its cause occurs.
-#ifndef COMMON_ONCE_A_START_H_
-#define COMMON_ONCE_A_START_H_
+#ifndef COMMON_ONCE_PER_START_H_
+#define COMMON_ONCE_PER_START_H_
 
 #include <atomic>
 #include <cstdint>
@@ -9,7 +9,7 @@
 void CountStart();
 
 // One object for each kind of line. Safe from any thread.
-class OnceAStart {
+class OncePerStart {
  public:
   // Returns true for the first call after each CountStart, and for the very first call.
   bool IsFirst();
@@ -18,4 +18,4 @@ class OnceAStart {
   std::atomic<std::uint64_t> seen_{UINT64_MAX};  // count of starts at the last call
 };
 
-#endif  // COMMON_ONCE_A_START_H_
+#endif  // COMMON_ONCE_PER_START_H_

@@ -1,11 +1,11 @@
-#include "common/once_a_start.h"
+#include "common/once_per_start.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 TEST(OnceAStartTest, OnlyTheFirstCallAfterAStartReturnsTrue) {
-  OnceAStart line;
+  OncePerStart line;
   EXPECT_TRUE(line.IsFirst()) << "no start was counted yet";
   EXPECT_FALSE(line.IsFirst());
   CountStart();
@@ -14,8 +14,8 @@ TEST(OnceAStartTest, OnlyTheFirstCallAfterAStartReturnsTrue) {
 }
 
 TEST(OnceAStartTest, EachLineCountsItsOwnCalls) {
-  OnceAStart line;
-  OnceAStart other;
+  OncePerStart line;
+  OncePerStart other;
   CountStart();
   EXPECT_TRUE(line.IsFirst());
   EXPECT_TRUE(other.IsFirst());

@@ -3,8 +3,8 @@
 // There are two windows, since two tracks are read in turn from offsets that may be far apart. The
 // first window is small, since most handles read little, and each following one is twice as large,
 // up to a limit. A window keeps the bytes as they were when it was loaded. Not thread-safe.
-#ifndef ISOBMFF_READ_WINDOWS_H_
-#define ISOBMFF_READ_WINDOWS_H_
+#ifndef ISOBMFF_READ_CACHE_H_
+#define ISOBMFF_READ_CACHE_H_
 
 #include <array>
 #include <cstddef>
@@ -16,7 +16,7 @@
 
 namespace isobmff {
 
-class ReadWindows {
+class ReadCache {
  public:
   // Returns false if not all of the bytes are in the file.
   bool Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to);
@@ -45,4 +45,4 @@ class ReadWindows {
 
 }  // namespace isobmff
 
-#endif  // ISOBMFF_READ_WINDOWS_H_
+#endif  // ISOBMFF_READ_CACHE_H_

@@ -1,4 +1,4 @@
-#include "common/frame_backlog.h"
+#include "common/queue_limit.h"
 
 #include <gtest/gtest.h>
 
@@ -27,8 +27,8 @@ class FrameBacklogTest : public testing::Test {
     ASSERT_EQ(PushFrame(frame, queue), 0);
   }
 
-  std::future<void> Await(const FrameBacklog& limit) {
-    return std::async(std::launch::async, [this, limit] { AwaitFrameRoom(running_, limit); });
+  std::future<void> Await(const QueueLimit& limit) {
+    return std::async(std::launch::async, [this, limit] { WaitForQueueSpace(running_, limit); });
   }
 
   // Whether the parser checks for queue space every millisecond and finds none.
@@ -45,14 +45,14 @@ class FrameBacklogTest : public testing::Test {
 
 TEST_F(FrameBacklogTest, NoWaitBeforeTheQueuesExist) {
   ReleaseFrameQueues();
-  AwaitFrameRoom(running_, {0, 0});
+  WaitForQueueSpace(running_, {0, 0});
 }
 
 TEST_F(FrameBacklogTest, NoWaitAtTheLimit) {
   Push(50, g_videoQueue);
   Push(50, g_videoQueue);
   Push(100, g_audioQueue);
-  AwaitFrameRoom(running_, {2, 100});
+  WaitForQueueSpace(running_, {2, 100});
 }
 
 TEST_F(FrameBacklogTest, OneFrameAboveTheLimitWaitsUntilOneIsRemoved) {

@@ -1,4 +1,4 @@
-#include "common/frame_backlog.h"
+#include "common/queue_limit.h"
 
 #include <mutex>
 
@@ -7,17 +7,17 @@
 
 namespace {
 
-bool IsFull(const FrameQueue* queue, const FrameBacklog& limit) {
+bool IsFull(const FrameQueue* queue, const QueueLimit& limit) {
   return queue != nullptr && (queue->count > limit.frames || queue->heldBytes > limit.bytes);
 }
 
-bool HasRoom(const FrameBacklog& limit) {
+bool HasSpace(const QueueLimit& limit) {
   const std::lock_guard lock(g_frameQueueMutex);
   return !IsFull(g_videoQueue, limit) && !IsFull(g_audioQueue, limit);
 }
 
 }  // namespace
 
-void AwaitFrameRoom(const std::atomic<bool>& running, const FrameBacklog& limit) {
-  while (running.load() && !HasRoom(limit)) SleepFor(std::chrono::milliseconds(1));
+void WaitForQueueSpace(const std::atomic<bool>& running, const QueueLimit& limit) {
+  while (running.load() && !HasSpace(limit)) SleepFor(std::chrono::milliseconds(1));
 }

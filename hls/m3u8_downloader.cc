@@ -49,7 +49,7 @@ void CM3u8Downloader::StartDownload(const std::string& url) {
   if (pipeline_.playlistHandle == nullptr) return;
   AddGated([this, url] { PlaylistThread(pipeline_, url); });
   if (pipeline_.segmentHandle == nullptr) return;
-  AddGated([this] { SegmentThread(pipeline_); });
+  AddGated([this] { DownloadPartsThread(pipeline_); });
 }
 
 bool CM3u8Downloader::EndDownload() {

@@ -104,7 +104,7 @@ std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, vo
   return length;
 }
 
-void SegmentThread(HlsPipeline& pipeline) {
+void DownloadPartsThread(HlsPipeline& pipeline) {
   SegmentHistory history;
   while (pipeline.running.load()) {
     const std::vector<QueuedSegment> batch = TakeQueuedSegments(pipeline, history);

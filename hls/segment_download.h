@@ -11,7 +11,7 @@
 // failed download is not retried; the whole packets that it received are kept before the next
 // segment. Kept for compatibility. A segment whose address serves another segment now is skipped.
 // Reports to the player the duration queued so far and the position reached.
-void SegmentThread(HlsPipeline& pipeline);
+void DownloadPartsThread(HlsPipeline& pipeline);
 
 // The write callback: appends to g_downloadBuffer. If a segment does not fit, the leftover of a
 // failed download is dropped first; if it still does not fit, the whole segment is dropped. The

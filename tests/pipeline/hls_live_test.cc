@@ -295,7 +295,7 @@ TEST_F(HlsRefreshTest, SegmentWhoseNameIsReusedWhileQueuedIsNotFetchedTwice) {
   QueueOrPutBack(ListUrl(), LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
   QueueOrPutBack(ListUrl(), LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
   std::thread parse([this] { ParseSegmentsThread(pipeline_, ListUrl()); });
-  std::thread download([this] { SegmentThread(pipeline_); });
+  std::thread download([this] { DownloadPartsThread(pipeline_); });
   EXPECT_TRUE(
       player_.WaitFor([](const auto& record) { return record.buffered_times.size() == 4; }));
   pipeline_.running = false;

@@ -190,7 +190,7 @@ class HlsFiveTasksTest : public HlsTasks {
   void Begin(const std::string& url) {
     ResetFrameQueues();
     threads_.emplace_back([this, url] { PlaylistThread(pipeline_, url); });
-    threads_.emplace_back([this] { SegmentThread(pipeline_); });
+    threads_.emplace_back([this] { DownloadPartsThread(pipeline_); });
     threads_.emplace_back([this, url] { ParseSegmentsThread(pipeline_, url); });
     threads_.emplace_back([this] { DeliverHlsVideo(pipeline_); });
     threads_.emplace_back([this] { DeliverHlsAudio(pipeline_); });

@@ -94,7 +94,7 @@ class HlsSilenceTest : public HlsTasks {
     server_.Put("/seg2.ts", std::string(kTsPacketSize, '\0'));
     QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 3)));
     std::thread parser([this] { ParseSegmentsThread(pipeline_, kUrl); });
-    RunUntil([this] { SegmentThread(pipeline_); },
+    RunUntil([this] { DownloadPartsThread(pipeline_); },
              [&] {
                EXPECT_TRUE(server_.WaitForRequests("/seg0.ts", 1));
                fall_silent();
@@ -173,7 +173,7 @@ TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitContinues) {
   constexpr std::size_t kTrickles = 40;
   server_.Put("/seg0.ts", Trickling(Whole(std::string("x")), kPauseAfterEach));
   QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));
-  RunUntil([this] { SegmentThread(pipeline_); },
+  RunUntil([this] { DownloadPartsThread(pipeline_); },
            [this] {
              std::size_t looks = 0;
              for (std::size_t i = 1; i <= kTrickles; ++i) {

@@ -246,7 +246,7 @@ class SegmentLoopTest : public SegmentQueueTest {
 
 TEST_F(SegmentLoopTest, NextBatchIsTakenAfterAMillisecond) {
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
-  segments_ = std::thread([this] { SegmentThread(pipeline_); });
+  segments_ = std::thread([this] { DownloadPartsThread(pipeline_); });
   for (int batch = 1; batch <= 3; ++batch) {
     EXPECT_TRUE(IsTaken(static_cast<std::size_t>(batch)));
     EXPECT_TRUE(clock_.WaitForWaiters(1));
@@ -372,7 +372,7 @@ TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
   pipeline_.startPosition = 31;
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   testing::internal::CaptureStdout();
-  std::thread segments([this] { SegmentThread(pipeline_); });
+  std::thread segments([this] { DownloadPartsThread(pipeline_); });
   EXPECT_TRUE(WaitUntil([this] { return pipeline_.position.load() == 30.0F; }));
   pipeline_.running = false;
   WakeHlsTasks();

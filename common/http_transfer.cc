@@ -106,7 +106,7 @@ void SetUpTransfer(CURL* handle, const Transfer& transfer) {
   curl_easy_setopt(handle, CURLOPT_BUFFERSIZE, kReceiveSize);
   curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);  // transfers run on worker threads
   curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, transfer.on_bytes);
-  curl_easy_setopt(handle, CURLOPT_WRITEDATA, nullptr);
+  curl_easy_setopt(handle, CURLOPT_WRITEDATA, transfer.user);
   curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
   curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, EndWhenStopped);
   curl_easy_setopt(handle, CURLOPT_XFERINFODATA, &transfer.running);
@@ -140,7 +140,7 @@ void PerformDownload(const CurlHandle& handle, const Transfer& transfer) {
   if (handle == nullptr) return;
   if (PerformTransfer(handle.get(), transfer) == CURLE_ABORTED_BY_CALLBACK) {
     char nothing = '\0';
-    transfer.on_bytes(&nothing, 1, 0, nullptr);
+    transfer.on_bytes(&nothing, 1, 0, transfer.user);
   }
 }
 

@@ -35,6 +35,7 @@ CurlHandle MakeCurlHandle();
 struct Transfer {
   std::string url;
   curl_write_callback on_bytes;      // called on the thread that performs the transfer
+  void* user;                        // borrowed; the last argument of on_bytes
   const std::atomic<bool>& running;  // must outlive the transfer
 
   // The transfer fails if it receives no byte of headers or body for this long. Zero: no limit.

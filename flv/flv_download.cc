@@ -25,6 +25,6 @@ std::size_t FlvTransfer::Take(const char* data, std::size_t length) {
 void DownloadFlv(const std::string& url, std::uint64_t stream) {
   FlvTransfer transfer(stream);
   t_transfer = &transfer;
-  Download({url, GuardedCallback<OnFlvBytes>, g_flvRunning}, 0);
+  Download({url, GuardedCallback<OnFlvBytes>, nullptr, g_flvRunning}, 0);
   t_transfer = nullptr;
 }

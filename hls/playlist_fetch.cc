@@ -44,7 +44,7 @@ std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRe
   const std::lock_guard lock(g_playlistMutex);
   TruncateLeftover(*g_playlistText);
   if (!Perform(pipeline.playlistHandle.get(),
-               {request.url, GuardedCallback<TakePlaylistBytes>, pipeline.running,
+               {request.url, GuardedCallback<TakePlaylistBytes>, nullptr, pipeline.running,
                 pipeline.silence_limit},
                request.with_user_agent)) {
     return std::nullopt;
@@ -59,7 +59,8 @@ void PutBackPlaylistBody(const std::string& text) {
 
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
   TruncateLeftover(*g_variantText);
-  return Perform(pipeline.variantHandle.get(),
-                 {url, GuardedCallback<TakeVariantBytes>, pipeline.running, pipeline.silence_limit},
-                 true);
+  return Perform(
+      pipeline.variantHandle.get(),
+      {url, GuardedCallback<TakeVariantBytes>, nullptr, pipeline.running, pipeline.silence_limit},
+      true);
 }

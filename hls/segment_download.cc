@@ -43,7 +43,7 @@ bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
   CURL* const handle = pipeline.segmentHandle.get();
   if (handle == nullptr || !pipeline.running.load()) return false;
   g_leftoverLength = g_downloadLength;
-  const Transfer transfer{url, GuardedCallback<TakeSegmentBytes>, pipeline.running,
+  const Transfer transfer{url, GuardedCallback<TakeSegmentBytes>, nullptr, pipeline.running,
                           pipeline.silence_limit};
   SetUpTransfer(handle, transfer);
   SetUserAgent(handle, url);

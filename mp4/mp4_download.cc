@@ -30,7 +30,7 @@ std::size_t TakeMp4Bytes(char* data, std::size_t size, std::size_t count, void* 
 }
 
 void PerformInto(Mp4Transfer& transfer, const std::string& url) {
-  const Transfer request{url, GuardedCallback<TakeMp4Bytes>, g_mp4Running};
+  const Transfer request{url, GuardedCallback<TakeMp4Bytes>, nullptr, g_mp4Running};
   const CurlHandle handle = SetUpDownload(request, transfer.Offset());
   RunningDownload running{handle.get(), transfer};
   t_download = &running;

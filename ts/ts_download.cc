@@ -61,7 +61,7 @@ std::size_t OnTsBytes(char* data, std::size_t size, std::size_t count, void* /*u
 }
 
 void FetchUrl(const std::string& url, TsTransfer& transfer) {
-  const Transfer request{url, GuardedCallback<OnTsBytes>, g_tsRunning};
+  const Transfer request{url, GuardedCallback<OnTsBytes>, nullptr, g_tsRunning};
   const CurlHandle handle = SetUpDownload(request, transfer.Offset());
   const RunningDownload running(handle.get(), transfer);
   PerformDownload(handle, request);

@@ -61,7 +61,7 @@ struct SilentDownload {
  private:
   SilentDownload() {
     std::thread([this] {
-      const Transfer transfer{server.Url("/silent/a"), nullptr, running};
+      const Transfer transfer{server.Url("/silent/a"), nullptr, nullptr, running};
       const CurlHandle handle = MakeCurlHandle();
       SetUpTransfer(handle.get(), transfer);
       PerformTransfer(handle.get(), transfer);

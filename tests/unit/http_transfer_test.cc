@@ -119,7 +119,8 @@ class TransferStopTest : public testing::Test {
 TEST_F(TransferStopTest, WatchedTransferEndsAtTheNextProgressCallbackThoughTheServerIsSilent) {
   std::atomic<bool> running{true};
   ClearingClock clock(running);
-  const Transfer transfer{server_.Url("/silent/a"), TakeAll, running, std::chrono::hours(1)};
+  const Transfer transfer{server_.Url("/silent/a"), TakeAll, nullptr, running,
+                          std::chrono::hours(1)};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
   EXPECT_EQ(clock.Looks(), 2) << "one before the transfer, one in a progress callback";
   EXPECT_EQ(clock.LooksAfterTheStop(), 0);
@@ -129,7 +130,8 @@ TEST_F(TransferStopTest, EndlessTransferEndsThoughItsCallbackTakesEverything) {
   server_.Serve(std::string(1 << 20, 'x'));
   FlagIgnoringReceiver receiver;
   FlagIgnoringReceiver::current = &receiver;
-  const Transfer transfer{server_.Url("/endless/a"), FlagIgnoringReceiver::Take, receiver.running};
+  const Transfer transfer{server_.Url("/endless/a"), FlagIgnoringReceiver::Take, nullptr,
+                          receiver.running};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
   EXPECT_LT(receiver.bytes_after_the_stop, FlagIgnoringReceiver::kMuch);
 }
@@ -138,14 +140,16 @@ TEST_F(TransferStopTest, TransferStoppedInMidBodyEndsThoughTheServerStalls) {
   server_.Serve(std::string(8 * FlagIgnoringReceiver::kLargestPiece, 'x'));
   FlagIgnoringReceiver receiver;
   FlagIgnoringReceiver::current = &receiver;
-  const Transfer transfer{server_.Url("/stall/a"), FlagIgnoringReceiver::Take, receiver.running};
+  const Transfer transfer{server_.Url("/stall/a"), FlagIgnoringReceiver::Take, nullptr,
+                          receiver.running};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
   EXPECT_GE(receiver.pieces, 4);
 }
 
 TEST_F(TransferStopTest, TransferStoppedBeforeItBeginsEndsThoughTheServerIsSilent) {
   const std::atomic<bool> stopped{false};
-  EXPECT_EQ(Perform({server_.Url("/silent/a"), TakeAll, stopped}), CURLE_ABORTED_BY_CALLBACK);
+  EXPECT_EQ(Perform({server_.Url("/silent/a"), TakeAll, nullptr, stopped}),
+            CURLE_ABORTED_BY_CALLBACK);
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ std::size_t TakeAll(char* /*bytes*/, std::size_t size, std::size_t count, void* 
 class TransferOptionsTest : public testing::Test {
  protected:
   const std::atomic<bool> running_{true};
-  const Transfer transfer_{"http://host/a.ts", GuardedCallback<TakeAll>, running_};
+  const Transfer transfer_{"http://host/a.ts", GuardedCallback<TakeAll>, nullptr, running_};
   const CurlHandle handle_ = SetUpDownload(transfer_, 0);
 };
 

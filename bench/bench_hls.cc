@@ -165,7 +165,7 @@ class OnDemandStream {
 
  private:
   Frames Count(const std::vector<std::uint8_t>& sample) const {
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
     ResetFrameQueues();
     {
       const TsDemuxLock lock;
@@ -190,7 +190,7 @@ std::optional<double> PlaySeconds(const OnDemandStream& stream) {
   const QuietConsole quiet;
   {
     const TsDemuxLock lock;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
   }
   CM3u8Downloader downloader(nullptr);
   const auto begin = SteadyClock::now();

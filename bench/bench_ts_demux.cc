@@ -26,7 +26,7 @@ constexpr char kParse[] = "libavformat_parse";
 // call.
 DemuxTotals DemuxWithFeed(Bytes stream) {
   constexpr std::size_t kBatch = 16384 / kTsPacketSize * kTsPacketSize;
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   ResetFrameQueues();
   DemuxTotals totals;
   for (std::size_t batch = 0; batch < stream.size(); batch += kBatch) {

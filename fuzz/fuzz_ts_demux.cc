@@ -1,8 +1,10 @@
-// Arbitrary bytes through ts_demux_feed. Nothing is read or written out of bounds, and the output
-// is not larger than the input. -close_fd_mask=1 suppresses the console lines about bad streams.
+// Arbitrary bytes through the demultiplexer: through ts_demux_feed into the global queues, and
+// through a TsDemuxer. Nothing is read or written out of bounds, and the output is not larger than
+// the input. -close_fd_mask=1 suppresses the console lines about bad streams.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -10,6 +12,8 @@
 #include "ts/pes_assembler.h"
 #include "ts/ts_crc32.h"
 #include "ts/ts_demux.h"
+#include "ts/ts_demuxer.h"
+#include "ts/ts_frame_sink.h"
 #include "ts/ts_packet.h"
 
 namespace {
@@ -21,11 +25,13 @@ void Require(bool condition) {
   if (!condition) std::abort();
 }
 
+bool IsPayloadSize(std::size_t size) { return size > 0 && size <= kMaxPesPayload; }
+
 // Empties a global queue. Returns the number of payload bytes that were in it.
 std::size_t Drain(FrameNodePtr (*pop)()) {
   std::size_t total = 0;
   while (const FrameNodePtr frame = pop()) {
-    Require(frame->size > 0 && static_cast<std::uint32_t>(frame->size) <= kMaxPesPayload);
+    Require(IsPayloadSize(static_cast<std::size_t>(frame->size)));
     total += static_cast<std::size_t>(frame->size);
   }
   return total;
@@ -33,42 +39,67 @@ std::size_t Drain(FrameNodePtr (*pop)()) {
 
 std::size_t DrainBoth() { return Drain(PopVideoFrame) + Drain(PopAudioFrame); }
 
+// Counts the payload bytes of its frames.
+class CountingSink final : public TsFrameSink {
+ public:
+  std::size_t Bytes() const { return bytes_; }
+
+ private:
+  void OnFrame(const TsFrame& frame) override {
+    Require(IsPayloadSize(frame.payload.size()));
+    bytes_ += frame.payload.size();
+  }
+
+  std::size_t bytes_ = 0;
+};
+
+void FeedProcessDemuxer(const std::uint8_t* data, std::int32_t length) {
+  ts_demux_feed(data, length);
+}
+
 // Each packet is in a block of its own, so that a read past its end is detected.
-void FeedPacketByPacket(Bytes stream) {
+template <typename Feed>
+void FeedPacketByPacket(Bytes stream, const Feed& feed) {
   for (; stream.size() >= kTsPacketSize; stream = stream.subspan(kTsPacketSize)) {
     const Bytes bytes = stream.first(kTsPacketSize);
     const std::vector<std::uint8_t> packet(bytes.begin(), bytes.end());
-    ts_demux_feed(packet.data(), static_cast<std::int32_t>(packet.size()));
+    feed(packet.data(), static_cast<std::int32_t>(packet.size()));
   }
 }
 
 // Feeds the stream twice: the second time the state left by the first is still there.
 void TwoStreamsPacketByPacket(Bytes stream) {
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   ResetFrameQueues();
-  FeedPacketByPacket(stream);
+  FeedPacketByPacket(stream, FeedProcessDemuxer);
   std::size_t out = DrainBoth();
   ResetFrameQueues();
-  FeedPacketByPacket(stream);
+  FeedPacketByPacket(stream, FeedProcessDemuxer);
   out += DrainBoth();
   Require(out <= 2 * stream.size());
 }
 
 void AllInOneCall(Bytes stream) {
-  ts_demux_forget();
-  ResetFrameQueues();
-  ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
-  Require(DrainBoth() <= stream.size());
+  CountingSink sink;
+  const auto demuxer = std::make_unique<TsDemuxer>(sink);
+  demuxer->Feed(stream.data(), static_cast<std::int32_t>(stream.size()));
+  demuxer->Flush();
+  Require(sink.Bytes() <= stream.size());
 }
 
 // Feeds the stream repeatedly until a PES packet that never ends exceeds its assembler's limit.
 void UntilAssemblersAreFull(Bytes stream) {
-  ts_demux_forget();
-  ResetFrameQueues();
-  for (std::size_t fed = 0; fed < std::size_t{2} * kMaxPesPayload; fed += stream.size()) {
-    FeedPacketByPacket(stream);
-    DrainBoth();
+  CountingSink sink;
+  const auto demuxer = std::make_unique<TsDemuxer>(sink);
+  const auto feed = [&](const std::uint8_t* data, std::int32_t length) {
+    demuxer->Feed(data, length);
+  };
+  std::size_t fed = 0;
+  for (; fed < std::size_t{2} * kMaxPesPayload; fed += stream.size()) {
+    FeedPacketByPacket(stream, feed);
   }
+  demuxer->Flush();
+  Require(sink.Bytes() <= fed);
 }
 
 // Corrects the checksum of the section in a PAT or PMT packet. Otherwise hardly any mutated section

@@ -33,14 +33,14 @@ FrameDump DumpWithoutPlayTimes(const RecordingPlayer::Record& record) {
 
 FrameDump DemultiplexFromMemory(const std::vector<std::uint8_t>& stream) {
   const TsDemuxLock lock;
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   ResetFrameQueues();
   ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
   FrameDump dump = PopQueuedFrames();
   for (auto* frames : {&dump.video, &dump.audio}) {
     for (DumpedFrame& frame : *frames) frame.play = 0;
   }
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   return dump;
 }
 

@@ -47,7 +47,7 @@ void FeedInPieces(Bytes stream, const std::function<std::size_t()>& next_size) {
 
 FrameDump Demultiplex(Bytes stream, const std::function<void(Bytes)>& feed) {
   const TsDemuxLock lock;
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   ResetFrameQueues();
   feed(stream);
   return PopQueuedFrames();
@@ -177,7 +177,7 @@ std::vector<std::uint16_t> VideoPidsOverTime(Bytes stream) {
 TEST(TsTwoProgramsTest, VideoSwitchesAtEveryPmtAndAudioStaysWithTheFirstProgram) {
   const std::vector<std::uint8_t> stream = ReadWholeFile(FileOf(TwoProgramsSample()));
   const TsDemuxLock lock;
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   ResetFrameQueues();
 
   const std::vector<std::uint16_t> pids = VideoPidsOverTime(stream);

@@ -25,7 +25,7 @@ class HlsRestartTest : public HlsPlay {
     ASSERT_TRUE(WaitForVideo(frames) && WaitForAudio(frames));
     Stop();
     const TsDemuxLock lock;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
     player_.Reopen();
     player_.Forget();
   }
@@ -114,7 +114,7 @@ TEST_F(HlsRestartTest, StopRightAfterTheStartLeavesNoTaskForTheNextStart) {
   }
   {
     const TsDemuxLock lock;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
   }
   player_.Forget();
   downloader_.BeginDownload(ListUrl());

@@ -281,7 +281,7 @@ TEST_F(HlsBadSegmentTest, OtherCodecsAreReportedByNameOrNumber) {
     const Bytes first = Join({ts_test::MakePat(), ts_test::MakePmt({{type, ts_test::kVideoPid}})});
     PlayUntilPts({first, good_}, kLastPts);
     EXPECT_EQ(CodecLines().back(), "PLAY M3U8 DATAERR " + name + ":" + ListUrl());
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
   }
 }
 

@@ -43,7 +43,7 @@ class TsResumeTest : public TsPlay {
   void PlayUpTo(const std::string& url, std::size_t received) {
     {
       const TsDemuxLock feeding;
-      ts_demux_forget();
+      ProcessTsDemuxer().Reset();
     }
     player_.Reopen();
     downloader_.BeginDownload(url);
@@ -74,7 +74,7 @@ class TsResumeTest : public TsPlay {
   static std::vector<std::string> FramesFrom(const ts_test::Bytes& stream, std::size_t resumed,
                                              std::size_t received) {
     const TsDemuxLock feeding;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
     ResetFrameQueues();
     Feed(stream, 0, received / kTsPacketSize * kTsPacketSize);
     TakeFrames();

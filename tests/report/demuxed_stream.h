@@ -63,7 +63,7 @@ class DemuxedStream {
  public:
   explicit DemuxedStream(const std::vector<PesTimes>& video, const HeaderBytes& header = {}) {
     const TsDemuxLock feeding;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
     ResetFrameQueues();
     Feed(ts_test::MakePat());
     Feed(ts_test::MakePmt());
@@ -76,7 +76,7 @@ class DemuxedStream {
       FeedPes(ts_test::kAudioPid, n, ts_test::MakePes(audio.pts, adts));
     }
   }
-  ~DemuxedStream() { ts_demux_forget(); }
+  ~DemuxedStream() { ProcessTsDemuxer().Reset(); }
   DemuxedStream(const DemuxedStream&) = delete;
   DemuxedStream& operator=(const DemuxedStream&) = delete;
 

@@ -22,7 +22,7 @@ void ResetTs() {
   g_tsRunning = false;
   {
     const TsDemuxLock lock;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
     for (CopyBuffer& buffer : *g_tsScratch) buffer.Release();
   }
   {

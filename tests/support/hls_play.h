@@ -125,7 +125,7 @@ class HlsLivePlay : public HlsPlay {
 inline RecordingPlayer::Record FramesOf(const ts_test::Bytes& stream) {
   RecordingPlayer::Record record;
   const TsDemuxLock lock;
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   ResetFrameQueues();
   ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
   const auto take_all = [](FrameNodePtr (*pop)(), std::vector<RecordedFrame>& frames) {
@@ -136,7 +136,7 @@ inline RecordingPlayer::Record FramesOf(const ts_test::Bytes& stream) {
   };
   take_all(PopVideoFrame, record.video);
   take_all(PopAudioFrame, record.audio);
-  ts_demux_forget();
+  ProcessTsDemuxer().Reset();
   return record;
 }
 

@@ -15,7 +15,7 @@ using namespace ts_test;  // NOLINT: the builders read best without it
 class TsDemuxTest : public testing::Test {
  protected:
   TsDemuxTest() {
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
     ResetFrameQueues();
   }
 

@@ -22,13 +22,13 @@ void pes_assembler::Begin(std::uint64_t new_pts, std::uint64_t new_dts, const st
 }
 
 void pes_assembler::Append(const std::uint8_t* bytes, std::uint32_t size) {
-  const std::uint32_t room = kMaxPesPayload - length;
-  if (size == kFullPayload && room >= kFullPayload) {
+  const std::uint32_t space = kMaxPesPayload - length;
+  if (size == kFullPayload && space >= kFullPayload) {
     std::memcpy(buffer.data() + length, bytes, kFullPayload);
     length += kFullPayload;
     return;
   }
-  const std::uint32_t taken = std::min(size, room);
+  const std::uint32_t taken = std::min(size, space);
   std::memcpy(buffer.data() + length, bytes, taken);
   length += taken;
   if (taken < size) intact = 0;

@@ -18,7 +18,7 @@ std::uint64_t PlayTimeInterpolator::InitialPlayTime(std::uint64_t pts) const {
 void PlayTimeInterpolator::FramePushed(const FrameQueue& queue) {
   const std::uint64_t pts = queue.tail->pts;
   if (anchor_ && pts <= anchor_->pts) return;  // out of order: never an anchor
-  if (anchor_) Assign(queue, Step(queue.pushed - anchor_->place + 1));
+  if (anchor_) Assign(queue, Step(queue.pushed - anchor_->sequence + 1));
   prev_anchor_ = anchor_;
   anchor_ = Anchor{pts, queue.pushed, queue.tail};
   if (!prev_anchor_ || base_ == 0) base_ = pts;
@@ -35,11 +35,11 @@ float PlayTimeInterpolator::Step(std::uint64_t node_count) const {
 // sum too, since every addition rounds to single precision.
 void PlayTimeInterpolator::Assign(const FrameQueue& queue, float step) const {
   const std::uint64_t first = queue.FirstSequence();
-  FrameNode* node = anchor_->place >= first ? anchor_->node : queue.head;
+  FrameNode* node = anchor_->sequence >= first ? anchor_->node : queue.head;
   std::uint64_t t = prev_anchor_ ? prev_anchor_->pts - base_ : 0;
-  for (std::uint64_t place = anchor_->place; place < queue.pushed; ++place) {
+  for (std::uint64_t sequence = anchor_->sequence; sequence < queue.pushed; ++sequence) {
     t = ToTicks(static_cast<float>(t) + step);
-    if (place < first) continue;
+    if (sequence < first) continue;
     node->playTime = t;
     node = node->next;
   }

@@ -26,9 +26,9 @@ class PlayTimeInterpolator {
 
  private:
   struct Anchor {
-    std::uint64_t pts;    // 90 kHz
-    std::uint64_t place;  // sequence number of the node (FrameQueue::pushed)
-    FrameNode* node;      // released if `place` is before the queue's first
+    std::uint64_t pts;       // 90 kHz
+    std::uint64_t sequence;  // of the node (FrameQueue::pushed)
+    FrameNode* node;         // released if `sequence` is before the queue's first
   };
 
   float Step(std::uint64_t node_count) const;

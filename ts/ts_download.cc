@@ -19,26 +19,11 @@ std::string TextOf(const char* bytes, std::size_t size) {
   return bytes == nullptr ? std::string() : std::string(bytes, strnlen(bytes, size));
 }
 
-// The running download of this thread. The write callback finds it here, since it gets no user
-// pointer.
+// What the write callback works on.
 struct RunningDownload {
-  RunningDownload(CURL* used_handle, TsTransfer& used_transfer);
-  ~RunningDownload();
-  RunningDownload(const RunningDownload&) = delete;
-  RunningDownload& operator=(const RunningDownload&) = delete;
-
-  CURL* const handle;  // null for a local file
   TsTransfer& transfer;
+  CURL* handle;  // null for a local file
 };
-
-thread_local RunningDownload* t_download = nullptr;
-
-RunningDownload::RunningDownload(CURL* used_handle, TsTransfer& used_transfer)
-    : handle(used_handle), transfer(used_transfer) {
-  t_download = this;
-}
-
-RunningDownload::~RunningDownload() { t_download = nullptr; }
 
 // Returns whether the body begins at the requested offset. A server that does not answer with
 // status 206 sends the stream from its beginning. A local file that libcurl reads has no status and
@@ -52,18 +37,20 @@ bool IsPartialReply(CURL* handle) {
           (status == kPartialContent || status == kNoStatus));
 }
 
-// The write callback of libcurl. The reader of local files calls it too.
-std::size_t OnTsBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
-  if (t_download == nullptr) return 0;
-  TsTransfer& transfer = t_download->transfer;
-  if (transfer.IsAtStart() && !IsPartialReply(t_download->handle)) transfer.BodyBeginsAt(0);
-  return transfer.Take(data, static_cast<std::uint32_t>(size * count));
+// The write callback of libcurl; `user` is a RunningDownload. The reader of local files calls it
+// too.
+std::size_t OnTsBytes(char* data, std::size_t size, std::size_t count, void* user) {
+  const RunningDownload& running = *static_cast<RunningDownload*>(user);
+  TsTransfer& transfer = running.transfer;
+  if (transfer.IsAtStart() && !IsPartialReply(running.handle)) transfer.BodyBeginsAt(0);
+  return transfer.OnBytes(data, static_cast<std::uint32_t>(size * count));
 }
 
 void FetchUrl(const std::string& url, TsTransfer& transfer) {
-  const Transfer request{url, GuardedCallback<OnTsBytes>, nullptr, g_tsRunning};
+  RunningDownload running{transfer, nullptr};
+  const Transfer request{url, GuardedCallback<OnTsBytes>, &running, g_tsRunning};
   const CurlHandle handle = SetUpDownload(request, transfer.Offset());
-  const RunningDownload running(handle.get(), transfer);
+  running.handle = handle.get();
   PerformDownload(handle, request);
 }
 
@@ -83,12 +70,12 @@ void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
   const platform::File file = platform::OpenFile(path, "rb+");
   if (file == nullptr) return;
   transfer.BodyBeginsAt(SeekTo(transfer.Offset(), file.get()));
-  const RunningDownload running(nullptr, transfer);
+  RunningDownload running{transfer, nullptr};
 
   std::array<char, kPieceSize> piece;
   while (std::feof(file.get()) == 0 && std::ferror(file.get()) == 0) {
     const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
-    const std::size_t taken = GuardedCallback<OnTsBytes>(piece.data(), 1, length, nullptr);
+    const std::size_t taken = GuardedCallback<OnTsBytes>(piece.data(), 1, length, &running);
     if (taken == 0 && !g_tsRunning.load()) return;
     SleepFor(kPause);
   }
@@ -101,21 +88,21 @@ std::uint32_t UnreadSize() {
 
 }  // namespace
 
-void WaitForStreamSpace(std::uint32_t most_unread) {
-  while (g_tsRunning.load() && UnreadSize() >= most_unread) SleepFor(std::chrono::milliseconds(1));
+void WaitForStreamSpace(std::uint32_t max_unread) {
+  while (g_tsRunning.load() && UnreadSize() >= max_unread) SleepFor(std::chrono::milliseconds(1));
 }
 
 TsTransfer::TsTransfer(const PlayerPort& player, std::uint64_t offset)
     : player_(player), offset_(offset), packets_(offset) {}
 
-std::size_t TsTransfer::Take(const char* data, std::uint32_t length) {
+std::size_t TsTransfer::OnBytes(const char* data, std::uint32_t length) {
   is_at_start_ = false;
   if (!g_tsRunning.load() || IsHtmlPage(data, length)) {
     player_.Message("PLAY TS NO:" + TsUrl() + ":" + TextOf(data, length));
     return 0;
   }
   if (g_tsDownloaded.load() == 0) player_.Message("PLAY TS OK:" + TsUrl());
-  WaitForStreamSpace(kMostUnreadTsBytes);
+  WaitForStreamSpace(kMaxUnreadTsBytes);
   const std::lock_guard lock(g_tsStreamLock);
   if (data != nullptr && !packets_.Append(data, length, *g_tsStreamBuffer)) return 0;
   g_tsDownloaded += length;

@@ -11,14 +11,14 @@
 
 // The download waits while this many bytes or more are unread, which happens only while the parser
 // waits too. The limit is far below the maximum size of the buffer.
-inline constexpr std::uint32_t kMostUnreadTsBytes = std::uint32_t{1} << 30;
+inline constexpr std::uint32_t kMaxUnreadTsBytes = std::uint32_t{1} << 30;
 
 // Fetches `url` from the offset g_tsDownloaded to its end, or until g_tsRunning is cleared, and
 // reports to `player`. Blocks.
 void DownloadTs(const std::string& url, const PlayerPort& player);
 
-// Blocks while `most_unread` or more received bytes are unread, until g_tsRunning is cleared.
-void WaitForStreamSpace(std::uint32_t most_unread);
+// Blocks while `max_unread` or more received bytes are unread, until g_tsRunning is cleared.
+void WaitForStreamSpace(std::uint32_t max_unread);
 
 // One download, used on the thread that performs the transfer.
 //
@@ -39,10 +39,10 @@ class TsTransfer {
   // stream.
   void BodyBeginsAt(std::uint64_t offset) { packets_ = PacketCutter(offset); }
 
-  // Takes a piece of the body, which may be empty. Returns the number of bytes taken, or 0 to end
+  // Appends a piece of the body, which may be empty. Returns the size of the piece, or 0 to end
   // the transfer: after a stop, for an HTML page, or if memory runs out. The player is notified of
   // the first two.
-  std::size_t Take(const char* data, std::uint32_t length);
+  std::size_t OnBytes(const char* data, std::uint32_t length);
 
  private:
   const PlayerPort player_;

@@ -57,11 +57,11 @@ TEST_F(TsStopTest, TransferAcceptsEverythingWhileRunningAndNothingAfterTheStop) 
   const char* bytes = reinterpret_cast<const char*>(packet.data());
   TsTransfer transfer(PlayerPort(), 0);
   g_tsRunning = true;
-  EXPECT_EQ(transfer.Take(bytes, 188), packet.size());
-  EXPECT_EQ(transfer.Take(bytes, 188), packet.size());
+  EXPECT_EQ(transfer.OnBytes(bytes, 188), packet.size());
+  EXPECT_EQ(transfer.OnBytes(bytes, 188), packet.size());
   EXPECT_EQ(g_tsDownloaded.load(), 2 * packet.size());
   g_tsRunning = false;
-  EXPECT_EQ(transfer.Take(bytes, 188), 0U);
+  EXPECT_EQ(transfer.OnBytes(bytes, 188), 0U);
   EXPECT_EQ(g_tsDownloaded.load(), 2 * packet.size());
 }
 

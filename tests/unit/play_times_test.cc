@@ -9,7 +9,7 @@
 
 namespace {
 
-// A queue whose frames get their play times from a spreader.
+// A queue whose frames get their play times from an interpolator.
 class PlayTimesTest : public testing::Test {
  protected:
   ~PlayTimesTest() override {
@@ -21,9 +21,9 @@ class PlayTimesTest : public testing::Test {
     FrameRecord frame;
     const std::uint8_t byte = 0;
     ASSERT_EQ(CreateFrameNode(frame, pts, pts, &byte, 1, true, true), 0);
-    frame.playTime = spreader_.InitialPlayTime(pts);
+    frame.playTime = interpolator_.InitialPlayTime(pts);
     ASSERT_EQ(PushFrame(frame, &queue_), 0);
-    spreader_.FramePushed(queue_);
+    interpolator_.FramePushed(queue_);
   }
   FrameNodePtr Pop() { return FrameNodePtr(PopFrame(&queue_)); }
 
@@ -36,7 +36,7 @@ class PlayTimesTest : public testing::Test {
   }
 
   FrameQueue queue_;
-  PlayTimeInterpolator spreader_;
+  PlayTimeInterpolator interpolator_;
 };
 
 using Times = std::vector<std::uint64_t>;
@@ -98,9 +98,9 @@ TEST_F(PlayTimesTest, EmptiedQueueDoesNotDisturbTheInterpolation) {
 
 TEST_F(PlayTimesTest, BaseOfZeroIsReplacedByTheNextAnchor) {
   Push(0);
-  EXPECT_EQ(spreader_.InitialPlayTime(500), 0U);
+  EXPECT_EQ(interpolator_.InitialPlayTime(500), 0U);
   Push(90'000);
-  EXPECT_EQ(spreader_.InitialPlayTime(93'600), 3600U);
+  EXPECT_EQ(interpolator_.InitialPlayTime(93'600), 3600U);
 }
 
 TEST_F(PlayTimesTest, SumThatWrapsBelowZeroBecomesZero) {
@@ -111,14 +111,14 @@ TEST_F(PlayTimesTest, SumThatWrapsBelowZeroBecomesZero) {
 }
 
 // A reference model: the same rules over all frames ever pushed, none of them removed.
-class PlainSpreading {
+class PlainInterpolation {
  public:
   void Push(std::uint64_t pts) {
     const std::uint64_t initial = base_ == 0 ? 0 : std::max(pts, base_) - std::min(pts, base_);
     nodes_.push_back({pts, initial});
     const std::size_t newest = nodes_.size() - 1;
     if (anchor_ >= 0 && pts <= Pts(anchor_)) return;
-    if (anchor_ >= 0) Spread(newest);
+    if (anchor_ >= 0) Assign(newest);
     prev_ = anchor_;
     anchor_ = static_cast<std::ptrdiff_t>(newest);
     if (prev_ < 0 || base_ == 0) base_ = pts;
@@ -130,7 +130,7 @@ class PlainSpreading {
   std::uint64_t Pts(std::ptrdiff_t index) const {
     return nodes_[static_cast<std::size_t>(index)].first;
   }
-  void Spread(std::size_t newest) {
+  void Assign(std::size_t newest) {
     const auto anchor = static_cast<std::size_t>(anchor_);
     const std::uint64_t n = newest - anchor + 1;
     const std::uint64_t whole_step = (Pts(anchor_) - (prev_ >= 0 ? Pts(prev_) : base_)) / n;
@@ -150,7 +150,7 @@ class PlainSpreading {
 
 TEST_F(PlayTimesTest, RandomPushesAndPopsMatchTheReferenceModel) {
   std::mt19937 random(7);  // NOLINT: the same run every time
-  PlainSpreading plain;
+  PlainInterpolation plain;
   std::size_t taken = 0;
   std::uint64_t time = 126'000;
   for (int i = 0; i < 3000; ++i) {

@@ -17,15 +17,15 @@
 
 namespace {
 
-class TsStreamRoomTest : public testing::Test {
+class TsStreamSpaceTest : public testing::Test {
  protected:
-  TsStreamRoomTest() {
+  TsStreamSpaceTest() {
     const std::lock_guard lock(g_tsStreamLock);
     g_tsStreamBuffer->Initialize();
     g_tsStreamBuffer->Reset();
     g_tsRunning = true;
   }
-  ~TsStreamRoomTest() override { g_tsRunning = false; }
+  ~TsStreamSpaceTest() override { g_tsRunning = false; }
 
   static void Stage(std::uint32_t size) {
     const std::vector<char> bytes(size);
@@ -33,8 +33,8 @@ class TsStreamRoomTest : public testing::Test {
     ASSERT_EQ(g_tsStreamBuffer->Append(bytes.data(), size), kBufferOk);
   }
 
-  static std::future<void> Await(std::uint32_t most_unread) {
-    return std::async(std::launch::async, WaitForStreamSpace, most_unread);
+  static std::future<void> Await(std::uint32_t max_unread) {
+    return std::async(std::launch::async, WaitForStreamSpace, max_unread);
   }
 
   static constexpr Clock::Duration kPace{1};
@@ -42,12 +42,12 @@ class TsStreamRoomTest : public testing::Test {
   SimulatedClock clock_;
 };
 
-TEST_F(TsStreamRoomTest, NoWaitBelowTheLimit) {
+TEST_F(TsStreamSpaceTest, NoWaitBelowTheLimit) {
   Stage(99);
   WaitForStreamSpace(100);
 }
 
-TEST_F(TsStreamRoomTest, WaitAtTheLimitEndsWhenBytesAreRead) {
+TEST_F(TsStreamSpaceTest, WaitAtTheLimitEndsWhenBytesAreRead) {
   Stage(100);
   const std::future<void> waiting = Await(100);
   EXPECT_TRUE(StillPolls(clock_, kPace));
@@ -59,7 +59,7 @@ TEST_F(TsStreamRoomTest, WaitAtTheLimitEndsWhenBytesAreRead) {
   waiting.wait();
 }
 
-TEST_F(TsStreamRoomTest, StopEndsTheWait) {
+TEST_F(TsStreamSpaceTest, StopEndsTheWait) {
   Stage(100);
   const std::future<void> waiting = Await(100);
   EXPECT_TRUE(StillPolls(clock_, kPace));
@@ -74,9 +74,9 @@ class TsTransferTest : public testing::Test {
   TsTransferTest() { g_tsRunning = true; }
   ~TsTransferTest() override { g_tsRunning = false; }
 
-  void Take(std::uint32_t size) {
+  void Receive(std::uint32_t size) {
     const std::vector<char> bytes(size, 'x');
-    EXPECT_EQ(transfer_.Take(bytes.data(), size), size);
+    EXPECT_EQ(transfer_.OnBytes(bytes.data(), size), size);
   }
   std::size_t OkMessages() const { return player_.Snapshot().MessagesWith("PLAY TS OK:").size(); }
 
@@ -86,17 +86,17 @@ class TsTransferTest : public testing::Test {
 
 TEST_F(TsTransferTest, OnlyTheFirstBytesAreReportedHoweverFewTheyAre) {
   for (int i = 0; i < 200; ++i) {
-    Take(1);
+    Receive(1);
     ASSERT_EQ(OkMessages(), 1U) << i;
   }
 }
 
 TEST_F(TsTransferTest, EmptyPieceIsReportedAndSoAreTheFirstBytesAfterIt) {
-  Take(0);
+  Receive(0);
   EXPECT_EQ(OkMessages(), 1U);
-  Take(1);
+  Receive(1);
   EXPECT_EQ(OkMessages(), 2U);
-  Take(0);
+  Receive(0);
   EXPECT_EQ(OkMessages(), 2U);
 }
 

@@ -2,10 +2,9 @@
 // frames out of the queues: the cost of a byte with a parser that keeps up, and with one that has
 // fallen behind.
 #include <benchmark/benchmark.h>
-#include <malloc.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <memory>
 #include <mutex>
 #include <span>
 #include <string>
@@ -17,9 +16,9 @@
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "common/player_port.h"
+#include "ts/ts_batch_feeder.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_download.h"
-#include "ts/ts_parse.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -31,12 +30,13 @@ constexpr std::size_t kPiece = 16384;  // the most that libcurl passes to a writ
 void Reset() {
   {
     const TsDemuxLock lock;
-    ts_demux_forget();
+    ProcessTsDemuxer().Reset();
   }
   ResetFrameQueues();
   const std::lock_guard lock(g_tsStreamLock);
+  std::destroy_at(&*g_tsStreamBuffer);  // releases the memory of an earlier round
+  std::construct_at(&*g_tsStreamBuffer);
   g_tsStreamBuffer->Initialize();
-  g_tsStreamBuffer->Reset();
 }
 
 // Receives the stream in pieces and parses whenever `backlog` bytes have been received, as
@@ -52,7 +52,7 @@ DemuxTotals Pass(Bytes stream, std::size_t backlog) {
     for (std::size_t at = 0; at < batch.size(); at += kPiece) {
       const std::size_t size = std::min(kPiece, batch.size() - at);
       const auto* bytes = reinterpret_cast<const char*>(batch.data() + at);
-      if (transfer.Take(bytes, static_cast<std::uint32_t>(size)) != size) return {};
+      if (transfer.OnBytes(bytes, static_cast<std::uint32_t>(size)) != size) return {};
     }
     while (feeder.FeedBatch()) {
     }

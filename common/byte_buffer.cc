@@ -69,6 +69,17 @@ void CByteBuffer::Reset() {
   pendingShift = 0;
 }
 
+void CByteBuffer::Swap(CByteBuffer& other) noexcept {
+  std::swap(data, other.data);
+  std::swap(capacity, other.capacity);
+  std::swap(pendingShift, other.pendingShift);
+  std::swap(readPos, other.readPos);
+  std::swap(writePos, other.writePos);
+  std::swap(block_, other.block_);
+  std::swap(block_size_, other.block_size_);
+  std::swap(discarded_, other.discarded_);
+}
+
 bool CByteBuffer::IsLarge() const { return block_size_ > kSmallBlock; }
 
 std::uint64_t CByteBuffer::OffsetInBlock(std::uint32_t position) const {

@@ -47,6 +47,10 @@ class CByteBuffer {
   // Discards the contents and keeps the array.
   void Reset();
 
+  // Exchanges arrays and contents with `other`. No byte is moved, so pointers into an array stay
+  // valid.
+  void Swap(CByteBuffer& other) noexcept;
+
   std::uint32_t Size() const { return writePos - readPos; }  // unread bytes
   std::uint8_t* ReadPtr() const { return data + readPos; }
   std::uint8_t* ContinuePtr() const { return data + readPos + pendingShift; }

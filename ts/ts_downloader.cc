@@ -10,17 +10,11 @@
 #include "common/start_position.h"
 #include "common/stop_protocol.h"
 #include "common/temp_files.h"
-#include "ts/ts_demux.h"
 #include "ts/ts_download.h"
 #include "ts/ts_parse.h"
 #include "ts/ts_state.h"
 
 namespace {
-
-void ReleaseScratch() {
-  const TsDemuxLock lock;
-  for (CopyBuffer& buffer : *g_tsScratch) buffer.Release();
-}
 
 void ResetStreamBuffer() {
   const std::lock_guard lock(g_tsStreamLock);
@@ -29,7 +23,7 @@ void ResetStreamBuffer() {
 }
 
 void RecordPlayer(const PlayerPort& player) {
-  const std::lock_guard lock(g_tsStateLock);
+  const std::lock_guard lock(g_tsStreamLock);
   g_tsPlayer = player;
 }
 
@@ -38,13 +32,11 @@ void RecordPlayer(const PlayerPort& player) {
 CTsDownloader::CTsDownloader(CStreamPlayerImp* player)
     : CThreadPool(kPipelineWorkers), player_(player) {
   ResetStreamBuffer();
-  ReleaseScratch();
 }
 
 CTsDownloader::~CTsDownloader() {
   EndDownload();
   Stop();  // no task may outlive the members
-  ReleaseScratch();
 }
 
 bool CTsDownloader::BeginDownload(const std::string& url) {
@@ -90,12 +82,12 @@ void CTsDownloader::UseUrl(const std::string& url) {
     return;
   }
   {
-    const std::lock_guard lock(g_tsStateLock);
+    const std::lock_guard lock(g_tsStreamLock);
     *g_tsUrl = url;
     g_tsDownloaded = 0;
   }
   const std::string path = CreateCacheFile("mebo.ts");  // nothing is written to it
-  const std::lock_guard lock(g_tsStateLock);
+  const std::lock_guard lock(g_tsStreamLock);
   *g_tsTempPath = path;
 }
 

@@ -6,7 +6,6 @@
 
 #include <array>
 #include <atomic>
-#include <cstddef>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -22,21 +21,22 @@ extern std::atomic<bool> g_tsRunning;
 // Bytes received for the current address. The next start resumes at this offset.
 extern std::atomic<std::uint64_t> g_tsDownloaded;
 
-// The player of the last start. Kept for compatibility: no task reads it, since the tasks of a
-// start use the player of their own facade.
-extern PlayerPort g_tsPlayer;  // guarded by g_tsStateLock
-
-extern std::mutex g_tsStateLock;
-extern NeverDestroyed<std::string> g_tsUrl;       // guarded by g_tsStateLock
-extern NeverDestroyed<std::string> g_tsTempPath;  // guarded by g_tsStateLock
+// Guards everything below except g_tsScratch.
+extern std::mutex g_tsStreamLock;
 
 // Received bytes that are not parsed yet: whole packets only.
-extern std::mutex g_tsStreamLock;
-extern NeverDestroyed<CByteBuffer> g_tsStreamBuffer;  // guarded by g_tsStreamLock
+extern NeverDestroyed<CByteBuffer> g_tsStreamBuffer;
 
-// Copy buffers; only the one at kParseScratch is used. Guarded by TsDemuxLock.
+// The address of the last start.
+extern NeverDestroyed<std::string> g_tsUrl;
+
+// Kept for compatibility: the names below are fixed, but nothing in the component reads them.
+// - The player and the cache file of the last start. The tasks of a start use the player of their
+//   own facade, and nothing is written to the file.
+// - Copy buffers, which stay empty: a batch is not copied.
+extern PlayerPort g_tsPlayer;
+extern NeverDestroyed<std::string> g_tsTempPath;
 extern NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
-inline constexpr std::size_t kParseScratch = 1;
 
 // Returns a copy of g_tsUrl.
 std::string TsUrl();

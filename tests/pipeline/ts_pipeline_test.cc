@@ -229,7 +229,7 @@ class TsBlockedFolderTest : public TsPipelineTest {
 
 TEST_F(TsBlockedFolderTest, CacheFileIsInTheUsersCache) {
   EXPECT_THAT(Play(), StartsWith(folder_.Line()));
-  const std::lock_guard lock(g_tsStateLock);
+  const std::lock_guard lock(g_tsStreamLock);
   EXPECT_EQ(*g_tsTempPath, folder_.InCache() + "mebo.ts");
   EXPECT_TRUE(std::filesystem::exists(*g_tsTempPath));
 }

@@ -67,7 +67,7 @@ TEST_F(TsTwoFacadesTest, PlayerOfTheLatestStartReplacesThePreviousOne) {
   CTsDownloader first(&player_);
   CTsDownloader second(&other_player);
   const auto report = [](const std::string& line) {
-    const std::lock_guard lock(g_tsStateLock);
+    const std::lock_guard lock(g_tsStreamLock);
     g_tsPlayer.Message(line);
   };
   first.BeginDownload(server_.Url("/plain/a.ts"));

@@ -23,17 +23,15 @@ void ResetTs() {
   {
     const TsDemuxLock lock;
     ProcessTsDemuxer().Reset();
-    for (CopyBuffer& buffer : *g_tsScratch) buffer.Release();
   }
   {
     const std::lock_guard lock(g_tsStreamLock);
     g_tsStreamBuffer->Initialize();
     g_tsStreamBuffer->Reset();
+    g_tsUrl->clear();
+    g_tsTempPath->clear();
+    g_tsPlayer = PlayerPort();
   }
-  const std::lock_guard lock(g_tsStateLock);
-  g_tsUrl->clear();
-  g_tsTempPath->clear();
-  g_tsPlayer = PlayerPort();
   g_tsDownloaded = 0;
 }
 

@@ -148,6 +148,40 @@ TEST(ByteBufferTest, GrowthWhoseSlackOverflowsIsRefused) {
   EXPECT_EQ(buffer.Size(), 4000U);
 }
 
+TEST(ByteBufferTest, SwapExchangesArraysAndPositionsWithoutACopy) {
+  CByteBuffer one;
+  CByteBuffer other;
+  FillAndConsume(one, 4000, 50);
+  Fill(other, 9000);
+  ASSERT_EQ(other.Reserve(7), kBufferOk);
+  const std::uint8_t* const one_bytes = one.ReadPtr();
+  const std::uint8_t* const other_bytes = other.ReadPtr();
+  const std::uint32_t other_capacity = other.Capacity();
+
+  one.Swap(other);
+
+  EXPECT_EQ(other.ReadPtr(), one_bytes);
+  EXPECT_EQ(other.ReadPos(), 4000U);
+  EXPECT_EQ(other.WritePos(), 4050U);
+  EXPECT_EQ(other.Capacity(), 4096U);
+  EXPECT_EQ(other.PendingShift(), 0U);
+  EXPECT_EQ(one.ReadPtr(), other_bytes);
+  EXPECT_EQ(one.Size(), 9000U);
+  EXPECT_EQ(one.Capacity(), other_capacity);
+  EXPECT_EQ(one.PendingShift(), 9000U);
+}
+
+TEST(ByteBufferTest, SwappedBuffersGrowIndependently) {
+  CByteBuffer one;
+  CByteBuffer other;
+  Fill(one, 100);
+  one.Swap(other);
+  Fill(one, 100'000);
+  Fill(other, 200'000);
+  EXPECT_EQ(one.Size(), 100'000U);
+  EXPECT_EQ(other.Size(), 200'100U);
+}
+
 TEST(ByteBufferTest, ResetDiscardsTheContentsAndKeepsTheArray) {
   CByteBuffer buffer;
   FillAndConsume(buffer, 50, 100);

@@ -11,7 +11,6 @@
 #include "tests/support/polling.h"
 #include "tests/support/simulated_clock.h"
 #include "tests/support/ts_packets.h"
-#include "ts/ts_demux.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -98,20 +97,6 @@ TEST_F(TsParseTest, StopEndsTheWaitForQueueSpace) {
   Stop();
   EXPECT_EQ(VideoFrames(), 0U);
   ClaimNothing();
-}
-
-TEST_F(TsParseTest, CopyIsReleasedAfterALargeBatchAndKeptAfterASmallOne) {
-  const auto capacity_after = [this](const ts_test::Bytes& stream) {
-    Stage(stream);
-    if (!thread_.joinable()) Start();
-    clock_.AdvanceUntil([] { return Unread() == 0; }, 1, kEmptyPause);
-    clock_.WaitForWaiters(1);
-    const TsDemuxLock lock;
-    return (*g_tsScratch)[kParseScratch].Capacity();
-  };
-  const ts_test::Bytes small = ts_test::MakeStream(30);
-  EXPECT_EQ(capacity_after(small), static_cast<std::int32_t>(small.size()));
-  EXPECT_EQ(capacity_after(ts_test::MakeStream(30, 90'000, 100'000)), 0);
 }
 
 }  // namespace

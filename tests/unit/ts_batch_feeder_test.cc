@@ -10,6 +10,7 @@
 
 #include "common/frame_queue.h"
 #include "tests/support/ts_packets.h"
+#include "tests/support/ts_staging.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_state.h"
 
@@ -32,29 +33,17 @@ class TsBatchFeederTest : public testing::Test {
   }
   ~TsBatchFeederTest() override { g_tsRunning = false; }
 
-  static void Stage(const Bytes& bytes) {
-    const std::lock_guard lock(g_tsStreamLock);
-    g_tsStreamBuffer->Append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
-  }
-  static Bytes Staged() {
-    const std::lock_guard lock(g_tsStreamLock);
-    return {g_tsStreamBuffer->ReadPtr(), g_tsStreamBuffer->WritePtr()};
-  }
   static std::uint32_t StagingCapacity() {
     const std::lock_guard lock(g_tsStreamLock);
     return g_tsStreamBuffer->Capacity();
   }
-  static std::uint64_t VideoFrames() {
-    const std::lock_guard lock(g_frameQueueMutex);
-    return g_videoQueue->pushed;
-  }
 
   // Returns the capacity of the staging buffer before the batch is fed.
   std::uint32_t FeedOneBatch(const Bytes& stream) {
-    Stage(stream);
+    StageTsBytes(stream);
     const std::uint32_t capacity = StagingCapacity();
     EXPECT_TRUE(feeder_.FeedBatch());
-    EXPECT_EQ(Staged(), Bytes());
+    EXPECT_EQ(StagedTsBytes(), Bytes());
     return capacity;
   }
 
@@ -79,24 +68,24 @@ TEST_F(TsBatchFeederTest, AllPacketsAreFedInOrder) {
 TEST_F(TsBatchFeederTest, IncompletePacketStaysUntilItsRestIsReceived) {
   const Bytes stream = MakeStream(4);
   const Bytes::difference_type end = 3 * kTsPacketSize + 100;
-  Stage({stream.begin(), stream.begin() + end});
+  StageTsBytes({stream.begin(), stream.begin() + end});
   EXPECT_TRUE(feeder_.FeedBatch());
-  EXPECT_EQ(Staged(), Bytes(stream.begin() + 3 * kTsPacketSize, stream.begin() + end));
+  EXPECT_EQ(StagedTsBytes(), Bytes(stream.begin() + 3 * kTsPacketSize, stream.begin() + end));
   EXPECT_FALSE(feeder_.FeedBatch());
-  Stage({stream.begin() + end, stream.end()});
+  StageTsBytes({stream.begin() + end, stream.end()});
   EXPECT_TRUE(feeder_.FeedBatch());
-  EXPECT_EQ(VideoFrames(), 3U);
+  EXPECT_EQ(PushedVideoFrames(), 3U);
 }
 
 TEST_F(TsBatchFeederTest, StopDropsTheRestOfTheBatch) {
-  Stage(MakeStream(4));
+  StageTsBytes(MakeStream(4));
   g_tsRunning = false;
   EXPECT_TRUE(feeder_.FeedBatch());
-  EXPECT_EQ(Staged(), Bytes());
+  EXPECT_EQ(StagedTsBytes(), Bytes());
   g_tsRunning = true;
   EXPECT_FALSE(feeder_.FeedBatch());
   FeedOneBatch(MakeStream(4));
-  EXPECT_EQ(VideoFrames(), 3U) << "the dropped packets were fed too";
+  EXPECT_EQ(PushedVideoFrames(), 3U) << "the dropped packets were fed too";
 }
 
 TEST_F(TsBatchFeederTest, ArraysOfSmallBatchesAreReused) {
@@ -122,7 +111,7 @@ TEST_F(TsBatchFeederTest, ArraysOfSuccessiveLargeBatchesAreReused) {
   const Bytes large = MakeStream(30, 90'000, 100'000);
   const std::uint32_t capacity = FeedOneBatch(large);
   FeedOneBatch(large);
-  Stage(MakeStream(1));
+  StageTsBytes(MakeStream(1));
   EXPECT_EQ(StagingCapacity(), capacity);
 }
 

@@ -13,6 +13,7 @@
 #include "tests/support/polling.h"
 #include "tests/support/recording_player.h"
 #include "tests/support/simulated_clock.h"
+#include "tests/support/ts_staging.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -125,12 +126,6 @@ class TsLocalFileTest : public testing::Test {
         std::async(std::launch::async, [this, url] { DownloadTs(url, PlayerPort(&player_)); });
   }
 
-  static std::vector<std::uint8_t> Staged() {
-    const std::lock_guard lock(g_tsStreamLock);
-    const std::uint8_t* const bytes = g_tsStreamBuffer->ContinuePtr();
-    return {bytes, bytes + g_tsStreamBuffer->Size()};
-  }
-
   static constexpr std::uint64_t kPiece = 10'240;
   static constexpr Clock::Duration kPause{10};
 
@@ -152,7 +147,7 @@ TEST_F(TsLocalFileTest, IsReadInPiecesOf10240BytesWithAPauseOfTenMilliseconds) {
   }
   download_.get();
   EXPECT_EQ(clock_.Elapsed(), kPause * 3);
-  EXPECT_EQ(Staged(), Packets(kPackets));
+  EXPECT_EQ(StagedTsBytes(), Packets(kPackets));
 }
 
 TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterTheReceivedBytes) {
@@ -162,7 +157,8 @@ TEST_F(TsLocalFileTest, IsReadFromTheFirstPacketAfterTheReceivedBytes) {
   StartDownload(file);
   ASSERT_TRUE(clock_.WaitForWaiters(1));
   EXPECT_EQ(g_tsDownloaded.load(), file.size());
-  EXPECT_EQ(Staged(), std::vector<std::uint8_t>(file.begin() + 4 * kTsPacketSize, file.end()));
+  EXPECT_EQ(StagedTsBytes(),
+            std::vector<std::uint8_t>(file.begin() + 4 * kTsPacketSize, file.end()));
 }
 
 TEST_F(TsLocalFileTest, StopEndsItAfterTheCurrentPieceAndIsReportedOnce) {

@@ -11,6 +11,7 @@
 #include "tests/support/polling.h"
 #include "tests/support/simulated_clock.h"
 #include "tests/support/ts_packets.h"
+#include "tests/support/ts_staging.h"
 #include "ts/ts_state.h"
 
 namespace {
@@ -24,17 +25,9 @@ class TsParseTest : public testing::Test {
   }
   ~TsParseTest() override { Stop(); }
 
-  static void Stage(const ts_test::Bytes& stream) {
-    const std::lock_guard lock(g_tsStreamLock);
-    g_tsStreamBuffer->Append(stream.data(), static_cast<std::uint32_t>(stream.size()));
-  }
   static std::uint32_t Unread() {
     const std::lock_guard lock(g_tsStreamLock);
     return g_tsStreamBuffer->Size();
-  }
-  static std::uint64_t VideoFrames() {
-    const std::lock_guard lock(g_frameQueueMutex);
-    return g_videoQueue->pushed;
   }
 
   void Start() {
@@ -57,16 +50,16 @@ class TsParseTest : public testing::Test {
 TEST_F(TsParseTest, ChecksAgainTenMillisecondsAfterAnEmptyBuffer) {
   Start();
   EXPECT_TRUE(StillPolls(clock_, kEmptyPause));
-  Stage(ts_test::MakeStream(4));
+  StageTsBytes(ts_test::MakeStream(4));
   clock_.Advance(kEmptyPause - Clock::Duration(1));
   EXPECT_EQ(clock_.Waiting(), 1U);
   EXPECT_GT(Unread(), 0U);
   clock_.Advance(Clock::Duration(1));
-  EXPECT_TRUE(WaitUntil([] { return VideoFrames() == 3; }));
+  EXPECT_TRUE(WaitUntil([] { return PushedVideoFrames() == 3; }));
 }
 
 TEST_F(TsParseTest, PausesOneMillisecondAfterABatch) {
-  Stage(ts_test::MakeStream(4));
+  StageTsBytes(ts_test::MakeStream(4));
   Start();
   ASSERT_TRUE(clock_.WaitForWaiters(1));
   EXPECT_EQ(Unread(), 0U);
@@ -80,7 +73,7 @@ TEST_F(TsParseTest, PausesOneMillisecondAfterABatch) {
 TEST_F(TsParseTest, StreamWaitsForQueueSpace) {
   ClaimTooManyBytes();
   const ts_test::Bytes stream = ts_test::MakeStream(4);
-  Stage(stream);
+  StageTsBytes(stream);
   Start();
   EXPECT_TRUE(StillPolls(clock_, kSpacePace));
   EXPECT_EQ(Unread(), stream.size());
@@ -91,11 +84,11 @@ TEST_F(TsParseTest, StreamWaitsForQueueSpace) {
 
 TEST_F(TsParseTest, StopEndsTheWaitForQueueSpace) {
   ClaimTooManyBytes();
-  Stage(ts_test::MakeStream(4));
+  StageTsBytes(ts_test::MakeStream(4));
   Start();
   EXPECT_TRUE(StillPolls(clock_, kSpacePace));
   Stop();
-  EXPECT_EQ(VideoFrames(), 0U);
+  EXPECT_EQ(PushedVideoFrames(), 0U);
   ClaimNothing();
 }
 

@@ -161,9 +161,9 @@ TEST_F(StatsPlayerTest, WithoutMemoryNoCallThrowsAndOneLineReportsIt) {
   StatsPlayer player(clock_, screen_, nullptr, &report);
   testing::internal::CaptureStderr();
   EXPECT_NO_THROW(MakeEveryCall(player, 1));
-  const std::string told = testing::internal::GetCapturedStderr();
-  EXPECT_THAT(told, testing::StartsWith("a call of the library could not be taken: "));
-  EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
+  const std::string printed = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(printed, testing::StartsWith("a call of the library could not be taken: "));
+  EXPECT_EQ(printed.find('\n'), printed.size() - 1) << printed;
 }
 
 TEST_F(StatsPlayerTest, OpenRunClearsThePreviousRun) {

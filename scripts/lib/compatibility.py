@@ -14,7 +14,8 @@ LIST = Path("docs/compatibility.md")
 PHRASE = re.compile(r"kept\s+(?://+\s+|#\s+)?for\s+(?://+\s+|#\s+)?compatibility", re.IGNORECASE)
 PLACE = re.compile(r"`([\w./]+\.(?:h|cc|c|py|cmake|txt))(?::([^`]+))?`")
 SOURCES = (".h", ".cc", ".c")
-FOLDERS = ("c_interface", "common", "flv", "hls", "host", "isobmff", "mp4", "msvc", "platform", "public", "ts")
+FOLDERS = ("c_interface", "common", "flv", "hls", "host", "isobmff", "mp4", "msvc", "platform", "public",
+           "ts")
 
 
 def last_name(place):
@@ -37,7 +38,7 @@ def wrong_places(root, text):
 
 
 def missing_files(root, text):
-    """Describes each source that says the phrase and whose unit, the source with its header, is not listed."""
+    """Describes each source that says the phrase and whose unit is not listed."""
     listed = {unit(Path(path)) for path, _ in PLACE.findall(text)}
     for folder in FOLDERS:
         for path in sorted((root / folder).rglob("*")):

@@ -1,6 +1,6 @@
 // The process's transport stream demultiplexer, which the TS and HLS pipelines share. It outlives
-// streams: Kept for compatibility, programs, PIDs and unfinished frames of a stream are still there
-// when the next one begins (TsDemuxer::ResetStreams).
+// streams: programs, PIDs and unfinished frames of a stream are still there when the next one begins
+// (TsDemuxer::ResetStreams).
 #ifndef TS_TS_DEMUX_H_
 #define TS_TS_DEMUX_H_
 

@@ -150,18 +150,18 @@ TEST_F(StopProtocolTest, TasksAreWokenAndJoinedEvenIfTheFlagIsClear) {
 TEST_F(StopProtocolTest, AdmittedTaskThatHasNotStartedNeverRuns) {
   std::promise<void> release;
   std::promise<void> begun;
-  std::promise<void> taken;
+  std::promise<void> ran;
   std::atomic<bool> has_run{false};
   pool_.AddTask(gate_.Admit([&] {
     begun.set_value();
     release.get_future().wait_for(kTestLimit);
   }));
   pool_.AddTask(gate_.Admit([&] { has_run = true; }));
-  pool_.AddTask([&] { taken.set_value(); });
+  pool_.AddTask([&] { ran.set_value(); });
   begun.get_future().wait();
   wake_ = [&] {
     release.set_value();
-    EXPECT_EQ(taken.get_future().wait_for(kTestLimit), std::future_status::ready);
+    EXPECT_EQ(ran.get_future().wait_for(kTestLimit), std::future_status::ready);
   };
   EXPECT_TRUE(Stop());
   EXPECT_FALSE(has_run.load()) << "the gate was closed too late";

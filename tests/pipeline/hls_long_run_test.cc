@@ -107,11 +107,19 @@ class HlsLongRunTest : public testing::Test {
   }
 
   // Waits until all five tasks sleep or wait in the clock and only parsing and delivery are left to
-  // do. While segments are queued, the segment task sleeps or has not woken up yet.
+  // do. While segments are queued, the segment task sleeps or has not woken up yet. A sleep is over
+  // after a few ticks. From then on the time hardly advances: on a busy machine the task may wake
+  // up so late that the playlist would be refreshed once too often.
   void WaitForRest() {
     ASSERT_TRUE(clock_.WaitForWaiters(kTasks));
-    while (!IsAtRest()) {
-      clock_.Advance(std::chrono::milliseconds(1));
+    constexpr int kTicks = 100;
+    constexpr int kYields = 1'000;
+    for (int turn = 0; !IsAtRest(); ++turn) {
+      if (turn < kTicks || turn % kYields == 0) {
+        clock_.Advance(std::chrono::milliseconds(1));
+      } else {
+        std::this_thread::yield();
+      }
       ASSERT_TRUE(clock_.WaitForWaiters(kTasks));
     }
   }

@@ -18,11 +18,10 @@
 #include "bench/nginx_server.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
-#include "hls/clear_hls_stream.h"
-#include "hls/hls_state.h"
+#include "hls/hls_stream.h"
 #include "hls/m3u8_downloader.h"
-#include "hls/segment_queue.h"
-#include "hls/segment_states.h"
+#include "hls/playlist_ingest.h"
+#include "hls/segment_download.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 
@@ -86,12 +85,12 @@ std::size_t QueueLists(const std::vector<std::string>& lists) {
   std::size_t downloads = 0;
   for (const std::string& list : lists) {
     QueueSegmentsFromPlaylist(pipeline, "http://host/a/b/list.m3u8", list);
-    for (const QueuedSegment& segment : TakeQueuedSegments(pipeline, history)) {
-      SetSegmentState(segment.entry.uri, kSegmentDownloaded);
+    for (const QueuedSegment& segment : PopQueuedSegments(pipeline, history)) {
+      pipeline.stream.ledger.SetSegmentState(segment.entry.uri, kSegmentDownloaded);
       ++downloads;
     }
   }
-  ClearHlsStream();
+  pipeline.stream.Clear();
   return downloads;
 }
 

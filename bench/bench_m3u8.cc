@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "bench/bench_report.h"
-#include "hls/m3u8_attributes.h"
-#include "hls/m3u8_playlist.h"
+#include "hls/playlist/m3u8_playlist.h"
+#include "hls/playlist/m3u8_text.h"
 
 namespace {
 

@@ -82,5 +82,5 @@ function(stream_add_test name)
     COMMAND ${name} --gtest_shuffle --gtest_output=xml:../../test-results/${name}.xml
     WORKING_DIRECTORY ${PROJECT_BINARY_DIR}/tests/${name})
   # Long enough that only a hang exceeds it, also under wine and on a busy machine.
-  set_tests_properties(${name} PROPERTIES LABELS ${arg_LABEL} TIMEOUT 600)
+  set_tests_properties(${name} PROPERTIES LABELS "${arg_LABEL}" TIMEOUT 600)
 endfunction()

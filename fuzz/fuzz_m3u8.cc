@@ -10,10 +10,8 @@
 #include <string>
 #include <string_view>
 
-#include "hls/m3u8_attributes.h"
-#include "hls/m3u8_playlist.h"
-#include "hls/m3u8_scan.h"
-#include "hls/m3u8_text.h"
+#include "hls/playlist/m3u8_playlist.h"
+#include "hls/playlist/m3u8_text.h"
 
 namespace {
 
@@ -45,11 +43,17 @@ void ParseTwice(std::string_view base, std::string_view text) {
   Require(header.version == before.version && header.streamInfPending == before.streamInfPending);
 }
 
+bool IsTrimmed(std::string_view text) {
+  std::string_view trimmed = text;
+  TrimChars(trimmed, kM3u8Blanks);
+  return trimmed == text;
+}
+
 void ParseAttributes(std::string_view text) {
   std::size_t bytes = 0;
   const M3u8Attributes attributes = ParseAttributeList(text, ",", "=");
   for (const auto& [key, value] : attributes) {
-    Require(Trimmed(key, kM3u8Blanks) == key && Trimmed(value, kM3u8Blanks) == value);
+    Require(IsTrimmed(key) && IsTrimmed(value));
     Require(key.find_first_of(",=") == std::string::npos && value.find(',') == std::string::npos);
     bytes += key.size() + value.size();
   }

@@ -7,10 +7,6 @@
 
 namespace {
 
-// While a counter is negative, each frame is skipped and counted.
-std::atomic<std::int32_t> g_videoSkip{0};
-std::atomic<std::int32_t> g_audioSkip{0};
-
 struct HlsDelivery {
   void (*deliver)(const DeliveryLoop& loop);
   std::uint32_t is_video;  // the isVideo value of this queue's frames
@@ -40,19 +36,11 @@ bool CountSkippedFrame(std::atomic<std::int32_t>& skip) {
 }
 
 void DeliverHlsVideo(HlsPipeline& pipeline) {
-  Deliver(pipeline, {DeliverVideoFrames, 1, g_videoSkip, "m3u8 video thread stop."});
+  Deliver(pipeline,
+          {DeliverVideoFrames, 1, pipeline.stream.g_videoSkip, "m3u8 video thread stop."});
 }
 
 void DeliverHlsAudio(HlsPipeline& pipeline) {
-  Deliver(pipeline, {DeliverAudioFrames, 0, g_audioSkip, "m3u8 audio thread stop."});
-}
-
-void SkipFirstVideoFrame() {
-  g_audioSkip = 0;
-  g_videoSkip = -1;
-}
-
-void SkipNoFrame() {
-  g_audioSkip = 0;
-  g_videoSkip = 0;
+  Deliver(pipeline,
+          {DeliverAudioFrames, 0, pipeline.stream.g_audioSkip, "m3u8 audio thread stop."});
 }

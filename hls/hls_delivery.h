@@ -1,4 +1,4 @@
-// The delivery threads of the HLS pipeline, and the frame that they skip after a stop.
+// The delivery threads of the HLS pipeline. After a stop the next run skips its first video frame.
 #ifndef HLS_HLS_DELIVERY_H_
 #define HLS_HLS_DELIVERY_H_
 
@@ -10,13 +10,6 @@
 // Each runs on a thread of its own until the pipeline is stopped.
 void DeliverHlsVideo(HlsPipeline& pipeline);
 void DeliverHlsAudio(HlsPipeline& pipeline);
-
-// Makes the next run skip its first video frame and no audio frame. Called after a stop.
-// Kept for compatibility.
-void SkipFirstVideoFrame();
-
-// Makes the next run deliver every frame, as before the first stop in the process. For tests.
-void SkipNoFrame();
 
 // Returns whether to skip a frame. True while the counter is negative; each such call increments
 // it. After a second start, two threads may deliver frames of one kind: each skip is still counted

@@ -8,10 +8,12 @@
 
 #include "common/http_transfer.h"
 #include "common/player_port.h"
+#include "hls/hls_stream.h"
 
 // Durations and positions are in seconds. Members that are not atomic are set before the first task
 // runs.
 struct HlsPipeline {
+  HlsStream& stream = *g_hlsStream;  // shared with all other pipelines
   PlayerPort player;
   std::atomic<bool> running{false};  // every task loops while it is set
 
@@ -20,7 +22,8 @@ struct HlsPipeline {
   std::chrono::milliseconds silence_limit{10'000};
 
   // Transfer handles, kept for the lifetime of the pipeline. If one could not be created, the work
-  // that needs it is skipped. g_playlistMutex guards the first two, g_downloadMutex the third.
+  // that needs it is skipped. HlsStream::playlist_mutex guards the first two, download_mutex the
+  // third.
   CurlHandle variantHandle;
   CurlHandle playlistHandle;
   CurlHandle segmentHandle;

@@ -3,8 +3,8 @@
 // video delivery, audio delivery.
 //
 // The facade creates one for the first "m3u8" address, forwards its operations to it and destroys
-// it. Most of the state is process-wide (hls_state.h): one HLS pipeline plays at a time. The player
-// is borrowed.
+// it. Most of the state is process-wide (hls_stream.h): one HLS pipeline plays at a time. The
+// player is borrowed.
 //
 // Threads: call the members from one thread at a time, never from inside a call to the player.
 #ifndef HLS_M3U8_DOWNLOADER_H_
@@ -17,6 +17,14 @@
 #include "common/task_gate.h"
 #include "common/thread_pool.h"
 #include "hls/hls_pipeline.h"
+
+// The date and time in the console lines of a start and a stop, for example "2024Y1M9D 8:5:0",
+// without leading zeros. Y, M and D stand for the GB 2312 characters for year, month and day. The
+// encoding does not depend on the console's character set. Kept for compatibility.
+std::string DateText(const std::tm& local);
+
+// The GB 2312 character for second.
+inline constexpr char kSecondsGb2312[] = "\xC3\xEB";
 
 class CM3u8Downloader {
  public:

@@ -4,12 +4,11 @@
 #include <utility>
 
 #include "common/user_agent.h"
-#include "hls/hls_state.h"
 
 namespace {
 
-std::size_t Take(std::string& text, const char* data, std::size_t length) {
-  if (!ActiveM3u8Runs() || length > kMaxPlaylistSize - text.size()) return 0;
+std::size_t Append(std::string& text, HlsStream& stream, const char* data, std::size_t length) {
+  if (!stream.ActiveRuns() || length > kMaxPlaylistSize - text.size()) return 0;
   if (length > 0) text.append(data, length);
   return length;
 }
@@ -32,35 +31,37 @@ bool Perform(CURL* handle, const Transfer& transfer, bool with_user_agent) {
 
 }  // namespace
 
-std::size_t TakePlaylistBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
-  return Take(*g_playlistText, data, size * count);
+std::size_t OnPlaylistBytes(char* data, std::size_t size, std::size_t count, void* user) {
+  HlsStream& stream = *static_cast<HlsStream*>(user);
+  return Append(stream.g_playlistText, stream, data, size * count);
 }
 
-std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
-  return Take(*g_variantText, data, size * count);
+std::size_t OnVariantBytes(char* data, std::size_t size, std::size_t count, void* user) {
+  HlsStream& stream = *static_cast<HlsStream*>(user);
+  return Append(stream.g_variantText, stream, data, size * count);
 }
 
 std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
-  const std::lock_guard lock(g_playlistMutex);
-  TruncateLeftover(*g_playlistText);
-  if (!Perform(pipeline.playlistHandle.get(),
-               {request.url, GuardedCallback<TakePlaylistBytes>, nullptr, pipeline.running,
-                pipeline.silence_limit},
-               request.with_user_agent)) {
+  HlsStream& stream = pipeline.stream;
+  const std::lock_guard lock(stream.playlist_mutex);
+  TruncateLeftover(stream.g_playlistText);
+  const Transfer transfer{request.url, GuardedCallback<OnPlaylistBytes>, &stream, pipeline.running,
+                          pipeline.silence_limit};
+  if (!Perform(pipeline.playlistHandle.get(), transfer, request.with_user_agent)) {
     return std::nullopt;
   }
-  return std::exchange(*g_playlistText, {});
+  return std::exchange(stream.g_playlistText, {});
 }
 
-void PutBackPlaylistBody(const std::string& text) {
-  const std::lock_guard lock(g_playlistMutex);
-  g_playlistText->insert(0, text);
+void PutBackPlaylistBody(HlsStream& stream, const std::string& text) {
+  const std::lock_guard lock(stream.playlist_mutex);
+  stream.g_playlistText.insert(0, text);
 }
 
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
-  TruncateLeftover(*g_variantText);
-  return Perform(
-      pipeline.variantHandle.get(),
-      {url, GuardedCallback<TakeVariantBytes>, nullptr, pipeline.running, pipeline.silence_limit},
-      true);
+  HlsStream& stream = pipeline.stream;
+  TruncateLeftover(stream.g_variantText);
+  const Transfer transfer{url, GuardedCallback<OnVariantBytes>, &stream, pipeline.running,
+                          pipeline.silence_limit};
+  return Perform(pipeline.variantHandle.get(), transfer, true);
 }

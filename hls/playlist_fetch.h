@@ -1,4 +1,4 @@
-// Fetches playlists. Bodies are received into g_playlistText and g_variantText.
+// Fetches playlists. Bodies are received into g_playlistText and g_variantText of HlsStream.
 #ifndef HLS_PLAYLIST_FETCH_H_
 #define HLS_PLAYLIST_FETCH_H_
 
@@ -21,20 +21,21 @@ struct PlaylistRequest {
 
 // Fetches the top-level playlist. Returns its body, preceded by any text that earlier downloads
 // left in g_playlistText, and clears g_playlistText. Returns nullopt if the transfer failed or the
-// pipeline was stopped; bytes received so far stay in g_playlistText. Locks g_playlistMutex.
+// pipeline was stopped; bytes received so far stay in g_playlistText. Locks playlist_mutex.
 std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
 
 // Puts a fetched text that is not a playlist back at the front of g_playlistText. Locks
-// g_playlistMutex.
-void PutBackPlaylistBody(const std::string& text);
+// playlist_mutex.
+void PutBackPlaylistBody(HlsStream& stream, const std::string& text);
 
 // Fetches a variant playlist and appends it to g_variantText. Returns whether the transfer
-// succeeded. Requires g_playlistMutex.
+// succeeded. Requires playlist_mutex.
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url);
 
-// The write callbacks. They do not refuse an HTML page; it is reported later as not being a
-// playlist. The caller that performs the transfer holds g_playlistMutex.
-std::size_t TakePlaylistBytes(char* data, std::size_t size, std::size_t count, void* user);
-std::size_t TakeVariantBytes(char* data, std::size_t size, std::size_t count, void* user);
+// The write callbacks. `user` points to the HlsStream. They do not refuse an HTML page; it is
+// reported later as not being a playlist. The caller that performs the transfer holds
+// playlist_mutex.
+std::size_t OnPlaylistBytes(char* data, std::size_t size, std::size_t count, void* user);
+std::size_t OnVariantBytes(char* data, std::size_t size, std::size_t count, void* user);
 
 #endif  // HLS_PLAYLIST_FETCH_H_

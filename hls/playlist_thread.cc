@@ -1,13 +1,16 @@
 #include "hls/playlist_thread.h"
 
+#include <chrono>
+#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "common/address.h"
+#include "common/clock.h"
 #include "common/console.h"
-#include "hls/hls_state.h"
+#include "hls/playlist/m3u8_playlist.h"
 #include "hls/playlist_fetch.h"
-#include "hls/segment_queue.h"
+#include "hls/playlist_ingest.h"
 
 namespace {
 
@@ -51,7 +54,7 @@ const char* Outcome(const PlaylistTraits& traits) {
 
 // A text that is not a playlist stays, and the next body is appended to it. Kept for compatibility.
 void QueueLive(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
-  if (!QueueSegmentsFromPlaylist(pipeline, url, text)) PutBackPlaylistBody(text);
+  if (!QueueSegmentsFromPlaylist(pipeline, url, text)) PutBackPlaylistBody(pipeline.stream, text);
 }
 
 void Refresh(HlsPipeline& pipeline, const FirstPlaylist& first, const std::string& url) {
@@ -64,12 +67,12 @@ void Refresh(HlsPipeline& pipeline, const FirstPlaylist& first, const std::strin
 
 void QueueOnDemand(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
   M3u8Header header;
-  std::int64_t mediaSequence = 0;
+  std::int64_t media_sequence = 0;
   M3u8Table entries;
-  if (ParseM3u8(header, url, text, mediaSequence, entries)) {
+  if (ParseM3u8(header, url, text, media_sequence, entries)) {
     QueueAllSegments(pipeline, entries);
   } else {
-    PutBackPlaylistBody(text);
+    PutBackPlaylistBody(pipeline.stream, text);
   }
 }
 
@@ -80,7 +83,7 @@ void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
   pipeline.player.Message(std::string("PLAY ") + Outcome(traits) + url);
   pipeline.player.PlayResult(std::string("PLAY:") + Outcome(traits) + url);
   if (traits.contains_failed) {
-    PutBackPlaylistBody(first->text);
+    PutBackPlaylistBody(pipeline.stream, first->text);
   } else if (traits.has_end) {
     QueueOnDemand(pipeline, url, first->text);
   } else {
@@ -93,4 +96,12 @@ void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
 void PlaylistThread(HlsPipeline& pipeline, const std::string& url) {
   FollowPlaylist(pipeline, url);
   ConsoleLine("m3u8 Download thread stop.");
+}
+
+void PauseBetweenRefreshes(const HlsPipeline& pipeline) {
+  constexpr std::chrono::milliseconds kInterval{1000};
+  HlsStream& stream = pipeline.stream;
+  std::unique_lock lock(stream.g_segmentQueueMutex);
+  CurrentClock().WaitFor(stream.g_segmentQueueCond, lock, kInterval,
+                         [&pipeline] { return !pipeline.running.load(); });
 }

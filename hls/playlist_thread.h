@@ -11,4 +11,7 @@
 // is stopped. If the first request fails, it is repeated once.
 void PlaylistThread(HlsPipeline& pipeline, const std::string& url);
 
+// Waits until the next refresh is due or the pipeline is stopped.
+void PauseBetweenRefreshes(const HlsPipeline& pipeline);
+
 #endif  // HLS_PLAYLIST_THREAD_H_

@@ -4,8 +4,14 @@
 #define HLS_SEGMENT_DOWNLOAD_H_
 
 #include <cstddef>
+#include <vector>
 
 #include "hls/hls_pipeline.h"
+
+// Waits until segments or an on-demand playlist are queued or the pipeline is stopped. Then empties
+// the queue, drops the segments that were taken before, adds up the durations of the others and
+// returns them. The result may be empty.
+std::vector<QueuedSegment> PopQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history);
 
 // Runs until the pipeline is stopped. Segments that end before the start position are skipped. A
 // failed download is not retried; the whole packets that it received are kept before the next
@@ -13,9 +19,9 @@
 // Reports to the player the duration queued so far and the position reached.
 void DownloadPartsThread(HlsPipeline& pipeline);
 
-// The write callback: appends to g_downloadBuffer. If a segment does not fit, the leftover of a
-// failed download is dropped first; if it still does not fit, the whole segment is dropped. The
-// caller that performs the transfer holds g_downloadMutex.
-std::size_t TakeSegmentBytes(char* data, std::size_t size, std::size_t count, void* user);
+// The write callback: appends to g_downloadBuffer of the HlsStream to which `user` points. If a
+// segment does not fit, the leftover of a failed download is dropped first; if it still does not
+// fit, the whole segment is dropped. The caller that performs the transfer holds download_mutex.
+std::size_t OnSegmentBytes(char* data, std::size_t size, std::size_t count, void* user);
 
 #endif  // HLS_SEGMENT_DOWNLOAD_H_

@@ -1,14 +1,15 @@
 #include "hls/segment_parse.h"
 
 #include <cstdio>
+#include <mutex>
+#include <utility>
 
 #include "common/clock.h"
 #include "common/console.h"
+#include "common/frame_queue.h"
 #include "common/platform.h"
 #include "common/queue_limit.h"
 #include "common/temp_files.h"
-#include "hls/hls_state.h"
-#include "hls/video_watch.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 #include "ts/ts_stream_type.h"
@@ -20,22 +21,22 @@ constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
 // Feeds the pending segment to the demultiplexer, one packet per call, and drops a tail shorter
 // than a packet. Returns false if the pipeline was stopped; the remaining packets would only be
 // discarded. Requires TsDemuxLock.
-bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoWatch& video) {
+bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoArrivalDetector& video) {
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
   for (std::size_t i = 0; i < packets; ++i) {
     if (!pipeline.running.load()) return false;
-    ts_demux_feed(g_parseBuffer->data() + i * kTsPacketSize,
+    ts_demux_feed(pipeline.stream.g_parseBuffer->data() + i * kTsPacketSize,
                   static_cast<std::int32_t>(kTsPacketSize));
-    video.HasCome();  // check now: queued frames may be discarded before the segment ends
+    video.Seen();  // check now: queued frames may be discarded before the segment ends
   }
   return true;
 }
 
 // temp_files.h describes what is logged if the file cannot be opened.
-void KeepForInspection(std::int32_t length, const char* mode) {
+void KeepForInspection(const SegmentBuffer& segment, std::int32_t length, const char* mode) {
   const platform::File file = OpenTempFile("tmpE.ts", mode);
   if (file == nullptr) return;
-  std::fwrite(g_parseBuffer->data(), 1, static_cast<std::size_t>(length), file.get());
+  std::fwrite(segment.data(), 1, static_cast<std::size_t>(length), file.get());
 }
 
 std::string CodecName(std::uint8_t stream_type) {
@@ -52,24 +53,38 @@ struct FirstSegment {
 
 // Parses the pending segment. Returns false if there is none or the pipeline was stopped.
 bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
+  HlsStream& stream = pipeline.stream;
   {
     const TsDemuxLock lock;
-    const std::int32_t length = g_parseLength.load();
+    const std::int32_t length = stream.g_parseLength.load();
     if (length < 1) return false;
-    VideoWatch video;
+    VideoArrivalDetector video;
     if (!FeedSegment(pipeline, length, video)) return false;
-    const bool has_video = video.HasCome();
+    const bool has_video = video.Seen();
     const bool begins_file = first.is_next && pipeline.player;
     if (!has_video && begins_file) first.status = "DATAERR ";
-    if (!has_video) KeepForInspection(length, begins_file ? "wb+" : "ab+");
+    if (!has_video) KeepForInspection(*stream.g_parseBuffer, length, begins_file ? "wb+" : "ab+");
     if (first.is_next) first.status += CodecName(ts_last_stream_type.load());
-    g_parseLength = 0;
+    stream.g_parseLength = 0;
   }
-  WakeHlsTasks();  // the segment thread may hand over the next segment
+  stream.WakeTasks();  // the segment thread may hand over the next segment
   return true;
 }
 
 }  // namespace
+
+VideoArrivalDetector::Count VideoArrivalDetector::Now() {
+  const std::lock_guard lock(g_frameQueueMutex);
+  return {FrameQueueGeneration(), g_videoQueue == nullptr ? 0 : g_videoQueue->pushed};
+}
+
+bool VideoArrivalDetector::Seen() {
+  if (seen_) return true;
+  const Count now = Now();
+  const Count before = std::exchange(last_, now);
+  seen_ = now.pushed > (now.generation == before.generation ? before.pushed : 0);
+  return seen_;
+}
 
 void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
   FirstSegment first;

@@ -2,9 +2,32 @@
 #ifndef HLS_SEGMENT_PARSE_H_
 #define HLS_SEGMENT_PARSE_H_
 
+#include <cstdint>
 #include <string>
 
 #include "hls/hls_pipeline.h"
+
+// Detects whether video frames were queued since it was created, even if they have been delivered
+// or if another start has replaced the queues.
+class VideoArrivalDetector {
+ public:
+  VideoArrivalDetector() : last_(Now()) {}
+
+  // Returns whether a video frame was queued. A frame is missed if the queues are replaced between
+  // its arrival and the next call, so call this often.
+  bool Seen();
+
+ private:
+  struct Count {
+    std::uint64_t generation;  // of the queues; `pushed` counts frames within it
+    std::uint64_t pushed;
+  };
+
+  static Count Now();
+
+  Count last_;
+  bool seen_ = false;
+};
 
 // Runs until the pipeline is stopped. A segment without video is stored in the file "tmpE.ts" in
 // the temporary directory, for inspection: the first segment of a run replaces the file, later ones

@@ -1,5 +1,5 @@
 // SequenceMemory: remembers which segment a live playlist listed under which media sequence number.
-// A pair is a number and the key of a segment (segment_states.h). Trim limits the size: it forgets
+// A pair is a number and the key of a segment (segment_ledger.h). Trim limits the size: it forgets
 // the least recently listed pairs. Not thread-safe.
 #ifndef HLS_SEQUENCE_MEMORY_H_
 #define HLS_SEQUENCE_MEMORY_H_

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "hls/hls_state.h"
+#include "hls/hls_stream.h"
 #include "hls/m3u8_downloader.h"
 #include "tests/conformance/frame_counts.h"
 #include "tests/support/hls_playlists.h"
@@ -30,7 +30,7 @@ class HlsFormat : public HlsServer {
   // Kept for compatibility: after a stop the first video frame is skipped.
   static constexpr FrameCounts kDueAgain{kFrames - 2, kFrames - 1};
 
-  static bool Runs() { return ActiveM3u8Runs(); }
+  static bool Runs() { return g_hlsStream->ActiveRuns(); }
 
   std::string Whole(const std::string& name) {
     const auto uris = PutSegments(name);

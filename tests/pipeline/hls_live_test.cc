@@ -12,7 +12,6 @@
 
 #include "hls/segment_download.h"
 #include "hls/segment_parse.h"
-#include "hls/segment_states.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
 
@@ -299,7 +298,7 @@ TEST_F(HlsRefreshTest, SegmentWhoseNameIsReusedWhileQueuedIsNotFetchedTwice) {
   EXPECT_TRUE(
       player_.WaitFor([](const auto& record) { return record.buffered_times.size() == 4; }));
   pipeline_.running = false;
-  WakeHlsTasks();
+  stream_.WakeTasks();
   download.join();
   parse.join();
   std::vector<std::string> paths;
@@ -397,7 +396,7 @@ TEST_P(HlsSequenceTest, RingOfEightNamesKeepsPlayingOverFortyWindows) {
   for (const int length : {3, 5, 8}) {
     SCOPED_TRACE(length);
     history_ = {};
-    ClearHlsStream();
+    stream_.Clear();
     played_.clear();
     for (int first = 0; first < 40; ++first) {
       See(first, RingUris(first, length, 8));
@@ -434,7 +433,7 @@ TEST_P(HlsSequenceTest, SequenceNumbersThatDoNotCountSegmentsPlayEachSegmentOnce
   };
   for (const auto& number : numberings) {
     history_ = {};
-    ClearHlsStream();
+    stream_.Clear();
     played_.clear();
     for (int refresh = 0; refresh < 60; ++refresh) {
       const int first = refresh / 3;

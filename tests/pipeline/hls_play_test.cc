@@ -198,7 +198,7 @@ class HlsFiveTasksTest : public HlsTasks {
 
   void Stop() {
     pipeline_.running = false;
-    WakeHlsTasks();
+    stream_.WakeTasks();
     for (std::thread& thread : threads_) thread.join();
     ReleaseFrameQueues();
   }

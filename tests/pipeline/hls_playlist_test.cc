@@ -8,7 +8,6 @@
 #include <utility>
 #include <vector>
 
-#include "hls/clear_hls_stream.h"
 #include "hls/playlist_thread.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"
@@ -46,7 +45,7 @@ class HlsPlaylistTest : public HlsTasks {
     std::thread thread([&] { PlaylistThread(pipeline_, url); });
     test();
     pipeline_.running = false;
-    WakeHlsTasks();
+    stream_.WakeTasks();
     thread.join();
     testing::internal::GetCapturedStdout();
   }
@@ -180,7 +179,7 @@ TEST_F(HlsPlaylistTest, BodyThatContainsFailedEndsTheThreadAfterItsOutcome) {
       {"failed", "NO"}};
   for (const auto& [body, outcome] : bodies) {
     player_.Forget();
-    ClearHlsStream();
+    stream_.Clear();
     server_.Put(kList, body);
     EXPECT_EQ(Run(), "[DOWNLOAD]: " + url + "\nm3u8 Download thread stop.\n");
     EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY M3U8 " + outcome + ":" + url));

@@ -387,8 +387,8 @@ class HlsBacklogTest : public HlsParseLoopTest {
     const Bytes segment = MakeStream(4);
     {
       const TsDemuxLock lock;
-      std::copy(segment.begin(), segment.end(), g_parseBuffer->begin());
-      g_parseLength = static_cast<std::int32_t>(segment.size());
+      std::copy(segment.begin(), segment.end(), stream_.g_parseBuffer->begin());
+      stream_.g_parseLength = static_cast<std::int32_t>(segment.size());
     }
     Begin();
   }

@@ -44,7 +44,7 @@ class HlsSilenceTest : public HlsTasks {
     std::thread thread(task);
     EXPECT_TRUE(met());
     pipeline_.running = false;
-    WakeHlsTasks();
+    stream_.WakeTasks();
     thread.join();
     testing::internal::GetCapturedStdout();
   }
@@ -79,7 +79,7 @@ class HlsSilenceTest : public HlsTasks {
       fall_silent();
       EXPECT_TRUE(clock_.WaitForWaiters(1));
       clock_.Advance(kPause);
-      return WaitUntil([] { return WaitingSegments() == 3; });
+      return WaitUntil([this] { return WaitingSegments() == 3; });
     });
     pipeline_.running = true;  // queued segments are taken only while it runs
     EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));

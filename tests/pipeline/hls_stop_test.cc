@@ -6,8 +6,7 @@
 #include <string>
 #include <thread>
 
-#include "hls/hls_state.h"
-#include "hls/segment_states.h"
+#include "hls/hls_stream.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/stop_account.h"
 #include "tests/support/wait_until.h"
@@ -26,7 +25,9 @@ using ts_test::MakeStream;
 // refresh, but never by its time limit.
 class HlsStopTest : protected AccountedStops, public HlsPlay {
  protected:
-  HlsStopTest() : AccountedStops(ActiveM3u8Runs) { PutOnDemand(MakeStream(60), 3); }
+  HlsStopTest() : AccountedStops([] { return g_hlsStream->ActiveRuns(); }) {
+    PutOnDemand(MakeStream(60), 3);
+  }
 
   // Stops, expects the stop to be prompt, and checks that nothing of the stream is left.
   void StopAndExpectNothingLeft() {
@@ -39,20 +40,20 @@ class HlsStopTest : protected AccountedStops, public HlsPlay {
   void StopAndExpectNothingLeftWithoutSleeps() {
     EXPECT_TRUE(Stop());
     EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
-    EXPECT_FALSE(ActiveM3u8Runs());
+    EXPECT_FALSE(g_hlsStream->ActiveRuns());
     EXPECT_EQ(KnownSegments(), 0U);
-    EXPECT_EQ(g_parseLength.load(), 0);
+    EXPECT_EQ(stream_.g_parseLength.load(), 0);
     {
-      const std::lock_guard lock(g_playlistMutex);
-      EXPECT_EQ(*g_playlistText + *g_variantText, "");
+      const std::lock_guard lock(stream_.playlist_mutex);
+      EXPECT_EQ(stream_.g_playlistText + stream_.g_variantText, "");
     }
     {
-      const std::lock_guard lock(g_downloadMutex);
-      EXPECT_EQ(g_downloadLength, 0);
+      const std::lock_guard lock(stream_.download_mutex);
+      EXPECT_EQ(stream_.g_downloadLength, 0);
     }
     {
-      const std::lock_guard lock(g_segmentQueueMutex);
-      EXPECT_TRUE(g_segmentQueue->empty());
+      const std::lock_guard lock(stream_.g_segmentQueueMutex);
+      EXPECT_TRUE(stream_.g_segmentQueue.empty());
     }
     const std::lock_guard lock(g_frameQueueMutex);
     EXPECT_EQ(g_videoQueue, nullptr);
@@ -73,7 +74,7 @@ TEST_F(HlsStopTest, WhileARefreshIsSilent) {
   ASSERT_TRUE(server_.WaitForRequests(kList, 2));
   server_.Put(kList, Silent());
   account_.EndWaitsImmediately(true);
-  WakeHlsTasks();
+  stream_.WakeTasks();
   ASSERT_TRUE(server_.WaitForRequests(kList, 3));
   StopAndExpectNothingLeft();
 }
@@ -133,7 +134,7 @@ class HlsStopInHandOverTest : public HlsStopTest {
       const TsDemuxLock lock;
       locked.set_value();
       started.get_future().wait();
-      EXPECT_TRUE(WaitUntil([] { return !ActiveM3u8Runs(); }));
+      EXPECT_TRUE(WaitUntil([] { return !g_hlsStream->ActiveRuns(); }));
     });
     locked.get_future().wait();
     downloader_.BeginDownload(ListUrl());
@@ -192,7 +193,7 @@ TEST_F(HlsStopTest, StopInTheDestructorIsReportedLast) {
   }
   player_.Close();
   EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
-  EXPECT_FALSE(ActiveM3u8Runs());
+  EXPECT_FALSE(g_hlsStream->ActiveRuns());
 }
 
 }  // namespace

@@ -214,7 +214,7 @@ TEST_F(HlsVariantTest, StopWhileQueueingAVariantSkipsTheRest) {
   PutLow(LivePlaylist(0, SegmentUris(0, kMany)));
   testing::internal::CaptureStdout();
   std::thread stopper([this] {
-    EXPECT_TRUE(WaitUntil([] { return KnownSegments() > 0; }));
+    EXPECT_TRUE(WaitUntil([this] { return KnownSegments() > 0; }));
     pipeline_.running = false;
   });
   const auto text = FetchPlaylist(pipeline_, {server_.Url(kMaster), true});
@@ -256,7 +256,8 @@ TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
     played += Take().size();
     for (std::size_t at = before; at < taken_.size(); ++at) {
       const std::string& uri = taken_[at].uri;
-      at % 3 == 0 ? RecordSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
+      at % 3 == 0 ? stream_.ledger.RecordDone(uri)
+                  : stream_.ledger.SetSegmentState(uri, kSegmentDownloaded);
     }
     most_known = std::max(most_known, KnownSegments());
   }

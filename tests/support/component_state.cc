@@ -10,8 +10,7 @@
 #include "common/temp_files.h"
 #include "common/temp_folder.h"
 #include "flv/flv_stream.h"
-#include "hls/clear_hls_stream.h"
-#include "hls/hls_delivery.h"
+#include "hls/hls_stream.h"
 #include "mp4/mp4_state.h"
 #include "ts/ts_demux.h"
 #include "ts/ts_state.h"
@@ -36,8 +35,10 @@ void ResetTs() {
 }
 
 void ResetHls() {
-  ClearHlsStream();
-  SkipNoFrame();
+  g_hlsStream->Clear();
+  g_hlsStream->SetActive(nullptr);
+  g_hlsStream->g_videoSkip = 0;
+  g_hlsStream->g_audioSkip = 0;
 }
 
 void ResetFlv() {

@@ -13,7 +13,7 @@
 
 #include "common/frame_queue.h"
 #include "common/temp_files.h"
-#include "hls/hls_state.h"
+#include "hls/hls_stream.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"
 #include "tests/support/play.h"
@@ -57,6 +57,9 @@ class HlsPlay : public Play<HlsServer> {
     server_.Put(kList, hls_test::OnDemandPlaylist(names));
   }
 
+  // Number of segments that have a state.
+  std::size_t KnownSegments() { return stream_.ledger.CurrentSizes().known; }
+
   std::string ListUrl() const { return server_.Url(kList); }
 
   bool WaitForBufferedTimes(std::size_t count) {
@@ -74,6 +77,7 @@ class HlsPlay : public Play<HlsServer> {
   static constexpr char kList[] = "/list.m3u8";
 
   BadSegmentFile bad_;
+  HlsStream& stream_ = *g_hlsStream;
 };
 
 // HlsPlay in simulated time, for live streams: the pause before a refresh ends only when the test
@@ -109,15 +113,15 @@ class HlsLivePlay : public HlsPlay {
   SimulatedClock clock_;
 
  private:
-  // The segment task holds g_downloadMutex while it downloads or hands over. If that mutex is free
+  // The segment task holds download_mutex while it downloads or hands over. If that mutex is free
   // and the task waits in the clock, it waits for segments, unless some are queued and it has not
   // woken up yet.
   bool IsPausing() const {
     constexpr std::size_t kTasks = 2;
-    const std::unique_lock hand_over(g_downloadMutex, std::try_to_lock);
+    const std::unique_lock hand_over(stream_.download_mutex, std::try_to_lock);
     if (!hand_over.owns_lock()) return false;
-    const std::lock_guard lock(g_segmentQueueMutex);
-    return g_segmentQueue->empty() && clock_.Waiting() == kTasks;
+    const std::lock_guard lock(stream_.g_segmentQueueMutex);
+    return stream_.g_segmentQueue.empty() && clock_.Waiting() == kTasks;
   }
 };
 

@@ -10,12 +10,11 @@
 #include <utility>
 #include <vector>
 
-#include "hls/clear_hls_stream.h"
 #include "hls/hls_pipeline.h"
-#include "hls/hls_state.h"
+#include "hls/hls_stream.h"
 #include "hls/playlist_fetch.h"
-#include "hls/segment_queue.h"
-#include "hls/segment_states.h"
+#include "hls/playlist_ingest.h"
+#include "hls/segment_download.h"
 #include "tests/support/recording_player.h"
 
 class HlsTasks : public testing::Test {
@@ -26,12 +25,12 @@ class HlsTasks : public testing::Test {
     pipeline_.playlistHandle = MakeCurlHandle();
     pipeline_.segmentHandle = MakeCurlHandle();
     pipeline_.running = true;
-    SetActiveM3u8(&pipeline_);
+    stream_.SetActive(&pipeline_);
   }
   ~HlsTasks() override {
     pipeline_.running = false;
-    ForgetActiveM3u8(&pipeline_);
-    ClearHlsStream();
+    stream_.ForgetActive(&pipeline_);
+    stream_.Clear();
   }
 
   // One pass of the playlist thread over a playlist whose text is `text`. Returns the console
@@ -55,7 +54,7 @@ class HlsTasks : public testing::Test {
   std::vector<std::string> Take() {
     if (WaitingSegments() == 0) return {};
     std::vector<std::string> names;
-    for (const QueuedSegment& segment : TakeQueuedSegments(pipeline_, history_)) {
+    for (const QueuedSegment& segment : PopQueuedSegments(pipeline_, history_)) {
       const std::string& uri = segment.entry.uri;
       names.push_back(uri.substr(uri.rfind('/') + 1));
       taken_.push_back(segment.entry);
@@ -68,39 +67,43 @@ class HlsTasks : public testing::Test {
     const std::size_t before = taken_.size();
     auto names = Take();
     for (std::size_t i = before; i < taken_.size(); ++i) {
-      SetSegmentState(taken_[i].uri, kSegmentDownloaded);
+      stream_.ledger.SetSegmentState(taken_[i].uri, kSegmentDownloaded);
     }
     return names;
   }
 
-  static std::size_t WaitingSegments() {
-    const std::lock_guard lock(g_segmentQueueMutex);
-    return g_segmentQueue->size();
+  std::size_t WaitingSegments() {
+    const std::lock_guard lock(stream_.g_segmentQueueMutex);
+    return stream_.g_segmentQueue.size();
   }
 
-  static std::string PlaylistText() {
-    const std::lock_guard lock(g_playlistMutex);
-    return *g_playlistText;
+  // Number of segments that have a state.
+  std::size_t KnownSegments() { return stream_.ledger.CurrentSizes().known; }
+
+  std::string PlaylistText() {
+    const std::lock_guard lock(stream_.playlist_mutex);
+    return stream_.g_playlistText;
   }
   // Sets the text and returns the previous one.
-  static std::string PlaylistText(std::string text) {
-    const std::lock_guard lock(g_playlistMutex);
-    return std::exchange(*g_playlistText, std::move(text));
+  std::string PlaylistText(std::string text) {
+    const std::lock_guard lock(stream_.playlist_mutex);
+    return std::exchange(stream_.g_playlistText, std::move(text));
   }
-  static std::string VariantText() {
-    const std::lock_guard lock(g_playlistMutex);
-    return *g_variantText;
+  std::string VariantText() {
+    const std::lock_guard lock(stream_.playlist_mutex);
+    return stream_.g_variantText;
   }
 
   static constexpr char kList[] = "/list.m3u8";  // a path on a server
   static constexpr char kUrl[] = "http://host/live/list.m3u8";
 
   void QueueOrPutBack(const std::string& url, const std::string& text) {
-    if (!QueueSegmentsFromPlaylist(pipeline_, url, text)) PutBackPlaylistBody(text);
+    if (!QueueSegmentsFromPlaylist(pipeline_, url, text)) PutBackPlaylistBody(stream_, text);
   }
 
   RecordingPlayer player_;
   HlsPipeline pipeline_;
+  HlsStream& stream_ = pipeline_.stream;
   SegmentHistory history_;
   std::vector<M3u8Entry> taken_;  // all segments returned by Take so far
 };

@@ -1,6 +1,9 @@
-#include "hls/date_text.h"
-
 #include <gtest/gtest.h>
+
+#include <ctime>
+#include <string>
+
+#include "hls/m3u8_downloader.h"
 
 namespace {
 

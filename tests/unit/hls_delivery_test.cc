@@ -64,7 +64,7 @@ TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreReported) {
 }
 
 TEST_F(HlsDeliveryTest, OnlyTheFirstVideoFrameAfterAStopIsSkipped) {
-  SkipFirstVideoFrame();
+  pipeline_.stream.SkipFirstVideoFrame();
   for (const std::uint64_t pts : {1U, 2U, 3U}) {
     PushVideo(pts);
     PushAudio(pts);
@@ -111,7 +111,7 @@ TEST_F(HlsDeliveryTest, ListedDurationIsClearedByTheFirstFrameOfEitherKind) {
 }
 
 TEST_F(HlsDeliveryTest, SkippedFrameClearsTheListedDurationToo) {
-  SkipFirstVideoFrame();
+  pipeline_.stream.SkipFirstVideoFrame();
   pipeline_.listedDuration = 30;
   PushVideo(1);
   DeliverUntil([this](const Record&) { return pipeline_.listedDuration.load() == 0.0F; });

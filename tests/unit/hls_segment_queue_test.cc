@@ -1,5 +1,3 @@
-#include "hls/segment_queue.h"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,7 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "hls/clear_hls_stream.h"
+#include "hls/playlist_ingest.h"
+#include "hls/playlist_thread.h"
 #include "hls/segment_download.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_tasks.h"
@@ -27,15 +26,15 @@ using hls_test::Uris;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Fills the queue until it has space for just this many more segments.
-void FillQueueExcept(std::size_t room) {
-  const std::lock_guard lock(g_segmentQueueMutex);
-  g_segmentQueue->resize(kMaxWaitingSegments - room);
-}
-
 class SegmentQueueTest : public HlsTasks {
  protected:
   SegmentQueueTest() { pipeline_.variantHandle.reset(); }  // so that no variant can be fetched
+
+  // Fills the queue until it has space for just this many more segments.
+  void FillQueueExcept(std::size_t free_slots) {
+    const std::lock_guard lock(stream_.g_segmentQueueMutex);
+    stream_.g_segmentQueue.resize(kMaxQueuedSegments - free_slots);
+  }
 };
 
 TEST_F(SegmentQueueTest, SegmentsAreQueuedInOrderAndTheirCountIsPrintedWithoutALineBreak) {
@@ -160,9 +159,9 @@ TEST_F(SegmentQueueTest, OnDemandPlaylistWithoutEntriesEndsTheWaitOnceWithAnEmpt
   testing::internal::CaptureStdout();
   QueueAllSegments(pipeline_, {});
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "QUEUEED3:0");
-  EXPECT_THAT(TakeQueuedSegments(pipeline_, history_), IsEmpty()) << "returns at once";
+  EXPECT_THAT(PopQueuedSegments(pipeline_, history_), IsEmpty()) << "returns at once";
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U) << "waits for a segment";
+  EXPECT_EQ(PopQueuedSegments(pipeline_, history_).size(), 1U) << "waits for a segment";
   producer.join();
 }
 
@@ -170,24 +169,24 @@ TEST_F(SegmentQueueTest, WakeUpByAnOnDemandPlaylistWithoutEntriesIsForgottenAtAS
   testing::internal::CaptureStdout();
   QueueAllSegments(pipeline_, {});
   testing::internal::GetCapturedStdout();
-  ClearHlsStream();
+  stream_.Clear();
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U);
+  EXPECT_EQ(PopQueuedSegments(pipeline_, history_).size(), 1U);
   producer.join();
 }
 
 TEST_F(SegmentQueueTest, StopEndsTheWaitForSegments) {
   std::thread stopper([this] {
     pipeline_.running = false;
-    WakeHlsTasks();
+    stream_.WakeTasks();
   });
-  EXPECT_THAT(TakeQueuedSegments(pipeline_, history_), IsEmpty());
+  EXPECT_THAT(PopQueuedSegments(pipeline_, history_), IsEmpty());
   stopper.join();
 }
 
 TEST_F(SegmentQueueTest, SegmentsQueuedLaterEndTheWait) {
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(TakeQueuedSegments(pipeline_, history_).size(), 1U);
+  EXPECT_EQ(PopQueuedSegments(pipeline_, history_).size(), 1U);
   producer.join();
 }
 
@@ -196,7 +195,7 @@ TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
   std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
   EXPECT_TRUE(clock.WaitForWaiters(1));
   pipeline_.running = false;
-  WakeHlsTasks();
+  stream_.WakeTasks();
   pause.join();
   EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
 }
@@ -234,7 +233,7 @@ class SegmentLoopTest : public SegmentQueueTest {
   void Stop() {
     pipeline_.running = false;
     clock_.Release();
-    WakeHlsTasks();
+    stream_.WakeTasks();
     segments_.join();
   }
 
@@ -324,26 +323,26 @@ TEST_F(SegmentQueueTest, ReusedNameIsLeftForALaterRefreshIfTheQueueIsFull) {
   TakeAndDownload();
   FillQueueExcept(0);
   Queue(list(2));
-  FillQueueExcept(kMaxWaitingSegments);
+  FillQueueExcept(kMaxQueuedSegments);
   Queue(list(2));
   EXPECT_THAT(TakeAndDownload(), ElementsAre("r0.ts"));
 }
 
 TEST_F(SegmentQueueTest, SegmentWhoseNameIsReusedWhileItWaitsIsReplaced) {
   Queue(LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
-  const auto first = TakeQueuedSegments(pipeline_, history_);
+  const auto first = PopQueuedSegments(pipeline_, history_);
   Queue(LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
   Queue(LivePlaylist(2, {"r2.ts", "r0.ts", "r1.ts"}));
-  EXPECT_TRUE(IsReplaced(first[0])) << "while the segment thread works on its batch";
-  EXPECT_TRUE(IsReplaced(first[1]));
-  EXPECT_FALSE(IsReplaced(first[2]));
+  EXPECT_TRUE(stream_.ledger.IsReplaced(first[0])) << "while the segment thread works on its batch";
+  EXPECT_TRUE(stream_.ledger.IsReplaced(first[1]));
+  EXPECT_FALSE(stream_.ledger.IsReplaced(first[2]));
   Queue(LivePlaylist(4, {"r1.ts", "r2.ts", "r0.ts"}));
-  const auto second = TakeQueuedSegments(pipeline_, history_);
+  const auto second = PopQueuedSegments(pipeline_, history_);
   ASSERT_EQ(second.size(), 4U);
-  EXPECT_TRUE(IsReplaced(second[0])) << "while it waited in the queue";
-  EXPECT_FALSE(IsReplaced(second[1]));
-  EXPECT_FALSE(IsReplaced(second[2]));
-  EXPECT_FALSE(IsReplaced(second[3]));
+  EXPECT_TRUE(stream_.ledger.IsReplaced(second[0])) << "while it waited in the queue";
+  EXPECT_FALSE(stream_.ledger.IsReplaced(second[1]));
+  EXPECT_FALSE(stream_.ledger.IsReplaced(second[2]));
+  EXPECT_FALSE(stream_.ledger.IsReplaced(second[3]));
 }
 
 TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotAccumulate) {
@@ -352,8 +351,7 @@ TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotAccumulate) {
     for (int i = first; i < first + 5; ++i) names.push_back("r" + std::to_string(i % 8) + ".ts");
     Queue(LivePlaylist(first, names));
     EXPECT_EQ(TakeAndDownload().size(), first == 0 ? 5U : 1U);
-    const std::lock_guard lock(g_segmentQueueMutex);
-    EXPECT_LE(g_replacedSegments->size(), 1U);
+    EXPECT_LE(stream_.ledger.CurrentSizes().replaced, 1U);
   }
   EXPECT_LE(KnownSegments(), 8U);
 }
@@ -375,7 +373,7 @@ TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
   std::thread segments([this] { DownloadPartsThread(pipeline_); });
   EXPECT_TRUE(WaitUntil([this] { return pipeline_.position.load() == 30.0F; }));
   pipeline_.running = false;
-  WakeHlsTasks();
+  stream_.WakeTasks();
   segments.join();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "m3u8 DownloadParts thread stop.\n");
   EXPECT_TRUE(player_.Snapshot().buffered_times.empty());
@@ -386,11 +384,11 @@ TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
 TEST_F(SegmentQueueTest, SegmentsAreLeftForALaterRefreshIfTheQueueIsFull) {
   FillQueueExcept(2);
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
-  EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
+  EXPECT_EQ(WaitingSegments(), kMaxQueuedSegments);
   EXPECT_EQ(KnownSegments(), 2U);
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
-  EXPECT_EQ(WaitingSegments(), kMaxWaitingSegments);
-  FillQueueExcept(kMaxWaitingSegments);
+  EXPECT_EQ(WaitingSegments(), kMaxQueuedSegments);
+  FillQueueExcept(kMaxQueuedSegments);
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   EXPECT_THAT(Take(), ElementsAre("seg2.ts"));
 }
@@ -414,7 +412,7 @@ class LongLiveTest : public SegmentQueueTest {
   }
 
   static void Downloaded(const std::string& uri, std::size_t /*at*/) {
-    SetSegmentState(uri, kSegmentDownloaded);
+    g_hlsStream->ledger.SetSegmentState(uri, kSegmentDownloaded);
   }
 
   std::size_t most_known_ = 0;
@@ -437,13 +435,14 @@ TEST_F(LongLiveTest, DownloadedSegmentsDoNotAccumulate) {
 }
 
 TEST_F(LongLiveTest, SegmentsThatAreNeverDownloadedDoNotAccumulate) {
-  Play(500, 6, 1, [](const std::string& uri, std::size_t) { RecordSegmentDone(uri); });
+  Play(500, 6, 1, [this](const std::string& uri, std::size_t) { stream_.ledger.RecordDone(uri); });
   EXPECT_LE(most_known_, 14U);
 }
 
 TEST_F(LongLiveTest, MixOfBothDoesNotAccumulate) {
-  Play(500, 6, 2, [](const std::string& uri, std::size_t at) {
-    at % 3 == 0 ? RecordSegmentDone(uri) : SetSegmentState(uri, kSegmentDownloaded);
+  Play(500, 6, 2, [this](const std::string& uri, std::size_t at) {
+    at % 3 == 0 ? stream_.ledger.RecordDone(uri)
+                : stream_.ledger.SetSegmentState(uri, kSegmentDownloaded);
   });
   EXPECT_LE(most_known_, 16U);
 }

@@ -1,8 +1,8 @@
-#include "hls/taken_segments.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "hls/segment_ledger.h"
 
 namespace {
 
@@ -12,7 +12,7 @@ class TakenSegmentsTest : public testing::Test {
   int Take(int first, int count, std::size_t limit) {
     int taken = 0;
     for (int i = first; i < first + count; ++i) {
-      if (segments_.Take("s" + std::to_string(i), limit)) ++taken;
+      if (segments_.InsertIfNew("s" + std::to_string(i), limit)) ++taken;
     }
     return taken;
   }
@@ -21,14 +21,14 @@ class TakenSegmentsTest : public testing::Test {
 };
 
 TEST_F(TakenSegmentsTest, SegmentIsTakenOnce) {
-  EXPECT_TRUE(segments_.Take("a.ts", 1000));
-  EXPECT_FALSE(segments_.Take("a.ts", 1000));
+  EXPECT_TRUE(segments_.InsertIfNew("a.ts", 1000));
+  EXPECT_FALSE(segments_.InsertIfNew("a.ts", 1000));
   EXPECT_EQ(segments_.Size(), 1U);
 }
 
 TEST_F(TakenSegmentsTest, QueryIsPartOfTheKey) {
-  EXPECT_TRUE(segments_.Take("a.ts?1", 1000));
-  EXPECT_TRUE(segments_.Take("a.ts?2", 1000));
+  EXPECT_TRUE(segments_.InsertIfNew("a.ts?1", 1000));
+  EXPECT_TRUE(segments_.InsertIfNew("a.ts?2", 1000));
 }
 
 TEST_F(TakenSegmentsTest, OneMoreThanTheLimitIsKept) {
@@ -41,34 +41,34 @@ TEST_F(TakenSegmentsTest, OneMoreThanTheLimitIsKept) {
 
 TEST_F(TakenSegmentsTest, LeastRecentlySeenSegmentIsForgottenWhateverItsName) {
   Take(9, 4, 3);  // s9, s10, s11 and s12; s9 sorts last
-  EXPECT_TRUE(segments_.Take("s13", 3));
+  EXPECT_TRUE(segments_.InsertIfNew("s13", 3));
   EXPECT_EQ(Take(10, 4, 3), 0);
-  EXPECT_TRUE(segments_.Take("s9", 3));
+  EXPECT_TRUE(segments_.InsertIfNew("s9", 3));
 }
 
 TEST_F(TakenSegmentsTest, SegmentSeenAgainCountsAsRecent) {
   Take(0, 4, 3);
-  EXPECT_FALSE(segments_.Take("s0", 3));
-  EXPECT_TRUE(segments_.Take("s4", 3));
-  EXPECT_FALSE(segments_.Take("s0", 3));
-  EXPECT_TRUE(segments_.Take("s1", 3)) << "it was forgotten instead";
+  EXPECT_FALSE(segments_.InsertIfNew("s0", 3));
+  EXPECT_TRUE(segments_.InsertIfNew("s4", 3));
+  EXPECT_FALSE(segments_.InsertIfNew("s0", 3));
+  EXPECT_TRUE(segments_.InsertIfNew("s1", 3)) << "it was forgotten instead";
 }
 
 TEST_F(TakenSegmentsTest, SmallerLimitForgetsAllSegmentsAboveIt) {
   Take(0, 11, 10);
-  EXPECT_TRUE(segments_.Take("next", 2));
+  EXPECT_TRUE(segments_.InsertIfNew("next", 2));
   EXPECT_EQ(segments_.Size(), 3U);
 }
 
 TEST_F(TakenSegmentsTest, LimitOfZeroKeepsTheLastSegment) {
   EXPECT_EQ(Take(0, 3, 0), 3);
   EXPECT_EQ(segments_.Size(), 1U);
-  EXPECT_FALSE(segments_.Take("s2", 0));
+  EXPECT_FALSE(segments_.InsertIfNew("s2", 0));
 }
 
 TEST_F(TakenSegmentsTest, ForgottenSegmentsAreTakenAgain) {
   Take(0, 5, 1000);
-  segments_.Forget();
+  segments_.Clear();
   EXPECT_EQ(segments_.Size(), 0U);
   EXPECT_EQ(Take(0, 5, 1000), 5);
 }

@@ -15,18 +15,18 @@ namespace {
 class SegmentCallbackTest : public HlsTasks {
  protected:
   // Appends `length` bytes of value `kind`, as a transfer does.
-  static std::size_t Append(std::size_t length, char kind) {
+  std::size_t Append(std::size_t length, char kind) {
     std::string bytes(length, kind);
-    const std::lock_guard lock(g_downloadMutex);
-    return TakeSegmentBytes(bytes.data(), 1, length, nullptr);
+    const std::lock_guard lock(stream_.download_mutex);
+    return OnSegmentBytes(bytes.data(), 1, length, &stream_);
   }
-  static std::int32_t Length() {
-    const std::lock_guard lock(g_downloadMutex);
-    return g_downloadLength;
+  std::int32_t Length() {
+    const std::lock_guard lock(stream_.download_mutex);
+    return stream_.g_downloadLength;
   }
-  static void SetLength(std::int32_t length) {
-    const std::lock_guard lock(g_downloadMutex);
-    g_downloadLength = length;
+  void SetLength(std::int32_t length) {
+    const std::lock_guard lock(stream_.download_mutex);
+    stream_.g_downloadLength = length;
   }
 };
 
@@ -34,30 +34,32 @@ TEST_F(SegmentCallbackTest, PiecesAreAppended) {
   EXPECT_EQ(Append(3, 'a'), 3U);
   EXPECT_EQ(Append(2, 'b'), 2U);
   EXPECT_EQ(Length(), 5);
-  const std::lock_guard lock(g_downloadMutex);
-  EXPECT_EQ(std::string(g_downloadBuffer->begin(), g_downloadBuffer->begin() + 5), "aaabb");
+  const std::lock_guard lock(stream_.download_mutex);
+  EXPECT_EQ(std::string(stream_.g_downloadBuffer->begin(), stream_.g_downloadBuffer->begin() + 5),
+            "aaabb");
 }
 
 TEST_F(SegmentCallbackTest, SizeAndCountAreMultiplied) {
   std::string bytes(188, 'x');
-  const std::lock_guard lock(g_downloadMutex);
-  EXPECT_EQ(TakeSegmentBytes(bytes.data(), 94, 2, nullptr), 188U);
-  EXPECT_EQ(g_downloadLength, 188);
+  const std::lock_guard lock(stream_.download_mutex);
+  EXPECT_EQ(OnSegmentBytes(bytes.data(), 94, 2, &stream_), 188U);
+  EXPECT_EQ(stream_.g_downloadLength, 188);
 }
 
 TEST_F(SegmentCallbackTest, EmptyPieceChangesNothing) {
-  const std::lock_guard lock(g_downloadMutex);
-  EXPECT_EQ(TakeSegmentBytes(nullptr, 1, 0, nullptr), 0U);
-  EXPECT_EQ(g_downloadLength, 0);
+  const std::lock_guard lock(stream_.download_mutex);
+  EXPECT_EQ(OnSegmentBytes(nullptr, 1, 0, &stream_), 0U);
+  EXPECT_EQ(stream_.g_downloadLength, 0);
 }
 
 TEST_F(SegmentCallbackTest, SegmentOfExactlyTheBufferSizeFits) {
   EXPECT_EQ(Append(15'728'000, 'a'), 15'728'000U);
   EXPECT_EQ(Append(640, 'b'), 640U);
   EXPECT_EQ(Length(), 15'728'640);
-  const std::lock_guard lock(g_downloadMutex);
-  EXPECT_EQ(std::count(g_downloadBuffer->begin(), g_downloadBuffer->end(), 'a'), 15'728'000);
-  EXPECT_EQ(g_downloadBuffer->back(), 'b');
+  const std::lock_guard lock(stream_.download_mutex);
+  EXPECT_EQ(std::count(stream_.g_downloadBuffer->begin(), stream_.g_downloadBuffer->end(), 'a'),
+            15'728'000);
+  EXPECT_EQ(stream_.g_downloadBuffer->back(), 'b');
 }
 
 TEST_F(SegmentCallbackTest, OneByteMoreDropsTheWholeSegment) {
@@ -84,17 +86,17 @@ TEST_F(SegmentCallbackTest, NothingIsTakenAfterAStop) {
 }
 
 TEST_F(SegmentCallbackTest, NothingIsTakenWithoutAPipeline) {
-  ForgetActiveM3u8(&pipeline_);
+  stream_.ForgetActive(&pipeline_);
   EXPECT_EQ(Append(3, 'a'), 0U);
 }
 
 TEST_F(SegmentCallbackTest, LatestPipelineDecides) {
   const HlsPipeline last;  // is not running
-  SetActiveM3u8(&last);
+  stream_.SetActive(&last);
   EXPECT_EQ(Append(3, 'a'), 0U);
-  ForgetActiveM3u8(&pipeline_);  // not the latest one: changes nothing
-  SetActiveM3u8(&pipeline_);
-  ForgetActiveM3u8(&last);
+  stream_.ForgetActive(&pipeline_);  // not the latest one: changes nothing
+  stream_.SetActive(&pipeline_);
+  stream_.ForgetActive(&last);
   EXPECT_EQ(Append(3, 'a'), 3U);
 }
 
@@ -103,13 +105,13 @@ using TextCallback = std::size_t (*)(char*, std::size_t, std::size_t, void*);
 // The same rules apply to both kinds of text.
 class PlaylistCallbackTest : public HlsTasks, public testing::WithParamInterface<bool> {
  protected:
-  static std::string& Text() { return GetParam() ? *g_variantText : *g_playlistText; }
-  static std::size_t Append(std::string bytes) {
-    const TextCallback take = GetParam() ? TakeVariantBytes : TakePlaylistBytes;
-    return take(bytes.data(), 1, bytes.size(), nullptr);
+  std::string& Text() { return GetParam() ? stream_.g_variantText : stream_.g_playlistText; }
+  std::size_t Append(std::string bytes) {
+    const TextCallback on_bytes = GetParam() ? OnVariantBytes : OnPlaylistBytes;
+    return on_bytes(bytes.data(), 1, bytes.size(), &stream_);
   }
 
-  const std::lock_guard<std::mutex> lock_{g_playlistMutex};
+  const std::lock_guard<std::mutex> lock_{stream_.playlist_mutex};
 };
 
 INSTANTIATE_TEST_SUITE_P(, PlaylistCallbackTest, testing::Bool(),
@@ -142,8 +144,8 @@ class LeftoverTest : public HlsTasks {
   // The part of `body` that is kept before the next body.
   std::string LeftOf(const std::string& body) {
     {
-      const std::lock_guard lock(g_playlistMutex);
-      *g_playlistText = body;
+      const std::lock_guard lock(stream_.playlist_mutex);
+      stream_.g_playlistText = body;
     }
     pipeline_.playlistHandle.reset();
     EXPECT_FALSE(FetchPlaylist(pipeline_, {kUrl, true}));
@@ -173,14 +175,14 @@ TEST_F(LeftoverTest, LongerTextIsDropped) {
 }
 
 TEST_F(LeftoverTest, SameRulesApplyToVariants) {
-  const std::lock_guard lock(g_playlistMutex);
+  const std::lock_guard lock(stream_.playlist_mutex);
   pipeline_.variantHandle.reset();
-  *g_variantText = "x\ny";
+  stream_.g_variantText = "x\ny";
   EXPECT_FALSE(FetchVariant(pipeline_, kUrl));
-  EXPECT_EQ(*g_variantText, "x\n");
-  g_variantText->assign((1 << 20) + 1, '\n');
+  EXPECT_EQ(stream_.g_variantText, "x\n");
+  stream_.g_variantText.assign((1 << 20) + 1, '\n');
   EXPECT_FALSE(FetchVariant(pipeline_, kUrl));
-  EXPECT_EQ(*g_variantText, "");
+  EXPECT_EQ(stream_.g_variantText, "");
 }
 
 }  // namespace

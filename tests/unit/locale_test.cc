@@ -13,8 +13,8 @@
 #include "common/format_text.h"
 #include "common/http_transfer.h"
 #include "common/start_position.h"
-#include "hls/date_text.h"
-#include "hls/m3u8_playlist.h"
+#include "hls/m3u8_downloader.h"
+#include "hls/playlist/m3u8_playlist.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "hls/m3u8_attributes.h"
+#include "hls/playlist/m3u8_text.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

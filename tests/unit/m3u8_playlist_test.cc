@@ -1,4 +1,4 @@
-#include "hls/m3u8_playlist.h"
+#include "hls/playlist/m3u8_playlist.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "hls/m3u8_scan.h"
+#include "hls/playlist/m3u8_text.h"
 
 #include <gtest/gtest.h>
 

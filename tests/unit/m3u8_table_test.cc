@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string>
 
-#include "hls/m3u8_playlist.h"
+#include "hls/playlist/m3u8_playlist.h"
 #include "tests/support/m3u8_playlists.h"
 
 namespace {

@@ -1,4 +1,4 @@
-#include "hls/m3u8_text.h"
+#include "hls/playlist/m3u8_text.h"
 
 #include <gtest/gtest.h>
 
@@ -7,9 +7,9 @@
 
 namespace {
 
-std::string AfterTrimming(std::string text, std::string_view set = kM3u8Blanks) {
+std::string AfterTrimming(std::string_view text, std::string_view set = kM3u8Blanks) {
   TrimChars(text, set);
-  return text;
+  return std::string(text);
 }
 
 TEST(TrimCharsTest, CharactersOfTheSetAreTrimmedAtBothEndsOnly) {

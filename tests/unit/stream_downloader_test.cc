@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "hls/hls_state.h"
+#include "hls/hls_stream.h"
 #include "tests/support/recording_player.h"
 #include "tests/support/throwing_player.h"
 
@@ -167,9 +167,9 @@ TEST_F(StreamDownloaderTest, DestructorStopsTheHlsPipeline) {
   {
     CStreamDownloader inner(&player_);
     inner.BeginDownload("file:///no/such.m3u8");
-    EXPECT_TRUE(ActiveM3u8Runs());
+    EXPECT_TRUE(g_hlsStream->ActiveRuns());
   }
-  EXPECT_FALSE(ActiveM3u8Runs());
+  EXPECT_FALSE(g_hlsStream->ActiveRuns());
   EXPECT_EQ(player_.Snapshot().messages.back(), "PLAY STOP OK");
 }
 

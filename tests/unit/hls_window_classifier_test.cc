@@ -1,4 +1,4 @@
-#include "hls/sequence_ledger.h"
+#include "hls/window_classifier.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -11,16 +11,16 @@
 #include <utility>
 #include <vector>
 
-#include "hls/m3u8_playlist.h"
+#include "hls/playlist/m3u8_playlist.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Verdict = SequenceVerdict;
+using Verdict = WindowVerdict;
 using Keys = std::vector<std::string>;
 
-constexpr std::int64_t kMax = std::numeric_limits<std::int64_t>::max();
+constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kSmallest = kNoSequenceNumber + 1;
 
 // "s<first>" and the following names.
@@ -37,25 +37,25 @@ Keys RingNames(int first, int count, int ring) {
   return keys;
 }
 
-class SequenceLedgerTest : public testing::Test {
+class WindowClassifierTest : public testing::Test {
  protected:
   Verdict Follow(std::int64_t first, const Keys& keys) {
-    SequenceWindow window{first, {}};
+    PlaylistWindow window{first, {}};
     for (std::size_t i = 0; i < keys.size(); ++i) {
       window.segments.push_back({first + static_cast<std::int64_t>(i), keys[i]});
     }
-    const Verdict verdict = ledger_.Follow(window);
-    Note(keys, verdict);
+    const Verdict verdict = classifier_.Follow(window);
+    RecordNew(keys, verdict);
     return verdict;
   }
 
   // Records which segments of a window are new, if the window is played.
-  void Note(const Keys& keys, Verdict verdict) {
+  void RecordNew(const Keys& keys, Verdict verdict) {
     new_.clear();
     if (verdict == Verdict::kLateCopy) return;
     if (verdict == Verdict::kRestart) known_.clear();
     for (const std::string& key : keys) {
-      if (known_.insert(ledger_.IdentityOf(key)).second) new_.push_back(key);
+      if (known_.insert(classifier_.IdentityOf(key)).second) new_.push_back(key);
     }
   }
 
@@ -64,17 +64,17 @@ class SequenceLedgerTest : public testing::Test {
     for (int i = 0; i < 5; ++i) Follow(first + i, Names(first + i, count));
   }
 
-  SequenceLedger ledger_;
+  WindowClassifier classifier_;
   std::set<std::string> known_;
   Keys new_;  // of the last window
 };
 
-TEST_F(SequenceLedgerTest, FirstWindowGoesOn) {
+TEST_F(WindowClassifierTest, FirstWindowGoesOn) {
   EXPECT_EQ(Follow(100, Names(0, 3)), Verdict::kGoesOn);
   EXPECT_EQ(new_, Names(0, 3));
 }
 
-TEST_F(SequenceLedgerTest, SameAndLaterWindowsGoOn) {
+TEST_F(WindowClassifierTest, SameAndLaterWindowsGoOn) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(100, Names(0, 3)), Verdict::kGoesOn);
   EXPECT_THAT(new_, IsEmpty());
@@ -84,7 +84,7 @@ TEST_F(SequenceLedgerTest, SameAndLaterWindowsGoOn) {
   EXPECT_EQ(new_, Names(4'900, 3));
 }
 
-TEST_F(SequenceLedgerTest, WindowWithoutSegmentsGoesOnAndChangesNothing) {
+TEST_F(WindowClassifierTest, WindowWithoutSegmentsGoesOnAndChangesNothing) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(0, {}), Verdict::kGoesOn);
   Follow(101, Names(1, 3));
@@ -93,7 +93,7 @@ TEST_F(SequenceLedgerTest, WindowWithoutSegmentsGoesOnAndChangesNothing) {
 
 // --- Late copies ---
 
-TEST_F(SequenceLedgerTest, EarlierWindowThatAgreesIsALateCopy) {
+TEST_F(WindowClassifierTest, EarlierWindowThatAgreesIsALateCopy) {
   Follow(94, Names(94, 6));
   Follow(97, Names(97, 6));
   Follow(100, Names(100, 6));
@@ -102,12 +102,12 @@ TEST_F(SequenceLedgerTest, EarlierWindowThatAgreesIsALateCopy) {
   EXPECT_EQ(Follow(100, Names(100, 6)), Verdict::kGoesOn) << "the last accepted window";
 }
 
-TEST_F(SequenceLedgerTest, OldCopyThatDoesNotAdvanceIsNeverBelieved) {
+TEST_F(WindowClassifierTest, OldCopyThatDoesNotAdvanceIsNeverBelieved) {
   for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
   for (int i = 0; i < 1'000; ++i) EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kLateCopy);
 }
 
-TEST_F(SequenceLedgerTest, LaggingCacheNodeBetweenCurrentCopiesIsNeverBelieved) {
+TEST_F(WindowClassifierTest, LaggingCacheNodeBetweenCurrentCopiesIsNeverBelieved) {
   for (int first = 0; first < 100; ++first) {
     EXPECT_EQ(Follow(first, Names(first, 4)), Verdict::kGoesOn);
     if (first < 6) continue;
@@ -115,7 +115,7 @@ TEST_F(SequenceLedgerTest, LaggingCacheNodeBetweenCurrentCopiesIsNeverBelieved) 
   }
 }
 
-TEST_F(SequenceLedgerTest, LaggingCacheNodeAlonePlaysNothingAgainAndCatchesUp) {
+TEST_F(WindowClassifierTest, LaggingCacheNodeAlonePlaysNothingAgainAndCatchesUp) {
   for (int first = 0; first <= 20; ++first) Follow(first, Names(first, 4));
   for (int first = 9; first < 20; ++first) {
     EXPECT_EQ(Follow(first, Names(first, 4)), Verdict::kLateCopy);
@@ -125,7 +125,7 @@ TEST_F(SequenceLedgerTest, LaggingCacheNodeAlonePlaysNothingAgainAndCatchesUp) {
   EXPECT_THAT(new_, ElementsAre("s24"));
 }
 
-TEST_F(SequenceLedgerTest, LateCopiesOfTwoNodesDoNotCountAsOneThatAdvances) {
+TEST_F(WindowClassifierTest, LateCopiesOfTwoNodesDoNotCountAsOneThatAdvances) {
   for (int first = 0; first <= 60; ++first) Follow(first, Names(first, 30));
   for (int i = 0; i < 20; ++i) {
     EXPECT_EQ(Follow(20 + i, Names(20 + i, 30)), Verdict::kLateCopy);
@@ -133,7 +133,7 @@ TEST_F(SequenceLedgerTest, LateCopiesOfTwoNodesDoNotCountAsOneThatAdvances) {
   }
 }
 
-TEST_F(SequenceLedgerTest, OlderWindowWithAnUnknownKeyIsNoLateCopy) {
+TEST_F(WindowClassifierTest, OlderWindowWithAnUnknownKeyIsNoLateCopy) {
   Follow(100, Names(100, 3));
   EXPECT_EQ(Follow(98, Names(98, 3)), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("s98", "s99"));
@@ -141,7 +141,7 @@ TEST_F(SequenceLedgerTest, OlderWindowWithAnUnknownKeyIsNoLateCopy) {
 
 // --- Restarts ---
 
-TEST_F(SequenceLedgerTest, SameNamesUnderSmallerNumbersRestartAtOnce) {
+TEST_F(WindowClassifierTest, SameNamesUnderSmallerNumbersRestartAtOnce) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(0, Names(0, 1)), Verdict::kRestart);
   EXPECT_THAT(new_, ElementsAre("s0"));
@@ -149,26 +149,26 @@ TEST_F(SequenceLedgerTest, SameNamesUnderSmallerNumbersRestartAtOnce) {
   EXPECT_THAT(new_, ElementsAre("s1"));
 }
 
-TEST_F(SequenceLedgerTest, RestartThatDoesNotAdvancePlaysOnce) {
+TEST_F(WindowClassifierTest, RestartThatDoesNotAdvancePlaysOnce) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kRestart);
   for (int i = 0; i < 30; ++i) EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kGoesOn);
   EXPECT_THAT(new_, IsEmpty());
 }
 
-TEST_F(SequenceLedgerTest, SecondRestartIsDetectedToo) {
+TEST_F(WindowClassifierTest, SecondRestartIsDetectedToo) {
   Follow(100, Names(0, 3));
   EXPECT_EQ(Follow(50, Names(0, 3)), Verdict::kRestart);
   EXPECT_EQ(Follow(0, Names(0, 3)), Verdict::kRestart);
 }
 
-TEST_F(SequenceLedgerTest, RestartWithKnownAndUnknownKeysPlaysAllOfThem) {
+TEST_F(WindowClassifierTest, RestartWithKnownAndUnknownKeysPlaysAllOfThem) {
   Follow(100, Names(5, 3));
   EXPECT_EQ(Follow(0, Names(6, 3)), Verdict::kRestart);
   EXPECT_EQ(new_, Names(6, 3));
 }
 
-TEST_F(SequenceLedgerTest, NewNamesUnderSmallerNumbersGoOnAtOnce) {
+TEST_F(WindowClassifierTest, NewNamesUnderSmallerNumbersGoOnAtOnce) {
   ProveNumbers(100, 3);
   EXPECT_EQ(Follow(0, {"new0"}), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("new0"));
@@ -176,7 +176,7 @@ TEST_F(SequenceLedgerTest, NewNamesUnderSmallerNumbersGoOnAtOnce) {
   EXPECT_THAT(new_, ElementsAre("new1"));
 }
 
-TEST_F(SequenceLedgerTest, LateCopiesAreJudgedByTheNumbersOfTheNewNames) {
+TEST_F(WindowClassifierTest, LateCopiesAreJudgedByTheNumbersOfTheNewNames) {
   ProveNumbers(100, 3);
   Follow(5, {"new5", "new6"});
   Follow(6, {"new6", "new7"});
@@ -187,13 +187,13 @@ TEST_F(SequenceLedgerTest, LateCopiesAreJudgedByTheNumbersOfTheNewNames) {
   EXPECT_THAT(new_, ElementsAre("new8"));
 }
 
-TEST_F(SequenceLedgerTest, NewNamesUnderUsedNumbersGoOn) {
+TEST_F(WindowClassifierTest, NewNamesUnderUsedNumbersGoOn) {
   for (int first = 0; first < 20; ++first) Follow(first, Names(first, 3));
   EXPECT_EQ(Follow(0, {"new0", "new1"}), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("new0", "new1"));
 }
 
-TEST_F(SequenceLedgerTest, LateCopiesOfThePreviousRunPlayNothing) {
+TEST_F(WindowClassifierTest, LateCopiesOfThePreviousRunPlayNothing) {
   ProveNumbers(100, 3);
   EXPECT_EQ(Follow(0, Names(100, 3)), Verdict::kRestart);
   for (int i = 0; i < 3; ++i) {
@@ -203,15 +203,15 @@ TEST_F(SequenceLedgerTest, LateCopiesOfThePreviousRunPlayNothing) {
   }
 }
 
-TEST_F(SequenceLedgerTest, PreviousRunIsForgottenAfterManyCorrectNumbers) {
+TEST_F(WindowClassifierTest, PreviousRunIsForgottenAfterManyCorrectNumbers) {
   Follow(1'000, Names(0, 3));
   Follow(0, Names(0, 3));
-  EXPECT_EQ(ledger_.Size(), 6U);
+  EXPECT_EQ(classifier_.Size(), 6U);
   for (int first = 1; first <= 12; ++first) Follow(first, Names(first, 3));
-  EXPECT_EQ(ledger_.Size(), 15U);
+  EXPECT_EQ(classifier_.Size(), 15U);
 }
 
-TEST_F(SequenceLedgerTest, RestartUnderTheSameNamesAndNumbersIsBelievedAfterManySteps) {
+TEST_F(WindowClassifierTest, RestartUnderTheSameNamesAndNumbersIsBelievedAfterManySteps) {
   for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
   int restarted_at = -1;
   for (int first = 0; first < 50 && restarted_at < 0; ++first) {
@@ -223,7 +223,7 @@ TEST_F(SequenceLedgerTest, RestartUnderTheSameNamesAndNumbersIsBelievedAfterMany
   EXPECT_THAT(new_, ElementsAre("s16"));
 }
 
-TEST_F(SequenceLedgerTest, GrowingRestartUnderTheSameNamesAndNumbersIsBelievedToo) {
+TEST_F(WindowClassifierTest, GrowingRestartUnderTheSameNamesAndNumbersIsBelievedToo) {
   for (int first = 0; first <= 50; ++first) Follow(first, Names(first, 3));
   for (int count = 1; count <= 13; ++count) {
     EXPECT_EQ(Follow(0, Names(0, count)), Verdict::kLateCopy);
@@ -233,7 +233,7 @@ TEST_F(SequenceLedgerTest, GrowingRestartUnderTheSameNamesAndNumbersIsBelievedTo
 
 // --- Rings of names ---
 
-class SequenceRingTest : public SequenceLedgerTest,
+class SequenceRingTest : public WindowClassifierTest,
                          public testing::WithParamInterface<std::pair<int, int>> {};
 
 INSTANTIATE_TEST_SUITE_P(, SequenceRingTest,
@@ -259,27 +259,27 @@ TEST_P(SequenceRingTest, EverySegmentIsNewOnceAndInOrder) {
   EXPECT_EQ(played, RingNames(0, windows - 1 + length, names));
 }
 
-TEST_F(SequenceLedgerTest, RingSeenEveryFewSegmentsGoesOn) {
+TEST_F(WindowClassifierTest, RingSeenEveryFewSegmentsGoesOn) {
   for (int first = 0; first < 120; first += 3) {
     Follow(first, RingNames(first, 5, 8));
     EXPECT_EQ(new_.size(), first == 0 ? 5U : 3U);
   }
 }
 
-TEST_F(SequenceLedgerTest, RingWithCorrectNumbersGoesOnAfterAGap) {
+TEST_F(WindowClassifierTest, RingWithCorrectNumbersGoesOnAfterAGap) {
   for (int first = 0; first < 10; ++first) Follow(first, RingNames(first, 5, 8));
   Follow(17, RingNames(17, 5, 8));  // reuses the names of 9 to 13
   EXPECT_EQ(new_, RingNames(17, 5, 8));
 }
 
-TEST_F(SequenceLedgerTest, RingWhoseWindowGrowsBeforeItAdvancesGoesOn) {
+TEST_F(WindowClassifierTest, RingWhoseWindowGrowsBeforeItAdvancesGoesOn) {
   Follow(0, RingNames(0, 4, 8));
   Follow(4, RingNames(4, 4, 8));
   EXPECT_EQ(Follow(4, RingNames(4, 6, 8)), Verdict::kGoesOn);
   EXPECT_THAT(new_, ElementsAre("r0", "r1"));
 }
 
-TEST_F(SequenceLedgerTest, LateCopiesOfARingPlayNothing) {
+TEST_F(WindowClassifierTest, LateCopiesOfARingPlayNothing) {
   for (int first = 0; first < 100; ++first) {
     EXPECT_EQ(Follow(first, RingNames(first, 5, 8)), Verdict::kGoesOn);
     EXPECT_EQ(new_.size(), first == 0 ? 5U : 1U);
@@ -288,7 +288,7 @@ TEST_F(SequenceLedgerTest, LateCopiesOfARingPlayNothing) {
   }
 }
 
-TEST_F(SequenceLedgerTest, KeyListedTwiceIsOneSegment) {
+TEST_F(WindowClassifierTest, KeyListedTwiceIsOneSegment) {
   Follow(10, {"filler", "s1", "filler"});
   EXPECT_THAT(new_, ElementsAre("filler", "s1"));
   Follow(11, {"s1", "filler", "s2", "filler"});
@@ -299,7 +299,7 @@ TEST_F(SequenceLedgerTest, KeyListedTwiceIsOneSegment) {
       << "the numbers are still believed";
 }
 
-TEST_F(SequenceLedgerTest, NamesReusedUnderRisingNumbersAreNew) {
+TEST_F(WindowClassifierTest, NamesReusedUnderRisingNumbersAreNew) {
   ProveNumbers(0, 3);  // the last window starts at 4
   EXPECT_EQ(Follow(7, Names(0, 3)), Verdict::kGoesOn);
   EXPECT_EQ(new_, Names(0, 3));
@@ -311,7 +311,7 @@ TEST_F(SequenceLedgerTest, NamesReusedUnderRisingNumbersAreNew) {
 //
 // Every segment must be new once, and in order.
 
-class SequenceBrokenNumbersTest : public SequenceLedgerTest {
+class SequenceBrokenNumbersTest : public WindowClassifierTest {
  protected:
   // Follows a window that advances by one segment whenever `slides` returns true. `number` returns
   // its media sequence number.
@@ -339,7 +339,7 @@ class SequenceBrokenNumbersTest : public SequenceLedgerTest {
     }
   }
   void Restart() {
-    ledger_ = SequenceLedger();
+    classifier_ = WindowClassifier();
     known_.clear();
   }
 };
@@ -377,7 +377,7 @@ TEST_F(SequenceBrokenNumbersTest, NumberThatRunsAheadAfterAWhile) {
   }
 }
 
-TEST_F(SequenceLedgerTest, NumbersThatJumpAfterAWhilePlayNothingAgain) {
+TEST_F(WindowClassifierTest, NumbersThatJumpAfterAWhilePlayNothingAgain) {
   std::size_t played = 0;
   for (int first = 0; first < 60; ++first) {
     Follow(first < 20 ? first : first * 100, Names(first, 3));
@@ -386,7 +386,7 @@ TEST_F(SequenceLedgerTest, NumbersThatJumpAfterAWhilePlayNothingAgain) {
   EXPECT_EQ(played, 62U);
 }
 
-TEST_F(SequenceLedgerTest, WrongNumbersAreBelievedAfterManyCorrectOnes) {
+TEST_F(WindowClassifierTest, WrongNumbersAreBelievedAfterManyCorrectOnes) {
   Follow(0, Names(0, 3));
   Follow(0, Names(1, 3));
   int first = 2;
@@ -399,7 +399,7 @@ TEST_F(SequenceLedgerTest, WrongNumbersAreBelievedAfterManyCorrectOnes) {
   EXPECT_EQ(Follow(20, Names(20, 3)), Verdict::kLateCopy);
 }
 
-TEST_F(SequenceLedgerTest, ServersThatNumberTheSameSegmentsDifferentlyReplayThemAtMostOnce) {
+TEST_F(WindowClassifierTest, ServersThatNumberTheSameSegmentsDifferentlyReplayThemAtMostOnce) {
   std::size_t played = 0;
   for (int first = 0; first < 100; ++first) {
     Follow(first + 1'000, Names(first, 3));
@@ -412,33 +412,33 @@ TEST_F(SequenceLedgerTest, ServersThatNumberTheSameSegmentsDifferentlyReplayThem
 
 // --- Limits ---
 
-TEST_F(SequenceLedgerTest, MemoryIsBoundedOverAStreamOfDays) {
+TEST_F(WindowClassifierTest, MemoryIsBoundedOverAStreamOfDays) {
   for (int first = 0; first < 10'000; ++first) Follow(first, Names(first, 6));
-  EXPECT_LE(ledger_.Size(), 2 * SequenceLedger::kRemembered);
-  EXPECT_GE(ledger_.Size(), SequenceLedger::kRemembered);
+  EXPECT_LE(classifier_.Size(), 2 * WindowClassifier::kRemembered);
+  EXPECT_GE(classifier_.Size(), WindowClassifier::kRemembered);
 }
 
-TEST_F(SequenceLedgerTest, LateCopyFromAThousandSegmentsAgoIsDetected) {
+TEST_F(WindowClassifierTest, LateCopyFromAThousandSegmentsAgoIsDetected) {
   for (int first = 0; first < 5'000; ++first) Follow(first, Names(first, 6));
   EXPECT_EQ(Follow(4'000, Names(4'000, 6)), Verdict::kLateCopy);
 }
 
-TEST_F(SequenceLedgerTest, LongWindowIsRememberedWhole) {
+TEST_F(WindowClassifierTest, LongWindowIsRememberedWhole) {
   Follow(0, Names(0, 20'000));
   Follow(3, Names(3, 20'000));
   EXPECT_EQ(Follow(0, Names(0, 20'000)), Verdict::kLateCopy);
 }
 
-TEST_F(SequenceLedgerTest, LargestAndSmallestNumbersDoNotOverflow) {
-  Follow(kMax, Names(0, 1));
-  EXPECT_EQ(Follow(kMax, Names(0, 1)), Verdict::kGoesOn);
+TEST_F(WindowClassifierTest, LargestAndSmallestNumbersDoNotOverflow) {
+  Follow(kLargest, Names(0, 1));
+  EXPECT_EQ(Follow(kLargest, Names(0, 1)), Verdict::kGoesOn);
   EXPECT_EQ(Follow(kSmallest, Names(0, 1)), Verdict::kRestart);
   EXPECT_EQ(Follow(kSmallest + 1, Names(1, 3)), Verdict::kGoesOn);
   EXPECT_EQ(Follow(kSmallest + 2, Names(2, 3)), Verdict::kGoesOn);
-  EXPECT_EQ(Follow(kMax, Names(0, 1)), Verdict::kLateCopy) << "of the previous run";
+  EXPECT_EQ(Follow(kLargest, Names(0, 1)), Verdict::kLateCopy) << "of the previous run";
   for (std::int64_t i = 0; i < 20; ++i) {
     Follow(kSmallest + i, Names(static_cast<int>(i), 3));
-    Follow(kMax - 2, Names(static_cast<int>(i), 3));
+    Follow(kLargest - 2, Names(static_cast<int>(i), 3));
   }
 }
 

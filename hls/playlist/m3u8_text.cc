@@ -1,4 +1,4 @@
-#include "hls/m3u8_scan.h"
+#include "hls/playlist/m3u8_text.h"
 
 #include <algorithm>
 #include <charconv>
@@ -56,8 +56,8 @@ bool IsBrokenInfinity(std::string_view number, std::size_t length) {
   return length == kShort && number.size() > kShort && is_i(number[0]) && is_i(number[kShort]);
 }
 
-// Removes a leading "0x" or "0X" from `number`. Returns whether there was one.
-bool TakeHexPrefix(std::string_view& number) {
+// Skips a leading "0x" or "0X" in `number`. Returns whether there was one.
+bool SkipHexPrefix(std::string_view& number) {
   if (!number.starts_with("0x") && !number.starts_with("0X")) return false;
   number.remove_prefix(2);
   return true;
@@ -70,7 +70,27 @@ bool MayBeNumber(std::string_view number, bool hex) {
   return !hex || kHexStart.find(number.front()) != std::string_view::npos;
 }
 
+// Calls `visit` with each key and its value, in order.
+template <typename Visit>
+void ForEachAttribute(std::string_view text, std::string_view list_separator,
+                      std::string_view key_value_separator, Visit visit) {
+  ForEachPiece(text, list_separator, [&](std::string_view piece) {
+    const std::size_t cut = piece.find(key_value_separator);
+    if (cut == std::string_view::npos) return visit(std::string_view(), std::string_view());
+    std::string_view key = piece.substr(0, cut);
+    std::string_view value = piece.substr(cut + key_value_separator.size());
+    TrimChars(key, kM3u8Blanks);
+    TrimChars(value, kM3u8Blanks);
+    visit(key, value);
+  });
+}
+
 }  // namespace
+
+void TrimChars(std::string_view& text, std::string_view set) {
+  text.remove_prefix(std::min(text.find_first_not_of(set), text.size()));
+  text = text.substr(0, text.find_last_not_of(set) + 1);
+}
 
 bool ScanInt32(std::string_view& text, std::int32_t& value) { return ScanInteger(text, value); }
 
@@ -80,7 +100,7 @@ bool ScanFloat(std::string_view& text, float& value) {
   std::string_view number = WithoutLeadingBlanks(text);
   const bool negative = number.starts_with('-');
   if (negative || number.starts_with('+')) number.remove_prefix(1);
-  const bool hex = TakeHexPrefix(number);
+  const bool hex = SkipHexPrefix(number);
   if (!MayBeNumber(number, hex)) return false;
   const auto format = hex ? std::chars_format::hex : std::chars_format::general;
   float magnitude = 0;
@@ -100,4 +120,27 @@ std::int32_t ToInt32(std::string_view text) {
   std::int32_t value = 0;
   ScanInt32(text, value);
   return value;
+}
+
+void FindAttributes(std::string_view text, std::string_view listSeparator,
+                    std::string_view keyValueSeparator, std::span<WantedAttribute> wanted) {
+  const auto keep = [wanted](std::string_view key, std::string_view value) {
+    for (WantedAttribute& attribute : wanted) {
+      if (attribute.key == key && !attribute.value) attribute.value = value;
+    }
+  };
+  ForEachAttribute(text, listSeparator, keyValueSeparator, keep);
+}
+
+M3u8Attributes ParseAttributeList(std::string_view text, std::string_view listSeparator,
+                                  std::string_view keyValueSeparator) {
+  M3u8Attributes attributes;
+  const auto add = [&attributes](std::string_view key, std::string_view value) {
+    // A repeated key costs no allocation: a long list may repeat its keys.
+    const auto place = attributes.lower_bound(key);
+    if (place != attributes.end() && place->first == key) return;
+    attributes.emplace_hint(place, key, value);
+  };
+  ForEachAttribute(text, listSeparator, keyValueSeparator, add);
+  return attributes;
 }

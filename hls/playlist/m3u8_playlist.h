@@ -5,8 +5,8 @@
 // It never rejects a text: fields that the text does not set keep their values, and unknown lines
 // are skipped. The caller must expect any number in the result, since durations are used as they
 // are in the text: they may be negative, infinite or NaN.
-#ifndef HLS_M3U8_PLAYLIST_H_
-#define HLS_M3U8_PLAYLIST_H_
+#ifndef HLS_PLAYLIST_M3U8_PLAYLIST_H_
+#define HLS_PLAYLIST_M3U8_PLAYLIST_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -63,4 +63,8 @@ inline constexpr std::size_t kMaxResolvedBytes = std::size_t{256} << 20;
 bool ParseM3u8(M3u8Header& header, std::string_view baseUrl, std::string_view text,
                std::int64_t& mediaSequence, M3u8Table& entries);
 
-#endif  // HLS_M3U8_PLAYLIST_H_
+// Resolves `line`, a URI in the playlist at `playlist_url`. It only concatenates text: "." and ".."
+// stay, and so do errors in either address.
+std::string ResolveM3u8Uri(std::string_view playlist_url, std::string_view line);
+
+#endif  // HLS_PLAYLIST_M3U8_PLAYLIST_H_

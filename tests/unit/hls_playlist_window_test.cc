@@ -1,11 +1,11 @@
-#include "hls/live_sequences.h"
-
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "hls/segment_ledger.h"
+#include "hls/window_classifier.h"
 #include "tests/support/hls_playlists.h"
 
 namespace {
@@ -34,7 +34,7 @@ class WindowTest : public testing::Test {
   using Pairs = std::vector<std::string>;
 
   M3u8Table entries_;
-  SequenceWindow window_;
+  PlaylistWindow window_;
 };
 
 TEST_F(WindowTest, SegmentsHaveNumbersAndKeysWithoutTheQuery) {
@@ -73,41 +73,41 @@ TEST_F(WindowTest, OnlyTheNewestSegmentsOfAVeryLongPlaylistAreCompared) {
   EXPECT_EQ(window_.first, 0);
 }
 
-class LiveSequencesTest : public testing::Test {
+class WindowClassifiersTest : public testing::Test {
  protected:
-  SequenceVerdict Follow(const std::string& source, std::int64_t first) {
-    return sequences_.LedgerOf(source).Follow({first, {{first, "a"}}});
+  WindowVerdict Follow(const std::string& source, std::int64_t first) {
+    return classifiers_.Of(source).Follow({first, {{first, "a"}}});
   }
 
-  LiveSequences sequences_;
+  WindowClassifiers classifiers_;
 };
 
-TEST_F(LiveSequencesTest, PlaylistsAreNotComparedWithEachOther) {
-  EXPECT_EQ(Follow("low", 100), SequenceVerdict::kGoesOn);
-  EXPECT_EQ(Follow("high", 1), SequenceVerdict::kGoesOn);
-  EXPECT_EQ(Follow("low", 100), SequenceVerdict::kGoesOn);
-  EXPECT_EQ(Follow("low", 2), SequenceVerdict::kRestart) << "compared with 100";
+TEST_F(WindowClassifiersTest, PlaylistsAreNotComparedWithEachOther) {
+  EXPECT_EQ(Follow("low", 100), WindowVerdict::kGoesOn);
+  EXPECT_EQ(Follow("high", 1), WindowVerdict::kGoesOn);
+  EXPECT_EQ(Follow("low", 100), WindowVerdict::kGoesOn);
+  EXPECT_EQ(Follow("low", 2), WindowVerdict::kRestart) << "compared with 100";
 }
 
-TEST_F(LiveSequencesTest, LastUsedPlaylistsAreRemembered) {
+TEST_F(WindowClassifiersTest, LastUsedPlaylistsAreRemembered) {
   Follow("first", 100);
-  for (std::size_t i = 0; i < LiveSequences::kRememberedSources; ++i) {
-    EXPECT_LE(sequences_.Size(), LiveSequences::kRememberedSources);
+  for (std::size_t i = 0; i < WindowClassifiers::kRememberedSources; ++i) {
+    EXPECT_LE(classifiers_.Size(), WindowClassifiers::kRememberedSources);
     Follow(std::to_string(i), 100);
   }
-  EXPECT_EQ(Follow("0", 1), SequenceVerdict::kRestart);
-  EXPECT_EQ(Follow("first", 1), SequenceVerdict::kGoesOn) << "forgotten";
+  EXPECT_EQ(Follow("0", 1), WindowVerdict::kRestart);
+  EXPECT_EQ(Follow("first", 1), WindowVerdict::kGoesOn) << "forgotten";
 }
 
-TEST_F(LiveSequencesTest, ForgetOthersKeepsOnlyTheLastUsedPlaylist) {
+TEST_F(WindowClassifiersTest, ForgetOthersKeepsOnlyTheLastUsedPlaylist) {
   Follow("low", 100);
   Follow("high", 100);
-  sequences_.ForgetOthers();
-  EXPECT_EQ(sequences_.Size(), 1U);
-  EXPECT_EQ(Follow("high", 1), SequenceVerdict::kRestart);
-  sequences_.Forget();
-  sequences_.ForgetOthers();
-  EXPECT_EQ(Follow("high", 0), SequenceVerdict::kGoesOn);
+  classifiers_.ForgetOthers();
+  EXPECT_EQ(classifiers_.Size(), 1U);
+  EXPECT_EQ(Follow("high", 1), WindowVerdict::kRestart);
+  classifiers_.Clear();
+  classifiers_.ForgetOthers();
+  EXPECT_EQ(Follow("high", 0), WindowVerdict::kGoesOn);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// SequenceLedger: remembers the media sequence numbers of the segments that a live playlist has
-// listed, and uses them to classify each new window of that playlist.
+// WindowClassifier: remembers the media sequence numbers of the segments that a live playlist has
+// listed, and uses them to classify each new window of that playlist: is it a late copy, a restart
+// or a continuation? A pure comparison of numbers and keys: it prints nothing.
 //
 // - A late copy lists segments that were listed before, under the same numbers: a cache node lags
 //   behind. Nothing in it is played. If only late copies are served, and they have advanced step by
@@ -17,21 +18,23 @@
 // keys alone decide, until the numbers have been correct for some time.
 //
 // Not thread-safe. Numbers are compared within one playlist only.
-#ifndef HLS_SEQUENCE_LEDGER_H_
-#define HLS_SEQUENCE_LEDGER_H_
+#ifndef HLS_WINDOW_CLASSIFIER_H_
+#define HLS_WINDOW_CLASSIFIER_H_
 
 #include <cstddef>
 #include <cstdint>
+#include <list>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "hls/sequence_memory.h"
 
 // The current content of a live playlist: its media sequence number, and its segments by ascending
 // number.
-struct SequenceWindow {
+struct PlaylistWindow {
   std::int64_t first;
   std::vector<NumberedSegment> segments;
 };
@@ -42,16 +45,16 @@ struct ReusedKey {
   std::string former_identity;  // of the segment that it named before
 };
 
-enum class SequenceVerdict { kGoesOn, kLateCopy, kRestart };
+enum class WindowVerdict { kGoesOn, kLateCopy, kRestart };
 
-class SequenceLedger {
+class WindowClassifier {
  public:
   // At least this many pairs are remembered, or those of a whole window if there are more of them.
   static constexpr std::size_t kRemembered = 1'000;
 
   // Judges a window and, unless it is a late copy, remembers it. A window without segments is
   // judged as kGoesOn and changes nothing.
-  SequenceVerdict Follow(const SequenceWindow& window);
+  WindowVerdict Follow(const PlaylistWindow& window);
 
   // The keys that the window of the last Follow call reuses for new segments.
   const std::vector<ReusedKey>& ReusedKeys() const { return reused_; }
@@ -80,15 +83,15 @@ class SequenceLedger {
     int steps = 0;
   };
 
-  Comparison Compare(const SequenceWindow& window) const;
-  SequenceVerdict Judge(const SequenceWindow& window, const Comparison& found);
-  bool IsOfThePreviousRun(const SequenceWindow& window) const;
-  bool HasMovedOnForLong(const SequenceWindow& window);
+  Comparison Compare(const PlaylistWindow& window) const;
+  WindowVerdict Judge(const PlaylistWindow& window, const Comparison& found);
+  bool IsOfThePreviousRun(const PlaylistWindow& window) const;
+  bool HasMovedOnForLong(const PlaylistWindow& window);
   void Forget(bool is_late_run);
-  void WeighNumbers(const SequenceWindow& window, const Comparison& found);
-  bool IsReused(const SequenceWindow& window, const NumberedSegment& pair,
+  void WeighNumbers(const PlaylistWindow& window, const Comparison& found);
+  bool IsReused(const PlaylistWindow& window, const NumberedSegment& pair,
                 const Comparison& found) const;
-  void Accept(const SequenceWindow& window, const Comparison& found);
+  void Accept(const PlaylistWindow& window, const Comparison& found);
 
   SequenceMemory memory_;
   SequenceMemory previous_;            // of the run before a restart, kept for a while
@@ -98,4 +101,29 @@ class SequenceLedger {
   std::vector<ReusedKey> reused_;
 };
 
-#endif  // HLS_SEQUENCE_LEDGER_H_
+// One classifier for each live playlist of a stream, that is for the top-level playlist and its
+// variants. Not thread-safe.
+class WindowClassifiers {
+ public:
+  // The numbers of this many playlists are remembered: the most recently requested ones.
+  static constexpr std::size_t kRememberedSources = 8;
+
+  // The classifier of a playlist, empty at first. The reference is valid until another classifier
+  // is requested.
+  WindowClassifier& Of(const std::string& source);
+
+  // Forgets all playlists but the most recently requested one: after a restart every segment is
+  // new.
+  void ForgetOthers();
+
+  void Clear() { classifiers_.clear(); }
+  std::size_t Size() const { return classifiers_.size(); }
+
+  // Number of pairs remembered for the most recently requested playlist.
+  std::size_t SizeOfNewest() const;
+
+ private:
+  std::list<std::pair<std::string, WindowClassifier>> classifiers_;  // most recent request first
+};
+
+#endif  // HLS_WINDOW_CLASSIFIER_H_

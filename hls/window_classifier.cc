@@ -1,4 +1,4 @@
-#include "hls/sequence_ledger.h"
+#include "hls/window_classifier.h"
 
 #include <algorithm>
 #include <utility>
@@ -20,7 +20,7 @@ std::uint64_t Distance(std::int64_t from, std::int64_t to) {
 // Returns whether the window contradicts a remembered pair: the number is not below the window, but
 // the window does not list this key under this number. A window that lists the key under this
 // number and again under another one does not contradict the pair.
-bool Contradicts(const SequenceWindow& window, const NumberedSegment& pair) {
+bool Contradicts(const PlaylistWindow& window, const NumberedSegment& pair) {
   if (pair.number < window.segments.front().number) return false;
   const auto found = std::lower_bound(
       window.segments.begin(), window.segments.end(), pair.number,
@@ -30,19 +30,19 @@ bool Contradicts(const SequenceWindow& window, const NumberedSegment& pair) {
 
 }  // namespace
 
-std::string SequenceLedger::IdentityOf(std::string_view key) const {
+std::string WindowClassifier::IdentityOf(std::string_view key) const {
   const auto reused_at = memory_.ReusedAt(key);
   if (!reused_at) return std::string(key);
   return std::string(key) + '\n' + std::to_string(*reused_at);  // a key never contains a line break
 }
 
-SequenceVerdict SequenceLedger::Follow(const SequenceWindow& window) {
+WindowVerdict WindowClassifier::Follow(const PlaylistWindow& window) {
   reused_.clear();
-  if (window.segments.empty()) return SequenceVerdict::kGoesOn;
+  if (window.segments.empty()) return WindowVerdict::kGoesOn;
   Comparison found = Compare(window);
-  const SequenceVerdict verdict = Judge(window, found);
-  if (verdict == SequenceVerdict::kLateCopy) return verdict;
-  if (verdict == SequenceVerdict::kRestart) {
+  const WindowVerdict verdict = Judge(window, found);
+  if (verdict == WindowVerdict::kLateCopy) return verdict;
+  if (verdict == WindowVerdict::kRestart) {
     Forget(late_run_.has_value());
     found = Comparison();
   }
@@ -50,7 +50,7 @@ SequenceVerdict SequenceLedger::Follow(const SequenceWindow& window) {
   return verdict;
 }
 
-SequenceLedger::Comparison SequenceLedger::Compare(const SequenceWindow& window) const {
+WindowClassifier::Comparison WindowClassifier::Compare(const PlaylistWindow& window) const {
   Comparison found;
   for (const NumberedSegment& pair : window.segments) {
     const auto number = memory_.NumberOf(pair.key);
@@ -67,19 +67,19 @@ SequenceLedger::Comparison SequenceLedger::Compare(const SequenceWindow& window)
   return found;
 }
 
-SequenceVerdict SequenceLedger::Judge(const SequenceWindow& window, const Comparison& found) {
-  if (!first_ || proof_ < 0) return SequenceVerdict::kGoesOn;
+WindowVerdict WindowClassifier::Judge(const PlaylistWindow& window, const Comparison& found) {
+  if (!first_ || proof_ < 0) return WindowVerdict::kGoesOn;
   const bool is_below = window.first < *first_;
   const bool is_old = found.agreeing == 0 && IsOfThePreviousRun(window);
   if (is_old || (is_below && found.unknown == 0 && !found.IsRenumbered())) {
-    return HasMovedOnForLong(window) ? SequenceVerdict::kRestart : SequenceVerdict::kLateCopy;
+    return HasMovedOnForLong(window) ? WindowVerdict::kRestart : WindowVerdict::kLateCopy;
   }
   late_run_.reset();
   const bool restarts = is_below && found.IsRenumbered();
-  return restarts ? SequenceVerdict::kRestart : SequenceVerdict::kGoesOn;
+  return restarts ? WindowVerdict::kRestart : WindowVerdict::kGoesOn;
 }
 
-bool SequenceLedger::IsOfThePreviousRun(const SequenceWindow& window) const {
+bool WindowClassifier::IsOfThePreviousRun(const PlaylistWindow& window) const {
   return std::all_of(window.segments.begin(), window.segments.end(),
                      [this](const NumberedSegment& pair) { return previous_.Contains(pair); });
 }
@@ -87,7 +87,7 @@ bool SequenceLedger::IsOfThePreviousRun(const SequenceWindow& window) const {
 // A restart under the same names and numbers looks like a late copy, but it advances further than a
 // cache node may lag behind. A copy that jumps is from another cache node, so counting starts
 // again.
-bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
+bool WindowClassifier::HasMovedOnForLong(const PlaylistWindow& window) {
   constexpr int kSteps = 3;
   const std::int64_t end = window.segments.back().number;
   const bool follows = late_run_ && end >= late_run_->end &&
@@ -104,13 +104,13 @@ bool SequenceLedger::HasMovedOnForLong(const SequenceWindow& window) {
 
 // Late copies of the previous run are still served for a while, so its pairs are kept. If a late
 // run became the stream, the two runs cannot be distinguished and nothing is kept.
-void SequenceLedger::Forget(bool is_late_run) {
-  SequenceLedger empty;
+void WindowClassifier::Forget(bool is_late_run) {
+  WindowClassifier empty;
   if (!is_late_run) empty.previous_ = std::move(memory_);
   *this = std::move(empty);
 }
 
-void SequenceLedger::WeighNumbers(const SequenceWindow& window, const Comparison& found) {
+void WindowClassifier::WeighNumbers(const PlaylistWindow& window, const Comparison& found) {
   if (!first_) return;
   const bool has_moved = window.first > *first_;
   const bool is_plausible = found.agreeing > 0 || (has_moved && proof_ >= kProved);
@@ -128,15 +128,15 @@ void SequenceLedger::WeighNumbers(const SequenceWindow& window, const Comparison
 // conditions apply. The key must have been absent for a whole window, since one playlist uses a key
 // for one segment only. And no key may be unknown: otherwise another server numbers the segments
 // differently, and part of its list was already played.
-bool SequenceLedger::IsReused(const SequenceWindow& window, const NumberedSegment& pair,
-                              const Comparison& found) const {
+bool WindowClassifier::IsReused(const PlaylistWindow& window, const NumberedSegment& pair,
+                                const Comparison& found) const {
   const auto number = memory_.NumberOf(pair.key);
   if (!number || *number >= window.first || memory_.Contains(pair)) return false;
   if (found.agreeing > 0) return true;
   return found.unknown == 0 && Distance(*number, pair.number) >= window.segments.size();
 }
 
-void SequenceLedger::Accept(const SequenceWindow& window, const Comparison& found) {
+void WindowClassifier::Accept(const PlaylistWindow& window, const Comparison& found) {
   WeighNumbers(window, found);
   const bool may_reuse = first_ && window.first >= *first_ && proof_ >= 0;
   for (const NumberedSegment& pair : window.segments) {
@@ -152,4 +152,24 @@ void SequenceLedger::Accept(const SequenceWindow& window, const Comparison& foun
   memory_.Trim(std::max(kRemembered, window.segments.size()) + kRemembered);
   first_ = window.first;
   late_run_.reset();
+}
+
+WindowClassifier& WindowClassifiers::Of(const std::string& source) {
+  const auto known = std::find_if(classifiers_.begin(), classifiers_.end(),
+                                  [&source](const auto& row) { return row.first == source; });
+  if (known != classifiers_.end()) {
+    classifiers_.splice(classifiers_.begin(), classifiers_, known);
+  } else {
+    classifiers_.emplace_front(source, WindowClassifier());
+    if (classifiers_.size() > kRememberedSources) classifiers_.pop_back();
+  }
+  return classifiers_.front().second;
+}
+
+void WindowClassifiers::ForgetOthers() {
+  if (!classifiers_.empty()) classifiers_.resize(1);
+}
+
+std::size_t WindowClassifiers::SizeOfNewest() const {
+  return classifiers_.empty() ? 0 : classifiers_.front().second.Size();
 }

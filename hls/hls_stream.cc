@@ -1,0 +1,76 @@
+#include "hls/hls_stream.h"
+
+#include <algorithm>
+#include <iterator>
+
+#include "hls/hls_pipeline.h"
+#include "ts/ts_demux.h"
+
+NeverDestroyed<HlsStream> g_hlsStream;
+
+// Defined here, not in the class: then `HlsStream()` does not zero the buffers first.
+HlsStream::HlsStream() = default;
+
+void HlsStream::Clear() {
+  {
+    const std::lock_guard lock(g_segmentQueueMutex);
+    g_segmentQueue = {};  // releases the memory
+    on_demand_queued = false;
+  }
+  {
+    const std::lock_guard lock(playlist_mutex);
+    g_playlistText = std::string();  // releases the memory
+    g_variantText = std::string();
+    ledger.Clear();
+  }
+  {
+    const std::lock_guard lock(download_mutex);
+    g_downloadLength = 0;
+    leftover_length = 0;
+  }
+  {
+    const TsDemuxLock lock;
+    g_parseLength = 0;
+  }
+  WakeTasks();
+}
+
+void HlsStream::SetActive(const HlsPipeline* pipeline) {
+  const std::lock_guard lock(active_mutex_);
+  g_activeM3u8 = pipeline;
+}
+
+void HlsStream::ForgetActive(const HlsPipeline* pipeline) {
+  const std::lock_guard lock(active_mutex_);
+  if (g_activeM3u8 == pipeline) g_activeM3u8 = nullptr;
+}
+
+bool HlsStream::ActiveRuns() {
+  const std::lock_guard lock(active_mutex_);
+  return g_activeM3u8 != nullptr && g_activeM3u8->running.load();
+}
+
+void HlsStream::SkipFirstVideoFrame() {
+  g_audioSkip = 0;
+  g_videoSkip = -1;
+}
+
+std::size_t HlsStream::FreeSlots() {
+  const std::lock_guard lock(g_segmentQueueMutex);
+  return kMaxQueuedSegments - std::min(kMaxQueuedSegments, g_segmentQueue.size());
+}
+
+void HlsStream::Queue(std::vector<QueuedSegment> segments, bool is_on_demand) {
+  {
+    const std::lock_guard lock(g_segmentQueueMutex);
+    std::move(segments.begin(), segments.end(), std::back_inserter(g_segmentQueue));
+    on_demand_queued = on_demand_queued || is_on_demand;
+  }
+  WakeTasks();
+}
+
+void HlsStream::WakeTasks() {
+  // Locked once, so that no task is between checking its condition and waiting.
+  { const std::lock_guard lock(g_segmentQueueMutex); }
+  g_segmentQueueCond.notify_all();
+}

@@ -1,0 +1,167 @@
+#include "hls/playlist_ingest.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "common/console.h"
+#include "common/format_text.h"
+#include "hls/playlist_fetch.h"
+
+namespace {
+
+bool ListsSegments(const M3u8Table& entries) {
+  return std::any_of(entries.begin(), entries.end(),
+                     [](const auto& row) { return IsSegment(row.second); });
+}
+
+// Identifies a variant by its address without the query, in which tokens may change, and by its
+// bandwidth: the addresses of two variants may differ only in the query.
+std::string SourceOf(const M3u8Entry& variant) {
+  return MakeSegmentKey(variant.uri) + '\n' + std::to_string(variant.bandwidth);
+}
+
+void ConsoleCount(const char* tag, std::size_t count) {
+  // No line break. Kept for compatibility.
+  ConsoleText(FormatText("%s:%d", tag, static_cast<int>(count)));
+}
+
+// Processes one text of a live playlist and queues its new segments. Requires playlist_mutex.
+class PlaylistIngest {
+ public:
+  PlaylistIngest(HlsPipeline& pipeline, const std::string& url)
+      : pipeline_(pipeline), stream_(pipeline.stream), url_(url) {}
+
+  // Returns whether `text` is a playlist.
+  bool Run(const std::string& text);
+
+ private:
+  bool ParseTop(const std::string& text);
+  void QueueListed();
+  bool ParseVariant(const M3u8Entry& variant);
+  void FollowWindow(const std::string& source, std::int64_t first, const M3u8Table& entries);
+  void QueueVariant(const M3u8Entry& variant);
+  bool QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys);
+  void Finish();
+  bool ShouldStop() const { return is_late_copy_ || !pipeline_.running.load(); }
+
+  HlsPipeline& pipeline_;
+  HlsStream& stream_;
+  const std::string& url_;
+  M3u8Table top_;
+  M3u8Table variant_segments_;
+  std::string source_;         // the first playlist that lists segments
+  bool is_late_copy_ = false;  // if set, nothing in this playlist is played
+  // Views into the addresses in the two tables above.
+  SegmentKeys top_keys_;
+  SegmentKeys variant_keys_;
+  std::vector<QueuedSegment> new_segments_;
+  const std::size_t free_slots_ = stream_.FreeSlots();
+};
+
+bool PlaylistIngest::Run(const std::string& text) {
+  if (!ParseTop(text)) return false;
+  QueueListed();
+  return true;
+}
+
+bool PlaylistIngest::ParseTop(const std::string& text) {
+  M3u8Header header;
+  std::int64_t media_sequence = kNoSequenceNumber;
+  if (!ParseM3u8(header, url_, text, media_sequence, top_)) return false;
+  ConsoleCount("QUEUEED1", top_.size());
+  FollowWindow(url_, media_sequence, top_);
+  return true;
+}
+
+// Only the first playlist that lists segments is classified; the others list the same stream.
+void PlaylistIngest::FollowWindow(const std::string& source, std::int64_t first,
+                                  const M3u8Table& entries) {
+  if (!source_.empty() || !ListsSegments(entries)) return;
+  source_ = source;
+  is_late_copy_ = stream_.ledger.FollowWindow(source, first, entries) == WindowVerdict::kLateCopy;
+}
+
+void PlaylistIngest::QueueListed() {
+  for (const auto& [key, entry] : top_) {
+    if (ShouldStop()) return;
+    if (IsSegment(entry)) {
+      QueueIfNew(entry, top_keys_);
+    } else {
+      QueueVariant(entry);
+    }
+  }
+  if (!ShouldStop()) Finish();  // after a stop, the segments of a variant may be incomplete
+}
+
+// Records the segment as listed, and queues it if it is new. Returns whether it was queued.
+bool PlaylistIngest::QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys) {
+  listed_keys.insert(SegmentKeyIn(segment.uri));
+  if (new_segments_.size() >= free_slots_) return false;
+  if (!stream_.ledger.AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
+  new_segments_.push_back(stream_.ledger.Identify(segment, source_));
+  return true;
+}
+
+void PlaylistIngest::QueueVariant(const M3u8Entry& variant) {
+  if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant(variant)) return;
+  for (const auto& [index, segment] : variant_segments_) {
+    if (!pipeline_.running.load()) return;
+    if (IsSegment(segment) && QueueIfNew(segment, variant_keys_)) {
+      ConsoleLine("[QUEUEED]: " + segment.uri);
+    }
+  }
+}
+
+// Adds the segments in g_variantText. If the text has no header, its segments are dropped, but the
+// text stays and the next body is appended to it. Kept for compatibility. Returns whether to queue
+// them.
+bool PlaylistIngest::ParseVariant(const M3u8Entry& variant) {
+  M3u8Header header;
+  std::int64_t media_sequence = kNoSequenceNumber;
+  M3u8Table entries;
+  if (!ParseM3u8(header, url_, stream_.g_variantText, media_sequence, entries)) return false;
+  stream_.g_variantText.clear();
+  FollowWindow(SourceOf(variant), media_sequence, entries);
+  variant_segments_.merge(entries);
+  ConsoleCount("QUEUEED2", variant_segments_.size());
+  return !is_late_copy_;
+}
+
+// Queues all new segments at once and forgets those that are no longer listed.
+void PlaylistIngest::Finish() {
+  // A playlist that lists nothing, or whose variants could not be fetched, does not show which
+  // segments are still listed.
+  const bool lists_nothing = top_keys_.empty() && variant_keys_.empty();
+  if (!lists_nothing) stream_.ledger.RecordListed(top_keys_, variant_keys_);
+  if (new_segments_.empty()) return;
+  stream_.Queue(std::move(new_segments_), false);
+  // Compares with the segments of variants only. If the playlist lists segments itself, all its
+  // downloaded segments are forgotten and queued again at the next refresh, where the segment
+  // thread skips them. Kept for compatibility.
+  stream_.ledger.RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
+}
+
+}  // namespace
+
+bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
+                               const std::string& text) {
+  const std::lock_guard lock(pipeline.stream.playlist_mutex);
+  return PlaylistIngest(pipeline, playlistUrl).Run(text);
+}
+
+void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
+  ConsoleCount("QUEUEED3", entries.size());
+  std::vector<QueuedSegment> all;
+  all.reserve(entries.size());
+  for (const auto& [index, segment] : entries) {
+    if (!pipeline.running.load()) return;
+    pipeline.listedDuration += segment.duration;
+    all.push_back({segment, segment.uri, 0});  // identity: the full address, query included
+  }
+  pipeline.stream.Queue(std::move(all), true);
+}

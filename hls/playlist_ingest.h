@@ -1,0 +1,23 @@
+// Queues the segments of a fetched playlist: of a live one those that are new, of an on-demand one
+// all.
+#ifndef HLS_PLAYLIST_INGEST_H_
+#define HLS_PLAYLIST_INGEST_H_
+
+#include <string>
+
+#include "hls/hls_pipeline.h"
+#include "hls/playlist/m3u8_playlist.h"
+
+// Parses `text`, a body fetched from `playlistUrl`, and queues its new segments. An entry that is
+// not a segment (its address does not contain ".ts") is fetched as a variant playlist, the slowest
+// first. If several variants list a segment with the same index, the slowest variant wins. The
+// addresses in a variant are resolved against `playlistUrl`. Kept for compatibility. A body without
+// "#EXTM3U" changes nothing. Returns whether the body has it. Locks HlsStream::playlist_mutex.
+bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
+                               const std::string& text);
+
+// Queues every entry of an on-demand playlist, whatever its address is, and adds up the durations.
+// Prints the number of entries. Wakes the segment thread even if there are none.
+void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries);
+
+#endif  // HLS_PLAYLIST_INGEST_H_

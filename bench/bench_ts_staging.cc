@@ -12,7 +12,7 @@
 
 #include "bench/bench_report.h"
 #include "bench/demux_totals.h"
-#include "bench/take_frames.h"
+#include "bench/pop_frames.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "common/player_port.h"
@@ -56,8 +56,8 @@ DemuxTotals Pass(Bytes stream, std::size_t backlog) {
     }
     while (feeder.FeedBatch()) {
     }
-    TakeFrames(g_videoQueue, PopVideoFrame, totals);
-    TakeFrames(g_audioQueue, PopAudioFrame, totals);
+    PopFrames(g_videoQueue, PopVideoFrame, totals);
+    PopFrames(g_audioQueue, PopAudioFrame, totals);
   }
   return totals;
 }

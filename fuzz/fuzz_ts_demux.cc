@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
-#include <memory>
 #include <span>
 #include <vector>
 
@@ -43,6 +42,7 @@ std::size_t DrainBoth() { return Drain(PopVideoFrame) + Drain(PopAudioFrame); }
 class CountingSink final : public TsFrameSink {
  public:
   std::size_t Bytes() const { return bytes_; }
+  void Reset() { bytes_ = 0; }
 
  private:
   void OnFrame(const TsFrame& frame) override {
@@ -52,6 +52,19 @@ class CountingSink final : public TsFrameSink {
 
   std::size_t bytes_ = 0;
 };
+
+// A demultiplexer of its own. There is one for all inputs, since its memory is large.
+struct OwnDemuxer {
+  CountingSink sink;
+  TsDemuxer demuxer{sink};
+};
+
+OwnDemuxer& ResetOwnDemuxer() {
+  static OwnDemuxer own;
+  own.demuxer.Reset();
+  own.sink.Reset();
+  return own;
+}
 
 void FeedProcessDemuxer(const std::uint8_t* data, std::int32_t length) {
   ts_demux_feed(data, length);
@@ -80,26 +93,24 @@ void TwoStreamsPacketByPacket(Bytes stream) {
 }
 
 void AllInOneCall(Bytes stream) {
-  CountingSink sink;
-  const auto demuxer = std::make_unique<TsDemuxer>(sink);
-  demuxer->Feed(stream.data(), static_cast<std::int32_t>(stream.size()));
-  demuxer->Flush();
+  auto& [sink, demuxer] = ResetOwnDemuxer();
+  demuxer.Feed(stream.data(), static_cast<std::int32_t>(stream.size()));
+  demuxer.Flush();
   Require(sink.Bytes() <= stream.size());
 }
 
 // Feeds the stream repeatedly until a PES packet that never ends exceeds its assembler's limit.
 void UntilAssemblersAreFull(Bytes stream) {
-  CountingSink sink;
-  const auto demuxer = std::make_unique<TsDemuxer>(sink);
-  const auto feed = [&](const std::uint8_t* data, std::int32_t length) {
-    demuxer->Feed(data, length);
+  OwnDemuxer& own = ResetOwnDemuxer();
+  const auto feed = [&own](const std::uint8_t* data, std::int32_t length) {
+    own.demuxer.Feed(data, length);
   };
   std::size_t fed = 0;
   for (; fed < std::size_t{2} * kMaxPesPayload; fed += stream.size()) {
     FeedPacketByPacket(stream, feed);
   }
-  demuxer->Flush();
-  Require(sink.Bytes() <= fed);
+  own.demuxer.Flush();
+  Require(own.sink.Bytes() <= fed);
 }
 
 // Corrects the checksum of the section in a PAT or PMT packet. Otherwise hardly any mutated section

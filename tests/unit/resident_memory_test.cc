@@ -117,6 +117,22 @@ TEST(ResidentMemoryTest, BufferReusedAfterALargeBacklogHoldsOnlyItsUnreadBytes) 
   }
 }
 
+TEST(ResidentMemoryTest, ConsumedPartOfABufferSwappedForAHalfConsumedOneIsNotResident) {
+  constexpr std::uint32_t kStep = 1 << 20;
+  CByteBuffer half;
+  CByteBuffer whole;
+  ASSERT_EQ(half.Initialize(), kBufferOk);
+  const std::size_t before = ResidentSize();
+  Append(half, 200 * kStep);
+  ASSERT_EQ(half.MoveStart(100 * kStep), kBufferOk);
+  Append(whole, 200 * kStep);
+  half.Swap(whole);
+  ASSERT_EQ(half.MoveStart(100 * kStep), kBufferOk);
+  ASSERT_EQ(half.Size(), 100 * kStep);
+  ASSERT_EQ(whole.Size(), 100 * kStep);
+  EXPECT_LE(ResidentSize(), before + 200 * kStep + kMostBeyond);
+}
+
 // The heap may place a small block after a large one and then keep the large one when it is freed.
 TEST(ResidentMemoryTest, ReleasedCopyBufferIsNotResident) {
   constexpr std::int32_t kSize = 30'000'000;

@@ -238,6 +238,24 @@ TEST_F(TsDemuxTest, KnownProgramIsUsedForTheNextStream) {
   EXPECT_NE(PopVideoFrame(), nullptr);
 }
 
+TEST_F(TsDemuxTest, PlayTimesStartAgainIfTheQueuesAreResetWithinABatch) {
+  ts_context context;
+  context.video_pid = kVideoPid;
+  const auto parse = [&](std::uint64_t pts) {
+    const TsDemuxLock lock;
+    const Packet packet = MakePacket(kVideoPid, true, 0, MakePes(pts, Bytes(10, 1), pts));
+    ts_parse_packets(&context, packet.data(), 1);
+  };
+  parse(90'000);
+  parse(93'600);
+  ResetFrameQueues();
+  parse(97'200);
+  const FrameNodePtr frame = PopVideoFrame();
+  ASSERT_NE(frame, nullptr);
+  EXPECT_EQ(frame->pts, 93'600U);
+  EXPECT_EQ(frame->playTime, 0U);
+}
+
 TEST_F(TsDemuxTest, PacketWithoutPayloadIsSkipped) {
   FeedTables();
   FeedVideo(90'000, Bytes(10, 1));

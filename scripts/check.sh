@@ -39,6 +39,11 @@ check_shell() { own_files -name '*.sh' -o -path './.ci/*' | xargs -0 shellcheck;
 
 check_words() { python3 -B scripts/lib/words.py .; }
 
+check_documents() {
+  python3 -B scripts/lib/compatibility.py .
+  scripts/draw.sh --check
+}
+
 # Sorted, because pylint itself fails on some orders.
 check_python() { own_files -name '*.py' | sort -z | xargs -0 pylint; }
 
@@ -141,6 +146,7 @@ fuzz_each() {
 check_sources() {
   run_step format check_format
   run_step words check_words
+  run_step documents check_documents
 }
 
 # eslint runs in the background, since it waits for npm.

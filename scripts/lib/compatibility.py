@@ -20,7 +20,7 @@ FOLDERS = ("c_interface", "common", "flv", "hls", "host", "isobmff", "mp4", "msv
 
 def last_name(place):
     """The last identifier of a qualified name such as Class::~Member."""
-    return re.split(r"::|\.", place)[-1].strip("()~ ")
+    return re.split(r"::|\.", place)[-1]
 
 
 def unit(path):

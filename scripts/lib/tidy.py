@@ -29,9 +29,9 @@ CONFIG = ".clang-tidy"
 
 # Compiled for Windows only, with compiler options that clang-tidy does not accept.
 OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|msvc|paths)/")
-# Not compiled by any of the presets in use, but with the options of the source named here: the report without
-# its page, sources of the Windows library only, the host that uses the installed library, and sources that tests
-# compile.
+# Not compiled by any of the presets in use, but with the options of the source named here: the report
+# without its page, sources of the Windows library only, the host that uses the installed library, and
+# sources that tests compile.
 NEIGHBOUR = {
     "msvc/auto_class_init.cc": "public/stream_downloader.cc",
     "msvc/player_lines_msvc.cc": "public/stream_downloader.cc",

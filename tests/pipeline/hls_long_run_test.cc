@@ -107,9 +107,9 @@ class HlsLongRunTest : public testing::Test {
   }
 
   // Waits until all five tasks sleep or wait in the clock and only parsing and delivery are left to
-  // do. While segments are queued, the segment task sleeps or has not woken up yet. A sleep has finished
-  // after a few ticks. From then on the time hardly advances: on a busy machine the task may wake
-  // up so late that the playlist would be refreshed once too often.
+  // do. While segments are queued, the segment task sleeps or has not woken up yet. A sleep
+  // ends after a few ticks. From then on the time hardly advances: on a busy machine the task may
+  // wake up so late that the playlist would be refreshed once too often.
   void WaitForRest() {
     ASSERT_TRUE(clock_.WaitForWaiters(kTasks));
     constexpr int kTicks = 100;

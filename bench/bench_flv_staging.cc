@@ -30,17 +30,17 @@ void ResetStream() {
 bool Pass(std::uint32_t total, std::uint32_t backlog) {
   static const std::vector<char> piece(kPiece, 0x17);
   static std::vector<std::uint8_t> read(kPiece);
-  const std::uint64_t stream = g_flvStream->Begin();
-  FlvTransfer transfer(stream);
-  FlvStreamSource source(stream);
+  const RunId run = g_flvStream->Begin();
+  FlvTransfer transfer(run);
+  FlvStreamSource source(run);
   std::uint32_t unread = 0;
   for (std::uint32_t done = 0; done < total; done += kPiece, unread += kPiece) {
-    if (transfer.Take(piece.data(), kPiece) != kPiece) return false;
+    if (transfer.OnBytes(piece.data(), kPiece) != kPiece) return false;
     if (unread < backlog) continue;
     if (!source.Read(read.data(), kPiece)) return false;
     unread -= kPiece;
   }
-  g_flvStream->EndDownload(stream);
+  g_flvStream->MarkEndOfInput(run);
   while (source.Read(read.data(), kPiece)) unread -= kPiece;
   return unread == 0;
 }

@@ -3,30 +3,21 @@
 #include <atomic>
 #include <cstdint>
 
-#include "common/frame_delivery.h"
-
 namespace {
 
 // While a counter is negative, each frame is skipped and counted.
 std::atomic<std::int32_t> g_videoSkip{0};
 std::atomic<std::int32_t> g_audioSkip{0};
 
-struct HlsDelivery {
-  void (*deliver)(const DeliveryLoop& loop);
-  std::uint32_t is_video;  // the isVideo value of this queue's frames
-  std::atomic<std::int32_t>& skip;
-  const char* stop_line;
-};
-
-void Deliver(HlsPipeline& pipeline, const HlsDelivery& delivery) {
-  const auto wanted = [&pipeline, &delivery](const FrameRecord& frame) {
-    if (frame.isVideo == delivery.is_video && pipeline.listedDuration.load() > 0) {
+// `is_video` is the isVideo value of the frames.
+FrameFilter FilterOf(HlsPipeline& pipeline, std::uint32_t is_video,
+                     std::atomic<std::int32_t>& skip) {
+  return [&pipeline, is_video, &skip](const FrameRecord& frame) {
+    if (frame.isVideo == is_video && pipeline.listedDuration.load() > 0) {
       pipeline.listedDuration = 0;
     }
-    return !CountSkippedFrame(delivery.skip);
+    return !CountSkippedFrame(skip);
   };
-  delivery.deliver({pipeline.running, pipeline.player, wanted, delivery.stop_line});
-  pipeline.player.Message(delivery.stop_line);
 }
 
 }  // namespace
@@ -39,12 +30,8 @@ bool CountSkippedFrame(std::atomic<std::int32_t>& skip) {
   return false;
 }
 
-void DeliverHlsVideo(HlsPipeline& pipeline) {
-  Deliver(pipeline, {DeliverVideoFrames, 1, g_videoSkip, "m3u8 video thread stop."});
-}
-
-void DeliverHlsAudio(HlsPipeline& pipeline) {
-  Deliver(pipeline, {DeliverAudioFrames, 0, g_audioSkip, "m3u8 audio thread stop."});
+FrameFilters HlsFrameFilters(HlsPipeline& pipeline) {
+  return {FilterOf(pipeline, 1, g_videoSkip), FilterOf(pipeline, 0, g_audioSkip)};
 }
 
 void SkipFirstVideoFrame() {

@@ -7,13 +7,13 @@
 
 VideoWatch::Place VideoWatch::Look() {
   const std::lock_guard lock(g_frameQueueMutex);
-  return {FrameQueueGeneration(), g_videoQueue == nullptr ? 0 : g_videoQueue->pushed};
+  return {FrameQueueRun(), g_videoQueue == nullptr ? 0 : g_videoQueue->pushed};
 }
 
 bool VideoWatch::HasCome() {
   if (has_come_) return true;
   const Place now = Look();
   const Place before = std::exchange(last_, now);
-  has_come_ = now.pushed > (now.generation == before.generation ? before.pushed : 0);
+  has_come_ = now.pushed > (now.run == before.run ? before.pushed : 0);
   return has_come_;
 }

@@ -5,6 +5,8 @@
 
 #include <cstdint>
 
+#include "common/run_id.h"
+
 class VideoWatch {
  public:
   VideoWatch() : last_(Look()) {}
@@ -15,7 +17,7 @@ class VideoWatch {
 
  private:
   struct Place {
-    std::uint64_t generation;  // of the queues; `pushed` counts frames within it
+    RunId run;  // of the queues; `pushed` counts frames within it
     std::uint64_t pushed;
   };
 

@@ -29,8 +29,8 @@ PesBuffer g_videoBuffer;
 PesBuffer g_audioBuffer;
 ElementaryStream g_video{g_videoQueue, true, {g_videoBuffer}, {}};
 ElementaryStream g_audio{g_audioQueue, false, {g_audioBuffer}, {}};
-// The generation of the frame queues to which the state of the streams belongs.
-std::uint64_t g_generation = 0;
+// The run of the frame queues to which the state of the streams belongs.
+RunId g_queueRun{};
 
 // Kept for compatibility: does not reset `length` and the audio `dts`.
 void ResetStreams() {
@@ -44,9 +44,9 @@ void ResetStreams() {
 }
 
 void FollowQueueResets() {
-  const std::uint64_t generation = FrameQueueGeneration();
-  if (generation == g_generation) return;
-  g_generation = generation;
+  const RunId run = FrameQueueRun();
+  if (run == g_queueRun) return;
+  g_queueRun = run;
   ResetStreams();
 }
 

@@ -25,17 +25,20 @@ constexpr std::size_t RoundUp(std::size_t size) {
 struct Chunk {
   std::atomic<std::uint32_t> users{1};  // its payloads, plus 1 while it accepts more
   PayloadKind kind;
-  std::size_t size;      // of the memory; guarded by g_mutex while the chunk accepts new payloads
-  std::size_t used = 0;  // bytes, including this header; guarded by g_mutex
+  // Both are in bytes and guarded by g_memory.mutex, `size` only while the chunk accepts payloads.
+  std::size_t size;      // of the memory
+  std::size_t used = 0;  // including this header
 };
 constexpr std::size_t kChunkHeader = RoundUp(sizeof(Chunk));
 
-std::mutex g_mutex;
-// The chunks that accept new payloads, one of each kind, or null. Guarded by g_mutex.
-std::array<Chunk*, 2> g_current{};
-std::atomic<std::size_t> g_held{0};
+struct {
+  std::mutex mutex;
+  // The chunks that accept new payloads, one of each kind, or null. Guarded by the mutex.
+  std::array<Chunk*, 2> current{};
+  std::atomic<std::size_t> held{0};  // bytes
+} g_memory;
 
-Chunk*& CurrentOf(PayloadKind kind) { return g_current[static_cast<std::size_t>(kind)]; }
+Chunk*& CurrentOf(PayloadKind kind) { return g_memory.current[static_cast<std::size_t>(kind)]; }
 
 Chunk* ChunkOf(const std::uint8_t* payload) {
   const auto address = reinterpret_cast<std::uintptr_t>(payload);
@@ -46,13 +49,13 @@ Chunk* MakeChunk(std::size_t size, PayloadKind kind) {
   void* const memory = platform::MapPages(size, kChunkSize);
   if (memory == nullptr) return nullptr;
   platform::PrefaultPages(memory, size);
-  g_held += size;
+  g_memory.held += size;
   return new (memory) Chunk{.kind = kind, .size = size, .used = kChunkHeader};
 }
 
 void ReleaseChunk(Chunk* chunk) {
   const std::size_t size = chunk->size;
-  g_held -= size;
+  g_memory.held -= size;
   platform::UnmapPages(chunk, size);
 }
 
@@ -64,16 +67,16 @@ std::uint32_t Leave(Chunk* chunk) {
 bool IsEmpty(const Chunk* chunk) { return chunk->users.load(std::memory_order_acquire) == 1; }
 
 // Call it when the chunk accepts no more payloads. Releases its unused pages. The chunk itself is
-// released with its last payload. Requires g_mutex.
+// released with its last payload. Requires g_memory.mutex.
 void CloseChunk(Chunk* chunk) {
   const std::size_t size = platform::TrimPages(chunk, chunk->size, chunk->used);
-  g_held -= chunk->size - size;
+  g_memory.held -= chunk->size - size;
   chunk->size = size;
   if (Leave(chunk) == 0) ReleaseChunk(chunk);
 }
 
 // Ensures that the current chunk has space for `needed` bytes. Returns false if there is no memory.
-// Requires g_mutex.
+// Requires g_memory.mutex.
 bool MakeSpace(std::size_t needed, PayloadKind kind) {
   Chunk*& current = CurrentOf(kind);
   if (current != nullptr && needed <= kChunkSize - current->used) return true;
@@ -86,7 +89,7 @@ bool MakeSpace(std::size_t needed, PayloadKind kind) {
 // slow stream uses the same few pages. `chunk` is only compared: if it is not the current chunk,
 // another thread may have released it.
 void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
-  const std::lock_guard lock(g_mutex);
+  const std::lock_guard lock(g_memory.mutex);
   Chunk* const current = CurrentOf(kind);
   if (chunk == current && IsEmpty(current)) current->used = kChunkHeader;
 }
@@ -94,7 +97,7 @@ void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
 std::uint8_t* AllocateInChunk(std::size_t size, PayloadKind kind) {
   // At least one byte, so that a payload never begins at the end of the chunk.
   const std::size_t needed = RoundUp(std::max<std::size_t>(size, 1));
-  const std::lock_guard lock(g_mutex);
+  const std::lock_guard lock(g_memory.mutex);
   if (!MakeSpace(needed, kind)) return nullptr;
   Chunk* const current = CurrentOf(kind);
   std::uint8_t* const payload = reinterpret_cast<std::uint8_t*>(current) + current->used;
@@ -125,12 +128,12 @@ std::uint8_t* AllocateBlock(std::size_t size, PayloadKind kind) {
   void* const memory = ::operator new(size + kBlockHeader, std::nothrow);
   if (memory == nullptr) return nullptr;
   new (memory) Block{size + kBlockHeader, kind};
-  g_held += size + kBlockHeader;
+  g_memory.held += size + kBlockHeader;
   return static_cast<std::uint8_t*>(memory) + kBlockHeader;
 }
 
 void FreeBlock(Block* block) {
-  g_held -= block->size;
+  g_memory.held -= block->size;
   ::operator delete(block);
 }
 
@@ -161,4 +164,4 @@ PayloadKind KindOfPayload(const std::uint8_t* payload) {
   return kSeparateBlocks ? BlockOf(payload)->kind : ChunkOf(payload)->kind;
 }
 
-std::size_t HeldPayloadMemory() { return g_held.load(); }
+std::size_t HeldPayloadMemory() { return g_memory.held.load(); }

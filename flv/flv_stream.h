@@ -74,7 +74,7 @@ class FlvStream {
   // Number of bytes received and not read yet.
   std::uint32_t UnreadSize() const;
 
-  // Number of bytes dropped since the stream began.
+  // Number of bytes dropped since the stream began. For tests.
   std::uint64_t DroppedSize() const;
 
  private:

@@ -12,9 +12,9 @@
 
 #include "common/adts.h"
 #include "common/frame_queue.h"
-#include "flv/flv_memory_source.h"
 #include "flv/flv_stream.h"
 #include "flv/flv_tag_parser.h"
+#include "tests/support/flv_memory_source.h"
 
 namespace {
 

@@ -16,7 +16,6 @@ struct Mp4SampleLocation {
 
 class Mp4TimeIndex {
  public:
-  void Clear() { entries_.clear(); }
   // A file may claim any number of samples. At most this many are recorded, as many as a day of
   // film has.
   static constexpr std::uint32_t kMaxEntries = 1U << 22;

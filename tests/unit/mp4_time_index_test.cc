@@ -76,10 +76,4 @@ TEST(Mp4TimeIndexTest, SamplesAboveTheCapacityAreNotRecorded) {
   ExpectFound(index.Find(kLast + 1), kLast + 1, kLast, false);
 }
 
-TEST(Mp4TimeIndexTest, ClearedIndexFindsNothing) {
-  Mp4TimeIndex index = ThreeSamples();
-  index.Clear();
-  EXPECT_FALSE(index.Find(0).has_value());
-}
-
 }  // namespace

@@ -11,20 +11,20 @@
 namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;
-constexpr std::uint32_t kPiece = 16384;  // the most that libcurl passes to a write callback
-constexpr std::uint32_t kRead = 188;     // bytes that the reader consumes after each piece
+constexpr std::uint32_t kChunkSize = 16384;  // the most that libcurl passes to a write callback
+constexpr std::uint32_t kRead = 188;         // bytes that the reader consumes after each chunk
 
 std::string Name(unsigned megabytes) { return "append_" + std::to_string(megabytes) + "_MB"; }
 
-// Appends `total` bytes in pieces to a new buffer. The reader consumes little, so most bytes become
+// Appends `total` bytes in chunks to a new buffer. The reader consumes little, so most bytes become
 // backlog.
 void BenchAppend(benchmark::State& state, std::uint32_t total) {
-  const std::vector<std::uint8_t> piece(kPiece, 0x47);
+  const std::vector<std::uint8_t> chunk(kChunkSize, 0x47);
   while (state.KeepRunning()) {
     CByteBuffer buffer;
     std::uint32_t status = buffer.Initialize();
-    for (std::uint32_t done = 0; done < total && status == kBufferOk; done += kPiece) {
-      status = buffer.Append(piece.data(), kPiece);
+    for (std::uint32_t done = 0; done < total && status == kBufferOk; done += kChunkSize) {
+      status = buffer.Append(chunk.data(), kChunkSize);
       benchmark::DoNotOptimize(*buffer.ReadPtr());
       buffer.MoveStart(kRead);
     }

@@ -10,7 +10,7 @@
 #include "bench/demux_totals.h"
 #include "bench/libavformat_demux.h"
 #include "bench/memory_sample.h"
-#include "bench/take_frames.h"
+#include "bench/pop_frames.h"
 #include "common/adts.h"
 #include "common/frame_queue.h"
 #include "flv/flv_tag_parser.h"
@@ -31,7 +31,7 @@ struct Totals {
 };
 
 // The tags after the sequence headers. The parser prints a console line for each sequence header.
-Bytes PicturesOf(Bytes stream) {
+Bytes MediaTagsOf(Bytes stream) {
   constexpr std::size_t kTypeAt = 4;  // after the size of the previous tag
   constexpr std::size_t kBodyAt = 15;
   Bytes tags = stream.subspan(kHeaderSize);
@@ -50,8 +50,8 @@ Totals ReadTags(Bytes tags) {
   FlvTagParser parser(source, audio_config);
   Totals totals;
   while (parser.ReadTag()) {
-    TakeFrames(g_videoQueue, PopVideoFrame, totals.video);
-    TakeFrames(g_audioQueue, PopAudioFrame, totals.audio);
+    PopFrames(g_videoQueue, PopVideoFrame, totals.video);
+    PopFrames(g_audioQueue, PopAudioFrame, totals.audio);
   }
   return totals;
 }
@@ -78,7 +78,7 @@ void BenchLibavformat(benchmark::State& state, Bytes stream, bool parse) {
 // The only differences allowed: our NAL units have a start code where libavformat has a length of
 // the same size, and our AAC frames have an ADTS header.
 bool SameFrames(Bytes stream) {
-  const Totals ours = ReadTags(PicturesOf(stream));
+  const Totals ours = ReadTags(MediaTagsOf(stream));
   const DemuxTotals theirs = DemuxWithLibavformat(stream, "flv", false).value_or(DemuxTotals());
   const std::uint64_t bytes =
       ours.video.bytes + ours.audio.bytes - ours.audio.frames * kAdtsHeaderSize;
@@ -93,7 +93,7 @@ void Register(Bytes stream) {
   const auto add = [](const char* name, auto function) {
     benchmark::RegisterBenchmark(name, function)->Unit(benchmark::kMillisecond);
   };
-  add(kOurs, [stream](benchmark::State& state) { BenchReadTag(state, PicturesOf(stream)); });
+  add(kOurs, [stream](benchmark::State& state) { BenchReadTag(state, MediaTagsOf(stream)); });
   add(kNoParse, [stream](benchmark::State& state) { BenchLibavformat(state, stream, false); });
   add(kParse, [stream](benchmark::State& state) { BenchLibavformat(state, stream, true); });
 }
@@ -101,7 +101,7 @@ void Register(Bytes stream) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const auto sample = LoadMemorySample(PicturesAndSound(".flv"), "h264_aac.flv",
+  const auto sample = LoadMemorySample(VideoAndAudio(".flv"), "h264_aac.flv",
                                        "FLV made by ffmpeg: H.264 1280x720 25/s 5 Mbit/s with "
                                        "B-frames, AAC 128 kbit/s");
   if (!sample || !SameFrames(sample->bytes)) return 1;

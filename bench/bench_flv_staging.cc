@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;
 constexpr std::uint32_t kWhole = 300 * kMegabyte;
-constexpr std::uint32_t kPiece = 16384;  // the most that libcurl passes to a write callback
+constexpr std::uint32_t kChunkSize = 16384;  // the most that libcurl passes to a write callback
 
 // Releases the memory that an earlier round has allocated.
 void ResetStream() {
@@ -24,24 +24,24 @@ void ResetStream() {
   std::construct_at(&*g_flvStream);
 }
 
-// Appends `total` bytes in pieces. Once `backlog` bytes are unread, the reader consumes one piece
-// for each piece appended; at the end it consumes the rest. Returns false if bytes were refused or
+// Appends `total` bytes in chunks. Once `backlog` bytes are unread, the reader consumes one chunk
+// for each chunk appended; at the end it consumes the rest. Returns false if bytes were refused or
 // lost.
 bool Pass(std::uint32_t total, std::uint32_t backlog) {
-  static const std::vector<char> piece(kPiece, 0x17);
-  static std::vector<std::uint8_t> read(kPiece);
+  static const std::vector<char> chunk(kChunkSize, 0x17);
+  static std::vector<std::uint8_t> read(kChunkSize);
   const RunId run = g_flvStream->Begin();
   FlvTransfer transfer(run);
   FlvStreamSource source(run);
   std::uint32_t unread = 0;
-  for (std::uint32_t done = 0; done < total; done += kPiece, unread += kPiece) {
-    if (transfer.OnBytes(piece.data(), kPiece) != kPiece) return false;
+  for (std::uint32_t done = 0; done < total; done += kChunkSize, unread += kChunkSize) {
+    if (transfer.OnBytes(chunk.data(), kChunkSize) != kChunkSize) return false;
     if (unread < backlog) continue;
-    if (!source.Read(read.data(), kPiece)) return false;
-    unread -= kPiece;
+    if (!source.Read(read.data(), kChunkSize)) return false;
+    unread -= kChunkSize;
   }
   g_flvStream->MarkEndOfInput(run);
-  while (source.Read(read.data(), kPiece)) unread -= kPiece;
+  while (source.Read(read.data(), kChunkSize)) unread -= kChunkSize;
   return unread == 0;
 }
 

@@ -89,18 +89,18 @@ void BenchLibavformat(benchmark::State& state, const std::string& path) {
   Report(state, totals);
 }
 
-void BenchOpen(benchmark::State& state, const std::string& path, bool beside_another) {
-  const Mp4FileHandle other = beside_another ? Open(path) : nullptr;
+void BenchOpen(benchmark::State& state, const std::string& path, bool already_open) {
+  const Mp4FileHandle other = already_open ? Open(path) : nullptr;
   while (state.KeepRunning()) benchmark::DoNotOptimize(Open(path));
 }
 
 // One pass of the pipeline near the end of the file: it opens the file while the previous pass
 // still has it open.
 void BenchTail(benchmark::State& state, const std::string& path, std::array<MP4SampleId, 2> from,
-               bool beside_another) {
+               bool already_open) {
   constexpr int kTurns = 5;
   constexpr std::uint64_t kSamples = 10;
-  const Mp4FileHandle other = beside_another ? Open(path) : nullptr;
+  const Mp4FileHandle other = already_open ? Open(path) : nullptr;
   if (other != nullptr) ReadInTurns(other.get(), from, kTurns);
   while (state.KeepRunning()) {
     const Mp4FileHandle file = Open(path);
@@ -138,13 +138,13 @@ void Register(const std::string& path) {
     benchmark::RegisterBenchmark(name, function)->Unit(unit);
   };
   const auto tail = FirstOfTail(path);
-  for (const bool beside : {false, true}) {
-    add(beside ? "mp4_open_beside_another" : "mp4_open", benchmark::kMicrosecond,
-        [=](benchmark::State& state) { BenchOpen(state, path, beside); });
-    add(beside ? "mp4_open_and_read_10_at_the_end_beside_another"
-               : "mp4_open_and_read_10_at_the_end",
+  for (const bool already_open : {false, true}) {
+    add(already_open ? "mp4_open_beside_another" : "mp4_open", benchmark::kMicrosecond,
+        [=](benchmark::State& state) { BenchOpen(state, path, already_open); });
+    add(already_open ? "mp4_open_and_read_10_at_the_end_beside_another"
+                     : "mp4_open_and_read_10_at_the_end",
         benchmark::kMicrosecond,
-        [=](benchmark::State& state) { BenchTail(state, path, tail, beside); });
+        [=](benchmark::State& state) { BenchTail(state, path, tail, already_open); });
   }
   add(kOurs, benchmark::kMillisecond,
       [=](benchmark::State& state) { BenchEverySample(state, path); });

@@ -107,10 +107,10 @@ class PacedServer {
         "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(size) +
         "\r\n\r\n";
     if (write(client, head.data(), head.size()) < 0) return;
-    constexpr off_t kPiece = 16384;
+    constexpr off_t kChunkSize = 16384;
     const auto start = Clock::now();
     for (off_t sent = 0; sent < size;) {
-      if (sendfile(client, media, &sent, static_cast<std::size_t>(kPiece)) <= 0) return;
+      if (sendfile(client, media, &sent, static_cast<std::size_t>(kChunkSize)) <= 0) return;
       const std::chrono::duration<double> due(static_cast<double>(sent) / bytes_a_second);
       std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(due));
     }
@@ -178,7 +178,7 @@ bool Play(const char* name, const std::string& url, std::uint64_t audio_samples)
   const auto start = Clock::now();
   pipeline.BeginDownload(url);
   while (!player.is_over) std::this_thread::sleep_for(std::chrono::milliseconds(20));
-  const std::chrono::duration<double> taken = Clock::now() - start;
+  const std::chrono::duration<double> elapsed = Clock::now() - start;
   const ProcessorTime after = Used();
   const std::uint64_t delivered = player.delivered;
   const bool is_whole = player.plays && QueuedAudioFrames() == audio_samples;
@@ -188,7 +188,7 @@ bool Play(const char* name, const std::string& url, std::uint64_t audio_samples)
   std::fprintf(stderr,
                "%-12s %6.2f s, user %5.2f s, system %5.2f s: %5.1f %% of a core, %llu"
                " frames delivered%s\n",
-               name, taken.count(), user, system, 100 * (user + system) / taken.count(),
+               name, elapsed.count(), user, system, 100 * (user + system) / elapsed.count(),
                static_cast<unsigned long long>(delivered),
                is_whole ? "" : "; NOT EVERY SAMPLE WAS RECEIVED");
   return is_whole;

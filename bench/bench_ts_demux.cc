@@ -8,7 +8,7 @@
 #include "bench/bench_report.h"
 #include "bench/demux_totals.h"
 #include "bench/libavformat_demux.h"
-#include "bench/take_frames.h"
+#include "bench/pop_frames.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "ts/ts_demux.h"
@@ -34,8 +34,8 @@ DemuxTotals DemuxWithFeed(Bytes stream) {
     const std::size_t end = std::min(stream.size(), batch + kBatch);
     for (std::size_t packet = batch; packet + kTsPacketSize <= end; packet += kTsPacketSize) {
       ts_demux_feed(stream.data() + packet, static_cast<std::int32_t>(kTsPacketSize));
-      TakeFrames(g_videoQueue, PopVideoFrame, totals);
-      TakeFrames(g_audioQueue, PopAudioFrame, totals);
+      PopFrames(g_videoQueue, PopVideoFrame, totals);
+      PopFrames(g_audioQueue, PopAudioFrame, totals);
     }
   }
   return totals;

@@ -20,7 +20,7 @@ std::optional<MemorySample> LoadMemorySample(const LoopedSample& sample, const s
                                              const std::string& description);
 
 // The content of the samples for the demultiplexer benchmarks: twenty seconds, thirty times.
-inline LoopedSample PicturesAndSound(const std::string& suffix) {
+inline LoopedSample VideoAndAudio(const std::string& suffix) {
   constexpr int kRepeats = 29;
   return {
       "-f lavfi -i testsrc2=size=1280x720:rate=25:duration=20"

@@ -98,11 +98,11 @@ bool NginxServer::Launch() {
           "nginx.conf", nullptr);  // Debian's path, which is not in every user's PATH
     _exit(1);
   }
-  return process_ > 0 && ComesUp();
+  return process_ > 0 && WaitUntilListening();
 }
 
 // Waits until nginx accepts connections. Returns false if it has ended.
-bool NginxServer::ComesUp() const {
+bool NginxServer::WaitUntilListening() const {
   while (!Listens(port_)) {
     if (waitpid(process_, nullptr, WNOHANG) != 0) return false;
     std::this_thread::sleep_for(std::chrono::milliseconds(5));

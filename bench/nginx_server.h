@@ -27,7 +27,7 @@ class NginxServer {
 
  private:
   bool Launch();
-  bool ComesUp() const;
+  bool WaitUntilListening() const;
   void Stop();
 
   const std::filesystem::path directory_;

@@ -34,3 +34,9 @@ if(WIN32)
 else()
   set(STREAM_EXPORT_ATTRIBUTE "__attribute__((visibility(\"default\")))")
 endif()
+
+# Clang's options that check who holds which mutex (platform/mutex.h). For the component only: tests look at guarded
+# variables while no other thread runs.
+set(STREAM_LOCK_CHECKS -Wthread-safety -Wthread-safety-beta -Werror=thread-safety-analysis
+    -Werror=thread-safety-attributes -Werror=thread-safety-precise -Werror=thread-safety-reference
+    -Werror=thread-safety-beta)

@@ -4,11 +4,11 @@
 #include <array>
 #include <atomic>
 #include <limits>
-#include <mutex>
 #include <new>
 
 #include "common/platform.h"
 #include "common/separate_blocks.h"
+#include "platform/mutex.h"
 
 namespace {
 
@@ -20,25 +20,29 @@ constexpr std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
 }
 
+struct Chunk;
+
+struct Memory {
+  Mutex mutex;
+  // The chunks that accept new payloads, one of each kind, or null.
+  std::array<Chunk*, 2> current GUARDED_BY(mutex){};
+  std::atomic<std::size_t> held{0};  // bytes
+};
+Memory g_memory;
+
 // The header of every chunk. A payload begins within the first kChunkSize bytes of its chunk, and
 // chunks are aligned to kChunkSize. So rounding a payload's address down gives its chunk.
 struct Chunk {
   std::atomic<std::uint32_t> users{1};  // its payloads, plus 1 while it accepts more
   PayloadKind kind;
-  // Both are in bytes and guarded by g_memory.mutex, `size` only while the chunk accepts payloads.
-  std::size_t size;      // of the memory
-  std::size_t used = 0;  // including this header
+  std::size_t size;  // of the memory; needs g_memory.mutex while the chunk accepts new payloads
+  std::size_t used GUARDED_BY(g_memory.mutex) = 0;  // bytes, including this header
 };
 constexpr std::size_t kChunkHeader = RoundUp(sizeof(Chunk));
 
-struct {
-  std::mutex mutex;
-  // The chunks that accept new payloads, one of each kind, or null. Guarded by the mutex.
-  std::array<Chunk*, 2> current{};
-  std::atomic<std::size_t> held{0};  // bytes
-} g_memory;
-
-Chunk*& CurrentOf(PayloadKind kind) { return g_memory.current[static_cast<std::size_t>(kind)]; }
+Chunk*& CurrentOf(PayloadKind kind) REQUIRES(g_memory.mutex) {
+  return g_memory.current[static_cast<std::size_t>(kind)];
+}
 
 Chunk* ChunkOf(const std::uint8_t* payload) {
   const auto address = reinterpret_cast<std::uintptr_t>(payload);
@@ -67,8 +71,8 @@ std::uint32_t Leave(Chunk* chunk) {
 bool IsEmpty(const Chunk* chunk) { return chunk->users.load(std::memory_order_acquire) == 1; }
 
 // Call it when the chunk accepts no more payloads. Releases its unused pages. The chunk itself is
-// released with its last payload. Requires g_memory.mutex.
-void CloseChunk(Chunk* chunk) {
+// released with its last payload.
+void CloseChunk(Chunk* chunk) REQUIRES(g_memory.mutex) {
   const std::size_t size = platform::TrimPages(chunk, chunk->size, chunk->used);
   g_memory.held -= chunk->size - size;
   chunk->size = size;
@@ -76,8 +80,7 @@ void CloseChunk(Chunk* chunk) {
 }
 
 // Ensures that the current chunk has space for `needed` bytes. Returns false if there is no memory.
-// Requires g_memory.mutex.
-bool MakeSpace(std::size_t needed, PayloadKind kind) {
+bool MakeSpace(std::size_t needed, PayloadKind kind) REQUIRES(g_memory.mutex) {
   Chunk*& current = CurrentOf(kind);
   if (current != nullptr && needed <= kChunkSize - current->used) return true;
   if (current != nullptr) CloseChunk(current);
@@ -89,7 +92,7 @@ bool MakeSpace(std::size_t needed, PayloadKind kind) {
 // slow stream uses the same few pages. `chunk` is only compared: if it is not the current chunk,
 // another thread may have released it.
 void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
-  const std::lock_guard lock(g_memory.mutex);
+  const MutexLock lock(g_memory.mutex);
   Chunk* const current = CurrentOf(kind);
   if (chunk == current && IsEmpty(current)) current->used = kChunkHeader;
 }
@@ -97,7 +100,7 @@ void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
 std::uint8_t* AllocateInChunk(std::size_t size, PayloadKind kind) {
   // At least one byte, so that a payload never begins at the end of the chunk.
   const std::size_t needed = RoundUp(std::max<std::size_t>(size, 1));
-  const std::lock_guard lock(g_memory.mutex);
+  const MutexLock lock(g_memory.mutex);
   if (!MakeSpace(needed, kind)) return nullptr;
   Chunk* const current = CurrentOf(kind);
   std::uint8_t* const payload = reinterpret_cast<std::uint8_t*>(current) + current->used;

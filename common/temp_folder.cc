@@ -2,21 +2,21 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "common/console.h"
 #include "common/never_destroyed.h"
 #include "common/platform.h"
+#include "platform/mutex.h"
 
 namespace {
 
-// Guarded by its mutex, which is held only while values are copied.
 struct Choice {
-  std::mutex mutex;
-  std::optional<TempFolder> cache;  // used instead of the directory beside the executable
-  bool is_writable = true;
+  Mutex mutex;  // held only while values are copied
+  // Used instead of the directory beside the executable.
+  std::optional<TempFolder> cache GUARDED_BY(mutex);
+  bool is_writable GUARDED_BY(mutex) = true;
 };
 NeverDestroyed<Choice> g_choice;
 
@@ -93,7 +93,7 @@ bool CanBeMadeAndWritten(const TempFolder& folder) {
 
 // Stores a choice. Returns whether the directory chosen before was writable.
 bool Choose(const std::optional<TempFolder>& cache, bool is_writable) {
-  const std::lock_guard lock(g_choice->mutex);
+  const MutexLock lock(g_choice->mutex);
   g_choice->cache = cache;
   return std::exchange(g_choice->is_writable, is_writable);
 }
@@ -135,14 +135,14 @@ std::wstring TempDirInCache(const std::wstring& cache, const std::wstring& modul
 
 TempFolder TempFolderInUse() {
   {
-    const std::lock_guard lock(g_choice->mutex);
+    const MutexLock lock(g_choice->mutex);
     if (g_choice->cache) return *g_choice->cache;
   }
   return FolderBeside();
 }
 
 bool TempFolderIsWritable() {
-  const std::lock_guard lock(g_choice->mutex);
+  const MutexLock lock(g_choice->mutex);
   return g_choice->is_writable;
 }
 

@@ -2,27 +2,32 @@
 
 #include <utility>
 
+#include "platform/mutex.h"
+
 CThreadPool::CThreadPool(std::uint32_t thread_count) : threadCount(thread_count) { Start(); }
 
 CThreadPool::~CThreadPool() { Stop(); }
 
 void CThreadPool::Start() {
-  std::unique_lock lock(mutex);
-  if (running) return;
-  running = true;
   try {
-    threads.reserve(threadCount);
-    for (std::uint32_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+    StartWorkers();
   } catch (...) {  // the system provides no more threads: stop those that run
-    lock.unlock();
     Stop();
     throw;
   }
 }
 
+void CThreadPool::StartWorkers() {
+  const MutexLock lock(mutex);
+  if (running) return;
+  running = true;
+  threads.reserve(threadCount);
+  for (std::uint32_t i = 0; i < threadCount; ++i) threads.emplace_back([this] { Work(); });
+}
+
 void CThreadPool::AddTask(Task task) {
   {
-    const std::lock_guard lock(mutex);
+    const MutexLock lock(mutex);
     tasks.push_back(std::move(task));
   }
   wakeup.notify_one();
@@ -31,7 +36,7 @@ void CThreadPool::AddTask(Task task) {
 void CThreadPool::Stop() {
   std::vector<std::thread> stopping;
   {
-    const std::lock_guard lock(mutex);
+    const MutexLock lock(mutex);
     running = false;
     stopping.swap(threads);
   }
@@ -45,8 +50,8 @@ void CThreadPool::Work() {
 
 // Returns the next task, or an empty one if the pool stops.
 CThreadPool::Task CThreadPool::TakeTask() {
-  std::unique_lock lock(mutex);
-  wakeup.wait(lock, [this] { return !tasks.empty() || !running; });
+  const MutexLock lock(mutex);
+  WaitOn(wakeup, mutex, [this]() REQUIRES(mutex) { return !tasks.empty() || !running; });
   if (!running) return {};
   Task task = std::move(tasks.front());
   tasks.pop_front();

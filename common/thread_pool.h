@@ -11,9 +11,10 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <thread>
 #include <vector>
+
+#include "platform/mutex.h"
 
 class CThreadPool {
  public:
@@ -39,15 +40,16 @@ class CThreadPool {
   void Stop();
 
  private:
+  void StartWorkers();
   void Work();
   Task TakeTask();
 
   const std::uint32_t threadCount;
-  std::vector<std::thread> threads;  // guarded by mutex
-  std::deque<Task> tasks;            // guarded by mutex
-  std::mutex mutex;
+  std::vector<std::thread> threads GUARDED_BY(mutex);
+  std::deque<Task> tasks GUARDED_BY(mutex);
+  Mutex mutex;
   std::condition_variable wakeup;
-  bool running = false;  // guarded by mutex
+  bool running GUARDED_BY(mutex) = false;
 };
 
 #endif  // COMMON_THREAD_POOL_H_

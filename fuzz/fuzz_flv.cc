@@ -39,7 +39,7 @@ struct Frames {
   bool operator==(const Frames&) const = default;
 };
 
-std::vector<Frame> TakeAll(FrameNodePtr (*pop)()) {
+std::vector<Frame> PopAll(FrameNodePtr (*pop)()) {
   std::vector<Frame> frames;
   while (const FrameNodePtr node = pop()) {
     Require(node->pts == node->dts && node->pts == node->playTime && node->isVideo == 1);
@@ -56,8 +56,8 @@ Frames Parse(FlvSource& source) {
     while (parser.ReadTag()) {
     }
   }
-  std::vector<Frame> video = TakeAll(PopVideoFrame);
-  return {std::move(video), TakeAll(PopAudioFrame)};
+  std::vector<Frame> video = PopAll(PopVideoFrame);
+  return {std::move(video), PopAll(PopAudioFrame)};
 }
 
 // Copies the stream into a block of its own, so that a read past its end is detected.
@@ -67,13 +67,13 @@ Frames ParseFromMemory(Bytes stream) {
   return Parse(source);
 }
 
-// Parses the stream from the pipeline's buffer, to which it was appended in pieces of `piece`
+// Parses the stream from the pipeline's buffer, to which it was appended in chunks of `chunk_size`
 // bytes.
-Frames ParseFromStream(Bytes stream, std::size_t piece) {
+Frames ParseFromStream(Bytes stream, std::size_t chunk_size) {
   g_flvRunning = true;
   const RunId run = g_flvStream->Begin();
-  for (std::size_t at = 0; at < stream.size(); at += piece) {
-    const Bytes part = stream.subspan(at, std::min(piece, stream.size() - at));
+  for (std::size_t at = 0; at < stream.size(); at += chunk_size) {
+    const Bytes part = stream.subspan(at, std::min(chunk_size, stream.size() - at));
     Require(g_flvStream->Stage(run, at, part.data(), static_cast<std::uint32_t>(part.size())));
   }
   g_flvStream->MarkEndOfInput(run);
@@ -127,13 +127,14 @@ void RequireFirstOf(const std::vector<Frame>& some, const std::vector<Frame>& al
 
 void CheckStream(Bytes stream) {
   constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
-  constexpr std::size_t kPieces[] = {7, 4096};
+  constexpr std::size_t kChunkSizes[] = {7, 4096};
   const Frames frames = ParseFromMemory(stream);
   const std::size_t bytes = RequireBytesOf(stream, frames.video, kStartCode) +
                             RequireBytesOf(stream, frames.audio, AdtsHeader{});
   Require(bytes <= stream.size());
   RequirePrefixes(frames);
-  for (const std::size_t piece : kPieces) Require(ParseFromStream(stream, piece) == frames);
+  for (const std::size_t chunk_size : kChunkSizes)
+    Require(ParseFromStream(stream, chunk_size) == frames);
   const Bytes first_half = stream.first(stream.size() / 2);
   if (!HasWholeHeader(first_half)) return;
   const Frames half = ParseFromMemory(first_half);

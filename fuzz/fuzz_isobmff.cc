@@ -43,38 +43,39 @@ class MemoryFile {
   std::string path_;
 };
 
-struct Known {
+struct SampleAnswer {
   MP4TrackId track;
   MP4SampleId sample;
   MP4Timestamp time;
   std::uint64_t offset;
   std::optional<ReadMp4Sample> read;
 
-  bool operator==(const Known&) const = default;
+  bool operator==(const SampleAnswer&) const = default;
 };
 
-Known Ask(const Mp4FileHandle& file, MP4TrackId track, MP4SampleId sample) {
+SampleAnswer QuerySample(const Mp4FileHandle& file, MP4TrackId track, MP4SampleId sample) {
   return {track, sample, MP4GetSampleTime(file.get(), track, sample),
           MP4GetSampleFileOffset(file.get(), track, sample), ReadMp4(file, track, sample)};
 }
 
-std::vector<Known> AskInOrder(const Mp4FileHandle& file) {
-  std::vector<Known> all;
+std::vector<SampleAnswer> QueryInOrder(const Mp4FileHandle& file) {
+  std::vector<SampleAnswer> all;
   const std::uint32_t tracks = MP4GetNumberOfTracks(file.get());
   for (std::uint16_t i = 0; i < tracks; ++i) {
     const MP4TrackId track = MP4FindTrackId(file.get(), i);
     for (MP4SampleId sample = 1; sample <= kMostSamples; ++sample) {
-      all.push_back(Ask(file, track, sample));
+      all.push_back(QuerySample(file, track, sample));
       if (!all.back().read) break;
     }
   }
   return all;
 }
 
-void AskAgain(const char* path, const std::vector<Known>& all) {
+void QueryAgain(const char* path, const std::vector<SampleAnswer>& all) {
   const Mp4FileHandle file(MP4Read(path));
   Require(file != nullptr);
-  for (const Known& known : all) Require(Ask(file, known.track, known.sample) == known);
+  for (const SampleAnswer& answer : all)
+    Require(QuerySample(file, answer.track, answer.sample) == answer);
 }
 
 // What the pipeline reads before it reads samples.
@@ -94,10 +95,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Mp4FileHandle file(MP4Read(memory.Path()));
   if (file == nullptr) return 0;
   DescribeTracks(file);
-  std::vector<Known> all = AskInOrder(file);
+  std::vector<SampleAnswer> all = QueryInOrder(file);
   std::reverse(all.begin(), all.end());
-  AskAgain(memory.Path(), all);  // uses the index shared with `file`
+  QueryAgain(memory.Path(), all);  // uses the index shared with `file`
   file.reset();
-  AskAgain(memory.Path(), all);
+  QueryAgain(memory.Path(), all);
   return 0;
 }

@@ -54,16 +54,16 @@ def is_kind(tag, kind, packet_type):
     return tag[4] == kind and tag[BODY + 1] == packet_type
 
 
-def place(tags, kind, packet_type):
+def index_of(tags, kind, packet_type):
     return next(i for i, tag in enumerate(tags) if is_kind(tag, kind, packet_type))
 
 
 def spoilt_tags(tags):
     """Tags with wrong values."""
-    avc = place(tags, 9, 0)
-    picture = place(tags, 9, 1)
-    aac = place(tags, 8, 1)
-    aac_header = place(tags, 8, 0)
+    avc = index_of(tags, 9, 0)
+    picture = index_of(tags, 9, 1)
+    aac = index_of(tags, 8, 1)
+    aac_header = index_of(tags, 8, 0)
     return {
         "tag_without_a_body": spoilt(tags, picture, SIZE, b"\0\0\0"),
         "tag_too_short": spoilt(tags, picture, SIZE, b"\0\0\x08"),

@@ -1,8 +1,9 @@
 #include "isobmff/index_registry.h"
 
 #include <map>
-#include <mutex>
 #include <utility>
+
+#include "platform/mutex.h"
 
 namespace isobmff {
 namespace {
@@ -18,20 +19,20 @@ class Registry {
   }
 
   Index Find(const FileId& id) {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     const auto found = indexes_.find(id);
     return found == indexes_.end() ? nullptr : found->second.lock();
   }
 
   void Keep(const FileId& id, const Index& index) {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     std::erase_if(indexes_, [](const auto& entry) { return entry.second.expired(); });
     indexes_.insert_or_assign(id, index);
   }
 
  private:
-  std::mutex mutex_;
-  std::map<FileId, std::weak_ptr<const MovieIndex>> indexes_;  // guarded by mutex_
+  Mutex mutex_;
+  std::map<FileId, std::weak_ptr<const MovieIndex>> indexes_ GUARDED_BY(mutex_);
 };
 
 }  // namespace

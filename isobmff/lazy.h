@@ -5,7 +5,8 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
+
+#include "platform/mutex.h"
 
 namespace isobmff {
 
@@ -22,7 +23,7 @@ class Lazy {
  private:
   template <typename Make>
   const Part* MakeOnce(const Make& make) const {
-    const std::lock_guard lock(making_);
+    const MutexLock lock(mutex_);
     if (part_ == nullptr) {
       part_ = make();
       ready_.store(part_.get(), std::memory_order_release);
@@ -30,8 +31,9 @@ class Lazy {
     return part_.get();
   }
 
-  mutable std::mutex making_;
-  mutable std::unique_ptr<const Part> part_;  // guarded by making_; what it points to never changes
+  mutable Mutex mutex_;
+  // What it points to never changes.
+  mutable std::unique_ptr<const Part> part_ GUARDED_BY(mutex_);
   mutable std::atomic<const Part*> ready_{nullptr};
 };
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "common/never_destroyed.h"
+#include "platform/mutex.h"
 
 namespace {
 
@@ -137,10 +137,10 @@ class TrackOffsets {
   std::uint64_t last_offset_ = 0;
 };
 
-// `tracks` is guarded by `mutex`. An entry exists as long as its handle is open.
+// An entry exists as long as its handle is open.
 struct OpenFiles {
-  std::mutex mutex;
-  std::map<std::pair<MP4FileHandle, MP4TrackId>, TrackOffsets> tracks;
+  Mutex mutex;
+  std::map<std::pair<MP4FileHandle, MP4TrackId>, TrackOffsets> tracks GUARDED_BY(mutex);
 };
 
 OpenFiles& Files() {
@@ -152,7 +152,7 @@ OpenFiles& Files() {
 // one thread at a time.
 TrackOffsets& OffsetsOf(MP4FileHandle file, MP4TrackId track) {
   OpenFiles& files = Files();
-  const std::lock_guard lock(files.mutex);
+  const MutexLock lock(files.mutex);
   const auto found = files.tracks.find({file, track});
   if (found != files.tracks.end()) return found->second;
   return files.tracks.emplace(std::pair(file, track), TrackOffsets(file, track)).first->second;
@@ -167,6 +167,6 @@ std::uint64_t MP4GetSampleFileOffset(MP4FileHandle file, MP4TrackId track, MP4Sa
 
 void ForgetSampleFileOffsets(MP4FileHandle file) {
   OpenFiles& files = Files();
-  const std::lock_guard lock(files.mutex);
+  const MutexLock lock(files.mutex);
   std::erase_if(files.tracks, [file](const auto& entry) { return entry.first.first == file; });
 }

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 
 #include "common/never_destroyed.h"
+#include "platform/mutex.h"
 
 namespace msvc {
 namespace {
@@ -12,8 +12,8 @@ namespace {
 using PlayerOfFacade = std::map<const CStreamDownloader*, const CStreamPlayerImp*>;
 
 struct Players {
-  std::mutex mutex;
-  PlayerOfFacade of_facade;  // guarded by mutex
+  Mutex mutex;
+  PlayerOfFacade of_facade GUARDED_BY(mutex);
 };
 
 Players& AllPlayers() {
@@ -32,13 +32,13 @@ bool Contains(const PlayerOfFacade& facades, const CStreamPlayerImp* player) {
 void AddPlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player) {
   if (player == nullptr) return RemovePlayer(facade);
   Players& players = AllPlayers();
-  const std::lock_guard lock(players.mutex);
+  const MutexLock lock(players.mutex);
   players.of_facade[facade] = player;
 }
 
 void SharePlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player) {
   Players& players = AllPlayers();
-  const std::lock_guard lock(players.mutex);
+  const MutexLock lock(players.mutex);
   if (Contains(players.of_facade, player)) {
     players.of_facade[facade] = player;
   } else {
@@ -48,19 +48,19 @@ void SharePlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player
 
 void RemovePlayer(const CStreamDownloader* facade) {
   Players& players = AllPlayers();
-  const std::lock_guard lock(players.mutex);
+  const MutexLock lock(players.mutex);
   players.of_facade.erase(facade);
 }
 
 void RemovePlayerAt(const CStreamPlayerImp* player) {
   Players& players = AllPlayers();
-  const std::lock_guard lock(players.mutex);
+  const MutexLock lock(players.mutex);
   std::erase_if(players.of_facade, [player](const auto& noted) { return noted.second == player; });
 }
 
 bool IsPlayer(const CStreamPlayerImp* player) {
   Players& players = AllPlayers();
-  const std::lock_guard lock(players.mutex);
+  const MutexLock lock(players.mutex);
   return Contains(players.of_facade, player);
 }
 

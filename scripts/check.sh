@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Installs what is missing and checks everything: format, shellcheck, pylint, eslint, clang-tidy, all tests without
-# and with sanitizers, the release build with the benchmarks, and some seconds of each fuzzer. Prints a summary;
-# its last line counts the tests. After a failed step, all steps that do not depend on it still run.
+# Installs what is missing and checks everything: format, words, shellcheck, pylint, eslint, clang-tidy, all tests
+# without and with sanitizers, the release build with the benchmarks, and some seconds of each fuzzer. Prints a
+# summary; its last line counts the tests. After a failed step, all steps that do not depend on it still run.
 #
 #   scripts/check.sh             everything for Linux
-#   scripts/check.sh --fast      format, build and tests of the preset dev only
+#   scripts/check.sh --fast      format, words, build and tests of the preset dev only
 #   scripts/check.sh --windows   the Windows library, built by the cross compiler, tested under wine
 #   scripts/check.sh --all       everything for Linux and for Windows
 set -euo pipefail
@@ -36,6 +36,13 @@ own_files() {
 check_format() { own_files -name '*.cc' -o -name '*.h' -o -name '*.c' | xargs -0 clang-format --dry-run -Werror; }
 
 check_shell() { own_files -name '*.sh' -o -path './.ci/*' | xargs -0 shellcheck; }
+
+check_words() { python3 -B scripts/lib/words.py .; }
+
+check_documents() {
+  python3 -B scripts/lib/compatibility.py .
+  scripts/draw.sh --check
+}
 
 # Sorted, because pylint itself fails on some orders.
 check_python() { own_files -name '*.py' | sort -z | xargs -0 pylint; }
@@ -136,7 +143,11 @@ fuzz_each() {
   for program in "${names[@]}"; do await_step "$program"; done
 }
 
-check_sources() { run_step format check_format; }
+check_sources() {
+  run_step format check_format
+  run_step words check_words
+  run_step documents check_documents
+}
 
 # eslint runs in the background, since it waits for npm.
 lint() {

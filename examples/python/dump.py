@@ -39,9 +39,9 @@ def main(path, address, directory, count):
     library, downloader, frames = c.CDLL(path), c.c_void_p(), queue.Queue()
     audio, video = (frame_callback(kind, frames, time.monotonic()) for kind in ("audio", "video"))
     callbacks = Callbacks(c.sizeof(Callbacks), audio_frame=audio, video_frame=video)
-    with (open(f"{directory}/audio.es", "wb") as sound, open(f"{directory}/video.es", "wb") as pictures,
+    with (open(f"{directory}/audio.es", "wb") as audio_es, open(f"{directory}/video.es", "wb") as video_es,
           open(f"{directory}/frames.csv", "w") as rows):
-        files = {"audio": sound, "video": pictures}
+        files = {"audio": audio_es, "video": video_es}
         rows.write("kind,index,pts,dts,play,size,crc32,arrival_ms\n")
         result = library.sd_create(c.byref(callbacks), c.byref(downloader)) or library.sd_begin_download(
             downloader, address, c.c_size_t(len(address)))

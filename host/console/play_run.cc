@@ -19,15 +19,16 @@ EndRule RuleOf(const Options& options) {
 
 }  // namespace
 
-PlayRunner::PlayRunner(const Options& options, const Surroundings& around)
-    : options_(options), rule_(RuleOf(options)), around_(around) {
-  around_.player.ExpectLine(options_.expected_line);
+PlayRunner::PlayRunner(const Options& options, const Dependencies& dependencies)
+    : options_(options), rule_(RuleOf(options)), dependencies_(dependencies) {
+  dependencies_.player.ExpectLine(options_.expected_line);
 }
 
 std::vector<RunReport> PlayRunner::PlayAll() {
   std::vector<RunReport> reports;
   for (int run = 0; run <= options_.repeat; ++run) {
-    if (run > 0) around_.screen.Status(around_.clock.NowMs(), "repeat " + std::to_string(run));
+    if (run > 0)
+      dependencies_.screen.Status(dependencies_.clock.NowMs(), "repeat " + std::to_string(run));
     run_ = static_cast<std::size_t>(run);
     reports.push_back(PlayOnce());
     if (reports.back().reason == EndReason::kInterrupted) break;
@@ -36,9 +37,9 @@ std::vector<RunReport> PlayRunner::PlayAll() {
 }
 
 RunReport PlayRunner::PlayOnce() {
-  around_.player.OpenRun();
+  dependencies_.player.OpenRun();
   stop_ms_.clear();
-  run_began_ms_ = around_.clock.NowMs();
+  run_began_ms_ = dependencies_.clock.NowMs();
   expected_since_ms_.reset();
 
   std::optional<EndReason> reason;
@@ -46,9 +47,9 @@ RunReport PlayRunner::PlayOnce() {
   if (!reason) reason = PlayToEnd();
 
   RunReport report;
-  report.record = around_.player.Record();
+  report.record = dependencies_.player.Record();
   report.reason = *reason;
-  report.elapsed_ms = around_.clock.NowMs() - run_began_ms_;
+  report.elapsed_ms = dependencies_.clock.NowMs() - run_began_ms_;
   if (report.record.first_frame_ms) {
     report.time_to_first_frame_ms = *report.record.first_frame_ms - download_began_ms_;
   }
@@ -57,11 +58,11 @@ RunReport PlayRunner::PlayOnce() {
 }
 
 std::optional<EndReason> PlayRunner::PlayToFirstFrame() {
-  around_.player.SetRecording(false);
+  dependencies_.player.SetRecording(false);
   std::optional<EndReason> reason = EndReason::kRefused;
-  if (Begin()) reason = WaitUntil([this] { return around_.player.FramesSeen() > 0; });
+  if (Begin()) reason = WaitUntil([this] { return dependencies_.player.FramesSeen() > 0; });
   End();
-  around_.player.SetRecording(true);
+  dependencies_.player.SetRecording(true);
   has_pipeline_ = !reason;
   return reason;
 }
@@ -76,42 +77,42 @@ EndReason PlayRunner::PlayToEnd() {
 
 bool PlayRunner::HasExpected() const {
   const std::vector<std::uint64_t>& frames = options_.expected_frames;
-  if (frames.empty()) return around_.player.HasExpectedLine();
-  return around_.player.HasExpectedLine() ||
-         around_.player.FramesRecorded() >= frames[std::min(run_, frames.size() - 1)];
+  if (frames.empty()) return dependencies_.player.HasExpectedLine();
+  return dependencies_.player.HasExpectedLine() ||
+         dependencies_.player.FramesRecorded() >= frames[std::min(run_, frames.size() - 1)];
 }
 
 bool PlayRunner::Begin() {
-  download_began_ms_ = around_.clock.NowMs();
-  return around_.downloader.Begin(options_.address);
+  download_began_ms_ = dependencies_.clock.NowMs();
+  return dependencies_.downloader.Begin(options_.address);
 }
 
 void PlayRunner::End() {
-  const double before = around_.clock.NowMs();
-  around_.downloader.End();
-  const double after = around_.clock.NowMs();
+  const double before = dependencies_.clock.NowMs();
+  dependencies_.downloader.End();
+  const double after = dependencies_.clock.NowMs();
   stop_ms_.push_back(after - before);
-  around_.screen.Status(after, "EndDownload took " + FixedText(stop_ms_.back(), 1) + " ms");
+  dependencies_.screen.Status(after, "EndDownload took " + FixedText(stop_ms_.back(), 1) + " ms");
 }
 
 void PlayRunner::SetStart() {
   const auto seconds = static_cast<float>(*options_.start_seconds);
-  if (!around_.downloader.SetStart(seconds)) {
-    around_.screen.Status(around_.clock.NowMs(), "the start position was refused");
+  if (!dependencies_.downloader.SetStart(seconds)) {
+    dependencies_.screen.Status(dependencies_.clock.NowMs(), "the start position was refused");
   }
 }
 
 std::optional<EndReason> PlayRunner::WaitUntil(const std::function<bool()>& met) {
-  ProgressLine progress(around_.screen);
+  ProgressLine progress(dependencies_.screen);
   while (!met()) {
-    const double now = around_.clock.NowMs();
+    const double now = dependencies_.clock.NowMs();
     if (!expected_since_ms_ && HasExpected()) expected_since_ms_ = now;
-    const double last = std::max(around_.player.LastArrivalMs(), download_began_ms_);
-    const auto reason =
-        ReasonToEnd(rule_, {now, run_began_ms_, last, around_.interrupted(), expected_since_ms_});
+    const double last = std::max(dependencies_.player.LastArrivalMs(), download_began_ms_);
+    const auto reason = ReasonToEnd(
+        rule_, {now, run_began_ms_, last, dependencies_.interrupted(), expected_since_ms_});
     if (reason) return reason;
-    if (progress.IsDue(now)) progress.Draw(now, around_.player.Totals());
-    around_.clock.Pause();
+    if (progress.IsDue(now)) progress.Draw(now, dependencies_.player.Totals());
+    dependencies_.clock.Pause();
   }
   return std::nullopt;
 }

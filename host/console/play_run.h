@@ -13,9 +13,9 @@
 #include "clock.h"
 #include "downloader.h"
 #include "end_rule.h"
-#include "host_player.h"
 #include "options.h"
 #include "screen.h"
+#include "stats_player.h"
 
 namespace host {
 
@@ -29,7 +29,7 @@ struct RunReport {
 
 class PlayRunner {
  public:
-  struct Surroundings {
+  struct Dependencies {
     Downloader& downloader;
     StatsPlayer& player;
     Clock& clock;
@@ -37,7 +37,7 @@ class PlayRunner {
     std::function<bool()> interrupted;
   };
 
-  PlayRunner(const Options& options, const Surroundings& around);
+  PlayRunner(const Options& options, const Dependencies& dependencies);
 
   // Plays all runs. An interruption cancels the remaining runs.
   std::vector<RunReport> PlayAll();
@@ -60,7 +60,7 @@ class PlayRunner {
 
   const Options options_;
   const EndRule rule_;
-  const Surroundings around_;
+  const Dependencies dependencies_;
   bool has_pipeline_ = false;
   std::size_t run_ = 0;
   double run_began_ms_ = 0;

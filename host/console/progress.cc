@@ -31,9 +31,9 @@ double RateMeter::Update(double now_ms, std::uint64_t bytes) {
   while (samples_.size() > 2 && now_ms - samples_.front().at_ms > kRateWindowMs) {
     samples_.pop_front();
   }
-  const double passed_ms = now_ms - samples_.front().at_ms;
-  if (passed_ms <= 0) return 0;
-  return static_cast<double>(bytes - samples_.front().bytes) * 1000 / passed_ms;
+  const double elapsed_ms = now_ms - samples_.front().at_ms;
+  if (elapsed_ms <= 0) return 0;
+  return static_cast<double>(bytes - samples_.front().bytes) * 1000 / elapsed_ms;
 }
 
 void ProgressLine::Draw(double now_ms, const PlayTotals& totals) {

@@ -92,11 +92,11 @@ ExitStatus ExitStatusOf(const Summary& summary) {
 std::string ExitLine(const Summary& summary) {
   const PlayTotals sum = SumOf(summary.runs);
   const ExitStatus status = ExitStatusOf(summary);
-  const std::string came = status == kExitNoFrames
-                               ? "no frame came"
-                               : std::to_string(sum.video.frames) + " video and " +
-                                     std::to_string(sum.audio.frames) + " audio frames came";
-  return "exit status " + std::to_string(status) + ": " + came + "; " +
+  const std::string received = status == kExitNoFrames
+                                   ? "no frame came"
+                                   : std::to_string(sum.video.frames) + " video and " +
+                                         std::to_string(sum.audio.frames) + " audio frames came";
+  return "exit status " + std::to_string(status) + ": " + received + "; " +
          EndText(summary.runs.back().reason, summary.options);
 }
 

@@ -11,7 +11,7 @@ std::optional<double> Seconds(const std::optional<std::uint64_t>& ticks) {
 }
 
 template <typename Value>
-void TakeNewer(std::optional<Value>& value, const std::optional<Value>& newer) {
+void ReplaceIfNewer(std::optional<Value>& value, const std::optional<Value>& newer) {
   if (newer) value = newer;
 }
 
@@ -45,9 +45,9 @@ std::optional<double> KindTotals::SpanSeconds() const {
 void PlayTotals::Add(const PlayTotals& later) {
   video.Add(later.video);
   audio.Add(later.audio);
-  TakeNewer(duration, later.duration);
-  TakeNewer(buffered_time, later.buffered_time);
-  TakeNewer(audio_clock, later.audio_clock);
+  ReplaceIfNewer(duration, later.duration);
+  ReplaceIfNewer(buffered_time, later.buffered_time);
+  ReplaceIfNewer(audio_clock, later.audio_clock);
 }
 
 }  // namespace host

@@ -23,7 +23,7 @@ std::vector<MediaUnit> AccessUnitGatherer::Add(const MediaUnit& frame) {
 
 std::vector<MediaUnit> AccessUnitGatherer::Finish() {
   std::vector<MediaUnit> complete;
-  TakeCurrent(complete);
+  CompleteCurrent(complete);
   return complete;
 }
 
@@ -31,7 +31,7 @@ std::vector<MediaUnit> AccessUnitGatherer::Finish() {
 void AccessUnitGatherer::LearnCodec(Bytes unit, const MediaUnit& frame,
                                     std::vector<MediaUnit>& complete) {
   const std::optional<VideoCodec> codec = CodecOfParameterSet(unit);
-  if (codec && frame.pts != current_.pts) TakeCurrent(complete);
+  if (codec && frame.pts != current_.pts) CompleteCurrent(complete);
   codec_ = codec;
 }
 
@@ -39,8 +39,8 @@ void AccessUnitGatherer::AddPart(Bytes part, const NalRole& role, const MediaUni
                                  std::vector<MediaUnit>& complete) {
   const bool other_time = frame.pts != current_.pts;
   const bool next_picture = role.begins_picture || role.leads_picture;
-  if (current_has_picture_ && (other_time || next_picture)) TakeCurrent(complete);
-  if (!codec_ && other_time) TakeCurrent(complete);  // data of an unknown codec is not kept
+  if (current_has_picture_ && (other_time || next_picture)) CompleteCurrent(complete);
+  if (!codec_ && other_time) CompleteCurrent(complete);  // data of an unknown codec is not kept
   // Parameter sets may have an earlier time than their picture.
   if (current_.data.empty() || other_time) {
     current_.pts = frame.pts;
@@ -56,7 +56,7 @@ void AccessUnitGatherer::Append(Bytes part) {
   current_.data.insert(current_.data.end(), kept.begin(), kept.end());
 }
 
-void AccessUnitGatherer::TakeCurrent(std::vector<MediaUnit>& complete) {
+void AccessUnitGatherer::CompleteCurrent(std::vector<MediaUnit>& complete) {
   MediaUnit unit = std::exchange(current_, {});
   const bool has_picture = std::exchange(current_has_picture_, false);
   entered_ |= std::exchange(current_has_entry_, false);
@@ -64,7 +64,7 @@ void AccessUnitGatherer::TakeCurrent(std::vector<MediaUnit>& complete) {
   if (entered_ && has_picture) {
     complete.push_back(std::move(unit));
   } else if (has_picture || !codec_) {
-    ++left_out_;
+    ++skipped_units_;
   }
 }
 

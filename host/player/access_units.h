@@ -34,16 +34,16 @@ class AccessUnitGatherer {
   std::optional<VideoCodec> codec() const { return codec_; }
 
   // Access units skipped because decoding could not begin with any unit before them.
-  std::uint64_t left_out() const { return left_out_; }
+  std::uint64_t skipped_units() const { return skipped_units_; }
 
   // Makes decoding start over: units are skipped until the next one at which decoding can begin.
-  void AwaitEntry() { entered_ = false; }
+  void SkipToEntryPoint() { entered_ = false; }
 
  private:
   void LearnCodec(Bytes unit, const MediaUnit& frame, std::vector<MediaUnit>& complete);
   void AddPart(Bytes part, const NalRole& role, const MediaUnit& frame,
                std::vector<MediaUnit>& complete);
-  void TakeCurrent(std::vector<MediaUnit>& complete);
+  void CompleteCurrent(std::vector<MediaUnit>& complete);
   void Append(Bytes part);
 
   std::optional<VideoCodec> codec_;
@@ -51,7 +51,7 @@ class AccessUnitGatherer {
   bool current_has_picture_ = false;
   bool current_has_entry_ = false;
   bool entered_ = false;
-  std::uint64_t left_out_ = 0;
+  std::uint64_t skipped_units_ = 0;
 };
 
 }  // namespace player

@@ -5,11 +5,11 @@
 
 namespace player {
 
-AudioDecoder::AudioDecoder(PlayCounts& counts, Taker take)
+AudioDecoder::AudioDecoder(PlayCounts& counts, Sink sink)
     : parser_(MakeParser(AV_CODEC_ID_AAC)),
       context_(MakeDecoder(AV_CODEC_ID_AAC)),
       counts_(counts),
-      take_(std::move(take)) {}
+      sink_(std::move(sink)) {}
 
 void AudioDecoder::Decode(const MediaUnit& frame) {
   const AvPacket padded = MakePacket(frame.data.data(), frame.data.size());
@@ -56,29 +56,29 @@ void AudioDecoder::DecodeAacFrame(const std::uint8_t* data, int size, std::int64
       ++counts_.errors;
       return;
     }
-    ++counts_.sounds;
-    TakeSound(*frame);
+    ++counts_.decoded_audio_frames;
+    OutputAudio(*frame);
   }
 }
 
-void AudioDecoder::TakeSound(const AVFrame& frame) {
+void AudioDecoder::OutputAudio(const AVFrame& frame) {
   if (!PrepareResampler(frame)) {
     ++counts_.errors;
     return;
   }
-  AudioPiece piece;
-  piece.seconds = frame.pts == AV_NOPTS_VALUE ? next_seconds_
+  AudioChunk chunk;
+  chunk.seconds = frame.pts == AV_NOPTS_VALUE ? next_seconds_
                                               : SecondsOf(static_cast<std::uint64_t>(frame.pts));
-  const int room = std::max(swr_get_out_samples(resampler_.get(), frame.nb_samples), 0);
-  piece.samples.resize(static_cast<std::size_t>(room) * kSoundChannels);
-  auto* out = reinterpret_cast<std::uint8_t*>(piece.samples.data());
-  const int made =
-      swr_convert(resampler_.get(), &out, room,
+  const int capacity = std::max(swr_get_out_samples(resampler_.get(), frame.nb_samples), 0);
+  chunk.samples.resize(static_cast<std::size_t>(capacity) * kAudioChannels);
+  auto* out = reinterpret_cast<std::uint8_t*>(chunk.samples.data());
+  const int converted =
+      swr_convert(resampler_.get(), &out, capacity,
                   const_cast<const std::uint8_t**>(frame.extended_data), frame.nb_samples);
-  if (made < 0) ++counts_.errors;
-  piece.samples.resize(static_cast<std::size_t>(std::max(made, 0)) * kSoundChannels);
-  next_seconds_ = piece.seconds + static_cast<double>(frame.nb_samples) / frame.sample_rate;
-  take_(std::move(piece));
+  if (converted < 0) ++counts_.errors;
+  chunk.samples.resize(static_cast<std::size_t>(std::max(converted, 0)) * kAudioChannels);
+  next_seconds_ = chunk.seconds + static_cast<double>(frame.nb_samples) / frame.sample_rate;
+  sink_(std::move(chunk));
 }
 
 // The sample rate or the number of channels may change at any frame.
@@ -92,12 +92,12 @@ bool AudioDecoder::PrepareResampler(const AVFrame& frame) {
   // Not const: older versions of the library take non-const pointers.
   AVChannelLayout stereo = AV_CHANNEL_LAYOUT_STEREO;
   AVChannelLayout own = frame.ch_layout;
-  SwrContext* made = nullptr;
+  SwrContext* resampler = nullptr;
   const int result =
-      swr_alloc_set_opts2(&made, &stereo, AV_SAMPLE_FMT_FLT, kSoundRate, &own,
+      swr_alloc_set_opts2(&resampler, &stereo, AV_SAMPLE_FMT_FLT, kAudioSampleRate, &own,
                           static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
-  resampler_.reset(made);
-  if (result < 0 || swr_init(made) < 0) {
+  resampler_.reset(resampler);
+  if (result < 0 || swr_init(resampler) < 0) {
     resampler_.reset();
     return false;
   }

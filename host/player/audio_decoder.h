@@ -12,19 +12,19 @@ extern "C" {
 #include <functional>
 #include <memory>
 
+#include "audio_chunk.h"
 #include "av_memory.h"
 #include "media_unit.h"
 #include "play_counts.h"
-#include "sound_piece.h"
 
 namespace player {
 
 class AudioDecoder {
  public:
-  using Taker = std::function<void(AudioPiece)>;
+  using Sink = std::function<void(AudioChunk)>;
 
   // `counts` is borrowed.
-  AudioDecoder(PlayCounts& counts, Taker take);
+  AudioDecoder(PlayCounts& counts, Sink sink);
 
   void Decode(const MediaUnit& frame);
 
@@ -35,7 +35,7 @@ class AudioDecoder {
 
   void DropNonAacData(std::size_t size);
   void DecodeAacFrame(const std::uint8_t* data, int size, std::int64_t pts);
-  void TakeSound(const AVFrame& frame);
+  void OutputAudio(const AVFrame& frame);
   bool PrepareResampler(const AVFrame& frame);
 
   AvParser parser_;
@@ -48,7 +48,7 @@ class AudioDecoder {
   std::size_t without_frame_ = 0;  // bytes since the last AAC frame
   double next_seconds_ = 0;        // stream time of audio without a time of its own
   PlayCounts& counts_;
-  const Taker take_;
+  const Sink sink_;
 };
 
 }  // namespace player

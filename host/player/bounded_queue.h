@@ -16,12 +16,12 @@ namespace player {
 template <typename Item>
 class BoundedQueue {
  public:
-  explicit BoundedQueue(std::size_t room) : room_(room) {}
+  explicit BoundedQueue(std::size_t capacity) : capacity_(capacity) {}
 
   // Waits for space. Returns false if the queue was closed; the item is then dropped.
   bool Push(Item item) {
     std::unique_lock lock(mutex_);
-    space_available_.wait(lock, [this] { return closed_ || items_.size() < room_; });
+    space_available_.wait(lock, [this] { return closed_ || items_.size() < capacity_; });
     if (closed_) return false;
     items_.push_back(std::move(item));
     return true;
@@ -37,14 +37,14 @@ class BoundedQueue {
     return item;
   }
 
-  // Returns the result of `look` for the item at index `place`, 0 being the oldest; nullopt if
+  // Returns the result of `look` for the item `index`, 0 being the oldest; nullopt if
   // there is no such item.
   template <typename Look>
-  auto Peek(std::size_t place, Look look) const
+  auto Peek(std::size_t index, Look look) const
       -> std::optional<decltype(look(std::declval<const Item&>()))> {
     const std::lock_guard lock(mutex_);
-    if (place >= items_.size()) return std::nullopt;
-    return look(items_[place]);
+    if (index >= items_.size()) return std::nullopt;
+    return look(items_[index]);
   }
 
   bool IsEmpty() const {
@@ -61,7 +61,7 @@ class BoundedQueue {
   }
 
  private:
-  const std::size_t room_;
+  const std::size_t capacity_;
   mutable std::mutex mutex_;
   std::condition_variable space_available_;
   std::deque<Item> items_;  // guarded by mutex_

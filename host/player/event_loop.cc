@@ -6,17 +6,17 @@ namespace player {
 namespace {
 
 constexpr double kLongestWait = 0.01;
-constexpr double kMoveSeconds = 10;
+constexpr double kSeekStepSeconds = 10;
 
 }  // namespace
 
 void EventLoop::Run() {
-  double patience = 0;
+  double max_wait = 0;
   while (WaitsForMore()) {
-    TakeCommands(patience);
+    HandleCommands(max_wait);
     dependencies_.presenter.Prepare(*dependencies_.control.playback());
     dependencies_.control.Tick();
-    patience = dependencies_.presenter.ShowDue(*dependencies_.control.playback(), kLongestWait);
+    max_wait = dependencies_.presenter.ShowDue(*dependencies_.control.playback(), kLongestWait);
     dependencies_.window.SetTitle(TitleText(dependencies_.control.Facts()));
   }
 }
@@ -26,14 +26,14 @@ bool EventLoop::WaitsForMore() const {
   return !exit_at_end_ || !dependencies_.control.HasEnded();
 }
 
-void EventLoop::TakeCommands(double patience_seconds) {
-  for (auto command = dependencies_.commands.Wait(patience_seconds); command && !is_ending_;
+void EventLoop::HandleCommands(double max_wait_seconds) {
+  for (auto command = dependencies_.commands.Wait(max_wait_seconds); command && !is_ending_;
        command = dependencies_.commands.Wait(0)) {
     Handle(*command);
   }
-  // A key held down repeats, and each seek restarts the stream, so the moves are added up first.
-  const double move = std::exchange(move_seconds_, 0);
-  if (!is_ending_ && move != 0) dependencies_.control.Move(move);
+  // A key held down repeats, and each seek restarts the stream, so the seeks are added up first.
+  const double seek = std::exchange(seek_seconds_, 0);
+  if (!is_ending_ && seek != 0) dependencies_.control.SeekBy(seek);
 }
 
 void EventLoop::Handle(Command command) {
@@ -44,10 +44,10 @@ void EventLoop::Handle(Command command) {
       dependencies_.control.TogglePause();
       break;
     case Command::kBack:
-      move_seconds_ -= kMoveSeconds;
+      seek_seconds_ -= kSeekStepSeconds;
       break;
     case Command::kForward:
-      move_seconds_ += kMoveSeconds;
+      seek_seconds_ += kSeekStepSeconds;
       break;
     case Command::kFullScreen:
       dependencies_.window.ToggleFullScreen();

@@ -31,13 +31,13 @@ class EventLoop {
 
  private:
   bool WaitsForMore() const;
-  void TakeCommands(double patience_seconds);
+  void HandleCommands(double max_wait_seconds);
   void Handle(Command command);
 
   const Dependencies dependencies_;
   const bool exit_at_end_;
   bool is_ending_ = false;
-  double move_seconds_ = 0;  // requested, but not performed yet
+  double seek_seconds_ = 0;  // requested, but not performed yet
 };
 
 }  // namespace player

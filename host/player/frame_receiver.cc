@@ -15,25 +15,25 @@ void FrameReceiver::Guarded(const Call& call) {
 void FrameReceiver::OnDuration(float seconds) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnDuration(seconds);
-    Arrived();
+    RecordArrival();
     const std::lock_guard lock(mutex_);
-    news_.duration = seconds;
+    latest_.duration = seconds;
   });
 }
 
 void FrameReceiver::OnBufferedTime(float seconds) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnBufferedTime(seconds);
-    Arrived();
+    RecordArrival();
     const std::lock_guard lock(mutex_);
-    news_.buffered = seconds;
+    latest_.buffered = seconds;
   });
 }
 
 void FrameReceiver::OnAudioClock(float seconds) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnAudioClock(seconds);
-    Arrived();
+    RecordArrival();
   });
 }
 
@@ -41,7 +41,7 @@ void FrameReceiver::OnAudioFrame(MediaFrame frame) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnAudioFrame(frame);
     ++counts_.audio_frames;
-    TakeFrame(Kind::kAudio, frame);
+    QueueFrame(Kind::kAudio, frame);
   });
 }
 
@@ -49,21 +49,21 @@ void FrameReceiver::OnVideoFrame(MediaFrame frame) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnVideoFrame(frame);
     ++counts_.video_frames;
-    TakeFrame(Kind::kVideo, frame);
+    QueueFrame(Kind::kVideo, frame);
   });
 }
 
 void FrameReceiver::OnMessage(std::string line) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnMessage(line);
-    TakeLine(std::move(line));
+    RecordLine(std::move(line));
   });
 }
 
 void FrameReceiver::OnPlayResult(std::string line) {
   Guarded([&] {
     if (observer_ != nullptr) observer_->OnPlayResult(line);
-    TakeLine(std::move(line));
+    RecordLine(std::move(line));
   });
 }
 
@@ -71,12 +71,12 @@ void FrameReceiver::SetQueue(FrameQueue* queue) {
   queue_ = queue;
   const std::lock_guard lock(mutex_);
   farthest_.reset();
-  news_.buffered.reset();
+  latest_.buffered.reset();
 }
 
-StreamStatus FrameReceiver::News() const {
+StreamStatus FrameReceiver::LatestStatus() const {
   const std::lock_guard lock(mutex_);
-  return news_;
+  return latest_;
 }
 
 std::optional<double> FrameReceiver::OriginSeconds() const {
@@ -91,23 +91,23 @@ std::optional<double> FrameReceiver::FarthestSeconds() const {
   return SecondsOf(*farthest_);
 }
 
-void FrameReceiver::TakeLine(std::string line) {
-  Arrived();
+void FrameReceiver::RecordLine(std::string line) {
+  RecordArrival();
   if (line.starts_with("PLAY FLV")) is_flv_ = true;
   const std::lock_guard lock(mutex_);
-  news_.status = std::move(line);
+  latest_.status = std::move(line);
 }
 
-void FrameReceiver::TakeFrame(Kind kind, const MediaFrame& frame) {
-  Arrived();
-  NoteTimes(kind, frame.pts);
+void FrameReceiver::QueueFrame(Kind kind, const MediaFrame& frame) {
+  RecordArrival();
+  RecordTimes(kind, frame.pts);
   FrameQueue* const queue = queue_.load();
   if (queue == nullptr || frame.data == nullptr || frame.size <= 0) return;
   queue->Push(kind, {{frame.data, frame.data + frame.size}, frame.pts, frame.dts});
-  Arrived();  // Push may have blocked for a long time
+  RecordArrival();  // Push may have blocked for a long time
 }
 
-void FrameReceiver::NoteTimes(Kind kind, std::uint64_t pts) {
+void FrameReceiver::RecordTimes(Kind kind, std::uint64_t pts) {
   const std::lock_guard lock(mutex_);
   const bool is_first = !std::exchange(seen_[kind == Kind::kVideo ? 0 : 1], true);
   if (is_first && !origin_is_kept_.load()) origin_ = std::min(origin_.value_or(pts), pts);

@@ -30,9 +30,9 @@ struct StreamStatus {
 
 class FrameReceiver final : public CStreamPlayerImp {
  public:
-  // All references are borrowed. Every call is also passed on to `witness`, unless it is null.
-  FrameReceiver(const host::Clock& clock, PlayCounts& counts, CStreamPlayerImp* witness = nullptr)
-      : clock_(clock), counts_(counts), observer_(witness) {}
+  // All references are borrowed. Every call is also passed on to `observer`, unless it is null.
+  FrameReceiver(const host::Clock& clock, PlayCounts& counts, CStreamPlayerImp* observer = nullptr)
+      : clock_(clock), counts_(counts), observer_(observer) {}
 
   void OnDuration(float seconds) override;
   void OnBufferedTime(float seconds) override;
@@ -48,7 +48,7 @@ class FrameReceiver final : public CStreamPlayerImp {
 
   // The time of the last call from the component, by the host's clock.
   double LastArrivalMs() const { return last_arrival_ms_.load(); }
-  StreamStatus News() const;
+  StreamStatus LatestStatus() const;
   // Whether the stream plays as FLV.
   bool IsFlv() const { return is_flv_.load(); }
 
@@ -63,10 +63,10 @@ class FrameReceiver final : public CStreamPlayerImp {
   // Runs the body of a player call and counts an exception as an error.
   template <typename Call>
   void Guarded(const Call& call);
-  void TakeLine(std::string line);
-  void TakeFrame(Kind kind, const MediaFrame& frame);
-  void NoteTimes(Kind kind, std::uint64_t pts);
-  void Arrived() { last_arrival_ms_ = clock_.NowMs(); }
+  void RecordLine(std::string line);
+  void QueueFrame(Kind kind, const MediaFrame& frame);
+  void RecordTimes(Kind kind, std::uint64_t pts);
+  void RecordArrival() { last_arrival_ms_ = clock_.NowMs(); }
 
   const host::Clock& clock_;
   PlayCounts& counts_;
@@ -76,7 +76,7 @@ class FrameReceiver final : public CStreamPlayerImp {
   std::atomic<bool> is_flv_{false};
   std::atomic<bool> origin_is_kept_{false};
   mutable std::mutex mutex_;
-  StreamStatus news_;                      // all below guarded by mutex_
+  StreamStatus latest_;                    // all below guarded by mutex_
   bool seen_[2] = {false, false};          // whether a frame of each kind was received
   std::optional<std::uint64_t> origin_;    // 90 kHz
   std::optional<std::uint64_t> farthest_;  // 90 kHz

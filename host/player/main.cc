@@ -5,6 +5,7 @@
 #include <string>
 
 #include "argument_path.h"
+#include "audio_output.h"
 #include "av_memory.h"
 #include "clock.h"
 #include "event_loop.h"
@@ -16,12 +17,11 @@
 #include "player_options.h"
 #include "presenter.h"
 #include "report.h"
+#include "sdl_audio_device.h"
 #include "sdl_commands.h"
-#include "sdl_sound_device.h"
 #include "sdl_system.h"
 #include "sdl_window.h"
-#include "silent_sound_device.h"
-#include "sound_output.h"
+#include "silent_audio_device.h"
 #include "sync_log.h"
 
 namespace {
@@ -37,13 +37,13 @@ int NoDisplay(const std::string& why) {
 }
 
 // The system's audio device, or a silent replacement if there is none.
-std::unique_ptr<player::SoundDevice> OpenSound(const host::Clock& clock,
-                                               const std::string& sound_error) {
+std::unique_ptr<player::AudioDevice> OpenAudioDevice(const host::Clock& clock,
+                                                     const std::string& audio_error) {
   std::string error;
-  if (auto device = player::SdlSoundDevice::Open(clock, error)) return device;
+  if (auto device = player::SdlAudioDevice::Open(clock, error)) return device;
   PrintLine(stderr, "stream_player: there is no sound device, so it plays without sound: " +
-                        (sound_error.empty() ? error : sound_error));
-  return std::make_unique<player::SilentSoundDevice>(clock);
+                        (audio_error.empty() ? error : audio_error));
+  return std::make_unique<player::SilentAudioDevice>(clock);
 }
 
 // The output files of a run; either may be null.
@@ -79,7 +79,7 @@ void CloseFiles(const player::PlayerOptions& options, const Files& files) {
 
 struct Playing {
   const player::PlayerOptions& options;
-  const std::string& sound_error;
+  const std::string& audio_error;
   const host::Clock& clock;
   player::Window& window;
   player::PlayCounts& counts;
@@ -94,8 +94,8 @@ void Play(const Playing& playing) {
   const host::Clock& clock = playing.clock;
   player::FrameReceiver receiver(clock, counts, report);
   host::LibraryDownloader downloader(receiver);
-  const auto device = OpenSound(clock, playing.sound_error);
-  player::SoundOutput output(*device);
+  const auto device = OpenAudioDevice(clock, playing.audio_error);
+  player::AudioOutput output(*device);
   player::PlayControl control({options.address, options.start_seconds, options.idle_seconds},
                               {downloader, receiver, output, clock, counts, [report] {
                                  if (report != nullptr) report->OpenRun();
@@ -105,8 +105,8 @@ void Play(const Playing& playing) {
     return;
   }
   player::Presenter presenter(playing.window, clock, counts,
-                              [sync_log](double picture, double sound) {
-                                if (sync_log != nullptr) sync_log->Add(picture, sound);
+                              [sync_log](double picture, double audio) {
+                                if (sync_log != nullptr) sync_log->Add(picture, audio);
                               });
   player::SdlCommands commands;
   player::EventLoop({commands, playing.window, presenter, control, host::Interrupted},
@@ -127,7 +127,7 @@ int Run(const player::PlayerOptions& options) {
   const std::unique_ptr<player::Window> window = player::SdlWindow::Open(error);
   if (window == nullptr) return NoDisplay(error);
   player::PlayCounts counts;
-  Play({options, sdl.sound_error(), clock, *window, counts, files});
+  Play({options, sdl.audio_error(), clock, *window, counts, files});
   counts.errors += player::AvErrors();
   PrintLine(stdout, player::CountsText(counts));
   CloseFiles(options, files);

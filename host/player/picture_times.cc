@@ -17,7 +17,7 @@ void PictureTimes::Sent(std::uint64_t pts, std::uint64_t dts) {
   constexpr std::size_t kMostWaiting = 64;
   // Without reordering, pts and dts are equal, and the distinction does not matter.
   if (pts != dts) has_presentation_times_ = true;
-  NoteDistance(pts);
+  RecordDistance(pts);
   Queue(pts);
   if (waiting_.size() > kMostWaiting) waiting_.pop_front();
 }
@@ -28,7 +28,7 @@ void PictureTimes::Queue(std::uint64_t pts) {
   waiting_.insert(last.base(), pts);
 }
 
-void PictureTimes::NoteDistance(std::uint64_t pts) {
+void PictureTimes::RecordDistance(std::uint64_t pts) {
   constexpr std::size_t kMostDistances = 8;
   if (last_sent_ && pts > *last_sent_) distances_.push_back(pts - *last_sent_);
   if (distances_.size() > kMostDistances) distances_.pop_front();
@@ -45,12 +45,12 @@ std::uint64_t PictureTimes::TimeOf(std::uint64_t pts, bool is_key, int depth) {
   if (is_key && own != waiting_.end()) waiting_.erase(waiting_.begin(), own);
   const std::uint64_t time = waiting_.front();
   waiting_.pop_front();
-  return shown_later_ ? time + static_cast<std::uint64_t>(depth) * Step() : time;
+  return shown_later_ ? time + static_cast<std::uint64_t>(depth) * MedianDistance() : time;
 }
 
 // The median, which a jump does not affect. For an even count the lower middle value, since a jump
 // is large.
-std::uint64_t PictureTimes::Step() const {
+std::uint64_t PictureTimes::MedianDistance() const {
   if (distances_.empty()) return 0;
   // A single distance may be a jump.
   if (distances_.size() == 1 && distances_.front() > kJump) return 0;

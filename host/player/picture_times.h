@@ -34,8 +34,8 @@ class PictureTimes {
 
  private:
   void Queue(std::uint64_t pts);
-  void NoteDistance(std::uint64_t pts);
-  std::uint64_t Step() const;
+  void RecordDistance(std::uint64_t pts);
+  std::uint64_t MedianDistance() const;
 
   const bool shown_later_;
   bool has_presentation_times_ = false;

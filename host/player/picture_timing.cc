@@ -42,14 +42,14 @@ std::optional<double> PictureTiming::OwnDue(const PictureFacts& facts) const {
 }
 
 PictureVerdict PictureTiming::JudgeFarAway(const PictureFacts& facts) {
-  constexpr double kPatience = 3;
+  constexpr double kMaxWait = 3;
   if (!facts.is_heard) return {Action::kSetClock};
   const double ahead = facts.time - facts.due;
   if (distance_ && std::abs(ahead - *distance_) > kFarApart) distance_.reset();
   if (const auto due = OwnDue(facts); !distance_ && due) distance_ = *due - facts.due;
   if (!distance_) {
     if (!far_since_) far_since_ = facts.now;
-    if (facts.now - *far_since_ < kPatience) return {Action::kWait};
+    if (facts.now - *far_since_ < kMaxWait) return {Action::kWait};
     far_since_.reset();
     distance_ = ahead;
   }

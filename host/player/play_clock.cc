@@ -41,13 +41,13 @@ bool PlayClock::HasStarted() const {
 void PlayClock::Hear(double stream, double at, Order order) {
   const std::lock_guard lock(mutex_);
   if (!started_ || IsHeld()) return;
-  FollowSound(stream, at, order);
-  Keep(sounds_, {at, stream, lines_.back().segment});
+  SyncToAudio(stream, at, order);
+  Keep(heard_audio_, {at, stream, lines_.back().segment});
 }
 
 void PlayClock::MarkSilence(double at) {
   const std::lock_guard lock(mutex_);
-  if (!sounds_.empty() && sounds_.back().stream) Keep(sounds_, {at, {}, 0});
+  if (!heard_audio_.empty() && heard_audio_.back().stream) Keep(heard_audio_, {at, {}, 0});
 }
 
 void PlayClock::SetPaused(bool paused, double now) {
@@ -82,17 +82,17 @@ std::optional<double> PlayClock::At(double now) const {
   return time ? std::optional(time->seconds) : std::nullopt;
 }
 
-std::optional<PlayClock::StreamTime> PlayClock::SoundAt(double now) const {
+std::optional<PlayClock::StreamTime> PlayClock::AudioAt(double now) const {
   const std::lock_guard lock(mutex_);
-  if (sounds_.empty() || IsHeld()) return std::nullopt;
-  const auto sound = EntryAt(sounds_, now);
-  if (!sound->stream || sound->from > now) return std::nullopt;
-  return StreamTime{*sound->stream + (now - sound->from), sound->segment};
+  if (heard_audio_.empty() || IsHeld()) return std::nullopt;
+  const auto audio = EntryAt(heard_audio_, now);
+  if (!audio->stream || audio->from > now) return std::nullopt;
+  return StreamTime{*audio->stream + (now - audio->from), audio->segment};
 }
 
 std::optional<double> PlayClock::HeardAt(double now) const {
-  const auto sound = SoundAt(now);
-  return sound ? std::optional(sound->seconds) : std::nullopt;
+  const auto audio = AudioAt(now);
+  return audio ? std::optional(audio->seconds) : std::nullopt;
 }
 
 const PlayClock::Line& PlayClock::LineAt(double now) const { return *EntryAt(lines_, now); }
@@ -102,16 +102,16 @@ void PlayClock::SetHeld(bool& reason, bool held, double now) {
   const Line& line = LineAt(now);
   lines_ = {{now, IsHeld() ? line.stream : line.At(now), now, line.segment}};
   reason = held;
-  if (held) sounds_.clear();
+  if (held) heard_audio_.clear();
 }
 
 // Without a jump the current line changes at once, so that it is known early what is due next.
 // After a jump a new line takes effect when the audio is heard.
-void PlayClock::FollowSound(double stream, double at, Order order) {
+void PlayClock::SyncToAudio(double stream, double at, Order order) {
   // Devices request audio in portions and at slightly uneven intervals. A larger deviation is real.
   constexpr double kUneven = 0.06;
-  constexpr double kShareTaken = 0.1;
-  const bool goes_on = !sounds_.empty() && sounds_.back().stream;
+  constexpr double kCorrectionShare = 0.1;
+  const bool continues = !heard_audio_.empty() && heard_audio_.back().stream;
   const double expected = LineAt(at).At(at);
   const double wrong = stream - expected;
   const bool is_close = std::abs(wrong) < kUneven;
@@ -120,7 +120,7 @@ void PlayClock::FollowSound(double stream, double at, Order order) {
     return;
   }
   Line& line = lines_.back();
-  line.stream = goes_on && is_close ? expected + kShareTaken * wrong : stream;
+  line.stream = continues && is_close ? expected + kCorrectionShare * wrong : stream;
   line.moment = at;
 }
 

@@ -22,8 +22,8 @@ inline constexpr double kFarApart = 10;
 
 class PlayClock {
  public:
-  // How a piece of audio relates to the previous one.
-  enum class Order { kFollows, kJumps };
+  // How a chunk of audio relates to the previous one.
+  enum class Order { kContinues, kJumps };
 
   struct StreamTime {
     double seconds = 0;
@@ -36,7 +36,7 @@ class PlayClock {
 
   // The audio of the stream time `stream` is heard from the moment `at`, which may be slightly in
   // the future. Small deviations from the clock are smoothed.
-  void Hear(double stream, double at, Order order = Order::kFollows);
+  void Hear(double stream, double at, Order order = Order::kContinues);
   // No audio is heard from the moment `at`.
   void MarkSilence(double at);
 
@@ -50,7 +50,7 @@ class PlayClock {
   std::optional<StreamTime> TimeAt(double now) const;
   std::optional<double> At(double now) const;
   // The exact stream time of the audio heard at `now`, not smoothed; nullopt if none is heard.
-  std::optional<StreamTime> SoundAt(double now) const;
+  std::optional<StreamTime> AudioAt(double now) const;
   std::optional<double> HeardAt(double now) const;
 
  private:
@@ -63,7 +63,7 @@ class PlayClock {
 
     double At(double now) const { return stream + (now - moment); }
   };
-  struct Sound {
+  struct HeardAudio {
     double from = 0;
     std::optional<double> stream;  // of the audio heard at `from`; nullopt for silence
     std::uint64_t segment = 0;
@@ -73,7 +73,7 @@ class PlayClock {
   const Line& LineAt(double now) const;
   bool IsHeld() const { return paused_ || starved_; }
   void SetHeld(bool& reason, bool held, double now);
-  void FollowSound(double stream, double at, Order order);
+  void SyncToAudio(double stream, double at, Order order);
 
   mutable std::mutex mutex_;
   bool started_ = false;  // all below guarded by mutex_
@@ -82,7 +82,7 @@ class PlayClock {
   std::uint64_t segment_ = 0;  // of the latest line
   // The latest is last. While the clock is held there is one line, and its `stream` is the time.
   std::deque<Line> lines_{Line{}};
-  std::deque<Sound> sounds_;
+  std::deque<HeardAudio> heard_audio_;
 };
 
 }  // namespace player

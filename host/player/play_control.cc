@@ -21,7 +21,7 @@ void PlayControl::Tick() {
   // The first frame gives the origin of the stream, from which positions are counted.
   if (settings_.start_seconds && dependencies_.receiver.OriginSeconds()) {
     const double start = *std::exchange(settings_.start_seconds, {});
-    if (CanMove()) SeekTo(start);
+    if (CanSeek()) SeekTo(start);
   }
   playback_->Tick(Now());
   const bool has_ended = IsSilent();
@@ -35,21 +35,22 @@ void PlayControl::TogglePause() {
   playback_->clock().SetPaused(paused_, Now());
 }
 
-void PlayControl::Move(double seconds) {
-  if (!CanMove()) return;
-  const auto duration = dependencies_.receiver.News().duration;
+void PlayControl::SeekBy(double seconds) {
+  if (!CanSeek()) return;
+  const auto duration = dependencies_.receiver.LatestStatus().duration;
   SeekTo(SeekTarget(position_, seconds, duration));
 }
 
 TitleFacts PlayControl::Facts() const {
   TitleFacts facts;
-  const StreamStatus news = dependencies_.receiver.News();
+  const StreamStatus latest = dependencies_.receiver.LatestStatus();
   const bool plays = playback_ != nullptr && playback_->clock().HasStarted();
   if (plays) facts.position = position_;
-  facts.duration = news.duration;
+  facts.duration = latest.duration;
   facts.buffered = FromOrigin(dependencies_.receiver.FarthestSeconds());
-  if (news.buffered) facts.buffered = std::max<double>(facts.buffered.value_or(0), *news.buffered);
-  facts.status = news.status;
+  if (latest.buffered)
+    facts.buffered = std::max<double>(facts.buffered.value_or(0), *latest.buffered);
+  facts.status = latest.status;
   facts.state = paused_  ? PlayState::kPaused
                 : ended_ ? PlayState::kEnded
                 : plays  ? PlayState::kPlaying
@@ -65,7 +66,7 @@ bool PlayControl::StartDownload() {
   playback_ = std::make_unique<Playback>(dependencies_.counts, std::move(settings));
   playback_->clock().SetPaused(paused_, Now());
   dependencies_.receiver.SetQueue(&playback_->frames());
-  dependencies_.output.Play(&playback_->sound());
+  dependencies_.output.Play(&playback_->audio());
   began_ms_ = dependencies_.clock.NowMs();
   frames_before_ = FramesSoFar();
   ended_ = false;
@@ -75,7 +76,7 @@ bool PlayControl::StartDownload() {
 void PlayControl::SeekTo(double seconds) {
   StopDownload();
   dependencies_.receiver.KeepOrigin();
-  has_moved_ = true;
+  seeked_ = true;
   position_ = seconds;
   dependencies_.downloader.SetStart(static_cast<float>(seconds));
   StartDownload();
@@ -92,15 +93,15 @@ void PlayControl::StopDownload() {
 }
 
 // FLV always plays from its beginning. Before the first frame, the origin of the stream is unknown.
-bool PlayControl::CanMove() const {
+bool PlayControl::CanSeek() const {
   return dependencies_.receiver.OriginSeconds().has_value() && !dependencies_.receiver.IsFlv();
 }
 
 // After a seek the component may skip much of the stream before it delivers the first frame.
-double PlayControl::PatienceMs() const {
-  constexpr double kTimesAfterAMove = 20;
-  const bool still_moves = has_moved_ && FramesSoFar() == frames_before_;
-  return settings_.idle_seconds * 1000 * (still_moves ? kTimesAfterAMove : 1);
+double PlayControl::IdleLimitMs() const {
+  constexpr double kIdleFactorAfterSeek = 20;
+  const bool still_seeking = seeked_ && FramesSoFar() == frames_before_;
+  return settings_.idle_seconds * 1000 * (still_seeking ? kIdleFactorAfterSeek : 1);
 }
 
 std::uint64_t PlayControl::FramesSoFar() const {
@@ -108,7 +109,7 @@ std::uint64_t PlayControl::FramesSoFar() const {
 }
 
 bool PlayControl::IsSilent() const {
-  const host::EndRule rule{PatienceMs(), std::nullopt};
+  const host::EndRule rule{IdleLimitMs(), std::nullopt};
   const double last = std::max(dependencies_.receiver.LastArrivalMs(), began_ms_);
   return playback_->frames().IsIdle() &&
          host::ReasonToEnd(rule, {dependencies_.clock.NowMs(), began_ms_, last, false}).has_value();

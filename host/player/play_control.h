@@ -8,12 +8,12 @@
 #include <optional>
 #include <string>
 
+#include "audio_output.h"
 #include "clock.h"
 #include "downloader.h"
 #include "frame_receiver.h"
 #include "play_counts.h"
 #include "playback.h"
-#include "sound_output.h"
 #include "title_text.h"
 
 namespace player {
@@ -23,7 +23,7 @@ class PlayControl {
   struct Dependencies {
     host::Downloader& downloader;
     FrameReceiver& receiver;
-    SoundOutput& output;
+    AudioOutput& output;
     const host::Clock& clock;
     PlayCounts& counts;
     std::function<void()> before_start;  // called before each start, including those after seeks
@@ -55,7 +55,7 @@ class PlayControl {
   void TogglePause();
   // Seeks by `seconds`, backwards if negative. Does nothing where seeking is not possible: before
   // the first frame, and in FLV.
-  void Move(double seconds);
+  void SeekBy(double seconds);
 
   // Null while nothing plays.
   Playback* playback() { return playback_.get(); }
@@ -68,8 +68,8 @@ class PlayControl {
   bool StartDownload();
   void SeekTo(double seconds);
   void StopDownload();
-  bool CanMove() const;
-  double PatienceMs() const;
+  bool CanSeek() const;
+  double IdleLimitMs() const;
   std::uint64_t FramesSoFar() const;
   bool IsSilent() const;
   double Now() const { return dependencies_.clock.NowMs() / 1000; }
@@ -82,7 +82,7 @@ class PlayControl {
   double position_ = 0;  // the last known position
   bool paused_ = false;
   bool started_before_ = false;
-  bool has_moved_ = false;
+  bool seeked_ = false;
   std::uint64_t frames_before_ = 0;  // frames received before the last start
   bool ended_ = false;
 };

@@ -7,8 +7,8 @@
 
 namespace player {
 
-void PlayCounts::Compare(double picture, double sound) {
-  apart = std::max(apart.load(), std::abs(picture - sound));
+void PlayCounts::Compare(double picture, double audio) {
+  apart = std::max(apart.load(), std::abs(picture - audio));
   compared = true;
 }
 
@@ -17,9 +17,9 @@ std::string CountsText(const PlayCounts& counts) {
   std::string line =
       "video: " + text(counts.video_frames) + " frames received, " + text(counts.access_units) +
       " access units, " + text(counts.pictures) + " pictures decoded, " + text(counts.shown) +
-      " shown, " + text(counts.passed_over) + " passed over, " + text(counts.left_out) +
+      " shown, " + text(counts.late_pictures) + " passed over, " + text(counts.skipped_units) +
       " left out; audio: " + text(counts.audio_frames) + " frames received, " +
-      text(counts.sounds) + " decoded; decoder errors: " + text(counts.errors) + "; ";
+      text(counts.decoded_audio_frames) + " decoded; decoder errors: " + text(counts.errors) + "; ";
   if (!counts.compared) return line + "picture and sound never met";
   return line + "picture and sound at most " + host::FixedText(counts.apart * 1000, 1) +
          " ms apart";

@@ -9,7 +9,7 @@
 namespace player {
 namespace {
 
-constexpr std::size_t kPicturesAhead = 8;
+constexpr std::size_t kMaxDecodedPictures = 8;
 
 }  // namespace
 
@@ -17,8 +17,8 @@ Playback::Playback(PlayCounts& counts, Settings settings)
     : counts_(counts),
       settings_(std::move(settings)),
       frames_(settings_.limits),
-      pictures_(kPicturesAhead),
-      sound_(clock_),
+      pictures_(kMaxDecodedPictures),
+      audio_(clock_),
       video_thread_([this] { DecodeVideo(); }) {
   try {
     audio_thread_ = std::thread([this] { DecodeAudio(); });
@@ -33,7 +33,7 @@ void Playback::Close() {
   closed_ = true;
   frames_.Close();
   pictures_.Close();
-  sound_.Close();
+  audio_.Close();
 }
 
 Playback::~Playback() {
@@ -44,14 +44,14 @@ Playback::~Playback() {
 
 void Playback::Tick(double now) {
   if (!clock_.HasStarted()) TryToStart(now);
-  clock_.SetStarved(pictures_.IsEmpty() && sound_.IsEmpty(), now);
+  clock_.SetStarved(pictures_.IsEmpty() && audio_.IsEmpty(), now);
 }
 
 void Playback::TryToStart(double now) {
   StartFacts facts;
   facts.first_picture = pictures_.Peek(0, [](const Picture& picture) { return picture.seconds; });
-  facts.first_sound = sound_.NextSeconds();
-  if (!facts.first_picture && !facts.first_sound) return;
+  facts.first_audio = audio_.NextSeconds();
+  if (!facts.first_picture && !facts.first_audio) return;
   if (!first_ready_) first_ready_ = now;
   facts.waited = now - *first_ready_;
   facts.full = frames_.IsFull(Kind::kVideo) || frames_.IsFull(Kind::kAudio) || frames_.HasEnded();
@@ -59,7 +59,7 @@ void Playback::TryToStart(double now) {
 }
 
 bool Playback::IsPlayedOut() const {
-  return frames_.IsIdle() && !video_held_.load() && pictures_.IsEmpty() && sound_.IsEmpty();
+  return frames_.IsIdle() && !video_pending_.load() && pictures_.IsEmpty() && audio_.IsEmpty();
 }
 
 // An exception in one step, such as std::bad_alloc, must not end the program.
@@ -73,20 +73,20 @@ void Playback::Guarded(const std::function<void()>& step) {
 
 void Playback::DecodeVideo() {
   while (!closed_.load()) {
-    if (const auto frame = frames_.Pop(Kind::kVideo, video_held_.load())) {
-      video_held_ = true;
+    if (const auto frame = frames_.Pop(Kind::kVideo, video_pending_.load())) {
+      video_pending_ = true;
       Guarded([&] { DecodeVideoUnits(gatherer_.Add(*frame)); });
-    } else if (video_held_.load() && frames_.HasEnded()) {
+    } else if (video_pending_.load() && frames_.HasEnded()) {
       Guarded([this] { FinishVideo(); });
-      gatherer_.AwaitEntry();
-      video_held_ = false;
+      gatherer_.SkipToEntryPoint();
+      video_pending_ = false;
     }
   }
 }
 
 void Playback::DecodeVideoUnits(const std::vector<MediaUnit>& units) {
-  const std::uint64_t left_out = gatherer_.left_out();
-  counts_.left_out += left_out - std::exchange(left_out_, left_out);
+  const std::uint64_t skipped_units = gatherer_.skipped_units();
+  counts_.skipped_units += skipped_units - std::exchange(skipped_units_, skipped_units);
   for (const MediaUnit& unit : units) {
     if (!decoder_) {
       decoder_.emplace(*gatherer_.codec(), settings_.pictures_shown_later(), counts_,
@@ -108,7 +108,7 @@ void Playback::DecodeAudio() {
     if (!frame || IsLeftover(*frame)) continue;
     Guarded([&] {
       if (!decoder) {
-        decoder.emplace(counts_, [this](AudioPiece piece) { sound_.Push(std::move(piece)); });
+        decoder.emplace(counts_, [this](AudioChunk chunk) { audio_.Push(std::move(chunk)); });
       }
       decoder->Decode(*frame);
     });
@@ -118,7 +118,7 @@ void Playback::DecodeAudio() {
 // After a stop, the demultiplexer may still hold an unfinished frame. It is delivered first after
 // the next start, and has no time.
 bool Playback::IsLeftover(const MediaUnit& frame) {
-  const bool is_first = !std::exchange(audio_began_, true);
+  const bool is_first = !std::exchange(audio_started_, true);
   return is_first && settings_.may_begin_with_leftover && frame.pts == 0;
 }
 

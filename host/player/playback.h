@@ -11,11 +11,11 @@
 #include <vector>
 
 #include "access_units.h"
+#include "audio_buffer.h"
 #include "bounded_queue.h"
 #include "frame_queue.h"
 #include "play_clock.h"
 #include "play_counts.h"
-#include "sound_buffer.h"
 #include "video_decoder.h"
 
 namespace player {
@@ -43,7 +43,7 @@ class Playback {
   FrameQueue& frames() { return frames_; }
   BoundedQueue<Picture>& pictures() { return pictures_; }
   const BoundedQueue<Picture>& pictures() const { return pictures_; }
-  SoundBuffer& sound() { return sound_; }
+  AudioBuffer& audio() { return audio_; }
   PlayClock& clock() { return clock_; }
   const PlayClock& clock() const { return clock_; }
 
@@ -70,16 +70,16 @@ class Playback {
   FrameQueue frames_;
   BoundedQueue<Picture> pictures_;
   PlayClock clock_;
-  SoundBuffer sound_;
+  AudioBuffer audio_;
   std::optional<double> first_ready_;  // when the first picture or audio was available
   std::atomic<bool> closed_{false};
-  std::atomic<bool> video_held_{false};  // whether the gatherer or decoder holds back pictures
+  std::atomic<bool> video_pending_{false};  // whether the gatherer or decoder holds back pictures
   // Used by the video thread only.
   AccessUnitGatherer gatherer_;
   std::optional<VideoDecoder> decoder_;
-  std::uint64_t left_out_ = 0;  // units skipped by the gatherer that are already in counts_
+  std::uint64_t skipped_units_ = 0;  // units skipped by the gatherer that are already in counts_
   // Used by the audio thread only.
-  bool audio_began_ = false;
+  bool audio_started_ = false;
   // Declared last, since the threads use the members above.
   std::thread video_thread_;
   std::thread audio_thread_;

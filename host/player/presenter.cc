@@ -6,8 +6,8 @@
 namespace player {
 namespace {
 
-std::optional<double> TimeOf(const Playback& playback, std::size_t place) {
-  return playback.pictures().Peek(place, [](const Picture& picture) { return picture.seconds; });
+std::optional<double> PictureTimeAt(const Playback& playback, std::size_t index) {
+  return playback.pictures().Peek(index, [](const Picture& picture) { return picture.seconds; });
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ double Presenter::ShowDue(Playback& playback, double longest) {
     const auto picture = playback.pictures().Pop();
     if (!picture) break;
     if (verdict.action == PictureVerdict::Action::kSkip) {
-      ++counts_.passed_over;
+      ++counts_.late_pictures;
       continue;
     }
     if (Show(*picture) && verdict.follows_clock) {
@@ -46,11 +46,11 @@ double Presenter::ShowDue(Playback& playback, double longest) {
 
 std::optional<Presenter::Next> Presenter::NextOf(const Playback& playback) const {
   const double now = Now();
-  const auto time = TimeOf(playback, 0);
+  const auto time = PictureTimeAt(playback, 0);
   const auto due = playback.clock().TimeAt(now);
   if (!time || !due) return std::nullopt;
   const bool is_heard = playback.clock().HeardAt(now).has_value();
-  return Next{{*time, TimeOf(playback, 1), due->seconds, is_heard, now}, due->segment};
+  return Next{{*time, PictureTimeAt(playback, 1), due->seconds, is_heard, now}, due->segment};
 }
 
 bool Presenter::Show(const Picture& picture) {
@@ -62,10 +62,10 @@ bool Presenter::Show(const Picture& picture) {
 // Compares the picture, now visible, with the audio heard at this moment. If the times have jumped
 // since the picture was chosen, there is nothing to compare.
 void Presenter::Compare(double picture, const PlayClock& clock, std::uint64_t segment) {
-  const auto sound = clock.SoundAt(Now());
-  if (!sound || sound->segment != segment) return;
-  counts_.Compare(picture, sound->seconds);
-  if (on_comparison_) on_comparison_(picture, sound->seconds);
+  const auto audio = clock.AudioAt(Now());
+  if (!audio || audio->segment != segment) return;
+  counts_.Compare(picture, audio->seconds);
+  if (on_comparison_) on_comparison_(picture, audio->seconds);
 }
 
 }  // namespace player

@@ -19,7 +19,7 @@ class Presenter {
  public:
   // Receives the stream times of a picture that was shown and of the audio heard when it became
   // visible.
-  using OnComparison = std::function<void(double picture, double sound)>;
+  using OnComparison = std::function<void(double picture, double audio)>;
 
   // All references are borrowed. `on_comparison` may be empty.
   Presenter(Window& window, const host::Clock& clock, PlayCounts& counts,

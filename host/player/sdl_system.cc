@@ -52,7 +52,7 @@ SdlSystem::SdlSystem() {
   display_error_ = StartDisplay();
   if (!display_error_.empty()) return;
   KeepAlsaQuiet();
-  if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) sound_error_ = SDL_GetError();
+  if (SDL_InitSubSystem(SDL_INIT_AUDIO) != 0) audio_error_ = SDL_GetError();
 }
 
 SdlSystem::~SdlSystem() { SDL_Quit(); }

@@ -15,11 +15,11 @@ class SdlSystem {
 
   // Why there is no display or no audio; empty if there is.
   const std::string& display_error() const { return display_error_; }
-  const std::string& sound_error() const { return sound_error_; }
+  const std::string& audio_error() const { return audio_error_; }
 
  private:
   std::string display_error_;
-  std::string sound_error_;
+  std::string audio_error_;
 };
 
 }  // namespace player

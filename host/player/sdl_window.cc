@@ -98,9 +98,9 @@ void SdlWindow::FitToPicture(int width, int height) {
   SDL_RenderSetLogicalSize(renderer_.get(), width, height);
   if (has_picture_size_) return;
   has_picture_size_ = true;
-  SDL_Rect room{};
-  if (SDL_GetDisplayUsableBounds(SDL_GetWindowDisplayIndex(window_.get()), &room) != 0) return;
-  const double fits = std::min({1.0, room.w * 0.9 / width, room.h * 0.9 / height});
+  SDL_Rect usable{};
+  if (SDL_GetDisplayUsableBounds(SDL_GetWindowDisplayIndex(window_.get()), &usable) != 0) return;
+  const double fits = std::min({1.0, usable.w * 0.9 / width, usable.h * 0.9 / height});
   SDL_SetWindowSize(window_.get(), std::max(static_cast<int>(width * fits), 1),
                     std::max(static_cast<int>(height * fits), 1));
   SDL_SetWindowPosition(window_.get(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED);

@@ -9,7 +9,7 @@ namespace player {
 
 struct StartFacts {
   std::optional<double> first_picture;  // stream time in seconds; nullopt if there is none
-  std::optional<double> first_sound;
+  std::optional<double> first_audio;
   double waited = 0;  // seconds since the first of them was available
   bool full = false;  // whether no more frames can be received before some are played
 };

@@ -12,9 +12,9 @@ std::unique_ptr<SyncLog> SyncLog::Open(const std::filesystem::path& file, std::s
   return nullptr;
 }
 
-void SyncLog::Add(double picture, double sound) {
+void SyncLog::Add(double picture, double audio) {
   constexpr int kMicroseconds = 6;
-  file_ << host::FixedText(picture, kMicroseconds) << ',' << host::FixedText(sound, kMicroseconds)
+  file_ << host::FixedText(picture, kMicroseconds) << ',' << host::FixedText(audio, kMicroseconds)
         << '\n';
 }
 

@@ -16,7 +16,7 @@ class SyncLog {
   static std::unique_ptr<SyncLog> Open(const std::filesystem::path& file, std::string& error);
 
   // Stream times in seconds.
-  void Add(double picture, double sound);
+  void Add(double picture, double audio);
   // Returns false if any write has failed.
   bool Close();
 

@@ -15,11 +15,11 @@ bool IsKey(const AVFrame& frame) {
 
 }  // namespace
 
-VideoDecoder::VideoDecoder(VideoCodec codec, bool shown_later, PlayCounts& counts, Taker take)
+VideoDecoder::VideoDecoder(VideoCodec codec, bool shown_later, PlayCounts& counts, Sink sink)
     : context_(MakeDecoder(codec == VideoCodec::kH264 ? AV_CODEC_ID_H264 : AV_CODEC_ID_HEVC)),
       times_(shown_later),
       counts_(counts),
-      take_(std::move(take)) {}
+      sink_(std::move(sink)) {}
 
 void VideoDecoder::Decode(const MediaUnit& unit) {
   ++counts_.access_units;
@@ -37,10 +37,10 @@ void VideoDecoder::Drain() {
 // Receives all pictures each time, so that the decoder always accepts the next packet.
 void VideoDecoder::Send(const AVPacket* packet) {
   if (avcodec_send_packet(context_.get(), packet) < 0) ++counts_.errors;
-  TakePictures();
+  ReceivePictures();
 }
 
-void VideoDecoder::TakePictures() {
+void VideoDecoder::ReceivePictures() {
   for (;;) {
     AvFrame frame = MakeFrame();
     const int result = avcodec_receive_frame(context_.get(), frame.get());
@@ -53,7 +53,7 @@ void VideoDecoder::TakePictures() {
     if (frame->decode_error_flags != 0) ++counts_.errors;
     const auto pts = static_cast<std::uint64_t>(frame->pts);
     const std::uint64_t time = times_.TimeOf(pts, IsKey(*frame), context_->has_b_frames);
-    take_({std::move(frame), SecondsOf(time)});
+    sink_({std::move(frame), SecondsOf(time)});
   }
 }
 

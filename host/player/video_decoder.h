@@ -19,10 +19,10 @@ struct Picture {
 
 class VideoDecoder {
  public:
-  using Taker = std::function<void(Picture)>;
+  using Sink = std::function<void(Picture)>;
 
   // `shown_later` is for PictureTimes. `counts` is borrowed.
-  VideoDecoder(VideoCodec codec, bool shown_later, PlayCounts& counts, Taker take);
+  VideoDecoder(VideoCodec codec, bool shown_later, PlayCounts& counts, Sink sink);
 
   void Decode(const MediaUnit& unit);
 
@@ -32,12 +32,12 @@ class VideoDecoder {
 
  private:
   void Send(const AVPacket* packet);
-  void TakePictures();
+  void ReceivePictures();
 
   AvCodec context_;
   PictureTimes times_;
   PlayCounts& counts_;
-  const Taker take_;
+  const Sink sink_;
 };
 
 }  // namespace player

@@ -47,12 +47,12 @@ bool IsPlausible(const MediaFrame& frame) {
 
 }  // namespace
 
-std::uint64_t DecodeTimes::Of(const MediaFrame& frame) {
+std::uint64_t DecodeTimes::DecodeTimeOf(const MediaFrame& frame) {
   if (frame.dts == frame.pts) return frame.pts;
   if (!IsPlausible(frame) || IsReadFromPayload(frame)) return frame.pts;
-  if (DtsCounts() && last_) {
-    const bool stands_still = frame.pts > last_->pts && frame.dts <= last_->dts;
-    stands_still_ = stands_still ? stands_still_ + 1 : 0;
+  if (HasValidDts() && last_) {
+    const bool is_stuck = frame.pts > last_->pts && frame.dts <= last_->dts;
+    frames_without_progress_ = is_stuck ? frames_without_progress_ + 1 : 0;
   }
   last_ = Times{frame.pts, frame.dts};
   return frame.dts;

@@ -19,14 +19,14 @@ namespace report {
 class DecodeTimes {
  public:
   // The decode time of the next frame, 90 kHz, if the `dts` of this stream is valid.
-  std::uint64_t Of(const MediaFrame& frame);
+  std::uint64_t DecodeTimeOf(const MediaFrame& frame);
 
   // False once the stream turns out to have no valid `dts`. Then the decode time of every frame,
   // including earlier ones, is its `pts`.
-  bool DtsCounts() const { return stands_still_ < kMostStandingStill; }
+  bool HasValidDts() const { return frames_without_progress_ < kMaxFramesWithoutProgress; }
 
  private:
-  static constexpr int kMostStandingStill = 3;  // frames in a row
+  static constexpr int kMaxFramesWithoutProgress = 3;  // frames in a row
 
   struct Times {
     std::uint64_t pts;
@@ -34,7 +34,7 @@ class DecodeTimes {
   };
 
   std::optional<Times> last_;  // of the last frame with a valid `dts`
-  int stands_still_ = 0;
+  int frames_without_progress_ = 0;
 };
 
 }  // namespace report

@@ -106,9 +106,9 @@ void AddLateness(const StepWatch& steps, const std::string& kind, Findings& find
 // Unless the host paces them, frames arrive as fast as they are parsed, and one kind may be faster
 // than the other. A viewer notices the distance only while the player is waiting for the slower
 // kind.
-void AddDistanceOnTheWay(const ReportRecord& record, Findings& findings) {
+void AddDistanceDuringRun(const ReportRecord& record, Findings& findings) {
   const std::optional<Range>& range =
-      record.host_paces ? record.distance.range : record.awaited_distance;
+      record.host_paces ? record.distance.range : record.distance_while_waiting;
   if (!range) return;
   const double widest = std::abs(range->low) > range->high ? range->low : range->high;
   if (std::abs(widest) <= kMostDistance) return;
@@ -135,7 +135,7 @@ void AddDistances(const ReportRecord& record, Findings& findings) {
                             Seconds(std::abs(end)) + " after the end of " +
                             (end > 0 ? "video." : "audio.")});
   }
-  AddDistanceOnTheWay(record, findings);
+  AddDistanceDuringRun(record, findings);
 }
 
 void AddFailureLines(const ReportRecord& record, Findings& findings) {

@@ -23,7 +23,7 @@ std::optional<Range> RangeOf(const std::optional<double>& step) {
 void FrameWatch::Add(double ms, const MediaFrame& frame) {
   const std::uint64_t size = SizeOf(frame);
   FramePoint point{ms, frame.pts, 1, size, size, std::nullopt, std::nullopt};
-  point.dts_steps = RangeOf(by_dts_.Add(ms, frame, decode_times_.Of(frame)));
+  point.dts_steps = RangeOf(by_dts_.Add(ms, frame, decode_times_.DecodeTimeOf(frame)));
   point.pts_steps = RangeOf(by_pts_.Add(ms, frame, frame.pts));
   if (frames == 0) {
     AddFirst(ms, frame);

@@ -22,8 +22,8 @@ class FrameWatch {
  public:
   void Add(double ms, const MediaFrame& frame);
 
-  bool DtsCounts() const { return decode_times_.DtsCounts(); }
-  const StepWatch& Steps() const { return DtsCounts() ? by_dts_ : by_pts_; }
+  bool HasValidDts() const { return decode_times_.HasValidDts(); }
+  const StepWatch& Steps() const { return HasValidDts() ? by_dts_ : by_pts_; }
 
   std::uint64_t frames = 0;
   std::uint64_t bytes = 0;

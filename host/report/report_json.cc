@@ -34,11 +34,11 @@ Json Column(const Points& points, const Value& value) {
   return column;
 }
 
-Json FramePointsJson(const BoundedSeries<FramePoint>& series, bool dts_counts) {
+Json FramePointsJson(const BoundedSeries<FramePoint>& series, bool has_valid_dts) {
   const auto& points = series.Points();
   using P = FramePoint;
-  const auto step = [dts_counts](const P& point, double Range::*end) {
-    const std::optional<Range>& steps = dts_counts ? point.dts_steps : point.pts_steps;
+  const auto step = [has_valid_dts](const P& point, double Range::*end) {
+    const std::optional<Range>& steps = has_valid_dts ? point.dts_steps : point.pts_steps;
     return steps ? Json(Rounded(*steps.*end)) : Json(nullptr);
   };
   return {{"per_point", series.PerPoint()},
@@ -115,7 +115,7 @@ Json FramesJson(const FrameWatch& watch) {
           {"span", Rounded(SecondsBetween(watch.least_pts, watch.most_pts))},
           {"latest", Rounded(steps.latest_seconds)},
           {"late_frames", steps.late_frames},
-          {"points", FramePointsJson(watch.points, watch.DtsCounts())}};
+          {"points", FramePointsJson(watch.points, watch.HasValidDts())}};
 }
 
 Json FindingsJson(const ReportRecord& record) {

@@ -23,10 +23,10 @@ void ReportRecord::AddDistance(double ms) {
   distance.Add(ms, ahead);
   if (LateSeconds(ahead > 0 ? audio : video, ms) < kLateSeconds) return;
   const Range alone{ahead, ahead};
-  if (awaited_distance) {
-    awaited_distance->Join(alone);
+  if (distance_while_waiting) {
+    distance_while_waiting->Join(alone);
   } else {
-    awaited_distance = alone;
+    distance_while_waiting = alone;
   }
 }
 

@@ -19,7 +19,7 @@ struct ReportRecord {
   // started.
   NumberWatch distance;
   // The extremes of `distance` while a player would have been waiting for the slower kind.
-  std::optional<Range> awaited_distance;
+  std::optional<Range> distance_while_waiting;
   NumberWatch duration;
   // MP4 reports the times of samples in decode order, which go back and forth.
   NumberWatch buffered_time{kReorderSeconds};

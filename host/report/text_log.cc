@@ -41,10 +41,10 @@ std::vector<TimedText> TextLog::Kept() const {
 }
 
 std::vector<FailureLines> TextLog::Failures() const {
-  std::vector<FailureLines> came;
-  std::copy_if(failures_.begin(), failures_.end(), std::back_inserter(came),
+  std::vector<FailureLines> received;
+  std::copy_if(failures_.begin(), failures_.end(), std::back_inserter(received),
                [](const FailureLines& lines) { return lines.count > 0; });
-  return came;
+  return received;
 }
 
 void TextLog::CountFailure(double ms, std::string_view line) {

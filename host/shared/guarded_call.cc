@@ -10,7 +10,7 @@ namespace {
 std::atomic<bool> g_reported{false};
 
 // Builds no string: the exception may be std::bad_alloc.
-void Tell(const char* why) noexcept {
+void PrintFailure(const char* why) noexcept {
   if (g_reported.exchange(true)) return;
   std::fprintf(stderr, "a call of the library could not be taken: %s\n", why);
 }
@@ -21,9 +21,9 @@ void ReportFailureOnce() noexcept {
   try {
     throw;
   } catch (const std::exception& failure) {
-    Tell(failure.what());
+    PrintFailure(failure.what());
   } catch (...) {
-    Tell("no reason given");
+    PrintFailure("no reason given");
   }
 }
 

@@ -11,8 +11,8 @@ std::atomic<bool> g_interrupted{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may not take a lock");
 
 // Some systems reset the handler before calling it, so it is installed again for the next signal.
-extern "C" void NoteInterrupt(int signal) {
-  std::signal(signal, NoteInterrupt);
+extern "C" void OnInterrupt(int signal) {
+  std::signal(signal, OnInterrupt);
   g_interrupted = true;
 }
 
@@ -20,8 +20,8 @@ extern "C" void NoteInterrupt(int signal) {
 
 void InstallInterruptHandlers() {
   g_interrupted = false;
-  std::signal(SIGINT, NoteInterrupt);
-  std::signal(SIGTERM, NoteInterrupt);
+  std::signal(SIGINT, OnInterrupt);
+  std::signal(SIGTERM, OnInterrupt);
 }
 
 bool Interrupted() { return g_interrupted.load(); }

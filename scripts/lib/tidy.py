@@ -29,13 +29,18 @@ CONFIG = ".clang-tidy"
 
 # Compiled for Windows only, with compiler options that clang-tidy does not accept.
 OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|msvc|paths)/")
-# Not compiled by any of the presets in use, but with the options of the source named here: the report without
-# its page, sources of the Windows library only, and the host that uses the installed library.
+# Not compiled by any of the presets in use, but with the options of the source named here: the report
+# without its page, sources of the Windows library only, the host that uses the installed library, and
+# sources that tests compile.
 NEIGHBOUR = {
     "msvc/auto_class_init.cc": "public/stream_downloader.cc",
     "msvc/player_lines_msvc.cc": "public/stream_downloader.cc",
     "host/shared/report_none.cc": "host/shared/text.cc",
     "tests/package/consumer/host.cc": "host/console/main.cc",
+    "tests/structure/lock_checks/call_without_mutex.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/correct_use.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/read_without_mutex.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/wrong_order.cc": "common/thread_pool.cc",
 }
 
 # Checks replaced by unused_names, because in a batch another source may use the name.

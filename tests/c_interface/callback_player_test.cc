@@ -21,43 +21,43 @@ struct Called {
   bool was_inside = false;
 };
 
-void Note(void* user, const char* name) {
+void RecordCall(void* user, const char* name) {
   auto& called = *static_cast<Called*>(user);
   called = Called();
   called.name = name;
   called.was_inside = CallbackScope::IsInside();
 }
 
-sd_callbacks NotingCallbacks(Called& called) {
+sd_callbacks RecordingCallbacks(Called& called) {
   sd_callbacks callbacks;
   callbacks.size = sizeof(callbacks);
   callbacks.user = &called;
   callbacks.on_duration = [](void* user, float seconds) {
-    Note(user, "duration");
+    RecordCall(user, "duration");
     static_cast<Called*>(user)->seconds = seconds;
   };
   callbacks.on_buffered_time = [](void* user, float seconds) {
-    Note(user, "buffered time");
+    RecordCall(user, "buffered time");
     static_cast<Called*>(user)->seconds = seconds;
   };
   callbacks.on_audio_clock = [](void* user, float seconds) {
-    Note(user, "audio clock");
+    RecordCall(user, "audio clock");
     static_cast<Called*>(user)->seconds = seconds;
   };
   callbacks.on_audio_frame = [](void* user, const sd_frame* frame) {
-    Note(user, "audio frame");
+    RecordCall(user, "audio frame");
     static_cast<Called*>(user)->frame = *frame;
   };
   callbacks.on_video_frame = [](void* user, const sd_frame* frame) {
-    Note(user, "video frame");
+    RecordCall(user, "video frame");
     static_cast<Called*>(user)->frame = *frame;
   };
   callbacks.on_message = [](void* user, const char* line, std::size_t length) {
-    Note(user, "message");
+    RecordCall(user, "message");
     static_cast<Called*>(user)->text = std::string(line, length + 1);  // with its terminating zero
   };
   callbacks.on_play_result = [](void* user, const char* line, std::size_t length) {
-    Note(user, "play result");
+    RecordCall(user, "play result");
     static_cast<Called*>(user)->text = std::string(line, length + 1);
   };
   return callbacks;
@@ -90,7 +90,7 @@ class CInterfaceCallbackPlayerTest : public testing::Test {
   }
 
   Called called_;
-  CallbackPlayer player_{NotingCallbacks(called_)};
+  CallbackPlayer player_{RecordingCallbacks(called_)};
 };
 
 TEST_F(CInterfaceCallbackPlayerTest, EachPlayerCallReachesItsCallback) {

@@ -59,9 +59,9 @@ using Kind = ActionInCallbackPlayer::Kind;
 void ExpectAllRefused(sd_downloader* downloader) {
   RecordingPlayer player;
   const sd_callbacks callbacks = CallbacksTo(player);
-  sd_downloader* made = downloader;
-  ASSERT_EQ(sd_create(&callbacks, &made), SD_ERROR_IN_CALLBACK);
-  EXPECT_EQ(made, nullptr);
+  sd_downloader* created = downloader;
+  ASSERT_EQ(sd_create(&callbacks, &created), SD_ERROR_IN_CALLBACK);
+  EXPECT_EQ(created, nullptr);
   ASSERT_EQ(sd_set_start_position(downloader, 1), SD_ERROR_IN_CALLBACK);
   ASSERT_EQ(sd_begin_download(downloader, "rtmp", 4), SD_ERROR_IN_CALLBACK);
   ASSERT_EQ(sd_end_download(downloader), SD_ERROR_IN_CALLBACK);

@@ -24,17 +24,17 @@ class CaseResults(unittest.TextTestResult):
         super().__init__(*arguments, **settings)
         self.cases = []
         self._running = None
-        self._began = 0.0
+        self._started = 0.0
 
     def startTest(self, test):
         super().startTest(test)
         suite, _, name = test.id().rpartition(".")
         self._running = Case(suite, name)
-        self._began = time.monotonic()
+        self._started = time.monotonic()
         self.cases.append(self._running)
 
     def stopTest(self, test):
-        self._running.seconds = time.monotonic() - self._began
+        self._running.seconds = time.monotonic() - self._started
         self._running = None
         super().stopTest(test)
 

@@ -47,9 +47,9 @@ class FlvFileTest(FlvCase):
         server = self.serve()
         address = server.url("sample.flv")
         run = self.play_flv(address, sample, "--start", "3725.5")
-        told = [line.partition(" Q:")[0] for line in run.messages()]
-        self.assertIn("PLAY FLV StartPostion:01:02:05.500", told)
-        self.assertIn(f"PLAY FLV RE:{address}", told)
+        messages = [line.partition(" Q:")[0] for line in run.messages()]
+        self.assertIn("PLAY FLV StartPostion:01:02:05.500", messages)
+        self.assertIn(f"PLAY FLV RE:{address}", messages)
 
     def test_same_address_again_plays_from_its_beginning(self):
         sample = self.make_flv(seconds=2)

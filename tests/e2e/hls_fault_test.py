@@ -75,8 +75,8 @@ class NoSegmentTest(HlsCase):
         page.write_bytes(_PAGE)
         address = self.serve().url(sample.playlist.name)
         run = self.play_segments(address, others)
-        told = [line for line in run.messages() if line.startswith("PLAY M3U8 DATAERR ")]
-        self.assertEqual(told, [f"PLAY M3U8 DATAERR 0:{address}"])
+        messages = [line for line in run.messages() if line.startswith("PLAY M3U8 DATAERR ")]
+        self.assertEqual(messages, [f"PLAY M3U8 DATAERR 0:{address}"])
         self.assertEqual(self.kept.read_bytes(), _PAGE)
 
     def test_good_segments_are_not_kept(self):
@@ -110,31 +110,31 @@ class CutOffTest(HlsCase):
     def play_truncated(self, extra_bytes):
         """Cuts off the second segment, `extra_bytes` bytes after a packet boundary."""
         sample = self.make_hls(4)
-        first, cut, behind_cut, last = sample.segments
+        first, cut, after_cut, last = sample.segments
         body = cut.read_bytes()
         whole = len(body) // 2 // _PACKET * _PACKET
-        came = self.directory / "came.ts"
-        came.write_bytes(body[:whole] + behind_cut.read_bytes())
+        received = self.directory / "received.ts"
+        received.write_bytes(body[:whole] + after_cut.read_bytes())
         with cut_off_server(body, whole + extra_bytes) as port:
             server = self.serve(
                 f"location = /{cut.name} {{ return 302 http://127.0.0.1:{port}/; }}")
-            run = self.play_segments(server.url(sample.playlist.name), [first, came, last])
+            run = self.play_segments(server.url(sample.playlist.name), [first, received, last])
         self.assertEqual(len(server.requests(5)), 5)
         return run
 
 
 class LargeSegmentTest(HlsCase):
-    _GIVEN_UP = f"A segment of more than {_LARGEST_SEGMENT} bytes is given up."
+    _DISCARDED_LINE = f"A segment of more than {_LARGEST_SEGMENT} bytes is given up."
 
     def test_largest_size_plays(self):
         sample = self.make_hls(3)
         _fill_up(sample.segments[1], _LARGEST_SEGMENT)
         run = self.play_segments(self.serve().url(sample.playlist.name), sample.segments)
-        self.assertNotIn(self._GIVEN_UP, run.output)
+        self.assertNotIn(self._DISCARDED_LINE, run.output)
 
     def test_one_byte_more_is_dropped_and_the_next_segment_plays(self):
         sample = self.make_hls(3)
         first, large, last = sample.segments
         _fill_up(large, _LARGEST_SEGMENT + 1)
         run = self.play_segments(self.serve().url(sample.playlist.name), [first, last])
-        self.assertEqual(run.output.count(self._GIVEN_UP), 1)
+        self.assertEqual(run.output.count(self._DISCARDED_LINE), 1)

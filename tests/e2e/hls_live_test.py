@@ -15,10 +15,10 @@ class LiveTest(HlsCase):
     def requested_segments(self, server, encoder):
         """The requested segments in the order of the requests, each of which must have been answered."""
         requests = [request.split()[:2] for request in server.requests(1)]
-        asked = [path.removeprefix("/") for path, _ in requests if path.endswith(".ts")]
+        requested = [path.removeprefix("/") for path, _ in requests if path.endswith(".ts")]
         self.assertEqual({status for path, status in requests if path.endswith(".ts")}, {"200"})
         copies = {segment.name: segment for segment in encoder.segments()}
-        return [copies[name] for name in asked]
+        return [copies[name] for name in requested]
 
     def assert_one_after_the_other(self, segments, encoder):
         everything = encoder.segments()

@@ -44,21 +44,21 @@ class MasterTest(HlsCase):
         queued = [line.partition("[QUEUEED]: ")[2] for line in run.output.splitlines()
                   if "[QUEUEED]: " in line]
         self.assertEqual(queued, [server.url(segment.name) for segment in self.low])
-        self.assert_asks_in_order(server)
+        self.assert_requests_in_order(server)
 
-    def assert_asks_in_order(self, server):
+    def assert_requests_in_order(self, server):
         """Expects requests for the variants from the lowest bandwidth on, and for each segment once."""
-        asked = [request.split()[0] for request in server.requests(3 + _SECONDS)]
-        self.assertEqual(asked[:3], ["/master.m3u8", "/low.m3u8", "/high.m3u8"])
-        segments = [path for path in asked if path.endswith(".ts")]
+        requested = [request.split()[0] for request in server.requests(3 + _SECONDS)]
+        self.assertEqual(requested[:3], ["/master.m3u8", "/low.m3u8", "/high.m3u8"])
+        segments = [path for path in requested if path.endswith(".ts")]
         self.assertEqual(segments, [f"/{segment.name}" for segment in self.low])
 
     def test_playlists_of_variants_are_fetched_again_and_their_segments_are_not(self):
         server = self.serve()
-        asked = server.requests_so_far
-        self.play(server.url("master.m3u8"), until=lambda _: len(_of(asked(), "/low.m3u8")) > 2)
+        requests_so_far = server.requests_so_far
+        self.play(server.url("master.m3u8"), until=lambda _: len(_of(requests_so_far(), "/low.m3u8")) > 2)
         for segment in self.low:
-            self.assertEqual(len(_of(asked(), f"/{segment.name}")), 1)
+            self.assertEqual(len(_of(requests_so_far(), f"/{segment.name}")), 1)
 
     def test_addresses_of_a_variant_are_resolved_against_the_master_playlist(self):
         folder = self.www / "folder"

@@ -21,9 +21,9 @@ class _OnDemandMixin:
         self.assertEqual(run.messages()[:3], lines)
         self.assertEqual(run.values("result"), [f"PLAY:M3U8 OK:{address}"])
         self.assertIn(f"QUEUEED3:{count}", run.output)
-        self.assert_told_of_time(run, count, segment_seconds)
+        self.assert_times_are_reported(run, count, segment_seconds)
 
-    def assert_told_of_time(self, run, count, segment_seconds):
+    def assert_times_are_reported(self, run, count, segment_seconds):
         self.assertAlmostEqual(run.summary["duration"], count * segment_seconds, delta=0.1)
         ends = [float(value) for value in run.values("buffered")]
         self.assertEqual(len(ends), count)

@@ -24,7 +24,7 @@ class _Run:
     """The frames of one kind in one run."""
 
     is_first: bool
-    follows_frames: bool  # whether an earlier run had frames
+    had_frames_before: bool  # whether an earlier run had frames
     frames: list
     payloads: list
 
@@ -102,7 +102,7 @@ class RepeatTest(HlsCase):
             self.assertEqual((kind, run.is_first), ("audio", False))
             self.assertTrue(any(whole.startswith(run.payloads[0]) for whole in expected.payloads))
         frames, payloads = run.frames[leftover:], run.payloads[leftover:]
-        if kind == "video" and not run.is_first and not run.follows_frames and frames:
+        if kind == "video" and not run.is_first and not run.had_frames_before and frames:
             # If nothing was left over, the first video frame of this run was skipped.
             if frames[0].pts == expected.packets[1].pts:
                 expected = expected.without_first()

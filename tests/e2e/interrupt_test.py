@@ -23,7 +23,7 @@ class InterruptTest(EndToEndCase):
 
     def assert_is_beginning(self, run, sample, kind):
         whole = reference.elementary_stream(sample, kind)
-        came = run.elementary_stream(kind)
-        self.assertEqual(len(came), run.summary[kind]["bytes"])
-        self.assertLess(len(came), len(whole))
-        self.assertTrue(whole.startswith(came), f"the {kind} stream differs from ffmpeg's")
+        received = run.elementary_stream(kind)
+        self.assertEqual(len(received), run.summary[kind]["bytes"])
+        self.assertLess(len(received), len(whole))
+        self.assertTrue(whole.startswith(received), f"the {kind} stream differs from ffmpeg's")

@@ -42,9 +42,9 @@ class MediaToolsTest(unittest.TestCase):
     def test_tests_that_run_at_the_same_time_get_the_whole_file(self):
         command = self.counted('echo begin > "$1"; sleep 0.1; echo end >> "$1"')
         with concurrent.futures.ThreadPoolExecutor(8) as pool:
-            made = list(pool.map(lambda number: media_tools.make_file(
+            outputs = list(pool.map(lambda number: media_tools.make_file(
                 command, self.directory / f"{number}.ts").read_text(), range(8)))
-        self.assertEqual(made, ["begin\nend\n"] * 8)
+        self.assertEqual(outputs, ["begin\nend\n"] * 8)
         self.assertEqual(self.times_run(), 1)
 
     def test_command_that_fails_leaves_nothing(self):

@@ -38,9 +38,9 @@ class Mp4RepeatTest(Mp4Case):
         received = int(second.removeprefix("range=bytes=").removesuffix("-"))
         self.assertGreater(received, 0)
         self.assertLess(received, sample.stat().st_size)
-        self.assert_each_came_once_and_in_order(run, sample)
+        self.assert_each_is_received_once_and_in_order(run, sample)
 
-    def assert_each_came_once_and_in_order(self, run, sample):
+    def assert_each_is_received_once_and_in_order(self, run, sample):
         for kind in ("video", "audio"):
             with self.subTest(kind):
                 times = list(dict.fromkeys(frame.dts for frame in run.frames_of(kind)))

@@ -17,7 +17,7 @@ class NameServerTest(EndToEndCase):
             self.skipTest("/etc/resolv.conf does not exist, so it cannot be mounted over")
         script = str(pathlib.Path(silent_name_server.__file__))
         prefix = [*namespaces.unshare(*_NAMESPACES), sys.executable, script, str(self.directory)]
-        asked = self.directory / "questions"  # exists only if this name server was asked
+        questions = self.directory / "questions"  # exists only if this name server was asked
         run = self.play("http://stream.example/sample.ts", prefix=prefix,
-                        until=lambda _: asked.exists())
+                        until=lambda _: questions.exists())
         self.assert_no_frame(run)

@@ -17,12 +17,12 @@ class StartPositionTest(EndToEndCase):
         run = self.play(address, "--start", str(start), idle_exit=1)
         self.assertEqual(run.exit_code, 0, run.output)
         self.assertEqual(run.payloads_that_differ_from_their_crc(), [])
-        self.assert_told_and_fetched_again(run, server, address)
+        self.assert_reported_and_fetched_again(run, server, address)
         for kind in ("video", "audio"):
             with self.subTest(kind):
                 self.assert_starts_at(run, sample, kind, start)
 
-    def assert_told_and_fetched_again(self, run, server, address):
+    def assert_reported_and_fetched_again(self, run, server, address):
         lines = [line.partition(" Q:")[0] for line in run.messages()]
         self.assertIn("PLAY TS StartPostion:00:00:03.000", lines)
         self.assertIn(f"PLAY TS RE:{address}", lines)

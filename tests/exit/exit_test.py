@@ -89,8 +89,8 @@ class ExitTest(HttpsMixin, EndToEndCase):
             self.skipTest("/etc/resolv.conf does not exist, so it cannot be mounted over")
         script = str(pathlib.Path(silent_name_server.__file__))
         prefix = [*namespaces.unshare(*_NAMESPACES), sys.executable, script, str(self.directory)]
-        asked = self.directory / "questions"
+        questions = self.directory / "questions"
         with programs.start("never", "stdin", "https://stream.example/a.ts", prefix) as program:
-            wait_until(asked.exists, "the name look-up")
+            wait_until(questions.exists, "the name look-up")
             program.stdin.close()
             self.assertEqual(program.wait(timeout=programs.LIMIT_SECONDS), 0)

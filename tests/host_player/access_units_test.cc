@@ -101,17 +101,17 @@ TEST(AccessUnitsTest, FramesBeforeTheFirstEntryPointAreDroppedAndCounted) {
   }
   EXPECT_TRUE(gatherer.Add(Frame({kSps, kPps, kKey}, 4)).empty());
   EXPECT_EQ(gatherer.Finish().size(), 1U);
-  EXPECT_EQ(gatherer.left_out(), 3U);
+  EXPECT_EQ(gatherer.skipped_units(), 3U);
 }
 
 TEST(AccessUnitsTest, AfterAnEndTheNextEntryPointIsAwaited) {
   AccessUnitGatherer gatherer;
   gatherer.Add(Frame({kSps, kPps, kKey}, 1));
   EXPECT_EQ(gatherer.Finish().size(), 1U);
-  gatherer.AwaitEntry();
+  gatherer.SkipToEntryPoint();
   gatherer.Add(Frame({kPicture}, 2));
   EXPECT_TRUE(gatherer.Finish().empty());
-  EXPECT_EQ(gatherer.left_out(), 1U);
+  EXPECT_EQ(gatherer.skipped_units(), 1U);
 }
 
 TEST(AccessUnitsTest, CodecIsRecognisedByParameterSets) {
@@ -138,15 +138,15 @@ TEST(AccessUnitsTest, StreamOfAnotherCodecIsNotKept) {
     EXPECT_TRUE(gatherer.Add({Stream({{0xB3, 0x28}}), time, time}).empty());
   }
   EXPECT_TRUE(gatherer.Finish().empty());
-  EXPECT_EQ(gatherer.left_out(), 100U);
+  EXPECT_EQ(gatherer.skipped_units(), 100U);
 }
 
 TEST(AccessUnitsTest, EndlessUnitIsTruncated) {
   AccessUnitGatherer gatherer;
   gatherer.Add(Frame({kSps, kPps, kKey}, 0));
-  constexpr std::size_t kPiece = std::size_t{1} << 20;
-  const MediaUnit more{std::vector<std::uint8_t>(kPiece, 7), 0, 0};
-  for (std::size_t given = 0; given <= AccessUnitGatherer::kMostBytes; given += kPiece) {
+  constexpr std::size_t kChunk = std::size_t{1} << 20;
+  const MediaUnit more{std::vector<std::uint8_t>(kChunk, 7), 0, 0};
+  for (std::size_t given = 0; given <= AccessUnitGatherer::kMostBytes; given += kChunk) {
     EXPECT_TRUE(gatherer.Add(more).empty());
   }
   const auto complete = gatherer.Finish();

@@ -78,8 +78,8 @@ class Display:
                                  timeout=_TOOL_LIMIT_SECONDS)
         return tuple(grabbed.stdout[:3])
 
-    def await_colour(self, name, **place):
-        wait_until(lambda: colour_name(self.colour(**place)) == name, f"the picture is {name}")
+    def wait_for_colour(self, name, **position):
+        wait_until(lambda: colour_name(self.colour(**position)) == name, f"the picture is {name}")
 
     def _tool(self, *arguments, check=True):
         environment = {**os.environ, "DISPLAY": self.name}

@@ -22,19 +22,19 @@ class Pusher {
  public:
   Pusher(FrameQueue& queue, Kind kind, MediaUnit unit)
       : thread_([this, &queue, kind, unit = std::move(unit)] {
-          taken_ = queue.Push(kind, unit);
-          over_ = true;
+          accepted_ = queue.Push(kind, unit);
+          finished_ = true;
         }) {}
   ~Pusher() { thread_.join(); }
   Pusher(const Pusher&) = delete;
   Pusher& operator=(const Pusher&) = delete;
 
-  bool over() const { return over_.load(); }
-  bool taken() const { return taken_.load(); }
+  bool finished() const { return finished_.load(); }
+  bool accepted() const { return accepted_.load(); }
 
  private:
-  std::atomic<bool> over_{false};
-  std::atomic<bool> taken_{false};
+  std::atomic<bool> finished_{false};
+  std::atomic<bool> accepted_{false};
   std::thread thread_;
 };
 
@@ -74,8 +74,8 @@ TEST_F(FrameQueueTest, FullLaneBlocksTheProducerUntilThereIsSpace) {
   FillBoth();
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
   EXPECT_FALSE(Pop(Kind::kVideo)->pts > 0);
-  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
-  EXPECT_TRUE(pusher.taken());
+  EXPECT_TRUE(WaitUntil([&] { return pusher.finished(); }));
+  EXPECT_TRUE(pusher.accepted());
   EXPECT_EQ(Pop(Kind::kVideo)->pts, 180'000U);
   EXPECT_EQ(Pop(Kind::kVideo)->pts, 189'000U);
 }
@@ -87,11 +87,11 @@ TEST_F(FrameQueueTest, NothingIsPushedWhileTheLaneIsFull) {
   for (int i = 0; i < 50; ++i) {
     ASSERT_TRUE(Pop(Kind::kAudio).has_value());
     ASSERT_TRUE(queue_.Push(Kind::kAudio, UnitAt(2)));
-    ASSERT_FALSE(pusher.over());
+    ASSERT_FALSE(pusher.finished());
   }
   queue_.Close();
-  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
-  EXPECT_FALSE(pusher.taken());
+  EXPECT_TRUE(WaitUntil([&] { return pusher.finished(); }));
+  EXPECT_FALSE(pusher.accepted());
 }
 
 TEST_F(FrameQueueTest, LaneIsFullByBytesToo) {
@@ -130,8 +130,8 @@ TEST_F(FrameQueueTest, BlockedProducerContinuesWhenTheOtherLaneBecomesEmpty) {
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(2.1));
   while (Pop(Kind::kAudio)) {
   }
-  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
-  EXPECT_TRUE(pusher.taken());
+  EXPECT_TRUE(WaitUntil([&] { return pusher.finished(); }));
+  EXPECT_TRUE(pusher.accepted());
 }
 
 TEST_F(FrameQueueTest, EmptyLaneDoesNotLiftTheHardLimit) {
@@ -140,9 +140,9 @@ TEST_F(FrameQueueTest, EmptyLaneDoesNotLiftTheHardLimit) {
   }
   ASSERT_TRUE(queue_.Push(Kind::kVideo, UnitAt(3, 300'000)));
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(4));
-  while (!pusher.over() && Pop(Kind::kVideo)) {
+  while (!pusher.finished() && Pop(Kind::kVideo)) {
   }
-  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
+  EXPECT_TRUE(WaitUntil([&] { return pusher.finished(); }));
 }
 
 TEST_F(FrameQueueTest, StreamOfOneKindIsLimitedToo) {
@@ -150,8 +150,8 @@ TEST_F(FrameQueueTest, StreamOfOneKindIsLimitedToo) {
   queue_.Push(Kind::kVideo, UnitAt(2));
   const Pusher pusher(queue_, Kind::kVideo, UnitAt(3));
   queue_.Close();
-  EXPECT_TRUE(WaitUntil([&] { return pusher.over(); }));
-  EXPECT_FALSE(pusher.taken());
+  EXPECT_TRUE(WaitUntil([&] { return pusher.finished(); }));
+  EXPECT_FALSE(pusher.accepted());
 }
 
 TEST_F(FrameQueueTest, CloseReleasesProducersOfBothKindsAndConsumers) {
@@ -159,30 +159,30 @@ TEST_F(FrameQueueTest, CloseReleasesProducersOfBothKindsAndConsumers) {
   const Pusher video(queue_, Kind::kVideo, UnitAt(3));
   const Pusher audio(queue_, Kind::kAudio, UnitAt(3));
   queue_.Close();
-  EXPECT_TRUE(WaitUntil([&] { return video.over() && audio.over(); }));
+  EXPECT_TRUE(WaitUntil([&] { return video.finished() && audio.finished(); }));
   EXPECT_FALSE(queue_.Pop(Kind::kVideo, false).has_value());
   EXPECT_FALSE(queue_.Push(Kind::kVideo, UnitAt(0)));
 }
 
 TEST_F(FrameQueueTest, EndReleasesAConsumerThatStopsAtTheEnd) {
-  std::atomic<bool> over{false};
-  std::thread taker([&] {
+  std::atomic<bool> finished{false};
+  std::thread consumer([&] {
     EXPECT_FALSE(queue_.Pop(Kind::kVideo, true).has_value());
-    over = true;
+    finished = true;
   });
   queue_.SetEnded(true);
-  EXPECT_TRUE(WaitUntil([&] { return over.load(); }));
+  EXPECT_TRUE(WaitUntil([&] { return finished.load(); }));
   queue_.Close();
-  taker.join();
+  consumer.join();
 }
 
 TEST_F(FrameQueueTest, UnitAfterTheEndIsStillPopped) {
   queue_.SetEnded(true);
   std::atomic<std::uint64_t> pts{0};
-  std::thread taker([&] { pts = queue_.Pop(Kind::kVideo, false)->pts; });
+  std::thread consumer([&] { pts = queue_.Pop(Kind::kVideo, false)->pts; });
   queue_.Push(Kind::kVideo, UnitAt(2));
   EXPECT_TRUE(WaitUntil([&] { return pts.load() == 180'000; }));
-  taker.join();
+  consumer.join();
 }
 
 TEST_F(FrameQueueTest, QueueIsIdleOnlyOnceTheLastUnitIsProcessed) {

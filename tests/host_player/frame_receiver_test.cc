@@ -45,8 +45,8 @@ TEST_F(FrameReceiverTest, FrameWithoutQueueOrBytesIsCountedOnly) {
 }
 
 TEST_F(FrameReceiverTest, WithoutMemoryNoCallThrowsAndEachIsAnError) {
-  host::ReportWithoutMemory witness;
-  FrameReceiver receiver(clock_, counts_, &witness);
+  host::ReportWithoutMemory observer;
+  FrameReceiver receiver(clock_, counts_, &observer);
   EXPECT_NO_THROW(host::MakeEveryCall(receiver, 1));
   EXPECT_EQ(counts_.errors, host::kEveryCall);
 }
@@ -56,9 +56,9 @@ TEST_F(FrameReceiverTest, NewestOfEachValueIsKept) {
   receiver_.OnDuration(4);
   receiver_.OnBufferedTime(2);
   receiver_.OnMessage("PLAY MP4:x");
-  EXPECT_EQ(receiver_.News().duration, 4);
-  EXPECT_EQ(receiver_.News().buffered, 2);
-  EXPECT_EQ(receiver_.News().status, "PLAY MP4:x");
+  EXPECT_EQ(receiver_.LatestStatus().duration, 4);
+  EXPECT_EQ(receiver_.LatestStatus().buffered, 2);
+  EXPECT_EQ(receiver_.LatestStatus().status, "PLAY MP4:x");
   EXPECT_FALSE(receiver_.IsFlv());
   receiver_.OnMessage("PLAY FLV:x");
   EXPECT_TRUE(receiver_.IsFlv());

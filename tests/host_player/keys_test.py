@@ -22,13 +22,13 @@ class SeekKeysTest(PlayerCase):
     def check(self, name):
         server = self.serve()
         run = self.start_player(server.url(name))
-        self.display.await_colour("red")
+        self.display.wait_for_colour("red")
         self.display.press("Right")
-        self.display.await_colour("green")
-        title = self.await_title(lambda title: title["state"] is None, "that it is playing")
+        self.display.wait_for_colour("green")
+        title = self.wait_for_title(lambda title: title["state"] is None, "that it is playing")
         self.assertGreaterEqual(seconds_of(title["position"]), 10)
         self.display.press("Left")
-        self.display.await_colour("red")
+        self.display.wait_for_colour("red")
         self.display.press("q")
         self.assert_ends(run)
         self.assertEqual(run.summary()["errors"], 0, run.summary())
@@ -44,40 +44,40 @@ class OtherKeysTest(PlayerCase):
 
     def test_space_pauses_and_resumes(self):
         self.start_player(self.address)
-        self.display.await_colour("red")
+        self.display.wait_for_colour("red")
         self.display.press("space")
-        held = seconds_of(self.await_state("paused")["position"])
+        paused_at = seconds_of(self.wait_for_state("paused")["position"])
         # During the pause more is received than a playing player would leave pending.
-        self.await_title(lambda title: seconds_of(title["buffered"]) >= held + 5, "full queues")
-        self.assertEqual(seconds_of(self.title()["position"]), held)
+        self.wait_for_title(lambda title: seconds_of(title["buffered"]) >= paused_at + 5, "full queues")
+        self.assertEqual(seconds_of(self.title()["position"]), paused_at)
         self.display.press("space")
-        self.await_title(lambda title: seconds_of(title["position"]) > held, "a later position")
+        self.wait_for_title(lambda title: seconds_of(title["position"]) > paused_at, "a later position")
 
     def test_full_screen_and_back(self):
         self.display.start_window_manager()
         self.start_player(self.address)
-        self.display.await_colour("red")
+        self.display.wait_for_colour("red")
         self.display.press("f")
-        self.display.await_colour("red", x=140, y=740)
+        self.display.wait_for_colour("red", x=140, y=740)
         self.assertEqual(self.display.size_of_window(), (1024, 768))
         self.display.press("f")
-        self.display.await_colour("black", x=140, y=740)
+        self.display.wait_for_colour("black", x=140, y=740)
 
     def test_paused_player_with_full_queues_ends(self):
         run = self.start_player(self.address)
-        self.display.await_colour("red")
+        self.display.wait_for_colour("red")
         self.display.press("space")
-        self.await_state("paused")
+        self.wait_for_state("paused")
         # So much is pending in the player that the calls of the component wait for space.
-        self.await_title(lambda title: seconds_of(title["buffered"]) >= 5, "full queues")
+        self.wait_for_title(lambda title: seconds_of(title["buffered"]) >= 5, "full queues")
         self.display.press("Escape")
         self.assert_ends(run)
 
     def test_playback_starts_at_the_start_position(self):
         make_colours(self.www / "other.ts", ["red", "lime"], 10)
         self.start_player(self.serve_again("other.ts"), "--start", "11")
-        self.display.await_colour("green")
-        title = self.await_title(lambda title: title["position"], "a position")
+        self.display.wait_for_colour("green")
+        title = self.wait_for_title(lambda title: title["position"], "a position")
         self.assertGreaterEqual(seconds_of(title["position"]), 11)
 
     def serve_again(self, name):

@@ -17,7 +17,7 @@ class MissingTest(PlayerCase):
                 (line,) = run.error_lines()
                 self.assertTrue(line.startswith("stream_player: there is no display: "), line)
 
-    def test_missing_sound_device_is_reported_in_one_line_and_playback_continues(self):
+    def test_missing_audio_device_is_reported_in_one_line_and_playback_continues(self):
         run = self.play_to_end(self.address, SDL_AUDIODRIVER="none")
         (line,) = run.error_lines()
         self.assertTrue(line.startswith("stream_player: there is no sound device"), line)
@@ -25,7 +25,7 @@ class MissingTest(PlayerCase):
         self.assertGreater(summary["pictures"], 40)
         self.assertEqual(summary["shown"] + summary["passed_over"], summary["pictures"])
 
-    def test_stream_without_sound_plays(self):
+    def test_stream_without_audio_plays(self):
         make_colours(self.www / "silent.ts", ["red", "blue"], 1, "-c:v", "libx264", "-an")
         summary = self.play_to_end(self.address.replace("sample", "silent")).summary()
         self.assertGreater(summary["pictures"], 40)

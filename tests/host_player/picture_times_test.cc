@@ -15,8 +15,8 @@ constexpr std::uint64_t kSecond = 90'000;
 std::vector<std::uint64_t> TimesOf(PictureTimes& times, int depth) {
   for (std::uint64_t i = 0; i < kOrder.size(); ++i) times.Sent(i * kStep, i * kStep);
   std::vector<std::uint64_t> shown;
-  for (const std::uint64_t place : kOrder) {
-    shown.push_back(times.TimeOf(place * kStep, place == 0, depth) / kStep);
+  for (const std::uint64_t index : kOrder) {
+    shown.push_back(times.TimeOf(index * kStep, index == 0, depth) / kStep);
   }
   return shown;
 }
@@ -47,9 +47,9 @@ std::vector<std::uint64_t> ShownOf(PictureTimes& times, const std::vector<std::u
   constexpr std::size_t kDepth = 2;
   std::vector<std::uint64_t> shown;
   const auto show = [&] {
-    const std::size_t place = shown.size() % kOrder.size();
-    const std::size_t own = shown.size() - place + kOrder[place];
-    shown.push_back(times.TimeOf(sent[own], place == 0, kDepth));
+    const std::size_t index = shown.size() % kOrder.size();
+    const std::size_t own = shown.size() - index + kOrder[index];
+    shown.push_back(times.TimeOf(sent[own], index == 0, kDepth));
   };
   for (std::size_t i = 0; i < sent.size(); ++i) {
     times.Sent(sent[i], sent[i]);

@@ -7,7 +7,7 @@ namespace {
 
 using Action = PictureVerdict::Action;
 
-// Facts at the host time 100, while sound is heard.
+// Facts at the host time 100, while audio is heard.
 PictureFacts Facts(double time, double due, std::optional<double> next = {}) {
   return {time, next, due, true, 100};
 }
@@ -36,7 +36,7 @@ TEST(PictureTimingTest, LatePictureIsShownIfThereIsNoOther) {
   EXPECT_EQ(timing.Judge(Facts(5, 6)).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, TimeJumpWithoutSoundSetsTheClock) {
+TEST(PictureTimingTest, TimeJumpWithoutAudioSetsTheClock) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   facts.is_heard = false;
@@ -46,18 +46,18 @@ TEST(PictureTimingTest, TimeJumpWithoutSoundSetsTheClock) {
   EXPECT_EQ(timing.Judge(facts).action, Action::kSetClock);
 }
 
-TEST(PictureTimingTest, TimeJumpWaitsForTheSoundToJumpToo) {
+TEST(PictureTimingTest, TimeJumpWaitsForTheAudioToJumpToo) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   EXPECT_EQ(timing.Judge(facts).action, Action::kWait);
   facts.now += 0.5;
-  facts.due = 104.99;  // the sound has jumped too
+  facts.due = 104.99;  // the audio has jumped too
   const PictureVerdict verdict = timing.Judge(facts);
   EXPECT_EQ(verdict.action, Action::kWait);
   EXPECT_NEAR(verdict.wait.value_or(0), 0.01, 1e-9);
 }
 
-TEST(PictureTimingTest, PictureLeftFromBeforeAJumpOfTheSoundKeepsItsPace) {
+TEST(PictureTimingTest, PictureLeftFromBeforeAJumpOfTheAudioKeepsItsPace) {
   PictureTiming timing;
   EXPECT_EQ(timing.Judge(Facts(5, 5)).action, Action::kShow);
   PictureFacts facts = Facts(5.04, 105);
@@ -71,7 +71,7 @@ TEST(PictureTimingTest, PictureLeftFromBeforeAJumpOfTheSoundKeepsItsPace) {
   EXPECT_EQ(timing.Judge(facts).action, Action::kShow);
 }
 
-TEST(PictureTimingTest, WaitForSoundThatNeverJumpsIsLimited) {
+TEST(PictureTimingTest, WaitForAudioThatNeverJumpsIsLimited) {
   PictureTiming timing;
   PictureFacts facts = Facts(105, 5);
   EXPECT_EQ(timing.Judge(facts).action, Action::kWait);

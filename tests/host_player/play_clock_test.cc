@@ -12,14 +12,14 @@ TEST(PlayClockTest, NothingIsDueBeforeTheStart) {
   EXPECT_FALSE(clock.IsRunning());
 }
 
-TEST(PlayClockTest, TimeAdvancesWithoutSound) {
+TEST(PlayClockTest, TimeAdvancesWithoutAudio) {
   PlayClock clock;
   clock.Start(10, 100);
   EXPECT_DOUBLE_EQ(*clock.At(100), 10);
   EXPECT_DOUBLE_EQ(*clock.At(103.5), 13.5);
 }
 
-TEST(PlayClockTest, FirstSoundSetsTheTime) {
+TEST(PlayClockTest, FirstAudioSetsTheTime) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100.04);
@@ -27,7 +27,7 @@ TEST(PlayClockTest, FirstSoundSetsTheTime) {
   EXPECT_NEAR(*clock.HeardAt(100.05), 10.01, 1e-9);
 }
 
-TEST(PlayClockTest, UnevenSoundTimesAreSmoothed) {
+TEST(PlayClockTest, UnevenAudioTimesAreSmoothed) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -52,11 +52,11 @@ TEST(PlayClockTest, JumpTakesEffectWhenItIsHeard) {
   clock.Hear(110, 100.04, PlayClock::Order::kJumps);
   EXPECT_DOUBLE_EQ(*clock.At(100.03), 10.03);
   EXPECT_NEAR(*clock.HeardAt(100.03), 10.03, 1e-9);
-  EXPECT_EQ(clock.SoundAt(100.03)->segment, before);
+  EXPECT_EQ(clock.AudioAt(100.03)->segment, before);
   EXPECT_DOUBLE_EQ(*clock.At(100.04), 110);
   EXPECT_NEAR(*clock.HeardAt(100.05), 110.01, 1e-9);
-  EXPECT_NE(clock.SoundAt(100.04)->segment, before);
-  EXPECT_EQ(clock.SoundAt(100.04)->segment, clock.TimeAt(100.04)->segment);
+  EXPECT_NE(clock.AudioAt(100.04)->segment, before);
+  EXPECT_EQ(clock.AudioAt(100.04)->segment, clock.TimeAt(100.04)->segment);
 }
 
 TEST(PlayClockTest, JumpBackOfASecondStartsASegment) {
@@ -86,10 +86,10 @@ TEST(PlayClockTest, JumpLostInAPauseIsRecovered) {
   clock.SetPaused(false, 101);
   clock.Hear(110.02, 101.02);
   EXPECT_DOUBLE_EQ(*clock.At(101.02), 110.02);
-  EXPECT_EQ(clock.SoundAt(101.02)->segment, clock.TimeAt(101.02)->segment);
+  EXPECT_EQ(clock.AudioAt(101.02)->segment, clock.TimeAt(101.02)->segment);
 }
 
-TEST(PlayClockTest, TimeContinuesWhenTheSoundRunsOut) {
+TEST(PlayClockTest, TimeContinuesWhenTheAudioRunsOut) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -98,7 +98,7 @@ TEST(PlayClockTest, TimeContinuesWhenTheSoundRunsOut) {
   EXPECT_FALSE(clock.HeardAt(102).has_value());
 }
 
-TEST(PlayClockTest, LateSoundMovesTheTimeBack) {
+TEST(PlayClockTest, LateAudioMovesTheTimeBack) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.Hear(10, 100);
@@ -128,7 +128,7 @@ TEST(PlayClockTest, TimeStaysStoppedUntilNeitherStarvedNorPaused) {
   EXPECT_DOUBLE_EQ(*clock.At(111), 12);
 }
 
-TEST(PlayClockTest, SoundHeardDuringAPauseDoesNotMoveTheTime) {
+TEST(PlayClockTest, AudioHeardDuringAPauseDoesNotMoveTheTime) {
   PlayClock clock;
   clock.Start(10, 100);
   clock.SetPaused(true, 101);

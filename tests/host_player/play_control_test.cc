@@ -9,7 +9,7 @@
 #include "tests/host/simulated_clock.h"
 #include "tests/host_player/fake_downloader.h"
 #include "tests/host_player/frame_at.h"
-#include "tests/host_player/simulated_sound_device.h"
+#include "tests/host_player/simulated_audio_device.h"
 
 namespace player {
 namespace {
@@ -40,8 +40,8 @@ class PlayControlTest : public testing::Test {
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FakeDownloader downloader_;
-  SimulatedSoundDevice device_{clock_};
-  SoundOutput output_{device_};
+  SimulatedAudioDevice device_{clock_};
+  AudioOutput output_{device_};
   int starts_ = 0;
 };
 
@@ -50,7 +50,7 @@ TEST_F(PlayControlTest, MoveEndsTheDownloadSetsThePositionAndBeginsAgain) {
     PlayControl control = Make();
     ASSERT_TRUE(control.Begin());
     ReceiveFirstFrame();
-    control.Move(10);
+    control.SeekBy(10);
     EXPECT_EQ(starts_, 2);
   }
   EXPECT_THAT(downloader_.calls,
@@ -61,8 +61,8 @@ TEST_F(PlayControlTest, MoveBackStopsAtTheBeginning) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
   ReceiveFirstFrame();
-  control.Move(10);
-  control.Move(-30);
+  control.SeekBy(10);
+  control.SeekBy(-30);
   EXPECT_EQ(downloader_.calls[5], "start at 0");
 }
 
@@ -92,7 +92,7 @@ TEST_F(PlayControlTest, PauseLastsThroughAMove) {
   ASSERT_TRUE(control.Begin());
   ReceiveFirstFrame();
   control.TogglePause();
-  control.Move(10);
+  control.SeekBy(10);
   EXPECT_TRUE(control.playback()->clock().IsPaused());
   EXPECT_EQ(control.Facts().state, PlayState::kPaused);
   control.TogglePause();
@@ -102,7 +102,7 @@ TEST_F(PlayControlTest, PauseLastsThroughAMove) {
 TEST_F(PlayControlTest, NothingMovesBeforeTheFirstFrame) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
-  control.Move(10);
+  control.SeekBy(10);
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
 }
 
@@ -112,7 +112,7 @@ TEST_F(PlayControlTest, NothingMovesInFlv) {
   receiver_.OnMessage("PLAY FLV:x");
   ReceiveFirstFrame();
   control.Tick();
-  control.Move(10);
+  control.SeekBy(10);
   EXPECT_THAT(downloader_.calls, ElementsAre("begin a.ts"));
 }
 
@@ -120,7 +120,7 @@ TEST_F(PlayControlTest, ShortSilenceAfterAMoveIsNotTheEnd) {
   PlayControl control = Make();
   ASSERT_TRUE(control.Begin());
   ReceiveFirstFrame();
-  control.Move(10);
+  control.SeekBy(10);
   EXPECT_FALSE(HasEndedAfter(control, 20 * kIdleSeconds - 0.001));
   EXPECT_TRUE(HasEndedAfter(control, 0.002));
 }
@@ -132,7 +132,7 @@ TEST_F(PlayControlTest, BufferedTimeBeforeAMoveIsCleared) {
   receiver_.OnVideoFrame(FrameAt(90'000 * 31, "v"));
   receiver_.OnBufferedTime(30);
   EXPECT_EQ(control.Facts().buffered, 30);
-  control.Move(-10);
+  control.SeekBy(-10);
   EXPECT_FALSE(control.Facts().buffered.has_value());
 }
 

@@ -40,7 +40,7 @@ def make_colours(path, colours, seconds_each, *options):
         picture = f"color={colour}:size={_SIZE}:rate=25:duration={seconds_each}"
         command += ["-f", "lavfi", "-i", picture]
     command += ["-f", "lavfi", "-i", f"sine=frequency=440:sample_rate=44100:duration={seconds}"]
-    joined = "".join(f"[{place}]" for place in range(len(colours)))
+    joined = "".join(f"[{index}]" for index in range(len(colours)))
     command += ["-filter_complex", f"{joined}concat=n={len(colours)}[picture]"]
     command += ["-map", "[picture]", "-map", f"{len(colours)}:a", "-pix_fmt", "yuv420p"]
     command += ["-c:a", "aac", "-b:a", "96k", "-g", "25"]
@@ -118,15 +118,15 @@ class PlayerCase(EndToEndCase):
         match = _TITLE.match(titles[0]) if titles else None
         return match.groupdict() if match else None
 
-    def await_title(self, holds, what):
+    def wait_for_title(self, condition, what):
         def current():
             title = self.title()
-            return title if title and holds(title) else None
+            return title if title and condition(title) else None
 
         return wait_until(current, f"the title shows {what}")
 
-    def await_state(self, state):
-        return self.await_title(lambda title: title["state"] == f" ({state})", state)
+    def wait_for_state(self, state):
+        return self.wait_for_title(lambda title: title["state"] == f" ({state})", state)
 
     def frames_of_console_host(self, address):
         """How many video frames and how many audio frames the console host receives."""

@@ -1,4 +1,4 @@
-// The player from the decoded frames on, with a simulated clock, sound device, window and keys, so
+// The player from the decoded frames on, with a simulated clock, audio device, window and keys, so
 // that every run is the same to the microsecond. For one thread.
 #ifndef TESTS_HOST_PLAYER_SIMULATED_PLAY_H_
 #define TESTS_HOST_PLAYER_SIMULATED_PLAY_H_
@@ -17,7 +17,7 @@
 #include "tests/host/simulated_clock.h"
 #include "tests/host_player/fake_downloader.h"
 #include "tests/host_player/frame_at.h"
-#include "tests/host_player/simulated_sound_device.h"
+#include "tests/host_player/simulated_audio_device.h"
 
 namespace player {
 
@@ -29,29 +29,29 @@ struct DecodedStream {
     double after_ms = 0;
   };
 
-  // Each piece of sound has 1024 frames.
-  static constexpr std::size_t kPieceFrames = 1024;
-  static constexpr double kPieceSeconds = static_cast<double>(kPieceFrames) / kSoundRate;
+  // Each chunk of audio has 1024 frames.
+  static constexpr std::size_t kChunkFrames = 1024;
+  static constexpr double kChunkSeconds = static_cast<double>(kChunkFrames) / kAudioSampleRate;
   static constexpr double kPictureSeconds = 0.04;
 
   DecodedStream& Pictures(double first, int count, double after_ms = 0) {
     for (int i = 0; i < count; ++i) pictures.push_back({first + i * kPictureSeconds, after_ms});
     return *this;
   }
-  DecodedStream& Sound(double first, int pieces, double after_ms = 0) {
-    for (int i = 0; i < pieces; ++i) sound.push_back({first + i * kPieceSeconds, after_ms});
+  DecodedStream& Audio(double first, int chunks, double after_ms = 0) {
+    for (int i = 0; i < chunks; ++i) audio.push_back({first + i * kChunkSeconds, after_ms});
     return *this;
   }
 
   std::vector<Item> pictures;
-  std::vector<Item> sound;
+  std::vector<Item> audio;
 };
 
 // A picture that was shown.
 struct Shown {
   double picture = 0;           // its stream time
   double at = 0;                // the moment when it became visible, in seconds
-  std::optional<double> sound;  // the stream time that the device played then
+  std::optional<double> audio;  // the stream time that the device played then
 };
 
 class SimulatedPlay final : private Window, private CommandSource {
@@ -75,22 +75,22 @@ class SimulatedPlay final : private Window, private CommandSource {
   // How long the window takes to show the picture with this number.
   void ShowSlowly(std::size_t picture, double ms) { slow_[picture] = ms; }
 
-  SimulatedSoundDevice& device() { return device_; }
+  SimulatedAudioDevice& device() { return device_; }
   const PlayCounts& counts() const { return counts_; }
   const std::vector<Shown>& shown() const { return shown_; }
   // A comparison as the player made it.
   struct Comparison {
     double picture = 0;
-    double sound = 0;
+    double audio = 0;
   };
   const std::vector<Comparison>& compared() const { return compared_; }
 
-  // The stream time of the sound that is heard at this moment; nullopt during silence.
-  std::optional<double> SoundAt(double seconds) const {
+  // The stream time of the audio that is heard at this moment; nullopt during silence.
+  std::optional<double> AudioAt(double seconds) const {
     const auto sample = device_.HeardAt(seconds);
     if (!sample || sample->left == 0) return std::nullopt;
-    const double piece = piece_seconds_.at(static_cast<std::size_t>(sample->left) - 1);
-    return piece + (static_cast<double>(sample->right) - 1) / kSoundRate + sample->after;
+    const double chunk = chunk_seconds_.at(static_cast<std::size_t>(sample->left) - 1);
+    return chunk + (static_cast<double>(sample->right) - 1) / kAudioSampleRate + sample->after;
   }
 
  private:
@@ -99,7 +99,7 @@ class SimulatedPlay final : private Window, private CommandSource {
   bool Show(const AVFrame& frame) override {
     const auto number = static_cast<std::size_t>(frame.pts);
     if (const auto slow = slow_.find(number); slow != slow_.end()) clock_.Advance(slow->second);
-    shown_.push_back({picture_seconds_[number], Now(), SoundAt(Now())});
+    shown_.push_back({picture_seconds_[number], Now(), AudioAt(Now())});
     return true;
   }
   void Redraw() override {}
@@ -125,9 +125,9 @@ class SimulatedPlay final : private Window, private CommandSource {
   void Begin(double start_seconds) {
     stream_ = streams_(start_seconds);
     began_ms_ = clock_.NowMs();
-    next_picture_ = next_piece_ = 0;
-    pictures_before_ = PicturesTaken();
-    frames_pushed_ = device_.FramesTaken();
+    next_picture_ = next_chunk_ = 0;
+    pictures_before_ = PicturesConsumed();
+    frames_pushed_ = device_.FramesHeard();
     // The first frame gives the player the beginning of the stream. It is empty, so that it is
     // not decoded.
     const auto ticks = [](double seconds) { return static_cast<std::uint64_t>(seconds * 90'000); };
@@ -136,43 +136,43 @@ class SimulatedPlay final : private Window, private CommandSource {
     }
   }
 
-  std::size_t PicturesTaken() const { return counts_.shown + counts_.passed_over; }
+  std::size_t PicturesConsumed() const { return counts_.shown + counts_.late_pictures; }
 
   // Decodes no more than there is space for, as a decoder would block.
   void Decode() {
-    constexpr std::size_t kPicturesAhead = 8;
-    constexpr std::size_t kFramesAhead = kSoundRate / 4;
+    constexpr std::size_t kMaxDecodedPictures = 8;
+    constexpr std::size_t kFramesAhead = kAudioSampleRate / 4;
     Playback* const playback = control_.playback();
     if (playback == nullptr) return;
-    while (next_picture_ - (PicturesTaken() - pictures_before_) < kPicturesAhead &&
+    while (next_picture_ - (PicturesConsumed() - pictures_before_) < kMaxDecodedPictures &&
            IsDecoded(stream_.pictures, next_picture_)) {
       AvFrame frame = MakeFrame();
       frame->pts = static_cast<std::int64_t>(picture_seconds_.size());
       picture_seconds_.push_back(stream_.pictures[next_picture_++].seconds);
       playback->pictures().Push({std::move(frame), picture_seconds_.back()});
     }
-    while (frames_pushed_ - device_.FramesTaken() < kFramesAhead &&
-           IsDecoded(stream_.sound, next_piece_)) {
-      playback->sound().Push(PieceAt(stream_.sound[next_piece_++].seconds));
-      frames_pushed_ += DecodedStream::kPieceFrames;
+    while (frames_pushed_ - device_.FramesHeard() < kFramesAhead &&
+           IsDecoded(stream_.audio, next_chunk_)) {
+      playback->audio().Push(ChunkAt(stream_.audio[next_chunk_++].seconds));
+      frames_pushed_ += DecodedStream::kChunkFrames;
     }
   }
 
-  bool IsDecoded(const std::vector<DecodedStream::Item>& items, std::size_t place) const {
-    return place < items.size() && began_ms_ + items[place].after_ms <= clock_.NowMs();
+  bool IsDecoded(const std::vector<DecodedStream::Item>& items, std::size_t index) const {
+    return index < items.size() && began_ms_ + items[index].after_ms <= clock_.NowMs();
   }
 
-  // Each sample holds the number of its piece and the number of its frame. 0 is reserved for
+  // Each sample holds the number of its chunk and the number of its frame. 0 is reserved for
   // silence.
-  AudioPiece PieceAt(double seconds) {
-    AudioPiece piece;
-    piece.seconds = seconds;
-    piece_seconds_.push_back(seconds);
-    for (std::size_t frame = 0; frame < DecodedStream::kPieceFrames; ++frame) {
-      piece.samples.push_back(static_cast<float>(piece_seconds_.size()));
-      piece.samples.push_back(static_cast<float>(frame + 1));
+  AudioChunk ChunkAt(double seconds) {
+    AudioChunk chunk;
+    chunk.seconds = seconds;
+    chunk_seconds_.push_back(seconds);
+    for (std::size_t frame = 0; frame < DecodedStream::kChunkFrames; ++frame) {
+      chunk.samples.push_back(static_cast<float>(chunk_seconds_.size()));
+      chunk.samples.push_back(static_cast<float>(frame + 1));
     }
-    return piece;
+    return chunk;
   }
 
   double Now() const { return clock_.NowMs() / 1000; }
@@ -183,14 +183,14 @@ class SimulatedPlay final : private Window, private CommandSource {
   PlayCounts counts_;
   FrameReceiver receiver_{clock_, counts_};
   FakeDownloader downloader_;
-  SimulatedSoundDevice device_{clock_};
-  SoundOutput output_{device_};
+  SimulatedAudioDevice device_{clock_};
+  AudioOutput output_{device_};
   PlayControl control_{{"a.ts", {}, kIdleSeconds},
                        {downloader_, receiver_, output_, clock_, counts_, {}}};
   std::vector<Shown> shown_;
   std::vector<Comparison> compared_;
-  Presenter presenter_{*this, clock_, counts_, [this](double picture, double sound) {
-                         compared_.push_back({picture, sound});
+  Presenter presenter_{*this, clock_, counts_, [this](double picture, double audio) {
+                         compared_.push_back({picture, audio});
                        }};
   std::multimap<double, Command> commands_;  // by time, in milliseconds
   std::map<std::size_t, double> slow_;
@@ -199,12 +199,12 @@ class SimulatedPlay final : private Window, private CommandSource {
   DecodedStream stream_;
   double began_ms_ = 0;
   std::size_t next_picture_ = 0;
-  std::size_t next_piece_ = 0;
+  std::size_t next_chunk_ = 0;
   std::size_t pictures_before_ = 0;
   std::size_t frames_pushed_ = 0;  // taken before this start, or pushed in it
   // Of all starts, by number.
   std::vector<double> picture_seconds_;
-  std::vector<double> piece_seconds_;
+  std::vector<double> chunk_seconds_;
 };
 
 }  // namespace player

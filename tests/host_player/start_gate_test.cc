@@ -21,7 +21,7 @@ TEST(StartGateTest, OneKindDoesNotWaitIfNothingElseCanArrive) {
   EXPECT_DOUBLE_EQ(*StartTime({1.48, {}, 0, true}), 1.48);
 }
 
-TEST(StartGateTest, UnrelatedTimesStartWithTheSound) {
+TEST(StartGateTest, UnrelatedTimesStartWithTheAudio) {
   EXPECT_DOUBLE_EQ(*StartTime({0, 50, 0, false}), 50);
 }
 

@@ -33,8 +33,8 @@ class WholeStreamTest(PlayerCase):
 
     def check(self, make_stream, seconds=_SECONDS):
         address = self.serve().url(make_stream(self.www, seconds))
-        with concurrent.futures.ThreadPoolExecutor() as beside:
-            expected = beside.submit(self.frames_of_console_host, address)
+        with concurrent.futures.ThreadPoolExecutor() as executor:
+            expected = executor.submit(self.frames_of_console_host, address)
             summary = self.play_to_end(address).summary()
             received = (summary["video_frames"], summary["audio_frames"])
             self.assertEqual(received, expected.result())

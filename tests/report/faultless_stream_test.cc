@@ -42,7 +42,7 @@ TEST(FaultlessStreamTest, TsFramesWithOnlyAPtsHaveNothingOdd) {
   EXPECT_THAT(TitlesOf(record), IsEmpty());
   EXPECT_EQ(record.video.Steps().same_time, 0U);
   EXPECT_EQ(record.video.Steps().late_frames, 0U);
-  EXPECT_TRUE(record.video.DtsCounts()) << "each meaningless DTS was recognised at once";
+  EXPECT_TRUE(record.video.HasValidDts()) << "each meaningless DTS was recognised at once";
 }
 
 TEST(FaultlessStreamTest, TsWithOnlyAPtsHasNothingOddWhateverItsFirstPts) {
@@ -58,7 +58,7 @@ TEST(FaultlessStreamTest, TsWithBFramesHasNothingOdd) {
   const ReportRecord record = stream.Record(kUnpacedMs);
   EXPECT_THAT(TitlesOf(record), IsEmpty());
   EXPECT_EQ(record.video.Steps().same_time, 0U);
-  EXPECT_TRUE(record.video.DtsCounts());
+  EXPECT_TRUE(record.video.HasValidDts());
   const auto alone =
       std::count_if(video.begin(), video.end(), [](const PesTimes& times) { return !times.dts; });
   EXPECT_GT(alone, kFrames / 3) << "too few B-frames without a DTS";
@@ -79,7 +79,7 @@ TEST(FaultlessStreamTest, TsWithAnotherHeaderFieldAfterItsPtsHasNothingOdd) {
   const HeaderBytes field = {0, 0, 0, 3, 7};  // read as a DTS of 387
   DemuxedStream stream(WithoutBFrames(kFrames, kFirst), field);
   const ReportRecord record = stream.Record(kUnpacedMs);
-  EXPECT_FALSE(record.video.DtsCounts());
+  EXPECT_FALSE(record.video.HasValidDts());
   EXPECT_THAT(TitlesOf(record), IsEmpty());
   EXPECT_EQ(record.video.Steps().same_time, 0U) << "also before the DTS was rejected";
 }

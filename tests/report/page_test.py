@@ -99,10 +99,10 @@ class PageTest(ReportCase):
         self.browser.call("Input.dispatchMouseEvent", type="mouseMoved", x=right, y=middle)
         self.browser.settle()
         (result,) = run.values("result")
-        told = self.texts("#chart-status .u-value")
-        self.assertIn(result[:50], told[2])
+        values = self.texts("#chart-status .u-value")
+        self.assertIn(result[:50], values[2])
         last = max(run.frames_of("audio"), key=lambda frame: frame.pts)
-        self.assertEqual(told[6], f"{last.pts / 90000:.3f} s")
+        self.assertEqual(values[6], f"{last.pts / 90000:.3f} s")
 
     def test_counts_match_the_dump(self):
         run = self.report_of_sample()
@@ -146,15 +146,15 @@ class PageTest(ReportCase):
 
     def test_light_and_dark_differ(self):
         self.report_of_sample()
-        looks = {}
+        appearance = {}
         for scheme in ("light", "dark"):
             self.browser.choose_scheme(scheme)
             ground, ink = self.browser.value(
                 "(({backgroundColor, color}) => [backgroundColor, color])(getComputedStyle(document.body))")
-            looks[scheme] = sum(_channels(ground)), sum(_channels(ink)), self.browser.picture()
-        self.assertGreater(looks["light"][0], looks["light"][1] + 300)
-        self.assertGreater(looks["dark"][1], looks["dark"][0] + 300)
-        self.assertNotEqual(looks["light"][2], looks["dark"][2])
+            appearance[scheme] = sum(_channels(ground)), sum(_channels(ink)), self.browser.picture()
+        self.assertGreater(appearance["light"][0], appearance["light"][1] + 300)
+        self.assertGreater(appearance["dark"][1], appearance["dark"][0] + 300)
+        self.assertNotEqual(appearance["light"][2], appearance["dark"][2])
 
     def test_page_fits_a_phone_and_adapts_to_its_rotation(self):
         self.browser.choose_size(360, 740, mobile=True)
@@ -172,8 +172,8 @@ class OddStreamTest(ReportCase):
     def test_gap_is_reported_on_top(self):
         sample = self.make_hls(4)
         lines = sample.playlist.read_text().splitlines()
-        left_out = lines.index("seg0001.ts")
-        del lines[left_out - 1:left_out + 1]
+        removed = lines.index("seg0001.ts")
+        del lines[removed - 1:removed + 1]
         sample.playlist.write_text("\n".join(lines) + "\n")
         first, _, *others = sample.segments
         self.play_and_report(f"file://{sample.playlist}",

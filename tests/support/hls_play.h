@@ -128,14 +128,14 @@ inline RecordingPlayer::Record FramesOf(const ts_test::Bytes& stream) {
   ts_demux_forget();
   ResetFrameQueues();
   ts_demux_feed(stream.data(), static_cast<std::int32_t>(stream.size()));
-  const auto take_all = [](FrameNodePtr (*pop)(), std::vector<RecordedFrame>& frames) {
+  const auto pop_all = [](FrameNodePtr (*pop)(), std::vector<RecordedFrame>& frames) {
     while (const FrameNodePtr node = pop()) {
       frames.push_back(
           {node->pts, node->dts, node->playTime, {node->data, node->data + node->size}});
     }
   };
-  take_all(PopVideoFrame, record.video);
-  take_all(PopAudioFrame, record.audio);
+  pop_all(PopVideoFrame, record.video);
+  pop_all(PopAudioFrame, record.audio);
   ts_demux_forget();
   return record;
 }

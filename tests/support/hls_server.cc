@@ -25,7 +25,7 @@ void HlsServer::SetUpReplies() {
     // the request must not apply to that request.
     const SharedReply reply = ReplyTo(request.path);
     Remember(request);
-    if (reply != nullptr && reply->is_held && !AwaitRelease(request.path)) return;
+    if (reply != nullptr && reply->is_held && !WaitForRelease(request.path)) return;
     Answer(request.path, reply, response);
   });
 }
@@ -60,7 +60,8 @@ void HlsServer::Send(const std::string& path, const SharedReply& reply,
       [this, path, reply](std::size_t offset, std::size_t, httplib::DataSink& sink) {
         const std::string& body = reply->body;
         if (offset < reply->sent) return sink.write(body.data() + offset, reply->sent - offset);
-        return GoesOn(path, reply->then) && sink.write(body.data() + offset, body.size() - offset);
+        return Continues(path, reply->then) &&
+               sink.write(body.data() + offset, body.size() - offset);
       });
 }
 
@@ -79,7 +80,7 @@ void HlsServer::Trickle(const std::string& path, const SharedReply& reply,
       });
 }
 
-bool HlsServer::AwaitRelease(const std::string& path) {
+bool HlsServer::WaitForRelease(const std::string& path) {
   return WaitFor([&] { return released_.contains(path); });
 }
 
@@ -91,12 +92,12 @@ bool HlsServer::Stall(const std::string& path) {
   return WaitForEnd();
 }
 
-bool HlsServer::GoesOn(const std::string& path, Reply::Then then) {
+bool HlsServer::Continues(const std::string& path, Reply::Then then) {
   switch (then) {
     case Reply::Then::kRest:
       return true;
     case Reply::Then::kRestOnceReleased:
-      return AwaitRelease(path);
+      return WaitForRelease(path);
     case Reply::Then::kNothing:
       return Stall(path);
     default:

@@ -137,12 +137,12 @@ class HlsServer : public LocalServer {
   void Trickle(const std::string& path, const SharedReply& reply, httplib::Response& response);
 
   // Waits for Release. Returns false if the test ends first.
-  bool AwaitRelease(const std::string& path);
+  bool WaitForRelease(const std::string& path);
 
   // Waits for the end of the test, then returns false.
   bool Stall(const std::string& path);
 
-  bool GoesOn(const std::string& path, Reply::Then then);
+  bool Continues(const std::string& path, Reply::Then then);
 
   std::map<std::string, SharedReply> replies_;   // guarded by mutex_
   std::set<std::string> released_;               // guarded by mutex_

@@ -300,8 +300,8 @@ inline Bytes IndexBox(const Movie& movie, const std::vector<std::vector<std::uin
 
 // The samples of all tracks, one chunk of each in turn. `offsets` receives their offsets in the
 // returned data.
-inline Bytes LayOut(const std::vector<Track>& tracks,
-                    std::vector<std::vector<std::uint64_t>>& offsets) {
+inline Bytes InterleaveSamples(const std::vector<Track>& tracks,
+                               std::vector<std::vector<std::uint64_t>>& offsets) {
   Bytes data;
   offsets.assign(tracks.size(), {});
   for (bool more = true; more;) {
@@ -324,7 +324,7 @@ inline Bytes LayOut(const std::vector<Track>& tracks,
 
 inline File BuildMp4(const Movie& movie) {
   File file;
-  const Bytes data = detail::LayOut(movie.tracks, file.offsets);
+  const Bytes data = detail::InterleaveSamples(movie.tracks, file.offsets);
   file.bytes = Join({Box("ftyp", Join({Text("isom"), U32(512), Text("isom")})), movie.before});
   const std::size_t index_size = detail::IndexBox(movie, file.offsets).size();
   const std::size_t data_at =

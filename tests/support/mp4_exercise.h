@@ -55,7 +55,7 @@ inline void ReadProperties(MP4FileHandle file, MP4TrackId track) {
   MP4Free(config);
 }
 
-inline bool TakeSample(MP4FileHandle file, MP4TrackId track, MP4SampleId sample,
+inline bool ReadSample(MP4FileHandle file, MP4TrackId track, MP4SampleId sample,
                        Mp4Exercise& result) {
   std::uint8_t* bytes = nullptr;
   std::uint32_t size = 0;
@@ -86,10 +86,10 @@ inline Mp4Exercise ExerciseMp4(const char* path) {
     ++result.tracks;
     mp4_exercise::ReadProperties(file, track);
     MP4SampleId sample = 1;
-    while (sample <= kMaxSamples && mp4_exercise::TakeSample(file, track, sample, result)) ++sample;
+    while (sample <= kMaxSamples && mp4_exercise::ReadSample(file, track, sample, result)) ++sample;
     Mp4Exercise elsewhere;
     for (const MP4SampleId other : {0U, sample + 1, 0x10000U, 0x7FFFFFFFU, 0xFFFFFFFFU, 3U})
-      mp4_exercise::TakeSample(file, track, other, elsewhere);
+      mp4_exercise::ReadSample(file, track, other, elsewhere);
   }
   MP4Close(file);
   return result;

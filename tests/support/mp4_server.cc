@@ -39,7 +39,7 @@ Mp4Reply Mp4Server::NextReply(const std::string& path) {
   const std::lock_guard lock(mutex_);
   if (const auto found = replies_at_.find(path); found != replies_at_.end()) return found->second;
   if (replies_.empty()) return {};
-  return replies_[std::min(asked_++, replies_.size() - 1)];
+  return replies_[std::min(answered_++, replies_.size() - 1)];
 }
 
 std::size_t Mp4Server::FirstByte(const std::string& range) {
@@ -59,7 +59,7 @@ void Mp4Server::SendPage(httplib::Response& response, int status, const std::str
 void Mp4Server::SendRange(httplib::Response& response, const Mp4Reply& reply) {
   response.set_content_provider(body_.size(), "video/mp4",
                                 [this, reply](std::size_t at, std::size_t, auto& sink) {
-                                  return SendPiece(reply, at, sink) != 0;
+                                  return SendChunk(reply, at, sink) != 0;
                                 });
 }
 
@@ -71,15 +71,15 @@ void Mp4Server::SendAll(httplib::Response& response, const Mp4Reply& reply) {
           sink.done();
           return true;
         }
-        const std::size_t sent = SendPiece(reply, at, sink);
+        const std::size_t sent = SendChunk(reply, at, sink);
         at += sent;
         return sent != 0;
       });
 }
 
-std::size_t Mp4Server::SendPiece(const Mp4Reply& reply, std::size_t at, httplib::DataSink& sink) {
+std::size_t Mp4Server::SendChunk(const Mp4Reply& reply, std::size_t at, httplib::DataSink& sink) {
   const bool held = at >= reply.until && !(reply.end == Mp4Reply::End::kGate && IsReleased());
-  if (held && !AwaitEndOf(reply)) return 0;
+  if (held && !WaitForEndOf(reply)) return 0;
   const std::size_t limit = at < reply.until ? std::min(reply.until, body_.size()) : body_.size();
   const std::size_t size = std::min(reply.piece, limit - at);
   if (IsEnding() || !sink.write(body_.data() + at, size)) return 0;
@@ -87,7 +87,7 @@ std::size_t Mp4Server::SendPiece(const Mp4Reply& reply, std::size_t at, httplib:
   return size;
 }
 
-bool Mp4Server::AwaitEndOf(const Mp4Reply& reply) {
+bool Mp4Server::WaitForEndOf(const Mp4Reply& reply) {
   switch (reply.end) {
     case Mp4Reply::End::kCut:
       return false;

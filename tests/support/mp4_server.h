@@ -88,17 +88,17 @@ class Mp4Server : public LocalServer {
   void SendAll(httplib::Response& response, const Mp4Reply& reply);
 
   // Returns how many bytes it sent; 0 ends the reply.
-  std::size_t SendPiece(const Mp4Reply& reply, std::size_t at, httplib::DataSink& sink);
+  std::size_t SendChunk(const Mp4Reply& reply, std::size_t at, httplib::DataSink& sink);
 
   // Whether the reply continues afterwards.
-  bool AwaitEndOf(const Mp4Reply& reply);
+  bool WaitForEndOf(const Mp4Reply& reply);
 
   bool IsReleased() const;
 
   std::string body_;
   std::vector<Mp4Reply> replies_;
   std::map<std::string, Mp4Reply> replies_at_;  // by path; guarded by mutex_
-  std::size_t asked_ = 0;                       // guarded by mutex_
+  std::size_t answered_ = 0;                    // guarded by mutex_
   bool released_ = false;                       // guarded by mutex_
 };
 

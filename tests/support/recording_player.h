@@ -54,20 +54,20 @@ class RecordingPlayer final : public CStreamPlayerImp {
   };
 
   void OnDuration(float seconds) override {
-    Note([&](Record& record) { record.durations.push_back(seconds); });
+    RecordCall([&](Record& record) { record.durations.push_back(seconds); });
   }
   void OnBufferedTime(float seconds) override {
-    Note([&](Record& record) { record.buffered_times.push_back(seconds); });
+    RecordCall([&](Record& record) { record.buffered_times.push_back(seconds); });
   }
   void OnAudioClock(float seconds) override {
-    Note([&](Record& record) {
+    RecordCall([&](Record& record) {
       const bool is_new = pending_clocks_.emplace(std::this_thread::get_id(), seconds).second;
       EXPECT_TRUE(is_new) << "two audio clocks without a frame between them";
       record.clocks.push_back(seconds);
     });
   }
   void OnAudioFrame(MediaFrame frame) override {
-    Note([&](Record& record) {
+    RecordCall([&](Record& record) {
       const auto clock = pending_clocks_.extract(std::this_thread::get_id());
       EXPECT_FALSE(clock.empty()) << "an audio frame without its clock";
       if (!clock.empty()) {
@@ -79,14 +79,14 @@ class RecordingPlayer final : public CStreamPlayerImp {
     if (during_audio) during_audio();
   }
   void OnVideoFrame(MediaFrame frame) override {
-    Note([&](Record& record) { record.video.push_back(Copy(frame)); });
+    RecordCall([&](Record& record) { record.video.push_back(Copy(frame)); });
     if (during_video) during_video();
   }
   void OnMessage(std::string line) override {
-    Note([&](Record& record) { record.messages.push_back(std::move(line)); });
+    RecordCall([&](Record& record) { record.messages.push_back(std::move(line)); });
   }
   void OnPlayResult(std::string line) override {
-    Note([&](Record& record) { record.results.push_back(std::move(line)); });
+    RecordCall([&](Record& record) { record.results.push_back(std::move(line)); });
   }
 
   // From now on every call fails the test, until Reopen.
@@ -126,7 +126,7 @@ class RecordingPlayer final : public CStreamPlayerImp {
   }
 
   template <typename Change>
-  void Note(Change change) {
+  void RecordCall(Change change) {
     {
       const std::lock_guard lock(mutex_);
       EXPECT_FALSE(closed_) << "the player was called after the stop";

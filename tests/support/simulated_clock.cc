@@ -14,7 +14,7 @@ SimulatedClock::SimulatedClock() : start_(std::chrono::hours(1000)) { UseClock(t
 SimulatedClock::~SimulatedClock() { UseClock(nullptr); }
 
 Clock::TimePoint SimulatedClock::Now() {
-  ++looks_;
+  ++now_calls_;
   return start_ + Elapsed();
 }
 
@@ -130,7 +130,7 @@ bool SimulatedClock::WaitForWaiters(std::size_t count) {
 bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t count,
                                   Duration step) {
   const auto limit = std::chrono::steady_clock::now() + kTestLimit;
-  while (AwaitWaitingOr(met, count)) {
+  while (WaitForWaitersOr(met, count)) {
     if (met()) return true;
     if (std::chrono::steady_clock::now() > limit) return false;
     Advance(step);
@@ -139,7 +139,7 @@ bool SimulatedClock::AdvanceUntil(const std::function<bool()>& met, std::size_t 
 }
 
 // Checks `met` every millisecond, since nothing notifies the clock of it.
-bool SimulatedClock::AwaitWaitingOr(const std::function<bool()>& met, std::size_t count) {
+bool SimulatedClock::WaitForWaitersOr(const std::function<bool()>& met, std::size_t count) {
   const auto limit = std::chrono::steady_clock::now() + kTestLimit;
   std::unique_lock lock(mutex_);
   while (!changed_.wait_for(lock, std::chrono::milliseconds(1),

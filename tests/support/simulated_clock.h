@@ -65,7 +65,7 @@ class SimulatedClock final : public Clock {
   // The number of sleeps that have begun.
   std::size_t Sleeps() const;
   std::size_t Sleeps(Duration duration) const;  // only those of exactly this length
-  std::size_t Looks() const { return looks_.load(); }
+  std::size_t Looks() const { return now_calls_.load(); }
 
   // The number of times that waiting threads have found their condition false.
   std::size_t UnmetChecks() const { return unmet_checks_.load(); }
@@ -86,7 +86,7 @@ class SimulatedClock final : public Clock {
   Waiters::iterator Enter(const Waiter& waiter);
   void Leave(Waiters::iterator waiter);
   void WakeDueThreads();
-  bool AwaitWaitingOr(const std::function<bool()>& met, std::size_t count);
+  bool WaitForWaitersOr(const std::function<bool()>& met, std::size_t count);
   std::size_t WaitingLocked() const;  // requires mutex_
 
   const TimePoint start_;
@@ -94,7 +94,7 @@ class SimulatedClock final : public Clock {
   std::atomic<std::time_t> wall_time_{0};
   std::atomic<bool> released_{false};
   std::atomic<Duration> longest_real_sleep_{Duration::zero()};
-  std::atomic<std::size_t> looks_{0};
+  std::atomic<std::size_t> now_calls_{0};
   std::atomic<std::size_t> unmet_checks_{0};
 
   mutable std::mutex mutex_;

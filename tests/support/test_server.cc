@@ -23,7 +23,7 @@ void TestServer::SetUpReplies() {
   });
   server_->Get("/pieces/(\\d+)/.*", [this](const auto& request, auto& response) {
     Remember(request);
-    SendInPieces(response, std::stoul(request.matches[1]));
+    SendInChunks(response, std::stoul(request.matches[1]));
   });
   server_->Get("/cut/.*", [this](const auto& request, auto& response) {
     Remember(request);
@@ -71,7 +71,7 @@ bool TestServer::SendRestOnceReleased(httplib::DataSink& sink) {
   return sink.write(body_.data() + half, body_.size() - half);
 }
 
-void TestServer::SendInPieces(httplib::Response& response, std::size_t size) {
+void TestServer::SendInChunks(httplib::Response& response, std::size_t size) {
   response.set_chunked_content_provider("video/mp2t", [this, size](auto, auto& sink) {
     for (std::size_t at = 0; at < body_.size(); at += size) {
       if (!sink.write(body_.data() + at, std::min(size, body_.size() - at))) return false;
@@ -97,7 +97,7 @@ void TestServer::SendLive(httplib::Response& response, std::size_t head) {
   response.status = 200;  // from the beginning, whatever range is requested
   response.set_chunked_content_provider(
       "video/mp2t", [this, head, at = std::size_t{0}](auto, auto& sink) mutable {
-        const std::size_t size = std::min(at == 0 ? head : kLivePiece, body_.size() - at);
+        const std::size_t size = std::min(at == 0 ? head : kLiveChunk, body_.size() - at);
         if (IsEnding() || !sink.write(body_.data() + at, size)) return false;
         at += size;
         if (at == body_.size()) at = head;

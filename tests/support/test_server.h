@@ -60,7 +60,7 @@ class TestServer : public LocalServer {
   bool SendRestOnceReleased(httplib::DataSink& sink);
 
   // Chunked, without a length, in writes of `size` bytes.
-  void SendInPieces(httplib::Response& response, std::size_t size);
+  void SendInChunks(httplib::Response& response, std::size_t size);
 
   // The same with about forty pauses in all.
   void SendWithPauses(httplib::Response& response, std::size_t size);
@@ -82,7 +82,7 @@ class TestServer : public LocalServer {
   // Sends from the beginning, whatever range is requested.
   void SendEndlessly(httplib::Response& response);
 
-  static constexpr std::size_t kLivePiece = 1000;
+  static constexpr std::size_t kLiveChunk = 1000;
 
   std::string body_;
   bool released_ = false;  // guarded by mutex_

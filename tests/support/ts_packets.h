@@ -30,20 +30,21 @@ inline void Append(Bytes& bytes, const Bytes& more) {
 }
 
 // A packet with this header and payload. If the payload is shorter than 184 bytes, stuffing in an
-// adaptation field precedes it, or, if `pad_behind`, 0xFF bytes follow it.
+// adaptation field precedes it, or, if `pad_after`, 0xFF bytes follow it.
 inline Packet MakePacket(std::uint16_t pid, bool unit_start, int counter, const Bytes& payload,
-                         bool pad_behind = false) {
-  constexpr std::size_t kRoom = kTsPacketSize - 4;
+                         bool pad_after = false) {
+  constexpr std::size_t kPayloadSize = kTsPacketSize - 4;
   Packet packet;
   packet.fill(0xFF);
   packet[0] = kTsSyncByte;
   packet[1] = static_cast<std::uint8_t>((unit_start ? 0x40 : 0) | High(pid));
   packet[2] = Low(pid);
-  const std::size_t stuffing = pad_behind ? 0 : kRoom - std::min(kRoom, payload.size());
+  const std::size_t stuffing =
+      pad_after ? 0 : kPayloadSize - std::min(kPayloadSize, payload.size());
   packet[3] = static_cast<std::uint8_t>((stuffing != 0 ? 0x30 : 0x10) | (counter & 15));
   if (stuffing != 0) packet[4] = Low(stuffing - 1);
   if (stuffing > 1) packet[5] = 0;
-  std::copy_n(payload.begin(), std::min(kRoom, payload.size()),
+  std::copy_n(payload.begin(), std::min(kPayloadSize, payload.size()),
               packet.begin() + 4 + static_cast<std::ptrdiff_t>(stuffing));
   return packet;
 }
@@ -135,10 +136,10 @@ inline Bytes MakePes(std::uint64_t pts, const Bytes& payload,
 
 // The packets of a PES packet, with continuity counters starting at `counter`.
 inline std::vector<Packet> Packetize(std::uint16_t pid, const Bytes& pes, int counter = 0) {
-  constexpr std::size_t kRoom = kTsPacketSize - 4;
+  constexpr std::size_t kPayloadSize = kTsPacketSize - 4;
   std::vector<Packet> packets;
-  for (std::size_t at = 0; at < pes.size(); at += kRoom) {
-    const std::size_t size = std::min(kRoom, pes.size() - at);
+  for (std::size_t at = 0; at < pes.size(); at += kPayloadSize) {
+    const std::size_t size = std::min(kPayloadSize, pes.size() - at);
     const auto from = pes.begin() + static_cast<std::ptrdiff_t>(at);
     packets.push_back(
         MakePacket(pid, at == 0, counter++, Bytes(from, from + static_cast<std::ptrdiff_t>(size))));

@@ -190,10 +190,10 @@ TEST(ByteBufferTest, RandomUseMatchesTheReferenceDesign) {
       plain.unread.insert(plain.unread.end(), bytes.begin(), bytes.end());
       if (n != 0) plain.pending_shift = 0;
     } else {
-      const std::uint32_t taken = std::min<std::uint32_t>(n, buffer.Size());
-      ASSERT_EQ(buffer.MoveStart(taken), kBufferOk);
-      plain.unread.erase(plain.unread.begin(), plain.unread.begin() + taken);
-      plain.read_pos += taken;
+      const std::uint32_t consumed = std::min<std::uint32_t>(n, buffer.Size());
+      ASSERT_EQ(buffer.MoveStart(consumed), kBufferOk);
+      plain.unread.erase(plain.unread.begin(), plain.unread.begin() + consumed);
+      plain.read_pos += consumed;
     }
     ASSERT_EQ(buffer.Capacity(), plain.capacity);
     ASSERT_EQ(buffer.ReadPos(), plain.read_pos);
@@ -209,16 +209,16 @@ TEST(ByteBufferTest, RandomUseMatchesTheReferenceDesign) {
 TEST(ByteBufferTest, MovingLargeBacklogKeepsItsBytes) {
   constexpr std::uint32_t kBacklog = 20'000'000;
   constexpr std::uint32_t kStep = 256;  // bytes per read, of which the first number is checked
-  std::vector<std::uint32_t> piece(250'048);
-  const auto piece_size = static_cast<std::uint32_t>(piece.size() * sizeof(std::uint32_t));
-  ASSERT_EQ(piece_size % kStep, 0U);
+  std::vector<std::uint32_t> chunk(250'048);
+  const auto chunk_size = static_cast<std::uint32_t>(chunk.size() * sizeof(std::uint32_t));
+  ASSERT_EQ(chunk_size % kStep, 0U);
   CByteBuffer buffer;
   ASSERT_EQ(buffer.Initialize(), kBufferOk);
   std::uint32_t written = 0;
   std::uint32_t read = 0;
   for (int i = 0; i < 150; ++i) {
-    for (std::uint32_t& number : piece) number = written++;
-    ASSERT_EQ(buffer.Append(piece.data(), piece_size), kBufferOk);
+    for (std::uint32_t& number : chunk) number = written++;
+    ASSERT_EQ(buffer.Append(chunk.data(), chunk_size), kBufferOk);
     const bool is_drained = i % 50 == 49;
     while (buffer.Size() > (is_drained ? 0 : kBacklog)) {
       std::uint32_t number = 0;

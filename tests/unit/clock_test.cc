@@ -31,7 +31,7 @@ TEST(ClockTest, ReplacementIsInUseUntilItIsDestroyed) {
   EXPECT_EQ(&CurrentClock(), system);
 }
 
-TEST(SimulatedClockTest, TimeStandsStillUntilAdvanced) {
+TEST(SimulatedClockTest, TimeDoesNotChangeUntilAdvanced) {
   SimulatedClock clock;
   clock.SetWallTime(1'000);
   const Clock::TimePoint before = clock.Now();

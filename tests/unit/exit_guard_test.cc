@@ -129,7 +129,7 @@ TEST_F(ExitGuardTest, ThreadOfATransferThatTheExitEndedDoesNotContinue) {
         while (ExitClock().Waiting() == 0 && !download.has_ended) std::this_thread::yield();
         return !download.has_ended;
       };
-      for (int looks = 0; looks < 3 && stays(); ++looks) ExitClock().Advance(Clock::Duration(1));
+      for (int checks = 0; checks < 3 && stays(); ++checks) ExitClock().Advance(Clock::Duration(1));
       return stays();
     });
     if (!SilentDownload::Start().server.WaitForRequests(1)) std::_Exit(kOtherwise);

@@ -50,14 +50,14 @@ class ClearingClock final : public Clock {
 
   TimePoint Now() override {
     constexpr int kBeforeTheTransfer = 1;
-    if (looks_ == kBeforeTheTransfer) {
+    if (reads_ == kBeforeTheTransfer) {
       running_ = false;
-    } else if (looks_ > kBeforeTheTransfer) {
-      ++looks_after_the_stop_;
+    } else if (reads_ > kBeforeTheTransfer) {
+      ++reads_after_the_stop_;
     }
-    ++looks_;
-    const auto passed = std::chrono::hours(looks_after_the_stop_ > 2 ? 24 : 0);
-    return std::chrono::steady_clock::now() + passed;
+    ++reads_;
+    const auto elapsed = std::chrono::hours(reads_after_the_stop_ > 2 ? 24 : 0);
+    return std::chrono::steady_clock::now() + elapsed;
   }
   std::time_t WallTime() override { return 0; }
   void Sleep(Duration /*duration*/) override {}
@@ -70,32 +70,32 @@ class ClearingClock final : public Clock {
     condition.wait(lock, met);
   }
 
-  int Looks() const { return looks_; }
-  int LooksAfterTheStop() const { return looks_after_the_stop_; }
+  int Reads() const { return reads_; }
+  int ReadsAfterTheStop() const { return reads_after_the_stop_; }
 
  private:
   std::atomic<bool>& running_;
-  int looks_ = 0;
-  int looks_after_the_stop_ = 0;
+  int reads_ = 0;
+  int reads_after_the_stop_ = 0;
 };
 
-// A write callback that does not check the run flag. The fourth piece clears the flag.
+// A write callback that does not check the run flag. The fourth chunk clears the flag.
 struct FlagIgnoringReceiver {
-  static constexpr std::size_t kLargestPiece = CURL_MAX_WRITE_SIZE;
+  static constexpr std::size_t kLargestChunk = CURL_MAX_WRITE_SIZE;
   // Far more than libcurl receives between two progress callbacks. A transfer that ignores its flag
   // is ended at this limit.
   static constexpr std::size_t kMuch = 64 << 20;
 
   std::atomic<bool> running{true};
-  int pieces = 0;
+  int chunks = 0;
   std::size_t bytes_after_the_stop = 0;
 
   static FlagIgnoringReceiver* current;
 
-  static std::size_t Take(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
+  static std::size_t OnBytes(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
     FlagIgnoringReceiver& self = *current;
     if (!self.running.load()) self.bytes_after_the_stop += size * count;
-    if (++self.pieces == 4) self.running = false;
+    if (++self.chunks == 4) self.running = false;
     return self.bytes_after_the_stop > kMuch ? 0 : size * count;
   }
 };
@@ -103,7 +103,8 @@ FlagIgnoringReceiver* FlagIgnoringReceiver::current = nullptr;
 
 class TransferStopTest : public testing::Test {
  protected:
-  static std::size_t TakeAll(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
+  static std::size_t AcceptAll(char* /*bytes*/, std::size_t size, std::size_t count,
+                               void* /*user*/) {
     return size * count;
   }
 
@@ -119,36 +120,36 @@ class TransferStopTest : public testing::Test {
 TEST_F(TransferStopTest, WatchedTransferEndsAtTheNextProgressCallbackThoughTheServerIsSilent) {
   std::atomic<bool> running{true};
   ClearingClock clock(running);
-  const Transfer transfer{server_.Url("/silent/a"), TakeAll, nullptr, running,
+  const Transfer transfer{server_.Url("/silent/a"), AcceptAll, nullptr, running,
                           std::chrono::hours(1)};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
-  EXPECT_EQ(clock.Looks(), 2) << "one before the transfer, one in a progress callback";
-  EXPECT_EQ(clock.LooksAfterTheStop(), 0);
+  EXPECT_EQ(clock.Reads(), 2) << "one before the transfer, one in a progress callback";
+  EXPECT_EQ(clock.ReadsAfterTheStop(), 0);
 }
 
-TEST_F(TransferStopTest, EndlessTransferEndsThoughItsCallbackTakesEverything) {
+TEST_F(TransferStopTest, EndlessTransferEndsThoughItsCallbackAcceptsEverything) {
   server_.Serve(std::string(1 << 20, 'x'));
   FlagIgnoringReceiver receiver;
   FlagIgnoringReceiver::current = &receiver;
-  const Transfer transfer{server_.Url("/endless/a"), FlagIgnoringReceiver::Take, nullptr,
+  const Transfer transfer{server_.Url("/endless/a"), FlagIgnoringReceiver::OnBytes, nullptr,
                           receiver.running};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
   EXPECT_LT(receiver.bytes_after_the_stop, FlagIgnoringReceiver::kMuch);
 }
 
 TEST_F(TransferStopTest, TransferStoppedInMidBodyEndsThoughTheServerStalls) {
-  server_.Serve(std::string(8 * FlagIgnoringReceiver::kLargestPiece, 'x'));
+  server_.Serve(std::string(8 * FlagIgnoringReceiver::kLargestChunk, 'x'));
   FlagIgnoringReceiver receiver;
   FlagIgnoringReceiver::current = &receiver;
-  const Transfer transfer{server_.Url("/stall/a"), FlagIgnoringReceiver::Take, nullptr,
+  const Transfer transfer{server_.Url("/stall/a"), FlagIgnoringReceiver::OnBytes, nullptr,
                           receiver.running};
   EXPECT_EQ(Perform(transfer), CURLE_ABORTED_BY_CALLBACK);
-  EXPECT_GE(receiver.pieces, 4);
+  EXPECT_GE(receiver.chunks, 4);
 }
 
 TEST_F(TransferStopTest, TransferStoppedBeforeItBeginsEndsThoughTheServerIsSilent) {
   const std::atomic<bool> stopped{false};
-  EXPECT_EQ(Perform({server_.Url("/silent/a"), TakeAll, nullptr, stopped}),
+  EXPECT_EQ(Perform({server_.Url("/silent/a"), AcceptAll, nullptr, stopped}),
             CURLE_ABORTED_BY_CALLBACK);
 }
 

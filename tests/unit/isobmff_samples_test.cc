@@ -184,18 +184,18 @@ TEST(IsobmffSamplesTest, TracksFarApart) {
 
 // A sparse file of a little more than 5 GiB.
 TEST(IsobmffSamplesTest, SampleBeyond4GiB) {
-  constexpr std::uint64_t kPlace = (std::uint64_t{5} << 30) + 12345;
+  constexpr std::uint64_t kOffset = (std::uint64_t{5} << 30) + 12345;
   Track track = VideoTrack(1);
   track.samples[0].data.clear();
   track.replaced["stsz"] = mp4_boxes::FullBox("stsz", 0, Join({U32(4), U32(1)}));
-  track.replaced["stco"] = Table("co64", {U64(kPlace)});
+  track.replaced["stco"] = Table("co64", {U64(kOffset)});
   Movie movie = OneTrack(track);
   movie.large_boxes = true;
   mp4_boxes::WriteFile("movie.mp4", BuildMp4(movie).bytes);
-  std::filesystem::resize_file("movie.mp4", kPlace);
+  std::filesystem::resize_file("movie.mp4", kOffset);
   std::ofstream("movie.mp4", std::ios::binary | std::ios::app) << "four and more";
   const Mp4FileHandle file(MP4Read("movie.mp4"));
-  EXPECT_EQ(MP4GetSampleFileOffset(file.get(), 1, 1), kPlace);
+  EXPECT_EQ(MP4GetSampleFileOffset(file.get(), 1, 1), kOffset);
   const auto sample = ReadMp4(file, 1, 1);
   ASSERT_TRUE(sample);
   EXPECT_EQ(sample->data, mp4_boxes::Text("four"));

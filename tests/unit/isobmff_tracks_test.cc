@@ -51,7 +51,7 @@ struct ParameterSets {
 };
 
 // Copies a list that ends with a size of 0, and frees it.
-std::vector<Bytes> TakeList(std::uint8_t** blocks, std::uint32_t* sizes) {
+std::vector<Bytes> CopyAndFreeList(std::uint8_t** blocks, std::uint32_t* sizes) {
   std::vector<Bytes> list;
   for (std::size_t i = 0; sizes[i] != 0; ++i) {
     list.emplace_back(blocks[i], blocks[i] + sizes[i]);
@@ -72,8 +72,8 @@ ParameterSets SetsOf(const Mp4FileHandle& file, MP4TrackId track) {
                                               &picture, &picture_sizes);
   sets.touched = sequence != nullptr;
   if (!sets.touched) return sets;
-  sets.sequence = TakeList(sequence, sequence_sizes);
-  sets.picture = TakeList(picture, picture_sizes);
+  sets.sequence = CopyAndFreeList(sequence, sequence_sizes);
+  sets.picture = CopyAndFreeList(picture, picture_sizes);
   return sets;
 }
 

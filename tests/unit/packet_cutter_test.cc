@@ -21,14 +21,14 @@ Bytes NumberedPackets(std::size_t packets) {
   return stream;
 }
 
-// The packets that are cut out of `stream` if it is received from `offset` on in pieces of `piece`
-// bytes.
-Bytes Cut(const Bytes& stream, std::size_t offset, std::size_t piece) {
+// The packets that are cut out of `stream` if it is received from `offset` on in chunks of
+// `chunk_size` bytes.
+Bytes Cut(const Bytes& stream, std::size_t offset, std::size_t chunk_size) {
   PacketCutter cutter(offset);
   CByteBuffer packets;
   packets.Initialize();
-  for (std::size_t at = offset; at < stream.size(); at += piece) {
-    const std::size_t size = std::min(piece, stream.size() - at);
+  for (std::size_t at = offset; at < stream.size(); at += chunk_size) {
+    const std::size_t size = std::min(chunk_size, stream.size() - at);
     EXPECT_TRUE(cutter.Append(reinterpret_cast<const char*>(stream.data()) + at, size, packets));
     EXPECT_EQ(packets.Size() % kTsPacketSize, 0U) << "a part of a packet was appended";
   }
@@ -39,10 +39,10 @@ Bytes FromPacket(const Bytes& stream, std::size_t index) {
   return Bytes(stream.begin() + static_cast<std::ptrdiff_t>(index * kTsPacketSize), stream.end());
 }
 
-TEST(PacketCutterTest, StreamFromItsStartIsCompleteWhateverThePieces) {
+TEST(PacketCutterTest, StreamFromItsStartIsCompleteForEveryChunkSize) {
   const Bytes stream = NumberedPackets(10);
-  for (const std::size_t piece : {1U, 2U, 47U, 187U, 188U, 189U, 376U, 1000U, 5000U}) {
-    EXPECT_EQ(Cut(stream, 0, piece), stream) << "pieces of " << piece;
+  for (const std::size_t chunk_size : {1U, 2U, 47U, 187U, 188U, 189U, 376U, 1000U, 5000U}) {
+    EXPECT_EQ(Cut(stream, 0, chunk_size), stream) << "chunks of " << chunk_size;
   }
 }
 
@@ -50,9 +50,9 @@ TEST(PacketCutterTest, ResumeInMidPacketStartsAtTheNextPacketFromEveryOffset) {
   const Bytes stream = NumberedPackets(6);
   for (std::size_t offset = 1; offset <= 2 * kTsPacketSize; ++offset) {
     const std::size_t next = (offset + kTsPacketSize - 1) / kTsPacketSize;
-    for (const std::size_t piece : {1U, 61U, 188U, 5000U}) {
-      EXPECT_EQ(Cut(stream, offset, piece), FromPacket(stream, next))
-          << "from " << offset << " in pieces of " << piece;
+    for (const std::size_t chunk_size : {1U, 61U, 188U, 5000U}) {
+      EXPECT_EQ(Cut(stream, offset, chunk_size), FromPacket(stream, next))
+          << "from " << offset << " in chunks of " << chunk_size;
     }
   }
 }
@@ -63,7 +63,7 @@ TEST(PacketCutterTest, IncompleteLastPacketIsHeldBack) {
   EXPECT_EQ(Cut(cut, 0, 100).size(), 2 * kTsPacketSize);
 }
 
-TEST(PacketCutterTest, EmptyPieceChangesNothing) {
+TEST(PacketCutterTest, EmptyChunkChangesNothing) {
   PacketCutter cutter(5);
   CByteBuffer packets;
   EXPECT_TRUE(cutter.Append("", 0, packets));

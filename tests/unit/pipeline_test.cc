@@ -157,18 +157,18 @@ TEST_F(PipelineStopTest, TasksAreWokenAndJoinedEvenIfTheFlagIsClear) {
 TEST_F(PipelineStopTest, AdmittedTaskThatHasNotStartedNeverRuns) {
   std::promise<void> release;
   std::promise<void> begun;
-  std::promise<void> taken;
+  std::promise<void> ran;
   std::atomic<bool> has_run{false};
   pipeline_.AddTask([&] {
     begun.set_value();
     release.get_future().wait_for(kTestLimit);
   });
   pipeline_.AddTask([&] { has_run = true; });
-  pool_.AddTask([&] { taken.set_value(); });
+  pool_.AddTask([&] { ran.set_value(); });
   begun.get_future().wait();
   wake_ = [&] {
     release.set_value();
-    EXPECT_EQ(taken.get_future().wait_for(kTestLimit), std::future_status::ready);
+    EXPECT_EQ(ran.get_future().wait_for(kTestLimit), std::future_status::ready);
   };
   EXPECT_TRUE(Stop());
   EXPECT_FALSE(has_run.load()) << "the gate was closed too late";

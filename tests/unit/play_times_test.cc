@@ -151,7 +151,7 @@ class PlainSpreading {
 TEST_F(PlayTimesTest, RandomPushesAndPopsMatchTheReferenceModel) {
   std::mt19937 random(7);  // NOLINT: the same run every time
   PlainSpreading plain;
-  std::size_t taken = 0;
+  std::size_t popped = 0;
   std::uint64_t time = 126'000;
   for (int i = 0; i < 3000; ++i) {
     time += 1 + random() % 3600;
@@ -160,12 +160,12 @@ TEST_F(PlayTimesTest, RandomPushesAndPopsMatchTheReferenceModel) {
     plain.Push(pts);
     while (queue_.count > 0 && random() % 2 == 0) {
       EXPECT_NE(Pop(), nullptr);
-      ++taken;
+      ++popped;
     }
     const Times queued = QueuedPlayTimes();
-    ASSERT_EQ(queued.size(), plain.Size() - taken);
+    ASSERT_EQ(queued.size(), plain.Size() - popped);
     for (std::size_t k = 0; k < queued.size(); ++k) {
-      ASSERT_EQ(queued[k], plain.PlayTime(taken + k)) << "after push " << i;
+      ASSERT_EQ(queued[k], plain.PlayTime(popped + k)) << "after push " << i;
     }
   }
 }

@@ -31,21 +31,21 @@ struct RawPlayer {
 };
 
 template <int kSlot>
-void TakeNothing(RawPlayer* self) {
+void RecordSlot(RawPlayer* self) {
   self->slots.push_back(kSlot);
 }
 template <int kSlot>
-void TakeSeconds(RawPlayer* self, float seconds) {
+void RecordSeconds(RawPlayer* self, float seconds) {
   self->slots.push_back(kSlot);
   self->seconds = seconds;
 }
 template <int kSlot>
-void TakeFrame(RawPlayer* self, MediaFrame frame) {
+void RecordFrame(RawPlayer* self, MediaFrame frame) {
   self->slots.push_back(kSlot);
   self->frame = frame;
 }
 template <int kSlot>
-void TakeText(RawPlayer* self, std::string text) {
+void RecordText(RawPlayer* self, std::string text) {
   self->slots.push_back(kSlot);
   self->text = std::move(text);
 }
@@ -60,9 +60,10 @@ class PlayerContractTest : public testing::Test {
   CStreamPlayerImp* AsPlayer() { return reinterpret_cast<CStreamPlayerImp*>(&raw_); }
 
   const std::array<void*, 12> table_ = {
-      Entry(TakeNothing<0>), Entry(TakeNothing<1>), Entry(TakeNothing<2>), Entry(TakeNothing<3>),
-      Entry(TakeNothing<4>), Entry(TakeSeconds<5>), Entry(TakeSeconds<6>), Entry(TakeSeconds<7>),
-      Entry(TakeFrame<8>),   Entry(TakeFrame<9>),   Entry(TakeText<10>),   Entry(TakeText<11>)};
+      Entry(RecordSlot<0>),    Entry(RecordSlot<1>),    Entry(RecordSlot<2>),
+      Entry(RecordSlot<3>),    Entry(RecordSlot<4>),    Entry(RecordSeconds<5>),
+      Entry(RecordSeconds<6>), Entry(RecordSeconds<7>), Entry(RecordFrame<8>),
+      Entry(RecordFrame<9>),   Entry(RecordText<10>),   Entry(RecordText<11>)};
   RawPlayer raw_{table_.data(), {}, 0, {}, {}};
 };
 

@@ -12,10 +12,10 @@
 
 namespace {
 
-class FrameBacklogTest : public testing::Test {
+class QueueLimitTest : public testing::Test {
  protected:
-  FrameBacklogTest() { ResetFrameQueues(); }
-  ~FrameBacklogTest() override {
+  QueueLimitTest() { ResetFrameQueues(); }
+  ~QueueLimitTest() override {
     running_ = false;
     ReleaseFrameQueues();
   }
@@ -27,7 +27,7 @@ class FrameBacklogTest : public testing::Test {
     ASSERT_EQ(PushFrame(frame, queue), 0);
   }
 
-  std::future<void> Await(const QueueLimit& limit) {
+  std::future<void> WaitInBackground(const QueueLimit& limit) {
     return std::async(std::launch::async, [this, limit] { WaitForQueueSpace(running_, limit); });
   }
 
@@ -35,7 +35,7 @@ class FrameBacklogTest : public testing::Test {
   bool IsStillPolling() { return StillPolls(clock_, kPace); }
 
   // Advances to the next check.
-  void LookAgain() { clock_.Advance(kPace); }
+  void AdvanceToNextCheck() { clock_.Advance(kPace); }
 
   static constexpr Clock::Duration kPace{1};
 
@@ -43,42 +43,42 @@ class FrameBacklogTest : public testing::Test {
   std::atomic<bool> running_{true};
 };
 
-TEST_F(FrameBacklogTest, NoWaitBeforeTheQueuesExist) {
+TEST_F(QueueLimitTest, NoWaitBeforeTheQueuesExist) {
   ReleaseFrameQueues();
   WaitForQueueSpace(running_, {0, 0});
 }
 
-TEST_F(FrameBacklogTest, NoWaitAtTheLimit) {
+TEST_F(QueueLimitTest, NoWaitAtTheLimit) {
   Push(50, g_videoQueue);
   Push(50, g_videoQueue);
   Push(100, g_audioQueue);
   WaitForQueueSpace(running_, {2, 100});
 }
 
-TEST_F(FrameBacklogTest, OneFrameAboveTheLimitWaitsUntilOneIsRemoved) {
+TEST_F(QueueLimitTest, OneFrameAboveTheLimitWaitsUntilOneIsRemoved) {
   for (int i = 0; i < 3; ++i) Push(0, g_audioQueue);
-  const std::future<void> waiting = Await({2, 100});
+  const std::future<void> waiting = WaitInBackground({2, 100});
   EXPECT_TRUE(IsStillPolling());
   PopAudioFrame();
-  LookAgain();
+  AdvanceToNextCheck();
   waiting.wait();
 }
 
-TEST_F(FrameBacklogTest, OneByteAboveTheLimitWaitsUntilItsFrameIsRemoved) {
+TEST_F(QueueLimitTest, OneByteAboveTheLimitWaitsUntilItsFrameIsRemoved) {
   Push(101, g_videoQueue);
-  const std::future<void> waiting = Await({2, 100});
+  const std::future<void> waiting = WaitInBackground({2, 100});
   EXPECT_TRUE(IsStillPolling());
   PopVideoFrame();
-  LookAgain();
+  AdvanceToNextCheck();
   waiting.wait();
 }
 
-TEST_F(FrameBacklogTest, StopEndsTheWait) {
+TEST_F(QueueLimitTest, StopEndsTheWait) {
   Push(101, g_videoQueue);
-  const std::future<void> waiting = Await({2, 100});
+  const std::future<void> waiting = WaitInBackground({2, 100});
   EXPECT_TRUE(IsStillPolling());
   running_ = false;
-  LookAgain();
+  AdvanceToNextCheck();
   waiting.wait();
 }
 

@@ -60,9 +60,9 @@ TEST(ResidentMemoryTest, VideoDrainedFirstIsNotResident) {
 }
 
 void Append(CByteBuffer& buffer, std::size_t size) {
-  static const std::vector<std::uint8_t> piece(16'384, 0x47);
-  for (std::size_t done = 0; done < size; done += piece.size()) {
-    ASSERT_EQ(buffer.Append(piece.data(), static_cast<std::uint32_t>(piece.size())), kBufferOk);
+  static const std::vector<std::uint8_t> chunk(16'384, 0x47);
+  for (std::size_t done = 0; done < size; done += chunk.size()) {
+    ASSERT_EQ(buffer.Append(chunk.data(), static_cast<std::uint32_t>(chunk.size())), kBufferOk);
   }
 }
 

@@ -116,26 +116,26 @@ TEST_F(BlockedTempFolderTest, DanglingLinkBlocksTheDirectoryToo) {
 TEST_F(BlockedTempFolderTest, DirectoryThatCanBeCreatedLaterIsUsedForTheNextCacheFile) {
   ConsoleOf([] { CreateCacheFile("mebo.ts"); });
   folder_.Unblock();
-  const std::string beside = TempDirBeside(platform::ModuleFileName());
-  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }), "");
-  EXPECT_EQ(GetTempDirA(), beside);
-  EXPECT_TRUE(std::filesystem::exists(beside + "mebo.ts"));
+  const std::string directory = TempDirBeside(platform::ModuleFileName());
+  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), directory + "mebo.ts"); }), "");
+  EXPECT_EQ(GetTempDirA(), directory);
+  EXPECT_TRUE(std::filesystem::exists(directory + "mebo.ts"));
 }
 
 TEST_F(BlockedTempFolderTest, UnwritableCacheIsReportedAndThePathStays) {
   folder_.BlockCache();
-  const std::string beside = TempDirBeside(platform::ModuleFileName());
-  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }),
+  const std::string directory = TempDirBeside(platform::ModuleFileName());
+  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), directory + "mebo.ts"); }),
             LineAboutBoth());
-  EXPECT_EQ(GetTempDirA(), beside);
+  EXPECT_EQ(GetTempDirA(), directory);
   EXPECT_FALSE(TempFolderIsWritable());
 }
 
 TEST_F(BlockedTempFolderTest, MissingCacheIsReportedAndThePathStays) {
   SetUserCache("");
-  const std::string beside = TempDirBeside(platform::ModuleFileName());
-  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), beside + "mebo.ts"); }),
-            "Cache files cannot be written in " + beside + ".\n");
+  const std::string directory = TempDirBeside(platform::ModuleFileName());
+  EXPECT_EQ(ConsoleOf([&] { EXPECT_EQ(CreateCacheFile("mebo.ts"), directory + "mebo.ts"); }),
+            "Cache files cannot be written in " + directory + ".\n");
 }
 
 TEST_F(BlockedTempFolderTest, FileOpenedWithoutACacheFileIsInTheUsersCacheToo) {
@@ -159,23 +159,23 @@ class FreeTempFolderTest : public BlockedTempFolderTest {
  protected:
   FreeTempFolderTest() { folder_.Unblock(); }
 
-  const std::string beside_ = TempDirBeside(platform::ModuleFileName());
+  const std::string directory_ = TempDirBeside(platform::ModuleFileName());
 };
 
 TEST_F(FreeTempFolderTest, MissingDirectoryIsNotCreatedForAFileThatIsOnlyOpened) {
   EXPECT_EQ(ConsoleOf([] { EXPECT_EQ(OpenTempFile("tmpE.ts", "wb+"), nullptr); }), "");
   EXPECT_FALSE(std::filesystem::exists(folder_.Beside()));
-  EXPECT_EQ(GetTempDirA(), beside_);
+  EXPECT_EQ(GetTempDirA(), directory_);
 }
 
 TEST_F(FreeTempFolderTest, CacheFileThatCannotBeOpenedKeepsItsDirectory) {
-  std::filesystem::create_directories(beside_ + "mebo.mp4");  // a directory in place of the file
-  EXPECT_EQ(ConsoleOf([this] { EXPECT_EQ(CreateCacheFile("mebo.mp4"), beside_ + "mebo.mp4"); }),
+  std::filesystem::create_directories(directory_ + "mebo.mp4");  // a directory in place of the file
+  EXPECT_EQ(ConsoleOf([this] { EXPECT_EQ(CreateCacheFile("mebo.mp4"), directory_ + "mebo.mp4"); }),
             "");
-  EXPECT_EQ(GetTempDirA(), beside_);
+  EXPECT_EQ(GetTempDirA(), directory_);
   EXPECT_TRUE(TempFolderIsWritable());
   EXPECT_FALSE(std::filesystem::exists(folder_.InCache()));
-  const std::filesystem::directory_iterator entries(beside_);
+  const std::filesystem::directory_iterator entries(directory_);
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 1)
       << "the check left a file in the directory";
 }

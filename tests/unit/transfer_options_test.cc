@@ -10,14 +10,14 @@
 
 namespace {
 
-std::size_t TakeAll(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
+std::size_t AcceptAll(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
   return size * count;
 }
 
 class TransferOptionsTest : public testing::Test {
  protected:
   const std::atomic<bool> running_{true};
-  const Transfer transfer_{"http://host/a.ts", GuardedCallback<TakeAll>, nullptr, running_};
+  const Transfer transfer_{"http://host/a.ts", GuardedCallback<AcceptAll>, nullptr, running_};
   const CurlHandle handle_ = SetUpDownload(transfer_, 0);
 };
 

@@ -20,28 +20,28 @@ function addChart(parent, spec) {
     return;
   }
   const data = joined(spec.parts, spec.domain);
-  const place = document.createElement("div");
-  figure.append(place);
-  let chart = new uPlot(chartOptions(spec, place), data, place);
+  const container = document.createElement("div");
+  figure.append(container);
+  let chart = new uPlot(chartOptions(spec, container), data, container);
   new ResizeObserver(() => {
-    chart.setSize({width: place.clientWidth, height: chart.height});
-  }).observe(place);
+    chart.setSize({width: container.clientWidth, height: chart.height});
+  }).observe(container);
   onSchemeChange(() => {
     chart.destroy();
-    chart = new uPlot(chartOptions(spec, place), data, place);
+    chart = new uPlot(chartOptions(spec, container), data, container);
   });
 }
 
-function chartOptions(spec, place) {
+function chartOptions(spec, container) {
   return {
-    width: place.clientWidth,
+    width: container.clientWidth,
     height: spec.height ?? CHART_HEIGHT,
     scales: {x: {time: false}, y: spec.range ? {range: spec.range} : {}},
     axes: [axisOptions(spec.xLabel, {size: 34}), axisOptions(spec.yLabel, {size: 68, ...spec.axis})],
     series: [{label: spec.xLabel, value: (_, x) => seconds(x)}, ...spec.series.map(seriesOptions)],
     cursor: {
       sync: {key: spec.sync},
-      dataIdx: pointToTell(spec.series),
+      dataIdx: legendPoint(spec.series),
       points: {size: 9},
     },
     legend: {markers: {width: 0, fill: (_, at) => (at > 0 ? colour(spec.series[at - 1].colour) : null)}},
@@ -83,7 +83,7 @@ function pathsOf(series) {
 
 // The point of a series that the legend shows. The hovered point may belong to another series. A
 // stepped line then shows the previous point, other lines the nearest one.
-function pointToTell(series) {
+function legendPoint(series) {
   return (chart, at, hovered) => {
     if (at === 0) return hovered;
     const [x, column] = [chart.data[0], chart.data[at]];

@@ -9,7 +9,7 @@ const STREAM_TIME = "stream time (s)";
 function addCharts(report) {
   const arrival = document.getElementById("arrival");
   const domain = [0, report.elapsed];
-  for (const make of [statusChart, arrivalChart, distanceChart, stepChart, toldChart]) {
+  for (const make of [statusChart, arrivalChart, distanceChart, stepChart, valuesChart]) {
     addChart(arrival, {sync: "arrival", xLabel: SINCE_START, domain, ...make(report)});
   }
   const stream = document.getElementById("stream");
@@ -53,9 +53,9 @@ function statusChart(report) {
   const heights = LANES.map((_, at) => LANES.length - 1 - at);
   const parts = lanes(report).map((lane, at) => {
     const part = distinct({x: lane.x, ys: [lane.x.map(() => heights[at])]});
-    const told = lane.lines?.map((line) => shortened(visible(line.text), 60)) ??
+    const texts = lane.lines?.map((line) => shortened(visible(line.text), 60)) ??
       lane.values.map((value) => seconds(value));
-    return {...part, colour: lane.colour, told: new Map(part.x.map((x, i) => [x, told[i]]))};
+    return {...part, colour: lane.colour, texts: new Map(part.x.map((x, i) => [x, texts[i]]))};
   });
   return {
     id: "chart-status",
@@ -67,7 +67,7 @@ function statusChart(report) {
       label: LANES[at],
       colour: part.colour,
       points: at < 4 ? 8 : 4,
-      text: (_, x) => part.told.get(x) ?? NONE,
+      text: (_, x) => part.texts.get(x) ?? NONE,
     })),
     range: [-0.6, LANES.length - 0.4],
     axis: {
@@ -141,14 +141,14 @@ function stepChart(report) {
   };
 }
 
-const TOLD = [
+const VALUES = [
   {name: "duration", label: "duration", colour: "third"},
   {name: "buffered_time", label: "buffered time", colour: "fourth"},
   {name: "audio_clock", label: "audio clock", colour: "audio"},
 ];
 
-function toldChart(report) {
-  const parts = TOLD.map(({name}) => {
+function valuesChart(report) {
+  const parts = VALUES.map(({name}) => {
     const points = report[name].points;
     return distinct({x: points.t, ys: [points.newest]});
   });
@@ -158,7 +158,7 @@ function toldChart(report) {
     hint: "As the player was told them.",
     yLabel: STREAM_TIME,
     parts,
-    series: TOLD.map(({label, colour: tint}) => (
+    series: VALUES.map(({label, colour: tint}) => (
       {label, colour: tint, stepped: true, text: (y) => seconds(y)})),
   };
 }

@@ -15,7 +15,7 @@ function verdict(odd, notes) {
 }
 
 function showFindings(report) {
-  const place = document.getElementById("findings");
+  const container = document.getElementById("findings");
   const odd = report.findings.filter((finding) => finding.odd).length;
   const text = element("p", verdict(odd, report.findings.length - odd), odd ? "verdict odd" : "verdict good");
   text.id = "verdict";
@@ -28,14 +28,14 @@ function showFindings(report) {
     item.append(words);
     return item;
   }));
-  place.append(text, list);
+  container.append(text, list);
 }
 
 function showFacts(report) {
   const {video, audio} = report;
-  const came = [video, audio].filter((frames) => frames.frames > 0);
-  const first = came.length > 0 ? Math.min(...came.map((frames) => frames.first_at)) : null;
-  const spans = came.map((frames) => frames.span);
+  const received = [video, audio].filter((frames) => frames.frames > 0);
+  const first = received.length > 0 ? Math.min(...received.map((frames) => frames.first_at)) : null;
+  const spans = received.map((frames) => frames.span);
   const facts = [
     ["video frames", whole(video.frames)],
     ["audio frames", whole(audio.frames)],

@@ -1,10 +1,10 @@
 // The tables of the report, one function for each.
-const MOST_TOLD_ROWS = 500;
+const MAX_VALUE_ROWS = 500;
 
 function addTables(report) {
-  const place = document.getElementById("numbers");
-  for (const make of [framesTable, jumpsTable, linesTable, numbersTable, toldTable]) {
-    place.append(make(report));
+  const container = document.getElementById("numbers");
+  for (const make of [framesTable, jumpsTable, linesTable, numbersTable, valueChangesTable]) {
+    container.append(make(report));
   }
 }
 
@@ -19,28 +19,28 @@ function numberColumn(title, name, write) {
 
 function framesTable(report) {
   const rate = (frames) => (frames.span > 0 ? frames.bytes * 8 / frames.span : null);
-  const row = (what, write, take) => ({what, write, video: take(report.video), audio: take(report.audio)});
-  const came = (frames, value) => (frames.frames > 0 ? value : null);
+  const row = (what, write, field) => ({what, write, video: field(report.video), audio: field(report.audio)});
+  const ifReceived = (frames, value) => (frames.frames > 0 ? value : null);
   const rows = [
     row("frames", whole, (f) => f.frames),
     row("bytes", whole, (f) => f.bytes),
-    row("smallest frame, bytes", whole, (f) => came(f, f.smallest)),
-    row("largest frame, bytes", whole, (f) => came(f, f.largest)),
+    row("smallest frame, bytes", whole, (f) => ifReceived(f, f.smallest)),
+    row("largest frame, bytes", whole, (f) => ifReceived(f, f.largest)),
     row("frames without a payload", whole, (f) => f.empty),
     row("mean bit rate", (value) => scaled(value, "bit/s"), rate),
-    row("first time stamp", seconds, (f) => came(f, f.first_pts)),
-    row("last time stamp", seconds, (f) => came(f, f.last_pts)),
-    row("span of the time stamps", seconds, (f) => came(f, f.span)),
+    row("first time stamp", seconds, (f) => ifReceived(f, f.first_pts)),
+    row("last time stamp", seconds, (f) => ifReceived(f, f.last_pts)),
+    row("span of the time stamps", seconds, (f) => ifReceived(f, f.span)),
     row("gaps", whole, (f) => f.gaps),
     row("jumps back", whole, (f) => f.backs),
     row("same time stamp again", whole, (f) => f.same_time),
     row("frames without playTime", whole, (f) => f.without_play_time),
     row("playTime goes back", whole, (f) => f.play_time_back),
-    row("first arrival", seconds, (f) => came(f, f.first_at)),
-    row("last arrival", seconds, (f) => came(f, f.last_at)),
-    row("longest silence", seconds, (f) => came(f, f.longest_silence)),
+    row("first arrival", seconds, (f) => ifReceived(f, f.first_at)),
+    row("last arrival", seconds, (f) => ifReceived(f, f.last_at)),
+    row("longest silence", seconds, (f) => ifReceived(f, f.longest_silence)),
     row("frames that came too late", whole, (f) => f.late_frames),
-    row("the latest was late by", seconds, (f) => came(f, f.latest)),
+    row("the latest was late by", seconds, (f) => ifReceived(f, f.latest)),
   ];
   const kind = (name) => (
     {title: name, className: "number", value: (r) => r[name], text: (r) => r.write(r[name])});
@@ -65,8 +65,8 @@ function jumpsTable(report) {
 
 function linesTable(report) {
   const {messages, results, dropped, kept} = report.texts;
-  const left = dropped > 0 ? `; ${whole(dropped)} in the middle are left out` : "";
-  return makeTable("table-lines", `Status lines: ${whole(messages)}, results: ${whole(results)}${left}`, [
+  const omitted = dropped > 0 ? `; ${whole(dropped)} in the middle are left out` : "";
+  return makeTable("table-lines", `Status lines: ${whole(messages)}, results: ${whole(results)}${omitted}`, [
     numberColumn("arrival", "t", seconds),
     textColumn("kind", "kind"),
     textColumn("line", "text", "line"),
@@ -74,9 +74,9 @@ function linesTable(report) {
 }
 
 function numbersTable(report) {
-  const told = TOLD.map(({name, label}) => ({label, ...report[name]}));
+  const values = VALUES.map(({name, label}) => ({label, ...report[name]}));
   // A decreasing distance is normal.
-  const rows = [...told, {...report.distance, label: "video ahead of audio", went_back: null}];
+  const rows = [...values, {...report.distance, label: "video ahead of audio", went_back: null}];
   return makeTable("table-numbers", "Numbers", [
     textColumn("what", "label"),
     numberColumn("times", "count", whole),
@@ -89,15 +89,15 @@ function numbersTable(report) {
 }
 
 // The rows whose value differs from the previous one.
-function toldRows({name, label}, report) {
+function valueChanges({name, label}, report) {
   const {t, newest} = report[name].points;
   return t.map((at, i) => ({label, t: at, value: newest[i]}))
     .filter((row, i) => i === 0 || newest[i] !== newest[i - 1]);
 }
 
-function toldTable(report) {
-  const rows = TOLD.slice(0, 2).flatMap((told) => toldRows(told, report)).sort((a, b) => a.t - b.t);
-  const listed = rows.slice(0, MOST_TOLD_ROWS);
+function valueChangesTable(report) {
+  const rows = VALUES.slice(0, 2).flatMap((value) => valueChanges(value, report)).sort((a, b) => a.t - b.t);
+  const listed = rows.slice(0, MAX_VALUE_ROWS);
   const caption = listed.length < rows.length
     ? `Durations and buffered times: the first ${whole(listed.length)} of ${whole(rows.length)} changes`
     : `Durations and buffered times: ${whole(rows.length)} changes`;

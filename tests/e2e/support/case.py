@@ -66,10 +66,10 @@ class EndToEndCase(unittest.TestCase):
     def _assert_stream_is_whole(self, run, sample, kind):
         packets = reference.pes_packets(sample, kind)
         whole = reference.elementary_stream(sample, kind)
-        came = run.elementary_stream(kind)
+        received = run.elementary_stream(kind)
         self.assertGreater(len(packets), 2)
-        self.assertEqual(len(whole) - len(came), packets[-1].size)
-        self.assertTrue(whole.startswith(came), f"the {kind} stream differs from ffmpeg's")
+        self.assertEqual(len(whole) - len(received), packets[-1].size)
+        self.assertTrue(whole.startswith(received), f"the {kind} stream differs from ffmpeg's")
         self.assert_frames_are(run.frames_of(kind), packets[:-1])
 
     def assert_frames_are(self, frames, packets):

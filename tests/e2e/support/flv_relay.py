@@ -17,7 +17,7 @@ class FlvRelay:
     def __init__(self, directory, seconds):
         self.pushed = directory / "pushed.flv"
         self._seconds = seconds
-        self._pieces = []
+        self._chunks = []
         self._ended = False
         self._changed = threading.Condition()
         self._push_socket = None
@@ -28,7 +28,7 @@ class FlvRelay:
     def start(self):
         self._push_socket = socket.create_server(("127.0.0.1", 0))
         self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), self._viewer_handler())
-        self._begin(self._take)
+        self._begin(self._receive)
         self._begin(lambda: self._server.serve_forever(STOP_POLL_SECONDS))
         port = self._push_socket.getsockname()[1]
         command = [*encoder(self._seconds, "-re"), "-f", "flv", f"tcp://127.0.0.1:{port}"]
@@ -65,32 +65,32 @@ class FlvRelay:
         thread.start()
         self._threads.append(thread)
 
-    def _take(self):
+    def _receive(self):
         """Receives from the encoder until it ends."""
         connection, _ = self._push_socket.accept()
         with connection, self.pushed.open("wb") as copy:
-            while piece := connection.recv(65536):
-                copy.write(piece)
+            while chunk := connection.recv(65536):
+                copy.write(chunk)
                 copy.flush()
-                self._add(piece)
+                self._add(chunk)
         self._add(None)
 
-    def _add(self, piece):
+    def _add(self, chunk):
         with self._changed:
-            if piece is None:
+            if chunk is None:
                 self._ended = True
             else:
-                self._pieces.append(piece)
+                self._chunks.append(chunk)
             self._changed.notify_all()
 
-    def _piece(self, place):
+    def _chunk(self, index):
         """Waits for the block with this index. None at the end."""
         with self._changed:
-            self._changed.wait_for(lambda: self._ended or place < len(self._pieces))
-            return self._pieces[place] if place < len(self._pieces) else None
+            self._changed.wait_for(lambda: self._ended or index < len(self._chunks))
+            return self._chunks[index] if index < len(self._chunks) else None
 
     def _viewer_handler(self):
-        piece_at = self._piece
+        chunk_at = self._chunk
 
         class Handler(http.server.BaseHTTPRequestHandler):
             protocol_version = "HTTP/1.1"
@@ -101,10 +101,10 @@ class FlvRelay:
                 self.send_header("Transfer-Encoding", "chunked")
                 self.end_headers()
                 try:
-                    place = 0
-                    while (piece := piece_at(place)) is not None:
-                        self.wfile.write(b"%x\r\n%b\r\n" % (len(piece), piece))
-                        place += 1
+                    index = 0
+                    while (chunk := chunk_at(index)) is not None:
+                        self.wfile.write(b"%x\r\n%b\r\n" % (len(chunk), chunk))
+                        index += 1
                     self.wfile.write(b"0\r\n\r\n")
                 except ConnectionError:
                     self.close_connection = True  # the viewer has disconnected

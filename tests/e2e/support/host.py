@@ -68,9 +68,9 @@ class HostRun:
         wrong = []
         for kind in ("video", "audio"):
             payloads = self.payloads(kind)
-            for place, frame in enumerate(self.frames_of(kind)):
-                if zlib.crc32(payloads[place]) != frame.crc32:
-                    wrong.append((kind, place))
+            for index, frame in enumerate(self.frames_of(kind)):
+                if zlib.crc32(payloads[index]) != frame.crc32:
+                    wrong.append((kind, index))
             if sum(map(len, payloads)) != len(self.elementary_stream(kind)):
                 wrong.append((kind, "rest"))
         return wrong

@@ -69,26 +69,26 @@ def _run(command, inputs, directory):
         file.chmod(0o444)  # tests get copies
 
 
-def _made(command, inputs):
+def _output_directory(command, inputs):
     """The directory with the output of the command. It appears under its name when it is complete."""
     command = [str(argument) for argument in command]
     key = _key(command, inputs)
-    made = kept_directory() / key
-    if not made.exists():
+    output = kept_directory() / key
+    if not output.exists():
         with _locked(kept_directory() / f"{key}.lock"):
-            if not made.exists():
-                with tempfile.TemporaryDirectory(prefix="making-", dir=kept_directory()) as place:
-                    work = pathlib.Path(place) / "made"
+            if not output.exists():
+                with tempfile.TemporaryDirectory(prefix="making-", dir=kept_directory()) as temporary:
+                    work = pathlib.Path(temporary) / "made"
                     work.mkdir()
                     _run(command, inputs, work)
-                    work.rename(made)
-    return made
+                    work.rename(output)
+    return output
 
 
 def make_files(command, directory, inputs=None):
     """Runs a command in a directory that holds the files of `inputs` (contents by name), and copies all other
     files in it to `directory`."""
-    for file in _made(command, inputs or {}).iterdir():
+    for file in _output_directory(command, inputs or {}).iterdir():
         if file.name != _OUTPUT:
             shutil.copyfile(file, directory / file.name)
 
@@ -96,12 +96,12 @@ def make_files(command, directory, inputs=None):
 def make_file(command, path):
     """The same for a command that lacks only the name of its one output file, which is its last argument."""
     name = f"made{path.suffix}"
-    shutil.copyfile(_made([*command, name], {}) / name, path)
+    shutil.copyfile(_output_directory([*command, name], {}) / name, path)
     return path
 
 
 def output_of(command, path):
     """The standard output of a command that has the name of the file `path` among its arguments."""
-    place = "input" + pathlib.Path(path).suffix
-    command = [place if argument == str(path) else argument for argument in command]
-    return (_made(command, {place: pathlib.Path(path).read_bytes()}) / _OUTPUT).read_bytes()
+    input_name = "input" + pathlib.Path(path).suffix
+    command = [input_name if argument == str(path) else argument for argument in command]
+    return (_output_directory(command, {input_name: pathlib.Path(path).read_bytes()}) / _OUTPUT).read_bytes()

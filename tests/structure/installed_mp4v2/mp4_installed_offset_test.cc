@@ -14,7 +14,7 @@ namespace {
 
 struct FakeLibrary {
   std::map<std::string, std::uint64_t> properties;
-  std::map<std::string, int> asked;
+  std::map<std::string, int> queries;
 };
 
 FakeLibrary g_library;
@@ -58,11 +58,11 @@ void SetSmallTrack() {
   SetSizes("stsz", {1, 2, 3, 4, 5, 6, 7});
 }
 
-std::vector<std::uint64_t> Places(std::initializer_list<MP4SampleId> samples) {
-  std::vector<std::uint64_t> places;
+std::vector<std::uint64_t> OffsetsOf(std::initializer_list<MP4SampleId> samples) {
+  std::vector<std::uint64_t> offsets;
   for (const MP4SampleId sample : samples)
-    places.push_back(MP4GetSampleFileOffset(kFile, 1, sample));
-  return places;
+    offsets.push_back(MP4GetSampleFileOffset(kFile, 1, sample));
+  return offsets;
 }
 
 using Offsets = std::vector<std::uint64_t>;
@@ -78,19 +78,19 @@ class Mp4InstalledOffsetTest : public testing::Test {
 
 TEST_F(Mp4InstalledOffsetTest, SamplesInOrder) {
   SetSmallTrack();
-  EXPECT_EQ(Places({1, 2, 3, 4, 5, 6, 7}), Offsets({100, 101, 500, 503, 900, 905, 911}));
+  EXPECT_EQ(OffsetsOf({1, 2, 3, 4, 5, 6, 7}), Offsets({100, 101, 500, 503, 900, 905, 911}));
 }
 
 TEST_F(Mp4InstalledOffsetTest, SamplesInAnyOrder) {
   SetSmallTrack();
-  EXPECT_EQ(Places({7, 1, 6, 4, 4, 2, 5, 3}), Offsets({911, 100, 905, 503, 503, 101, 900, 500}));
+  EXPECT_EQ(OffsetsOf({7, 1, 6, 4, 4, 2, 5, 3}), Offsets({911, 100, 905, 503, 503, 101, 900, 500}));
 }
 
 TEST_F(Mp4InstalledOffsetTest, LargeOffsetsAndCompactSizes) {
   SetRuns({1}, {2});
   SetOffsets("co64", {std::uint64_t{5} << 32});
   SetSizes("stz2", {9, 9});
-  EXPECT_EQ(Places({1, 2}), Offsets({std::uint64_t{5} << 32, (std::uint64_t{5} << 32) + 9}));
+  EXPECT_EQ(OffsetsOf({1, 2}), Offsets({std::uint64_t{5} << 32, (std::uint64_t{5} << 32) + 9}));
 }
 
 TEST_F(Mp4InstalledOffsetTest, SamplesOfOneSize) {
@@ -98,7 +98,7 @@ TEST_F(Mp4InstalledOffsetTest, SamplesOfOneSize) {
   SetOffsets("stco", {50});
   Set("stsz.sampleSize", 4);
   Set("stsz.sampleCount", 1000);
-  EXPECT_EQ(Places({1, 1000}), Offsets({50, 50 + 4 * 999}));
+  EXPECT_EQ(OffsetsOf({1, 1000}), Offsets({50, 50 + 4 * 999}));
 }
 
 // Iterating over them would take minutes.
@@ -108,45 +108,45 @@ TEST_F(Mp4InstalledOffsetTest, ManySamplesOfOneSizeInAChunkAreNotIteratedOver) {
   SetOffsets("stco", {50});
   Set("stsz.sampleSize", 4);
   Set("stsz.sampleCount", kSamples);
-  EXPECT_EQ(Places({1, kSamples, 3}), Offsets({50, 50 + std::uint64_t{4} * (kSamples - 1), 58}));
+  EXPECT_EQ(OffsetsOf({1, kSamples, 3}), Offsets({50, 50 + std::uint64_t{4} * (kSamples - 1), 58}));
 }
 
 TEST_F(Mp4InstalledOffsetTest, MissingSamplesHaveNoOffset) {
   SetSmallTrack();
-  EXPECT_EQ(Places({0, 8, 0xFFFFFFFF}), Offsets({UINT64_MAX, UINT64_MAX, UINT64_MAX}));
+  EXPECT_EQ(OffsetsOf({0, 8, 0xFFFFFFFF}), Offsets({UINT64_MAX, UINT64_MAX, UINT64_MAX}));
   SetOffsets("stco", {100, 500});
   ForgetSampleFileOffsets(kFile);
-  EXPECT_EQ(Places({4, 5}), Offsets({503, UINT64_MAX}));
+  EXPECT_EQ(OffsetsOf({4, 5}), Offsets({503, UINT64_MAX}));
   EXPECT_EQ(MP4GetSampleFileOffset(nullptr, 1, 1), UINT64_MAX);
 }
 
 TEST_F(Mp4InstalledOffsetTest, TrackWithoutTablesHasNoOffsets) {
-  EXPECT_EQ(Places({1}), Offsets({UINT64_MAX}));
+  EXPECT_EQ(OffsetsOf({1}), Offsets({UINT64_MAX}));
 }
 
 TEST_F(Mp4InstalledOffsetTest, ChunkRunsThatDoNotIncreaseEndTheTrack) {
   SetSmallTrack();
   SetRuns({1, 1}, {2, 3});
-  EXPECT_EQ(Places({1, 2}), Offsets({100, 101}));
+  EXPECT_EQ(OffsetsOf({1, 2}), Offsets({100, 101}));
   SetRuns({1}, {0});
   ForgetSampleFileOffsets(kFile);
-  EXPECT_EQ(Places({1}), Offsets({UINT64_MAX}));
+  EXPECT_EQ(OffsetsOf({1}), Offsets({UINT64_MAX}));
 }
 
 TEST_F(Mp4InstalledOffsetTest, EachEntryIsReadOncePerOpenFile) {
   SetSmallTrack();
-  Places({1, 2, 3, 4, 5, 6, 7});
-  for (const auto& [name, times] : g_library.asked) EXPECT_EQ(times, 1) << name;
+  OffsetsOf({1, 2, 3, 4, 5, 6, 7});
+  for (const auto& [name, times] : g_library.queries) EXPECT_EQ(times, 1) << name;
 }
 
 TEST_F(Mp4InstalledOffsetTest, NextFileWithTheSameHandleIsReadAgain) {
   SetSmallTrack();
-  EXPECT_EQ(Places({1}), Offsets({100}));
+  EXPECT_EQ(OffsetsOf({1}), Offsets({100}));
   SetOffsets("stco", {700, 800, 900});
   EXPECT_EQ(MP4GetSampleFileOffset(kOtherFile, 1, 1), 700U);
-  EXPECT_EQ(Places({2}), Offsets({101}));
+  EXPECT_EQ(OffsetsOf({2}), Offsets({101}));
   ForgetSampleFileOffsets(kFile);
-  EXPECT_EQ(Places({1, 2}), Offsets({700, 701}));
+  EXPECT_EQ(OffsetsOf({1, 2}), Offsets({700, 701}));
 }
 
 }  // namespace
@@ -155,7 +155,7 @@ bool MP4GetTrackIntegerProperty(MP4FileHandle, MP4TrackId, const char* propName,
                                 std::uint64_t* retVal) {
   const auto found = g_library.properties.find(propName);
   if (found == g_library.properties.end()) return false;
-  ++g_library.asked[propName];
+  ++g_library.queries[propName];
   *retVal = found->second;
   return true;
 }

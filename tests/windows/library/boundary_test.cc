@@ -25,17 +25,17 @@ constexpr int kFrames = 60;
 constexpr std::uint64_t kFirstPts = 90'000;
 
 // Passes every call on to a recording player and counts the threads that call it.
-class ThreadNotingPlayer final : public CStreamPlayerImp {
+class ThreadCountingPlayer final : public CStreamPlayerImp {
  public:
-  explicit ThreadNotingPlayer(RecordingPlayer& recorder) : recorder_(recorder) {}
+  explicit ThreadCountingPlayer(RecordingPlayer& recorder) : recorder_(recorder) {}
 
-  void OnDuration(float seconds) override { Noted().OnDuration(seconds); }
-  void OnBufferedTime(float seconds) override { Noted().OnBufferedTime(seconds); }
-  void OnAudioClock(float seconds) override { Noted().OnAudioClock(seconds); }
-  void OnAudioFrame(MediaFrame frame) override { Noted().OnAudioFrame(frame); }
-  void OnVideoFrame(MediaFrame frame) override { Noted().OnVideoFrame(frame); }
-  void OnMessage(std::string line) override { Noted().OnMessage(std::move(line)); }
-  void OnPlayResult(std::string line) override { Noted().OnPlayResult(std::move(line)); }
+  void OnDuration(float seconds) override { CountThread().OnDuration(seconds); }
+  void OnBufferedTime(float seconds) override { CountThread().OnBufferedTime(seconds); }
+  void OnAudioClock(float seconds) override { CountThread().OnAudioClock(seconds); }
+  void OnAudioFrame(MediaFrame frame) override { CountThread().OnAudioFrame(frame); }
+  void OnVideoFrame(MediaFrame frame) override { CountThread().OnVideoFrame(frame); }
+  void OnMessage(std::string line) override { CountThread().OnMessage(std::move(line)); }
+  void OnPlayResult(std::string line) override { CountThread().OnPlayResult(std::move(line)); }
 
   std::size_t Threads() const {
     const std::lock_guard lock(mutex_);
@@ -43,7 +43,7 @@ class ThreadNotingPlayer final : public CStreamPlayerImp {
   }
 
  private:
-  RecordingPlayer& Noted() {
+  RecordingPlayer& CountThread() {
     const std::lock_guard lock(mutex_);
     threads_.insert(std::this_thread::get_id());
     return recorder_;
@@ -83,7 +83,7 @@ void ExpectFrames(const std::vector<RecordedFrame>& frames, std::size_t size, bo
 TEST(WindowsBoundaryTest, FramesAndStringsArriveFromSeveralThreads) {
   const std::string address = MakeLocalStream();
   RecordingPlayer recorder;
-  ThreadNotingPlayer player(recorder);
+  ThreadCountingPlayer player(recorder);
   CStreamDownloader downloader(&player);
   ASSERT_TRUE(downloader.BeginDownload(address));
   EXPECT_TRUE(recorder.WaitFor(PlayedWhole));

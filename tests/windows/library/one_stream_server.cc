@@ -21,11 +21,11 @@ void SendAll(SOCKET connection, const char* bytes, std::size_t size) {
 // Reads up to the empty line that ends a request, or to the end of the connection.
 void ReadRequest(SOCKET connection) {
   std::string request;
-  std::array<char, 1024> piece;
+  std::array<char, 1024> buffer;
   while (request.find("\r\n\r\n") == std::string::npos) {
-    const int length = recv(connection, piece.data(), static_cast<int>(piece.size()), 0);
+    const int length = recv(connection, buffer.data(), static_cast<int>(buffer.size()), 0);
     if (length <= 0) return;
-    request.append(piece.data(), static_cast<std::size_t>(length));
+    request.append(buffer.data(), static_cast<std::size_t>(length));
   }
 }
 

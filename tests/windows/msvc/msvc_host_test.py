@@ -51,7 +51,7 @@ class StringsTest(_MsvcHostMixin, EndToEndCase):
     def test_assigned_facade_uses_the_player_of_the_other(self):
         self.run_case("assignment")
 
-    def test_player_behind_another_base_is_called(self):
+    def test_player_that_is_the_second_base_is_called(self):
         self.run_case("another_base")
 
     def test_destruction_stops_the_stream(self):
@@ -89,7 +89,7 @@ class TsTest(_MsvcHostMixin, EndToEndCase):
     def test_stop_ends_the_calls(self):
         self.run_case("stop", self.serve().url(self.make_sample().name))
 
-    def test_players_of_both_kinds_take_turns(self):
+    def test_players_of_both_compilers_alternate(self):
         self.run_case("both_kinds", self.serve().url(self.make_sample().name))
 
 

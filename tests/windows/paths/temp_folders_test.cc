@@ -19,12 +19,12 @@ namespace fs = std::filesystem;
 // Converts wide text to a code page with Windows. The second value is whether nothing was lost.
 std::pair<std::string, bool> Narrow(const std::wstring& wide, UINT code_page) {
   BOOL lost = FALSE;
-  BOOL* const told = code_page == CP_UTF8 ? nullptr : &lost;
+  BOOL* const used_default = code_page == CP_UTF8 ? nullptr : &lost;
   const int size = static_cast<int>(wide.size());
   const int length =
       WideCharToMultiByte(code_page, 0, wide.data(), size, nullptr, 0, nullptr, nullptr);
   std::string text(static_cast<std::size_t>(length), '\0');
-  WideCharToMultiByte(code_page, 0, wide.data(), size, text.data(), length, nullptr, told);
+  WideCharToMultiByte(code_page, 0, wide.data(), size, text.data(), length, nullptr, used_default);
   return {text, lost == FALSE};
 }
 
@@ -56,11 +56,11 @@ std::vector<std::string> Lines(const std::string& text) {
 
 std::string ReadToTheEnd(HANDLE pipe) {
   std::string text;
-  std::array<char, 512> piece;
+  std::array<char, 512> buffer;
   DWORD length = 0;
-  while (ReadFile(pipe, piece.data(), static_cast<DWORD>(piece.size()), &length, nullptr) != 0 &&
+  while (ReadFile(pipe, buffer.data(), static_cast<DWORD>(buffer.size()), &length, nullptr) != 0 &&
          length > 0) {
-    text.append(piece.data(), length);
+    text.append(buffer.data(), length);
   }
   return text;
 }

@@ -25,7 +25,7 @@ def _files(*patterns):
             for path in (_ROOT / folder).rglob(pattern)}
 
 
-def _left_out():
+def _excluded():
     """The patterns of not_compiled.txt, in its order."""
     lines = _NOT_COMPILED.read_text().splitlines()
     return [line.split(": ")[0] for line in lines if not line.startswith("#")]
@@ -70,7 +70,7 @@ class VisualCTypesTest(unittest.TestCase):
 
     def test_each_source_is_compiled_or_excluded_for_a_reason(self):
         not_compiled = _files("*.cc") - self.sources.keys()
-        for pattern in _left_out():
+        for pattern in _excluded():
             matching = set(fnmatch.filter(not_compiled, pattern))
             self.assertTrue(matching, f"{_NOT_COMPILED.name} lists '{pattern}', which matches no source")
             not_compiled -= matching

@@ -9,7 +9,7 @@
 void MembersAnswerWhileNothingPlays();
 void NullPlayerIsSilent();
 void AssignedFacadeUsesThePlayerOfTheOther();
-void PlayerBehindAnotherBaseIsCalled();
+void PlayerThatIsTheSecondBaseIsCalled();
 void DestructionStopsWhatPlays();
 void ZeroFillIsReached();
 
@@ -21,12 +21,12 @@ void CallsLeaveNoHeapBlock();
 
 // --- Streams (stream_cases.cc); `address` is the address of the stream ---
 void PrintFrames(std::uint64_t count, const std::string& address);
-void SeekStartsThere(const std::string& address);
+void SeekStartsAtThePosition(const std::string& address);
 void StopEndsTheCalls(const std::string& address);
 void MissingFileIsReportedInBothWays(const std::string& address);
 
 // --- Players of GCC in the same process (gcc_cases.cc) ---
-void BothKindsTakeTurns(const std::string& address);
+void PlayersOfBothCompilersAlternate(const std::string& address);
 void GccPlayerAtTheAddressOfAnother();
 
 #endif  // TESTS_MSVC_CASES_H_

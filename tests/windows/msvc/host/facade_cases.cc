@@ -44,7 +44,7 @@ void AssignedFacadeUsesThePlayerOfTheOther() {
   ExpectValidHeap();
 }
 
-void PlayerBehindAnotherBaseIsCalled() {
+void PlayerThatIsTheSecondBaseIsCalled() {
   struct Window {
     virtual void Resize() {}
     int width = 0;

@@ -44,7 +44,7 @@ void ExpectGccEcho(const GccPlayers& gcc, void* player, const std::string& text)
 
 }  // namespace
 
-void BothKindsTakeTurns(const std::string& address) {
+void PlayersOfBothCompilersAlternate(const std::string& address) {
   constexpr std::uint64_t kFrames = 20;
   const GccPlayers gcc;
   alignas(16) static unsigned char space[kSpace];

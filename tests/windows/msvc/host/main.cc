@@ -6,7 +6,7 @@
 namespace {
 
 // Removes the first word and returns it.
-std::string TakeWord(const char*& text) {
+std::string NextWord(const char*& text) {
   const char* const begin = text;
   while (*text != 0 && *text != ' ') ++text;
   const std::string word(begin, static_cast<std::size_t>(text - begin));
@@ -30,7 +30,7 @@ constexpr Plain kPlain[] = {
     {"members", MembersAnswerWhileNothingPlays},
     {"null_player", NullPlayerIsSilent},
     {"assignment", AssignedFacadeUsesThePlayerOfTheOther},
-    {"another_base", PlayerBehindAnotherBaseIsCalled},
+    {"another_base", PlayerThatIsTheSecondBaseIsCalled},
     {"destruction", DestructionStopsWhatPlays},
     {"zero_fill", ZeroFillIsReached},
     {"lengths", AddressesOfAllLengthsAreEchoed},
@@ -45,14 +45,14 @@ struct Streaming {
   void (*run)(const std::string& address);
 };
 constexpr Streaming kStreaming[] = {
-    {"seek", SeekStartsThere},
+    {"seek", SeekStartsAtThePosition},
     {"stop", StopEndsTheCalls},
     {"missing_file", MissingFileIsReportedInBothWays},
-    {"both_kinds", BothKindsTakeTurns},
+    {"both_kinds", PlayersOfBothCompilersAlternate},
 };
 
 bool Run(const char* arguments) {
-  const std::string name = TakeWord(arguments);
+  const std::string name = NextWord(arguments);
   for (const Plain& one : kPlain) {
     if (name == one.name) return one.run(), true;
   }
@@ -60,7 +60,7 @@ bool Run(const char* arguments) {
     if (name == one.name) return one.run(arguments), true;
   }
   if (name != "frames") return false;
-  const std::uint64_t count = NumberOf(TakeWord(arguments));
+  const std::uint64_t count = NumberOf(NextWord(arguments));
   return PrintFrames(count, arguments), true;
 }
 

@@ -25,16 +25,16 @@ bool BeginsWith(const std::string& text, const std::string& begin) {
 
 }  // namespace
 
-void Recorder::Lines::Note(const std::string& line) {
+void Recorder::Lines::Record(const std::string& line) {
   last = line;
   if (count < kKept) kept[count] = line;
   ++count;
 }
 
-void Recorder::OnDuration(float seconds) { Note("duration", seconds); }
-void Recorder::OnBufferedTime(float seconds) { Note("buffered", seconds); }
+void Recorder::OnDuration(float seconds) { Record("duration", seconds); }
+void Recorder::OnBufferedTime(float seconds) { Record("buffered", seconds); }
 
-void Recorder::Note(const char* kind, float seconds) {
+void Recorder::Record(const char* kind, float seconds) {
   const Lock lock(lock_);
   ExpectIsOpen();
   Expect(seconds >= 0, "a time below 0");
@@ -53,16 +53,16 @@ void Recorder::OnAudioFrame(MediaFrame frame) {
   const Lock lock(lock_);
   Expect(last_clock_ == static_cast<float>(frame.playTime / kTicksPerSecond),
          "an audio clock differs from the play time of its frame");
-  Note("audio", audio_frames_++, frame);
+  Record("audio", audio_frames_++, frame);
 }
 
 void Recorder::OnVideoFrame(MediaFrame frame) {
   const Lock lock(lock_);
   if (video_frames_ == 0) first_video_play_time_ = frame.playTime;
-  Note("video", video_frames_++, frame);
+  Record("video", video_frames_++, frame);
 }
 
-void Recorder::Note(const char* kind, std::uint64_t index, const MediaFrame& frame) {
+void Recorder::Record(const char* kind, std::uint64_t index, const MediaFrame& frame) {
   ExpectIsOpen();
   if (!prints_all_) return;
   std::string row = kind;
@@ -73,18 +73,18 @@ void Recorder::Note(const char* kind, std::uint64_t index, const MediaFrame& fra
   Print(row);
 }
 
-void Recorder::Note(Lines& lines, const std::string& line) {
+void Recorder::Record(Lines& lines, const std::string& line) {
   const Lock lock(lock_);
   ExpectIsOpen();
-  lines.Note(line);
+  lines.Record(line);
 }
 
-void Recorder::OnMessage(std::string line) { Note(messages_, line); }
+void Recorder::OnMessage(std::string line) { Record(messages_, line); }
 
 // Moves the line out of the parameter, which is then empty when it is destroyed.
 void Recorder::OnPlayResult(std::string line) {
-  const std::string taken = static_cast<std::string&&>(line);
-  Note(results_, taken);
+  const std::string moved = static_cast<std::string&&>(line);
+  Record(results_, moved);
 }
 
 void Recorder::ExpectIsOpen() const {

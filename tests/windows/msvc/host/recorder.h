@@ -59,12 +59,12 @@ class Recorder : public CStreamPlayerImp {
     std::string last;
     std::uint64_t count = 0;
 
-    void Note(const std::string& line);
+    void Record(const std::string& line);
   };
 
-  void Note(const char* kind, std::uint64_t index, const MediaFrame& frame);
-  void Note(const char* kind, float seconds);
-  void Note(Lines& lines, const std::string& line);
+  void Record(const char* kind, std::uint64_t index, const MediaFrame& frame);
+  void Record(const char* kind, float seconds);
+  void Record(Lines& lines, const std::string& line);
   void ExpectIsOpen() const;
 
   mutable void* lock_ = nullptr;  // an SRWLOCK; guards all of the following

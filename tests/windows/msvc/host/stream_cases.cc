@@ -25,7 +25,7 @@ void PrintFrames(std::uint64_t count, const std::string& address) {
   ExpectValidHeap();
 }
 
-void SeekStartsThere(const std::string& address) {
+void SeekStartsAtThePosition(const std::string& address) {
   Recorder player;
   CStreamDownloader facade(&player);
   Expect(facade.BeginDownload(address), "the address was not accepted");

@@ -14,9 +14,9 @@ constexpr std::size_t kImportTable = 24 + 112 + 12 * 8;  // of addresses; from t
 constexpr std::uint32_t kReadWrite = 4;  // PAGE_READWRITE
 
 template <typename Type>
-Type Read(const unsigned char* place) {
+Type Read(const unsigned char* bytes) {
   Type value;
-  memcpy(&value, place, sizeof(value));
+  memcpy(&value, bytes, sizeof(value));
   return value;
 }
 

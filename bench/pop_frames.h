@@ -1,6 +1,6 @@
 // The consumer of the frame queues in benchmarks.
-#ifndef BENCH_TAKE_FRAMES_H_
-#define BENCH_TAKE_FRAMES_H_
+#ifndef BENCH_POP_FRAMES_H_
+#define BENCH_POP_FRAMES_H_
 
 #include <cstdint>
 
@@ -8,7 +8,7 @@
 #include "common/frame_queue.h"
 
 // Pops all frames. No other thread runs, so reading the count needs no lock.
-inline void TakeFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& totals) {
+inline void PopFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& totals) {
   while (queue != nullptr && queue->count != 0) {
     const FrameNodePtr frame = pop();
     totals.frames += 1;
@@ -16,4 +16,4 @@ inline void TakeFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& to
   }
 }
 
-#endif  // BENCH_TAKE_FRAMES_H_
+#endif  // BENCH_POP_FRAMES_H_

@@ -7,8 +7,8 @@
 // Call OpenRun before a download starts, and Record after EndDownload has returned: from then on no
 // thread of the library calls the player. The screen, the dump and the report are borrowed; the
 // dump and the report may be null.
-#ifndef HOST_CONSOLE_HOST_PLAYER_H_
-#define HOST_CONSOLE_HOST_PLAYER_H_
+#ifndef HOST_CONSOLE_STATS_PLAYER_H_
+#define HOST_CONSOLE_STATS_PLAYER_H_
 
 #include <atomic>
 #include <cstdint>
@@ -71,12 +71,13 @@ class StatsPlayer final : public CStreamPlayerImp {
     std::optional<double> first_frame_ms;  // guarded by mutex
   };
 
-  double Arrival();
+  double RecordArrival();
   // The report, or null while recording is off.
   Report* RecordingReport() const;
-  void TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame);
-  void NextNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);
-  void TakeText(const char* event, std::vector<std::string> RunRecord::*texts, std::string&& line);
+  void RecordFrame(FrameKind kind, Kind& state, const MediaFrame& frame);
+  void RecordNumber(const char* event, std::optional<float> PlayTotals::*newest, float seconds);
+  void RecordLine(const char* event, std::vector<std::string> RunRecord::*texts,
+                  std::string&& line);
 
   const Clock& clock_;
   Screen& screen_;
@@ -96,4 +97,4 @@ class StatsPlayer final : public CStreamPlayerImp {
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_HOST_PLAYER_H_
+#endif  // HOST_CONSOLE_STATS_PLAYER_H_

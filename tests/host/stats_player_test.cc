@@ -1,4 +1,4 @@
-#include "host/console/host_player.h"
+#include "host/console/stats_player.h"
 
 #include <gmock/gmock.h>
 
@@ -36,9 +36,9 @@ class CallReport final : public Report {
   std::vector<std::string> calls;
 };
 
-class HostPlayerTest : public testing::Test {
+class StatsPlayerTest : public testing::Test {
  protected:
-  HostPlayerTest()
+  StatsPlayerTest()
       : dump_(Dump::Open(directory_.path(), error_)),
         screen_(output_.get(), {}),
         player_(clock_, screen_, dump_.get()) {}
@@ -52,7 +52,7 @@ class HostPlayerTest : public testing::Test {
   StatsPlayer player_;
 };
 
-TEST_F(HostPlayerTest, FramesAreCountedByKind) {
+TEST_F(StatsPlayerTest, FramesAreCountedByKind) {
   clock_.AdvanceTo(40);
   player_.OnVideoFrame(FrameOf(180'000, "1234"));
   clock_.AdvanceTo(50);
@@ -72,7 +72,7 @@ TEST_F(HostPlayerTest, FramesAreCountedByKind) {
   EXPECT_EQ(player_.LastArrivalMs(), 50);
 }
 
-TEST_F(HostPlayerTest, NewestNumbersAreKept) {
+TEST_F(StatsPlayerTest, NewestNumbersAreKept) {
   player_.OnDuration(1.5F);
   player_.OnDuration(2.5F);
   player_.OnBufferedTime(4.0F);
@@ -83,7 +83,7 @@ TEST_F(HostPlayerTest, NewestNumbersAreKept) {
   EXPECT_EQ(totals.audio_clock, 3.0F);
 }
 
-TEST_F(HostPlayerTest, TextsAreKeptAndPrintedWithTheirTime) {
+TEST_F(StatsPlayerTest, TextsAreKeptAndPrintedWithTheirTime) {
   clock_.AdvanceTo(1500);
   player_.OnMessage("PLAY TS NO:a\x1b\n");
   player_.OnPlayResult("PLAY:FLV OK:b");
@@ -92,7 +92,7 @@ TEST_F(HostPlayerTest, TextsAreKeptAndPrintedWithTheirTime) {
   EXPECT_EQ(output_.Text(), "[1.500 s] PLAY TS NO:a\\x1b\\n\n[1.500 s] PLAY:FLV OK:b\n");
 }
 
-TEST_F(HostPlayerTest, EveryKindOfEventIsDumped) {
+TEST_F(StatsPlayerTest, EveryKindOfEventIsDumped) {
   player_.OnMessage("m");
   player_.OnPlayResult("r");
   player_.OnDuration(1.0F);
@@ -106,7 +106,7 @@ TEST_F(HostPlayerTest, EveryKindOfEventIsDumped) {
   EXPECT_EQ(ContentOf(directory_.path() / "audio.es"), "a");
 }
 
-TEST_F(HostPlayerTest, EveryCallCountsAsAnArrival) {
+TEST_F(StatsPlayerTest, EveryCallCountsAsAnArrival) {
   const auto expect_arrival = [this](const auto& call) {
     clock_.Advance(10);
     call();
@@ -121,7 +121,7 @@ TEST_F(HostPlayerTest, EveryCallCountsAsAnArrival) {
   expect_arrival([&] { player_.OnVideoFrame(FrameOf(1, "a")); });
 }
 
-TEST_F(HostPlayerTest, OnlyTextsAreKeptWhileRecordingIsOff) {
+TEST_F(StatsPlayerTest, OnlyTextsAreKeptWhileRecordingIsOff) {
   player_.SetRecording(false);
   player_.OnMessage("before");
   player_.OnDuration(9.0F);
@@ -141,7 +141,7 @@ TEST_F(HostPlayerTest, OnlyTextsAreKeptWhileRecordingIsOff) {
             "arrival_ms,event,value\n0.000,message,after\n");
 }
 
-TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
+TEST_F(StatsPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
   CallReport report;
   StatsPlayer player(clock_, screen_, nullptr, &report);
   player.OpenRun();
@@ -155,18 +155,18 @@ TEST_F(HostPlayerTest, EveryRecordedCallAndAllTextsGoToTheReport) {
                                         "audio 2", "video 2"));
 }
 
-TEST_F(HostPlayerTest, WithoutMemoryNoCallThrowsAndOneLineReportsIt) {
+TEST_F(StatsPlayerTest, WithoutMemoryNoCallThrowsAndOneLineReportsIt) {
   ReportNextFailure();
   ReportWithoutMemory report;
   StatsPlayer player(clock_, screen_, nullptr, &report);
   testing::internal::CaptureStderr();
   EXPECT_NO_THROW(MakeEveryCall(player, 1));
-  const std::string told = testing::internal::GetCapturedStderr();
-  EXPECT_THAT(told, testing::StartsWith("a call of the library could not be taken: "));
-  EXPECT_EQ(told.find('\n'), told.size() - 1) << told;
+  const std::string printed = testing::internal::GetCapturedStderr();
+  EXPECT_THAT(printed, testing::StartsWith("a call of the library could not be taken: "));
+  EXPECT_EQ(printed.find('\n'), printed.size() - 1) << printed;
 }
 
-TEST_F(HostPlayerTest, OpenRunClearsThePreviousRun) {
+TEST_F(StatsPlayerTest, OpenRunClearsThePreviousRun) {
   player_.OnVideoFrame(FrameOf(1, "a"));
   player_.OnMessage("m");
   player_.OnDuration(1.0F);
@@ -179,7 +179,7 @@ TEST_F(HostPlayerTest, OpenRunClearsThePreviousRun) {
   EXPECT_EQ(player_.FramesSeen(), 0U);
 }
 
-TEST_F(HostPlayerTest, CallsFromThreeThreadsAreAllCounted) {
+TEST_F(StatsPlayerTest, CallsFromThreeThreadsAreAllCounted) {
   constexpr std::uint64_t kCalls = 1000;
   const auto repeat = [](const auto& call) {
     for (std::uint64_t i = 0; i < kCalls; ++i) call(i);

@@ -1,25 +1,25 @@
-#include "sound_output.h"
+#include "audio_output.h"
 
 #include <algorithm>
 
 namespace player {
 
-SoundOutput::SoundOutput(SoundDevice& device) : device_(device) {
+AudioOutput::AudioOutput(AudioDevice& device) : device_(device) {
   device_.Start([this](std::span<float> out, double heard_at) { Fill(out, heard_at); });
 }
 
-void SoundOutput::Play(SoundBuffer* sound) {
+void AudioOutput::Play(AudioBuffer* buffer) {
   const std::lock_guard lock(mutex_);
-  sound_ = sound;
+  buffer_ = buffer;
 }
 
-void SoundOutput::Fill(std::span<float> out, double heard_at) {
+void AudioOutput::Fill(std::span<float> out, double heard_at) {
   const std::lock_guard lock(mutex_);
-  if (sound_ == nullptr) {
+  if (buffer_ == nullptr) {
     std::fill(out.begin(), out.end(), 0.0F);
     return;
   }
-  sound_->Fill(out, heard_at);
+  buffer_->Fill(out, heard_at);
 }
 
 }  // namespace player

@@ -1,4 +1,4 @@
-#include "host_player.h"
+#include "stats_player.h"
 
 #include <algorithm>
 #include <utility>
@@ -12,49 +12,49 @@ namespace host {
 void StatsPlayer::OnDuration(float seconds) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnDuration(seconds);
-    NextNumber("duration", &PlayTotals::duration, seconds);
+    RecordNumber("duration", &PlayTotals::duration, seconds);
   });
 }
 
 void StatsPlayer::OnBufferedTime(float seconds) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnBufferedTime(seconds);
-    NextNumber("buffered", &PlayTotals::buffered_time, seconds);
+    RecordNumber("buffered", &PlayTotals::buffered_time, seconds);
   });
 }
 
 void StatsPlayer::OnAudioClock(float seconds) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnAudioClock(seconds);
-    NextNumber("clock", &PlayTotals::audio_clock, seconds);
+    RecordNumber("clock", &PlayTotals::audio_clock, seconds);
   });
 }
 
 void StatsPlayer::OnAudioFrame(MediaFrame frame) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnAudioFrame(frame);
-    TakeFrame(FrameKind::kAudio, audio_, frame);
+    RecordFrame(FrameKind::kAudio, audio_, frame);
   });
 }
 
 void StatsPlayer::OnVideoFrame(MediaFrame frame) {
   GuardedCall([&] {
     if (Report* report = RecordingReport()) report->OnVideoFrame(frame);
-    TakeFrame(FrameKind::kVideo, video_, frame);
+    RecordFrame(FrameKind::kVideo, video_, frame);
   });
 }
 
 void StatsPlayer::OnMessage(std::string line) {
   GuardedCall([&] {
     if (report_ != nullptr) report_->OnMessage(line);
-    TakeText("message", &RunRecord::messages, std::move(line));
+    RecordLine("message", &RunRecord::messages, std::move(line));
   });
 }
 
 void StatsPlayer::OnPlayResult(std::string line) {
   GuardedCall([&] {
     if (report_ != nullptr) report_->OnPlayResult(line);
-    TakeText("result", &RunRecord::results, std::move(line));
+    RecordLine("result", &RunRecord::results, std::move(line));
   });
 }
 
@@ -105,14 +105,14 @@ PlayTotals StatsPlayer::Totals() const {
 
 Report* StatsPlayer::RecordingReport() const { return recording_.load() ? report_ : nullptr; }
 
-double StatsPlayer::Arrival() {
+double StatsPlayer::RecordArrival() {
   const double now = clock_.NowMs();
   last_arrival_ms_ = now;
   return now;
 }
 
-void StatsPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame) {
-  const double now = Arrival();
+void StatsPlayer::RecordFrame(FrameKind kind, Kind& state, const MediaFrame& frame) {
+  const double now = RecordArrival();
   ++frames_seen_;
   if (!recording_.load()) return;
   ++frames_recorded_;
@@ -124,9 +124,9 @@ void StatsPlayer::TakeFrame(FrameKind kind, Kind& state, const MediaFrame& frame
   if (dump_ != nullptr) dump_->WriteFrame(kind, frame, now);
 }
 
-void StatsPlayer::NextNumber(const char* event, std::optional<float> PlayTotals::*newest,
-                             float seconds) {
-  const double now = Arrival();
+void StatsPlayer::RecordNumber(const char* event, std::optional<float> PlayTotals::*newest,
+                               float seconds) {
+  const double now = RecordArrival();
   if (!recording_.load()) return;
   {
     const std::lock_guard lock(mutex_);
@@ -135,9 +135,9 @@ void StatsPlayer::NextNumber(const char* event, std::optional<float> PlayTotals:
   if (dump_ != nullptr) dump_->WriteEvent(now, event, ExactText(seconds));
 }
 
-void StatsPlayer::TakeText(const char* event, std::vector<std::string> RunRecord::*texts,
-                           std::string&& line) {
-  const double now = Arrival();
+void StatsPlayer::RecordLine(const char* event, std::vector<std::string> RunRecord::*texts,
+                             std::string&& line) {
+  const double now = RecordArrival();
   screen_.Status(now, PrintableText(line));
   if (recording_.load()) {
     if (dump_ != nullptr) dump_->WriteEvent(now, event, line);

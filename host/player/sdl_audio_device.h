@@ -1,27 +1,27 @@
 // The system's audio device, through SDL.
-#ifndef HOST_PLAYER_SDL_SOUND_DEVICE_H_
-#define HOST_PLAYER_SDL_SOUND_DEVICE_H_
+#ifndef HOST_PLAYER_SDL_AUDIO_DEVICE_H_
+#define HOST_PLAYER_SDL_AUDIO_DEVICE_H_
 
 #include <memory>
 #include <string>
 
+#include "audio_device.h"
 #include "clock.h"
-#include "sound_device.h"
 
 namespace player {
 
-class SdlSoundDevice final : public SoundDevice {
+class SdlAudioDevice final : public AudioDevice {
  public:
   // Returns null if there is no device; `error` then says why. `clock` is borrowed. SDL's audio
   // must be initialised before, if possible.
-  static std::unique_ptr<SdlSoundDevice> Open(const host::Clock& clock, std::string& error);
-  ~SdlSoundDevice() override { Close(); }
+  static std::unique_ptr<SdlAudioDevice> Open(const host::Clock& clock, std::string& error);
+  ~SdlAudioDevice() override { Close(); }
 
   void Start(Source source) override;
   void Stop() override { Close(); }
 
  private:
-  explicit SdlSoundDevice(const host::Clock& clock) : clock_(clock) {}
+  explicit SdlAudioDevice(const host::Clock& clock) : clock_(clock) {}
   void Close();
   static void Fill(void* self, unsigned char* bytes, int size);
 
@@ -32,4 +32,4 @@ class SdlSoundDevice final : public SoundDevice {
 
 }  // namespace player
 
-#endif  // HOST_PLAYER_SDL_SOUND_DEVICE_H_
+#endif  // HOST_PLAYER_SDL_AUDIO_DEVICE_H_

@@ -1,0 +1,31 @@
+// A class that uses its mutexes correctly; the other files here each break one rule.
+#ifndef TESTS_STRUCTURE_LOCK_CHECKS_GUARDED_COUNTER_H_
+#define TESTS_STRUCTURE_LOCK_CHECKS_GUARDED_COUNTER_H_
+
+#include "platform/mutex.h"
+
+class GuardedCounter {
+ public:
+  void AddOne() {
+    const MutexLock outer(outer_);
+    const MutexLock inner(inner_);
+    AddLocked();
+  }
+  void WaitForOne() {
+    const MutexLock lock(inner_);
+    WaitOn(changed_, inner_, [this]() REQUIRES(inner_) { return count_ > 0; });
+  }
+  int ReadWithoutTheMutex();
+  void AddWithoutTheMutex();
+  void LockInTheWrongOrder();
+
+ private:
+  void AddLocked() REQUIRES(inner_) { ++count_; }
+
+  Mutex outer_ ACQUIRED_BEFORE(inner_);
+  Mutex inner_;
+  std::condition_variable changed_;
+  int count_ GUARDED_BY(inner_) = 0;
+};
+
+#endif  // TESTS_STRUCTURE_LOCK_CHECKS_GUARDED_COUNTER_H_

@@ -1,0 +1,3 @@
+#include "tests/structure/lock_checks/guarded_counter.h"
+
+int GuardedCounter::ReadWithoutTheMutex() { return count_; }

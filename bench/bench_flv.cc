@@ -13,8 +13,8 @@
 #include "bench/pop_frames.h"
 #include "common/adts.h"
 #include "common/frame_queue.h"
-#include "flv/flv_memory_source.h"
 #include "flv/flv_tag_parser.h"
+#include "tests/support/flv_memory_source.h"
 
 namespace {
 

@@ -30,17 +30,17 @@ void ResetStream() {
 bool Pass(std::uint32_t total, std::uint32_t backlog) {
   static const std::vector<char> chunk(kChunkSize, 0x17);
   static std::vector<std::uint8_t> read(kChunkSize);
-  const std::uint64_t stream = g_flvStream->Begin();
-  FlvTransfer transfer(stream);
-  FlvStreamSource source(stream);
+  const RunId run = g_flvStream->Begin();
+  FlvTransfer transfer(run);
+  FlvStreamSource source(run);
   std::uint32_t unread = 0;
   for (std::uint32_t done = 0; done < total; done += kChunkSize, unread += kChunkSize) {
-    if (transfer.Take(chunk.data(), kChunkSize) != kChunkSize) return false;
+    if (transfer.OnBytes(chunk.data(), kChunkSize) != kChunkSize) return false;
     if (unread < backlog) continue;
     if (!source.Read(read.data(), kChunkSize)) return false;
     unread -= kChunkSize;
   }
-  g_flvStream->EndDownload(stream);
+  g_flvStream->MarkEndOfInput(run);
   while (source.Read(read.data(), kChunkSize)) unread -= kChunkSize;
   return unread == 0;
 }

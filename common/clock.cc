@@ -28,19 +28,22 @@ class SystemClock final : public Clock {
   }
 };
 
-std::atomic<Clock*> g_replacement{nullptr};
+struct Clocks {
+  SystemClock system;
+  std::atomic<Clock*> current{&system};
+};
 
 // Created at its first use, which may be in the constructor of another static object.
-Clock& SystemsClock() {
-  static NeverDestroyed<SystemClock> clock;
-  return *clock;
+Clocks& AllClocks() {
+  static NeverDestroyed<Clocks> clocks;
+  return *clocks;
 }
 
 }  // namespace
 
-Clock& CurrentClock() {
-  Clock* const replacement = g_replacement.load(std::memory_order_acquire);
-  return replacement != nullptr ? *replacement : SystemsClock();
-}
+Clock& CurrentClock() { return *AllClocks().current.load(std::memory_order_acquire); }
 
-void UseClock(Clock* clock) { g_replacement.store(clock, std::memory_order_release); }
+void UseClock(Clock* clock) {
+  Clocks& clocks = AllClocks();
+  clocks.current.store(clock == nullptr ? &clocks.system : clock, std::memory_order_release);
+}

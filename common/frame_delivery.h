@@ -5,18 +5,25 @@
 
 #include <atomic>
 #include <functional>
-#include <string_view>
+#include <string>
 
 #include "common/frame_queue.h"
 #include "common/player_port.h"
 
+// Called once for each frame, on the delivery thread. If it returns false, the frame is dropped. If
+// empty, every frame is delivered.
+using FrameFilter = std::function<bool(const FrameRecord&)>;
+
+struct FrameFilters {
+  FrameFilter video;
+  FrameFilter audio;
+};
+
 struct DeliveryLoop {
   const std::atomic<bool>& running;  // the loop ends when it is cleared
   PlayerPort player;
-  // Called once for each frame, on the delivery thread. If it returns false, the frame is dropped.
-  // If empty, every frame is delivered.
-  std::function<bool(const FrameRecord&)> wanted;
-  std::string_view stop_line;  // logged when the loop has ended
+  FrameFilter wanted;
+  std::string stop_line;  // logged when the loop has ended
 };
 
 // Each function blocks until the run flag is cleared. Call each on a thread of its own.

@@ -20,24 +20,28 @@ constexpr std::size_t RoundUp(std::size_t size) {
   return (size + kAlignment - 1) / kAlignment * kAlignment;
 }
 
-Mutex g_mutex;
+struct Chunk;
+
+struct Memory {
+  Mutex mutex;
+  // The chunks that accept new payloads, one of each kind, or null.
+  std::array<Chunk*, 2> current GUARDED_BY(mutex){};
+  std::atomic<std::size_t> held{0};  // bytes
+};
+Memory g_memory;
 
 // The header of every chunk. A payload begins within the first kChunkSize bytes of its chunk, and
 // chunks are aligned to kChunkSize. So rounding a payload's address down gives its chunk.
 struct Chunk {
   std::atomic<std::uint32_t> users{1};  // its payloads, plus 1 while it accepts more
   PayloadKind kind;
-  std::size_t size;  // of the memory; needs g_mutex while the chunk accepts new payloads
-  std::size_t used GUARDED_BY(g_mutex) = 0;  // bytes, including this header
+  std::size_t size;  // of the memory; needs g_memory.mutex while the chunk accepts new payloads
+  std::size_t used GUARDED_BY(g_memory.mutex) = 0;  // bytes, including this header
 };
 constexpr std::size_t kChunkHeader = RoundUp(sizeof(Chunk));
 
-// The chunks that accept new payloads, one of each kind, or null.
-std::array<Chunk*, 2> g_current GUARDED_BY(g_mutex){};
-std::atomic<std::size_t> g_held{0};
-
-Chunk*& CurrentOf(PayloadKind kind) REQUIRES(g_mutex) {
-  return g_current[static_cast<std::size_t>(kind)];
+Chunk*& CurrentOf(PayloadKind kind) REQUIRES(g_memory.mutex) {
+  return g_memory.current[static_cast<std::size_t>(kind)];
 }
 
 Chunk* ChunkOf(const std::uint8_t* payload) {
@@ -49,13 +53,13 @@ Chunk* MakeChunk(std::size_t size, PayloadKind kind) {
   void* const memory = platform::MapPages(size, kChunkSize);
   if (memory == nullptr) return nullptr;
   platform::PrefaultPages(memory, size);
-  g_held += size;
+  g_memory.held += size;
   return new (memory) Chunk{.kind = kind, .size = size, .used = kChunkHeader};
 }
 
 void ReleaseChunk(Chunk* chunk) {
   const std::size_t size = chunk->size;
-  g_held -= size;
+  g_memory.held -= size;
   platform::UnmapPages(chunk, size);
 }
 
@@ -68,15 +72,15 @@ bool IsEmpty(const Chunk* chunk) { return chunk->users.load(std::memory_order_ac
 
 // Call it when the chunk accepts no more payloads. Releases its unused pages. The chunk itself is
 // released with its last payload.
-void CloseChunk(Chunk* chunk) REQUIRES(g_mutex) {
+void CloseChunk(Chunk* chunk) REQUIRES(g_memory.mutex) {
   const std::size_t size = platform::TrimPages(chunk, chunk->size, chunk->used);
-  g_held -= chunk->size - size;
+  g_memory.held -= chunk->size - size;
   chunk->size = size;
   if (Leave(chunk) == 0) ReleaseChunk(chunk);
 }
 
 // Ensures that the current chunk has space for `needed` bytes. Returns false if there is no memory.
-bool MakeSpace(std::size_t needed, PayloadKind kind) REQUIRES(g_mutex) {
+bool MakeSpace(std::size_t needed, PayloadKind kind) REQUIRES(g_memory.mutex) {
   Chunk*& current = CurrentOf(kind);
   if (current != nullptr && needed <= kChunkSize - current->used) return true;
   if (current != nullptr) CloseChunk(current);
@@ -88,7 +92,7 @@ bool MakeSpace(std::size_t needed, PayloadKind kind) REQUIRES(g_mutex) {
 // slow stream uses the same few pages. `chunk` is only compared: if it is not the current chunk,
 // another thread may have released it.
 void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_memory.mutex);
   Chunk* const current = CurrentOf(kind);
   if (chunk == current && IsEmpty(current)) current->used = kChunkHeader;
 }
@@ -96,7 +100,7 @@ void ReuseIfEmpty(const Chunk* chunk, PayloadKind kind) {
 std::uint8_t* AllocateInChunk(std::size_t size, PayloadKind kind) {
   // At least one byte, so that a payload never begins at the end of the chunk.
   const std::size_t needed = RoundUp(std::max<std::size_t>(size, 1));
-  const MutexLock lock(g_mutex);
+  const MutexLock lock(g_memory.mutex);
   if (!MakeSpace(needed, kind)) return nullptr;
   Chunk* const current = CurrentOf(kind);
   std::uint8_t* const payload = reinterpret_cast<std::uint8_t*>(current) + current->used;
@@ -127,12 +131,12 @@ std::uint8_t* AllocateBlock(std::size_t size, PayloadKind kind) {
   void* const memory = ::operator new(size + kBlockHeader, std::nothrow);
   if (memory == nullptr) return nullptr;
   new (memory) Block{size + kBlockHeader, kind};
-  g_held += size + kBlockHeader;
+  g_memory.held += size + kBlockHeader;
   return static_cast<std::uint8_t*>(memory) + kBlockHeader;
 }
 
 void FreeBlock(Block* block) {
-  g_held -= block->size;
+  g_memory.held -= block->size;
   ::operator delete(block);
 }
 
@@ -163,4 +167,4 @@ PayloadKind KindOfPayload(const std::uint8_t* payload) {
   return kSeparateBlocks ? BlockOf(payload)->kind : ChunkOf(payload)->kind;
 }
 
-std::size_t HeldPayloadMemory() { return g_held.load(); }
+std::size_t HeldPayloadMemory() { return g_memory.held.load(); }

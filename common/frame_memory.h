@@ -29,7 +29,7 @@ void FreePayload(std::uint8_t* payload);
 // Returns the kind for which a payload was allocated.
 PayloadKind KindOfPayload(const std::uint8_t* payload);
 
-// Returns the memory held for payloads in bytes, including unused space.
+// Returns the memory held for payloads in bytes, including unused space. For tests.
 std::size_t HeldPayloadMemory();
 
 #endif  // COMMON_FRAME_MEMORY_H_

@@ -1,6 +1,5 @@
 #include "common/frame_queue.h"
 
-#include <atomic>
 #include <cstddef>
 #include <cstring>
 #include <new>
@@ -11,7 +10,7 @@ FrameQueue* g_audioQueue = nullptr;
 
 namespace {
 
-std::atomic<std::uint64_t> g_generation{0};
+RunCounter g_queueRuns;
 
 // Taken from the payload, since FLV sets `isVideo` on its audio frames too.
 PayloadKind KindOf(const FrameRecord& frame) {
@@ -135,14 +134,14 @@ void ResetFrameQueues() {
   const std::lock_guard lock(g_frameQueueMutex);
   ReplaceQueue(g_audioQueue);
   ReplaceQueue(g_videoQueue);
-  g_generation.fetch_add(1, std::memory_order_release);
+  g_queueRuns.Next();
 }
 
 void ReleaseFrameQueues() {
   const std::lock_guard lock(g_frameQueueMutex);
   ReleaseQueue(g_videoQueue);
   ReleaseQueue(g_audioQueue);
-  g_generation.fetch_add(1, std::memory_order_release);
+  g_queueRuns.Next();
 }
 
-std::uint64_t FrameQueueGeneration() { return g_generation.load(std::memory_order_acquire); }
+RunId FrameQueueRun() { return g_queueRuns.Current(); }

@@ -17,6 +17,7 @@
 #include <new>
 
 #include "common/frame_memory.h"
+#include "common/run_id.h"
 
 // One frame: a NAL unit or an AAC frame. From a transport stream, the payload of one PES packet.
 struct FrameRecord {
@@ -92,17 +93,17 @@ void ClearAudioQueue();
 FrameNodePtr PopVideoFrame();
 FrameNodePtr PopAudioFrame();
 
-// Replaces both global queues with empty ones, releases their frames and starts a new generation.
+// Replaces both global queues with empty ones, releases their frames and begins the next run.
 // Every pipeline calls it at each start.
 void ResetFrameQueues();
 
 // Deletes both global queues and their frames. The pointers are null until the next use. Also
-// starts a new generation.
+// begins the next run.
 void ReleaseFrameQueues();
 
-// Returns the number of calls of ResetFrameQueues and ReleaseFrameQueues. A producer with state for
-// each stream (the transport stream demultiplexer) compares it with the last value it has read, and
-// resets its state if it has changed.
-std::uint64_t FrameQueueGeneration();
+// Returns the id of the current run of both queues. A producer with state for each stream (the
+// transport stream demultiplexer) compares it with the last one it has read, and resets its state
+// if it has changed.
+RunId FrameQueueRun();
 
 #endif  // COMMON_FRAME_QUEUE_H_

@@ -2,20 +2,14 @@
 #ifndef COMMON_ONCE_PER_START_H_
 #define COMMON_ONCE_PER_START_H_
 
-#include <atomic>
-#include <cstdint>
+// The limited lines. kCount is their number.
+enum class OncePerStart { kPlayerThrew, kFileRefused, kCount };
 
 // Called by the facade at the beginning of each start.
 void CountStart();
 
-// One object for each kind of line. Safe from any thread.
-class OncePerStart {
- public:
-  // Returns true for the first call after each CountStart, and for the very first call.
-  bool IsFirst();
-
- private:
-  std::atomic<std::uint64_t> seen_{UINT64_MAX};  // count of starts at the last call
-};
+// Returns true for the first call for this line after each CountStart, and for the very first call.
+// Safe from any thread.
+bool IsFirstSinceStart(OncePerStart line);
 
 #endif  // COMMON_ONCE_PER_START_H_

@@ -22,8 +22,7 @@ MediaFrame MakeMediaFrame(const FrameRecord& frame) {
 }
 
 void LogThrow(const char* where) noexcept {
-  static OncePerStart line;
-  if (line.IsFirst()) LogCaught(where, "; a player must not throw");
+  if (IsFirstSinceStart(OncePerStart::kPlayerThrew)) LogCaught(where, "; a player must not throw");
 }
 
 }  // namespace

@@ -48,9 +48,10 @@ std::string FilePathOf(const std::string& url) {
 }  // namespace
 
 bool RefuseSpecialFile(const std::string& path, const std::string& url) {
-  static OncePerStart line;
   if (path.empty() || !platform::IsSpecialFile(path)) return false;
-  if (line.IsFirst()) ConsoleLine("A FIFO, socket, device or directory is not played: " + url);
+  if (IsFirstSinceStart(OncePerStart::kFileRefused)) {
+    ConsoleLine("A FIFO, socket, device or directory is not played: " + url);
+  }
   return true;
 }
 

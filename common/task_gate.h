@@ -4,11 +4,10 @@
 #ifndef COMMON_TASK_GATE_H_
 #define COMMON_TASK_GATE_H_
 
-#include <atomic>
-#include <cstdint>
 #include <utility>
 
 #include "common/caught.h"
+#include "common/run_id.h"
 #include "common/thread_pool.h"
 
 // Safe from any thread. Must outlive the admitted tasks.
@@ -18,13 +17,13 @@ class TaskGate {
   // from `task`, for example when memory runs out, is logged and ends only this task: the pool's
   // tasks must not throw, and the host continues to run.
   CThreadPool::Task Admit(CThreadPool::Task task) {
-    return [this, task = std::move(task), closings = closings_.load()] {
-      if (closings_.load() == closings) RunGuarded(task);
+    return [this, task = std::move(task), run = runs_.Current()] {
+      if (runs_.IsCurrent(run)) RunGuarded(task);
     };
   }
 
   // Drops all admitted tasks that have not started.
-  void Close() { ++closings_; }
+  void Close() { runs_.Next(); }
 
  private:
   static void RunGuarded(const CThreadPool::Task& task) noexcept {
@@ -35,7 +34,7 @@ class TaskGate {
     }
   }
 
-  std::atomic<std::uint64_t> closings_{0};
+  RunCounter runs_;  // one run lasts from one Close to the next
 };
 
 #endif  // COMMON_TASK_GATE_H_

@@ -15,6 +15,7 @@
 std::string GetTempDirA();
 
 // Returns the same directory without a separator at its end: the form for creating it.
+// Kept for compatibility: nothing calls it.
 std::wstring GetTempDirW();
 
 // Creates the directory if needed, then creates or empties the file `name` in it. Returns the path

@@ -7,21 +7,23 @@
 #include <cstdint>
 #include <string>
 
-// Fetches `url` from its beginning into the stream with this number, until its end or until
+#include "common/run_id.h"
+
+// Fetches `url` from its beginning into the stream of this run, until its end or until
 // g_flvRunning is cleared. Blocks.
-void DownloadFlv(const std::string& url, std::uint64_t stream);
+void DownloadFlv(const std::string& url, RunId run);
 
 // One download. Used on the thread that performs the transfer.
 class FlvTransfer {
  public:
-  explicit FlvTransfer(std::uint64_t stream) : stream_(stream) {}
+  explicit FlvTransfer(RunId run) : run_(run) {}
 
   // Stages a piece of the body. Returns the number of accepted bytes; 0 ends the transfer. An HTML
   // page is refused.
-  std::size_t Take(const char* data, std::size_t length);
+  std::size_t OnBytes(const char* data, std::size_t length);
 
  private:
-  const std::uint64_t stream_;
+  const RunId run_;
   std::uint64_t offset_ = 0;  // of the next byte
 };
 

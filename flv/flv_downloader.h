@@ -12,10 +12,10 @@
 #include <atomic>
 #include <cstdint>
 #include <string>
-#include <utility>
 
+#include "common/pipeline.h"
 #include "common/player_port.h"
-#include "common/task_gate.h"
+#include "common/run_id.h"
 #include "common/thread_pool.h"
 
 class CFlvDownloader {
@@ -39,14 +39,13 @@ class CFlvDownloader {
 
  private:
   void UseUrl(const std::string& url);
-  static void RunDownload(const std::string& url, std::uint64_t stream);
-  void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
+  static void RunDownload(const std::string& url, RunId run);
 
   const PlayerPort player_;
   std::string url_;
   std::atomic<std::uint16_t> audio_config_{0};
-  TaskGate gate_;
   CThreadPool pool_;
+  Pipeline pipeline_;  // last: no task may outlive the other members
 };
 
 #endif  // FLV_FLV_DOWNLOADER_H_

@@ -7,6 +7,7 @@
 #include "common/address.h"
 #include "common/clock.h"
 #include "common/console.h"
+#include "common/pipeline.h"
 #include "common/platform.h"
 #include "common/queue_limit.h"
 #include "common/scope_exit.h"
@@ -17,7 +18,7 @@ namespace {
 
 // Reads a local file a second time, in parallel with the download, until 10 MiB are unread.
 // Kept for compatibility. Logs nothing if the file cannot be opened.
-void PreloadLocalFile(const std::string& path, std::uint64_t stream) {
+void PreloadLocalFile(const std::string& path, RunId run) {
   constexpr std::size_t kPieceSize = 10240;
   constexpr std::uint32_t kPreloadLimit = 0xA00000;
   if (platform::IsSpecialFile(path)) return;
@@ -28,7 +29,7 @@ void PreloadLocalFile(const std::string& path, std::uint64_t stream) {
   while (g_flvRunning.load() && g_flvStream->UnreadSize() < kPreloadLimit) {
     const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get());
     if (length == 0 ||
-        !g_flvStream->Stage(stream, offset, piece.data(), static_cast<std::uint32_t>(length))) {
+        !g_flvStream->Stage(run, offset, piece.data(), static_cast<std::uint32_t>(length))) {
       return;
     }
     offset += length;
@@ -36,9 +37,7 @@ void PreloadLocalFile(const std::string& path, std::uint64_t stream) {
 }
 
 void Report(const FlvPlay& play, bool has_header) {
-  const char* const outcome = has_header ? "FLV CACHE_NO OK:" : "FLV NO:";
-  play.player.Message(std::string("PLAY ") + outcome + play.url);
-  play.player.PlayResult(std::string("PLAY:") + outcome + play.url);
+  ReportOutcome(play.player, has_header ? "FLV CACHE_NO OK" : "FLV NO", play.url);
 }
 
 void ReadTags(FlvTagParser& parser) {
@@ -52,10 +51,10 @@ void ReadTags(FlvTagParser& parser) {
 }  // namespace
 
 void PlayFlv(const FlvPlay& play) {
-  const ScopeExit end([&play] { g_flvStream->EndParsing(play.stream); });
-  g_flvStream->AwaitReady(play.stream);
-  if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url), play.stream);
-  FlvStreamSource source(play.stream);
+  const ScopeExit end([&play] { g_flvStream->EndParsing(play.run); });
+  g_flvStream->AwaitReady(play.run);
+  if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url), play.run);
+  FlvStreamSource source(play.run);
   FlvTagParser parser(source, play.audio_config);
   const bool has_header = parser.ReadHeader();
   Report(play, has_header);

@@ -7,11 +7,12 @@
 #include <string>
 
 #include "common/player_port.h"
+#include "common/run_id.h"
 
 struct FlvPlay {
   std::string url;
   PlayerPort player;
-  std::uint64_t stream;                      // its number in g_flvStream
+  RunId run;                                 // of g_flvStream
   std::atomic<std::uint16_t>& audio_config;  // flv_tag_parser.h
 };
 

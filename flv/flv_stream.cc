@@ -11,7 +11,7 @@ NeverDestroyed<FlvStream> g_flvStream;
 namespace {
 
 constexpr std::chrono::milliseconds kPoll{100};
-constexpr std::chrono::milliseconds kRoomPoll{1};
+constexpr std::chrono::milliseconds kSpacePoll{1};
 
 void SleepUnlocked(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds duration) {
   lock.unlock();
@@ -21,7 +21,7 @@ void SleepUnlocked(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds
 
 }  // namespace
 
-std::uint64_t FlvStream::Begin() {
+RunId FlvStream::Begin() {
   const std::lock_guard lock(mutex_);
   unread_->Initialize();
   unread_->Reset();
@@ -29,47 +29,46 @@ std::uint64_t FlvStream::Begin() {
   dropped_ = 0;
   downloading_ = true;
   parsing_ = true;
-  ready_.notify_all();  // ends the wait for an older stream
-  return ++stream_;
+  ready_.notify_all();  // ends the wait of an older run
+  return runs_.Next();
 }
 
-bool FlvStream::Stage(std::uint64_t stream, std::uint64_t offset, const void* bytes,
-                      std::uint32_t size) {
+bool FlvStream::Stage(RunId run, std::uint64_t offset, const void* bytes, std::uint32_t size) {
   Lock lock(mutex_);
-  if (!AwaitRoom(stream, offset + size, lock)) return false;
+  if (!WaitForSpace(run, offset + size, lock)) return false;
   const std::uint64_t overlap = received_ > offset ? received_ - offset : 0;
   if (overlap >= size) return true;
-  const auto fresh = static_cast<std::uint32_t>(size - overlap);
+  const auto added = static_cast<std::uint32_t>(size - overlap);
   if (!parsing_) {
-    dropped_ += fresh;
-  } else if (unread_->Append(static_cast<const char*>(bytes) + overlap, fresh) != kBufferOk) {
+    dropped_ += added;
+  } else if (unread_->Append(static_cast<const char*>(bytes) + overlap, added) != kBufferOk) {
     return false;
   }
-  received_ += fresh;
+  received_ += added;
   if (unread_->Size() > kReadySize) ready_.notify_all();
   return true;
 }
 
 // Waits for space. Also returns true if all bytes up to `end` have been received already.
-bool FlvStream::AwaitRoom(std::uint64_t stream, std::uint64_t end, Lock& lock) const {
-  while (stream == stream_) {
-    if (unread_->Size() < most_unread_ || received_ >= end) return true;
+bool FlvStream::WaitForSpace(RunId run, std::uint64_t end, Lock& lock) const {
+  while (runs_.IsCurrent(run)) {
+    if (unread_->Size() < max_unread_ || received_ >= end) return true;
     if (!g_flvRunning.load()) return false;
-    SleepUnlocked(lock, kRoomPoll);
+    SleepUnlocked(lock, kSpacePoll);
   }
   return false;
 }
 
-void FlvStream::EndDownload(std::uint64_t stream) {
+void FlvStream::MarkEndOfInput(RunId run) {
   const std::lock_guard lock(mutex_);
-  if (stream != stream_) return;
+  if (!runs_.IsCurrent(run)) return;
   downloading_ = false;
   ready_.notify_all();
 }
 
-void FlvStream::EndParsing(std::uint64_t stream) {
+void FlvStream::EndParsing(RunId run) {
   const std::lock_guard lock(mutex_);
-  if (stream != stream_) return;
+  if (!runs_.IsCurrent(run)) return;
   parsing_ = false;
   dropped_ += unread_->Size();
   unread_.emplace();
@@ -80,49 +79,48 @@ void FlvStream::Release() {
   unread_.emplace();
 }
 
-void FlvStream::Stop() {
+void FlvStream::Wake() {
   // Locked so that no thread is between checking its condition and waiting.
   const std::lock_guard lock(mutex_);
   ready_.notify_all();
 }
 
-bool FlvStream::MayReceiveMore(std::uint64_t stream) const {
-  return stream == stream_ && downloading_ && g_flvRunning.load();
+bool FlvStream::MayReceiveMore(RunId run) const {
+  return runs_.IsCurrent(run) && downloading_ && g_flvRunning.load();
 }
 
-void FlvStream::AwaitReady(std::uint64_t stream) {
+void FlvStream::AwaitReady(RunId run) {
   Lock lock(mutex_);
-  CurrentClock().Wait(ready_, lock, [this, stream] {
-    return unread_->Size() > kReadySize || !MayReceiveMore(stream);
-  });
+  CurrentClock().Wait(ready_, lock,
+                      [this, run] { return unread_->Size() > kReadySize || !MayReceiveMore(run); });
 }
 
-bool FlvStream::AwaitUnread(std::uint64_t stream, std::uint32_t count, Lock& lock) const {
-  while (unread_->Size() < count && MayReceiveMore(stream)) {
+bool FlvStream::AwaitUnread(RunId run, std::uint32_t count, Lock& lock) const {
+  while (unread_->Size() < count && MayReceiveMore(run)) {
     SleepUnlocked(lock, kPoll);
   }
-  return stream == stream_ && unread_->Size() >= count;
+  return runs_.IsCurrent(run) && unread_->Size() >= count;
 }
 
-bool FlvStream::Await(std::uint64_t stream, std::uint32_t count) {
+bool FlvStream::Await(RunId run, std::uint32_t count) {
   Lock lock(mutex_);
-  return AwaitUnread(stream, count, lock);
+  return AwaitUnread(run, count, lock);
 }
 
-bool FlvStream::Read(std::uint64_t stream, std::uint8_t* bytes, std::uint32_t count) {
+bool FlvStream::Read(RunId run, std::uint8_t* bytes, std::uint32_t count) {
   Lock lock(mutex_);
-  if (!AwaitUnread(stream, count, lock)) return false;
+  if (!AwaitUnread(run, count, lock)) return false;
   if (count > 0) std::memcpy(bytes, unread_->ContinuePtr(), count);
   unread_->MoveStart(count);
   return true;
 }
 
-// Skips in pieces, since no more than most_unread_ bytes can be unread at once.
-bool FlvStream::Skip(std::uint64_t stream, std::uint32_t count) {
+// Skips in pieces, since no more than max_unread_ bytes can be unread at once.
+bool FlvStream::Skip(RunId run, std::uint32_t count) {
   Lock lock(mutex_);
   while (count > 0) {
-    const std::uint32_t piece = std::min(count, most_unread_);
-    if (!AwaitUnread(stream, piece, lock)) return false;
+    const std::uint32_t piece = std::min(count, max_unread_);
+    if (!AwaitUnread(run, piece, lock)) return false;
     unread_->MoveStart(piece);
     count -= piece;
   }

@@ -12,9 +12,9 @@
 
 #include "common/adts.h"
 #include "common/frame_queue.h"
-#include "flv/flv_memory_source.h"
 #include "flv/flv_stream.h"
 #include "flv/flv_tag_parser.h"
+#include "tests/support/flv_memory_source.h"
 
 namespace {
 
@@ -71,13 +71,13 @@ Frames ParseFromMemory(Bytes stream) {
 // bytes.
 Frames ParseFromStream(Bytes stream, std::size_t chunk_size) {
   g_flvRunning = true;
-  const std::uint64_t number = g_flvStream->Begin();
+  const RunId run = g_flvStream->Begin();
   for (std::size_t at = 0; at < stream.size(); at += chunk_size) {
     const Bytes part = stream.subspan(at, std::min(chunk_size, stream.size() - at));
-    Require(g_flvStream->Stage(number, at, part.data(), static_cast<std::uint32_t>(part.size())));
+    Require(g_flvStream->Stage(run, at, part.data(), static_cast<std::uint32_t>(part.size())));
   }
-  g_flvStream->EndDownload(number);
-  FlvStreamSource source(number);
+  g_flvStream->MarkEndOfInput(run);
+  FlvStreamSource source(run);
   return Parse(source);
 }
 

@@ -3,26 +3,17 @@
 #include <atomic>
 #include <cstdint>
 
-#include "common/frame_delivery.h"
-
 namespace {
 
-struct HlsDelivery {
-  void (*deliver)(const DeliveryLoop& loop);
-  std::uint32_t is_video;  // the isVideo value of this queue's frames
-  std::atomic<std::int32_t>& skip;
-  const char* stop_line;
-};
-
-void Deliver(HlsPipeline& pipeline, const HlsDelivery& delivery) {
-  const auto wanted = [&pipeline, &delivery](const FrameRecord& frame) {
-    if (frame.isVideo == delivery.is_video && pipeline.listedDuration.load() > 0) {
+// `is_video` is the isVideo value of the frames.
+FrameFilter FilterOf(HlsPipeline& pipeline, std::uint32_t is_video,
+                     std::atomic<std::int32_t>& skip) {
+  return [&pipeline, is_video, &skip](const FrameRecord& frame) {
+    if (frame.isVideo == is_video && pipeline.listedDuration.load() > 0) {
       pipeline.listedDuration = 0;
     }
-    return !CountSkippedFrame(delivery.skip);
+    return !CountSkippedFrame(skip);
   };
-  delivery.deliver({pipeline.running, pipeline.player, wanted, delivery.stop_line});
-  pipeline.player.Message(delivery.stop_line);
 }
 
 }  // namespace
@@ -35,12 +26,7 @@ bool CountSkippedFrame(std::atomic<std::int32_t>& skip) {
   return false;
 }
 
-void DeliverHlsVideo(HlsPipeline& pipeline) {
-  Deliver(pipeline,
-          {DeliverVideoFrames, 1, pipeline.stream.g_videoSkip, "m3u8 video thread stop."});
-}
-
-void DeliverHlsAudio(HlsPipeline& pipeline) {
-  Deliver(pipeline,
-          {DeliverAudioFrames, 0, pipeline.stream.g_audioSkip, "m3u8 audio thread stop."});
+FrameFilters HlsFrameFilters(HlsPipeline& pipeline) {
+  return {FilterOf(pipeline, 1, pipeline.stream.g_videoSkip),
+          FilterOf(pipeline, 0, pipeline.stream.g_audioSkip)};
 }

@@ -1,15 +1,17 @@
-// The delivery threads of the HLS pipeline. After a stop the next run skips its first video frame.
+// Which frames the delivery tasks of the HLS pipeline pass on, and the frame that they skip after a
+// stop.
 #ifndef HLS_HLS_DELIVERY_H_
 #define HLS_HLS_DELIVERY_H_
 
 #include <atomic>
 #include <cstdint>
 
+#include "common/frame_delivery.h"
 #include "hls/hls_pipeline.h"
 
-// Each runs on a thread of its own until the pipeline is stopped.
-void DeliverHlsVideo(HlsPipeline& pipeline);
-void DeliverHlsAudio(HlsPipeline& pipeline);
+// Returns the filters of the two delivery tasks. They skip frames after a stop, and reset
+// `listedDuration` at each frame of their kind. `pipeline` must outlive them.
+FrameFilters HlsFrameFilters(HlsPipeline& pipeline);
 
 // Returns whether to skip a frame. True while the counter is negative; each such call increments
 // it. After a second start, two threads may deliver frames of one kind: each skip is still counted

@@ -12,9 +12,8 @@
 
 #include <ctime>
 #include <string>
-#include <utility>
 
-#include "common/task_gate.h"
+#include "common/pipeline.h"
 #include "common/thread_pool.h"
 #include "hls/hls_pipeline.h"
 
@@ -48,12 +47,11 @@ class CM3u8Downloader {
 
  private:
   void StartDownload(const std::string& url);
-  void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
 
-  HlsPipeline pipeline_;
+  HlsPipeline hls_;
   std::time_t start_time_;  // of the current run
-  TaskGate gate_;
   CThreadPool pool_;
+  Pipeline pipeline_;  // last: no task may outlive the other members
 };
 
 #endif  // HLS_M3U8_DOWNLOADER_H_

@@ -8,6 +8,7 @@
 #include "common/address.h"
 #include "common/clock.h"
 #include "common/console.h"
+#include "common/pipeline.h"
 #include "hls/playlist/m3u8_playlist.h"
 #include "hls/playlist_fetch.h"
 #include "hls/playlist_ingest.h"
@@ -48,8 +49,8 @@ std::optional<FirstPlaylist> FetchFirstPlaylist(HlsPipeline& pipeline, const std
 }
 
 const char* Outcome(const PlaylistTraits& traits) {
-  if (!traits.is_m3u) return "M3U8 NO:";
-  return traits.cache_no ? "M3U8 CACHE_NO OK:" : "M3U8 OK:";
+  if (!traits.is_m3u) return "M3U8 NO";
+  return traits.cache_no ? "M3U8 CACHE_NO OK" : "M3U8 OK";
 }
 
 // A text that is not a playlist stays, and the next body is appended to it. Kept for compatibility.
@@ -80,8 +81,7 @@ void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
   const auto first = FetchFirstPlaylist(pipeline, url);
   if (!first) return;
   const PlaylistTraits traits = TraitsOf(first->text);
-  pipeline.player.Message(std::string("PLAY ") + Outcome(traits) + url);
-  pipeline.player.PlayResult(std::string("PLAY:") + Outcome(traits) + url);
+  ReportOutcome(pipeline.player, Outcome(traits), url);
   if (traits.contains_failed) {
     PutBackPlaylistBody(pipeline.stream, first->text);
   } else if (traits.has_end) {

@@ -75,14 +75,14 @@ bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
 
 VideoArrivalDetector::Count VideoArrivalDetector::Now() {
   const std::lock_guard lock(g_frameQueueMutex);
-  return {FrameQueueGeneration(), g_videoQueue == nullptr ? 0 : g_videoQueue->pushed};
+  return {FrameQueueRun(), g_videoQueue == nullptr ? 0 : g_videoQueue->pushed};
 }
 
 bool VideoArrivalDetector::Seen() {
   if (seen_) return true;
   const Count now = Now();
   const Count before = std::exchange(last_, now);
-  seen_ = now.pushed > (now.generation == before.generation ? before.pushed : 0);
+  seen_ = now.pushed > (now.run == before.run ? before.pushed : 0);
   return seen_;
 }
 

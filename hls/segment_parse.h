@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 
+#include "common/run_id.h"
 #include "hls/hls_pipeline.h"
 
 // Detects whether video frames were queued since it was created, even if they have been delivered
@@ -19,7 +20,7 @@ class VideoArrivalDetector {
 
  private:
   struct Count {
-    std::uint64_t generation;  // of the queues; `pushed` counts frames within it
+    RunId run;  // of the queues; `pushed` counts frames within it
     std::uint64_t pushed;
   };
 

@@ -19,7 +19,7 @@ bool IsReceived(std::uint32_t type) { return (type & 0xFF) != 0; }
 }  // namespace
 
 const std::uint8_t* HeaderReader::Peek(const ByteRange& range, std::size_t size) {
-  if (size > kMostAtOnce || size > range.Size() || range.end > file_size_) return nullptr;
+  if (size > kMaxAtOnce || size > range.Size() || range.end > file_size_) return nullptr;
   const auto held = [&] {
     return range.begin >= loaded_at_ && range.begin - loaded_at_ <= loaded_ &&
            size <= loaded_ - (range.begin - loaded_at_);
@@ -38,7 +38,7 @@ bool HeaderReader::Load(std::uint64_t offset) {
 }
 
 bool HeaderReader::IsZero(const ByteRange& range) {
-  if (range.Size() > kMostAtOnce) return false;
+  if (range.Size() > kMaxAtOnce) return false;
   const auto size = static_cast<std::size_t>(range.Size());
   const std::uint8_t* const bytes = Peek(range, size);
   return bytes != nullptr &&
@@ -73,7 +73,7 @@ std::optional<Box> ReadBox(HeaderReader& reader, const ByteRange& space, bool ma
 }
 
 std::optional<Box> BoxWalk::Next() {
-  if (left_.Size() == 0 || boxes_ == kMostBoxes) return std::nullopt;
+  if (left_.Size() == 0 || boxes_ == kMaxBoxes) return std::nullopt;
   ++boxes_;
   const auto box = ReadBox(reader_, left_, false);
   if (!box || box->whole.end > left_.end) return std::nullopt;

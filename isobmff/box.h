@@ -45,7 +45,7 @@ struct Box {
 // Not thread-safe. The file must outlive it.
 class HeaderReader {
  public:
-  static constexpr std::size_t kMostAtOnce = 1024;
+  static constexpr std::size_t kMaxAtOnce = 1024;
 
   HeaderReader(const File& file, std::uint64_t file_size) : file_(file), file_size_(file_size) {}
 
@@ -54,18 +54,18 @@ class HeaderReader {
 
   // Counts a box that is about to be read. Returns false after more boxes than any playable file
   // has, even one with a thousand tracks. Otherwise a large file of tiny boxes would delay a stop.
-  bool CountBox() { return boxes_++ < kMostBoxes; }
-  bool HadTooManyBoxes() const { return boxes_ > kMostBoxes; }
+  bool CountBox() { return boxes_++ < kMaxBoxes; }
+  bool HadTooManyBoxes() const { return boxes_ > kMaxBoxes; }
 
-  // Returns the first `size` bytes of `range`, at most kMostAtOnce. They are valid until the next
+  // Returns the first `size` bytes of `range`, at most kMaxAtOnce. They are valid until the next
   // call. Returns null if the range is shorter or the file cannot be read there.
   const std::uint8_t* Peek(const ByteRange& range, std::size_t size);
 
-  // Returns whether all of `range` is zeros; false if it is longer than kMostAtOnce.
+  // Returns whether all of `range` is zeros; false if it is longer than kMaxAtOnce.
   bool IsZero(const ByteRange& range);
 
  private:
-  static constexpr int kMostBoxes = 100'000;
+  static constexpr int kMaxBoxes = 100'000;
 
   bool Load(std::uint64_t offset);
 
@@ -104,7 +104,7 @@ class BoxWalk {
   const ByteRange& Left() const { return left_; }
 
  private:
-  static constexpr int kMostBoxes = 4096;  // of one parent; about ten are usual
+  static constexpr int kMaxBoxes = 4096;  // of one parent; about ten are usual
 
   HeaderReader& reader_;
   ByteRange left_;

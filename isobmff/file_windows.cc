@@ -52,7 +52,7 @@ std::uint64_t File::Size() const {
 }
 
 std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const {
-  constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
+  constexpr std::size_t kMaxAtOnce = std::size_t{1} << 30;
   std::size_t done = 0;
   while (done < size) {
     const std::uint64_t place = offset + done;
@@ -60,7 +60,7 @@ std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t siz
     where.Offset = static_cast<DWORD>(place);
     where.OffsetHigh = static_cast<DWORD>(place >> 32);
     DWORD count = 0;
-    const auto wanted = static_cast<DWORD>(std::min(size - done, kMostAtOnce));
+    const auto wanted = static_cast<DWORD>(std::min(size - done, kMaxAtOnce));
     if (ReadFile(HandleOf(handle_), to + done, wanted, &count, &where) == 0 || count == 0) break;
     done += count;
   }

@@ -13,9 +13,9 @@ constexpr std::uint64_t kTailSize = 1024;
 
 // Returns the first moov box of the file. It may be truncated.
 std::optional<Box> FindMovie(HeaderReader& reader) {
-  constexpr int kMostBoxes = 65536;  // before the moov box
+  constexpr int kMaxBoxes = 65536;  // before the moov box
   ByteRange left{0, reader.FileSize()};
-  for (int i = 0; i < kMostBoxes; ++i) {
+  for (int i = 0; i < kMaxBoxes; ++i) {
     const auto box = ReadBox(reader, left, true);
     if (!box || box->type == FourCc("moov")) return box;
     if (box->whole.end >= left.end) break;
@@ -33,7 +33,7 @@ bool IsWhole(BoxWalk& walk, const UnreceivedTail& tail) {
   return !tail.Reaches(walk.Left().end) || walk.Left().Size() <= kSmallerThanATrack;
 }
 
-bool Holds(const File& file, std::uint64_t offset, const Bytes& expected) {
+bool HasBytesAt(const File& file, std::uint64_t offset, const Bytes& expected) {
   std::uint8_t found[kHeadSize];
   return file.ReadAt(offset, found, expected.size()) == expected.size() &&
          std::equal(expected.begin(), expected.end(), found);
@@ -57,8 +57,9 @@ std::shared_ptr<const MovieIndex> MovieIndex::Read(const File& file) {
 
 bool MovieIndex::IsStoredIn(const File& file) const {
   const std::uint64_t size = file.OpenedSize();
-  return (is_open_ ? place_.end == size : place_.end <= size) && Holds(file, place_.begin, head_) &&
-         Holds(file, place_.end - tail_.size(), tail_);
+  return (is_open_ ? location_.end == size : location_.end <= size) &&
+         HasBytesAt(file, location_.begin, head_) &&
+         HasBytesAt(file, location_.end - tail_.size(), tail_);
 }
 
 bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
@@ -81,20 +82,20 @@ bool MovieIndex::ReadMovie(HeaderReader& reader, const Box& movie) {
 // Returns false if the index is not complete or has too many tracks. A damaged track does not hide
 // the others.
 bool MovieIndex::AddTrack(HeaderReader& reader, const UnreceivedTail& tail, const Box& box) {
-  constexpr std::size_t kMostTracks = 1024;
+  constexpr std::size_t kMaxTracks = 1024;
   TrackFacts facts;
   const TrackState state = ReadTrack(reader, tail, box.body, facts);
-  if (state == TrackState::kNotReceived || tracks_.size() == kMostTracks) return false;
+  if (state == TrackState::kNotReceived || tracks_.size() == kMaxTracks) return false;
   if (state == TrackState::kUsable) tracks_.emplace_back(std::move(facts));
   return true;
 }
 
 bool MovieIndex::Remember(const File& file, const Box& movie) {
-  place_ = movie.whole;
+  location_ = movie.whole;
   is_open_ = movie.is_open;
-  const std::uint64_t tail = std::min(kTailSize, place_.Size());
-  return Load(file, place_.begin, std::min(kHeadSize, place_.Size()), head_) &&
-         Load(file, place_.end - tail, tail, tail_);
+  const std::uint64_t tail = std::min(kTailSize, location_.Size());
+  return Load(file, location_.begin, std::min(kHeadSize, location_.Size()), head_) &&
+         Load(file, location_.end - tail, tail, tail_);
 }
 
 }  // namespace isobmff

@@ -66,7 +66,7 @@ class MovieIndex {
 
   Timing timing_;
   std::deque<Track> tracks_;  // tables cannot be moved
-  ByteRange place_;
+  ByteRange location_;
   bool is_open_ = false;  // extends to the end of the file, and grows with it
   Bytes head_;
   Bytes tail_;

@@ -5,10 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <new>
-#include <string>
 #include <vector>
 
-#include "isobmff/movie_text.h"
 #include "isobmff/open_movie.h"
 
 namespace {
@@ -121,18 +119,6 @@ const char* MP4GetTrackMediaDataName(MP4FileHandle hFile, MP4TrackId trackId) {
   return track == nullptr ? nullptr : track->facts.entry.name.c_str();
 }
 
-char* MP4Info(MP4FileHandle hFile, MP4TrackId trackId) {
-  if (hFile == nullptr) return nullptr;
-  return Guarded<char*>(nullptr, [&]() -> char* {
-    const OpenMovie& movie = *Movie(hFile);
-    const Track* const track = movie.FindTrack(trackId);
-    if (track == nullptr && trackId != MP4_INVALID_TRACK_ID) return nullptr;
-    const std::string text = track == nullptr ? MovieText(movie.GetFile(), movie.Index())
-                                              : TrackText(movie.GetFile(), *track);
-    return reinterpret_cast<char*>(CopyBlock(text.c_str(), text.size() + 1));
-  });
-}
-
 uint32_t MP4GetTrackTimeScale(MP4FileHandle hFile, MP4TrackId trackId) {
   const Track* const track = FindTrack(hFile, trackId);
   return track == nullptr ? 0 : track->facts.timing.scale;
@@ -200,8 +186,8 @@ uint64_t MP4GetSampleFileOffset(MP4FileHandle hFile, MP4TrackId trackId, MP4Samp
   constexpr uint64_t kNowhere = UINT64_MAX;
   if (hFile == nullptr) return kNowhere;
   return Guarded<uint64_t>(kNowhere, [&] {
-    isobmff::SamplePlace place;
-    return Movie(hFile)->FindPlace(trackId, sampleId, place) ? place.offset : kNowhere;
+    isobmff::SampleLocation location;
+    return Movie(hFile)->FindLocation(trackId, sampleId, location) ? location.offset : kNowhere;
   });
 }
 

@@ -12,7 +12,7 @@ namespace {
 
 // A larger size is taken for damage: reading such a sample would delay a stop. The largest video
 // frames of H.264, at level 6.2, take 51 MiB in 4:2:0 before they are compressed.
-constexpr std::uint32_t kMostSampleBytes = std::uint32_t{64} << 20;
+constexpr std::uint32_t kMaxSampleBytes = std::uint32_t{64} << 20;
 
 struct Freer {
   void operator()(void* block) const { std::free(block); }
@@ -54,13 +54,14 @@ bool OpenMovie::FindTime(std::uint32_t track_id, std::uint32_t sample_id, Sample
          reading->track->tables.FindTime(file_, sample_id - 1, reading->cursor, time);
 }
 
-bool OpenMovie::FindPlace(std::uint32_t track_id, std::uint32_t sample_id, SamplePlace& place) {
+bool OpenMovie::FindLocation(std::uint32_t track_id, std::uint32_t sample_id,
+                             SampleLocation& location) {
   Reading* const reading = FindReading(track_id);
   if (reading == nullptr || sample_id == 0 ||
-      !reading->track->tables.FindPlace(file_, sample_id - 1, reading->cursor)) {
+      !reading->track->tables.FindLocation(file_, sample_id - 1, reading->cursor)) {
     return false;
   }
-  place = reading->cursor.place;
+  location = reading->cursor.location;
   return true;
 }
 
@@ -70,28 +71,28 @@ bool OpenMovie::ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Samp
   const SampleTables& tables = reading->track->tables;
   SampleCursor& cursor = reading->cursor;
   const std::uint32_t number = sample_id - 1;
-  if (!tables.FindPlace(file_, number, cursor) ||
+  if (!tables.FindLocation(file_, number, cursor) ||
       !tables.FindTime(file_, number, cursor, sample.time) ||
       !tables.FindComposition(file_, number, cursor, sample.composition) ||
-      !tables.FindSync(file_, number, cursor, sample.is_sync) || !MayBeRead(cursor.place)) {
+      !tables.FindSync(file_, number, cursor, sample.is_sync) || !MayBeRead(cursor.location)) {
     return false;
   }
-  const std::size_t size = cursor.place.size;
+  const std::size_t size = cursor.location.size;
   std::unique_ptr<std::uint8_t, Freer> bytes(
       static_cast<std::uint8_t*>(std::malloc(std::max<std::size_t>(size, 1))));
-  if (bytes == nullptr || !windows_.Read(file_, cursor.place.offset, {bytes.get(), size})) {
+  if (bytes == nullptr || !windows_.Read(file_, cursor.location.offset, {bytes.get(), size})) {
     return false;
   }
   sample.bytes = bytes.release();
-  sample.size = cursor.place.size;
+  sample.size = cursor.location.size;
   return true;
 }
 
 // Checked before memory is allocated.
-bool OpenMovie::MayBeRead(const SamplePlace& place) const {
-  if (place.size > kMostSampleBytes) return false;
+bool OpenMovie::MayBeRead(const SampleLocation& location) const {
+  if (location.size > kMaxSampleBytes) return false;
   const auto holds = [&](std::uint64_t size) {
-    return place.offset <= size && place.size <= size - place.offset;
+    return location.offset <= size && location.size <= size - location.offset;
   };
   return holds(file_.OpenedSize()) || holds(file_.Size());
 }

@@ -1,5 +1,5 @@
-// The object behind an MP4FileHandle: a file, its shared index, and the state of this handle. Not
-// thread-safe. Sample numbers start at 1, as in the interface.
+// The object next_point an MP4FileHandle: a file, its shared index, and the state of this handle.
+// Not thread-safe. Sample numbers start at 1, as in the interface.
 #ifndef ISOBMFF_OPEN_MOVIE_H_
 #define ISOBMFF_OPEN_MOVIE_H_
 
@@ -28,12 +28,11 @@ class OpenMovie {
   static std::unique_ptr<OpenMovie> Open(const char* path);
 
   const MovieIndex& Index() const { return *index_; }
-  const File& GetFile() const { return file_; }
   // Returns null if there is none.
   const Track* FindTrack(std::uint32_t id) const;
 
   bool FindTime(std::uint32_t track_id, std::uint32_t sample_id, SampleTime& time);
-  bool FindPlace(std::uint32_t track_id, std::uint32_t sample_id, SamplePlace& place);
+  bool FindLocation(std::uint32_t track_id, std::uint32_t sample_id, SampleLocation& location);
   // Returns false if there is no such sample, if its bytes are not in the file or if it is too
   // large.
   bool ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Sample& sample);
@@ -47,7 +46,7 @@ class OpenMovie {
   OpenMovie(File file, std::shared_ptr<const MovieIndex> index);
 
   Reading* FindReading(std::uint32_t track_id);
-  bool MayBeRead(const SamplePlace& place) const;
+  bool MayBeRead(const SampleLocation& location) const;
 
   File file_;
   std::shared_ptr<const MovieIndex> index_;

@@ -8,9 +8,9 @@ namespace isobmff {
 bool ReadCache::Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to) {
   if (to.empty()) return true;
   const Window* window = &windows_[latest_];
-  if (!window->Holds(offset, to.size())) {
+  if (!window->Contains(offset, to.size())) {
     window = &windows_[latest_ ^ 1];
-    if (!window->Holds(offset, to.size())) {
+    if (!window->Contains(offset, to.size())) {
       if (to.size() >= next_size_ / 2)
         return file.ReadAt(offset, to.data(), to.size()) == to.size();
       window = Load(file, offset, to.size());
@@ -25,16 +25,16 @@ const ReadCache::Window* ReadCache::Load(const File& file, std::uint64_t offset,
                                          std::size_t wanted) {
   latest_ ^= 1;
   Window& window = windows_[latest_];
-  if (window.room < next_size_) {
+  if (window.capacity < next_size_) {
     window.size = 0;
-    window.room = 0;
+    window.capacity = 0;
     window.bytes = std::make_unique_for_overwrite<std::uint8_t[]>(next_size_);
-    window.room = next_size_;
+    window.capacity = next_size_;
   }
   window.begin = offset;
-  window.size = file.ReadAt(offset, window.bytes.get(), window.room);
+  window.size = file.ReadAt(offset, window.bytes.get(), window.capacity);
   next_size_ = std::min(next_size_ * 2, kLargestSize);
-  return window.Holds(offset, wanted) ? &window : nullptr;
+  return window.Contains(offset, wanted) ? &window : nullptr;
 }
 
 }  // namespace isobmff

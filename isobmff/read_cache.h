@@ -27,11 +27,11 @@ class ReadCache {
 
   struct Window {
     std::unique_ptr<std::uint8_t[]> bytes;
-    std::size_t room = 0;
+    std::size_t capacity = 0;
     std::uint64_t begin = 0;
     std::size_t size = 0;
 
-    bool Holds(std::uint64_t offset, std::size_t wanted) const {
+    bool Contains(std::uint64_t offset, std::size_t wanted) const {
       return offset >= begin && offset - begin <= size && wanted <= size - (offset - begin);
     }
   };

@@ -39,46 +39,46 @@ void RunEntries::FillSamples(Run& run) const {
 
 void RunEntries::FillChunks(Run& run) const {
   const std::uint8_t* const at = bytes_.Data() + run.entry * kChunkEntrySize;
-  const std::uint64_t behind_last = std::uint64_t{chunks_} + 1;
+  const std::uint64_t after_last = std::uint64_t{chunks_} + 1;
   run.chunk = Read32(at);
   run.value = Read32(at + 4);
-  const std::uint64_t begin = std::min<std::uint64_t>(run.chunk, behind_last);
-  std::uint64_t end = behind_last;
+  const std::uint64_t begin = std::min<std::uint64_t>(run.chunk, after_last);
+  std::uint64_t end = after_last;
   if (run.entry + 1 < ascending_)
-    end = std::min<std::uint64_t>(FirstChunk(run.entry + 1), behind_last);
+    end = std::min<std::uint64_t>(FirstChunk(run.entry + 1), after_last);
   run.end = run.first + (end - begin) * run.value;
 }
 
 RunTable::RunTable(RunEntries entries) : entries_(std::move(entries)) {
-  notes_.reserve(entries_.Count() / kSpacing + 1);
+  checkpoints_.reserve(entries_.Count() / kSpacing + 1);
   for (Run run; run.entry < entries_.Count(); Advance(run)) {
-    if (run.entry % kSpacing == 0) notes_.push_back({run.first, run.time});
+    if (run.entry % kSpacing == 0) checkpoints_.push_back({run.first, run.time});
     entries_.Fill(run);
   }
 }
 
 bool RunTable::Search(std::uint64_t sample, Run& cursor) const {
   constexpr std::uint32_t kNear = 4;
-  if (notes_.empty()) return false;
+  if (checkpoints_.empty()) return false;
   if (cursor.end != 0 && sample >= cursor.end) {  // usually the next entry contains it
     Run next = cursor;
     Advance(next);
     if (Walk(sample, next, kNear, cursor)) return true;
   }
-  const auto behind =
-      std::upper_bound(notes_.begin() + 1, notes_.end(), sample,
-                       [](std::uint64_t wanted, const Note& note) { return wanted < note.first; });
-  const Note& note = *(behind - 1);
+  const auto next_point = std::upper_bound(
+      checkpoints_.begin() + 1, checkpoints_.end(), sample,
+      [](std::uint64_t wanted, const Checkpoint& point) { return wanted < point.first; });
+  const Checkpoint& point = *(next_point - 1);
   Run run;
-  run.entry = static_cast<std::uint32_t>(behind - notes_.begin() - 1) * kSpacing;
-  run.first = note.first;
-  run.time = note.time;
+  run.entry = static_cast<std::uint32_t>(next_point - checkpoints_.begin() - 1) * kSpacing;
+  run.first = point.first;
+  run.time = point.time;
   return Walk(sample, run, kSpacing, cursor);
 }
 
-// Searches up to `most` entries, starting at the entry of `run`.
-bool RunTable::Walk(std::uint64_t sample, Run run, std::uint32_t most, Run& found) const {
-  for (; most > 0 && run.entry < entries_.Count(); --most, Advance(run)) {
+// Searches up to `limit` entries, starting at the entry of `run`.
+bool RunTable::Walk(std::uint64_t sample, Run run, std::uint32_t limit, Run& found) const {
+  for (; limit > 0 && run.entry < entries_.Count(); --limit, Advance(run)) {
     entries_.Fill(run);
     if (sample < run.end) {
       found = run;

@@ -68,16 +68,16 @@ class RunTable {
  private:
   static constexpr std::uint32_t kSpacing = 64;
 
-  struct Note {
+  struct Checkpoint {
     std::uint64_t first;
     std::uint64_t time;
   };
 
   bool Search(std::uint64_t sample, Run& cursor) const;
-  bool Walk(std::uint64_t sample, Run run, std::uint32_t most, Run& found) const;
+  bool Walk(std::uint64_t sample, Run run, std::uint32_t limit, Run& found) const;
 
   RunEntries entries_;
-  std::vector<Note> notes_;  // for entries 0, kSpacing, ...
+  std::vector<Checkpoint> checkpoints_;  // for entries 0, kSpacing, ...
 };
 
 // Both return null if the table cannot be read.

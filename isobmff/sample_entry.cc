@@ -8,29 +8,29 @@ namespace {
 
 using View = std::span<const std::uint8_t>;
 
-// Removes bytes from the front of a view. Bytes after the end read as zero or empty; Good() is
+// Reads bytes from the front of a view. Bytes after the end read as zero or empty; Good() is
 // false then.
-class Taker {
+class ByteReader {
  public:
-  explicit Taker(View bytes) : left_(bytes) {}
+  explicit ByteReader(View bytes) : left_(bytes) {}
 
   bool Good() const { return good_; }
   View Left() const { return left_; }
 
-  View Take(std::size_t size) {
+  View Read(std::size_t size) {
     good_ = good_ && size <= left_.size();
     if (!good_) return {};
-    const View taken = left_.first(size);
+    const View bytes = left_.first(size);
     left_ = left_.subspan(size);
-    return taken;
+    return bytes;
   }
-  std::uint8_t Take8() {
-    const View taken = Take(1);
-    return taken.empty() ? std::uint8_t{0} : taken[0];
+  std::uint8_t Read8() {
+    const View bytes = Read(1);
+    return bytes.empty() ? std::uint8_t{0} : bytes[0];
   }
-  std::uint16_t Take16() {
-    const View taken = Take(2);
-    return taken.empty() ? std::uint16_t{0} : Read16(taken.data());
+  std::uint16_t Read16() {
+    const View bytes = Read(2);
+    return bytes.empty() ? std::uint16_t{0} : isobmff::Read16(bytes.data());
   }
 
  private:
@@ -41,9 +41,9 @@ class Taker {
 Bytes Copy(View view) { return {view.begin(), view.end()}; }
 
 // Adds the announced NAL units that are complete.
-void TakeParameterSets(Taker& taker, unsigned count, std::vector<Bytes>& sets) {
-  for (; count > 0 && taker.Good(); --count) {
-    const View set = taker.Take(taker.Take16());
+void ReadParameterSets(ByteReader& reader, unsigned count, std::vector<Bytes>& sets) {
+  for (; count > 0 && reader.Good(); --count) {
+    const View set = reader.Read(reader.Read16());
     if (!set.empty()) sets.push_back(Copy(set));
   }
 }
@@ -52,36 +52,36 @@ AvcConfig ParseAvcConfig(View body) {
   constexpr std::size_t kProfileAndLevel = 3;
   constexpr unsigned kSequenceCountMask = 0x1F;
   AvcConfig config;
-  Taker taker(body);
-  if (taker.Take8() != 1) return config;  // version
-  taker.Take(kProfileAndLevel + 1);       // and the size of the NAL unit lengths
-  TakeParameterSets(taker, taker.Take8() & kSequenceCountMask, config.sequence);
-  TakeParameterSets(taker, taker.Take8(), config.picture);
+  ByteReader reader(body);
+  if (reader.Read8() != 1) return config;  // version
+  reader.Read(kProfileAndLevel + 1);       // and the size of the NAL unit lengths
+  ReadParameterSets(reader, reader.Read8() & kSequenceCountMask, config.sequence);
+  ReadParameterSets(reader, reader.Read8(), config.picture);
   return config;
 }
 
 // Removes one descriptor of MPEG-4 Systems (ISO/IEC 14496-1, 8.3.3) from the front and returns its
 // body, which is empty if the descriptor has another tag. Its size has up to four bytes of seven
 // bits each.
-View TakeDescriptor(Taker& taker, std::uint8_t tag) {
-  const std::uint8_t found = taker.Take8();
+View ReadDescriptor(ByteReader& reader, std::uint8_t tag) {
+  const std::uint8_t found = reader.Read8();
   std::uint32_t size = 0;
   std::uint8_t byte = 0x80;
   for (int i = 0; i < 4 && (byte & 0x80) != 0; ++i) {
-    byte = taker.Take8();
+    byte = reader.Read8();
     size = size << 7 | (byte & 0x7FU);
   }
-  const View body = taker.Take(size);
+  const View body = reader.Read(size);
   return found == tag ? body : View();
 }
 
 // Skips the optional fields before the decoder configuration.
-void SkipStreamHead(Taker& stream) {
-  stream.Take16();  // stream ID
-  const std::uint8_t flags = stream.Take8();
-  if ((flags & 0x80) != 0) stream.Take16();              // ID of the stream that it depends on
-  if ((flags & 0x40) != 0) stream.Take(stream.Take8());  // URL
-  if ((flags & 0x20) != 0) stream.Take16();              // ID of the clock reference stream
+void SkipStreamHead(ByteReader& stream) {
+  stream.Read16();  // stream ID
+  const std::uint8_t flags = stream.Read8();
+  if ((flags & 0x80) != 0) stream.Read16();              // ID of the stream that it depends on
+  if ((flags & 0x40) != 0) stream.Read(stream.Read8());  // URL
+  if ((flags & 0x20) != 0) stream.Read16();              // ID of the clock reference stream
 }
 
 std::optional<ElementaryStream> ParseElementaryStream(View body) {
@@ -89,17 +89,17 @@ std::optional<ElementaryStream> ParseElementaryStream(View body) {
   constexpr std::uint8_t kDecoderTag = 4;
   constexpr std::uint8_t kSpecificInfoTag = 5;
   constexpr std::size_t kVersionAndFlags = 4;
-  constexpr std::size_t kBehindObjectType = 12;
-  Taker box(body);
-  box.Take(kVersionAndFlags);
-  Taker stream(TakeDescriptor(box, kStreamTag));
+  constexpr std::size_t kAfterObjectType = 12;
+  ByteReader box(body);
+  box.Read(kVersionAndFlags);
+  ByteReader stream(ReadDescriptor(box, kStreamTag));
   SkipStreamHead(stream);
-  Taker decoder(TakeDescriptor(stream, kDecoderTag));
+  ByteReader decoder(ReadDescriptor(stream, kDecoderTag));
   ElementaryStream result;
-  result.object_type = decoder.Take8();
-  decoder.Take(kBehindObjectType);
+  result.object_type = decoder.Read8();
+  decoder.Read(kAfterObjectType);
   if (!decoder.Good()) return std::nullopt;
-  const View info = TakeDescriptor(decoder, kSpecificInfoTag);
+  const View info = ReadDescriptor(decoder, kSpecificInfoTag);
   if (!info.empty()) result.specific_info = Copy(info);
   return result;
 }
@@ -112,28 +112,24 @@ void FindElementaryStream(View children, SampleEntry& entry) {
 }
 
 void ParseVideo(View body, SampleEntry& entry) {
-  constexpr std::size_t kBeforeWidth = 24;
-  constexpr std::size_t kBehindHeight = 50;
-  Taker taker(body);
-  taker.Take(kBeforeWidth);
-  entry.width = taker.Take16();
-  entry.height = taker.Take16();
-  taker.Take(kBehindHeight);
-  if (!taker.Good()) return;
-  const View children = taker.Left();
+  constexpr std::size_t kFixedFields = 78;
+  ByteReader reader(body);
+  reader.Read(kFixedFields);
+  if (!reader.Good()) return;
+  const View children = reader.Left();
   const View avc = FindBox(children, FourCc("avcC"));
   if (!avc.empty()) entry.avc = ParseAvcConfig(avc);
   FindElementaryStream(children, entry);
 }
 
 // Version 2 of QuickTime's sound description has the channel count in its additional fields.
-int TakeVersion2(Taker& taker) {
+int ReadVersion2(ByteReader& reader) {
   constexpr std::size_t kBeforeChannels = 12;
-  constexpr std::size_t kBehindChannels = 20;
-  taker.Take(kBeforeChannels);
-  const View channels = taker.Take(4);
-  taker.Take(kBehindChannels);
-  return taker.Good() ? static_cast<int>(Read32(channels.data()) & 0xFFFF) : -1;
+  constexpr std::size_t kAfterChannels = 20;
+  reader.Read(kBeforeChannels);
+  const View channels = reader.Read(4);
+  reader.Read(kAfterChannels);
+  return reader.Good() ? static_cast<int>(Read32(channels.data()) & 0xFFFF) : -1;
 }
 
 // `box_version` is the version of the stsd box. If it is not 0, version 1 of the entry is the ISO
@@ -141,19 +137,19 @@ int TakeVersion2(Taker& taker) {
 void ParseSound(View body, std::uint8_t box_version, SampleEntry& entry) {
   constexpr std::size_t kBeforeVersion = 8;
   constexpr std::size_t kRevisionAndVendor = 6;
-  constexpr std::size_t kBehindChannels = 10;
+  constexpr std::size_t kAfterChannels = 10;
   constexpr std::size_t kVersion1Adds = 16;
-  Taker taker(body);
-  taker.Take(kBeforeVersion);
-  const std::uint16_t version = taker.Take16();
-  taker.Take(kRevisionAndVendor);
-  int channels = taker.Take16();
-  taker.Take(kBehindChannels);
-  if (version == 1 && box_version == 0) taker.Take(kVersion1Adds);
-  if (version == 2) channels = TakeVersion2(taker);
-  if (!taker.Good()) return;
+  ByteReader reader(body);
+  reader.Read(kBeforeVersion);
+  const std::uint16_t version = reader.Read16();
+  reader.Read(kRevisionAndVendor);
+  int channels = reader.Read16();
+  reader.Read(kAfterChannels);
+  if (version == 1 && box_version == 0) reader.Read(kVersion1Adds);
+  if (version == 2) channels = ReadVersion2(reader);
+  if (!reader.Good()) return;
   entry.channels = channels;
-  FindElementaryStream(taker.Left(), entry);
+  FindElementaryStream(reader.Left(), entry);
 }
 
 }  // namespace

@@ -28,9 +28,7 @@ struct ElementaryStream {
 };
 
 struct SampleEntry {
-  std::string name;  // four-character code as in the file; empty if there is no entry
-  std::uint16_t width = 0;
-  std::uint16_t height = 0;
+  std::string name;   // four-character code as in the file; empty if there is no entry
   int channels = -1;  // -1: no audio
   std::optional<AvcConfig> avc;
   std::optional<ElementaryStream> stream;

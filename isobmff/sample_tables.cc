@@ -72,7 +72,7 @@ SyncTable::SyncTable(TableBytes bytes, std::uint32_t count) : bytes_(std::move(b
   for (std::uint32_t last = 0; count_ < count && At(count_) > last; ++count_) last = At(count_);
 }
 
-bool SyncTable::Holds(std::uint32_t number, std::uint32_t& cursor) const {
+bool SyncTable::Contains(std::uint32_t number, std::uint32_t& cursor) const {
   const auto is_place = [&](std::uint32_t entry) {
     return entry <= count_ && (entry == 0 || At(entry - 1) < number) &&
            (entry == count_ || At(entry) >= number);
@@ -113,8 +113,9 @@ bool SampleTables::FindTime(const File& file, std::uint32_t sample, SampleCursor
   return true;
 }
 
-bool SampleTables::FindPlace(const File& file, std::uint32_t sample, SampleCursor& cursor) const {
-  if (cursor.place_of == sample) return true;
+bool SampleTables::FindLocation(const File& file, std::uint32_t sample,
+                                SampleCursor& cursor) const {
+  if (cursor.sample == sample) return true;
   const SizeTable* const sizes = Sizes(file);
   const RunTable* const runs = chunk_runs_.Get(
       [&] { return LoadChunkRuns(file, *boxes_.chunk_runs, boxes_.offsets->count); });
@@ -126,17 +127,17 @@ bool SampleTables::FindPlace(const File& file, std::uint32_t sample, SampleCurso
   const std::uint64_t in_run = sample - run.first;
   const auto in_chunk = static_cast<std::uint32_t>(in_run % run.value);
   // The samples of a chunk are stored one after another.
-  const bool follows = in_chunk != 0 && cursor.place_of + 1 == sample;
-  std::uint64_t start = cursor.place.offset;
+  const bool follows = in_chunk != 0 && cursor.sample + 1 == sample;
+  std::uint64_t start = cursor.location.offset;
   if (!follows) {
     const auto chunk = static_cast<std::uint32_t>(run.chunk + in_run / run.value);
     if (!ChunkOffset(file, chunk, start)) return false;
   }
   const std::uint64_t before =
-      follows ? cursor.place.size : sizes->Sum(sample - in_chunk, in_chunk);
+      follows ? cursor.location.size : sizes->Sum(sample - in_chunk, in_chunk);
   if (before > UINT64_MAX - start) return false;
-  cursor.place = {start + before, sizes->At(sample)};
-  cursor.place_of = sample;
+  cursor.location = {start + before, sizes->At(sample)};
+  cursor.sample = sample;
   return true;
 }
 
@@ -160,13 +161,8 @@ bool SampleTables::FindSync(const File& file, std::uint32_t sample, SampleCursor
     return std::make_unique<const SyncTable>(*std::move(bytes), boxes_.sync->count);
   });
   if (sync == nullptr) return false;
-  is_sync = sync->Holds(sample + 1, cursor.sync_entry);
+  is_sync = sync->Contains(sample + 1, cursor.sync_entry);
   return true;
-}
-
-std::uint64_t SampleTables::TotalSize(const File& file) const {
-  const SizeTable* const sizes = Sizes(file);
-  return sizes == nullptr ? 0 : sizes->Sum(0, Count());
 }
 
 const SizeTable* SampleTables::Sizes(const File& file) const {

@@ -50,7 +50,7 @@ class SyncTable {
 
   // Returns whether a sample is a sync sample. The cursor may have any value; the one that the last
   // call left is best.
-  bool Holds(std::uint32_t number, std::uint32_t& cursor) const;
+  bool Contains(std::uint32_t number, std::uint32_t& cursor) const;
 
  private:
   std::uint32_t At(std::uint32_t entry) const;
@@ -61,7 +61,7 @@ class SyncTable {
   std::uint32_t count_ = 0;
 };
 
-struct SamplePlace {
+struct SampleLocation {
   std::uint64_t offset = 0;
   std::uint32_t size = 0;
 };
@@ -72,8 +72,8 @@ struct SampleCursor {
   Run composition;
   Run chunk;
   std::uint32_t sync_entry = 0;
-  std::uint64_t place_of = UINT64_MAX;  // the sample that `place` belongs to
-  SamplePlace place;
+  std::uint64_t sample = UINT64_MAX;  // the sample that `location` belongs to
+  SampleLocation location;
 };
 
 struct SampleTime {
@@ -104,14 +104,12 @@ class SampleTables {
   std::uint32_t Count() const { return boxes_.sizes->count; }
   bool FindTime(const File& file, std::uint32_t sample, SampleCursor& cursor,
                 SampleTime& time) const;
-  // Stores the result in `cursor.place`.
-  bool FindPlace(const File& file, std::uint32_t sample, SampleCursor& cursor) const;
+  // Stores the result in `cursor.location`.
+  bool FindLocation(const File& file, std::uint32_t sample, SampleCursor& cursor) const;
   // `offset` is set to the 32 bits in the table.
   bool FindComposition(const File& file, std::uint32_t sample, SampleCursor& cursor,
                        std::uint32_t& offset) const;
   bool FindSync(const File& file, std::uint32_t sample, SampleCursor& cursor, bool& is_sync) const;
-  // Total size of all samples, in bytes.
-  std::uint64_t TotalSize(const File& file) const;
 
  private:
   const SizeTable* Sizes(const File& file) const;

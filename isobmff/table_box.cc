@@ -12,11 +12,11 @@ constexpr std::size_t kTableHeadSize = 8;  // with the count
 constexpr std::size_t kSizeTableHeadSize = 12;
 // The sizes of 8.4 million samples, which is 93 hours at 25 frames per second. A larger table is
 // taken for damage: loading it would delay a stop.
-constexpr std::uint64_t kMostTableBytes = std::uint64_t{1} << 25;
+constexpr std::uint64_t kMaxTableBytes = std::uint64_t{1} << 25;
 
 std::optional<TableBox> WithEntries(TableBox table, const ByteRange& body, std::size_t head) {
   const std::uint64_t size = (std::uint64_t{table.count} * table.entry_bits + 7) / 8;
-  if (size > body.Size() - head || size > kMostTableBytes) return std::nullopt;
+  if (size > body.Size() - head || size > kMaxTableBytes) return std::nullopt;
   table.entries = {body.begin + head, body.begin + head + size};
   return table;
 }

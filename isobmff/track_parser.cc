@@ -8,7 +8,7 @@
 namespace isobmff {
 namespace {
 
-constexpr std::size_t kBehindVersion = 4;  // where the content of a full box begins
+constexpr std::size_t kAfterVersion = 4;  // where the content of a full box begins
 
 char SmallLetter(std::uint8_t letter) {
   return static_cast<char>(letter >= 'A' && letter <= 'Z' ? letter - 'A' + 'a' : letter);
@@ -138,7 +138,7 @@ class TrackReader {
 
   void ReadId(const ByteRange& body) {
     const auto times = SizeOfTimes(reader_, body);
-    const std::size_t id_at = kBehindVersion + times.value_or(0);
+    const std::size_t id_at = kAfterVersion + times.value_or(0);
     const std::uint8_t* const bytes = times ? reader_.Peek(body, id_at + 4) : nullptr;
     if (bytes != nullptr) facts_.id = Read32(bytes + id_at);
     Require(facts_.id != 0, body.begin + id_at + 4);
@@ -152,7 +152,7 @@ class TrackReader {
   }
 
   void ReadHandler(const ByteRange& body) {
-    constexpr std::size_t kTypeAt = kBehindVersion + 4;
+    constexpr std::size_t kTypeAt = kAfterVersion + 4;
     const std::uint8_t* const bytes = reader_.Peek(body, kTypeAt + 4);
     const bool is_there = bytes != nullptr && bytes[kTypeAt + 3] != 0;  // else it may be cut off
     Require(is_there, body.begin + kTypeAt + 4);
@@ -164,8 +164,8 @@ class TrackReader {
   }
 
   void ReadDescription() {
-    constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 24;
-    if (!description_ || description_->Size() > kMostBytes) return;
+    constexpr std::uint64_t kMaxBytes = std::uint64_t{1} << 24;
+    if (!description_ || description_->Size() > kMaxBytes) return;
     Bytes bytes(static_cast<std::size_t>(description_->Size()));
     if (const std::uint8_t* const near = reader_.Peek(*description_, bytes.size())) {
       bytes.assign(near, near + bytes.size());
@@ -197,7 +197,7 @@ std::optional<Timing> ReadTiming(HeaderReader& reader, const ByteRange& body) {
   const auto times = SizeOfTimes(reader, body);
   if (!times) return std::nullopt;
   const bool is_long = *times == 16;
-  const std::size_t scale_at = kBehindVersion + *times;
+  const std::size_t scale_at = kAfterVersion + *times;
   const std::uint8_t* const bytes = reader.Peek(body, scale_at + (is_long ? 12 : 8));
   if (bytes == nullptr) return std::nullopt;
   const std::uint8_t* const duration = bytes + scale_at + 4;

@@ -15,8 +15,8 @@ bool IsFollowed(HeaderReader& reader, const ByteRange& index) {
 // The offset at which the zeros at the end of the index begin. If there are more of them than are
 // checked, or if they cannot be read, returns the beginning of the index.
 std::uint64_t TrailingZeros(HeaderReader& reader, const ByteRange& index) {
-  constexpr std::uint64_t kMost = HeaderReader::kMostAtOnce;
-  const auto size = static_cast<std::size_t>(std::min(index.Size(), kMost));
+  constexpr std::uint64_t kMax = HeaderReader::kMaxAtOnce;
+  const auto size = static_cast<std::size_t>(std::min(index.Size(), kMax));
   const std::uint8_t* const bytes = reader.Peek({index.end - size, index.end}, size);
   if (bytes == nullptr) return index.begin;
   std::size_t kept = size;

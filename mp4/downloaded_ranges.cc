@@ -24,10 +24,10 @@ void DownloadedRanges::Set(std::uint64_t start, std::uint64_t end) {
   largest_end_ = std::max(largest_end_, end);
 }
 
-bool DownloadedRanges::Hold(std::uint64_t start, std::uint64_t size) const {
-  if (!ByteRange{0, largest_end_}.Holds(start, size)) return false;
+bool DownloadedRanges::Contains(std::uint64_t start, std::uint64_t size) const {
+  if (!ByteRange{0, largest_end_}.Contains(start, size)) return false;
   return std::any_of(ranges_.begin(), ranges_.end(), [start, size](const auto& range) {
-    return ByteRange{range.first, range.second}.Holds(start, size);
+    return ByteRange{range.first, range.second}.Contains(start, size);
   });
 }
 

@@ -10,7 +10,7 @@ struct ByteRange {
   std::uint64_t start = 0;
   std::uint64_t end = 0;
 
-  bool Holds(std::uint64_t offset, std::uint64_t size) const {
+  bool Contains(std::uint64_t offset, std::uint64_t size) const {
     return start <= offset && offset <= end && size <= end - offset;
   }
 };
@@ -35,7 +35,7 @@ class DownloadedRanges {
   // Returns whether one of the ranges contains all of these bytes. For bytes after all ranges,
   // which a download asks for piece by piece, it does not search the ranges, since there may be
   // very many.
-  bool Hold(std::uint64_t start, std::uint64_t size) const;
+  bool Contains(std::uint64_t start, std::uint64_t size) const;
 
   // The first range; empty if there is none. It alone decides which samples are available: a sample
   // in a later range is not looked for. Kept for compatibility.

@@ -15,27 +15,26 @@
 
 namespace {
 
-// The download that this thread performs: the write callback gets no pointer of its own.
+// What the write callback gets.
 struct RunningDownload {
   CURL* handle;
   Mp4Transfer& transfer;
 };
-thread_local RunningDownload* t_download = nullptr;
 
-std::size_t TakeMp4Bytes(char* data, std::size_t size, std::size_t count, void* /*user*/) {
+std::size_t OnMp4Bytes(char* data, std::size_t size, std::size_t count, void* download) {
+  const auto& running = *static_cast<const RunningDownload*>(download);
   const std::size_t length = size * count;
-  if (t_download == nullptr || !g_mp4Running.load() || IsHtmlPage(data, length)) return 0;
-  if (!t_download->transfer.AcceptReply(t_download->handle)) return 0;
-  return t_download->transfer.Take(data, length);
+  if (!g_mp4Running.load() || IsHtmlPage(data, length)) return 0;
+  if (!running.transfer.AcceptReply(running.handle)) return 0;
+  return running.transfer.OnBytes(data, length);
 }
 
 void PerformInto(Mp4Transfer& transfer, const std::string& url) {
-  const Transfer request{url, GuardedCallback<TakeMp4Bytes>, nullptr, g_mp4Running};
+  RunningDownload running{nullptr, transfer};
+  const Transfer request{url, GuardedCallback<OnMp4Bytes>, &running, g_mp4Running};
   const CurlHandle handle = SetUpDownload(request, transfer.Offset());
-  RunningDownload running{handle.get(), transfer};
-  t_download = &running;
+  running.handle = handle.get();
   PerformDownload(handle, request);
-  t_download = nullptr;
 }
 
 int LastError() { return errno != 0 ? errno : EIO; }
@@ -51,8 +50,8 @@ int Close(platform::File file) { return std::fclose(file.release()) == 0 ? 0 : L
 
 }  // namespace
 
-Mp4Transfer::Mp4Transfer(std::uint64_t address) : address_(address) {
-  const std::lock_guard lock(g_mp4FileLock);
+Mp4Transfer::Mp4Transfer(RunId run) : run_(run) {
+  const std::lock_guard lock(g_mp4File->mutex);
   offset_ = g_mp4File->write_offset;
   seeks_ = g_mp4File->seeks;
   failure_reported_ = std::exchange(g_mp4File->failure_reported, false);
@@ -68,7 +67,7 @@ bool Mp4Transfer::AcceptReply(CURL* handle) {
   return status < kFirstError;  // an error page must not be written into the middle of a file
 }
 
-std::size_t Mp4Transfer::Take(const char* data, std::size_t length) {
+std::size_t Mp4Transfer::OnBytes(const char* data, std::size_t length) {
   if (data != nullptr && !pending_.Append(reinterpret_cast<const std::uint8_t*>(data),
                                           static_cast<std::uint32_t>(length))) {
     return 0;
@@ -86,12 +85,12 @@ std::size_t Mp4Transfer::Take(const char* data, std::size_t length) {
 }
 
 Mp4Transfer::Outcome Mp4Transfer::WritePending() {
-  const std::lock_guard lock(g_mp4FileLock);
+  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
-  if (address_ != file.addresses) return Outcome::kNever;
+  if (!file.runs.IsCurrent(run_)) return Outcome::kNever;
   if (!HasPending()) return Outcome::kDone;
   const auto size = static_cast<std::uint64_t>(pending_.Length());
-  if (!file.ranges.Hold(offset_, size)) {
+  if (!file.ranges.Contains(offset_, size)) {
     // Offsets are 32-bit numbers, so bytes after 2 GiB are not stored. Kept for compatibility.
     if (offset_ > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max())) {
       ConsoleLine("mp4 download ends at 2 GiB.");
@@ -123,8 +122,8 @@ void Mp4Transfer::ReportFailure(const std::string& path, int error) {
   ConsoleLine("mp4 cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-// Requires g_mp4FileLock. If the target of a seek is within the bytes just processed, this transfer
-// serves the seek, and the next start continues after those bytes.
+// Requires g_mp4File->mutex. If the target of a seek is within the bytes just processed, this
+// transfer serves the seek, and the next start continues after those bytes.
 void Mp4Transfer::Advance() {
   Mp4File& file = *g_mp4File;
   const std::uint64_t before = offset_;
@@ -134,9 +133,9 @@ void Mp4Transfer::Advance() {
   if (seeks_ == file.seeks) file.write_offset = offset_;
 }
 
-void DownloadMp4(const std::string& url, std::uint64_t address) {
-  Mp4Transfer transfer(address);
+void DownloadMp4(const std::string& url, RunId run) {
+  Mp4Transfer transfer(run);
   PerformInto(transfer, url);
   ConsoleLine("mp4 Download thread stop.");
-  while (g_mp4Running.load() && transfer.HasPending()) transfer.Take(nullptr, 0);
+  while (g_mp4Running.load() && transfer.HasPending()) transfer.OnBytes(nullptr, 0);
 }

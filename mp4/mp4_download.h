@@ -10,22 +10,23 @@
 #include <string>
 
 #include "common/copy_buffer.h"
+#include "common/run_id.h"
 
 // Fetches `url` from the write offset until its end or until g_mp4Running is cleared. Then retries
-// the bytes that could not be written, until they are written or g_mp4Running is cleared. `address`
-// is the number of the address; nothing is written once another address was started. Blocks.
-void DownloadMp4(const std::string& url, std::uint64_t address);
+// the bytes that could not be written, until they are written or g_mp4Running is cleared. Writes
+// nothing once the next run of the restart file has begun. Blocks.
+void DownloadMp4(const std::string& url, RunId run);
 
 // One download. Used on the thread that performs the transfer.
 class Mp4Transfer {
  public:
-  explicit Mp4Transfer(std::uint64_t address);  // starts at the current write offset
+  explicit Mp4Transfer(RunId run);  // starts at the current write offset
 
   std::uint64_t Offset() const { return offset_; }
   bool HasPending() const { return pending_.Length() > 0; }
 
   // Checks the status of the reply, when its first piece is received. Returns false if the body
-  // must not be written. A server without support for ranges sends the stream from its beginning;
+  // must not be written. A server that does not support ranges sends the stream from its beginning;
   // the offset is then reset to 0.
   bool AcceptReply(CURL* handle);
 
@@ -33,7 +34,7 @@ class Mp4Transfer {
   // number of accepted bytes; 0 ends the transfer. Bytes that cannot be written stay pending until
   // the next call; if there are too many of them, this call waits. The first failure to write is
   // logged.
-  std::size_t Take(const char* data, std::size_t length);
+  std::size_t OnBytes(const char* data, std::size_t length);
 
  private:
   enum class Outcome { kDone, kLater, kNever };
@@ -43,7 +44,7 @@ class Mp4Transfer {
   void ReportFailure(const std::string& path, int error);
   void Advance();
 
-  const std::uint64_t address_;
+  const RunId run_;
   std::uint64_t seeks_;
   std::uint64_t offset_;  // of the first pending byte
   bool reply_seen_ = false;

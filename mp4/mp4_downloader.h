@@ -11,12 +11,11 @@
 #define MP4_MP4_DOWNLOADER_H_
 
 #include <atomic>
-#include <cstdint>
 #include <string>
-#include <utility>
 
+#include "common/pipeline.h"
 #include "common/player_port.h"
-#include "common/task_gate.h"
+#include "common/run_id.h"
 #include "common/thread_pool.h"
 #include "mp4/mp4_track_reader.h"
 
@@ -43,20 +42,18 @@ class CMp4Downloader {
   bool SetStartPostion(float seconds);
 
  private:
-  std::uint64_t UseUrl(const std::string& url);
+  RunId UseUrl(const std::string& url);
   bool OwnsFile() const;
   void Seek(float seconds);
-  static void RunDownload(const std::string& url, std::uint64_t address,
-                          std::atomic<bool>& downloading);
-  void AddGated(CThreadPool::Task task) { pool_.AddTask(gate_.Admit(std::move(task))); }
+  static void RunDownload(const std::string& url, RunId run, std::atomic<bool>& downloading);
 
   const PlayerPort player_;
   std::string url_;
-  std::uint64_t address_ = 0;  // number of the address that was started last
+  RunId run_{};  // of the restart file, begun by the address that was started last
   std::atomic<float> start_position_{0};
   Mp4TrackReader reader_;
-  TaskGate gate_;
   CThreadPool pool_;
+  Pipeline pipeline_;  // last: no task may outlive the other members
 };
 
 #endif  // MP4_MP4_DOWNLOADER_H_

@@ -21,11 +21,11 @@ Mp4FileHandle OpenMp4(const std::string& path) {
 
 std::uint64_t Mp4Milliseconds(std::uint64_t value, std::uint32_t time_scale) {
   constexpr std::uint64_t kMillisecondsPerSecond = 1000;
-  constexpr std::uint64_t kMost = std::numeric_limits<std::uint64_t>::max();
+  constexpr std::uint64_t kMax = std::numeric_limits<std::uint64_t>::max();
   if (time_scale == 0) return 0;
   const std::uint64_t seconds = value / time_scale;
   const std::uint64_t rest = value % time_scale * kMillisecondsPerSecond / time_scale;
-  if (seconds > (kMost - rest) / kMillisecondsPerSecond) return kMost;
+  if (seconds > (kMax - rest) / kMillisecondsPerSecond) return kMax;
   return seconds * kMillisecondsPerSecond + rest;
 }
 

@@ -5,6 +5,7 @@
 
 #include "common/address.h"
 #include "common/clock.h"
+#include "common/pipeline.h"
 #include "mp4/mp4_sample.h"
 #include "mp4/mp4_state.h"
 
@@ -13,13 +14,13 @@ namespace {
 // What the next pass reads; nullopt if another address was started.
 std::optional<Mp4TrackReader::Source> SourceOf(const Mp4Play& play) {
   const bool is_local = IsFileUrl(play.url);
-  const std::lock_guard lock(g_mp4FileLock);
+  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
-  if (play.address != file.addresses) return std::nullopt;
+  if (!file.runs.IsCurrent(play.run)) return std::nullopt;
   if (is_local) file.ranges.MarkLocalFile();
   const std::string path = is_local ? FileUrlPath(play.url) : file.path;
-  return Mp4TrackReader::Source{play.address,        play.url,      path,
-                                file.ranges.First(), file.revision, play.start_position};
+  return Mp4TrackReader::Source{play.run,      play.url,           path, file.ranges.First(),
+                                file.revision, play.start_position};
 }
 
 // Returns false if another address was started.
@@ -28,9 +29,9 @@ bool ReadPasses(const Mp4Play& play) {
     const bool download_complete = !play.downloading->load();  // checked before the pass begins
     const auto source = SourceOf(play);
     if (!source) return false;
-    const bool is_made =
+    const bool pass_done =
         (download_complete || play.reader.MayFindMore(*source)) && play.reader.RunPass(*source);
-    if (download_complete && is_made) return true;
+    if (download_complete && pass_done) return true;
     if (g_mp4Running.load()) SleepFor(std::chrono::milliseconds(1));
   }
   return true;
@@ -40,14 +41,12 @@ bool ReadPasses(const Mp4Play& play) {
 
 std::string Mp4MediaPath(const std::string& url) {
   if (IsFileUrl(url)) return FileUrlPath(url);
-  const std::lock_guard lock(g_mp4FileLock);
+  const std::lock_guard lock(g_mp4File->mutex);
   return g_mp4File->path;
 }
 
 // The result is reported after a stop too. Kept for compatibility.
 void PlayMp4(const Mp4Play& play) {
   if (!ReadPasses(play)) return;
-  const char* const outcome = Mp4VideoHasBegun() ? "MP4 OK:" : "MP4 NO:";
-  play.player.Message(std::string("PLAY ") + outcome + play.url);
-  play.player.PlayResult(std::string("PLAY:") + outcome + play.url);
+  ReportOutcome(play.player, Mp4VideoHasBegun() ? "MP4 OK" : "MP4 NO", play.url);
 }

@@ -3,16 +3,16 @@
 #define MP4_MP4_PLAY_H_
 
 #include <atomic>
-#include <cstdint>
 #include <memory>
 #include <string>
 
 #include "common/player_port.h"
+#include "common/run_id.h"
 #include "mp4/mp4_track_reader.h"
 
 struct Mp4Play {
   std::string url;
-  std::uint64_t address;  // its number; the task ends when another address is started
+  RunId run;  // of the restart file; the task ends when the next run begins
   PlayerPort player;
   Mp4TrackReader& reader;
   std::shared_ptr<const std::atomic<bool>> downloading;  // cleared when the download has ended

@@ -61,8 +61,8 @@ Bytes StartCodeOf(Bytes parameter_set) { return parameter_set.empty() ? Bytes() 
 // A stop does not interrupt a sample, since a sample is not read a second time after the stop. Only
 // a sample with more NAL units than any video frame has is interrupted.
 bool MayGoOn(int units) {
-  constexpr int kMostOfAPicture = 4096;
-  return units < kMostOfAPicture || g_mp4Running.load();
+  constexpr int kMaxUnitsOfAFrame = 4096;
+  return units < kMaxUnitsOfAFrame || g_mp4Running.load();
 }
 
 // Removes the first NAL unit and the length before it from `left`. Returns false if there is none

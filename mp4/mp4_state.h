@@ -10,13 +10,16 @@
 #include <string>
 
 #include "common/never_destroyed.h"
+#include "common/run_id.h"
 #include "mp4/downloaded_ranges.h"
 
 // The run flag: the loops of all four tasks run while it is set.
 extern std::atomic<bool> g_mp4Running;
 
-// The restart file and what is known about it. Both are kept until another address is started.
+// The restart file and what is known about it. Both are kept until another address is started,
+// which begins the next run of the file. All members are guarded by `mutex`.
 struct Mp4File {
+  std::mutex mutex;
   std::string path;            // of the restart file
   DownloadedRanges ranges;     // the bytes of the stream that are in it
   std::uint64_t revision = 0;  // counts the changes of `ranges`
@@ -25,17 +28,16 @@ struct Mp4File {
 
   // The offset from which the next start requests the stream. Advanced by the running download.
   std::uint64_t write_offset = 0;
-  std::uint64_t addresses = 0;  // counts the addresses: tasks of an earlier one end
+  RunCounter runs;  // tasks of an earlier run end
   // Counts the seeks. A download that began before a seek changes write_offset only once it reaches
   // the target of the seek.
   std::uint64_t seeks = 0;
 };
 
-extern std::mutex g_mp4FileLock;
-extern NeverDestroyed<Mp4File> g_mp4File;  // guarded by g_mp4FileLock
+extern NeverDestroyed<Mp4File> g_mp4File;
 
-// Empties the restart file of that name for another address, about which nothing is known yet, and
-// returns the number of the address.
-std::uint64_t NextMp4Address(const std::string& file_name);
+// Empties the restart file of that name for another address, about which nothing is known yet.
+// Returns the id of the run that begins.
+RunId BeginMp4Run(const std::string& file_name);
 
 #endif  // MP4_MP4_STATE_H_

@@ -9,24 +9,24 @@
 #include <map>
 #include <optional>
 
-struct Mp4SamplePlace {
+struct Mp4SampleLocation {
   MP4SampleId id = 1;
   std::uint64_t offset = 0;  // in the file
 };
 
 class Mp4TimeIndex {
  public:
-  void Clear() { places_.clear(); }
   // A file may claim any number of samples. At most this many are recorded, as many as a day of
   // film has.
-  static constexpr std::uint32_t kMaxPlaces = 1U << 22;
+  static constexpr std::uint32_t kMaxEntries = 1U << 22;
 
-  void Record(std::uint64_t milliseconds, const Mp4SamplePlace& place) {
-    if (places_.size() < kMaxPlaces) places_.insert_or_assign(places_.end(), milliseconds, place);
+  void Record(std::uint64_t milliseconds, const Mp4SampleLocation& location) {
+    if (entries_.size() < kMaxEntries)
+      entries_.insert_or_assign(entries_.end(), milliseconds, location);
   }
 
   struct Found {
-    Mp4SamplePlace place;
+    Mp4SampleLocation location;
     bool reaches_target;  // false if it is the last known sample and is before the target
   };
 
@@ -34,15 +34,15 @@ class Mp4TimeIndex {
   // empty.
   std::optional<Found> Find(float milliseconds) const {
     std::optional<Found> found;
-    for (const auto& [time, place] : places_) {
-      found = Found{place, static_cast<float>(time) >= milliseconds};
+    for (const auto& [time, location] : entries_) {
+      found = Found{location, static_cast<float>(time) >= milliseconds};
       if (found->reaches_target) break;
     }
     return found;
   }
 
  private:
-  std::map<std::uint64_t, Mp4SamplePlace> places_;
+  std::map<std::uint64_t, Mp4SampleLocation> entries_;
 };
 
 #endif  // MP4_MP4_TIME_INDEX_H_

@@ -13,7 +13,7 @@ float Seconds(std::uint64_t milliseconds) {
   return static_cast<float>(static_cast<double>(milliseconds) / 1000.0);
 }
 
-bool LiesBeforeStart(const Mp4Sample& sample, float start_position) {
+bool StartsBefore(const Mp4Sample& sample, float start_position) {
   return static_cast<float>(sample.PresentationTime()) < start_position * 1000.0F;
 }
 
@@ -21,10 +21,10 @@ bool LiesBeforeStart(const Mp4Sample& sample, float start_position) {
 
 void Mp4TrackReader::Begin() { key_time_ = 0; }
 
-void Mp4TrackReader::Reset(std::uint64_t address) {
+void Mp4TrackReader::Reset(RunId run) {
   const std::lock_guard lock(mutex_);
-  address_ = address;
-  ++changes_;
+  run_ = run;
+  ++repositions_;
   video_ = Track();
   audio_ = Track();
   refused_ = false;
@@ -44,11 +44,11 @@ bool Mp4TrackReader::MayFindMore(const Source& source) const {
   if (!revision_) return true;
   if (*revision_ == source.revision) return false;
   if (!discovered_ || LacksATrack()) return true;
-  const auto has_come = [&source](const Track& track) {
-    return track.missing &&
-           source.there.Holds(track.missing->start, track.missing->end - track.missing->start);
+  const auto is_available = [&source](const Track& track) {
+    return track.missing && source.available.Contains(track.missing->start,
+                                                      track.missing->end - track.missing->start);
   };
-  return has_come(video_) || has_come(audio_);
+  return is_available(video_) || is_available(audio_);
 }
 
 // Returns whether a track may still be found: an index that extends to the end of its file can be
@@ -58,11 +58,11 @@ bool Mp4TrackReader::LacksATrack() const {
 }
 
 bool Mp4TrackReader::RunPass(const Source& source) {
-  Pass pass{source, nullptr, 0};
+  ReadPass pass{source, nullptr, 0};
   {
     const std::lock_guard lock(mutex_);
-    if (std::exchange(pass_under_way_, true)) return false;
-    pass.changes = changes_;
+    if (std::exchange(pass_running_, true)) return false;
+    pass.repositions = repositions_;
   }
   bool was_read = false;
   const ScopeExit end([this, &pass, &was_read] { EndPass(pass, was_read); });
@@ -71,31 +71,32 @@ bool Mp4TrackReader::RunPass(const Source& source) {
   return true;
 }
 
-void Mp4TrackReader::EndPass(const Pass& pass, bool was_read) {
+void Mp4TrackReader::EndPass(const ReadPass& pass, bool was_read) {
   const std::lock_guard lock(mutex_);
-  pass_under_way_ = false;
+  pass_running_ = false;
   // Recorded only if there was no seek and no new address during the pass, since the pass did not
   // look for their target. A file that was readable before but not in this pass is tried again.
-  if (pass.changes == changes_ && (was_read || !discovered_)) revision_ = pass.source.revision;
+  if (pass.repositions == repositions_ && (was_read || !discovered_))
+    revision_ = pass.source.revision;
 }
 
 // The file grows, so it is opened again for each pass. The previous handle stays open until then.
-bool Mp4TrackReader::Open(Pass& pass) {
+bool Mp4TrackReader::Open(ReadPass& pass) {
   pass.file = OpenMp4(pass.source.path);
   const std::lock_guard lock(mutex_);
-  if (kKeepMp4Open && pass.changes == changes_) open_file_ = pass.file;
+  if (kKeepMp4Open && pass.repositions == repositions_) open_file_ = pass.file;
   return pass.file != nullptr;
 }
 
 // Finds the tracks that are not known yet. Returns false if there is nothing to play. A file whose
 // video was refused is not reported again.
-bool Mp4TrackReader::Discover(const Pass& pass) {
+bool Mp4TrackReader::Discover(const ReadPass& pass) {
   std::optional<std::string> new_codec;
   float duration = 0;
   bool is_played = false;
   {
     const std::lock_guard lock(mutex_);
-    if (pass.source.address != address_ || refused_) return false;
+    if (pass.source.run != run_ || refused_) return false;
     discovered_ = true;
     if (video_.id != MP4_INVALID_TRACK_ID && audio_.id != MP4_INVALID_TRACK_ID) return true;
     duration = Mp4DurationSeconds(pass.file.get());
@@ -144,7 +145,7 @@ void Mp4TrackReader::DiscoverAudio(MP4FileHandle file) {
 }
 
 // Reads one sample of each track in turn, until neither has another one.
-void Mp4TrackReader::ReadSamples(Pass& pass) {
+void Mp4TrackReader::ReadSamples(ReadPass& pass) {
   bool video_done = false;
   bool audio_done = false;
   while (g_mp4Running.load() && !(video_done && audio_done)) {
@@ -161,28 +162,28 @@ bool Mp4TrackReader::AudioMustWait() const {
   return video_.missing && !Mp4VideoHasBegun();
 }
 
-bool Mp4TrackReader::ReadNextVideo(Pass& pass) {
-  const std::optional<Mp4Sample> sample = TakeNext(pass, video_);
+bool Mp4TrackReader::ReadNextVideo(ReadPass& pass) {
+  const std::optional<Mp4Sample> sample = ReadNext(pass, video_);
   if (!sample) return false;
   player_.BufferedTime(Seconds(sample->PresentationTime()));
-  if (LiesBeforeStart(*sample, pass.source.start_position.load())) return true;
+  if (StartsBefore(*sample, pass.source.start_position.load())) return true;
   if (EmitMp4Video(*sample, parameter_sets_)) key_time_ = sample->time;
   return true;
 }
 
 // Audio before the first video frame is dropped.
-bool Mp4TrackReader::ReadNextAudio(Pass& pass) {
-  const std::optional<Mp4Sample> sample = TakeNext(pass, audio_);
+bool Mp4TrackReader::ReadNextAudio(ReadPass& pass) {
+  const std::optional<Mp4Sample> sample = ReadNext(pass, audio_);
   if (!sample) return false;
-  if (LiesBeforeStart(*sample, pass.source.start_position.load())) return true;
+  if (StartsBefore(*sample, pass.source.start_position.load())) return true;
   if (sample->time >= key_time_.load() && Mp4VideoHasBegun()) EmitMp4Audio(*sample, adts_fields_);
   return true;
 }
 
 // Returns the next sample of a track. If it cannot be read, it stays the next one.
-std::optional<Mp4Sample> Mp4TrackReader::TakeNext(Pass& pass, Track& track) {
+std::optional<Mp4Sample> Mp4TrackReader::ReadNext(ReadPass& pass, Track& track) {
   const std::lock_guard lock(mutex_);
-  if (pass.source.address != address_ || track.id == MP4_INVALID_TRACK_ID || !pass.file) {
+  if (pass.source.run != run_ || track.id == MP4_INVALID_TRACK_ID || !pass.file) {
     return std::nullopt;
   }
   std::optional<Mp4Sample> sample = ReadSample(pass, track);
@@ -191,7 +192,7 @@ std::optional<Mp4Sample> Mp4TrackReader::TakeNext(Pass& pass, Track& track) {
 }
 
 // Requires mutex_.
-std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
+std::optional<Mp4Sample> Mp4TrackReader::ReadSample(ReadPass& pass, Track& track) {
   auto* const file = pass.file.get();
   track.missing.reset();
   const MP4Timestamp time = MP4GetSampleTime(file, track.id, track.next);
@@ -203,7 +204,7 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   track.index.Record(sample.time, {track.next, offset});
   // The size of a sample, which may be 0, is known only after reading it. So its bytes are checked
   // twice: here for the offset, below for the size.
-  if (!IsThere(pass, track, offset, 0)) return std::nullopt;
+  if (!IsAvailable(pass, track, offset, 0)) return std::nullopt;
 
   std::uint8_t* bytes = nullptr;
   MP4Timestamp start = 0;
@@ -215,29 +216,29 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadSample(Pass& pass, Track& track) {
   if (!is_read) {
     // The sample needs more bytes than are available. After an error a library may read nothing
     // more, of the other track either, so the file is opened again.
-    track.missing = ByteRange{offset, pass.source.there.end + 1};
+    track.missing = ByteRange{offset, pass.source.available.end + 1};
     pass.file = OpenMp4(pass.source.path);
     return std::nullopt;
   }
-  if (!IsThere(pass, track, offset, sample.size)) return std::nullopt;
+  if (!IsAvailable(pass, track, offset, sample.size)) return std::nullopt;
   sample.start = Mp4Milliseconds(start, scale);
   sample.rendering_offset = Mp4OffsetMilliseconds(rendering_offset, scale);
   return sample;
 }
 
 // Returns whether the bytes are in the file. If not, records them as missing for the track.
-bool Mp4TrackReader::IsThere(const Pass& pass, Track& track, std::uint64_t offset,
-                             std::uint64_t size) {
-  if (pass.source.there.Holds(offset, size)) return true;
-  const std::uint64_t room = std::numeric_limits<std::uint64_t>::max() - offset;
-  track.missing = ByteRange{offset, offset + std::min(size, room)};
+bool Mp4TrackReader::IsAvailable(const ReadPass& pass, Track& track, std::uint64_t offset,
+                                 std::uint64_t size) {
+  if (pass.source.available.Contains(offset, size)) return true;
+  const std::uint64_t max_size = std::numeric_limits<std::uint64_t>::max() - offset;
+  track.missing = ByteRange{offset, offset + std::min(size, max_size)};
   return false;
 }
 
 std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
   const float milliseconds = seconds * 1000.0F;
   const std::lock_guard lock(mutex_);
-  ++changes_;
+  ++repositions_;
   revision_.reset();
   key_time_ = 0;  // audio before it may be needed now
   const auto is_known = [milliseconds](const Track& track) {
@@ -255,19 +256,19 @@ std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
 std::uint64_t Mp4TrackReader::SeekTrack(MP4FileHandle file, Track& track, float milliseconds) {
   track.missing.reset();
   const auto known = track.index.Find(milliseconds);
-  Mp4SamplePlace place = known ? known->place : Mp4SamplePlace{track.next, 0};
-  MP4SampleId id = known ? place.id + 1 : track.next;
+  Mp4SampleLocation location = known ? known->location : Mp4SampleLocation{track.next, 0};
+  MP4SampleId id = known ? location.id + 1 : track.next;
   bool found = known && known->reaches_target;
   const std::uint32_t scale = file == nullptr ? 0 : MP4GetTrackTimeScale(file, track.id);
-  for (MP4SampleId scanned = 0; !found && scanned < Mp4TimeIndex::kMaxPlaces; ++scanned, ++id) {
+  for (MP4SampleId scanned = 0; !found && scanned < Mp4TimeIndex::kMaxEntries; ++scanned, ++id) {
     const MP4Timestamp time =
         file == nullptr ? MP4_INVALID_TIMESTAMP : MP4GetSampleTime(file, track.id, id);
     if (time == MP4_INVALID_TIMESTAMP) break;
-    place = {id, MP4GetSampleFileOffset(file, track.id, id)};
+    location = {id, MP4GetSampleFileOffset(file, track.id, id)};
     const std::uint64_t time_ms = Mp4Milliseconds(time, scale);
-    track.index.Record(time_ms, place);
+    track.index.Record(time_ms, location);
     found = static_cast<float>(time_ms) >= milliseconds;
   }
-  track.next = place.id;
-  return place.offset;
+  track.next = location.id;
+  return location.offset;
 }

@@ -20,6 +20,7 @@
 
 #include "common/adts.h"
 #include "common/player_port.h"
+#include "common/run_id.h"
 #include "mp4/downloaded_ranges.h"
 #include "mp4/mp4_file_handle.h"
 #include "mp4/mp4_sample.h"
@@ -33,17 +34,17 @@ class Mp4TrackReader {
   // Resets the time at which the video began. Call this before the tasks of a start run.
   void Begin();
 
-  // Forgets the previous file and switches to the address with this number. The parameter sets and
+  // Forgets the previous file and switches to this run of the restart file. The parameter sets and
   // the fields of the ADTS header stay until the next file replaces them, as far as it has its own.
   // Kept for compatibility.
-  void Reset(std::uint64_t address);
+  void Reset(RunId run);
 
   // What a pass reads.
   struct Source {
-    std::uint64_t address = 0;   // number of the address
+    RunId run{};                 // of the restart file
     std::string url;             // for the status lines
     std::string path;            // of the file, in the system code page
-    ByteRange there;             // which of its bytes are available
+    ByteRange available;         // which of its bytes are available
     std::uint64_t revision = 0;  // of the downloaded ranges
     // In seconds. Samples before it are read, but not queued.
     const std::atomic<float>& start_position;
@@ -73,26 +74,27 @@ class Mp4TrackReader {
   };
 
   // One running pass.
-  struct Pass {
+  struct ReadPass {
     const Source& source;
     std::shared_ptr<void> file;  // the handle
-    std::uint64_t changes;       // changes_ when the pass began
+    std::uint64_t repositions;   // repositions_ when the pass began
   };
 
   bool LacksATrack() const;
-  bool Open(Pass& pass);
-  bool Discover(const Pass& pass);
+  bool Open(ReadPass& pass);
+  bool Discover(const ReadPass& pass);
   std::optional<std::string> DiscoverVideo(MP4FileHandle file);
   void DiscoverAudio(MP4FileHandle file);
   void Adopt(const Mp4VideoTrack& track);
-  void ReadSamples(Pass& pass);
-  bool ReadNextVideo(Pass& pass);
-  bool ReadNextAudio(Pass& pass);
+  void ReadSamples(ReadPass& pass);
+  bool ReadNextVideo(ReadPass& pass);
+  bool ReadNextAudio(ReadPass& pass);
   bool AudioMustWait() const;
-  std::optional<Mp4Sample> TakeNext(Pass& pass, Track& track);
-  std::optional<Mp4Sample> ReadSample(Pass& pass, Track& track);
-  static bool IsThere(const Pass& pass, Track& track, std::uint64_t offset, std::uint64_t size);
-  void EndPass(const Pass& pass, bool was_read);
+  std::optional<Mp4Sample> ReadNext(ReadPass& pass, Track& track);
+  std::optional<Mp4Sample> ReadSample(ReadPass& pass, Track& track);
+  static bool IsAvailable(const ReadPass& pass, Track& track, std::uint64_t offset,
+                          std::uint64_t size);
+  void EndPass(const ReadPass& pass, bool was_read);
   static std::uint64_t SeekTrack(MP4FileHandle file, Track& track, float milliseconds);
 
   const PlayerPort player_;
@@ -106,11 +108,11 @@ class Mp4TrackReader {
 
   mutable std::mutex mutex_;
   // All guarded by mutex_.
-  bool pass_under_way_ = false;
+  bool pass_running_ = false;
   Track video_;
   Track audio_;
-  std::uint64_t address_ = 0;
-  std::uint64_t changes_ = 0;              // counts the seeks and the addresses
+  RunId run_{};
+  std::uint64_t repositions_ = 0;          // counts the calls of Seek and Reset
   bool refused_ = false;                   // the video track has no H.264 parameter sets
   bool discovered_ = false;                // the index of the file was read at least once
   std::optional<std::uint64_t> revision_;  // of the ranges that the last pass used

@@ -61,13 +61,13 @@ constexpr std::uint8_t kNoMpeg4Audio = 0;
 // The channel configuration of the AudioSpecificConfig; 0 if there is none that fits in an ADTS
 // header. Preferred to the sample entry, where most files have 2, however many channels there are.
 std::uint16_t ConfiguredChannels(MP4FileHandle file, MP4TrackId id) {
-  constexpr std::uint32_t kMost = 7;
+  constexpr std::uint32_t kMax = 7;
   std::uint8_t* bytes = nullptr;
   std::uint32_t size = 0;
   if (!MP4GetTrackESConfiguration(file, id, &bytes, &size)) return 0;
   const Mp4Block<std::uint8_t> owner(bytes);
   const auto config = ParseAudioSpecificConfig({bytes, size});
-  if (!config || config->channel_configuration > kMost) return 0;
+  if (!config || config->channel_configuration > kMax) return 0;
   return static_cast<std::uint16_t>(config->channel_configuration);
 }
 
@@ -91,11 +91,11 @@ bool CanBePlayed(MP4FileHandle file, MP4TrackId id) {
 }  // namespace
 
 MP4TrackId FindMp4Track(MP4FileHandle file, const char* type) {
-  constexpr int kMostThatCannotBePlayed = 16;  // the tables of each are loaded
+  constexpr int kMaxUnplayable = 16;  // the tables of each are loaded
   MP4TrackId first = MP4_INVALID_TRACK_ID;
   int unplayable = 0;
   const std::uint32_t count = MP4GetNumberOfTracks(file);
-  for (std::uint32_t index = 0; index < count && unplayable < kMostThatCannotBePlayed; ++index) {
+  for (std::uint32_t index = 0; index < count && unplayable < kMaxUnplayable; ++index) {
     const MP4TrackId id = MP4FindTrackId(file, static_cast<std::uint16_t>(index));
     if (id == MP4_INVALID_TRACK_ID) break;
     if (!EqualIgnoringCase(TextOrEmpty(MP4GetTrackType(file, id)), type) || !CanBeRead(file, id))

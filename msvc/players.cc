@@ -22,7 +22,7 @@ Players& AllPlayers() {
 }
 
 // A linear search, since few facades exist at a time.
-bool Holds(const PlayerOfFacade& facades, const CStreamPlayerImp* player) {
+bool Contains(const PlayerOfFacade& facades, const CStreamPlayerImp* player) {
   return std::any_of(facades.begin(), facades.end(),
                      [player](const auto& noted) { return noted.second == player; });
 }
@@ -39,7 +39,7 @@ void AddPlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player) 
 void SharePlayer(const CStreamDownloader* facade, const CStreamPlayerImp* player) {
   Players& players = AllPlayers();
   const MutexLock lock(players.mutex);
-  if (Holds(players.of_facade, player)) {
+  if (Contains(players.of_facade, player)) {
     players.of_facade[facade] = player;
   } else {
     players.of_facade.erase(facade);
@@ -61,7 +61,7 @@ void RemovePlayerAt(const CStreamPlayerImp* player) {
 bool IsPlayer(const CStreamPlayerImp* player) {
   Players& players = AllPlayers();
   const MutexLock lock(players.mutex);
-  return Holds(players.of_facade, player);
+  return Contains(players.of_facade, player);
 }
 
 }  // namespace msvc

@@ -11,10 +11,9 @@
 
 #include <atomic>
 #include <string>
-#include <utility>
 
+#include "common/pipeline.h"
 #include "common/player_port.h"
-#include "common/task_gate.h"
 #include "common/thread_pool.h"
 
 class CTsDownloader : private CThreadPool {
@@ -39,12 +38,11 @@ class CTsDownloader : private CThreadPool {
   void UseUrl(const std::string& url);
   bool IsWanted(const FrameRecord& frame) const;
   void RunDownload(const std::string& url);
-  void AddGated(Task task) { AddTask(gate_.Admit(std::move(task))); }
 
   const PlayerPort player_;
-  TaskGate gate_;
   std::atomic<float> startSeconds{0};
-  std::atomic<bool> downloading{true};
+  std::atomic<bool> downloading{true};  // Kept for compatibility: nothing reads it
+  Pipeline pipeline_;                   // last: no task may outlive the other members
 };
 
 #endif  // TS_TS_DOWNLOADER_H_

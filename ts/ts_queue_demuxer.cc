@@ -40,9 +40,9 @@ void TsQueueDemuxer::OnFrame(const TsFrame& frame) {
 }
 
 void TsQueueDemuxer::FollowQueueResets() {
-  const std::uint64_t generation = FrameQueueGeneration();
-  if (generation == generation_) return;
-  generation_ = generation;
+  const RunId run = FrameQueueRun();
+  if (run == queue_run_) return;
+  queue_run_ = run;
   demuxer_.ResetStreams();
   video_play_times_ = PlayTimeInterpolator();
   audio_play_times_ = PlayTimeInterpolator();

@@ -5,12 +5,13 @@
 #include <cstdint>
 #include <mutex>
 
+#include "common/run_id.h"
 #include "ts/play_times.h"
 #include "ts/ts_demuxer.h"
 #include "ts/ts_frame_sink.h"
 
 /// After each ResetFrameQueues, the play times start again and TsDemuxer::ResetStreams is called.
-/// It checks the generation of the queues itself, so that common/ does not depend on it.
+/// It checks the run of the queues itself, so that common/ does not depend on it.
 ///
 /// Threads: hold Mutex() from the first call of a batch to the last. Never call the player with it
 /// held. g_frameQueueMutex may be taken while it is held, never the other way round.
@@ -40,7 +41,7 @@ class TsQueueDemuxer final : private TsFrameSink {
   TsDemuxer demuxer_;
   PlayTimeInterpolator video_play_times_;
   PlayTimeInterpolator audio_play_times_;
-  std::uint64_t generation_ = 0;  // of the frame queues; the state of the streams belongs to it
+  RunId queue_run_{};  // of the frame queues; the state of the streams belongs to it
 };
 
 #endif  // TS_TS_QUEUE_DEMUXER_H_

@@ -391,7 +391,7 @@ class Mp4GoldenHttpTest : public Mp4PlayFixture,
     g_mp4Running = true;
     Mp4TrackReader reader{PlayerPort()};
     const std::atomic<float> start_position{0};
-    reader.RunPass({0, "", file.string(), {0, 999'999'999}, 1, start_position});
+    reader.RunPass({RunId{}, "", file.string(), {0, 999'999'999}, 1, start_position});
     g_mp4Running = false;
     return DumpText(PopQueuedFrames());
   }

@@ -78,7 +78,7 @@ TEST_F(FlvPipelineTest, TenKibibytesDoNotStartThePlayTaskDuringTheDownload) {
   EXPECT_TRUE(WaitUntil([] { return g_flvStream->UnreadSize() == 10240; }));
   EXPECT_TRUE(clock.WaitForWaiters(kTasks));
   const std::size_t checks = clock.UnmetChecks();
-  g_flvStream->Stop();  // only wakes the play task while the pipeline runs
+  g_flvStream->Wake();  // only wakes the play task while the pipeline runs
   EXPECT_TRUE(WaitUntil([&] { return clock.UnmetChecks() > checks; }));
   EXPECT_TRUE(clock.WaitForWaiters(kTasks));
   EXPECT_FALSE(player_.Snapshot().HasMessage(OkLine(url)));

@@ -192,8 +192,13 @@ class HlsFiveTasksTest : public HlsTasks {
     threads_.emplace_back([this, url] { PlaylistThread(pipeline_, url); });
     threads_.emplace_back([this] { DownloadPartsThread(pipeline_); });
     threads_.emplace_back([this, url] { ParseSegmentsThread(pipeline_, url); });
-    threads_.emplace_back([this] { DeliverHlsVideo(pipeline_); });
-    threads_.emplace_back([this] { DeliverHlsAudio(pipeline_); });
+    const FrameFilters wanted = HlsFrameFilters(pipeline_);
+    threads_.emplace_back([this, wanted] {
+      DeliverVideoFrames({pipeline_.running, pipeline_.player, wanted.video, "video stop"});
+    });
+    threads_.emplace_back([this, wanted] {
+      DeliverAudioFrames({pipeline_.running, pipeline_.player, wanted.audio, "audio stop"});
+    });
   }
 
   void Stop() {

@@ -427,9 +427,9 @@ TEST_F(Mp4LocalFileTest, PlaysOnce) {
 
 TEST_F(Mp4LocalFileTest, IsMarkedAsDownloadedWhole) {
   PlayToTheEnd(Write(MakeMovie({.samples = 5})));
-  const std::lock_guard lock(g_mp4FileLock);
-  EXPECT_TRUE(g_mp4File->ranges.First().Holds(0, 999'999'999));
-  EXPECT_FALSE(g_mp4File->ranges.First().Holds(0, 1'000'000'000));
+  const std::lock_guard lock(g_mp4File->mutex);
+  EXPECT_TRUE(g_mp4File->ranges.First().Contains(0, 999'999'999));
+  EXPECT_FALSE(g_mp4File->ranges.First().Contains(0, 1'000'000'000));
 }
 
 TEST_F(Mp4LocalFileTest, IsReadInsteadOfTheRestartFile) {

@@ -41,7 +41,7 @@ class Mp4RestartTest : public Mp4PlayFixture {
   }
 
   static std::map<std::uint64_t, std::uint64_t> Ranges() {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     return g_mp4File->ranges.All();
   }
 
@@ -162,7 +162,7 @@ TEST_F(Mp4RestartTest, CompleteFileThatIsSentAgainIsNotWrittenAgain) {
   EXPECT_EQ(PlayToTheEnd(), Expected());
   const auto time = std::filesystem::last_write_time(RestartFile());
   const auto revision = [] {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     return g_mp4File->revision;
   };
   const std::uint64_t before = revision();

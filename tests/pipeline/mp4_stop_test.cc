@@ -41,7 +41,7 @@ class Mp4StopTest : protected AccountedStops, public Mp4PlayFixture {
   }
 
   static bool HasAnything() {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     return !g_mp4File->ranges.All().empty();
   }
 };
@@ -83,8 +83,8 @@ bool AtOnce(const RecordingPlayer::Record& /*record*/) { return true; }
 bool IsReported(const RecordingPlayer::Record& record) { return !record.results.empty(); }
 bool HasFrames(const RecordingPlayer::Record& record) { return record.video.size() >= 3; }
 bool HasBytes(const RecordingPlayer::Record& /*record*/) {
-  const std::lock_guard lock(g_mp4FileLock);
-  return g_mp4File->ranges.First().Holds(0, 100);
+  const std::lock_guard lock(g_mp4File->mutex);
+  return g_mp4File->ranges.First().Contains(0, 100);
 }
 
 Movie ShortMovie() { return MakeMovie({.samples = 3}); }
@@ -160,7 +160,7 @@ TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesKeepTheFileCorrect) {
   EXPECT_TRUE(WaitUntil([] { return HasAnything(); }));
   EXPECT_TRUE(StopPromptly());
   const Bytes bytes = RestartBytes();
-  const std::lock_guard lock(g_mp4FileLock);
+  const std::lock_guard lock(g_mp4File->mutex);
   ASSERT_FALSE(g_mp4File->ranges.All().empty());
   for (const auto& [begin, end] : g_mp4File->ranges.All()) {
     ASSERT_LE(end, bytes.size());

@@ -43,7 +43,7 @@ void ResetHls() {
 
 void ResetFlv() {
   g_flvRunning = false;
-  g_flvStream->EndDownload(g_flvStream->Begin());
+  g_flvStream->MarkEndOfInput(g_flvStream->Begin());
   g_flvStream->Release();
 }
 
@@ -51,14 +51,14 @@ void ResetFlv() {
 // not own the restart file of a later one.
 void ResetMp4() {
   g_mp4Running = false;
-  const std::lock_guard lock(g_mp4FileLock);
+  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
   file.path.clear();
   file.ranges.Clear();
   file.write_offset = 0;
   file.failure_reported = false;
   ++file.revision;
-  ++file.addresses;
+  file.runs.Next();
 }
 
 void ResetCacheFiles() {

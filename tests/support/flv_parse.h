@@ -10,9 +10,9 @@
 #include <vector>
 
 #include "common/frame_queue.h"
-#include "flv/flv_memory_source.h"
 #include "flv/flv_tag_parser.h"
 #include "tests/golden/frame_dump.h"
+#include "tests/support/flv_memory_source.h"
 #include "tests/support/flv_tags.h"
 
 struct ParsedFlv {

@@ -28,21 +28,21 @@ class FlvTasks : public testing::Test {
 
   // The transfer receives these bytes. Returns how many of them it accepted.
   std::size_t Take(const flv_test::Bytes& bytes) {
-    return transfer_.Take(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return transfer_.OnBytes(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
 
   // Marks the end of the input.
-  void EndOfDownload() const { g_flvStream->EndDownload(stream_); }
+  void EndOfDownload() const { g_flvStream->MarkEndOfInput(run_); }
 
   // The first step of a stop.
   static void BeginToStop() {
     g_flvRunning = false;
-    g_flvStream->Stop();
+    g_flvStream->Wake();
   }
 
   // Runs the play task on this thread.
   void Play(const std::string& url, PlayerPort player) {
-    PlayFlv({url, player, stream_, audio_config_});
+    PlayFlv({url, player, run_, audio_config_});
   }
   void Play(const std::string& url) { Play(url, PlayerPort(&player_)); }
 
@@ -51,7 +51,7 @@ class FlvTasks : public testing::Test {
   FrameDump DownloadAndPlay(const std::string& url, std::string* console = nullptr) {
     testing::internal::CaptureStdout();
     std::thread download([this, url] {
-      DownloadFlv(url, stream_);
+      DownloadFlv(url, run_);
       EndOfDownload();
     });
     Play(url);
@@ -61,8 +61,8 @@ class FlvTasks : public testing::Test {
     return PopQueuedFrames();
   }
 
-  const std::uint64_t stream_ = g_flvStream->Begin();
-  FlvTransfer transfer_{stream_};
+  const RunId run_ = g_flvStream->Begin();
+  FlvTransfer transfer_{run_};
   RecordingPlayer player_;
   std::atomic<std::uint16_t> audio_config_{0};
 };

@@ -41,7 +41,6 @@ inline void ReadProperties(MP4FileHandle file, MP4TrackId track) {
   MP4GetTrackTimeScale(file, track);
   MP4GetTrackAudioMpeg4Type(file, track);
   MP4GetTrackAudioChannels(file, track);
-  MP4Free(MP4Info(file, track));
   std::uint8_t** sequence = nullptr;
   std::uint8_t** picture = nullptr;
   std::uint32_t* sequence_sizes = nullptr;
@@ -77,19 +76,17 @@ inline bool ReadSample(MP4FileHandle file, MP4TrackId track, MP4SampleId sample,
 }  // namespace mp4_exercise
 
 inline Mp4Exercise ExerciseMp4(const char* path) {
-  constexpr MP4SampleId kMostSamples = 100;  // of each track
+  constexpr MP4SampleId kMaxSamples = 100;  // of each track
   Mp4Exercise result;
   MP4FileHandle file = MP4Read(path);
   if (file == nullptr) return result;
   MP4GetTimeScale(file);
   MP4GetDuration(file);
-  MP4Free(MP4Info(file));
   while (const MP4TrackId track = MP4FindTrackId(file, result.tracks)) {
     ++result.tracks;
     mp4_exercise::ReadProperties(file, track);
     MP4SampleId sample = 1;
-    while (sample <= kMostSamples && mp4_exercise::ReadSample(file, track, sample, result))
-      ++sample;
+    while (sample <= kMaxSamples && mp4_exercise::ReadSample(file, track, sample, result)) ++sample;
     Mp4Exercise elsewhere;
     for (const MP4SampleId other : {0U, sample + 1, 0x10000U, 0x7FFFFFFFU, 0xFFFFFFFFU, 3U})
       mp4_exercise::ReadSample(file, track, other, elsewhere);

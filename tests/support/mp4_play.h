@@ -75,8 +75,8 @@ class Mp4PlayFixture : public Play<Mp4Server> {
   // Waits until the restart file contains its first `count` bytes.
   static bool WaitForBytes(std::uint64_t count) {
     return WaitUntil([count] {
-      const std::lock_guard lock(g_mp4FileLock);
-      return g_mp4File->ranges.First().Holds(0, count);
+      const std::lock_guard lock(g_mp4File->mutex);
+      return g_mp4File->ranges.First().Contains(0, count);
     });
   }
 

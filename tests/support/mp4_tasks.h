@@ -35,16 +35,16 @@ class Mp4Tasks : public testing::Test {
     return path;
   }
   static void UsePath(const std::string& path) {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     g_mp4File->path = path;
     g_mp4File->ranges.Clear();
     g_mp4File->write_offset = 0;
     ++g_mp4File->revision;
-    ++g_mp4File->addresses;
+    g_mp4File->runs.Next();
   }
-  static std::uint64_t Address() {
-    const std::lock_guard lock(g_mp4FileLock);
-    return g_mp4File->addresses;
+  static RunId CurrentRun() {
+    const std::lock_guard lock(g_mp4File->mutex);
+    return g_mp4File->runs.Current();
   }
 
   // --- Reading a file ---
@@ -56,8 +56,8 @@ class Mp4Tasks : public testing::Test {
   Mp4TrackReader::Source Part(const std::string& path, std::uint64_t end) {
     return Between(path, {0, end});
   }
-  Mp4TrackReader::Source Between(const std::string& path, ByteRange there) {
-    return {0, "http://host/a.mp4", path, there, ++revision_, start_position_};
+  Mp4TrackReader::Source Between(const std::string& path, ByteRange available) {
+    return {RunId{}, "http://host/a.mp4", path, available, ++revision_, start_position_};
   }
 
   // Runs a pass and returns the frames it queued.
@@ -77,7 +77,7 @@ class Mp4Tasks : public testing::Test {
   }
   // Starts another address.
   void StartAnother() {
-    reader_.Reset(0);
+    reader_.Reset(RunId{});
     StartAgain();
   }
 

@@ -70,7 +70,7 @@ class FlvPlayAsideTest : public FlvPlayTest {
   bool StillWaitsForTheBeginning() {
     if (!clock_.WaitForWaiters(1)) return false;
     const std::size_t checks = clock_.UnmetChecks();
-    g_flvStream->Stop();  // only wakes the task, because the run flag is set
+    g_flvStream->Wake();  // only wakes the task, because the run flag is set
     return WaitUntil([&] { return clock_.UnmetChecks() > checks; }) && clock_.WaitForWaiters(1) &&
            player_.Snapshot().messages.empty();
   }

@@ -5,7 +5,7 @@
 #include <array>
 #include <vector>
 
-#include "flv/flv_memory_source.h"
+#include "tests/support/flv_memory_source.h"
 
 namespace {
 

@@ -27,8 +27,7 @@ class FlvStagingTest : public FlvTasks {
   Bytes Unread() { return Unread(source_); }
 
   bool Stage(std::uint64_t offset, const Bytes& bytes) const {
-    return g_flvStream->Stage(stream_, offset, bytes.data(),
-                              static_cast<std::uint32_t>(bytes.size()));
+    return g_flvStream->Stage(run_, offset, bytes.data(), static_cast<std::uint32_t>(bytes.size()));
   }
 
   // Advances to the next check of a waiting reader. The wait ends if the bytes have arrived or
@@ -38,7 +37,7 @@ class FlvStagingTest : public FlvTasks {
   static constexpr Clock::Duration kPoll{100};
 
   SimulatedClock clock_;
-  FlvStreamSource source_{stream_};
+  FlvStreamSource source_{run_};
 };
 
 TEST_F(FlvStagingTest, TransferStagesItsBytes) {
@@ -72,7 +71,7 @@ TEST_F(FlvStagingTest, TransferTakesBytesThatOnlyResembleAnHtmlPage) {
 }
 
 TEST_F(FlvStagingTest, TransferOfANullPointerSucceedsAndStagesNothing) {
-  EXPECT_EQ(transfer_.Take(nullptr, 35), 35U);
+  EXPECT_EQ(transfer_.OnBytes(nullptr, 35), 35U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_EQ(Take({}), 0U);
 }
@@ -115,10 +114,10 @@ TEST_F(FlvStagingTest, ConcurrentDeliveriesOfALocalFileStageEachByteOnce) {
 
 TEST_F(FlvStagingTest, NewStreamIsEmptyAndStartsAtItsFirstByte) {
   Take({1, 2, 3});
-  const std::uint64_t newer = g_flvStream->Begin();
+  const RunId newer = g_flvStream->Begin();
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   FlvTransfer transfer(newer);
-  EXPECT_EQ(transfer.Take("ab", 2), 2U);
+  EXPECT_EQ(transfer.OnBytes("ab", 2), 2U);
   FlvStreamSource source(newer);
   EXPECT_EQ(Unread(source), (Bytes{'a', 'b'}));
 }
@@ -133,7 +132,7 @@ TEST_F(FlvStagingTest, BytesOfAnOlderStreamAreRefused) {
 
 TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNoBytesOfTheNewer) {
   FlvTransfer transfer(g_flvStream->Begin());
-  EXPECT_EQ(transfer.Take("abc", 3), 3U);
+  EXPECT_EQ(transfer.OnBytes("abc", 3), 3U);
   std::uint8_t byte = 9;
   EXPECT_FALSE(source_.Runs());
   EXPECT_FALSE(source_.Await(1));
@@ -144,22 +143,22 @@ TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNoBytesOfTheNewer) {
 }
 
 TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
-  const std::uint64_t newer = g_flvStream->Begin();
+  const RunId newer = g_flvStream->Begin();
   EndOfDownload();
   FlvStreamSource source(newer);
   auto reader = std::async(std::launch::async, [&source] { return source.Await(2); });
   EXPECT_TRUE(StillPolls(clock_, kPoll));
   FlvTransfer transfer(newer);
-  EXPECT_EQ(transfer.Take("a", 1), 1U);
+  EXPECT_EQ(transfer.OnBytes("a", 1), 1U);
   EXPECT_TRUE(StillPolls(clock_, kPoll)) << "one byte is not enough";
-  EXPECT_EQ(transfer.Take("b", 1), 1U);
+  EXPECT_EQ(transfer.OnBytes("b", 1), 1U);
   LookAgain();
   EXPECT_TRUE(reader.get());
 }
 
 TEST_F(FlvStagingTest, NewStreamEndsTheWaitsForAnOlderOne) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
-  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
+  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(run_); });
   ASSERT_TRUE(clock_.WaitForWaiters(2));
   Take({1});
   g_flvStream->Begin();
@@ -262,7 +261,7 @@ TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
 
 TEST_F(FlvStagingTest, StopEndsEveryWait) {
   auto reader = std::async(std::launch::async, [this] { return source_.Await(0xFFFFFFFF); });
-  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(stream_); });
+  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(run_); });
   ASSERT_TRUE(clock_.WaitForWaiters(2));
   BeginToStop();
   LookAgain();
@@ -272,7 +271,7 @@ TEST_F(FlvStagingTest, StopEndsEveryWait) {
 
 TEST_F(FlvStagingTest, BytesAfterTheEndOfTheParsingAreCountedAndDropped) {
   Take({1, 2, 3});
-  g_flvStream->EndParsing(stream_);
+  g_flvStream->EndParsing(run_);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_EQ(Take({4, 5}), 2U);
   EXPECT_TRUE(Stage(4, {5, 6}));  // the first of them was delivered before
@@ -283,12 +282,12 @@ TEST_F(FlvStagingTest, BytesAfterTheEndOfTheParsingAreCountedAndDropped) {
 
 TEST_F(FlvStagingTest, EndOfTheParsingOfAnOlderStreamDoesNotAffectTheNewer) {
   Take({1, 2, 3});
-  g_flvStream->EndParsing(stream_);
-  const std::uint64_t newer = g_flvStream->Begin();
+  g_flvStream->EndParsing(run_);
+  const RunId newer = g_flvStream->Begin();
   EXPECT_EQ(g_flvStream->DroppedSize(), 0U);
-  g_flvStream->EndParsing(stream_);
+  g_flvStream->EndParsing(run_);
   FlvTransfer transfer(newer);
-  EXPECT_EQ(transfer.Take("ab", 2), 2U);
+  EXPECT_EQ(transfer.OnBytes("ab", 2), 2U);
   FlvStreamSource source(newer);
   EXPECT_EQ(Unread(source), (Bytes{'a', 'b'}));
 }
@@ -298,7 +297,7 @@ class FlvFullStreamTest : public FlvTasks {
  protected:
   bool Stage(std::uint64_t offset, std::uint32_t size) {
     const Bytes bytes(size);
-    return full_.Stage(number_, offset, bytes.data(), size);
+    return full_.Stage(full_run_, offset, bytes.data(), size);
   }
 
   std::future<bool> StageLater(std::uint64_t offset, std::uint32_t size) {
@@ -313,7 +312,7 @@ class FlvFullStreamTest : public FlvTasks {
 
   SimulatedClock clock_;
   FlvStream full_{10};
-  std::uint64_t number_ = full_.Begin();
+  RunId full_run_ = full_.Begin();
 };
 
 TEST_F(FlvFullStreamTest, PieceWaitsUntilBytesAreReadAndIsThenStaged) {
@@ -322,7 +321,7 @@ TEST_F(FlvFullStreamTest, PieceWaitsUntilBytesAreReadAndIsThenStaged) {
   auto piece = StageLater(14, 3);
   EXPECT_TRUE(IsStillPolling());
   EXPECT_EQ(full_.UnreadSize(), 14U);
-  EXPECT_TRUE(full_.Skip(number_, 5));
+  EXPECT_TRUE(full_.Skip(full_run_, 5));
   LookAgain();
   EXPECT_TRUE(piece.get());
   EXPECT_EQ(full_.UnreadSize(), 12U);
@@ -338,7 +337,7 @@ TEST_F(FlvFullStreamTest, StopOrNewStreamEndsTheWaitAndThePieceIsRefused) {
   EXPECT_TRUE(Stage(0, 10));
   auto replaced = StageLater(10, 1);
   EXPECT_TRUE(IsStillPolling());
-  const std::uint64_t older = std::exchange(number_, full_.Begin());
+  const RunId older = std::exchange(full_run_, full_.Begin());
   LookAgain();
   EXPECT_FALSE(replaced.get());
   EXPECT_FALSE(full_.Stage(older, 10, "x", 1));
@@ -346,7 +345,7 @@ TEST_F(FlvFullStreamTest, StopOrNewStreamEndsTheWaitAndThePieceIsRefused) {
   auto stopped = StageLater(10, 1);
   EXPECT_TRUE(IsStillPolling());
   g_flvRunning = false;
-  full_.Stop();
+  full_.Wake();
   LookAgain();
   EXPECT_FALSE(stopped.get());
 }
@@ -355,7 +354,7 @@ TEST_F(FlvFullStreamTest, EndOfTheParsingEndsTheWaitAndThePieceIsDropped) {
   EXPECT_TRUE(Stage(0, 10));
   auto piece = StageLater(10, 3);
   EXPECT_TRUE(IsStillPolling());
-  full_.EndParsing(number_);
+  full_.EndParsing(full_run_);
   LookAgain();
   EXPECT_TRUE(piece.get());
   EXPECT_EQ(full_.UnreadSize(), 0U);
@@ -364,7 +363,7 @@ TEST_F(FlvFullStreamTest, EndOfTheParsingEndsTheWaitAndThePieceIsDropped) {
 
 TEST_F(FlvFullStreamTest, SkipOfMoreThanTheLimitSucceeds) {
   clock_.Release();
-  auto skipped = std::async(std::launch::async, [this] { return full_.Skip(number_, 95); });
+  auto skipped = std::async(std::launch::async, [this] { return full_.Skip(full_run_, 95); });
   for (std::uint64_t at = 0; at < 100; at += 4) EXPECT_TRUE(Stage(at, 4));
   EXPECT_TRUE(skipped.get());
   EXPECT_EQ(full_.UnreadSize(), 5U);
@@ -374,7 +373,7 @@ TEST_F(FlvFullStreamTest, ReleasedStreamIsEmptyAndTheNextOneWorks) {
   EXPECT_TRUE(Stage(0, 12));
   full_.Release();
   EXPECT_EQ(full_.UnreadSize(), 0U);
-  number_ = full_.Begin();
+  full_run_ = full_.Begin();
   EXPECT_TRUE(Stage(0, 3));
   EXPECT_EQ(full_.UnreadSize(), 3U);
 }

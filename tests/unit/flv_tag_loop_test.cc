@@ -4,8 +4,8 @@
 #include <atomic>
 
 #include "common/frame_queue.h"
-#include "flv/flv_memory_source.h"
 #include "flv/flv_tag_parser.h"
+#include "tests/support/flv_memory_source.h"
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 

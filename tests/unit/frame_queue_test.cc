@@ -128,16 +128,18 @@ TEST(GlobalFrameQueuesTest, PopBeforeTheFirstResetReturnsNothing) {
   EXPECT_EQ(PopAudioFrame(), nullptr);
 }
 
-TEST(GlobalFrameQueuesTest, ResetReleasesQueuedFramesAndIncrementsTheGeneration) {
+RunId RunAfter(RunId run) { return RunId{static_cast<std::uint64_t>(run) + 1}; }
+
+TEST(GlobalFrameQueuesTest, ResetReleasesQueuedFramesAndBeginsTheNextRun) {
   ResetFrameQueues();
-  const std::uint64_t generation = FrameQueueGeneration();
+  const RunId run = FrameQueueRun();
   {
     const std::lock_guard lock(g_frameQueueMutex);
     ASSERT_EQ(PushFrame(MakeFrame(5), g_videoQueue), 0);
     ASSERT_EQ(PushFrame(MakeFrame(5), g_audioQueue), 0);
   }
   ResetFrameQueues();
-  EXPECT_EQ(FrameQueueGeneration(), generation + 1);
+  EXPECT_EQ(FrameQueueRun(), RunAfter(run));
   EXPECT_EQ(PopVideoFrame(), nullptr);
   EXPECT_EQ(PopAudioFrame(), nullptr);
   const std::lock_guard lock(g_frameQueueMutex);
@@ -145,16 +147,16 @@ TEST(GlobalFrameQueuesTest, ResetReleasesQueuedFramesAndIncrementsTheGeneration)
   EXPECT_EQ(g_audioQueue->totalBytes, 0U);
 }
 
-TEST(GlobalFrameQueuesTest, ReleaseRemovesQueuesAndFramesAndIncrementsTheGeneration) {
+TEST(GlobalFrameQueuesTest, ReleaseRemovesQueuesAndFramesAndBeginsTheNextRun) {
   ResetFrameQueues();
-  const std::uint64_t generation = FrameQueueGeneration();
+  const RunId run = FrameQueueRun();
   {
     const std::lock_guard lock(g_frameQueueMutex);
     ASSERT_EQ(PushFrame(MakeFrame(5), g_videoQueue), 0);
     ASSERT_EQ(PushFrame(MakeFrame(5), g_audioQueue), 0);
   }
   ReleaseFrameQueues();
-  EXPECT_EQ(FrameQueueGeneration(), generation + 1);
+  EXPECT_EQ(FrameQueueRun(), RunAfter(run));
   EXPECT_EQ(PopVideoFrame(), nullptr);
   EXPECT_EQ(PopAudioFrame(), nullptr);
   const std::lock_guard lock(g_frameQueueMutex);

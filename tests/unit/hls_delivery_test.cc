@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "common/frame_queue.h"
+#include "common/pipeline.h"
 #include "hls/hls_pipeline.h"
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
@@ -39,12 +40,12 @@ class HlsDeliveryTest : public testing::Test {
   template <typename Condition>
   std::string DeliverUntil(Condition met) {
     testing::internal::CaptureStdout();
-    std::thread video([this] { DeliverHlsVideo(pipeline_); });
-    std::thread audio([this] { DeliverHlsAudio(pipeline_); });
+    CThreadPool pool(2);
+    Pipeline tasks({"m3u8", "M3U8", true}, pipeline_.player, pipeline_.running, pool);
+    tasks.AddDeliveryTasks(HlsFrameFilters(pipeline_));
     EXPECT_TRUE(WaitUntil([&] { return met(player_.Snapshot()); }));
     pipeline_.running = false;
-    video.join();
-    audio.join();
+    pool.Stop();
     return testing::internal::GetCapturedStdout();
   }
 
@@ -143,13 +144,10 @@ TEST_F(HlsDeliveryTest, AudioClockIsTheWholeSecondsOfThePlayTime) {
 TEST_F(HlsDeliveryTest, FramesAreRemovedAndReleasedWithoutAPlayer) {
   pipeline_.player = PlayerPort();
   PushVideo(1);
-  std::thread video([this] { DeliverHlsVideo(pipeline_); });
-  EXPECT_TRUE(WaitUntil([] {
+  DeliverUntil([](const Record&) {
     const std::lock_guard lock(g_frameQueueMutex);
     return g_videoQueue->count == 0;
-  }));
-  pipeline_.running = false;
-  video.join();
+  });
 }
 
 }  // namespace

@@ -87,11 +87,6 @@ std::pair<bool, Bytes> ConfigurationOf(const Mp4FileHandle& file, MP4TrackId tra
   return {result, Bytes(config, config + size)};
 }
 
-std::string InfoOf(const Mp4FileHandle& file, MP4TrackId track) {
-  const Mp4Block<char> text(MP4Info(file.get(), track));
-  return text == nullptr ? "(none)" : text.get();
-}
-
 TEST(IsobmffTracksTest, MovieHeader) {
   Movie movie = mp4_boxes::SmallMovie();
   movie.time_scale = 600;
@@ -139,7 +134,6 @@ TEST(IsobmffTracksTest, PropertiesOfMissingTracksAndFilesAreInvalid) {
     EXPECT_EQ(MP4GetTrackAudioMpeg4Type(handle, 9), 0);
     EXPECT_EQ(MP4GetSampleTime(handle, 9, 1), MP4_INVALID_TIMESTAMP);
     EXPECT_EQ(MP4GetSampleFileOffset(handle, 9, 1), UINT64_MAX);
-    EXPECT_EQ(MP4Info(handle, 9), nullptr);
   }
   EXPECT_EQ(MP4GetTimeScale(nullptr), 0U);
   EXPECT_EQ(MP4GetDuration(nullptr), MP4_INVALID_DURATION);
@@ -302,28 +296,6 @@ TEST(IsobmffTracksTest, IsoSoundVersion1) {
   const Bytes entry = QuickTimeEntry(1, 2, {}, Esds(0x40, kAacLc48000Stereo));
   movie.tracks[1].replaced["stsd"] = Table("stsd", {entry}, 1);
   EXPECT_EQ(ConfigurationOf(OpenMp4Movie(movie), 2), std::pair(true, kAacLc48000Stereo));
-}
-
-// --- Texts ---
-
-TEST(IsobmffTracksTest, InfoIsAReadableLine) {
-  Movie movie = mp4_boxes::SmallMovie();
-  movie.tracks[0].time_scale = 512 * 5;  // ten samples of 512 last two seconds
-  const Mp4FileHandle file = OpenMp4Movie(movie);
-  EXPECT_EQ(InfoOf(file, 1), "1\tvideo\tH264 High@3, 2.000 secs, 0 kbps, 640x360 @ 5.000000 fps");
-  EXPECT_THAT(InfoOf(file, 2), StartsWith("2\taudio\tMPEG-4 AAC LC, 0.320 secs, "));
-  EXPECT_THAT(InfoOf(file, 2), HasSubstr(" kbps, 48000 Hz"));
-  EXPECT_THAT(InfoOf(file, 0), HasSubstr(InfoOf(file, 1) + '\n' + InfoOf(file, 2)));
-}
-
-TEST(IsobmffTracksTest, InfoOfOtherTracks) {
-  EXPECT_THAT(InfoOf(WithVideo(VideoEntry("hvc1", {})), 1), StartsWith("1\tvideo\thvc1, "));
-  EXPECT_THAT(InfoOf(WithAudio(SoundEntry("Opus", 2, {})), 2), StartsWith("2\taudio\tOpus, "));
-  Movie movie = mp4_boxes::SmallMovie();
-  movie.tracks[1].handler = "text";
-  movie.tracks[1].entry = Box("tx3g", Zeros(40));
-  movie.tracks[1].time_scale = 0;
-  EXPECT_EQ(InfoOf(OpenMp4Movie(movie), 2), "2\ttext\ttx3g, 0.000 secs, 0 kbps");
 }
 
 }  // namespace

@@ -30,16 +30,16 @@ class Mp4PlayTest : public Mp4Tasks {
  protected:
   Mp4PlayTest() {
     BeginAddress("restart.mp4");
-    reader_.Reset(Address());
+    reader_.Reset(CurrentRun());
   }
 
   void Play(const std::string& url = kUrl) {
-    PlayMp4({url, Address(), PlayerPort(&player_), reader_, downloading_, start_position_});
+    PlayMp4({url, CurrentRun(), PlayerPort(&player_), reader_, downloading_, start_position_});
   }
 
   // Extends the restart file to the first `size` bytes of a stream.
   static void Write(const Bytes& stream, std::size_t size) {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     const auto end = stream.begin() + static_cast<std::ptrdiff_t>(size);
     const auto begin = stream.begin() + static_cast<std::ptrdiff_t>(g_mp4File->ranges.First().end);
     AppendToLocalFile("restart.mp4", {begin, end});  // like the download, truncates nothing
@@ -97,8 +97,8 @@ TEST_F(Mp4PlayTest, BytesReceivedDuringAPassArePlayedBeforeTheVerdict) {
     *downloading_ = false;
   };
   Mp4TrackReader reader{PlayerPort(&player)};
-  reader.Reset(Address());
-  PlayMp4({kUrl, Address(), PlayerPort(&player), reader, downloading_, start_position_});
+  reader.Reset(CurrentRun());
+  PlayMp4({kUrl, CurrentRun(), PlayerPort(&player), reader, downloading_, start_position_});
   EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
 }
 

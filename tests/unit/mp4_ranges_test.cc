@@ -25,8 +25,8 @@ DownloadedRanges Ranges(const std::vector<std::pair<std::uint64_t, std::uint64_t
 TEST(DownloadedRangesTest, EmptyRangesHoldNothing) {
   const DownloadedRanges ranges;
   EXPECT_THAT(ranges.All(), IsEmpty());
-  EXPECT_FALSE(ranges.Hold(0, 0));
-  EXPECT_FALSE(ranges.First().Holds(0, 1));
+  EXPECT_FALSE(ranges.Contains(0, 0));
+  EXPECT_FALSE(ranges.First().Contains(0, 1));
   EXPECT_EQ(ranges.EndOfRangeAt(7), 7U);
 }
 
@@ -72,33 +72,33 @@ TEST(DownloadedRangesTest, BytesInsideTheFirstRangeChangeNothing) {
 
 TEST(DownloadedRangesTest, BytesAreHeldUpToTheEndOfARange) {
   const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
-  EXPECT_TRUE(ranges.Hold(0, 10));
-  EXPECT_TRUE(ranges.Hold(50, 10));
-  EXPECT_TRUE(ranges.Hold(55, 5));
-  EXPECT_TRUE(ranges.Hold(10, 0));
-  EXPECT_FALSE(ranges.Hold(0, 11));
-  EXPECT_FALSE(ranges.Hold(49, 2));
-  EXPECT_FALSE(ranges.Hold(9, 50));
+  EXPECT_TRUE(ranges.Contains(0, 10));
+  EXPECT_TRUE(ranges.Contains(50, 10));
+  EXPECT_TRUE(ranges.Contains(55, 5));
+  EXPECT_TRUE(ranges.Contains(10, 0));
+  EXPECT_FALSE(ranges.Contains(0, 11));
+  EXPECT_FALSE(ranges.Contains(49, 2));
+  EXPECT_FALSE(ranges.Contains(9, 50));
 }
 
 TEST(DownloadedRangesTest, SampleAcrossTheEndOfTheFirstRangeIsNotHeldUntilTheRangeGrows) {
   DownloadedRanges ranges = Ranges({{0, 10}});
-  EXPECT_FALSE(ranges.First().Holds(8, 4));
+  EXPECT_FALSE(ranges.First().Contains(8, 4));
   ranges.Add(10, 11);
-  EXPECT_FALSE(ranges.First().Holds(8, 4));
+  EXPECT_FALSE(ranges.First().Contains(8, 4));
   ranges.Add(11, 12);
-  EXPECT_TRUE(ranges.First().Holds(8, 4));
+  EXPECT_TRUE(ranges.First().Contains(8, 4));
 }
 
 TEST(DownloadedRangesTest, SampleInsideTheSecondRangeIsNotHeldByTheFirst) {
   const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
-  EXPECT_TRUE(ranges.Hold(52, 3));
-  EXPECT_FALSE(ranges.First().Holds(52, 3));
+  EXPECT_TRUE(ranges.Contains(52, 3));
+  EXPECT_FALSE(ranges.First().Contains(52, 3));
 }
 
 TEST(DownloadedRangesTest, SampleBeforeTheFirstRangeIsNotHeld) {
-  EXPECT_FALSE(Ranges({{50, 60}}).First().Holds(49, 2));
-  EXPECT_TRUE(Ranges({{50, 60}}).First().Holds(50, 2));
+  EXPECT_FALSE(Ranges({{50, 60}}).First().Contains(49, 2));
+  EXPECT_TRUE(Ranges({{50, 60}}).First().Contains(50, 2));
 }
 
 TEST(DownloadedRangesTest, OffsetInARangeMovesToItsEndOnlyOnce) {
@@ -114,29 +114,29 @@ TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsLimit) {
   DownloadedRanges ranges;
   ranges.MarkLocalFile();
   EXPECT_THAT(ranges.All(), ElementsAre(Pair(0, 999'999'999)));
-  EXPECT_TRUE(ranges.First().Holds(0, 999'999'999));
-  EXPECT_FALSE(ranges.First().Holds(999'999'998, 2));
-  EXPECT_TRUE(ranges.Hold(999'999'998, 1));
+  EXPECT_TRUE(ranges.First().Contains(0, 999'999'999));
+  EXPECT_FALSE(ranges.First().Contains(999'999'998, 2));
+  EXPECT_TRUE(ranges.Contains(999'999'998, 1));
 }
 
 TEST(DownloadedRangesTest, OffsetsAndSizesThatWrapAroundAreNotHeld) {
   const DownloadedRanges ranges = Ranges({{0, 100}});
   for (const std::uint64_t huge : {UINT64_MAX, UINT64_MAX - 5, UINT64_MAX / 2 + 1}) {
-    EXPECT_FALSE(ranges.Hold(10, huge));
-    EXPECT_FALSE(ranges.First().Holds(10, huge));
-    EXPECT_FALSE(ranges.Hold(huge, huge));
-    EXPECT_FALSE(ranges.First().Holds(huge, 10));
+    EXPECT_FALSE(ranges.Contains(10, huge));
+    EXPECT_FALSE(ranges.First().Contains(10, huge));
+    EXPECT_FALSE(ranges.Contains(huge, huge));
+    EXPECT_FALSE(ranges.First().Contains(huge, 10));
   }
 }
 
 TEST(DownloadedRangesTest, ClearedRangesHoldNothing) {
   DownloadedRanges ranges = Ranges({{0, 10}});
   ranges.Clear();
-  EXPECT_FALSE(ranges.First().Holds(0, 1));
-  EXPECT_FALSE(ranges.Hold(0, 1));
-  EXPECT_FALSE(ranges.Hold(0, 0));
+  EXPECT_FALSE(ranges.First().Contains(0, 1));
+  EXPECT_FALSE(ranges.Contains(0, 1));
+  EXPECT_FALSE(ranges.Contains(0, 0));
   ranges.Add(2, 5);
-  EXPECT_TRUE(ranges.Hold(2, 3));
+  EXPECT_TRUE(ranges.Contains(2, 3));
 }
 
 // A download after a seek adds such ranges. There are so many that checking every range would take
@@ -146,11 +146,11 @@ TEST(DownloadedRangesTest, PiecesAfterAGapAreSeparateRanges) {
   constexpr std::uint64_t kPieces = 100'000;
   DownloadedRanges ranges = Ranges({{0, kPiece}});
   for (std::uint64_t i = 2; i < kPieces; ++i) {
-    ASSERT_FALSE(ranges.Hold(i * kPiece, kPiece));
+    ASSERT_FALSE(ranges.Contains(i * kPiece, kPiece));
     ranges.Add(i * kPiece, (i + 1) * kPiece);
   }
   EXPECT_EQ(ranges.All().size(), kPieces - 1);
-  EXPECT_TRUE(ranges.Hold(kPieces / 2 * kPiece, kPiece));
+  EXPECT_TRUE(ranges.Contains(kPieces / 2 * kPiece, kPiece));
 }
 
 // A reference model: the same rules over a list sorted by start.
@@ -177,14 +177,14 @@ class PlainRanges {
     std::sort(list_.begin(), list_.end());
   }
 
-  bool Hold(std::uint64_t start, std::uint64_t size) const {
+  bool Contains(std::uint64_t start, std::uint64_t size) const {
     for (const auto& range : list_) {
       if (range.first <= start && start + size <= range.second) return true;
     }
     return false;
   }
 
-  bool FirstHolds(std::uint64_t start, std::uint64_t size) const {
+  bool FirstContains(std::uint64_t start, std::uint64_t size) const {
     for (const auto& range : list_) {
       if (range.first <= start) return start + size <= range.second;
     }
@@ -219,8 +219,9 @@ void ExpectSameAnswers(const DownloadedRanges& ranges, const PlainRanges& plain)
   for (std::uint64_t at = 0; at <= kSpace; at += 3) {
     ASSERT_EQ(ranges.EndOfRangeAt(at), plain.EndOfRangeAt(at));
     for (const std::uint64_t size : {0U, 1U, 5U, 30U}) {
-      ASSERT_EQ(ranges.Hold(at, size), plain.Hold(at, size)) << at << "+" << size;
-      ASSERT_EQ(ranges.First().Holds(at, size), plain.FirstHolds(at, size)) << at << "+" << size;
+      ASSERT_EQ(ranges.Contains(at, size), plain.Contains(at, size)) << at << "+" << size;
+      ASSERT_EQ(ranges.First().Contains(at, size), plain.FirstContains(at, size))
+          << at << "+" << size;
     }
   }
 }
@@ -250,7 +251,7 @@ TEST(DownloadedRangesTest, RangesCoverExactlyTheWrittenBytes) {
     for (int step = 0; step < 30; ++step) {
       const std::uint64_t start = random() % kSpace;
       const std::uint64_t size = 1 + random() % 20;
-      if (!ranges.Hold(start, size)) ranges.Add(start, start + size);
+      if (!ranges.Contains(start, size)) ranges.Add(start, start + size);
       for (std::uint64_t at = start; at < start + size; ++at) written.insert(at);
     }
     std::set<std::uint64_t> covered;

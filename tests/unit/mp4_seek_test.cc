@@ -201,8 +201,8 @@ TEST_F(Mp4SeekTest, SearchAmongBillionsOfClaimedSamplesEnds) {
   Pass(Part(path_, file_.index_end));
   // Each sample has one byte, so the offset shows how many samples were searched. The search for
   // audio starts at the first sample, the search for video at the sample after the pass.
-  const std::uint64_t video = file_.offsets[0][0] + Mp4TimeIndex::kMaxPlaces;
-  const std::uint64_t audio = file_.offsets[1][0] + Mp4TimeIndex::kMaxPlaces - 1;
+  const std::uint64_t video = file_.offsets[0][0] + Mp4TimeIndex::kMaxEntries;
+  const std::uint64_t audio = file_.offsets[1][0] + Mp4TimeIndex::kMaxEntries - 1;
   EXPECT_EQ(reader_.Seek(5, path_), std::min(video, audio));
 }
 

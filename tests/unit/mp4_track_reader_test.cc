@@ -517,10 +517,10 @@ TEST_F(Mp4TrackReaderTest, ClosedFileIsOpenedAgain) {
 TEST_F(Mp4TrackReaderTest, PassForAnotherAddressReadsNothing) {
   const Movie movie = MakeMovie({.samples = 5});
   Mp4TrackReader::Source stale = Whole(Lay(movie).path);
-  stale.address = 7;
+  stale.run = RunId{7};
   EXPECT_EQ(DumpText(Pass(stale)), "");
   EXPECT_THAT(Told().durations, IsEmpty());
-  reader_.Reset(7);
+  reader_.Reset(RunId{7});
   EXPECT_EQ(DumpText(Pass(stale)), DumpText(ExpectedFrames(movie)));
 }
 
@@ -555,7 +555,7 @@ TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
 
 TEST_F(Mp4PassUnderWayTest, OtherAddressEndsThePass) {
   const auto source = Whole(Lay(MakeMovie()).path);
-  busy_.once = [&] { reader_.Reset(1); };
+  busy_.once = [&] { reader_.Reset(RunId{1}); };
   reader_.RunPass(source);
   EXPECT_THAT(PopQueuedFrames().video, SizeIs(1)) << "the current sample";
 }

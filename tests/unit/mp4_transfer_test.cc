@@ -38,7 +38,7 @@ class Mp4TransferTest : public Mp4Tasks {
   ~Mp4TransferTest() override { std::filesystem::remove_all(path_); }
 
   static std::size_t Take(Mp4Transfer& transfer, const Bytes& bytes) {
-    return transfer.Take(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return transfer.OnBytes(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
 
   Bytes FileNow() const {
@@ -47,19 +47,19 @@ class Mp4TransferTest : public Mp4Tasks {
   }
 
   static std::map<std::uint64_t, std::uint64_t> Ranges() {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     return g_mp4File->ranges.All();
   }
   static std::uint64_t WriteOffset() {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     return g_mp4File->write_offset;
   }
   static std::uint64_t Revision() {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     return g_mp4File->revision;
   }
   static void SeekTo(std::uint64_t offset) {
-    const std::lock_guard lock(g_mp4FileLock);
+    const std::lock_guard lock(g_mp4File->mutex);
     g_mp4File->write_offset = offset;
     ++g_mp4File->seeks;
   }
@@ -78,7 +78,7 @@ class Mp4TransferTest : public Mp4Tasks {
 };
 
 TEST_F(Mp4TransferTest, PiecesAreWrittenInOrder) {
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   EXPECT_EQ(transfer.Offset(), 0U);
   EXPECT_EQ(Take(transfer, {1, 2, 3}), 3U);
   EXPECT_EQ(Take(transfer, {4, 5}), 2U);
@@ -90,9 +90,9 @@ TEST_F(Mp4TransferTest, PiecesAreWrittenInOrder) {
 }
 
 TEST_F(Mp4TransferTest, NextTransferContinuesAtTheWriteOffset) {
-  Mp4Transfer first(Address());
+  Mp4Transfer first(CurrentRun());
   Take(first, {1, 2, 3});
-  Mp4Transfer second(Address());
+  Mp4Transfer second(CurrentRun());
   EXPECT_EQ(second.Offset(), 3U);
   Take(second, {4});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
@@ -100,10 +100,10 @@ TEST_F(Mp4TransferTest, NextTransferContinuesAtTheWriteOffset) {
 }
 
 TEST_F(Mp4TransferTest, TransferAfterASeekLeavesAGap) {
-  Mp4Transfer first(Address());
+  Mp4Transfer first(CurrentRun());
   Take(first, {1, 2, 3});
   SeekTo(6);
-  Mp4Transfer second(Address());
+  Mp4Transfer second(CurrentRun());
   Take(second, {7, 8});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 0, 0, 0, 7, 8}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 3), Pair(6, 8)));
@@ -111,42 +111,42 @@ TEST_F(Mp4TransferTest, TransferAfterASeekLeavesAGap) {
 }
 
 TEST_F(Mp4TransferTest, FilledGapMakesOneRange) {
-  Mp4Transfer first(Address());
+  Mp4Transfer first(CurrentRun());
   Take(first, {1, 2, 3});
   SeekTo(6);
-  Mp4Transfer second(Address());
+  Mp4Transfer second(CurrentRun());
   Take(second, {7, 8});
   SeekTo(3);
-  Mp4Transfer third(Address());
+  Mp4Transfer third(CurrentRun());
   Take(third, {4, 5, 6});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 8)));
 }
 
 TEST_F(Mp4TransferTest, SeekDuringATransferAffectsOnlyTheNextTransfer) {
-  Mp4Transfer running(Address());
+  Mp4Transfer running(CurrentRun());
   Take(running, {1, 2});
   SeekTo(100);
   EXPECT_EQ(Take(running, {3, 4}), 2U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
   EXPECT_EQ(WriteOffset(), 100U) << "the offset of the seek";
-  EXPECT_EQ(Mp4Transfer(Address()).Offset(), 100U);
+  EXPECT_EQ(Mp4Transfer(CurrentRun()).Offset(), 100U);
 }
 
 // A seek back goes to the end of the received range, which is where the transfer writes.
 TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferThatIsAtTheOffsetOfTheSeek) {
-  Mp4Transfer running(Address());
+  Mp4Transfer running(CurrentRun());
   Take(running, {1, 2});
   SeekTo(2);
   Take(running, {3, 4});
   EXPECT_EQ(WriteOffset(), 4U);
   Take(running, {5});
-  EXPECT_EQ(Mp4Transfer(Address()).Offset(), 5U);
+  EXPECT_EQ(Mp4Transfer(CurrentRun()).Offset(), 5U);
 }
 
 TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferOnceItHasPassedTheOffsetOfTheSeek) {
-  Mp4Transfer running(Address());
+  Mp4Transfer running(CurrentRun());
   Take(running, {1, 2});
   SeekTo(5);
   Take(running, {3, 4});
@@ -161,8 +161,8 @@ TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferOnceItHasPassedTheOffsetOfThe
 }
 
 TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsOffset) {
-  Mp4Transfer one(Address());
-  Mp4Transfer other(Address());
+  Mp4Transfer one(CurrentRun());
+  Mp4Transfer other(CurrentRun());
   Take(one, {1, 2, 3});
   Take(other, {1, 2});
   Take(other, {3, 4, 5, 6});
@@ -172,11 +172,11 @@ TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsOffset) {
 }
 
 TEST_F(Mp4TransferTest, BytesAlreadyInTheFileAreNotWrittenAgain) {
-  Mp4Transfer first(Address());
+  Mp4Transfer first(CurrentRun());
   Take(first, {1, 2, 3, 4});
   const std::uint64_t revision = Revision();
   SeekTo(0);
-  Mp4Transfer again(Address());
+  Mp4Transfer again(CurrentRun());
   EXPECT_EQ(Take(again, {9, 9}), 2U);
   EXPECT_EQ(Take(again, {9, 9}), 2U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
@@ -185,17 +185,17 @@ TEST_F(Mp4TransferTest, BytesAlreadyInTheFileAreNotWrittenAgain) {
 }
 
 TEST_F(Mp4TransferTest, PieceThatExtendsBeyondARangeIsWrittenWhole) {
-  Mp4Transfer first(Address());
+  Mp4Transfer first(CurrentRun());
   Take(first, {1, 2, 3});
   SeekTo(1);
-  Mp4Transfer again(Address());
+  Mp4Transfer again(CurrentRun());
   Take(again, {2, 3, 4});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
 }
 
 TEST_F(Mp4TransferTest, BytesStayPendingWhileTheFileCannotBeOpened) {
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   BlockFile();
   EXPECT_EQ(Take(transfer, {1, 2}), 2U);
   EXPECT_EQ(Take(transfer, {3}), 1U);
@@ -210,13 +210,13 @@ TEST_F(Mp4TransferTest, BytesStayPendingWhileTheFileCannotBeOpened) {
 }
 
 TEST_F(Mp4TransferTest, EmptyPieceWritesPendingBytes) {
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   BlockFile();
   Take(transfer, {1, 2});
-  EXPECT_EQ(transfer.Take(nullptr, 0), 0U);
+  EXPECT_EQ(transfer.OnBytes(nullptr, 0), 0U);
   EXPECT_TRUE(transfer.HasPending());
   UnblockFile();
-  transfer.Take(nullptr, 0);
+  transfer.OnBytes(nullptr, 0);
   EXPECT_FALSE(transfer.HasPending());
   EXPECT_EQ(FileNow(), (Bytes{1, 2}));
 }
@@ -224,7 +224,7 @@ TEST_F(Mp4TransferTest, EmptyPieceWritesPendingBytes) {
 TEST_F(Mp4TransferTest, BytesStayPendingIfTheDeviceIsFull) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   UsePath("/dev/full");
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   EXPECT_EQ(Take(transfer, Filler(100'000, 1)), 100'000U);
   EXPECT_TRUE(transfer.HasPending());
   EXPECT_THAT(Ranges(), IsEmpty());
@@ -256,16 +256,16 @@ TEST_F(Mp4WriteFailureTest, FullDiskIsReportedOncePerDownload) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   UsePath("/dev/full");
   const std::string line = Line("/dev/full", std::errc::no_space_on_device);
-  Mp4Transfer first(Address());
+  Mp4Transfer first(CurrentRun());
   for (int i = 0; i < 5; ++i) Take(first, Filler(10'000, 1));
   EXPECT_EQ(Console(), line);
-  Mp4Transfer next_start(Address());
+  Mp4Transfer next_start(CurrentRun());
   for (int i = 0; i < 5; ++i) Take(next_start, Filler(10'000, 1));
   EXPECT_EQ(Console(), line);
 }
 
 TEST_F(Mp4WriteFailureTest, MissingFileIsReportedOncePerDownload) {
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   Take(transfer, {1, 2});
   EXPECT_EQ(Console(), "");
   std::filesystem::remove(path_);
@@ -279,12 +279,12 @@ TEST_F(Mp4WriteFailureTest, MissingFileIsReportedOncePerDownload) {
 TEST_F(Mp4WriteFailureTest, EachStartPrintsOneLineIfNoDirectoryCanBeWritten) {
   const BlockedTempFolder folder;
   folder.BlockCache();
-  Mp4Transfer transfer(NextMp4Address("mebo.mp4"));
+  Mp4Transfer transfer(BeginMp4Run("mebo.mp4"));
   for (int i = 0; i < 5; ++i) Take(transfer, {1});
   const std::string first = Console();
   EXPECT_THAT(first, testing::StartsWith("Cache files cannot be written in "));
   EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 1) << first;
-  Mp4Transfer next_start(Address());
+  Mp4Transfer next_start(CurrentRun());
   for (int i = 0; i < 5; ++i) Take(next_start, {1});
   const std::string next = Console();
   EXPECT_THAT(next, testing::StartsWith("mp4 cannot write " + GetTempDirA() + "mebo.mp4: "));
@@ -292,18 +292,18 @@ TEST_F(Mp4WriteFailureTest, EachStartPrintsOneLineIfNoDirectoryCanBeWritten) {
 }
 
 TEST_F(Mp4TransferTest, EmptyPieceWithoutPendingBytesTouchesNoFile) {
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   BlockFile();
-  EXPECT_EQ(transfer.Take(nullptr, 0), 0U);
+  EXPECT_EQ(transfer.OnBytes(nullptr, 0), 0U);
   EXPECT_FALSE(transfer.HasPending());
   EXPECT_THAT(Ranges(), IsEmpty());
 }
 
 TEST_F(Mp4TransferTest, TransferForAnEarlierAddressWritesNothingAndEnds) {
-  Mp4Transfer stale(Address());
+  Mp4Transfer stale(CurrentRun());
   Take(stale, {1, 2});
   BeginAddress(kName);
-  Mp4Transfer fresh(Address());
+  Mp4Transfer fresh(CurrentRun());
   EXPECT_EQ(Take(stale, {3}), 0U);
   EXPECT_FALSE(stale.HasPending());
   EXPECT_THAT(FileNow(), IsEmpty());
@@ -314,19 +314,19 @@ TEST_F(Mp4TransferTest, TransferForAnEarlierAddressWritesNothingAndEnds) {
 }
 
 TEST_F(Mp4TransferTest, BytesPendingForAnEarlierAddressAreDropped) {
-  Mp4Transfer stale(Address());
+  Mp4Transfer stale(CurrentRun());
   BlockFile();
   Take(stale, {1, 2});
   UnblockFile();
   UsePath(path_);
-  stale.Take(nullptr, 0);
+  stale.OnBytes(nullptr, 0);
   EXPECT_FALSE(stale.HasPending());
   EXPECT_THAT(FileNow(), IsEmpty());
 }
 
 TEST_F(Mp4TransferTest, BytesBeyondTwoGibibytesEndTheTransferWithALine) {
   SeekTo(std::uint64_t{1} << 31);
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   testing::internal::CaptureStdout();
   EXPECT_EQ(Take(transfer, {1}), 0U);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "mp4 download ends at 2 GiB.\n");
@@ -338,7 +338,7 @@ TEST_F(Mp4TransferTest, BytesBeyondTwoGibibytesEndTheTransferWithALine) {
 TEST_F(Mp4TransferTest, LastByteWithAValidOffsetIsWritten) {
   const std::uint64_t last = std::numeric_limits<std::int32_t>::max();
   SeekTo(last);
-  Mp4Transfer transfer(Address());
+  Mp4Transfer transfer(CurrentRun());
   EXPECT_EQ(Take(transfer, {1, 2}), 2U);
   EXPECT_EQ(std::filesystem::file_size(path_), last + 2);
   EXPECT_THAT(Ranges(), ElementsAre(Pair(last, last + 2)));
@@ -346,10 +346,10 @@ TEST_F(Mp4TransferTest, LastByteWithAValidOffsetIsWritten) {
 
 TEST_F(Mp4TransferTest, ReplyWithoutAStatusIsAcceptedAtAnyOffset) {
   const CurlHandle handle = MakeCurlHandle();
-  Mp4Transfer beginning(Address());
+  Mp4Transfer beginning(CurrentRun());
   EXPECT_TRUE(beginning.AcceptReply(handle.get()));
   SeekTo(10);
-  Mp4Transfer middle(Address());
+  Mp4Transfer middle(CurrentRun());
   EXPECT_TRUE(middle.AcceptReply(handle.get()));
   EXPECT_EQ(middle.Offset(), 10U);
 }
@@ -359,12 +359,12 @@ TEST_F(Mp4TransferTest, ConcurrentTransfersLeaveTheStreamIntact) {
   const auto take_in_pieces = [&stream](Mp4Transfer& transfer, std::size_t piece) {
     for (std::size_t at = 0; at < stream.size(); at += piece) {
       const std::size_t size = std::min(piece, stream.size() - at);
-      transfer.Take(reinterpret_cast<const char*>(stream.data()) + at, size);
+      transfer.OnBytes(reinterpret_cast<const char*>(stream.data()) + at, size);
     }
   };
   std::vector<Mp4Transfer> transfers;  // all start at offset 0
   transfers.reserve(3);
-  for (int i = 0; i < 3; ++i) transfers.emplace_back(Address());
+  for (int i = 0; i < 3; ++i) transfers.emplace_back(CurrentRun());
   std::vector<std::thread> threads;
   threads.reserve(transfers.size());
   for (std::size_t i = 0; i < transfers.size(); ++i)

@@ -4,21 +4,21 @@
 
 namespace {
 
+constexpr auto kLine = OncePerStart::kPlayerThrew;
+
 TEST(OnceAStartTest, OnlyTheFirstCallAfterAStartReturnsTrue) {
-  OncePerStart line;
-  EXPECT_TRUE(line.IsFirst()) << "no start was counted yet";
-  EXPECT_FALSE(line.IsFirst());
+  EXPECT_TRUE(IsFirstSinceStart(kLine)) << "no start was counted yet";
+  EXPECT_FALSE(IsFirstSinceStart(kLine));
   CountStart();
-  EXPECT_TRUE(line.IsFirst());
-  EXPECT_FALSE(line.IsFirst());
+  EXPECT_TRUE(IsFirstSinceStart(kLine));
+  EXPECT_FALSE(IsFirstSinceStart(kLine));
 }
 
 TEST(OnceAStartTest, EachLineCountsItsOwnCalls) {
-  OncePerStart line;
-  OncePerStart other;
+  constexpr auto kOther = OncePerStart::kFileRefused;
   CountStart();
-  EXPECT_TRUE(line.IsFirst());
-  EXPECT_TRUE(other.IsFirst());
+  EXPECT_TRUE(IsFirstSinceStart(kLine));
+  EXPECT_TRUE(IsFirstSinceStart(kOther));
 }
 
 }  // namespace

@@ -60,9 +60,6 @@ MP4TrackId MP4FindTrackId(MP4FileHandle hFile, uint16_t index, const char* type 
 const char* MP4GetTrackType(MP4FileHandle hFile, MP4TrackId trackId);
 const char* MP4GetTrackMediaDataName(MP4FileHandle hFile, MP4TrackId trackId);
 
-/* A line for people about one track, or a table of all tracks. The caller frees it. */
-char* MP4Info(MP4FileHandle hFile, MP4TrackId trackId MP4V2_DEFAULT(0));
-
 /* From the media header. */
 uint32_t MP4GetTrackTimeScale(MP4FileHandle hFile, MP4TrackId trackId);
 

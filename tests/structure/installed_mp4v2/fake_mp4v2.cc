@@ -22,7 +22,6 @@ const char* MP4GetTrackType(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { r
 const char* MP4GetTrackMediaDataName(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) {
   return g_fake_mp4v2.media_data_name;
 }
-char* MP4Info(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { return nullptr; }
 uint32_t MP4GetTrackTimeScale(MP4FileHandle /*hFile*/, MP4TrackId /*trackId*/) { return 1000; }
 
 // The published library compares the name, and so crashes if there is none.

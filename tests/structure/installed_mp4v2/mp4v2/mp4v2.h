@@ -34,7 +34,6 @@ MP4TrackId MP4FindTrackId(MP4FileHandle hFile, uint16_t index, const char* type 
                           uint8_t subType = 0);
 const char* MP4GetTrackType(MP4FileHandle hFile, MP4TrackId trackId);
 const char* MP4GetTrackMediaDataName(MP4FileHandle hFile, MP4TrackId trackId);
-char* MP4Info(MP4FileHandle hFile, MP4TrackId trackId = 0);
 uint32_t MP4GetTrackTimeScale(MP4FileHandle hFile, MP4TrackId trackId);
 bool MP4GetTrackH264SeqPictHeaders(MP4FileHandle hFile, MP4TrackId trackId, uint8_t*** pSeqHeaders,
                                    uint32_t** pSeqHeaderSize, uint8_t*** pPictHeader,

@@ -1,6 +1,6 @@
 // An FLV stream that is completely in memory, for tests, fuzzers and benchmarks. Borrows the bytes.
-#ifndef FLV_FLV_MEMORY_SOURCE_H_
-#define FLV_FLV_MEMORY_SOURCE_H_
+#ifndef TESTS_SUPPORT_FLV_MEMORY_SOURCE_H_
+#define TESTS_SUPPORT_FLV_MEMORY_SOURCE_H_
 
 #include <cstddef>
 #include <cstring>
@@ -32,4 +32,4 @@ class FlvMemorySource final : public FlvSource {
   std::span<const std::uint8_t> left_;
 };
 
-#endif  // FLV_FLV_MEMORY_SOURCE_H_
+#endif  // TESTS_SUPPORT_FLV_MEMORY_SOURCE_H_

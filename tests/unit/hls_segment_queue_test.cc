@@ -100,6 +100,14 @@ TEST_F(SegmentQueueTest, EmptyPlaylistPrintsItsCountAndQueuesNothing) {
   EXPECT_EQ(WaitingSegments(), 0U);
 }
 
+TEST_F(SegmentQueueTest, EmptyPlaylistForgetsNoSegment) {
+  Queue(LivePlaylist(0, SegmentUris(0, 2)));
+  Take();
+  for (const M3u8Entry& segment : taken_) stream_.ledger.RecordDone(segment.uri);
+  Queue("#EXTM3U\n");
+  EXPECT_EQ(KnownSegments(), 2U);
+}
+
 TEST_F(SegmentQueueTest, AddressWithoutTsIsCountedButNeverQueued) {
   EXPECT_EQ(Queue(LivePlaylist(0, {"a.aac", "b.ts"})), "QUEUEED1:2");
   EXPECT_THAT(Take(), ElementsAre("b.ts"));

@@ -5,9 +5,9 @@
 #include <utility>
 
 bool CopyBuffer::Append(const std::uint8_t* bytes, std::uint32_t n) {
-  constexpr auto kMax = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
+  constexpr auto kMaxLength = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
   if (n == 0) return true;
-  if (n > kMax - static_cast<std::uint32_t>(length_)) return false;
+  if (n > kMaxLength - static_cast<std::uint32_t>(length_)) return false;
   const std::int32_t needed = length_ + static_cast<std::int32_t>(n);
   if (needed > capacity_ && !Grow(needed)) return false;
   std::memcpy(block_.get() + length_, bytes, n);

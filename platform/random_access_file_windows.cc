@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "isobmff/file.h"
+#include "platform/random_access_file.h"
 
-namespace isobmff {
+namespace platform {
 namespace {
 
 HANDLE HandleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
@@ -24,7 +24,7 @@ std::uint64_t Join(DWORD high, DWORD low) { return static_cast<std::uint64_t>(hi
 
 }  // namespace
 
-std::optional<File> File::Open(const char* path) {
+std::optional<RandomAccessFile> RandomAccessFile::Open(const char* path) {
   const auto wide = Widen(path);
   if (!wide) return std::nullopt;
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
@@ -37,21 +37,22 @@ std::optional<File> File::Open(const char* path) {
     return std::nullopt;
   }
   const FileId id{facts.dwVolumeSerialNumber, Join(facts.nFileIndexHigh, facts.nFileIndexLow)};
-  return File(reinterpret_cast<std::intptr_t>(handle), id,
-              Join(facts.nFileSizeHigh, facts.nFileSizeLow));
+  return RandomAccessFile(reinterpret_cast<std::intptr_t>(handle), id,
+                          Join(facts.nFileSizeHigh, facts.nFileSizeLow));
 }
 
-File::~File() {
+RandomAccessFile::~RandomAccessFile() {
   if (handle_ != kClosed) CloseHandle(HandleOf(handle_));
 }
 
-std::uint64_t File::Size() const {
+std::uint64_t RandomAccessFile::Size() const {
   LARGE_INTEGER size{};
   if (GetFileSizeEx(HandleOf(handle_), &size) == 0) return 0;
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const {
+std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, std::uint8_t* to,
+                                     std::size_t size) const {
   constexpr std::size_t kMostAtOnce = std::size_t{1} << 30;
   std::size_t done = 0;
   while (done < size) {
@@ -67,4 +68,4 @@ std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t siz
   return done;
 }
 
-}  // namespace isobmff
+}  // namespace platform

@@ -1,4 +1,4 @@
-#include "c_interface/callback_player.h"
+#include "callback_player.h"
 
 #include <cstddef>
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <type_traits>
 
-#include "c_interface/callback_scope.h"
-#include "c_interface/stream_downloader_c.h"
-#include "public/stream_player.h"
+#include "callback_scope.h"
+#include "stream_downloader_c.h"
+#include "stream_player.h"
 
 // Keeps a copy of the struct. Safe to call from any thread.
 class CallbackPlayer final : public CStreamPlayerImp {

@@ -1,4 +1,4 @@
-#include "c_interface/callback_scope.h"
+#include "callback_scope.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "c_interface/stream_downloader_c.h"
+#include "stream_downloader_c.h"
 
 const char* sd_result_text(int result) {
   switch (result) {

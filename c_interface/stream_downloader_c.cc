@@ -1,11 +1,11 @@
-#include "c_interface/stream_downloader_c.h"
+#include "stream_downloader_c.h"
 
 #include <new>
 #include <string>
 
-#include "c_interface/callback_player.h"
-#include "c_interface/callback_scope.h"
-#include "public/stream_downloader.h"
+#include "callback_player.h"
+#include "callback_scope.h"
+#include "stream_downloader.h"
 
 struct sd_downloader {
   explicit sd_downloader(const sd_callbacks& callbacks) : player(callbacks), facade(&player) {}

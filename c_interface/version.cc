@@ -1,4 +1,4 @@
-#include "c_interface/stream_downloader_c.h"
+#include "stream_downloader_c.h"
 
 const char* sd_version() { return STREAM_VERSION; }
 

@@ -6,8 +6,8 @@
 #   -DMP4_READER=auto        libmp4v2 if a program builds with it, otherwise the bundled reader
 #   -DCMAKE_PREFIX_PATH=...  additional prefixes to search for libmp4v2
 #
-# Defines the target mp4_reader, which every program made from stream_core links, and STREAM_MP4_READER, the name
-# of the selected reader.
+# Defines the target mp4_reader, STREAM_MP4_READER, the name of the selected reader, and
+# STREAM_MP4_OFFSETS_BY_ADAPTER, whether mp4/ has to add what an installed reader lacks.
 include(CheckCXXSourceCompiles)
 
 set(MP4_READER bundled CACHE STRING "The MP4 reader: bundled, installed (libmp4v2) or auto")
@@ -94,6 +94,7 @@ endfunction()
 
 add_library(mp4_reader INTERFACE)
 set(STREAM_MP4_READER bundled)
+set(STREAM_MP4_OFFSETS_BY_ADAPTER OFF)
 if(NOT MP4_READER STREQUAL "bundled")
   stream_find_mp4v2(mp4v2_target mp4v2_place mp4v2_failed)
   if(mp4v2_target)
@@ -117,7 +118,7 @@ if(STREAM_MP4_READER STREQUAL "installed")
   else()
     message(STATUS "MP4 reader: libmp4v2 found ${mp4v2_place}, with file offsets by the adapter")
     target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_OFFSETS_BY_ADAPTER)
-    target_sources(stream_core PRIVATE ${CMAKE_CURRENT_LIST_DIR}/../mp4/mp4_installed_offset.cc)
+    set(STREAM_MP4_OFFSETS_BY_ADAPTER ON)
   endif()
   # The library logs to the console itself. It is silenced if it has a function for that.
   stream_mp4v2_compiles(mp4v2_logs ${mp4v2_target} "MP4LogSetLevel(MP4_LOG_NONE);")
@@ -128,6 +129,5 @@ else()
   message(STATUS "MP4 reader: bundled")
   target_compile_definitions(mp4_reader INTERFACE STREAM_MP4_READER_BUNDLED)
   # A system include directory, as for an installed library: its C code does not follow our rules for C++.
-  target_include_directories(mp4_reader SYSTEM INTERFACE ${CMAKE_CURRENT_LIST_DIR}/../isobmff/include)
+  target_include_directories(mp4_reader SYSTEM INTERFACE ${CMAKE_CURRENT_LIST_DIR}/../isobmff/api)
 endif()
-target_link_libraries(stream_core PUBLIC mp4_reader)

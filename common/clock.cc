@@ -3,7 +3,7 @@
 #include <atomic>
 
 #include "common/never_destroyed.h"
-#include "common/platform.h"
+#include "platform/sleep.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "common/clock.h"
 #include "common/never_destroyed.h"
-#include "common/platform.h"
+#include "platform/at_exit.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <limits>
 #include <new>
 
-#include "common/platform.h"
 #include "common/separate_blocks.h"
 #include "platform/mutex.h"
+#include "platform/pages.h"
 
 namespace {
 

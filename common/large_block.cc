@@ -2,8 +2,8 @@
 
 #include <new>
 
-#include "common/platform.h"
 #include "common/separate_blocks.h"
+#include "platform/pages.h"
 
 namespace {
 

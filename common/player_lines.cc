@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "public/stream_player.h"
+#include "stream_player.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include "common/caught.h"
 #include "common/once_per_start.h"
-#include "public/stream_player.h"
+#include "stream_player.h"
 
 namespace {
 

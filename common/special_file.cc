@@ -6,7 +6,7 @@
 
 #include "common/console.h"
 #include "common/once_per_start.h"
-#include "common/platform.h"
+#include "platform/files.h"
 
 namespace {
 

@@ -1,6 +1,7 @@
 #include "common/temp_files.h"
 
 #include "common/temp_folder.h"
+#include "platform/code_page.h"
 
 std::string GetTempDirA() { return TempFolderInUse().narrow; }
 

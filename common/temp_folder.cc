@@ -7,8 +7,9 @@
 
 #include "common/console.h"
 #include "common/never_destroyed.h"
-#include "common/platform.h"
+#include "platform/files.h"
 #include "platform/mutex.h"
+#include "platform/paths.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include "common/clock.h"
 #include "common/console.h"
 #include "common/pipeline.h"
-#include "common/platform.h"
 #include "common/queue_limit.h"
 #include "common/scope_exit.h"
 #include "flv/flv_stream.h"
 #include "flv/flv_tag_parser.h"
+#include "platform/files.h"
 
 namespace {
 

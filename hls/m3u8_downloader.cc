@@ -4,12 +4,12 @@
 #include "common/console.h"
 #include "common/format_text.h"
 #include "common/frame_queue.h"
-#include "common/platform.h"
 #include "common/start_position.h"
 #include "hls/hls_delivery.h"
 #include "hls/playlist_thread.h"
 #include "hls/segment_download.h"
 #include "hls/segment_parse.h"
+#include "platform/local_time.h"
 
 std::string DateText(const std::tm& local) {
   return FormatText(

@@ -10,8 +10,8 @@
 #include "common/clock.h"
 #include "common/console.h"
 #include "common/http_transfer.h"
-#include "common/platform.h"
 #include "mp4/mp4_state.h"
+#include "platform/files.h"
 
 namespace {
 

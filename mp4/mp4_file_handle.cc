@@ -2,8 +2,8 @@
 
 #include <limits>
 
-#include "common/platform.h"
 #include "common/temp_files.h"
+#include "platform/files.h"
 
 #ifdef STREAM_MP4_READER_LOGS
 namespace {

@@ -10,7 +10,7 @@
 #include "common/caught.h"
 #include "msvc/msvc_string.h"
 #include "msvc/players.h"
-#include "public/stream_downloader.h"
+#include "stream_downloader.h"
 
 namespace {
 

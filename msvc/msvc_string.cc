@@ -4,7 +4,7 @@
 #include <cstring>
 #include <new>
 
-#include "msvc/process_heap.h"
+#include "platform/process_heap.h"
 
 namespace msvc {
 namespace {
@@ -15,7 +15,7 @@ constexpr std::size_t kAlignment = 32;
 constexpr std::size_t kAlignmentOverhead = sizeof(void*) + kAlignment - 1;
 
 void* Allocate(std::size_t size) {
-  void* const memory = AllocateFromProcessHeap(size);
+  void* const memory = platform::AllocateFromProcessHeap(size);
   if (memory == nullptr) throw std::bad_alloc();
   return memory;
 }
@@ -32,7 +32,7 @@ char* AllocateBlock(std::size_t size) {
 void ReleaseBlock(char* block, std::size_t size) {
   char* memory = block;
   if (size >= kSmallestAligned) std::memcpy(&memory, block - sizeof(memory), sizeof(memory));
-  ReleaseToProcessHeap(memory);
+  platform::ReleaseToProcessHeap(memory);
 }
 
 bool HasBlock(const String& string) { return string.capacity >= String::kInside; }

@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "public/stream_downloader.h"
+#include "stream_downloader.h"
 
 void CStreamDownloader::__autoclassinit2(std::size_t size) {
   std::memset(static_cast<void*>(this), 0, size);

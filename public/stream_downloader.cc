@@ -1,4 +1,4 @@
-#include "public/stream_downloader.h"
+#include "stream_downloader.h"
 
 #include <array>
 #include <cstring>

@@ -8,8 +8,8 @@
 #include "common/address.h"
 #include "common/clock.h"
 #include "common/http_transfer.h"
-#include "common/platform.h"
 #include "common/special_file.h"
+#include "platform/files.h"
 #include "ts/ts_state.h"
 
 namespace {

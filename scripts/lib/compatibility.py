@@ -28,12 +28,19 @@ def unit(path):
     return path.parts[0], path.stem
 
 
+def file_at(root, path):
+    """The file that the list names; a header is named as it is included."""
+    included = root / Path(path).parts[0] / "include" / path
+    return included if included.is_file() else root / path
+
+
 def wrong_places(root, text):
     """Describes each place in the list that does not exist."""
     for path, name in PLACE.findall(text):
-        if not (root / path).is_file():
+        file = file_at(root, path)
+        if not file.is_file():
             yield f"{LIST}: there is no file {path}"
-        elif name and last_name(name) not in (root / path).read_text(encoding="utf-8"):
+        elif name and last_name(name) not in file.read_text(encoding="utf-8"):
             yield f"{LIST}: {path} does not contain {name}"
 
 

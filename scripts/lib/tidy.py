@@ -33,8 +33,8 @@ OTHER_SYSTEM = re.compile(r"_windows\.cc$|^tests/windows/(library|msvc|paths)/")
 # without its page, sources of the Windows library only, the host that uses the installed library, and
 # sources that tests compile.
 NEIGHBOUR = {
-    "msvc/auto_class_init.cc": "public/stream_downloader.cc",
-    "msvc/player_lines_msvc.cc": "public/stream_downloader.cc",
+    "msvc/auto_class_init.cc": "msvc/exports.cc",
+    "msvc/player_lines_msvc.cc": "msvc/exports.cc",
     "host/shared/report_none.cc": "host/shared/text.cc",
     "tests/package/consumer/host.cc": "host/console/main.cc",
     "tests/structure/lock_checks/call_without_mutex.cc": "common/thread_pool.cc",

@@ -1,4 +1,4 @@
-#include "host/shared/argument_path.h"
+#include "platform/host/argument_path.h"
 
 #include <gtest/gtest.h>
 

@@ -41,16 +41,18 @@ if(TOOLCHAIN)
 else()
   list(APPEND found -DCMAKE_C_COMPILER=${C_COMPILER} -DCMAKE_CXX_COMPILER=${CXX_COMPILER})
 endif()
-# configure_apart(FOLDER BUILD [NEIGHBOUR...]) - configures a copy of the folder, and of the neighbouring folders
+# configure_apart(ROOT FOLDER BUILD [FOLDER...]) - configures a copy of the folder below ROOT, and of further folders
 # that it needs, so that nothing else of the tree can be reached.
-function(configure_apart folder build)
-  get_filename_component(name ${folder} NAME)
-  file(COPY ${folder} ${ARGN} DESTINATION ${WORK}/sources-${build})
-  run(${CMAKE_COMMAND} -S sources-${build}/${name} -B ${build} -G ${GENERATOR} --no-warn-unused-cli
+function(configure_apart root folder build)
+  foreach(copied IN ITEMS ${folder} ${ARGN})
+    cmake_path(GET copied PARENT_PATH parent)
+    file(COPY ${root}/${copied} DESTINATION ${WORK}/sources-${build}/${parent})
+  endforeach()
+  run(${CMAKE_COMMAND} -S sources-${build}/${folder} -B ${build} -G ${GENERATOR} --no-warn-unused-cli
     -DCMAKE_BUILD_TYPE=Release ${found})
 endfunction()
 
-configure_apart(${CMAKE_CURRENT_LIST_DIR}/consumer build)
+configure_apart(${CMAKE_CURRENT_LIST_DIR} consumer build)
 run(${CMAKE_COMMAND} --build build)
 
 run(${EMULATOR} ${MAKE_SAMPLE} sample.ts)
@@ -65,10 +67,10 @@ run(${EMULATOR} ${WORK}/build/consumer${SUFFIX} ${address})
 if(C_HOST)
   if(PKG_CONFIG)
     run(pkg-config --cflags --libs stream_downloader_c OUTPUT_FILE c_options)
-    run(${C_COMPILER} -std=c99 ${C_HOST}/play.c -o play @c_options -pthread)
+    run(${C_COMPILER} -std=c99 ${SOURCES}/examples/c/play.c -o play @c_options -pthread)
     run(${CMAKE_COMMAND} -E env LD_LIBRARY_PATH=${prefix}/${LIBDIR} ./play ${address} 1)
   else()
-    configure_apart(${C_HOST} c)
+    configure_apart(${SOURCES} examples/c c)
     run(${CMAKE_COMMAND} --build c)
     run(${EMULATOR} ${WORK}/c/play${SUFFIX} ${address} 1)
   endif()
@@ -79,10 +81,10 @@ run(${EMULATOR} ${prefix}/bin/stream_host${SUFFIX} ${address} --expect-frames 1)
 if(PLAYER)
   run(${prefix}/bin/stream_player${SUFFIX} --help)  # there may be no display
 endif()
-if(HOST_SOURCES)
+if(CONSOLE_HOST)
   # The console host, too, is configured separately and finds all that it needs. Of its sources only main.cc is
   # compiled: it alone uses the library, and it includes nearly all headers of the host. The other sources compile
   # in the tree, where they see the same headers as here. The consumer already shows that a program links.
-  configure_apart(${HOST_SOURCES}/console host ${HOST_SOURCES}/shared)
-  run(${CMAKE_COMMAND} --build host --target ${WORK}/sources-host/console/main.cc^)
+  configure_apart(${SOURCES} host/console host host/shared platform/host)
+  run(${CMAKE_COMMAND} --build host --target ${WORK}/sources-host/host/console/main.cc^)
 endif()

@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "common/frame_queue.h"
-#include "common/platform.h"
 #include "common/temp_files.h"
 #include "tests/support/blocked_audio.h"
 #include "tests/support/blocked_temp_folder.h"

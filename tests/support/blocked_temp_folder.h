@@ -8,8 +8,8 @@
 #include <fstream>
 #include <string>
 
-#include "common/platform.h"
 #include "common/temp_folder.h"
+#include "platform/paths.h"
 #include "tests/support/environment.h"
 
 class BlockedTempFolder {

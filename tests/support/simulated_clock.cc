@@ -5,7 +5,7 @@
 #include <thread>
 #include <vector>
 
-#include "common/platform.h"
+#include "platform/sleep.h"
 #include "tests/support/test_limit.h"
 
 // Starts at 1000 hours, so that subtractions do not go below zero.

@@ -7,7 +7,7 @@
 #include <cstring>
 #include <string>
 
-#include "msvc/process_heap.h"
+#include "platform/process_heap.h"
 
 namespace {
 
@@ -33,9 +33,9 @@ msvc::String MakeRoomyString(const std::string& text, std::size_t capacity) {
   string.size = text.size();
   string.capacity = capacity;
   if (capacity + 1 < 4096) {
-    string.content.block = static_cast<char*>(msvc::AllocateFromProcessHeap(capacity + 1));
+    string.content.block = static_cast<char*>(platform::AllocateFromProcessHeap(capacity + 1));
   } else {
-    void* const memory = msvc::AllocateFromProcessHeap(capacity + 1 + 39);
+    void* const memory = platform::AllocateFromProcessHeap(capacity + 1 + 39);
     const auto address = (reinterpret_cast<std::uintptr_t>(memory) + 39) / 32 * 32;
     string.content.block = reinterpret_cast<char*>(address);
     std::memcpy(string.content.block - sizeof(memory), &memory, sizeof(memory));

@@ -7,8 +7,10 @@
 #include <fstream>
 #include <string>
 
-#include "common/platform.h"
 #include "common/temp_files.h"
+#include "platform/files.h"
+#include "platform/local_time.h"
+#include "platform/paths.h"
 
 namespace {
 

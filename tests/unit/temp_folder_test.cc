@@ -10,8 +10,8 @@
 #include <string>
 #include <system_error>
 
-#include "common/platform.h"
 #include "common/temp_files.h"
+#include "platform/paths.h"
 #include "tests/support/blocked_temp_folder.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <vector>
 
-#include "common/platform.h"
+#include "platform/sleep.h"
 
 namespace {
 

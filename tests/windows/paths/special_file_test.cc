@@ -4,7 +4,7 @@
 #include <fstream>
 #include <string>
 
-#include "common/platform.h"
+#include "platform/files.h"
 
 namespace {
 

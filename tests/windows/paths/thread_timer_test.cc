@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "common/platform.h"
+#include "platform/sleep.h"
 
 namespace {
 

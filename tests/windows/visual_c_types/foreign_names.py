@@ -17,8 +17,8 @@ _FUNCTIONS = {
 # Names with two underscores belong to a compiler. Those in these files work with every compiler, or the
 # preprocessor tests for them before they are used.
 _COMPILER_NAMES = {
-    "common/format_text.h": {"__GNUC__", "__attribute__"},
-    "common/separate_blocks.h": {"__SANITIZE_ADDRESS__", "__has_feature"},
+    "common/include/common/format_text.h": {"__GNUC__", "__attribute__"},
+    "common/include/common/separate_blocks.h": {"__SANITIZE_ADDRESS__", "__has_feature"},
 }
 _EVERYWHERE = {"__autoclassinit2", "__cplusplus", "__declspec"}
 

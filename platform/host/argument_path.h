@@ -1,6 +1,6 @@
 // Paths from the command line.
-#ifndef HOST_SHARED_ARGUMENT_PATH_H_
-#define HOST_SHARED_ARGUMENT_PATH_H_
+#ifndef PLATFORM_HOST_ARGUMENT_PATH_H_
+#define PLATFORM_HOST_ARGUMENT_PATH_H_
 
 #include <filesystem>
 #include <string>
@@ -12,4 +12,4 @@ std::filesystem::path PathOfArgument(const std::string& argument);
 
 }  // namespace host
 
-#endif  // HOST_SHARED_ARGUMENT_PATH_H_
+#endif  // PLATFORM_HOST_ARGUMENT_PATH_H_

@@ -1,11 +1,11 @@
 #include <windows.h>
 
-#include "msvc/process_heap.h"
+#include "platform/process_heap.h"
 
-namespace msvc {
+namespace platform {
 
 void* AllocateFromProcessHeap(std::size_t size) { return HeapAlloc(GetProcessHeap(), 0, size); }
 
 void ReleaseToProcessHeap(void* block) { HeapFree(GetProcessHeap(), 0, block); }
 
-}  // namespace msvc
+}  // namespace platform

@@ -6,11 +6,11 @@
 #include <cerrno>
 #include <limits>
 
-#include "isobmff/file.h"
+#include "platform/random_access_file.h"
 
-namespace isobmff {
+namespace platform {
 
-std::optional<File> File::Open(const char* path) {
+std::optional<RandomAccessFile> RandomAccessFile::Open(const char* path) {
   // O_NONBLOCK: otherwise opening a pipe would block until somebody writes to it.
   const int descriptor = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return std::nullopt;
@@ -21,20 +21,21 @@ std::optional<File> File::Open(const char* path) {
   }
   const FileId id{static_cast<std::uint64_t>(facts.st_dev),
                   static_cast<std::uint64_t>(facts.st_ino)};
-  return File(descriptor, id, static_cast<std::uint64_t>(facts.st_size));
+  return RandomAccessFile(descriptor, id, static_cast<std::uint64_t>(facts.st_size));
 }
 
-File::~File() {
+RandomAccessFile::~RandomAccessFile() {
   if (handle_ != kClosed) close(static_cast<int>(handle_));
 }
 
-std::uint64_t File::Size() const {
+std::uint64_t RandomAccessFile::Size() const {
   struct stat facts {};
   if (fstat(static_cast<int>(handle_), &facts) != 0) return 0;
   return static_cast<std::uint64_t>(facts.st_size);
 }
 
-std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const {
+std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, std::uint8_t* to,
+                                     std::size_t size) const {
   constexpr auto kLastOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
   if (offset > kLastOffset) return 0;
   size = static_cast<std::size_t>(std::min<std::uint64_t>(size, kLastOffset - offset));
@@ -49,4 +50,4 @@ std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t siz
   return done;
 }
 
-}  // namespace isobmff
+}  // namespace platform

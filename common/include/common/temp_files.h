@@ -8,7 +8,7 @@
 
 #include <string>
 
-#include "common/platform.h"
+#include "platform/files.h"
 
 // Returns the cache directory with a slash at its end, in the system code page. File names are
 // appended to it.

@@ -1,7 +1,7 @@
 // What the host asks the operating system about its terminal. Implemented in terminal_windows.cc
 // and terminal_posix.cc.
-#ifndef HOST_CONSOLE_TERMINAL_H_
-#define HOST_CONSOLE_TERMINAL_H_
+#ifndef PLATFORM_HOST_TERMINAL_H_
+#define PLATFORM_HOST_TERMINAL_H_
 
 namespace host {
 
@@ -9,4 +9,4 @@ bool StandardOutputIsTerminal();
 
 }  // namespace host
 
-#endif  // HOST_CONSOLE_TERMINAL_H_
+#endif  // PLATFORM_HOST_TERMINAL_H_

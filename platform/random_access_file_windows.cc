@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "isobmff/file.h"
+#include "platform/random_access_file.h"
 
-namespace isobmff {
+namespace platform {
 namespace {
 
 HANDLE HandleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
@@ -24,7 +24,7 @@ std::uint64_t Join(DWORD high, DWORD low) { return static_cast<std::uint64_t>(hi
 
 }  // namespace
 
-std::optional<File> File::Open(const char* path) {
+std::optional<RandomAccessFile> RandomAccessFile::Open(const char* path) {
   const auto wide = Widen(path);
   if (!wide) return std::nullopt;
   constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
@@ -37,28 +37,29 @@ std::optional<File> File::Open(const char* path) {
     return std::nullopt;
   }
   const FileId id{facts.dwVolumeSerialNumber, Join(facts.nFileIndexHigh, facts.nFileIndexLow)};
-  return File(reinterpret_cast<std::intptr_t>(handle), id,
-              Join(facts.nFileSizeHigh, facts.nFileSizeLow));
+  return RandomAccessFile(reinterpret_cast<std::intptr_t>(handle), id,
+                          Join(facts.nFileSizeHigh, facts.nFileSizeLow));
 }
 
-File::~File() {
+RandomAccessFile::~RandomAccessFile() {
   if (handle_ != kClosed) CloseHandle(HandleOf(handle_));
 }
 
-std::uint64_t File::Size() const {
+std::uint64_t RandomAccessFile::Size() const {
   LARGE_INTEGER size{};
   if (GetFileSizeEx(HandleOf(handle_), &size) == 0) return 0;
   return static_cast<std::uint64_t>(size.QuadPart);
 }
 
-std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t size) const {
+std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, std::uint8_t* to,
+                                     std::size_t size) const {
   constexpr std::size_t kMaxAtOnce = std::size_t{1} << 30;
   std::size_t done = 0;
   while (done < size) {
-    const std::uint64_t place = offset + done;
+    const std::uint64_t position = offset + done;
     OVERLAPPED where{};
-    where.Offset = static_cast<DWORD>(place);
-    where.OffsetHigh = static_cast<DWORD>(place >> 32);
+    where.Offset = static_cast<DWORD>(position);
+    where.OffsetHigh = static_cast<DWORD>(position >> 32);
     DWORD count = 0;
     const auto wanted = static_cast<DWORD>(std::min(size - done, kMaxAtOnce));
     if (ReadFile(HandleOf(handle_), to + done, wanted, &count, &where) == 0 || count == 0) break;
@@ -67,4 +68,4 @@ std::size_t File::ReadAt(std::uint64_t offset, std::uint8_t* to, std::size_t siz
   return done;
 }
 
-}  // namespace isobmff
+}  // namespace platform

@@ -1,17 +1,16 @@
-// A file that is read at given offsets. Only this part of the reader depends on the operating
-// system.
+// A file that is read at given offsets.
 //
 // The file is never locked: others may write, rename and delete it meanwhile. It is read with plain
 // calls and not mapped into memory, since a mapped file that shrinks ends the process. Thread-safe.
-#ifndef ISOBMFF_FILE_H_
-#define ISOBMFF_FILE_H_
+#ifndef PLATFORM_RANDOM_ACCESS_FILE_H_
+#define PLATFORM_RANDOM_ACCESS_FILE_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <utility>
 
-namespace isobmff {
+namespace platform {
 
 // Identifies a file: the same for all its names and handles, and different for every other file
 // while one of its handles is open.
@@ -24,20 +23,20 @@ struct FileId {
   }
 };
 
-class File {
+class RandomAccessFile {
  public:
   // `path` is UTF-8. Returns nullopt if the file cannot be opened for reading or is not a regular
   // file.
-  static std::optional<File> Open(const char* path);
+  static std::optional<RandomAccessFile> Open(const char* path);
 
-  File(File&& other) noexcept
+  RandomAccessFile(RandomAccessFile&& other) noexcept
       : handle_(std::exchange(other.handle_, kClosed)),
         id_(other.id_),
         opened_size_(other.opened_size_) {}
-  File(const File&) = delete;
-  File& operator=(const File&) = delete;
-  File& operator=(File&&) = delete;
-  ~File();
+  RandomAccessFile(const RandomAccessFile&) = delete;
+  RandomAccessFile& operator=(const RandomAccessFile&) = delete;
+  RandomAccessFile& operator=(RandomAccessFile&&) = delete;
+  ~RandomAccessFile();
 
   const FileId& Id() const { return id_; }
   // The size when it was opened, and the current size (0 if the system does not report it).
@@ -51,7 +50,7 @@ class File {
  private:
   static constexpr std::intptr_t kClosed = -1;
 
-  File(std::intptr_t handle, FileId id, std::uint64_t size)
+  RandomAccessFile(std::intptr_t handle, FileId id, std::uint64_t size)
       : handle_(handle), id_(id), opened_size_(size) {}
 
   std::intptr_t handle_;
@@ -59,6 +58,6 @@ class File {
   std::uint64_t opened_size_;
 };
 
-}  // namespace isobmff
+}  // namespace platform
 
-#endif  // ISOBMFF_FILE_H_
+#endif  // PLATFORM_RANDOM_ACCESS_FILE_H_

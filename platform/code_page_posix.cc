@@ -1,0 +1,9 @@
+#include <string>
+
+#include "platform/code_page.h"
+
+namespace platform {
+
+std::string CodePageToUtf8(const std::string& text) { return text; }
+
+}  // namespace platform

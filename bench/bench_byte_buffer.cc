@@ -8,6 +8,8 @@
 #include "bench/bench_report.h"
 #include "common/byte_buffer.h"
 
+using namespace stream;
+
 namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;

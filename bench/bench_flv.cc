@@ -16,6 +16,8 @@
 #include "flv/flv_tag_parser.h"
 #include "tests/support/flv_memory_source.h"
 
+using namespace stream;
+
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;

@@ -12,6 +12,8 @@
 #include "flv/flv_download.h"
 #include "flv/flv_stream.h"
 
+using namespace stream;
+
 namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;

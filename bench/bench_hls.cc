@@ -25,6 +25,8 @@
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 
+using namespace stream;
+
 namespace {
 
 using SteadyClock = std::chrono::steady_clock;

@@ -9,6 +9,8 @@
 #include "hls/playlist/m3u8_playlist.h"
 #include "hls/playlist/m3u8_text.h"
 
+using namespace stream;
+
 namespace {
 
 constexpr std::size_t kMegabyte = 1'000'000;

@@ -15,6 +15,8 @@
 #include "bench/looped_sample.h"
 #include "mp4/mp4_file_handle.h"
 
+using namespace stream;
+
 namespace {
 
 namespace fs = std::filesystem;

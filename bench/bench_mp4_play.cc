@@ -31,6 +31,8 @@
 #include "mp4/mp4_file_handle.h"
 #include "public/stream_player.h"
 
+using namespace stream;
+
 namespace {
 
 namespace fs = std::filesystem;

@@ -14,6 +14,8 @@
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 
+using namespace stream;
+
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;

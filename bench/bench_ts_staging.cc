@@ -21,6 +21,8 @@
 #include "ts/ts_download.h"
 #include "ts/ts_state.h"
 
+using namespace stream;
+
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;

@@ -7,6 +7,8 @@
 #include "bench/demux_totals.h"
 #include "common/frame_queue.h"
 
+namespace stream {
+
 // Pops all frames. No other thread runs, so reading the count needs no lock.
 inline void PopFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& totals) {
   while (queue != nullptr && queue->count != 0) {
@@ -15,5 +17,7 @@ inline void PopFrames(FrameQueue* queue, FrameNodePtr (*pop)(), DemuxTotals& tot
     totals.bytes += static_cast<std::uint64_t>(frame->size);
   }
 }
+
+}  // namespace stream
 
 #endif  // BENCH_POP_FRAMES_H_

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+namespace stream {
 namespace {
 
 bool IsHigh(unsigned char byte) { return (byte & 0x80) != 0; }
@@ -31,3 +32,5 @@ std::string CleanUrl(const std::string& url) {
 bool IsFileUrl(const std::string& url) { return url.starts_with(kFileScheme); }
 
 std::string FileUrlPath(const std::string& url) { return url.substr(sizeof(kFileScheme) - 1); }
+
+}  // namespace stream

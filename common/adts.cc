@@ -2,6 +2,8 @@
 
 #include "common/bit_writer.h"
 
+namespace stream {
+
 AdtsFields FieldsOfAudioSpecificConfig(std::uint16_t config) {
   return {static_cast<std::uint16_t>(config >> 7 & 15U),
           static_cast<std::uint16_t>(config >> 3 & 15U)};
@@ -27,3 +29,5 @@ AdtsHeader MakeAdtsHeader(const AdtsFields& fields, std::uint32_t payload_size) 
   writer.Write(2, 0);  // number_of_raw_data_blocks_in_frame
   return header;
 }
+
+}  // namespace stream

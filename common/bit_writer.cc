@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+namespace stream {
+
 void BitWriter::Write(unsigned count, std::uint16_t value) {
   for (unsigned left = count; left > 0; --left, ++position_) {
     const std::size_t byte = position_ / 8;
@@ -10,3 +12,5 @@ void BitWriter::Write(unsigned count, std::uint16_t value) {
     bytes_[byte] = static_cast<std::uint8_t>(bytes_[byte] | bit << (7 - position_ % 8));
   }
 }
+
+}  // namespace stream

@@ -4,6 +4,7 @@
 #include <limits>
 #include <utility>
 
+namespace stream {
 namespace {
 
 constexpr std::uint32_t kSlack = 4096;  // extra capacity, at the start and at each growth
@@ -140,3 +141,5 @@ bool CByteBuffer::Reallocate(std::uint32_t new_capacity) {
   writePos = unread;
   return true;
 }
+
+}  // namespace stream

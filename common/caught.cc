@@ -8,6 +8,7 @@
 
 #include "common/console.h"
 
+namespace stream {
 namespace {
 
 // Describes the exception being handled. The text is valid as long as that exception.
@@ -30,3 +31,5 @@ void LogCaught(const char* before, const char* after) noexcept {
   std::snprintf(line.data(), line.size(), "%s%.400s%s\n", before, CaughtText(), after);
   ConsoleText(line.data());
 }
+
+}  // namespace stream

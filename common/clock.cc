@@ -5,6 +5,7 @@
 #include "common/never_destroyed.h"
 #include "platform/sleep.h"
 
+namespace stream {
 namespace {
 
 class SystemClock final : public Clock {
@@ -47,3 +48,5 @@ void UseClock(Clock* clock) {
   Clocks& clocks = AllClocks();
   clocks.current.store(clock == nullptr ? &clocks.system : clock, std::memory_order_release);
 }
+
+}  // namespace stream

@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+namespace stream {
+
 bool CopyBuffer::Append(const std::uint8_t* bytes, std::uint32_t n) {
   constexpr auto kMaxLength = static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max());
   if (n == 0) return true;
@@ -29,3 +31,5 @@ bool CopyBuffer::Grow(std::int32_t capacity) {
   capacity_ = capacity;
   return true;
 }
+
+}  // namespace stream

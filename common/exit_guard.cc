@@ -8,6 +8,7 @@
 #include "common/never_destroyed.h"
 #include "platform/at_exit.h"
 
+namespace stream {
 namespace {
 
 struct Users {
@@ -48,3 +49,5 @@ LibcurlUse::~LibcurlUse() {
   --g_users->inside;
   g_users->left.notify_all();
 }
+
+}  // namespace stream

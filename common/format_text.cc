@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <limits>
 
+namespace stream {
+
 std::string FormatText(const char* format, ...) {
   constexpr std::size_t kMaxLength = 1024;
   std::array<char, kMaxLength + 1> text{};
@@ -28,3 +30,5 @@ std::string FixedText(double number) {
                                           std::chars_format::fixed, kPlaces);
   return {text.data(), end};
 }
+
+}  // namespace stream

@@ -3,6 +3,7 @@
 #include "common/clock.h"
 #include "common/console.h"
 
+namespace stream {
 namespace {
 
 using PopFunction = FrameNodePtr (*)();
@@ -27,3 +28,5 @@ void DeliverVideoFrames(const DeliveryLoop& loop) {
 void DeliverAudioFrames(const DeliveryLoop& loop) {
   Deliver(loop, PopAudioFrame, &PlayerPort::AudioFrame);
 }
+
+}  // namespace stream

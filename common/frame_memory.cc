@@ -10,6 +10,7 @@
 #include "platform/mutex.h"
 #include "platform/pages.h"
 
+namespace stream {
 namespace {
 
 constexpr std::size_t kChunkSize = std::size_t{2} << 20;  // a large page of x86-64 and ARM
@@ -168,3 +169,5 @@ PayloadKind KindOfPayload(const std::uint8_t* payload) {
 }
 
 std::size_t HeldPayloadMemory() { return g_memory.held.load(); }
+
+}  // namespace stream

@@ -4,6 +4,8 @@
 #include <cstring>
 #include <new>
 
+namespace stream {
+
 std::mutex g_frameQueueMutex;
 FrameQueue* g_videoQueue = nullptr;
 FrameQueue* g_audioQueue = nullptr;
@@ -145,3 +147,5 @@ void ReleaseFrameQueues() {
 }
 
 RunId FrameQueueRun() { return g_queueRuns.Current(); }
+
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "common/special_file.h"
 #include "common/user_agent.h"
 
+namespace stream {
 namespace {
 
 constexpr long kConnectTimeoutSeconds = 3;
@@ -153,3 +154,5 @@ bool IsHtmlPage(const char* bytes, std::size_t size) {
   constexpr std::size_t kLength = sizeof(kTag) - 1;
   return bytes != nullptr && size >= kLength && std::memcmp(bytes, kTag, kLength) == 0;
 }
+
+}  // namespace stream

@@ -5,6 +5,7 @@
 #include "common/separate_blocks.h"
 #include "platform/pages.h"
 
+namespace stream {
 namespace {
 
 constexpr std::size_t kPage = 4096;
@@ -32,3 +33,5 @@ void DiscardPartOf(const LargeBlock& block, std::size_t begin, std::size_t end) 
   if (begin >= end || !IsMapped(block.get_deleter().size)) return;
   platform::DiscardPages(block.get() + begin, end - begin);
 }
+
+}  // namespace stream

@@ -7,6 +7,7 @@
 
 #include "common/run_id.h"
 
+namespace stream {
 namespace {
 
 constexpr RunId kNever{UINT64_MAX};
@@ -28,3 +29,5 @@ bool IsFirstSinceStart(OncePerStart line) {
   const RunId run = g_starts.runs.Current();
   return g_starts.lines[static_cast<std::size_t>(line)].last_run.exchange(run) != run;
 }
+
+}  // namespace stream

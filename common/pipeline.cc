@@ -7,6 +7,8 @@
 #include "common/frame_queue.h"
 #include "common/start_position.h"
 
+namespace stream {
+
 Pipeline::Pipeline(PipelineTexts texts, const PlayerPort& player, std::atomic<bool>& running,
                    CThreadPool& pool)
     : texts_(std::move(texts)), player_(player), running_(running), pool_(pool) {}
@@ -71,3 +73,5 @@ void ReportOutcome(const PlayerPort& player, const std::string& outcome, const s
   player.Message("PLAY " + outcome + ":" + url);
   player.PlayResult("PLAY:" + outcome + ":" + url);
 }
+
+}  // namespace stream

@@ -4,6 +4,7 @@
 
 #include "stream_player.h"
 
+namespace stream {
 namespace {
 
 void CallOnMessage(CStreamPlayerImp& player, std::string line) {
@@ -17,3 +18,5 @@ void CallOnPlayResult(CStreamPlayerImp& player, std::string line) {
 }  // namespace
 
 const PlayerLines kNativePlayerLines = {CallOnMessage, CallOnPlayResult};
+
+}  // namespace stream

@@ -6,6 +6,7 @@
 #include "common/once_per_start.h"
 #include "stream_player.h"
 
+namespace stream {
 namespace {
 
 constexpr std::uint64_t kTicksPerSecond = 90000;
@@ -75,3 +76,5 @@ void PlayerPort::AudioFrame(const FrameRecord& frame) const {
     player_->OnAudioFrame(MakeMediaFrame(frame));  // NOLINT(clang-analyzer-core.CallAndMessage)
   });
 }
+
+}  // namespace stream

@@ -5,6 +5,7 @@
 #include "common/clock.h"
 #include "common/frame_queue.h"
 
+namespace stream {
 namespace {
 
 bool IsFull(const FrameQueue* queue, const QueueLimit& limit) {
@@ -21,3 +22,5 @@ bool HasSpace(const QueueLimit& limit) {
 void WaitForQueueSpace(const std::atomic<bool>& running, const QueueLimit& limit) {
   while (running.load() && !HasSpace(limit)) SleepFor(std::chrono::milliseconds(1));
 }
+
+}  // namespace stream

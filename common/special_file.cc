@@ -8,6 +8,7 @@
 #include "common/once_per_start.h"
 #include "platform/files.h"
 
+namespace stream {
 namespace {
 
 struct UrlDeleter {
@@ -58,3 +59,5 @@ bool RefuseSpecialFile(const std::string& path, const std::string& url) {
 bool RefuseSpecialFileAddress(const std::string& url) {
   return RefuseSpecialFile(FilePathOf(url), url);
 }
+
+}  // namespace stream

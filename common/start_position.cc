@@ -5,6 +5,8 @@
 #include "common/format_text.h"
 #include "common/player_port.h"
 
+namespace stream {
+
 int PositionMilliseconds(float seconds) {
   const float milliseconds = seconds * 1000.0F;
   constexpr float kLimit = 2147483648.0F;  // 2^31: values must be between -2^31 and 2^31
@@ -26,3 +28,5 @@ std::string StartPositionLine(const char* format, float seconds, std::clock_t el
   return StartPositionLine(format, seconds) +
          " Q:" + FixedText(static_cast<double>(elapsed) / 1000.0) + "s";
 }
+
+}  // namespace stream

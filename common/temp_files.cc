@@ -3,6 +3,8 @@
 #include "common/temp_folder.h"
 #include "platform/code_page.h"
 
+namespace stream {
+
 std::string GetTempDirA() { return TempFolderInUse().narrow; }
 
 std::wstring GetTempDirW() { return TempFolderInUse().wide; }
@@ -22,3 +24,5 @@ platform::File OpenTempFile(const std::string& name, const char* mode) {
 }
 
 std::string AnsiToUtf8(const std::string& text) { return platform::CodePageToUtf8(text); }
+
+}  // namespace stream

@@ -11,6 +11,7 @@
 #include "platform/mutex.h"
 #include "platform/paths.h"
 
+namespace stream {
 namespace {
 
 struct Choice {
@@ -162,3 +163,5 @@ bool FallBackToCacheFolder() {
   if (cache || was_writable) ConsoleLine(LineAbout(beside, cache));
   return cache.has_value();
 }
+
+}  // namespace stream

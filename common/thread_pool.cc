@@ -4,6 +4,8 @@
 
 #include "platform/mutex.h"
 
+namespace stream {
+
 CThreadPool::CThreadPool(std::uint32_t thread_count) : threadCount(thread_count) { Start(); }
 
 CThreadPool::~CThreadPool() { Stop(); }
@@ -57,3 +59,5 @@ CThreadPool::Task CThreadPool::TakeTask() {
   tasks.pop_front();
   return task;
 }
+
+}  // namespace stream

@@ -2,6 +2,7 @@
 
 #include <array>
 
+namespace stream {
 namespace {
 
 struct MarkedAgent {
@@ -35,3 +36,5 @@ bool SetUserAgent(CURL* handle, const std::string& url) {
   curl_easy_setopt(handle, CURLOPT_USERAGENT, agent);
   return true;
 }
+
+}  // namespace stream

@@ -3,6 +3,7 @@
 #include "common/http_transfer.h"
 #include "flv/flv_stream.h"
 
+namespace stream {
 namespace {
 
 std::size_t OnFlvBytes(char* data, std::size_t size, std::size_t count, void* transfer) {
@@ -23,3 +24,5 @@ void DownloadFlv(const std::string& url, RunId run) {
   FlvTransfer transfer(run);
   Download({url, GuardedCallback<OnFlvBytes>, &transfer, g_flvRunning}, 0);
 }
+
+}  // namespace stream

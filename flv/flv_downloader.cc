@@ -8,6 +8,8 @@
 #include "flv/flv_play.h"
 #include "flv/flv_stream.h"
 
+using namespace stream;
+
 CFlvDownloader::CFlvDownloader(CStreamPlayerImp* player)
     : player_(player),
       pool_(CThreadPool::kPipelineWorkers),

@@ -14,6 +14,7 @@
 #include "flv/flv_tag_parser.h"
 #include "platform/files.h"
 
+namespace stream {
 namespace {
 
 // Reads a local file a second time, in parallel with the download, until 10 MiB are unread.
@@ -64,3 +65,5 @@ void PlayFlv(const FlvPlay& play) {
     ConsoleLine("ReadHead Err");
   }
 }
+
+}  // namespace stream

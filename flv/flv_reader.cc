@@ -2,6 +2,8 @@
 
 #include <array>
 
+namespace stream {
+
 template <unsigned kBytes>
 bool FlvReader::ReadNumber(std::uint32_t& value) {
   std::array<std::uint8_t, kBytes> bytes;
@@ -40,3 +42,5 @@ bool FlvReader::Skip(std::int32_t count) {
   position_ += static_cast<std::uint32_t>(count);
   return count <= 0 || source_.Skip(static_cast<std::uint32_t>(count));
 }
+
+}  // namespace stream

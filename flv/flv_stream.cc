@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace stream {
+
 std::atomic<bool> g_flvRunning{false};
 NeverDestroyed<FlvStream> g_flvStream;
 
@@ -136,3 +138,5 @@ std::uint64_t FlvStream::DroppedSize() const {
   const std::lock_guard lock(mutex_);
   return dropped_;
 }
+
+}  // namespace stream

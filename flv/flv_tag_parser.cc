@@ -9,6 +9,7 @@
 #include "common/console.h"
 #include "common/format_text.h"
 
+namespace stream {
 namespace {
 
 constexpr std::uint8_t kAudioTag = 8;
@@ -183,3 +184,5 @@ bool FlvTagParser::EmitAudio(const TagHeader& tag) {
   const AdtsHeader header = MakeAdtsHeader(FieldsOfAudioSpecificConfig(audio_config_.load()), size);
   return EmitFrame(reader_, header, size, tag.timestamp, g_audioQueue);
 }
+
+}  // namespace stream

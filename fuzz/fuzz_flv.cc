@@ -16,6 +16,7 @@
 #include "flv/flv_tag_parser.h"
 #include "tests/support/flv_memory_source.h"
 
+namespace stream {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -153,3 +154,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CheckStream(tags);
   return 0;
 }
+
+}  // namespace stream

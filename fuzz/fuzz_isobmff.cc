@@ -15,6 +15,7 @@
 #include "tests/support/mp4_exercise.h"
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 constexpr MP4SampleId kMostSamples = 300;
@@ -102,3 +103,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   QueryAgain(memory.Path(), all);
   return 0;
 }
+
+}  // namespace stream

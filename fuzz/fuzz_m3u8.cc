@@ -13,6 +13,7 @@
 #include "hls/playlist/m3u8_playlist.h"
 #include "hls/playlist/m3u8_text.h"
 
+namespace stream {
 namespace {
 
 // Ends the process, which libFuzzer reports as a crash.
@@ -116,3 +117,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   CompareNumbers(text);
   return 0;
 }
+
+}  // namespace stream

@@ -15,6 +15,7 @@
 #include "ts/ts_frame_sink.h"
 #include "ts/ts_packet.h"
 
+namespace stream {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -158,3 +159,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (size >= kTsPacketSize && size % kTsPacketSize == kLongRunTail) UntilAssemblersAreFull(stream);
   return 0;
 }
+
+}  // namespace stream

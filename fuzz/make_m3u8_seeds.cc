@@ -6,6 +6,8 @@
 
 #include "tests/support/m3u8_playlists.h"
 
+using namespace stream;
+
 int main(int argc, char** argv) {
   if (argc != 2) {
     std::fprintf(stderr, "usage: make_m3u8_seeds FOLDER\n");

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 
+namespace stream {
 namespace {
 
 // `is_video` is the isVideo value of the frames.
@@ -30,3 +31,5 @@ FrameFilters HlsFrameFilters(HlsPipeline& pipeline) {
   return {FilterOf(pipeline, 1, pipeline.stream.g_videoSkip),
           FilterOf(pipeline, 0, pipeline.stream.g_audioSkip)};
 }
+
+}  // namespace stream

@@ -6,6 +6,8 @@
 #include "hls/hls_pipeline.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
+
 NeverDestroyed<HlsStream> g_hlsStream;
 
 // Defined here, not in the class: then `HlsStream()` does not zero the buffers first.
@@ -74,3 +76,5 @@ void HlsStream::WakeTasks() {
   { const std::lock_guard lock(g_segmentQueueMutex); }
   g_segmentQueueCond.notify_all();
 }
+
+}  // namespace stream

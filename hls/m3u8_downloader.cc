@@ -11,6 +11,10 @@
 #include "hls/segment_parse.h"
 #include "platform/local_time.h"
 
+using namespace stream;
+
+namespace stream {
+
 std::string DateText(const std::tm& local) {
   return FormatText(
       "%d\xC4\xEA"
@@ -19,6 +23,8 @@ std::string DateText(const std::tm& local) {
       local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour, local.tm_min,
       local.tm_sec);
 }
+
+}  // namespace stream
 
 CM3u8Downloader::CM3u8Downloader(CStreamPlayerImp* player)
     : hls_{.player = PlayerPort(player),

@@ -5,6 +5,7 @@
 
 #include "common/user_agent.h"
 
+namespace stream {
 namespace {
 
 std::size_t Append(std::string& text, HlsStream& stream, const char* data, std::size_t length) {
@@ -65,3 +66,5 @@ bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
                           pipeline.silence_limit};
   return Perform(pipeline.variantHandle.get(), transfer, true);
 }
+
+}  // namespace stream

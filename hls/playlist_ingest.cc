@@ -12,6 +12,7 @@
 #include "common/format_text.h"
 #include "hls/playlist_fetch.h"
 
+namespace stream {
 namespace {
 
 bool ListsSegments(const M3u8Table& entries) {
@@ -165,3 +166,5 @@ void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
   }
   pipeline.stream.Queue(std::move(all), true);
 }
+
+}  // namespace stream

@@ -13,6 +13,7 @@
 #include "hls/playlist_fetch.h"
 #include "hls/playlist_ingest.h"
 
+namespace stream {
 namespace {
 
 // Words that are searched for anywhere in the playlist's text. Kept for compatibility.
@@ -105,3 +106,5 @@ void PauseBetweenRefreshes(const HlsPipeline& pipeline) {
   CurrentClock().WaitFor(stream.g_segmentQueueCond, lock, kInterval,
                          [&pipeline] { return !pipeline.running.load(); });
 }
+
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "common/user_agent.h"
 #include "ts/ts_packet.h"
 
+namespace stream {
 namespace {
 
 // Drops the leftover bytes to free space for the current segment. Requires download_mutex.
@@ -142,3 +143,5 @@ void DownloadPartsThread(HlsPipeline& pipeline) {
   }
   ConsoleLine("m3u8 DownloadParts thread stop.");
 }
+
+}  // namespace stream

@@ -4,6 +4,7 @@
 
 #include "common/console.h"
 
+namespace stream {
 namespace {
 
 // The segment thread remembers at least this many segments.
@@ -163,3 +164,5 @@ SegmentLedger::Sizes SegmentLedger::CurrentSizes() {
   return {g_segmentStates.size(), replaced_.size(), classifiers_.Size(),
           classifiers_.SizeOfNewest()};
 }
+
+}  // namespace stream

@@ -14,6 +14,7 @@
 #include "ts/ts_packet.h"
 #include "ts/ts_stream_type.h"
 
+namespace stream {
 namespace {
 
 constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
@@ -99,3 +100,5 @@ void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
   ConsoleLine(kStopLine);
   pipeline.player.Message(kStopLine);
 }
+
+}  // namespace stream

@@ -2,6 +2,8 @@
 
 #include <utility>
 
+namespace stream {
+
 bool SequenceMemory::Contains(const NumberedSegment& pair) const {
   const auto found = by_number_.find(pair.number);
   return found != by_number_.end() && found->second->key->first == pair.key;
@@ -56,3 +58,5 @@ void SequenceMemory::Trim(std::size_t limit) {
   }
   released_.clear();
 }
+
+}  // namespace stream

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+namespace stream {
 namespace {
 
 // A cache node may lag behind by this many segments. Numbers that were wrong are trusted again
@@ -173,3 +174,5 @@ void WindowClassifiers::ForgetOthers() {
 std::size_t WindowClassifiers::SizeOfNewest() const {
   return classifiers_.empty() ? 0 : classifiers_.front().second.Size();
 }
+
+}  // namespace stream

@@ -5,7 +5,7 @@
 
 #include "isobmff/big_endian.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 constexpr std::size_t kLargeHeaderSize = 16;
@@ -101,4 +101,4 @@ std::span<const std::uint8_t> FindBox(std::span<const std::uint8_t> boxes, std::
   return {};
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

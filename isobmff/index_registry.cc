@@ -5,7 +5,7 @@
 
 #include "platform/mutex.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 using Index = std::shared_ptr<const MovieIndex>;
@@ -47,4 +47,4 @@ std::shared_ptr<const MovieIndex> IndexOf(const File& file) {
   return index;
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

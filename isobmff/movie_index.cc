@@ -5,7 +5,7 @@
 
 #include "isobmff/track_parser.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 constexpr std::uint64_t kHeadSize = 4096;
@@ -98,4 +98,4 @@ bool MovieIndex::Remember(const File& file, const Box& movie) {
          Load(file, location_.end - tail, tail, tail_);
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

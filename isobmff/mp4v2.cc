@@ -9,6 +9,8 @@
 
 #include "isobmff/open_movie.h"
 
+using namespace stream;
+
 namespace {
 
 using isobmff::Bytes;

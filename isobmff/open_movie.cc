@@ -7,7 +7,7 @@
 
 #include "isobmff/index_registry.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 // A larger size is taken for damage: reading such a sample would delay a stop. The largest video
@@ -97,4 +97,4 @@ bool OpenMovie::MayBeRead(const SampleLocation& location) const {
   return holds(file_.OpenedSize()) || holds(file_.Size());
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

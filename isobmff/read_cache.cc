@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-namespace isobmff {
+namespace stream::isobmff {
 
 bool ReadCache::Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to) {
   if (to.empty()) return true;
@@ -37,4 +37,4 @@ const ReadCache::Window* ReadCache::Load(const File& file, std::uint64_t offset,
   return window.Contains(offset, wanted) ? &window : nullptr;
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

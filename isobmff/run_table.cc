@@ -5,7 +5,7 @@
 
 #include "isobmff/big_endian.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 constexpr std::size_t kSampleEntrySize = 8;  // count, value
@@ -101,4 +101,4 @@ std::unique_ptr<const RunTable> LoadChunkRuns(const File& file, const TableBox& 
   return std::make_unique<RunTable>(RunEntries(*std::move(bytes), table.count, chunks));
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

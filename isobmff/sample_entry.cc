@@ -3,7 +3,7 @@
 #include "isobmff/big_endian.h"
 #include "isobmff/box.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 using View = std::span<const std::uint8_t>;
@@ -183,4 +183,4 @@ std::uint8_t AudioObjectType(View config) {
   return static_cast<std::uint8_t>(32 + ((config[0] & 7U) << 3 | config[1] >> 5));
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

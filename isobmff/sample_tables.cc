@@ -5,7 +5,7 @@
 
 #include "isobmff/big_endian.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 std::unique_ptr<const TableBytes> LoadBytes(const File& file, const TableBox& box) {
@@ -182,4 +182,4 @@ bool SampleTables::ChunkOffset(const File& file, std::uint32_t chunk, std::uint6
   return true;
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

@@ -4,7 +4,7 @@
 
 #include "isobmff/big_endian.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 constexpr std::size_t kCountAt = 4;        // after version and flags
@@ -63,4 +63,4 @@ std::optional<TableBytes> TableBytes::Load(const File& file, const TableBox& tab
   return TableBytes(std::move(bytes));
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

@@ -5,7 +5,7 @@
 
 #include "isobmff/big_endian.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 constexpr std::size_t kAfterVersion = 4;  // where the content of a full box begins
@@ -209,4 +209,4 @@ TrackState ReadTrack(HeaderReader& reader, const UnreceivedTail& tail, const Byt
   return TrackReader(reader, tail).Read(body, facts);
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

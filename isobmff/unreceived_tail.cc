@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-namespace isobmff {
+namespace stream::isobmff {
 namespace {
 
 // Returns whether the file has data other than zeros right after the index.
@@ -29,4 +29,4 @@ std::uint64_t TrailingZeros(HeaderReader& reader, const ByteRange& index) {
 UnreceivedTail::UnreceivedTail(HeaderReader& reader, const ByteRange& index)
     : begin_(IsFollowed(reader, index) ? index.end : TrailingZeros(reader, index)) {}
 
-}  // namespace isobmff
+}  // namespace stream::isobmff

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+namespace stream {
 namespace {
 
 // Reads numbers bit by bit, most significant bit first. Bits after the end read as zeros; Good() is
@@ -52,3 +53,5 @@ std::optional<AudioSpecificConfig> ParseAudioSpecificConfig(std::span<const std:
   if (!bits.Good()) return std::nullopt;
   return config;
 }
+
+}  // namespace stream

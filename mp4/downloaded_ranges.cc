@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+namespace stream {
+
 void DownloadedRanges::Add(std::uint64_t start, std::uint64_t end) {
   const auto first = ranges_.begin();
   if (first != ranges_.end() && first->first <= start && start <= first->second) {
@@ -41,3 +43,5 @@ std::uint64_t DownloadedRanges::EndOfRangeAt(std::uint64_t offset) const {
   }
   return offset;
 }
+
+}  // namespace stream

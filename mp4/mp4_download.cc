@@ -13,6 +13,7 @@
 #include "mp4/mp4_state.h"
 #include "platform/files.h"
 
+namespace stream {
 namespace {
 
 // What the write callback gets.
@@ -139,3 +140,5 @@ void DownloadMp4(const std::string& url, RunId run) {
   ConsoleLine("mp4 Download thread stop.");
   while (g_mp4Running.load() && transfer.HasPending()) transfer.OnBytes(nullptr, 0);
 }
+
+}  // namespace stream

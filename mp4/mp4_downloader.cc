@@ -9,6 +9,8 @@
 #include "mp4/mp4_play.h"
 #include "mp4/mp4_state.h"
 
+using namespace stream;
+
 CMp4Downloader::CMp4Downloader(CStreamPlayerImp* player)
     : player_(player),
       reader_(player_),

@@ -5,6 +5,7 @@
 #include "common/temp_files.h"
 #include "platform/files.h"
 
+namespace stream {
 #ifdef STREAM_MP4_READER_LOGS
 namespace {
 
@@ -35,3 +36,5 @@ std::int64_t Mp4OffsetMilliseconds(std::uint64_t offset, std::uint32_t time_scal
   const std::int64_t value = static_cast<std::int32_t>(static_cast<std::uint32_t>(offset));
   return value * kMillisecondsPerSecond / time_scale;
 }
+
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "common/never_destroyed.h"
 #include "platform/mutex.h"
 
+namespace stream {
 namespace {
 
 constexpr std::uint64_t kNowhere = UINT64_MAX;
@@ -170,3 +171,5 @@ void ForgetSampleFileOffsets(MP4FileHandle file) {
   const MutexLock lock(files.mutex);
   std::erase_if(files.tracks, [file](const auto& entry) { return entry.first.first == file; });
 }
+
+}  // namespace stream

@@ -9,6 +9,7 @@
 #include "mp4/mp4_sample.h"
 #include "mp4/mp4_state.h"
 
+namespace stream {
 namespace {
 
 // What the next pass reads; nullopt if another address was started.
@@ -50,3 +51,5 @@ void PlayMp4(const Mp4Play& play) {
   if (!ReadPasses(play)) return;
   ReportOutcome(play.player, Mp4VideoHasBegun() ? "MP4 OK" : "MP4 NO", play.url);
 }
+
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "common/queue_limit.h"
 #include "mp4/mp4_state.h"
 
+namespace stream {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -115,3 +116,5 @@ void EmitMp4Audio(const Mp4Sample& sample, const AdtsFields& fields) {
   const AdtsHeader header = MakeAdtsHeader(fields, sample.size);
   EmitFrame(sample, Kind::kAudio, {header, Bytes(sample.bytes.get(), sample.size)});
 }
+
+}  // namespace stream

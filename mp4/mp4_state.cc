@@ -3,6 +3,8 @@
 #include "common/temp_files.h"
 #include "common/temp_folder.h"
 
+namespace stream {
+
 std::atomic<bool> g_mp4Running{false};
 
 NeverDestroyed<Mp4File> g_mp4File;
@@ -18,3 +20,5 @@ RunId BeginMp4Run(const std::string& file_name) {
   file.write_offset = 0;
   return file.runs.Next();
 }
+
+}  // namespace stream

@@ -7,6 +7,7 @@
 #include "common/scope_exit.h"
 #include "mp4/mp4_state.h"
 
+namespace stream {
 namespace {
 
 float Seconds(std::uint64_t milliseconds) {
@@ -272,3 +273,5 @@ std::uint64_t Mp4TrackReader::SeekTrack(MP4FileHandle file, Track& track, float 
   track.next = location.id;
   return location.offset;
 }
+
+}  // namespace stream

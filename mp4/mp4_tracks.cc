@@ -10,6 +10,7 @@
 #include "mp4/audio_specific_config.h"
 #include "mp4/mp4_file_handle.h"
 
+namespace stream {
 namespace {
 
 bool EqualIgnoringCase(std::string_view a, std::string_view b) {
@@ -155,3 +156,5 @@ void SetSamplingFrequencyIndex(AdtsFields& fields, std::uint32_t rate) {
     if (rate == known_rate) fields.sampling_frequency_index = index;
   }
 }
+
+}  // namespace stream

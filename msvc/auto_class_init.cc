@@ -4,4 +4,8 @@
 #include <cstddef>
 #include <cstring>
 
+namespace stream {
+
 extern "C" void MsvcAutoClassInit(void* facade, std::size_t size) { std::memset(facade, 0, size); }
+
+}  // namespace stream

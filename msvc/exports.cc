@@ -12,6 +12,7 @@
 #include "msvc/players.h"
 #include "stream_downloader.h"
 
+namespace stream {
 namespace {
 
 // The player is the first field of a facade: a binary contract.
@@ -85,3 +86,5 @@ bool MsvcSetStartPostion(CStreamDownloader* facade, float seconds) {
 }
 
 }  // extern "C"
+
+}  // namespace stream

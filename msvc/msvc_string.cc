@@ -6,7 +6,7 @@
 
 #include "platform/process_heap.h"
 
-namespace msvc {
+namespace stream::msvc {
 namespace {
 
 constexpr std::size_t kCapacityStep = 16;       // each capacity is a multiple of this, minus one
@@ -61,4 +61,4 @@ void Destroy(String& string) {
   if (HasBlock(string)) ReleaseBlock(string.content.block, string.capacity + 1);
 }
 
-}  // namespace msvc
+}  // namespace stream::msvc

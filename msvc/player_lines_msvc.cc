@@ -7,6 +7,7 @@
 #include "msvc/msvc_string.h"
 #include "msvc/players.h"
 
+namespace stream {
 namespace {
 
 // Slots in the player's virtual table: a binary contract.
@@ -46,3 +47,5 @@ const PlayerLines& PlayerLinesFor(const CStreamPlayerImp* player) {
 }
 
 void RecordNativePlayer(const CStreamPlayerImp* player) { msvc::RemovePlayerAt(player); }
+
+}  // namespace stream

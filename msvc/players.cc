@@ -6,7 +6,7 @@
 #include "common/never_destroyed.h"
 #include "platform/mutex.h"
 
-namespace msvc {
+namespace stream::msvc {
 namespace {
 
 using PlayerOfFacade = std::map<const CStreamDownloader*, const CStreamPlayerImp*>;
@@ -64,4 +64,4 @@ bool IsPlayer(const CStreamPlayerImp* player) {
   return Contains(players.of_facade, player);
 }
 
-}  // namespace msvc
+}  // namespace stream::msvc

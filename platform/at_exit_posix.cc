@@ -2,8 +2,8 @@
 
 #include "platform/at_exit.h"
 
-namespace platform {
+namespace stream::platform {
 
 bool CallAtExit(void (*function)()) { return std::atexit(function) == 0; }
 
-}  // namespace platform
+}  // namespace stream::platform

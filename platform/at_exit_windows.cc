@@ -1,7 +1,7 @@
 #include "platform/at_exit.h"
 
-namespace platform {
+namespace stream::platform {
 
 bool CallAtExit(void (* /*function*/)()) { return false; }
 
-}  // namespace platform
+}  // namespace stream::platform

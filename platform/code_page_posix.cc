@@ -2,8 +2,8 @@
 
 #include "platform/code_page.h"
 
-namespace platform {
+namespace stream::platform {
 
 std::string CodePageToUtf8(const std::string& text) { return text; }
 
-}  // namespace platform
+}  // namespace stream::platform

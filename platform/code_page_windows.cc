@@ -7,7 +7,7 @@
 
 #include "platform/code_page.h"
 
-namespace platform {
+namespace stream::platform {
 
 std::wstring CodePageToWide(const std::string& text) {
   const int size = MultiByteToWideChar(CP_ACP, 0, text.c_str(), -1, nullptr, 0);
@@ -29,4 +29,4 @@ std::string CodePageToUtf8(const std::string& text) {
   return utf8;
 }
 
-}  // namespace platform
+}  // namespace stream::platform

@@ -4,11 +4,11 @@
 
 #include <string>
 
-namespace platform {
+namespace stream::platform {
 
 // Converts 8-bit text from the system code page to UTF-16.
 std::wstring CodePageToWide(const std::string& text);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_CODE_PAGE_WINDOWS_H_

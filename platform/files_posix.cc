@@ -7,7 +7,7 @@
 
 #include "platform/files.h"
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 // Converts a wide path to bytes, one to one (see paths.h).
@@ -37,4 +37,4 @@ bool MakePrivateDirectory(const std::wstring& path) {
 
 void RemoveEmptyDirectory(const std::wstring& path) { rmdir(Narrow(path).c_str()); }
 
-}  // namespace platform
+}  // namespace stream::platform

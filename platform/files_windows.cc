@@ -8,7 +8,7 @@
 #include "code_page_windows.h"
 #include "platform/files.h"
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 // Returns the absolute path. For a device ("NUL", "CON") this is "\\.\" and its name.
@@ -57,4 +57,4 @@ bool MakePrivateDirectory(const std::wstring& path) { return MakeDirectory(path)
 
 void RemoveEmptyDirectory(const std::wstring& path) { RemoveDirectoryW(path.c_str()); }
 
-}  // namespace platform
+}  // namespace stream::platform

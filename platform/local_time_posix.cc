@@ -1,6 +1,6 @@
 #include "platform/local_time.h"
 
-namespace platform {
+namespace stream::platform {
 
 std::tm LocalTime(std::time_t time) {
   std::tm local{};
@@ -8,4 +8,4 @@ std::tm LocalTime(std::time_t time) {
   return local;
 }
 
-}  // namespace platform
+}  // namespace stream::platform

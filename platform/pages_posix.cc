@@ -6,7 +6,7 @@
 #include "platform/pages.h"
 #include "round_up.h"
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 std::size_t PageSize() {
@@ -72,4 +72,4 @@ void DiscardPages(void* memory, std::size_t size) {
   if (pages.length != 0) madvise(pages.begin, pages.length, MADV_DONTNEED);
 }
 
-}  // namespace platform
+}  // namespace stream::platform

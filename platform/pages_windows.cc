@@ -5,7 +5,7 @@
 #include "platform/pages.h"
 #include "round_up.h"
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 constexpr std::size_t kPageSize = 4096;  // of every 64-bit Windows
@@ -57,4 +57,4 @@ void DiscardPages(void* memory, std::size_t size) {
   VirtualUnlock(begin, length);
 }
 
-}  // namespace platform
+}  // namespace stream::platform

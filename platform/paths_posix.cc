@@ -7,7 +7,7 @@
 
 #include "platform/paths.h"
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 // Converts bytes to characters, one to one (see paths.h).
@@ -41,4 +41,4 @@ std::string UserCacheDirectory() {
 
 std::wstring UserCacheDirectoryWide() { return Widen(UserCacheDirectory()); }
 
-}  // namespace platform
+}  // namespace stream::platform

@@ -5,7 +5,7 @@
 
 #include "platform/paths.h"
 
-namespace platform {
+namespace stream::platform {
 
 std::string ModuleFileName() {
   std::array<char, kModuleNameSize> name{};
@@ -37,4 +37,4 @@ std::wstring UserCacheDirectoryWide() {
   return std::wstring(path.data()) + L'\\';
 }
 
-}  // namespace platform
+}  // namespace stream::platform

@@ -2,10 +2,10 @@
 
 #include "platform/process_heap.h"
 
-namespace platform {
+namespace stream::platform {
 
 void* AllocateFromProcessHeap(std::size_t size) { return HeapAlloc(GetProcessHeap(), 0, size); }
 
 void ReleaseToProcessHeap(void* block) { HeapFree(GetProcessHeap(), 0, block); }
 
-}  // namespace platform
+}  // namespace stream::platform

@@ -8,7 +8,7 @@
 
 #include "platform/random_access_file.h"
 
-namespace platform {
+namespace stream::platform {
 
 std::optional<RandomAccessFile> RandomAccessFile::Open(const char* path) {
   // O_NONBLOCK: otherwise opening a pipe would block until somebody writes to it.
@@ -50,4 +50,4 @@ std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, std::uint8_t* to,
   return done;
 }
 
-}  // namespace platform
+}  // namespace stream::platform

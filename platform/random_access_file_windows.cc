@@ -5,7 +5,7 @@
 
 #include "platform/random_access_file.h"
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 HANDLE HandleOf(std::intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
@@ -68,4 +68,4 @@ std::size_t RandomAccessFile::ReadAt(std::uint64_t offset, std::uint8_t* to,
   return done;
 }
 
-}  // namespace platform
+}  // namespace stream::platform

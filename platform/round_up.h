@@ -4,13 +4,13 @@
 
 #include <cstddef>
 
-namespace platform {
+namespace stream::platform {
 
 // Returns the smallest multiple that is not below the value.
 inline std::size_t RoundUp(std::size_t value, std::size_t multiple) {
   return (value + multiple - 1) / multiple * multiple;
 }
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_ROUND_UP_H_

@@ -3,7 +3,7 @@
 
 #include "platform/sleep.h"
 
-namespace platform {
+namespace stream::platform {
 
 void SleepMilliseconds(unsigned milliseconds) {
   timespec left{};
@@ -13,4 +13,4 @@ void SleepMilliseconds(unsigned milliseconds) {
   }
 }
 
-}  // namespace platform
+}  // namespace stream::platform

@@ -12,7 +12,7 @@
 #define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
 #endif
 
-namespace platform {
+namespace stream::platform {
 namespace {
 
 // A timer that is exact to about half a millisecond, even where Sleep(1) lasts 15 milliseconds.
@@ -70,4 +70,4 @@ void SleepMilliseconds(unsigned milliseconds) {
   if (timer == nullptr || !timer->Wait(milliseconds)) Sleep(milliseconds);
 }
 
-}  // namespace platform
+}  // namespace stream::platform

@@ -16,6 +16,8 @@
 #include "mp4/mp4_downloader.h"
 #include "ts/ts_downloader.h"
 
+using namespace stream;
+
 static_assert(sizeof(CStreamDownloader) == 6 * sizeof(void*), "six pointers, a binary contract");
 
 namespace {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstring>
 
+namespace stream {
+
 bool PacketCutter::Append(const char* bytes, std::size_t size, CByteBuffer& packets) {
   const std::size_t skipped = std::min(size, skip_);
   skip_ -= skipped;
@@ -27,3 +29,5 @@ std::size_t PacketCutter::Complete(const char* bytes, std::size_t size) {
   partial_size_ += taken;
   return taken;
 }
+
+}  // namespace stream

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+namespace stream {
 namespace {
 
 // The payload size of a packet without an adaptation field. Nearly all packets have none, and
@@ -46,3 +47,5 @@ std::uint64_t get_pes_timestamp(const std::array<std::uint8_t, 5>& field) {
   const std::uint32_t low = std::uint32_t{field[3]} << 7 | std::uint32_t{field[4]} >> 1;
   return std::uint64_t{high} << 30 | std::uint64_t{middle} << 15 | low;
 }
+
+}  // namespace stream

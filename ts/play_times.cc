@@ -1,5 +1,6 @@
 #include "ts/play_times.h"
 
+namespace stream {
 namespace {
 
 // Counts ticks modulo 2^64: a sum that rounds up to 2^64 becomes 0.
@@ -44,3 +45,5 @@ void PlayTimeInterpolator::Assign(const FrameQueue& queue, float step) const {
     node = node->next;
   }
 }
+
+}  // namespace stream

@@ -7,6 +7,7 @@
 #include "ts/ts_packet.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 // The array of a small batch is reused as it is. One that has grown beyond this returns its memory
@@ -43,3 +44,5 @@ bool TsBatchFeeder::FetchBatch() {
   const std::uint32_t incomplete = batch_.Size() % kBatchUnit;
   return g_tsStreamBuffer->Append(batch_.WritePtr() - incomplete, incomplete) == kBufferOk;
 }
+
+}  // namespace stream

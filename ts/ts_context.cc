@@ -7,6 +7,7 @@
 #include "ts/ts_packet.h"
 #include "ts/ts_stream_type.h"
 
+namespace stream {
 namespace {
 
 constexpr auto kPacketLength = static_cast<std::int32_t>(kTsPacketSize);
@@ -104,3 +105,5 @@ void get_pmt_info(const std::uint8_t* packet, std::int32_t length, ts_context& c
     UpdateStreams(packet, pid, context);
   }
 }
+
+}  // namespace stream

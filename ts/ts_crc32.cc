@@ -1,5 +1,7 @@
 #include "ts/ts_crc32.h"
 
+namespace stream {
+
 std::uint32_t ts_crc32(const std::uint8_t* bytes, std::uint16_t length) {
   constexpr std::uint32_t kPolynomial = 0x04C11DB7;
   constexpr std::uint32_t kTopBit = 0x80000000;
@@ -10,3 +12,5 @@ std::uint32_t ts_crc32(const std::uint8_t* bytes, std::uint16_t length) {
   }
   return crc;
 }
+
+}  // namespace stream

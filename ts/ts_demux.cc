@@ -4,6 +4,7 @@
 
 #include "common/never_destroyed.h"
 
+namespace stream {
 namespace {
 
 NeverDestroyed<TsQueueDemuxer> g_demuxer;
@@ -28,3 +29,5 @@ std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets,
   }
   return 0;
 }
+
+}  // namespace stream

@@ -5,6 +5,7 @@
 
 #include "ts/ts_demux.h"
 
+namespace stream {
 namespace {
 
 // Returns the timestamp field at `offset`. Kept for compatibility: the flags in the PES header are
@@ -138,3 +139,5 @@ void TsDemuxer::EmitFrame(const ElementaryStream& stream) {
   sink_.OnFrame(
       {stream.is_video, pes.pts, pes.dts, {pes.buffer.data(), pes.length}, pes.intact == 1});
 }
+
+}  // namespace stream

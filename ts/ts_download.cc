@@ -12,6 +12,7 @@
 #include "platform/files.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 // Returns the bytes up to the first zero as text.
@@ -118,3 +119,5 @@ void DownloadTs(const std::string& url, const PlayerPort& player) {
     FetchUrl(url, transfer);
   }
 }
+
+}  // namespace stream

@@ -11,6 +11,8 @@
 #include "ts/ts_parse.h"
 #include "ts/ts_state.h"
 
+using namespace stream;
+
 namespace {
 
 void ResetStreamBuffer() {

@@ -7,6 +7,7 @@
 #include "ts/ts_batch_feeder.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 void ReportDuration(TsDurationReport& report, const PlayerPort& player) {
@@ -50,3 +51,5 @@ void ParseTs(const PlayerPort& player) {
     }
   }
 }
+
+}  // namespace stream

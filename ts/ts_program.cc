@@ -7,6 +7,7 @@
 #include "ts/ts_crc32.h"
 #include "ts/ts_stream_type.h"
 
+namespace stream {
 namespace {
 
 constexpr unsigned kCrcSize = 4;
@@ -156,3 +157,5 @@ std::int32_t parse_pmt(const std::uint8_t* bytes, ts_program_info* program) {
   }
   return StoreStreams(packet, es_start, es_length, *program) ? 0 : -1;
 }
+
+}  // namespace stream

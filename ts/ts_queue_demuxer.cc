@@ -3,6 +3,8 @@
 #include "common/frame_queue.h"
 #include "ts/ts_stream_type.h"
 
+namespace stream {
+
 void TsQueueDemuxer::Feed(const std::uint8_t* data, std::int32_t length) {
   FollowQueueResets();
   demuxer_.Feed(data, length);
@@ -47,3 +49,5 @@ void TsQueueDemuxer::FollowQueueResets() {
   video_play_times_ = PlayTimeInterpolator();
   audio_play_times_ = PlayTimeInterpolator();
 }
+
+}  // namespace stream

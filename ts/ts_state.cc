@@ -1,5 +1,7 @@
 #include "ts/ts_state.h"
 
+namespace stream {
+
 std::atomic<bool> g_tsRunning{false};
 std::atomic<std::uint64_t> g_tsDownloaded{0};
 
@@ -15,3 +17,5 @@ std::string TsUrl() {
   const std::lock_guard lock(g_tsStreamLock);
   return *g_tsUrl;
 }
+
+}  // namespace stream

@@ -1,5 +1,7 @@
 #include "ts/ts_stream_type.h"
 
+namespace stream {
+
 std::atomic<std::uint8_t> ts_last_stream_type{0};
 
 bool IsVideoStreamType(std::uint8_t type) {
@@ -18,3 +20,5 @@ bool IsPlayableVideo(std::uint8_t type) {
 bool IsKnownButNotPlayable(std::uint8_t type) {
   return type == kStreamTypeMpeg4Visual || type == kStreamTypeAvs;
 }
+
+}  // namespace stream

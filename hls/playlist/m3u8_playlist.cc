@@ -6,6 +6,7 @@
 
 #include "hls/playlist/m3u8_text.h"
 
+namespace stream {
 namespace {
 
 bool IsAbsolute(std::string_view line) {
@@ -198,3 +199,5 @@ std::string ResolveM3u8Uri(std::string_view playlist_url, std::string_view line)
   uri.append(front).append(line);
   return uri;
 }
+
+}  // namespace stream

@@ -6,6 +6,7 @@
 #include <limits>
 #include <system_error>
 
+namespace stream {
 namespace {
 
 std::string_view WithoutLeadingBlanks(std::string_view text) {
@@ -144,3 +145,5 @@ M3u8Attributes ParseAttributeList(std::string_view text, std::string_view listSe
   ForEachAttribute(text, listSeparator, keyValueSeparator, add);
   return attributes;
 }
+
+}  // namespace stream

@@ -13,6 +13,8 @@
 #include "tests/c_interface/local_streams.h"
 #include "tests/c_interface/recorded_downloader.h"
 
+namespace stream {
+
 namespace c_interface_test {
 namespace {
 
@@ -143,3 +145,5 @@ TEST(CInterfaceCallbacksTest, EachOfTwoDownloadersHasItsOwnUserPointer) {
 
 }  // namespace
 }  // namespace c_interface_test
+
+}  // namespace stream

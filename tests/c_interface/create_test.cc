@@ -7,6 +7,8 @@
 
 #include "tests/c_interface/recorded_downloader.h"
 
+namespace stream {
+
 namespace c_interface_test {
 namespace {
 
@@ -80,3 +82,5 @@ TEST(CInterfaceDestroyTest, RunningStreamIsStopped) {
 
 }  // namespace
 }  // namespace c_interface_test
+
+}  // namespace stream

@@ -12,6 +12,8 @@
 #include "tests/c_interface/recorded_downloader.h"
 #include "tests/support/held_video_call.h"
 
+namespace stream {
+
 namespace c_interface_test {
 namespace {
 
@@ -155,3 +157,5 @@ TEST_F(CInterfacePositionTest, FramesBeforeThePositionAreDropped) {
 
 }  // namespace
 }  // namespace c_interface_test
+
+}  // namespace stream

@@ -12,6 +12,8 @@
 #include "tests/support/held_video_call.h"
 #include "tests/support/test_limit.h"
 
+namespace stream {
+
 namespace c_interface_test {
 namespace {
 
@@ -131,3 +133,5 @@ TEST_F(CInterfaceInsideCallbackTest, OtherThreadsMayCallMeanwhile) {
 
 }  // namespace
 }  // namespace c_interface_test
+
+}  // namespace stream

@@ -11,6 +11,8 @@
 #include "tests/support/mp4_movies.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
+
 namespace c_interface_test {
 
 inline constexpr std::size_t kFrames = 12;                   // of each kind in a stream
@@ -43,5 +45,7 @@ inline bool PlayedMp4(RecordingPlayer& player) {
 }
 
 }  // namespace c_interface_test
+
+}  // namespace stream
 
 #endif  // TESTS_C_INTERFACE_LOCAL_STREAMS_H_

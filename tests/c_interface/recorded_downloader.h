@@ -12,6 +12,8 @@
 #include "public/stream_player.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
+
 namespace c_interface_test {
 
 inline CStreamPlayerImp& PlayerOf(void* user) { return *static_cast<CStreamPlayerImp*>(user); }
@@ -80,5 +82,7 @@ class RecordedDownloader : public testing::Test {
 };
 
 }  // namespace c_interface_test
+
+}  // namespace stream
 
 #endif  // TESTS_C_INTERFACE_RECORDED_DOWNLOADER_H_

@@ -45,6 +45,8 @@
 #include "tests/support/stop_account.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
+
 namespace conformance {
 
 using Formats = testing::Types<TsFormat, HlsFormat, FlvFormat, Mp4Format>;
@@ -150,5 +152,7 @@ class Conformance : protected AccountedStops, public Play<Format> {
 };
 
 }  // namespace conformance
+
+}  // namespace stream
 
 #endif  // TESTS_CONFORMANCE_CONFORMANCE_H_

@@ -12,6 +12,8 @@
 #include "tests/support/flv_tags.h"
 #include "tests/support/test_server.h"
 
+namespace stream {
+
 class FlvFormat : public TestServer {
  public:
   using Pipeline = CFlvDownloader;
@@ -51,5 +53,7 @@ class FlvFormat : public TestServer {
  private:
   static constexpr std::size_t kVideoSize = 1000;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_CONFORMANCE_FLV_FORMAT_H_

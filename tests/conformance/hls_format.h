@@ -13,6 +13,8 @@
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_server.h"
 
+namespace stream {
+
 class HlsFormat : public HlsServer {
  public:
   using Pipeline = CM3u8Downloader;
@@ -44,13 +46,13 @@ class HlsFormat : public HlsServer {
     return Url(Path(name));
   }
   std::string Silent(const std::string& name) {
-    Put(Path(name), ::Silent());
+    Put(Path(name), stream::Silent());
     return Url(Path(name));
   }
   // Most of the second segment is held back.
   std::string Gated(const std::string& name) {
     const std::string url = Whole(name);
-    Put(GatedPath(name), GatedAfter(kTsPacketSize, ::Whole(Segments().at(1))));
+    Put(GatedPath(name), GatedAfter(kTsPacketSize, stream::Whole(Segments().at(1))));
     return url;
   }
   void ReleaseGated(const std::string& name) { Release(GatedPath(name)); }
@@ -76,5 +78,7 @@ class HlsFormat : public HlsServer {
     return uris;
   }
 };
+
+}  // namespace stream
 
 #endif  // TESTS_CONFORMANCE_HLS_FORMAT_H_

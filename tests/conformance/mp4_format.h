@@ -12,6 +12,8 @@
 #include "tests/support/mp4_movies.h"
 #include "tests/support/mp4_server.h"
 
+namespace stream {
+
 class Mp4Format : public Mp4Server {
  public:
   using Pipeline = CMp4Downloader;
@@ -58,5 +60,7 @@ class Mp4Format : public Mp4Server {
     return Url(path);
   }
 };
+
+}  // namespace stream
 
 #endif  // TESTS_CONFORMANCE_MP4_FORMAT_H_

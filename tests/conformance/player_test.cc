@@ -3,6 +3,8 @@
 #include "tests/support/held_video_call.h"
 #include "tests/support/throwing_player.h"
 
+namespace stream {
+
 namespace conformance {
 namespace {
 
@@ -47,3 +49,5 @@ TYPED_TEST(PlayerTest, PlayerThatThrowsInEveryCallGetsAllCallsAndCanBeStopped) {
 
 }  // namespace
 }  // namespace conformance
+
+}  // namespace stream

@@ -2,6 +2,8 @@
 // before it.
 #include "tests/conformance/conformance.h"
 
+namespace stream {
+
 namespace conformance {
 namespace {
 
@@ -89,3 +91,5 @@ TYPED_TEST(StartTest, OneStopEndsThreeStarts) {
 
 }  // namespace
 }  // namespace conformance
+
+}  // namespace stream

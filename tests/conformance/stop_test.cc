@@ -7,6 +7,8 @@
 
 #include "tests/conformance/conformance.h"
 
+namespace stream {
+
 namespace conformance {
 namespace {
 
@@ -208,3 +210,5 @@ TYPED_TEST(StopTest, DestructorOfAStoppedFacadePrintsNothing) {
 
 }  // namespace
 }  // namespace conformance
+
+}  // namespace stream

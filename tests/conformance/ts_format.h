@@ -13,6 +13,8 @@
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
+namespace stream {
+
 class TsFormat : public TestServer {
  public:
   using Pipeline = CTsDownloader;
@@ -52,5 +54,7 @@ class TsFormat : public TestServer {
 
   const ts_test::Bytes stream_;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_CONFORMANCE_TS_FORMAT_H_

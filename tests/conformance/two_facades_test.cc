@@ -4,6 +4,8 @@
 #include "tests/conformance/conformance.h"
 #include "tests/support/held_video_call.h"
 
+namespace stream {
+
 namespace conformance {
 namespace {
 
@@ -123,3 +125,5 @@ TYPED_TEST(SharedRunFlagTest, EndAfterTheOtherFacadesStopWaitsForAStalledTransfe
 
 }  // namespace
 }  // namespace conformance
+
+}  // namespace stream

@@ -8,6 +8,7 @@
 #include "tests/golden/media_tools.h"
 #include "tests/support/flv_play.h"
 
+namespace stream {
 namespace {
 
 class FlvGoldenHttpTest : public FlvPlayFixture, public testing::WithParamInterface<std::string> {};
@@ -24,3 +25,4 @@ INSTANTIATE_TEST_SUITE_P(PieceSizes, FlvGoldenHttpTest,
                          [](const auto& suite) { return "Of" + suite.param + "Bytes"; });
 
 }  // namespace
+}  // namespace stream

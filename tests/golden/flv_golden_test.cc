@@ -13,6 +13,7 @@
 #include "tests/golden/reference_reader.h"
 #include "tests/support/flv_parse.h"
 
+namespace stream {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -215,3 +216,4 @@ TEST(FlvSamplesTest, LongTimestampsAreOnBothSidesOfTwentyFourBits) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -7,6 +7,7 @@
 
 #include "common/frame_queue.h"
 
+namespace stream {
 namespace {
 
 std::vector<DumpedFrame> TakeAll(FrameNodePtr (*pop)()) {
@@ -58,3 +59,5 @@ std::string DumpText(const FrameDump& dump) {
   AddLines("audio", dump.audio, text);
   return text;
 }
+
+}  // namespace stream

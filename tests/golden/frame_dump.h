@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+namespace stream {
+
 struct DumpedFrame {
   std::uint64_t pts;
   std::uint64_t dts;
@@ -27,5 +29,7 @@ FrameDump PopQueuedFrames();
 // One line per frame, video first, as in
 // "video 3: pts=140400 dts=136800 play=14400 size=856 crc=1c291ca3".
 std::string DumpText(const FrameDump& dump);
+
+}  // namespace stream
 
 #endif  // TESTS_GOLDEN_FRAME_DUMP_H_

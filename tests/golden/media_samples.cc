@@ -5,6 +5,7 @@
 #include "tests/golden/made_once.h"
 #include "tests/golden/media_tools.h"
 
+namespace stream {
 namespace {
 
 // ffmpeg numbers the PIDs of the streams from 0x100 on, in the order in which they are mapped.
@@ -105,3 +106,5 @@ std::filesystem::path FileOf(const FlvSample& sample) {
   const auto source = Make(sample.arguments, "mpegts", sample.name + ".ts");
   return Make(" -i " + Quoted(source) + " -c copy", "flv", name);
 }
+
+}  // namespace stream

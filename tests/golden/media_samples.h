@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+namespace stream {
+
 struct MediaSample {
   std::string name;         // part of the name of a test case
   std::string arguments;    // of ffmpeg, from the inputs to the codecs
@@ -42,5 +44,7 @@ void PrintTo(const FlvSample& sample, std::ostream* out);
 std::vector<FlvSample> FlvSamples();
 
 std::filesystem::path FileOf(const FlvSample& sample);
+
+}  // namespace stream
 
 #endif  // TESTS_GOLDEN_MEDIA_SAMPLES_H_

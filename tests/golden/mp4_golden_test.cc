@@ -19,6 +19,7 @@
 #include "tests/support/mp4_play.h"
 #include "tests/support/mp4_tasks.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::Box;
@@ -420,3 +421,4 @@ INSTANTIATE_TEST_SUITE_P(Samples, Mp4GoldenHttpTest,
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
+}  // namespace stream

@@ -12,6 +12,7 @@
 #include "tests/golden/media_tools.h"
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 namespace fs = std::filesystem;
@@ -171,3 +172,4 @@ TEST(Mp4ReaderFragmentsTest, FragmentedFileHasTracksAndNoSamples) {
 }
 
 }  // namespace
+}  // namespace stream

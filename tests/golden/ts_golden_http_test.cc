@@ -14,6 +14,7 @@
 #include "tests/support/ts_play.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
 namespace {
 
 DumpedFrame WithoutPlayTime(const RecordedFrame& frame, bool is_video) {
@@ -63,3 +64,4 @@ INSTANTIATE_TEST_SUITE_P(PieceSizes, TsGoldenHttpTest,
                          [](const auto& suite) { return "Of" + suite.param + "Bytes"; });
 
 }  // namespace
+}  // namespace stream

@@ -16,6 +16,7 @@
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
 
+namespace stream {
 namespace {
 
 using Bytes = std::span<const std::uint8_t>;
@@ -190,3 +191,4 @@ TEST(TsTwoProgramsTest, VideoSwitchesAtEveryPmtAndAudioStaysWithTheFirstProgram)
 }
 
 }  // namespace
+}  // namespace stream

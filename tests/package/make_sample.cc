@@ -5,7 +5,7 @@
 
 int main(int argc, char** argv) {
   if (argc != 2) return 2;
-  const ts_test::Bytes stream = ts_test::MakeStream(60);
+  const stream::ts_test::Bytes stream = stream::ts_test::MakeStream(60);
   std::ofstream file(argv[1], std::ios::binary);
   file.write(reinterpret_cast<const char*>(stream.data()),
              static_cast<std::streamsize>(stream.size()));

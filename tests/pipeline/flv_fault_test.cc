@@ -11,6 +11,7 @@
 #include "tests/support/local_file.h"
 #include "tests/support/test_server.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -164,3 +165,4 @@ TEST_F(FlvFaultTest, LocalFileOfAnotherFormatIsReportedAsNoStream) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -12,6 +12,7 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -231,3 +232,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
+}  // namespace stream

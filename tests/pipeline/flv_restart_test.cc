@@ -12,6 +12,7 @@
 #include "tests/support/blocked_temp_folder.h"
 #include "tests/support/flv_play.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -227,3 +228,4 @@ TEST_F(FlvBlockedFolderTest, StreamPlaysWithoutAWritableDirectory) {
 }
 
 }  // namespace
+}  // namespace stream

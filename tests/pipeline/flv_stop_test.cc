@@ -11,6 +11,7 @@
 #include "tests/support/stop_account.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -89,3 +90,4 @@ TEST_F(FlvStopTest, LocalFileEndsAtTheStop) {
 }
 
 }  // namespace
+}  // namespace stream

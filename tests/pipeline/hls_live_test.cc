@@ -15,6 +15,7 @@
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -444,3 +445,4 @@ TEST_P(HlsSequenceTest, SequenceNumbersThatDoNotCountSegmentsPlayEachSegmentOnce
 }
 
 }  // namespace
+}  // namespace stream

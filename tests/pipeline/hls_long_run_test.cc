@@ -22,6 +22,7 @@
 #include "tests/support/process_memory.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 constexpr std::int64_t kHour = 3'600;  // seconds
@@ -237,3 +238,4 @@ TEST_F(HlsLongRunTest, VariantPlaysEverySegmentOnceAndNothingGrows) {
 }
 
 }  // namespace
+}  // namespace stream

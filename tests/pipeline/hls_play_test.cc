@@ -19,6 +19,7 @@
 #include "tests/support/local_file.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using hls_test::OnDemandPlaylist;
@@ -302,3 +303,4 @@ TEST_F(HlsStartPositionTest, LiveStreamSkipsWholeSegmentsToo) {
 }
 
 }  // namespace
+}  // namespace stream

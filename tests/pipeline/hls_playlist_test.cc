@@ -14,6 +14,7 @@
 #include "tests/support/hls_tasks.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -244,3 +245,4 @@ TEST_F(HlsPlaylistTest, EndedLiveStreamIsStillRefreshedAndItsLastSegmentsPlay) {
 }
 
 }  // namespace
+}  // namespace stream

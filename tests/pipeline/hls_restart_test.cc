@@ -8,6 +8,7 @@
 #include "tests/support/hls_play.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -186,3 +187,4 @@ TEST_F(HlsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -19,6 +19,7 @@
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
 namespace {
 
 using hls_test::CutIntoSegments;
@@ -476,3 +477,4 @@ TEST_F(HlsHandOverTest, ParseThreadThatAlwaysRunsLastLosesNothing) {
 }
 
 }  // namespace
+}  // namespace stream

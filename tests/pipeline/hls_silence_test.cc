@@ -19,6 +19,7 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -205,3 +206,4 @@ TEST_F(HlsSilenceTest, HeadersEndASilenceToo) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -12,6 +12,7 @@
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -197,3 +198,4 @@ TEST_F(HlsStopTest, StopInTheDestructorIsReportedLast) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "tests/support/hls_tasks.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -289,3 +290,4 @@ TEST_F(HlsMasterTest, SlowestVariantPlays) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -14,6 +14,7 @@
 #include "tests/support/local_file.h"
 #include "tests/support/mp4_play.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::VideoEntry;
@@ -476,3 +477,4 @@ TEST_F(Mp4LocalFileTest, PlaysFromAPositionInASecondStart) {
 }
 
 }  // namespace
+}  // namespace stream

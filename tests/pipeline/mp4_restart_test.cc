@@ -19,6 +19,7 @@
 #include "tests/support/mp4_play.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 using mp4_test::Bytes;
@@ -607,3 +608,4 @@ TEST_F(Mp4SecondStartTest, OneStopEndsTwoOtherAddressesEachTime) {
 }
 
 }  // namespace
+}  // namespace stream

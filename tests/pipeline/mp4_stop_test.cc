@@ -14,6 +14,7 @@
 #include "tests/support/mp4_play.h"
 #include "tests/support/stop_account.h"
 
+namespace stream {
 namespace {
 
 using mp4_test::Bytes;
@@ -172,3 +173,4 @@ TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesKeepTheFileCorrect) {
 }
 
 }  // namespace
+}  // namespace stream

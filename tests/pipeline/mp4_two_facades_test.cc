@@ -9,6 +9,7 @@
 #include "tests/support/mp4_play.h"
 #include "tests/support/two_facades.h"
 
+namespace stream {
 namespace {
 
 // tests/conformance tests what every pipeline does beside another facade; this file tests what only
@@ -44,3 +45,4 @@ TEST_F(Mp4TwoFacadesTest, EndAfterAnotherFacadesStopClosesTheFile) {
 }
 
 }  // namespace
+}  // namespace stream

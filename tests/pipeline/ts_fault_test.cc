@@ -10,6 +10,7 @@
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 using ts_test::Bytes;
@@ -157,3 +158,4 @@ TEST_F(TsFaultTest, DamagedPacketInAGoodStreamLosesOnlyItself) {
 }
 
 }  // namespace
+}  // namespace stream

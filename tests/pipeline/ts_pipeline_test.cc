@@ -19,6 +19,7 @@
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 using testing::ElementsAre;
@@ -239,3 +240,4 @@ TEST_F(TsBlockedFolderTest, StreamPlaysWithoutAWritableDirectory) {
 }
 
 }  // namespace
+}  // namespace stream

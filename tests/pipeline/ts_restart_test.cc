@@ -16,6 +16,7 @@
 #include "ts/ts_packet.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 using testing::HasSubstr;
@@ -318,3 +319,4 @@ TEST_F(TsRestartTest, SecondFacadeInTheProcessPlaysAfterTheFirstIsGone) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -12,6 +12,7 @@
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 using testing::StartsWith;
@@ -109,3 +110,4 @@ TEST_F(TsStopTest, LocalFileEndsAtTheStopWithOneRefusal) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "ts/ts_downloader.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 using ts_test::MakeStream;
@@ -82,3 +83,4 @@ TEST_F(TsTwoFacadesTest, PlayerOfTheLatestStartReplacesThePreviousOne) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -16,7 +16,8 @@
 namespace report {
 
 // The payload of a video PES packet: an access unit delimiter, then a slice.
-inline const ts_test::Bytes kAccessUnit = {0, 0, 0, 1, 0x09, 0xF0, 0, 0, 0, 1, 0x41, 1, 2, 3, 4};
+inline const stream::ts_test::Bytes kAccessUnit = {0, 0, 0,    1, 0x09, 0xF0, 0, 0,
+                                                   0, 1, 0x41, 1, 2,    3,    4};
 
 struct PesTimes {
   std::uint64_t pts;
@@ -54,7 +55,7 @@ inline std::vector<PesTimes> WithBFrames(int count, std::uint64_t first_pts) {
 }
 
 // The bytes after the timestamps in the PES header.
-using HeaderBytes = ts_test::Bytes;
+using HeaderBytes = stream::ts_test::Bytes;
 
 // Demultiplexes a program with this video and one audio frame beside each video frame. Record()
 // passes on a frame of each kind every `ms_of_frame` milliseconds, as to a host without pacing or,
@@ -62,29 +63,29 @@ using HeaderBytes = ts_test::Bytes;
 class DemuxedStream {
  public:
   explicit DemuxedStream(const std::vector<PesTimes>& video, const HeaderBytes& header = {}) {
-    const TsDemuxLock feeding;
-    ProcessTsDemuxer().Reset();
-    ResetFrameQueues();
-    Feed(ts_test::MakePat());
-    Feed(ts_test::MakePmt());
+    const stream::TsDemuxLock feeding;
+    stream::ProcessTsDemuxer().Reset();
+    stream::ResetFrameQueues();
+    Feed(stream::ts_test::MakePat());
+    Feed(stream::ts_test::MakePmt());
     for (std::size_t n = 0; n < video.size(); ++n) {
-      FeedPes(ts_test::kVideoPid, n, Pes(video[n], header));
+      FeedPes(stream::ts_test::kVideoPid, n, Pes(video[n], header));
       const PesTimes audio{video.front().pts + n * kTicksOfFrame, std::nullopt};
-      ts_test::Bytes adts(60, 0x55);
+      stream::ts_test::Bytes adts(60, 0x55);
       adts[0] = 0xFF;
       adts[1] = 0xF1;
-      FeedPes(ts_test::kAudioPid, n, ts_test::MakePes(audio.pts, adts));
+      FeedPes(stream::ts_test::kAudioPid, n, stream::ts_test::MakePes(audio.pts, adts));
     }
   }
-  ~DemuxedStream() { ProcessTsDemuxer().Reset(); }
+  ~DemuxedStream() { stream::ProcessTsDemuxer().Reset(); }
   DemuxedStream(const DemuxedStream&) = delete;
   DemuxedStream& operator=(const DemuxedStream&) = delete;
 
   ReportRecord Record(double ms_of_frame) {
     ReportRecord record;
     for (double ms = 0;; ms += ms_of_frame) {
-      const FrameNodePtr video = PopVideoFrame();
-      const FrameNodePtr audio = PopAudioFrame();
+      const stream::FrameNodePtr video = stream::PopVideoFrame();
+      const stream::FrameNodePtr audio = stream::PopAudioFrame();
       if (video) record.AddVideo(ms, FrameOf(*video));
       if (audio) record.AddAudio(ms, FrameOf(*audio));
       if (!video && !audio) return record;
@@ -92,22 +93,25 @@ class DemuxedStream {
   }
 
  private:
-  static void Feed(const ts_test::Packet& packet) { ts_demux_feed(packet.data(), kTsPacketSize); }
-
-  static void FeedPes(std::uint16_t pid, std::size_t counter, const ts_test::Bytes& pes) {
-    for (const auto& packet : ts_test::Packetize(pid, pes, static_cast<int>(counter))) Feed(packet);
+  static void Feed(const stream::ts_test::Packet& packet) {
+    stream::ts_demux_feed(packet.data(), stream::kTsPacketSize);
   }
 
-  static ts_test::Bytes Pes(const PesTimes& times, const HeaderBytes& header) {
+  static void FeedPes(std::uint16_t pid, std::size_t counter, const stream::ts_test::Bytes& pes) {
+    for (const auto& packet : stream::ts_test::Packetize(pid, pes, static_cast<int>(counter)))
+      Feed(packet);
+  }
+
+  static stream::ts_test::Bytes Pes(const PesTimes& times, const HeaderBytes& header) {
     constexpr std::size_t kHeaderLengthAt = 8;
-    ts_test::Bytes pes = ts_test::MakePes(times.pts, {}, times.dts);
+    stream::ts_test::Bytes pes = stream::ts_test::MakePes(times.pts, {}, times.dts);
     pes[kHeaderLengthAt] = static_cast<std::uint8_t>(pes[kHeaderLengthAt] + header.size());
-    ts_test::Append(pes, header);
-    ts_test::Append(pes, kAccessUnit);
+    stream::ts_test::Append(pes, header);
+    stream::ts_test::Append(pes, kAccessUnit);
     return pes;
   }
 
-  static MediaFrame FrameOf(const FrameNode& node) {
+  static MediaFrame FrameOf(const stream::FrameNode& node) {
     MediaFrame frame{};
     frame.pts = node.pts;
     frame.dts = node.dts;

@@ -12,6 +12,8 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
+
 // Make it before anything plays. Its destruction releases the player's call.
 class AudioBlockingPlayer {
  public:
@@ -32,5 +34,7 @@ class AudioBlockingPlayer {
  private:
   std::promise<void> release_;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_BLOCKED_AUDIO_H_

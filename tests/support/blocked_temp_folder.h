@@ -12,6 +12,8 @@
 #include "platform/paths.h"
 #include "tests/support/environment.h"
 
+namespace stream {
+
 class BlockedTempFolder {
  public:
   BlockedTempFolder() {
@@ -60,5 +62,7 @@ class BlockedTempFolder {
 
   const std::filesystem::path cache_ = std::filesystem::current_path() / "user_cache";
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_BLOCKED_TEMP_FOLDER_H_

@@ -9,6 +9,8 @@
 #include "common/frame_queue.h"
 #include "common/queue_limit.h"
 
+namespace stream {
+
 // Makes the video queue claim this many frames and bytes. The queue must exist and be empty.
 inline void ClaimBacklog(std::uint32_t frames, std::uint64_t bytes) {
   const std::lock_guard lock(g_frameQueueMutex);
@@ -20,5 +22,7 @@ inline void ClaimBacklog(std::uint32_t frames, std::uint64_t bytes) {
 inline void ClaimTooManyBytes() { ClaimBacklog(0, kDefaultQueueLimit.bytes + 1); }
 
 inline void ClaimNothing() { ClaimBacklog(0, 0); }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_CLAIMED_BACKLOG_H_

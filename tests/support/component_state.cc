@@ -15,6 +15,7 @@
 #include "ts/ts_demux.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 void ResetTs() {
@@ -78,3 +79,5 @@ void ResetComponent() {
   ReleaseFrameQueues();
   CountStart();  // so that lines printed once a start are printed again
 }
+
+}  // namespace stream

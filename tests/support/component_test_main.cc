@@ -5,6 +5,8 @@
 
 #include "tests/support/component_state.h"
 
+using namespace stream;
+
 namespace {
 
 class ResetBeforeEachTest final : public testing::EmptyTestEventListener {

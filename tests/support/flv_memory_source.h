@@ -8,6 +8,8 @@
 
 #include "flv/flv_source.h"
 
+namespace stream {
+
 class FlvMemorySource final : public FlvSource {
  public:
   explicit FlvMemorySource(std::span<const std::uint8_t> bytes) : left_(bytes) {}
@@ -31,5 +33,7 @@ class FlvMemorySource final : public FlvSource {
  private:
   std::span<const std::uint8_t> left_;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_FLV_MEMORY_SOURCE_H_

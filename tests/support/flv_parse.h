@@ -15,6 +15,8 @@
 #include "tests/support/flv_memory_source.h"
 #include "tests/support/flv_tags.h"
 
+namespace stream {
+
 struct ParsedFlv {
   bool has_header = false;
   FrameDump frames;
@@ -46,5 +48,7 @@ inline ParsedFlv ParseTags(const std::vector<flv_test::Bytes>& tags,
       flv_test::Join({flv_test::Header(), flv_test::Join(tags), flv_test::LastBackPointer()}),
       audio_config);
 }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_FLV_PARSE_H_

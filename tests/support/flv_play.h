@@ -12,6 +12,8 @@
 #include "tests/support/play.h"
 #include "tests/support/test_server.h"
 
+namespace stream {
+
 // The received frames in the form of the parser's frames. Every FLV frame is marked as video.
 inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   const auto copy = [](const std::vector<RecordedFrame>& frames) {
@@ -47,5 +49,7 @@ class FlvPlayFixture : public Play<TestServer> {
     return server_.Url("/live/" + head + "/a.flv");
   }
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_FLV_PLAY_H_

@@ -18,6 +18,8 @@
 #include "tests/support/flv_tags.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
+
 class FlvTasks : public testing::Test {
  protected:
   FlvTasks() {
@@ -66,5 +68,7 @@ class FlvTasks : public testing::Test {
   RecordingPlayer player_;
   std::atomic<std::uint16_t> audio_config_{0};
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_FLV_TASKS_H_

@@ -8,6 +8,7 @@
 #include "tests/support/hls_playlists.h"
 #include "tests/support/ts_packets.h"
 
+namespace stream {
 namespace {
 
 using ts_test::Bytes;
@@ -108,3 +109,5 @@ std::string HlsDayServer::Segment(std::int64_t name) {
   ++(segment == segments_.load() ? segments_ : out_of_order_);
   return Packets(segment);
 }
+
+}  // namespace stream

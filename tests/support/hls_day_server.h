@@ -14,6 +14,8 @@
 
 #include "tests/support/local_server.h"
 
+namespace stream {
+
 class HlsDayServer final : public LocalServer {
  public:
   static constexpr std::int64_t kSegmentSeconds = 10;
@@ -56,5 +58,7 @@ class HlsDayServer final : public LocalServer {
   std::atomic<std::int64_t> segments_{0};
   std::atomic<std::int64_t> out_of_order_{0};
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_HLS_DAY_SERVER_H_

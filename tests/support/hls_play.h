@@ -21,6 +21,8 @@
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
+
 // The file that stores segments without video. At the start of every test its directory exists and
 // the file does not.
 class BadSegmentFile {
@@ -143,5 +145,7 @@ inline RecordingPlayer::Record FramesOf(const ts_test::Bytes& stream) {
   ProcessTsDemuxer().Reset();
   return record;
 }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_HLS_PLAY_H_

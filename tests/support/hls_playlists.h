@@ -11,6 +11,8 @@
 
 #include "tests/support/ts_packets.h"
 
+namespace stream {
+
 namespace hls_test {
 
 using Uris = std::vector<std::string>;
@@ -81,5 +83,7 @@ inline ts_test::Bytes PaddedTo(std::size_t size, ts_test::Bytes segment) {
 }
 
 }  // namespace hls_test
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_HLS_PLAYLISTS_H_

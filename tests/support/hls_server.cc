@@ -4,6 +4,8 @@
 
 #include "common/clock.h"
 
+namespace stream {
+
 HlsServer::HlsServer() : LocalServer(WarmUp) {
   SetUpReplies();
   Open();
@@ -104,3 +106,5 @@ bool HlsServer::Continues(const std::string& path, Reply::Then then) {
       return false;
   }
 }
+
+}  // namespace stream

@@ -16,6 +16,8 @@
 #include "tests/support/local_server.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
+
 // The reply for one path: status, the first `sent` bytes of the body, and what follows them.
 struct Reply {
   enum class Then { kRest, kConnectionEnds, kNothing, kRestOnceReleased, kNoReply, kRepeatForever };
@@ -30,24 +32,29 @@ struct Reply {
 };
 
 inline Reply Whole(std::string body) { return {std::move(body)}; }
+
 inline Reply Whole(const std::vector<std::uint8_t>& body) {
   return {std::string(body.begin(), body.end())};
 }
+
 inline Reply CutAfter(std::size_t sent, Reply reply) {
   reply.then = Reply::Then::kConnectionEnds;
   reply.sent = sent;
   return reply;
 }
+
 inline Reply StalledAfter(std::size_t sent, Reply reply) {
   reply.then = Reply::Then::kNothing;
   reply.sent = sent;
   return reply;
 }
+
 inline Reply GatedAfter(std::size_t sent, Reply reply) {
   reply.then = Reply::Then::kRestOnceReleased;
   reply.sent = sent;
   return reply;
 }
+
 // Sends the body repeatedly, with a pause after each copy, until the client disconnects. A test
 // whose simulated time does not advance must release its clock before the server is destroyed.
 inline Reply Trickling(Reply reply,
@@ -57,13 +64,16 @@ inline Reply Trickling(Reply reply,
   return reply;
 }
 inline Reply Silent() { return {"", Reply::Then::kNoReply}; }
+
 inline Reply WithStatus(int status, Reply reply) {
   reply.status = status;
   return reply;
 }
+
 inline Reply RedirectTo(std::string location) {
   return {"", Reply::Then::kRest, 0, 302, std::move(location)};
 }
+
 inline Reply Held(Reply reply) {
   reply.is_held = true;
   return reply;
@@ -150,5 +160,7 @@ class HlsServer : public LocalServer {
   std::set<std::string> stalled_;                // guarded by mutex_
   std::set<std::string> hung_up_;                // guarded by mutex_
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_HLS_SERVER_H_

@@ -17,6 +17,8 @@
 #include "hls/segment_download.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
+
 class HlsTasks : public testing::Test {
  protected:
   HlsTasks() {
@@ -107,5 +109,7 @@ class HlsTasks : public testing::Test {
   SegmentHistory history_;
   std::vector<M3u8Entry> taken_;  // all segments returned by Take so far
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_HLS_TASKS_H_

@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+namespace stream {
+
 namespace m3u8_test {
 
 // The base address of all these playlists.
@@ -194,5 +196,7 @@ inline std::vector<Playlist> Playlists() {
 }
 
 }  // namespace m3u8_test
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_M3U8_PLAYLISTS_H_

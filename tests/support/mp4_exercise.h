@@ -9,6 +9,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace stream {
+
 struct Mp4Exercise {
   std::uint16_t tracks = 0;
   std::size_t samples = 0;
@@ -94,5 +96,7 @@ inline Mp4Exercise ExerciseMp4(const char* path) {
   MP4Close(file);
   return result;
 }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_MP4_EXERCISE_H_

@@ -13,6 +13,8 @@
 #include "tests/golden/frame_dump.h"
 #include "tests/support/mp4_boxes.h"
 
+namespace stream {
+
 namespace mp4_test {
 
 using mp4_boxes::Append;
@@ -169,5 +171,7 @@ inline FrameDump ExpectedFrames(const Movie& movie, const From& from = {}) {
 }
 
 }  // namespace mp4_test
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_MP4_MOVIES_H_

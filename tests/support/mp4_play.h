@@ -20,6 +20,8 @@
 #include "tests/support/play.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
+
 // The received frames in the form of the reader's frames.
 inline FrameDump DumpOf(const RecordingPlayer::Record& record) {
   const auto copy = [](const std::vector<RecordedFrame>& frames, bool is_video) {
@@ -104,5 +106,7 @@ class Mp4PlayFixture : public Play<Mp4Server> {
   mp4_test::Movie movie_;
   mp4_boxes::File file_;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_MP4_PLAY_H_

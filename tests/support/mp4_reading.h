@@ -15,6 +15,8 @@
 #include "mp4/mp4_file_handle.h"
 #include "tests/support/mp4_boxes.h"
 
+namespace stream {
+
 struct ReadMp4Sample {
   mp4_boxes::Bytes data;
   MP4Timestamp start = 0;
@@ -74,5 +76,7 @@ inline Mp4FileHandle OpenMp4Bytes(const mp4_boxes::Bytes& bytes,
 inline Mp4FileHandle OpenMp4Movie(const mp4_boxes::Movie& movie) {
   return OpenMp4Bytes(mp4_boxes::BuildMp4(movie).bytes);
 }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_MP4_READING_H_

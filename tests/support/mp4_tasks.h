@@ -17,6 +17,8 @@
 #include "tests/support/mp4_movies.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
+
 class Mp4Tasks : public testing::Test {
  protected:
   Mp4Tasks() {
@@ -88,5 +90,7 @@ class Mp4Tasks : public testing::Test {
  private:
   std::uint64_t revision_ = 0;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_MP4_TASKS_H_

@@ -8,6 +8,8 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
+
 // Wakes the only thread that sleeps in `clock` a few times, each time after exactly `pace`. Returns
 // false unless it sleeps for `pace` again each time.
 inline bool StillPolls(SimulatedClock& clock, Clock::Duration pace) {
@@ -20,5 +22,7 @@ inline bool StillPolls(SimulatedClock& clock, Clock::Duration pace) {
   }
   return clock.WaitForWaiters(1);
 }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_POLLING_H_

@@ -8,6 +8,8 @@
 #include "platform/sleep.h"
 #include "tests/support/test_limit.h"
 
+namespace stream {
+
 // Starts at 1000 hours, so that subtractions do not go below zero.
 SimulatedClock::SimulatedClock() : start_(std::chrono::hours(1000)) { UseClock(this); }
 
@@ -164,3 +166,5 @@ std::size_t SimulatedClock::Sleeps(Duration duration) const {
   const auto found = sleeps_.find(duration);
   return found == sleeps_.end() ? 0 : found->second;
 }
+
+}  // namespace stream

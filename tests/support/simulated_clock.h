@@ -17,6 +17,8 @@
 
 #include "common/clock.h"
 
+namespace stream {
+
 // It is the component's clock from its construction to its destruction. Threads may sleep and wait
 // in it only in between: before it is destroyed, call Release and stop every pipeline. Safe from
 // any thread.
@@ -103,5 +105,7 @@ class SimulatedClock final : public Clock {
   Waiters waiters_;                         // guarded by mutex_
   std::map<Duration, std::size_t> sleeps_;  // guarded by mutex_
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_SIMULATED_CLOCK_H_

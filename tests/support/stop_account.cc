@@ -4,6 +4,8 @@
 
 #include "tests/support/test_limit.h"
 
+namespace stream {
+
 StopSleepRecorder::StopSleepRecorder(std::function<bool()> runs)
     : system_(CurrentClock()), runs_(std::move(runs)) {
   UseClock(this);
@@ -76,3 +78,5 @@ bool StopSleepRecorder::AwaitSleeps(std::size_t count) {
   std::unique_lock lock(mutex_);
   return slept_.wait_for(lock, kTestLimit, [&] { return sleeps_ >= count; });
 }
+
+}  // namespace stream

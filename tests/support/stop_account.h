@@ -19,6 +19,8 @@
 
 #include "common/clock.h"
 
+namespace stream {
+
 // It is the component's clock from its construction to its destruction; stop every pipeline before
 // it is destroyed. Safe from any thread.
 class StopSleepRecorder final : public Clock {
@@ -88,5 +90,7 @@ class AccountedStops {
 
   StopSleepRecorder account_;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_STOP_ACCOUNT_H_

@@ -13,6 +13,8 @@
 #include "ts/ts_crc32.h"
 #include "ts/ts_packet.h"
 
+namespace stream {
+
 namespace ts_test {
 
 using Packet = std::array<std::uint8_t, kTsPacketSize>;
@@ -173,5 +175,7 @@ inline Bytes MakeStream(int frames, std::uint64_t first_pts = 90'000,
 }
 
 }  // namespace ts_test
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_TS_PACKETS_H_

@@ -9,6 +9,8 @@
 #include "common/frame_queue.h"
 #include "ts/ts_state.h"
 
+namespace stream {
+
 inline void StageTsBytes(const std::vector<std::uint8_t>& bytes) {
   const std::lock_guard lock(g_tsStreamLock);
   g_tsStreamBuffer->Append(bytes.data(), static_cast<std::uint32_t>(bytes.size()));
@@ -25,5 +27,7 @@ inline std::uint64_t PushedVideoFrames() {
   const std::lock_guard lock(g_frameQueueMutex);
   return g_videoQueue->pushed;
 }
+
+}  // namespace stream
 
 #endif  // TESTS_SUPPORT_TS_STAGING_H_

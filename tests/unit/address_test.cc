@@ -4,6 +4,7 @@
 
 #include <string>
 
+namespace stream {
 namespace {
 
 TEST(CleanUrlTest, PlainAddressIsUnchanged) {
@@ -44,3 +45,4 @@ TEST(FileUrlTest, PathStartsAfterTheFirstSevenCharacters) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+namespace stream {
 namespace {
 
 // `count` bits of a header starting at bit `position`.
@@ -97,3 +98,4 @@ TEST(AdtsTest, ObjectTypeOfTheConfigurationIsIgnored) {
 }
 
 }  // namespace
+}  // namespace stream

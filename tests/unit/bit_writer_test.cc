@@ -4,6 +4,7 @@
 
 #include <array>
 
+namespace stream {
 namespace {
 
 TEST(BitWriterTest, FirstBitIsTheMostSignificantOfTheFirstByte) {
@@ -83,3 +84,4 @@ TEST(BitWriterTest, EveryPositionAndCountMatchesANaiveWriter) {
 }
 
 }  // namespace
+}  // namespace stream

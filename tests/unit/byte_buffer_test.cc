@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+namespace stream {
 namespace {
 
 constexpr std::uint32_t kMax = std::numeric_limits<std::uint32_t>::max();
@@ -265,3 +266,4 @@ TEST(ByteBufferTest, MovingLargeBacklogKeepsItsBytes) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -9,6 +9,7 @@
 
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 using std::chrono::hours;
@@ -99,3 +100,4 @@ TEST(SimulatedClockTest, AdvanceUntilStopsAsSoonAsTheConditionIsMet) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -4,6 +4,7 @@
 
 #include <string>
 
+namespace stream {
 namespace {
 
 TEST(ConsoleTest, TextIsWrittenUnchanged) {
@@ -21,3 +22,4 @@ TEST(ConsoleTest, LineEndsWithALineBreak) {
 }
 
 }  // namespace
+}  // namespace stream

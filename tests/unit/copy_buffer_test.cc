@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+namespace stream {
 namespace {
 
 TEST(CopyBufferTest, GrowsToExactlyTheNeededSize) {
@@ -49,3 +50,4 @@ TEST(CopyBufferTest, AppendOfZeroBytesSucceeds) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/test_server.h"
 
+namespace stream {
 namespace {
 
 constexpr int kAsExpected = 0;
@@ -139,3 +140,4 @@ TEST_F(ExitGuardTest, ThreadOfATransferThatTheExitEndedDoesNotContinue) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -5,6 +5,7 @@
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 
+namespace stream {
 namespace {
 
 using flv_test::AacHeaderTag;
@@ -134,3 +135,4 @@ TEST(FlvAudioTest, AudioAndVideoFramesKeepTheirOrder) {
 }
 
 }  // namespace
+}  // namespace stream

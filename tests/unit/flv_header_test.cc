@@ -4,6 +4,7 @@
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -110,3 +111,4 @@ TEST(FlvHeaderTest, PagesAndNoiseAreNoHeader) {
 }
 
 }  // namespace
+}  // namespace stream

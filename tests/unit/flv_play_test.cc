@@ -13,6 +13,7 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -282,3 +283,4 @@ TEST_F(FlvPlayTest, MessagePrecedesTheResult) {
 }
 
 }  // namespace
+}  // namespace stream

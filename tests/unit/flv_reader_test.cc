@@ -7,6 +7,7 @@
 
 #include "tests/support/flv_memory_source.h"
 
+namespace stream {
 namespace {
 
 class FlvReaderTest : public testing::Test {
@@ -134,3 +135,4 @@ TEST_F(FlvReaderTest, AwaitChecksForBytesAndConsumesNothing) {
 }
 
 }  // namespace
+}  // namespace stream

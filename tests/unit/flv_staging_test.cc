@@ -12,6 +12,7 @@
 #include "tests/support/polling.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -379,3 +380,4 @@ TEST_F(FlvFullStreamTest, ReleasedStreamIsEmptyAndTheNextOneWorks) {
 }
 
 }  // namespace
+}  // namespace stream

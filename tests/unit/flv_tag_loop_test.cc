@@ -9,6 +9,7 @@
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 
+namespace stream {
 namespace {
 
 using flv_test::AacTag;
@@ -227,3 +228,4 @@ TEST(FlvTagLoopTest, FrameOfAReplacedStreamIsNotQueuedAndEndsTheLoop) {
 }
 
 }  // namespace
+}  // namespace stream

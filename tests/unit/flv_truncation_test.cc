@@ -8,6 +8,7 @@
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 
+namespace stream {
 namespace {
 
 using flv_test::Bytes;
@@ -138,3 +139,4 @@ TEST(FlvTruncationTest, NoFrameOfADamagedStreamExtendsIntoTheNextTag) {
 }
 
 }  // namespace
+}  // namespace stream

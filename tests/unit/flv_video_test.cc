@@ -4,6 +4,7 @@
 #include "tests/support/flv_parse.h"
 #include "tests/support/flv_tags.h"
 
+namespace stream {
 namespace {
 
 using flv_test::AvcBody;
@@ -164,3 +165,4 @@ TEST(FlvVideoTest, LongestNalUnitOfATagIsDeliveredWhole) {
 }
 
 }  // namespace
+}  // namespace stream

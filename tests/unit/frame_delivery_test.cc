@@ -10,6 +10,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 // Runs a delivery loop on a thread of its own, in simulated time, until the test ends.
@@ -121,3 +122,4 @@ TEST_F(FrameDeliveryTest, StopLineIsWrittenWhenTheLoopEnds) {
 }
 
 }  // namespace
+}  // namespace stream

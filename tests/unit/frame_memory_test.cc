@@ -14,6 +14,7 @@
 
 #include "common/separate_blocks.h"
 
+namespace stream {
 namespace {
 
 struct Payload {
@@ -275,3 +276,4 @@ TEST_F(FrameMemoryBacklogTest, LittleMemoryIsKeptOnceAllPayloadsAreFreed) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -4,6 +4,7 @@
 
 #include <vector>
 
+namespace stream {
 namespace {
 
 FrameRecord MakeFrame(std::int32_t size, std::uint64_t pts = 0) {
@@ -181,3 +182,4 @@ TEST(GlobalFrameQueuesTest, EnsureQueueCreatesAMissingQueueOnce) {
 }
 
 }  // namespace
+}  // namespace stream

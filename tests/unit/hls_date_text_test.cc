@@ -5,6 +5,7 @@
 
 #include "hls/m3u8_downloader.h"
 
+namespace stream {
 namespace {
 
 TEST(DateTextTest, NumbersHaveNoLeadingZerosAndCharactersAreGb2312) {
@@ -39,3 +40,4 @@ TEST(DateTextTest, SecondIsOneGb2312Character) {
 }
 
 }  // namespace
+}  // namespace stream

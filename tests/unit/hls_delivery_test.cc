@@ -12,6 +12,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using Record = RecordingPlayer::Record;
@@ -151,3 +152,4 @@ TEST_F(HlsDeliveryTest, FramesAreRemovedAndReleasedWithoutAPlayer) {
 }
 
 }  // namespace
+}  // namespace stream

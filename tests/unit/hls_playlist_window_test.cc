@@ -8,6 +8,7 @@
 #include "hls/window_classifier.h"
 #include "tests/support/hls_playlists.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -111,3 +112,4 @@ TEST_F(WindowClassifiersTest, ForgetOthersKeepsOnlyTheLastUsedPlaylist) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+namespace stream {
 namespace {
 
 TEST(SegmentKeyTest, AddressIsCutBeforeItsFirstQuestionMark) {
@@ -240,3 +241,4 @@ TEST_F(SegmentLedgerTest, ClearForgetsTheNumbersAndKeepsTheEpoch) {
 }
 
 }  // namespace
+}  // namespace stream

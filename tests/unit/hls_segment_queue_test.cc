@@ -17,6 +17,7 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using hls_test::LivePlaylist;
@@ -456,3 +457,4 @@ TEST_F(LongLiveTest, MixOfBothDoesNotAccumulate) {
 }
 
 }  // namespace
+}  // namespace stream

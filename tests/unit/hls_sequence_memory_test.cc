@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+namespace stream {
 namespace {
 
 TEST(SequenceMemoryTest, EmptyMemoryKnowsNothing) {
@@ -89,3 +90,4 @@ TEST(SequenceMemoryTest, MovedMemoryKeepsItsPairs) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "hls/hls_pipeline.h"
 #include "ts/ts_demux.h"
 
+namespace stream {
 namespace {
 
 class HlsStreamTest : public testing::Test {
@@ -90,3 +91,4 @@ TEST_F(HlsStreamTest, ActivePipelineRunsAsLongAsItsFlagIsSet) {
 }
 
 }  // namespace
+}  // namespace stream

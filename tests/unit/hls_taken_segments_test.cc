@@ -4,6 +4,7 @@
 
 #include "hls/segment_ledger.h"
 
+namespace stream {
 namespace {
 
 class TakenSegmentsTest : public testing::Test {
@@ -74,3 +75,4 @@ TEST_F(TakenSegmentsTest, ForgottenSegmentsAreTakenAgain) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -6,6 +6,7 @@
 #include "common/frame_queue.h"
 #include "hls/segment_parse.h"
 
+namespace stream {
 namespace {
 
 class VideoArrivalDetectorTest : public testing::Test {
@@ -78,3 +79,4 @@ TEST_F(VideoArrivalDetectorTest, NothingCountsWithoutQueues) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -13,6 +13,7 @@
 
 #include "hls/playlist/m3u8_playlist.h"
 
+namespace stream {
 namespace {
 
 using testing::ElementsAre;
@@ -443,3 +444,4 @@ TEST_F(WindowClassifierTest, LargestAndSmallestNumbersDoNotOverflow) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "hls/segment_download.h"
 #include "tests/support/hls_tasks.h"
 
+namespace stream {
 namespace {
 
 class SegmentCallbackTest : public HlsTasks {
@@ -186,3 +187,4 @@ TEST_F(LeftoverTest, SameRulesApplyToVariants) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -14,6 +14,7 @@
 #include "common/clock.h"
 #include "tests/support/test_server.h"
 
+namespace stream {
 namespace {
 
 TEST(RangeTest, OffsetsBecomeOpenEndedRanges) {
@@ -154,3 +155,4 @@ TEST_F(TransferStopTest, TransferStoppedBeforeItBeginsEndsThoughTheServerIsSilen
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::Box;
@@ -200,3 +201,4 @@ TEST(IsobmffDamagedTracksTest, AudioTrackThatEndsInZerosIsDamagedOnlyIfAnotherBo
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "tests/support/mp4_exercise.h"
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::Bytes;
@@ -70,3 +71,4 @@ TEST(IsobmffMutationTest, RandomBytesChanged) {
 }
 
 }  // namespace
+}  // namespace stream

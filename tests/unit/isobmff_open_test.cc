@@ -12,6 +12,7 @@
 #include "isobmff/table_box.h"
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::Box;
@@ -361,3 +362,4 @@ TEST(IsobmffOpenTest, FileOfVeryManyEmptyBoxesIsRefused) {
 }
 
 }  // namespace
+}  // namespace stream

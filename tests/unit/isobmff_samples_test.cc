@@ -9,6 +9,7 @@
 #include "tests/support/mp4_memory.h"
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::BuildMp4;
@@ -395,3 +396,4 @@ TEST(IsobmffSamplesTest, FileThatShrinksWhileOpen) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -12,6 +12,7 @@
 #include "isobmff/open_movie.h"
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 using isobmff::OpenMovie;
@@ -189,3 +190,4 @@ TEST(IsobmffSharingTest, ManyThreadsReadTheSameFile) {
 }
 
 }  // namespace
+}  // namespace stream

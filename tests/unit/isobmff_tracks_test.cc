@@ -8,6 +8,7 @@
 
 #include "tests/support/mp4_reading.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::AvcC;
@@ -299,3 +300,4 @@ TEST(IsobmffTracksTest, IsoSoundVersion1) {
 }
 
 }  // namespace
+}  // namespace stream

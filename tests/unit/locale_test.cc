@@ -16,6 +16,7 @@
 #include "hls/m3u8_downloader.h"
 #include "hls/playlist/m3u8_playlist.h"
 
+namespace stream {
 namespace {
 
 constexpr char kGerman[] = "de_DE.UTF-8";
@@ -85,3 +86,4 @@ TEST_F(LocaleTest, PlaylistNumbersAreReadAsInTheCLocale) {
 }
 
 }  // namespace
+}  // namespace stream

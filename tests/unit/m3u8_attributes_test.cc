@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+namespace stream {
 namespace {
 
 using testing::ElementsAre;
@@ -77,3 +78,4 @@ TEST(FindAttributesTest, PieceWithoutSeparatorIsNotAKey) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -8,6 +8,7 @@
 
 #include "tests/support/m3u8_playlists.h"
 
+namespace stream {
 namespace {
 
 using m3u8_test::kBase;
@@ -289,3 +290,4 @@ TEST(M3u8NumberTest, NoNumberFollowsTheLargest) {
 }
 
 }  // namespace
+}  // namespace stream

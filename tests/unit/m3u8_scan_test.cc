@@ -7,6 +7,7 @@
 #include <string>
 #include <tuple>
 
+namespace stream {
 namespace {
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
@@ -136,3 +137,4 @@ TEST(ToInt32Test, TextWithoutANumberIsZero) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -12,6 +12,7 @@
 #include "hls/playlist/m3u8_playlist.h"
 #include "tests/support/m3u8_playlists.h"
 
+namespace stream {
 namespace {
 
 using m3u8_test::kUntouchedSequence;
@@ -83,3 +84,4 @@ TEST(M3u8SeedsTest, FuzzerSeedsEqualTheTextsOfTheTable) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+namespace stream {
 namespace {
 
 std::string AfterTrimming(std::string_view text, std::string_view set = kM3u8Blanks) {
@@ -33,3 +34,4 @@ TEST(ForEachPieceTest, PiecesAreOneMoreThanSeparators) {
 }
 
 }  // namespace
+}  // namespace stream

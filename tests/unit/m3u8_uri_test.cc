@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+namespace stream {
 namespace {
 
 constexpr char kListUri[] = "https://host:8080/p/q/list.m3u8";
@@ -55,3 +56,4 @@ TEST(ResolveM3u8UriTest, QueryOfTheBaseIsDroppedUnlessItContainsASlash) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -9,6 +9,7 @@
 
 #include "common/bit_writer.h"
 
+namespace stream {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -75,3 +76,4 @@ TEST(AudioSpecificConfigTest, TruncatedBytesAreNoConfig) {
 }
 
 }  // namespace
+}  // namespace stream

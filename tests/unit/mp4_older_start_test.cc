@@ -14,6 +14,7 @@
 #include "mp4/mp4_state.h"
 #include "tests/support/mp4_movies.h"
 
+namespace stream {
 namespace {
 
 using mp4_test::Bytes;
@@ -65,3 +66,4 @@ TEST_F(Mp4OlderStartTest, UnitOfAnOlderStartDoesNotBeginTheStreamOfTheNext) {
 }
 
 }  // namespace
+}  // namespace stream

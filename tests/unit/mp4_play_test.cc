@@ -15,6 +15,7 @@
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
+namespace stream {
 namespace {
 
 using mp4_test::BuildMp4;
@@ -151,3 +152,4 @@ TEST_F(Mp4PlayTest, LocalFileIsReadDirectly) {
 }
 
 }  // namespace
+}  // namespace stream

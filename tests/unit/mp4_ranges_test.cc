@@ -10,6 +10,7 @@
 
 #include "mp4/downloaded_ranges.h"
 
+namespace stream {
 namespace {
 
 using testing::ElementsAre;
@@ -263,3 +264,4 @@ TEST(DownloadedRangesTest, RangesCoverExactlyTheWrittenBytes) {
 }
 
 }  // namespace
+}  // namespace stream

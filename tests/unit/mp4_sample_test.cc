@@ -20,6 +20,7 @@
 #include "tests/support/polling.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::kPps;
@@ -344,3 +345,4 @@ INSTANTIATE_TEST_SUITE_P(Backlogs, Mp4BacklogTest,
                          [](const auto& suite) { return suite.param.name; });
 
 }  // namespace
+}  // namespace stream

@@ -11,6 +11,7 @@
 #include "mp4/mp4_track_reader.h"
 #include "tests/support/mp4_tasks.h"
 
+namespace stream {
 namespace {
 
 using mp4_test::AudioTrack;
@@ -207,3 +208,4 @@ TEST_F(Mp4SeekTest, SearchAmongBillionsOfClaimedSamplesEnds) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 
+namespace stream {
 namespace {
 
 Mp4TimeIndex ThreeSamples() {
@@ -77,3 +78,4 @@ TEST(Mp4TimeIndexTest, SamplesAboveTheCapacityAreNotRecorded) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -13,6 +13,7 @@
 #include "tests/support/busy_player.h"
 #include "tests/support/mp4_tasks.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::AvcC;
@@ -687,3 +688,4 @@ TEST_F(Mp4MayFindMoreTest, TrueAfterTheFileWasClosed) {
 }
 
 }  // namespace
+}  // namespace stream

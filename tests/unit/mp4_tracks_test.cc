@@ -12,6 +12,7 @@
 #include "tests/support/mp4_memory.h"
 #include "tests/support/mp4_movies.h"
 
+namespace stream {
 namespace {
 
 using mp4_boxes::AvcC;
@@ -340,3 +341,4 @@ TEST(SetSamplingFrequencyIndexTest, OtherRatesLeaveTheIndexUnchanged) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -22,6 +22,7 @@
 #include "tests/support/blocked_temp_folder.h"
 #include "tests/support/mp4_tasks.h"
 
+namespace stream {
 namespace {
 
 using mp4_test::Bytes;
@@ -375,3 +376,4 @@ TEST_F(Mp4TransferTest, ConcurrentTransfersLeaveTheStreamIntact) {
 }
 
 }  // namespace
+}  // namespace stream

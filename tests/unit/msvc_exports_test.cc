@@ -11,6 +11,8 @@
 #include "public/stream_downloader.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
+
 extern "C" {
 CStreamDownloader* MsvcConstruct(void* memory, CStreamPlayerImp* player);
 void MsvcDestroy(CStreamDownloader* facade);
@@ -102,3 +104,4 @@ TEST(MsvcExportsTest, MembersReturnWhatTheFacadeReturns) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -6,6 +6,8 @@
 
 #include "tests/support/recording_player.h"
 
+using namespace stream;
+
 class CStreamDownloader;
 
 namespace {

@@ -9,6 +9,7 @@
 
 #include "platform/process_heap.h"
 
+namespace stream {
 namespace {
 
 constexpr std::size_t kInside = 15;          // characters that need no block
@@ -98,3 +99,4 @@ TEST(MsvcStringTest, HostStringWithSpareCapacityIsReadAndReleased) {
 }
 
 }  // namespace
+}  // namespace stream

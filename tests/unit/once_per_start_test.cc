@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+namespace stream {
 namespace {
 
 constexpr auto kLine = OncePerStart::kPlayerThrew;
@@ -22,3 +23,4 @@ TEST(OnceAStartTest, EachLineCountsItsOwnCalls) {
 }
 
 }  // namespace
+}  // namespace stream

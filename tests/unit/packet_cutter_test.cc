@@ -8,6 +8,7 @@
 #include <limits>
 #include <vector>
 
+namespace stream {
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
@@ -81,3 +82,4 @@ TEST(PacketCutterTest, LargestOffsetSkipsAtMostOnePacket) {
 }
 
 }  // namespace
+}  // namespace stream

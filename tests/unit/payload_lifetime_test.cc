@@ -9,6 +9,7 @@
 #include "common/frame_delivery.h"
 #include "tests/support/recording_player.h"
 
+namespace stream {
 namespace {
 
 TEST(PayloadLifetimeTest, PayloadIsReleasedAfterTheCall) {
@@ -34,3 +35,4 @@ TEST(PayloadLifetimeTest, PayloadIsReleasedAfterTheCall) {
 }
 
 }  // namespace
+}  // namespace stream

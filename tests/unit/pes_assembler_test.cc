@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+namespace stream {
 namespace {
 
 class PesAssemblerTest : public testing::Test {
@@ -71,3 +72,4 @@ TEST_F(PesAssemblerTest, PacketOfExactlyOneMebibyteIsIntact) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -18,6 +18,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/test_limit.h"
 
+namespace stream {
 namespace {
 
 using testing::AllOf;
@@ -349,3 +350,4 @@ TEST_F(PipelineTest, DestructorJoinsARunningTask) {
 }
 
 }  // namespace
+}  // namespace stream

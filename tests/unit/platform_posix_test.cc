@@ -12,6 +12,7 @@
 #include "platform/local_time.h"
 #include "platform/paths.h"
 
+namespace stream {
 namespace {
 
 TEST(PlatformPosixTest, TextHasNoCodePageAndIsUnchanged) {
@@ -112,3 +113,4 @@ TEST(PlatformPosixTest, ExistingFileThatIsNotRegularIsSpecial) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -7,6 +7,7 @@
 #include <random>
 #include <vector>
 
+namespace stream {
 namespace {
 
 // A queue whose frames get their play times from an interpolator.
@@ -171,3 +172,4 @@ TEST_F(PlayTimesTest, RandomPushesAndPopsMatchTheReferenceModel) {
 }
 
 }  // namespace
+}  // namespace stream

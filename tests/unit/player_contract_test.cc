@@ -12,6 +12,7 @@
 #include "public/stream_downloader.h"
 #include "public/stream_player.h"
 
+namespace stream {
 namespace {
 
 static_assert(std::is_trivially_copyable_v<MediaFrame>);
@@ -115,3 +116,4 @@ TEST_F(PlayerContractTest, MessageIsSlot10AndPlayResultSlot11) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/throwing_player.h"
 
+namespace stream {
 namespace {
 
 TEST(WholeSecondsTest, FractionOfASecondIsDropped) {
@@ -114,3 +115,4 @@ TEST(PlayerPortTest, ExceptionOfThePlayerIsLoggedOncePerStart) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -3,6 +3,8 @@
 
 #include "platform/process_heap.h"
 
+namespace stream {
+
 namespace platform {
 
 void* AllocateFromProcessHeap(std::size_t size) { return std::malloc(size); }
@@ -10,3 +12,5 @@ void* AllocateFromProcessHeap(std::size_t size) { return std::malloc(size); }
 void ReleaseToProcessHeap(void* block) { std::free(block); }
 
 }  // namespace platform
+
+}  // namespace stream

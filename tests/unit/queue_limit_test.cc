@@ -10,6 +10,7 @@
 #include "tests/support/polling.h"
 #include "tests/support/simulated_clock.h"
 
+namespace stream {
 namespace {
 
 class QueueLimitTest : public testing::Test {
@@ -83,3 +84,4 @@ TEST_F(QueueLimitTest, StopEndsTheWait) {
 }
 
 }  // namespace
+}  // namespace stream

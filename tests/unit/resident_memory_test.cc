@@ -10,6 +10,7 @@
 #include "common/frame_queue.h"
 #include "tests/support/process_memory.h"
 
+namespace stream {
 namespace {
 
 constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
@@ -149,3 +150,4 @@ TEST(ResidentMemoryTest, ReleasedCopyBufferIsNotResident) {
 }
 
 }  // namespace
+}  // namespace stream

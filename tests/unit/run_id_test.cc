@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+namespace stream {
 namespace {
 
 TEST(RunCounterTest, NextBeginsARunWithAnIdOfItsOwn) {
@@ -25,3 +26,4 @@ TEST(RunCounterTest, OnlyTheLastRunIsCurrent) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstdint>
 
+namespace stream {
 namespace {
 
 using std::chrono::seconds;
@@ -57,3 +58,4 @@ TEST_F(SilenceWatchTest, NoSilenceIsTooLongWithoutALimit) {
 }
 
 }  // namespace
+}  // namespace stream

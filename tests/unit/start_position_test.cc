@@ -7,6 +7,7 @@
 
 #include "common/format_text.h"
 
+namespace stream {
 namespace {
 
 TEST(StartPositionTest, HoursMinutesSecondsAndMillisecondsArePadded) {
@@ -68,3 +69,4 @@ TEST(FormatTextTest, FixedTextOfTheLargestNumberIsComplete) {
 }
 
 }  // namespace
+}  // namespace stream

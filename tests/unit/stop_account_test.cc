@@ -9,6 +9,7 @@
 #include <thread>
 #include <utility>
 
+namespace stream {
 namespace {
 
 using std::chrono::hours;
@@ -89,3 +90,4 @@ TEST_F(StopAccountTest, SleepsCanBeAwaited) {
 }
 
 }  // namespace
+}  // namespace stream

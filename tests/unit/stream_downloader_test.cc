@@ -11,6 +11,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/throwing_player.h"
 
+namespace stream {
 namespace {
 
 using Fields = std::array<void*, 6>;
@@ -221,3 +222,4 @@ TEST(StreamDownloaderLayoutTest, AutoClassInitZeroesTheGivenBytes) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 
+namespace stream {
 namespace {
 
 TEST(TempFilesTest, DirectoryOfThisProcessIsBesideItsExecutable) {
@@ -41,3 +42,4 @@ TEST(AnsiToUtf8Test, AsciiIsUnchanged) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -14,6 +14,7 @@
 #include "platform/paths.h"
 #include "tests/support/blocked_temp_folder.h"
 
+namespace stream {
 namespace {
 
 TEST(TempFolderTest, DirectoryIsBesideTheExecutable) {
@@ -181,3 +182,4 @@ TEST_F(FreeTempFolderTest, CacheFileThatCannotBeOpenedKeepsItsDirectory) {
 }
 
 }  // namespace
+}  // namespace stream

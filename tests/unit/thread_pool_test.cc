@@ -15,6 +15,7 @@
 #include "tests/support/mp4_memory.h"
 #include "tests/support/test_limit.h"
 
+namespace stream {
 namespace {
 
 // Counts the tasks inside and holds them until it is opened.
@@ -185,3 +186,4 @@ TEST(TaskGateTest, TaskThatRanOutOfMemoryIsLoggedWithoutAllocation) {
 #endif
 
 }  // namespace
+}  // namespace stream

@@ -10,6 +10,7 @@
 
 #include "common/thread_pool.h"
 
+namespace stream {
 namespace {
 
 using Threads = std::set<std::string>;
@@ -54,3 +55,4 @@ TEST(ThreadPoolWorkersTest, StartAfterAStopStartsAllThreadsAgain) {
 }
 
 }  // namespace
+}  // namespace stream

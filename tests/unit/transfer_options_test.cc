@@ -8,6 +8,7 @@
 #include "common/http_transfer.h"
 #include "tests/support/curl_options.h"
 
+namespace stream {
 namespace {
 
 std::size_t AcceptAll(char* /*bytes*/, std::size_t size, std::size_t count, void* /*user*/) {
@@ -43,3 +44,4 @@ TEST_F(TransferOptionsTest, StopDoesNotWaitForANameServer) {
 }
 
 }  // namespace
+}  // namespace stream

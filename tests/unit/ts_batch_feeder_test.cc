@@ -14,6 +14,7 @@
 #include "ts/ts_demux.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 using ts_test::Bytes;
@@ -116,3 +117,4 @@ TEST_F(TsBatchFeederTest, ArraysOfSuccessiveLargeBatchesAreReused) {
 }
 
 }  // namespace
+}  // namespace stream

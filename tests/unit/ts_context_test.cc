@@ -7,6 +7,7 @@
 
 #include "tests/support/ts_packets.h"
 
+namespace stream {
 namespace {
 
 using namespace ts_test;  // NOLINT: the builders read best without it
@@ -134,3 +135,4 @@ TEST_F(TsContextTest, BufferAboveSevenPacketsIsIgnored) {
 }
 
 }  // namespace
+}  // namespace stream

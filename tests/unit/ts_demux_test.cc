@@ -8,6 +8,7 @@
 #include "common/frame_queue.h"
 #include "tests/support/ts_packets.h"
 
+namespace stream {
 namespace {
 
 using namespace ts_test;  // NOLINT: the builders read best without it
@@ -370,3 +371,4 @@ TEST_F(TsDemuxTest, HtmlPageYieldsNoFrame) {
 }
 
 }  // namespace
+}  // namespace stream

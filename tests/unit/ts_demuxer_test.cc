@@ -10,6 +10,7 @@
 #include "common/frame_queue.h"
 #include "tests/support/ts_packets.h"
 
+namespace stream {
 namespace {
 
 using ts_test::Bytes;
@@ -225,3 +226,4 @@ TEST(TsDemuxerTest, ContextOfTheCallerReplacesItsOwn) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -16,6 +16,7 @@
 #include "tests/support/ts_staging.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 class TsStreamSpaceTest : public testing::Test {
@@ -172,3 +173,4 @@ TEST_F(TsLocalFileTest, StopEndsItAfterTheCurrentPieceAndIsReportedOnce) {
 }
 
 }  // namespace
+}  // namespace stream

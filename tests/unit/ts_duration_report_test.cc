@@ -5,6 +5,7 @@
 
 #include "ts/ts_parse.h"
 
+namespace stream {
 namespace {
 
 class TsDurationReportTest : public testing::Test {
@@ -59,3 +60,4 @@ TEST_F(TsDurationReportTest, LargestTimestampYieldsAFiniteDuration) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -14,6 +14,7 @@
 #include "tests/support/ts_staging.h"
 #include "ts/ts_state.h"
 
+namespace stream {
 namespace {
 
 // Runs a parse task on a thread of its own, in simulated time, until the test ends.
@@ -93,3 +94,4 @@ TEST_F(TsParseTest, StopEndsTheWaitForQueueSpace) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -8,6 +8,7 @@
 #include "tests/support/ts_packets.h"
 #include "ts/ts_stream_type.h"
 
+namespace stream {
 namespace {
 
 using namespace ts_test;  // NOLINT: the builders read best without it
@@ -296,3 +297,4 @@ TEST_F(ParsePmtTest, NullArgumentsAreReported) {
 }
 
 }  // namespace
+}  // namespace stream

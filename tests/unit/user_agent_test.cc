@@ -5,6 +5,7 @@
 
 #include "common/http_transfer.h"
 
+namespace stream {
 namespace {
 
 using testing::HasSubstr;
@@ -43,3 +44,4 @@ TEST(UserAgentTest, SetUserAgentReturnsWhetherOneWasSet) {
 }
 
 }  // namespace
+}  // namespace stream

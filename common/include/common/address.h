@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace stream {
+
 // Returns the part of `url` that can be requested: everything before the first control byte (below
 // 0x20, or 0x7F). This removes a trailing CR LF and everything after it.
 //
@@ -18,5 +20,7 @@ bool IsFileUrl(const std::string& url);
 
 // Returns the path of a file address. Requires IsFileUrl(url).
 std::string FileUrlPath(const std::string& url);
+
+}  // namespace stream
 
 #endif  // COMMON_ADDRESS_H_

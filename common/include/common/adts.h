@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 
+namespace stream {
+
 inline constexpr std::uint32_t kAdtsHeaderSize = 7;
 
 using AdtsHeader = std::array<std::uint8_t, kAdtsHeaderSize>;
@@ -23,5 +25,7 @@ AdtsFields FieldsOfAudioSpecificConfig(std::uint16_t config);
 // Returns the header of a frame with `payload_size` bytes. The frame length is truncated to the 13
 // bits of its field. Kept for compatibility: the profile is always AAC LC.
 AdtsHeader MakeAdtsHeader(const AdtsFields& fields, std::uint32_t payload_size);
+
+}  // namespace stream
 
 #endif  // COMMON_ADTS_H_

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <span>
 
+namespace stream {
+
 // Bits are set but never cleared, so the array must be zeroed first. Bits after its end are
 // dropped.
 class BitWriter {
@@ -19,5 +21,7 @@ class BitWriter {
   std::span<std::uint8_t> bytes_;
   std::size_t position_ = 0;  // in bits
 };
+
+}  // namespace stream
 
 #endif  // COMMON_BIT_WRITER_H_

@@ -17,9 +17,12 @@
 
 #include "common/large_block.h"
 
+namespace stream {
+
 // Status codes of the buffer's operations. The values are the Windows HRESULTs with these meanings.
 inline constexpr std::uint32_t kBufferOk = 0;
 inline constexpr std::uint32_t kBufferOutOfMemory = 0x8007000E;
+
 inline constexpr std::uint32_t kBufferImpossible =
     0x8000FFFF;  // an overflow or a move past the end
 
@@ -81,5 +84,7 @@ class CByteBuffer {
   std::uint64_t block_size_ = 0;
   std::uint64_t discarded_ = 0;  // bytes at the beginning of the block that hold no memory
 };
+
+}  // namespace stream
 
 #endif  // COMMON_BYTE_BUFFER_H_

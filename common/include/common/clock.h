@@ -12,6 +12,8 @@
 #include <functional>
 #include <mutex>
 
+namespace stream {
+
 class Clock {
  public:
   using TimePoint = std::chrono::steady_clock::time_point;
@@ -47,5 +49,7 @@ Clock& CurrentClock();
 void UseClock(Clock* clock);
 
 inline void SleepFor(Clock::Duration duration) { CurrentClock().Sleep(duration); }
+
+}  // namespace stream
 
 #endif  // COMMON_CLOCK_H_

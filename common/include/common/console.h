@@ -5,10 +5,14 @@
 
 #include <string_view>
 
+namespace stream {
+
 // Writes `line` and a line break, and flushes.
 void ConsoleLine(std::string_view line);
 
 // Writes `text` unchanged, without a line break, and flushes.
 void ConsoleText(std::string_view text);
+
+}  // namespace stream
 
 #endif  // COMMON_CONSOLE_H_

@@ -7,6 +7,8 @@
 
 #include "common/large_block.h"
 
+namespace stream {
+
 class CopyBuffer {
  public:
   // Appends `n` bytes. Returns false and appends nothing if memory runs out or the length would
@@ -27,5 +29,7 @@ class CopyBuffer {
   std::int32_t length_ = 0;
   std::int32_t capacity_ = 0;
 };
+
+}  // namespace stream
 
 #endif  // COMMON_COPY_BUFFER_H_

@@ -13,6 +13,8 @@
 
 #include <chrono>
 
+namespace stream {
+
 // The longest time that the exit waits for threads inside libcurl. libcurl calls the progress
 // callback, which aborts a transfer, at least once a second.
 inline constexpr std::chrono::milliseconds kMaxExitWait{1200};
@@ -38,5 +40,7 @@ class LibcurlUse {
  private:
   const bool entered_;
 };
+
+}  // namespace stream
 
 #endif  // COMMON_EXIT_GUARD_H_

@@ -4,6 +4,8 @@
 
 #include <string>
 
+namespace stream {
+
 // Formats as printf does. Returns the empty string if the text is longer than 1024 characters or
 // cannot be formatted. Use FixedText for numbers with a fraction: the output of "%f" depends on the
 // locale.
@@ -15,5 +17,7 @@ FormatText(const char* format, ...);
 
 // Formats `number` with six digits after the point, as "%f" does in the C locale.
 std::string FixedText(double number);
+
+}  // namespace stream
 
 #endif  // COMMON_FORMAT_TEXT_H_

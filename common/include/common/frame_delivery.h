@@ -10,6 +10,8 @@
 #include "common/frame_queue.h"
 #include "common/player_port.h"
 
+namespace stream {
+
 // Called once for each frame, on the delivery thread. If it returns false, the frame is dropped. If
 // empty, every frame is delivered.
 using FrameFilter = std::function<bool(const FrameRecord&)>;
@@ -29,5 +31,7 @@ struct DeliveryLoop {
 // Each function blocks until the run flag is cleared. Call each on a thread of its own.
 void DeliverVideoFrames(const DeliveryLoop& loop);
 void DeliverAudioFrames(const DeliveryLoop& loop);
+
+}  // namespace stream
 
 #endif  // COMMON_FRAME_DELIVERY_H_

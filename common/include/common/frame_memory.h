@@ -17,6 +17,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace stream {
+
 enum class PayloadKind : std::uint8_t { kVideo, kAudio };
 
 // Allocates a payload of that kind, aligned for any type. Returns null if there is no memory. Safe
@@ -31,5 +33,7 @@ PayloadKind KindOfPayload(const std::uint8_t* payload);
 
 // Returns the memory held for payloads in bytes, including unused space. For tests.
 std::size_t HeldPayloadMemory();
+
+}  // namespace stream
 
 #endif  // COMMON_FRAME_MEMORY_H_

@@ -19,6 +19,8 @@
 #include "common/frame_memory.h"
 #include "common/run_id.h"
 
+namespace stream {
+
 // One frame: a NAL unit or an AAC frame. From a transport stream, the payload of one PES packet.
 struct FrameRecord {
   std::uint64_t pts = 0;         // presentation timestamp, 90 kHz
@@ -105,5 +107,7 @@ void ReleaseFrameQueues();
 // transport stream demultiplexer) compares it with the last one it has read, and resets its state
 // if it has changed.
 RunId FrameQueueRun();
+
+}  // namespace stream
 
 #endif  // COMMON_FRAME_QUEUE_H_

@@ -19,6 +19,8 @@
 #include <memory>
 #include <string>
 
+namespace stream {
+
 struct CurlHandleDeleter {
   void operator()(CURL* handle) const;
 };
@@ -80,5 +82,7 @@ void Download(const Transfer& transfer, std::uint64_t offset);
 // Returns true if a piece of a body begins with "<html>". Servers send an HTML page instead of a
 // stream if something is wrong.
 bool IsHtmlPage(const char* bytes, std::size_t size);
+
+}  // namespace stream
 
 #endif  // COMMON_HTTP_TRANSFER_H_

@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <memory>
 
+namespace stream {
+
 inline constexpr std::size_t kLargePage = std::size_t{2} << 20;  // a large page of memory
 
 struct LargeBlockDeleter {
@@ -21,5 +23,7 @@ LargeBlock AllocateLargeBlock(std::size_t size);
 // Releases the memory of a part of a block but keeps the addresses. Bytes that are read there
 // before the next write are undefined.
 void DiscardPartOf(const LargeBlock& block, std::size_t begin, std::size_t end);
+
+}  // namespace stream
 
 #endif  // COMMON_LARGE_BLOCK_H_

@@ -5,6 +5,8 @@
 
 #include <new>
 
+namespace stream {
+
 template <typename Object>
 class NeverDestroyed {
  public:
@@ -18,5 +20,7 @@ class NeverDestroyed {
  private:
   alignas(Object) unsigned char storage_[sizeof(Object)];
 };
+
+}  // namespace stream
 
 #endif  // COMMON_NEVER_DESTROYED_H_

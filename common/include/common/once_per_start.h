@@ -2,6 +2,8 @@
 #ifndef COMMON_ONCE_PER_START_H_
 #define COMMON_ONCE_PER_START_H_
 
+namespace stream {
+
 // The limited lines. kCount is their number.
 enum class OncePerStart { kPlayerThrew, kFileRefused, kCount };
 
@@ -11,5 +13,7 @@ void CountStart();
 // Returns true for the first call for this line after each CountStart, and for the very first call.
 // Safe from any thread.
 bool IsFirstSinceStart(OncePerStart line);
+
+}  // namespace stream
 
 #endif  // COMMON_ONCE_PER_START_H_

@@ -28,6 +28,8 @@
 #include "common/task_gate.h"
 #include "common/thread_pool.h"
 
+namespace stream {
+
 // Texts that differ between the formats.
 struct PipelineTexts {
   std::string console;  // begins the console lines: "ts", "flv", ...
@@ -85,5 +87,7 @@ class Pipeline {
 // Reports how a start went, for example for the outcome "FLV OK": the message "PLAY FLV OK:" and
 // then the play result "PLAY:FLV OK:", each followed by the address.
 void ReportOutcome(const PlayerPort& player, const std::string& outcome, const std::string& url);
+
+}  // namespace stream
 
 #endif  // COMMON_PIPELINE_H_

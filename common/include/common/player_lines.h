@@ -10,6 +10,8 @@
 
 class CStreamPlayerImp;
 
+namespace stream {
+
 // Functions that send lines to players of one compiler. Call them only with a player.
 struct PlayerLines {
   void (*message)(CStreamPlayerImp& player, std::string line);
@@ -26,5 +28,7 @@ const PlayerLines& PlayerLinesFor(const CStreamPlayerImp* player);
 // Records that a host of this library's own compiler created a facade with this player. Replaces
 // what was recorded for a player of another compiler at the same address. Safe from any thread.
 void RecordNativePlayer(const CStreamPlayerImp* player);
+
+}  // namespace stream
 
 #endif  // COMMON_PLAYER_LINES_H_

@@ -18,6 +18,8 @@
 #include "common/frame_queue.h"
 #include "common/player_lines.h"
 
+namespace stream {
+
 // Returns the play time in whole seconds. Kept for compatibility: the fraction is dropped, both for
 // the audio clock and for comparisons with the start position.
 float WholeSeconds(std::uint64_t play_time);
@@ -46,5 +48,7 @@ class PlayerPort {
   CStreamPlayerImp* player_ = nullptr;
   const PlayerLines* lines_ = nullptr;  // null without a player
 };
+
+}  // namespace stream
 
 #endif  // COMMON_PLAYER_PORT_H_

@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace stream {
+
 // The number of frames and bytes that may be pending before a parser pauses.
 struct QueueLimit {
   std::uint32_t frames;
@@ -19,5 +21,7 @@ inline constexpr QueueLimit kDefaultQueueLimit = {4'000'000, std::uint64_t{3} <<
 // Blocks while one of the two queues exceeds `limit`, until `running` is cleared. Called by
 // parsers.
 void WaitForQueueSpace(const std::atomic<bool>& running, const QueueLimit& limit);
+
+}  // namespace stream
 
 #endif  // COMMON_QUEUE_LIMIT_H_

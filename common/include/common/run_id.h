@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace stream {
+
 // Compare only ids of the same RunCounter.
 enum class RunId : std::uint64_t {};
 
@@ -22,5 +24,7 @@ class RunCounter {
  private:
   std::atomic<std::uint64_t> current_{0};
 };
+
+}  // namespace stream
 
 #endif  // COMMON_RUN_ID_H_

@@ -4,6 +4,8 @@
 
 #include <utility>
 
+namespace stream {
+
 // The action must not throw.
 template <typename Action>
 class ScopeExit {
@@ -16,5 +18,7 @@ class ScopeExit {
  private:
   const Action action_;
 };
+
+}  // namespace stream
 
 #endif  // COMMON_SCOPE_EXIT_H_

@@ -4,6 +4,8 @@
 #ifndef COMMON_SEPARATE_BLOCKS_H_
 #define COMMON_SEPARATE_BLOCKS_H_
 
+namespace stream {
+
 #if defined(__SANITIZE_ADDRESS__)
 inline constexpr bool kSeparateBlocks = true;
 #elif defined(__has_feature)
@@ -15,5 +17,7 @@ inline constexpr bool kSeparateBlocks = false;
 #else
 inline constexpr bool kSeparateBlocks = false;
 #endif
+
+}  // namespace stream
 
 #endif  // COMMON_SEPARATE_BLOCKS_H_

@@ -7,6 +7,8 @@
 
 #include "common/clock.h"
 
+namespace stream {
+
 class SilenceWatch {
  public:
   // A limit of zero means no limit. The silence begins at `now`.
@@ -21,5 +23,7 @@ class SilenceWatch {
   Clock::TimePoint since_;
   std::uint64_t received_ = 0;
 };
+
+}  // namespace stream
 
 #endif  // COMMON_SILENCE_WATCH_H_

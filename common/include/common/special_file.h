@@ -5,6 +5,8 @@
 
 #include <string>
 
+namespace stream {
+
 // Returns true if `path`, a narrow path (platform.h), names one. Logs then, once a start, that
 // `url` is refused.
 bool RefuseSpecialFile(const std::string& path, const std::string& url);
@@ -13,5 +15,7 @@ bool RefuseSpecialFile(const std::string& path, const std::string& url);
 // signs and drops host, query and fragment. Returns false for an address that is fetched from the
 // network.
 bool RefuseSpecialFileAddress(const std::string& url);
+
+}  // namespace stream
 
 #endif  // COMMON_SPECIAL_FILE_H_

@@ -7,6 +7,8 @@
 #include <ctime>
 #include <string>
 
+namespace stream {
+
 // Returns the line for a pipeline ("TS", "FLV", "MP4") and a position in seconds, for example
 // "PLAY TS StartPostion:01:02:05.500 Q:0.000000s". `elapsed` is the time taken to accept the
 // position, in ticks of clock(). Kept for compatibility: the hours wrap at 60, and `elapsed` is
@@ -23,5 +25,7 @@ bool IsBeforeStart(float start_seconds, std::uint64_t play_time);
 // Converts `seconds` to milliseconds and drops the fraction. Returns INT_MIN if the value does not
 // fit in 32 bits.
 int PositionMilliseconds(float seconds);
+
+}  // namespace stream
 
 #endif  // COMMON_START_POSITION_H_

@@ -10,6 +10,8 @@
 #include "common/run_id.h"
 #include "common/thread_pool.h"
 
+namespace stream {
+
 // Safe from any thread. Must outlive the admitted tasks.
 class TaskGate {
  public:
@@ -36,5 +38,7 @@ class TaskGate {
 
   RunCounter runs_;  // one run lasts from one Close to the next
 };
+
+}  // namespace stream
 
 #endif  // COMMON_TASK_GATE_H_

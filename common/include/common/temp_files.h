@@ -10,6 +10,8 @@
 
 #include "platform/files.h"
 
+namespace stream {
+
 // Returns the cache directory with a slash at its end, in the system code page. File names are
 // appended to it.
 std::string GetTempDirA();
@@ -28,5 +30,7 @@ platform::File OpenTempFile(const std::string& name, const char* mode);
 
 // Converts 8-bit text from the system code page to UTF-8.
 std::string AnsiToUtf8(const std::string& text);
+
+}  // namespace stream
 
 #endif  // COMMON_TEMP_FILES_H_

@@ -9,6 +9,8 @@
 
 #include <string>
 
+namespace stream {
+
 struct TempFolder {
   // In the system code page, with a separator at its end: file names are appended.
   std::string narrow;
@@ -45,5 +47,7 @@ bool FallBackToCacheFolder();
 
 // Clears the choice. For tests.
 void ResetTempFolder();
+
+}  // namespace stream
 
 #endif  // COMMON_TEMP_FOLDER_H_

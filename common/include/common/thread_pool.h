@@ -16,6 +16,8 @@
 
 #include "platform/mutex.h"
 
+namespace stream {
+
 class CThreadPool {
  public:
   using Task = std::function<void()>;
@@ -51,5 +53,7 @@ class CThreadPool {
   std::condition_variable wakeup;
   bool running GUARDED_BY(mutex) = false;
 };
+
+}  // namespace stream
 
 #endif  // COMMON_THREAD_POOL_H_

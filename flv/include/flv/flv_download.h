@@ -9,6 +9,8 @@
 
 #include "common/run_id.h"
 
+namespace stream {
+
 // Fetches `url` from its beginning into the stream of this run, until its end or until
 // g_flvRunning is cleared. Blocks.
 void DownloadFlv(const std::string& url, RunId run);
@@ -26,5 +28,7 @@ class FlvTransfer {
   const RunId run_;
   std::uint64_t offset_ = 0;  // of the next byte
 };
+
+}  // namespace stream
 
 #endif  // FLV_FLV_DOWNLOAD_H_

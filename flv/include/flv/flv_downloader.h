@@ -39,13 +39,13 @@ class CFlvDownloader {
 
  private:
   void UseUrl(const std::string& url);
-  static void RunDownload(const std::string& url, RunId run);
+  static void RunDownload(const std::string& url, stream::RunId run);
 
-  const PlayerPort player_;
+  const stream::PlayerPort player_;
   std::string url_;
   std::atomic<std::uint16_t> audio_config_{0};
-  CThreadPool pool_;
-  Pipeline pipeline_;  // last: no task may outlive the other members
+  stream::CThreadPool pool_;
+  stream::Pipeline pipeline_;  // last: no task may outlive the other members
 };
 
 #endif  // FLV_FLV_DOWNLOADER_H_

@@ -9,6 +9,8 @@
 #include "common/player_port.h"
 #include "common/run_id.h"
 
+namespace stream {
+
 struct FlvPlay {
   std::string url;
   PlayerPort player;
@@ -20,5 +22,7 @@ struct FlvPlay {
 // header, and parses the stream until its end or until g_flvRunning is cleared. Bytes received
 // afterwards are dropped. Blocks.
 void PlayFlv(const FlvPlay& play);
+
+}  // namespace stream
 
 #endif  // FLV_FLV_PLAY_H_

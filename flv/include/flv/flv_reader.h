@@ -6,6 +6,8 @@
 
 #include "flv/flv_source.h"
 
+namespace stream {
+
 // A read that fails leaves its output argument unchanged.
 class FlvReader {
  public:
@@ -37,5 +39,7 @@ class FlvReader {
   FlvSource& source_;
   std::uint32_t position_ = 0;
 };
+
+}  // namespace stream
 
 #endif  // FLV_FLV_READER_H_

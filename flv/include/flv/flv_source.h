@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+namespace stream {
+
 class FlvSource {
  public:
   virtual ~FlvSource() = default;
@@ -20,5 +22,7 @@ class FlvSource {
   // Waits for `count` bytes and drops them, all or none.
   virtual bool Skip(std::uint32_t count) = 0;
 };
+
+}  // namespace stream
 
 #endif  // FLV_FLV_SOURCE_H_

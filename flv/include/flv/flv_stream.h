@@ -21,6 +21,8 @@
 #include "common/run_id.h"
 #include "flv/flv_source.h"
 
+namespace stream {
+
 // The run flag of the FLV pipeline: the loops of all its tasks run while it is set.
 extern std::atomic<bool> g_flvRunning;
 
@@ -113,5 +115,7 @@ class FlvStreamSource final : public FlvSource {
  private:
   const RunId run_;
 };
+
+}  // namespace stream
 
 #endif  // FLV_FLV_STREAM_H_

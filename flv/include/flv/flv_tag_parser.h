@@ -19,6 +19,8 @@
 #include "common/frame_queue.h"
 #include "flv/flv_reader.h"
 
+namespace stream {
+
 class FlvTagParser {
  public:
   // `audio_config` holds the first two bytes of the latest AudioSpecificConfig. It keeps its value
@@ -58,5 +60,7 @@ class FlvTagParser {
   FlvReader reader_;
   std::atomic<std::uint16_t>& audio_config_;
 };
+
+}  // namespace stream
 
 #endif  // FLV_FLV_TAG_PARSER_H_

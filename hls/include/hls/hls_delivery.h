@@ -9,6 +9,8 @@
 #include "common/frame_delivery.h"
 #include "hls/hls_pipeline.h"
 
+namespace stream {
+
 // Returns the filters of the two delivery tasks. They skip frames after a stop, and reset
 // `listedDuration` at each frame of their kind. `pipeline` must outlive them.
 FrameFilters HlsFrameFilters(HlsPipeline& pipeline);
@@ -17,5 +19,7 @@ FrameFilters HlsFrameFilters(HlsPipeline& pipeline);
 // it. After a second start, two threads may deliver frames of one kind: each skip is still counted
 // once.
 bool CountSkippedFrame(std::atomic<std::int32_t>& skip);
+
+}  // namespace stream
 
 #endif  // HLS_HLS_DELIVERY_H_

@@ -10,6 +10,8 @@
 #include "common/player_port.h"
 #include "hls/hls_stream.h"
 
+namespace stream {
+
 // Durations and positions are in seconds. Members that are not atomic are set before the first task
 // runs.
 struct HlsPipeline {
@@ -33,5 +35,7 @@ struct HlsPipeline {
   std::atomic<float> queuedDuration{0};  // of all segments that the segment thread has taken
   std::atomic<float> position{0};        // end of the last segment processed, skipped or not
 };
+
+}  // namespace stream
 
 #endif  // HLS_HLS_PIPELINE_H_

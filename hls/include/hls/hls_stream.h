@@ -20,6 +20,8 @@
 #include "common/never_destroyed.h"
 #include "hls/segment_ledger.h"
 
+namespace stream {
+
 struct HlsPipeline;
 
 // A longer segment cannot be played.
@@ -104,5 +106,7 @@ class HlsStream {
 };
 
 extern NeverDestroyed<HlsStream> g_hlsStream;
+
+}  // namespace stream
 
 #endif  // HLS_HLS_STREAM_H_

@@ -17,6 +17,8 @@
 #include "common/thread_pool.h"
 #include "hls/hls_pipeline.h"
 
+namespace stream {
+
 // The date and time in the console lines of a start and a stop, for example "2024Y1M9D 8:5:0",
 // without leading zeros. Y, M and D stand for the GB 2312 characters for year, month and day. The
 // encoding does not depend on the console's character set. Kept for compatibility.
@@ -24,6 +26,8 @@ std::string DateText(const std::tm& local);
 
 // The GB 2312 character for second.
 inline constexpr char kSecondsGb2312[] = "\xC3\xEB";
+
+}  // namespace stream
 
 class CM3u8Downloader {
  public:
@@ -48,10 +52,10 @@ class CM3u8Downloader {
  private:
   void StartDownload(const std::string& url);
 
-  HlsPipeline hls_;
+  stream::HlsPipeline hls_;
   std::time_t start_time_;  // of the current run
-  CThreadPool pool_;
-  Pipeline pipeline_;  // last: no task may outlive the other members
+  stream::CThreadPool pool_;
+  stream::Pipeline pipeline_;  // last: no task may outlive the other members
 };
 
 #endif  // HLS_M3U8_DOWNLOADER_H_

@@ -8,6 +8,8 @@
 
 #include "hls/hls_pipeline.h"
 
+namespace stream {
+
 // A transfer fails when its text would exceed this size.
 inline constexpr std::size_t kMaxPlaylistSize = std::size_t{16} << 20;
 
@@ -37,5 +39,7 @@ bool FetchVariant(HlsPipeline& pipeline, const std::string& url);
 // playlist_mutex.
 std::size_t OnPlaylistBytes(char* data, std::size_t size, std::size_t count, void* user);
 std::size_t OnVariantBytes(char* data, std::size_t size, std::size_t count, void* user);
+
+}  // namespace stream
 
 #endif  // HLS_PLAYLIST_FETCH_H_

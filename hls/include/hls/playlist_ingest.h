@@ -8,6 +8,8 @@
 #include "hls/hls_pipeline.h"
 #include "hls/playlist/m3u8_playlist.h"
 
+namespace stream {
+
 // Parses `text`, a body fetched from `playlistUrl`, and queues its new segments. An entry that is
 // not a segment (its address does not contain ".ts") is fetched as a variant playlist, the slowest
 // first. If several variants list a segment with the same index, the slowest variant wins. The
@@ -19,5 +21,7 @@ bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlis
 // Queues every entry of an on-demand playlist, whatever its address is, and adds up the durations.
 // Prints the number of entries. Wakes the segment thread even if there are none.
 void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries);
+
+}  // namespace stream
 
 #endif  // HLS_PLAYLIST_INGEST_H_

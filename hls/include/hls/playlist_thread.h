@@ -7,11 +7,15 @@
 
 #include "hls/hls_pipeline.h"
 
+namespace stream {
+
 // Runs until an on-demand playlist has been fetched; refreshes a live playlist until the pipeline
 // is stopped. If the first request fails, it is repeated once.
 void PlaylistThread(HlsPipeline& pipeline, const std::string& url);
 
 // Waits until the next refresh is due or the pipeline is stopped.
 void PauseBetweenRefreshes(const HlsPipeline& pipeline);
+
+}  // namespace stream
 
 #endif  // HLS_PLAYLIST_THREAD_H_

@@ -8,6 +8,8 @@
 
 #include "hls/hls_pipeline.h"
 
+namespace stream {
+
 // Waits until segments or an on-demand playlist are queued or the pipeline is stopped. Then empties
 // the queue, drops the segments that were taken before, adds up the durations of the others and
 // returns them. The result may be empty.
@@ -23,5 +25,7 @@ void DownloadPartsThread(HlsPipeline& pipeline);
 // segment does not fit, the leftover of a failed download is dropped first; if it still does not
 // fit, the whole segment is dropped. The caller that performs the transfer holds download_mutex.
 std::size_t OnSegmentBytes(char* data, std::size_t size, std::size_t count, void* user);
+
+}  // namespace stream
 
 #endif  // HLS_SEGMENT_DOWNLOAD_H_

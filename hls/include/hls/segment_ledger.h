@@ -26,6 +26,8 @@
 #include "hls/playlist/m3u8_playlist.h"
 #include "hls/window_classifier.h"
 
+namespace stream {
+
 // Capacity of the queue. Segments of a live playlist that do not fit wait for a later refresh.
 inline constexpr std::size_t kMaxQueuedSegments = 500'000;
 
@@ -161,5 +163,7 @@ class SegmentLedger {
 
   std::size_t listed_ = 0;  // number of segments that the live playlist lists
 };
+
+}  // namespace stream
 
 #endif  // HLS_SEGMENT_LEDGER_H_

@@ -8,6 +8,8 @@
 #include "common/run_id.h"
 #include "hls/hls_pipeline.h"
 
+namespace stream {
+
 // Detects whether video frames were queued since it was created, even if they have been delivered
 // or if another start has replaced the queues.
 class VideoArrivalDetector {
@@ -34,5 +36,7 @@ class VideoArrivalDetector {
 // the temporary directory, for inspection: the first segment of a run replaces the file, later ones
 // are appended. Reports to the player what the first segment contains, with `url`.
 void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url);
+
+}  // namespace stream
 
 #endif  // HLS_SEGMENT_PARSE_H_

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+namespace stream {
+
 struct NumberedSegment {
   std::int64_t number;
   std::string_view key;  // borrowed from the caller during the call
@@ -63,5 +65,7 @@ class SequenceMemory {
   std::map<std::int64_t, Pairs::iterator> by_number_;
   std::vector<std::string> released_;  // keys whose last pair was released
 };
+
+}  // namespace stream
 
 #endif  // HLS_SEQUENCE_MEMORY_H_

@@ -32,6 +32,8 @@
 
 #include "hls/sequence_memory.h"
 
+namespace stream {
+
 // The current content of a live playlist: its media sequence number, and its segments by ascending
 // number.
 struct PlaylistWindow {
@@ -125,5 +127,7 @@ class WindowClassifiers {
  private:
   std::list<std::pair<std::string, WindowClassifier>> classifiers_;  // most recent request first
 };
+
+}  // namespace stream
 
 #endif  // HLS_WINDOW_CLASSIFIER_H_

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-namespace isobmff {
+namespace stream::isobmff {
 
 inline std::uint16_t Read16(const std::uint8_t* at) {
   return static_cast<std::uint16_t>(at[0] << 8 | at[1]);
@@ -20,6 +20,6 @@ inline std::uint64_t Read64(const std::uint8_t* at) {
   return static_cast<std::uint64_t>(Read32(at)) << 32 | Read32(at + 4);
 }
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_BIG_ENDIAN_H_

@@ -16,7 +16,7 @@
 
 #include "isobmff/file.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 constexpr std::uint32_t FourCc(const char (&text)[5]) {
   std::uint32_t code = 0;
@@ -115,6 +115,6 @@ class BoxWalk {
 // is none.
 std::span<const std::uint8_t> FindBox(std::span<const std::uint8_t> boxes, std::uint32_t type);
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_BOX_H_

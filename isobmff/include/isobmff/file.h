@@ -4,11 +4,11 @@
 
 #include "platform/random_access_file.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 using platform::FileId;
 using File = platform::RandomAccessFile;
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_FILE_H_

@@ -7,12 +7,12 @@
 #include "isobmff/file.h"
 #include "isobmff/movie_index.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 // Returns the index of an open file, shared with every other open handle of the file; null if the
 // file has no complete index.
 std::shared_ptr<const MovieIndex> IndexOf(const File& file);
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_INDEX_REGISTRY_H_

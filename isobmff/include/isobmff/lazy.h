@@ -8,7 +8,7 @@
 
 #include "platform/mutex.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 template <typename Part>
 class Lazy {
@@ -37,6 +37,6 @@ class Lazy {
   mutable std::atomic<const Part*> ready_{nullptr};
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_LAZY_H_

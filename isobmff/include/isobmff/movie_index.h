@@ -24,7 +24,7 @@
 #include "isobmff/sample_tables.h"
 #include "isobmff/unreceived_tail.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 // From mvhd or mdhd: a time scale, and a duration in it.
 struct Timing {
@@ -72,6 +72,6 @@ class MovieIndex {
   Bytes tail_;
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_MOVIE_INDEX_H_

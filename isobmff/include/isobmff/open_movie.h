@@ -12,7 +12,7 @@
 #include "isobmff/read_cache.h"
 #include "isobmff/sample_tables.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 struct Sample {
   std::uint8_t* bytes = nullptr;  // from malloc; the caller frees it
@@ -54,6 +54,6 @@ class OpenMovie {
   ReadCache windows_;
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_OPEN_MOVIE_H_

@@ -14,7 +14,7 @@
 
 #include "isobmff/file.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 class ReadCache {
  public:
@@ -43,6 +43,6 @@ class ReadCache {
   std::size_t next_size_ = kFirstSize;
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_READ_CACHE_H_

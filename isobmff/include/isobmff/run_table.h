@@ -15,7 +15,7 @@
 #include "isobmff/file.h"
 #include "isobmff/table_box.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 // The samples from `first` up to, but not including, `end` share an entry. There are none if the
 // two are equal.
@@ -85,6 +85,6 @@ std::unique_ptr<const RunTable> LoadSampleRuns(const File& file, const TableBox&
 std::unique_ptr<const RunTable> LoadChunkRuns(const File& file, const TableBox& table,
                                               std::uint32_t chunks);
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_RUN_TABLE_H_

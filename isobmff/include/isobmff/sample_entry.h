@@ -11,7 +11,7 @@
 #include <string>
 #include <vector>
 
-namespace isobmff {
+namespace stream::isobmff {
 
 using Bytes = std::vector<std::uint8_t>;
 
@@ -42,6 +42,6 @@ std::optional<SampleEntry> ParseSampleEntry(std::span<const std::uint8_t> body,
 // The audio object type at the beginning of an AudioSpecificConfig; 0 if it is too short.
 std::uint8_t AudioObjectType(std::span<const std::uint8_t> config);
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_SAMPLE_ENTRY_H_

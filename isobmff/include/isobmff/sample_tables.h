@@ -18,7 +18,7 @@
 #include "isobmff/run_table.h"
 #include "isobmff/table_box.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 // stsz or stz2.
 class SizeTable {
@@ -124,6 +124,6 @@ class SampleTables {
   Lazy<SyncTable> sync_;
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_SAMPLE_TABLES_H_

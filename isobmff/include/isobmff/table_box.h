@@ -13,7 +13,7 @@
 #include "isobmff/box.h"
 #include "isobmff/file.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 struct TableBox {
   std::uint32_t count = 0;  // number of entries, or of samples
@@ -50,6 +50,6 @@ class TableBytes {
   std::unique_ptr<std::uint8_t[]> bytes_;
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_TABLE_BOX_H_

@@ -8,7 +8,7 @@
 #include "isobmff/movie_index.h"
 #include "isobmff/unreceived_tail.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 // Parses the body of an mvhd or mdhd box. Both begin with the same fields.
 std::optional<Timing> ReadTiming(HeaderReader& reader, const ByteRange& body);
@@ -23,6 +23,6 @@ enum class TrackState {
 TrackState ReadTrack(HeaderReader& reader, const UnreceivedTail& tail, const ByteRange& body,
                      TrackFacts& facts);
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_TRACK_PARSER_H_

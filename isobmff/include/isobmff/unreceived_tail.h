@@ -10,7 +10,7 @@
 
 #include "isobmff/box.h"
 
-namespace isobmff {
+namespace stream::isobmff {
 
 class UnreceivedTail {
  public:
@@ -24,6 +24,6 @@ class UnreceivedTail {
   std::uint64_t begin_;
 };
 
-}  // namespace isobmff
+}  // namespace stream::isobmff
 
 #endif  // ISOBMFF_UNRECEIVED_TAIL_H_

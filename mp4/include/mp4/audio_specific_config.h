@@ -7,6 +7,8 @@
 #include <optional>
 #include <span>
 
+namespace stream {
+
 struct AudioSpecificConfig {
   std::uint32_t object_type = 0;  // 2 is AAC LC; SBR (5) and PS (29) if signalled first
   std::uint32_t sampling_frequency_index = 0;  // 15 if the rate is given as a number
@@ -15,5 +17,7 @@ struct AudioSpecificConfig {
 
 // Returns nullopt if the bytes end within these fields.
 std::optional<AudioSpecificConfig> ParseAudioSpecificConfig(std::span<const std::uint8_t> bytes);
+
+}  // namespace stream
 
 #endif  // MP4_AUDIO_SPECIFIC_CONFIG_H_

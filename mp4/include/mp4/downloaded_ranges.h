@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <map>
 
+namespace stream {
+
 // A range of file offsets. `end` is exclusive.
 struct ByteRange {
   std::uint64_t start = 0;
@@ -52,5 +54,7 @@ class DownloadedRanges {
   std::map<std::uint64_t, std::uint64_t> ranges_;  // start to end
   std::uint64_t largest_end_ = 0;                  // no range ends after it
 };
+
+}  // namespace stream
 
 #endif  // MP4_DOWNLOADED_RANGES_H_

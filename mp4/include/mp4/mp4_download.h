@@ -12,6 +12,8 @@
 #include "common/copy_buffer.h"
 #include "common/run_id.h"
 
+namespace stream {
+
 // Fetches `url` from the write offset until its end or until g_mp4Running is cleared. Then retries
 // the bytes that could not be written, until they are written or g_mp4Running is cleared. Writes
 // nothing once the next run of the restart file has begun. Blocks.
@@ -51,5 +53,7 @@ class Mp4Transfer {
   bool failure_reported_ = false;
   CopyBuffer pending_;  // received and not written yet
 };
+
+}  // namespace stream
 
 #endif  // MP4_MP4_DOWNLOAD_H_

@@ -42,18 +42,19 @@ class CMp4Downloader {
   bool SetStartPostion(float seconds);
 
  private:
-  RunId UseUrl(const std::string& url);
+  stream::RunId UseUrl(const std::string& url);
   bool OwnsFile() const;
   void Seek(float seconds);
-  static void RunDownload(const std::string& url, RunId run, std::atomic<bool>& downloading);
+  static void RunDownload(const std::string& url, stream::RunId run,
+                          std::atomic<bool>& downloading);
 
-  const PlayerPort player_;
+  const stream::PlayerPort player_;
   std::string url_;
-  RunId run_{};  // of the restart file, begun by the address that was started last
+  stream::RunId run_{};  // of the restart file, begun by the address that was started last
   std::atomic<float> start_position_{0};
-  Mp4TrackReader reader_;
-  CThreadPool pool_;
-  Pipeline pipeline_;  // last: no task may outlive the other members
+  stream::Mp4TrackReader reader_;
+  stream::CThreadPool pool_;
+  stream::Pipeline pipeline_;  // last: no task may outlive the other members
 };
 
 #endif  // MP4_MP4_DOWNLOADER_H_

@@ -11,6 +11,8 @@
 
 #include "mp4/mp4_installed_offset.h"
 
+namespace stream {
+
 struct Mp4Closer {
   void operator()(MP4FileHandle handle) const {
     ForgetSampleFileOffsets(handle);
@@ -23,6 +25,7 @@ using Mp4FileHandle = std::unique_ptr<std::remove_pointer_t<MP4FileHandle>, Mp4C
 struct Mp4Freer {
   void operator()(void* block) const { MP4Free(block); }
 };
+
 template <typename Item>
 using Mp4Block = std::unique_ptr<Item[], Mp4Freer>;
 
@@ -45,5 +48,7 @@ std::uint64_t Mp4Milliseconds(std::uint64_t value, std::uint32_t time_scale);
 // signed: in tables of version 1 by the standard (ISO/IEC 14496-12, 8.6.1.3), in those of version 0
 // because many programs write negative offsets there as well.
 std::int64_t Mp4OffsetMilliseconds(std::uint64_t offset, std::uint32_t time_scale);
+
+}  // namespace stream
 
 #endif  // MP4_MP4_FILE_HANDLE_H_

@@ -12,6 +12,8 @@
 
 #include <cstdint>
 
+namespace stream {
+
 #ifdef STREAM_MP4_OFFSETS_BY_ADAPTER
 
 // File offset of the sample's first byte; all bits set if there is no such sample.
@@ -25,5 +27,7 @@ void ForgetSampleFileOffsets(MP4FileHandle file);
 inline void ForgetSampleFileOffsets(MP4FileHandle /*file*/) {}
 
 #endif
+
+}  // namespace stream
 
 #endif  // MP4_MP4_INSTALLED_OFFSET_H_

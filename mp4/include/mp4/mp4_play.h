@@ -10,6 +10,8 @@
 #include "common/run_id.h"
 #include "mp4/mp4_track_reader.h"
 
+namespace stream {
+
 struct Mp4Play {
   std::string url;
   RunId run;  // of the restart file; the task ends when the next run begins
@@ -25,5 +27,7 @@ void PlayMp4(const Mp4Play& play);
 
 // The path that is read for an address: the local file itself, or the restart file.
 std::string Mp4MediaPath(const std::string& url);
+
+}  // namespace stream
 
 #endif  // MP4_MP4_PLAY_H_

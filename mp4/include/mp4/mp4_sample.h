@@ -9,6 +9,8 @@
 #include "common/adts.h"
 #include "mp4/mp4_file_handle.h"
 
+namespace stream {
+
 // Times in milliseconds.
 struct Mp4Sample {
   Mp4Block<std::uint8_t> bytes;  // owned
@@ -37,5 +39,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
 
 // Queues an audio sample after an ADTS header.
 void EmitMp4Audio(const Mp4Sample& sample, const AdtsFields& fields);
+
+}  // namespace stream
 
 #endif  // MP4_MP4_SAMPLE_H_

@@ -13,6 +13,8 @@
 #include "common/run_id.h"
 #include "mp4/downloaded_ranges.h"
 
+namespace stream {
+
 // The run flag: the loops of all four tasks run while it is set.
 extern std::atomic<bool> g_mp4Running;
 
@@ -39,5 +41,7 @@ extern NeverDestroyed<Mp4File> g_mp4File;
 // Empties the restart file of that name for another address, about which nothing is known yet.
 // Returns the id of the run that begins.
 RunId BeginMp4Run(const std::string& file_name);
+
+}  // namespace stream
 
 #endif  // MP4_MP4_STATE_H_

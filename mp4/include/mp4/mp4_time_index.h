@@ -9,6 +9,8 @@
 #include <map>
 #include <optional>
 
+namespace stream {
+
 struct Mp4SampleLocation {
   MP4SampleId id = 1;
   std::uint64_t offset = 0;  // in the file
@@ -44,5 +46,7 @@ class Mp4TimeIndex {
  private:
   std::map<std::uint64_t, Mp4SampleLocation> entries_;
 };
+
+}  // namespace stream
 
 #endif  // MP4_MP4_TIME_INDEX_H_

@@ -27,6 +27,8 @@
 #include "mp4/mp4_time_index.h"
 #include "mp4/mp4_tracks.h"
 
+namespace stream {
+
 class Mp4TrackReader {
  public:
   explicit Mp4TrackReader(PlayerPort player) : player_(player) {}
@@ -118,5 +120,7 @@ class Mp4TrackReader {
   std::optional<std::uint64_t> revision_;  // of the ranges that the last pass used
   std::shared_ptr<void> open_file_;
 };
+
+}  // namespace stream
 
 #endif  // MP4_MP4_TRACK_READER_H_

@@ -11,6 +11,8 @@
 
 #include "common/adts.h"
 
+namespace stream {
+
 struct Mp4VideoTrack {
   MP4TrackId id = MP4_INVALID_TRACK_ID;
   std::string codec;         // "H264", "H265", or the name of its sample entry
@@ -40,5 +42,7 @@ float Mp4DurationSeconds(MP4FileHandle file);
 // Sets the sampling frequency index for a rate (ISO/IEC 14496-3, table 1.18). Some rates leave it
 // unchanged, among them 96000, 88200 and 64000 Hz. Kept for compatibility.
 void SetSamplingFrequencyIndex(AdtsFields& fields, std::uint32_t rate);
+
+}  // namespace stream
 
 #endif  // MP4_MP4_TRACKS_H_

@@ -12,7 +12,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace msvc {
+namespace stream::msvc {
 
 struct String {
   // The number of bytes stored without a block, including the terminating zero.
@@ -42,6 +42,6 @@ std::string_view TextOf(const String& string);
 // Releases the memory of a string, as its destructor does. The caller owns the object itself.
 void Destroy(String& string);
 
-}  // namespace msvc
+}  // namespace stream::msvc
 
 #endif  // MSVC_MSVC_STRING_H_

@@ -9,7 +9,7 @@
 class CStreamDownloader;
 class CStreamPlayerImp;
 
-namespace msvc {
+namespace stream::msvc {
 
 // Records that the facade was created with that constructor and this player, which may be null.
 // Throws std::bad_alloc.
@@ -27,6 +27,6 @@ void RemovePlayerAt(const CStreamPlayerImp* player);
 
 bool IsPlayer(const CStreamPlayerImp* player);
 
-}  // namespace msvc
+}  // namespace stream::msvc
 
 #endif  // MSVC_PLAYERS_H_

@@ -2,7 +2,7 @@
 #ifndef PLATFORM_AT_EXIT_H_
 #define PLATFORM_AT_EXIT_H_
 
-namespace platform {
+namespace stream::platform {
 
 // Makes exit() call `function`, before the functions registered so far. Returns false if it was not
 // registered, as always on Windows: Windows ends all other threads before a library's exit
@@ -10,6 +10,6 @@ namespace platform {
 // released.
 bool CallAtExit(void (*function)());
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_AT_EXIT_H_

@@ -4,12 +4,12 @@
 
 #include <string>
 
-namespace platform {
+namespace stream::platform {
 
 // Converts 8-bit text from the system code page to UTF-8. POSIX has no code page of its own: there
 // the text is returned unchanged.
 std::string CodePageToUtf8(const std::string& text);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_CODE_PAGE_H_

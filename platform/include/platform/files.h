@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-namespace platform {
+namespace stream::platform {
 
 struct FileCloser {
   void operator()(std::FILE* file) const { std::fclose(file); }
@@ -32,6 +32,6 @@ bool MakePrivateDirectory(const std::wstring& path);
 // Removes a directory if it is empty.
 void RemoveEmptyDirectory(const std::wstring& path);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_FILES_H_

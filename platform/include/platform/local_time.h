@@ -4,11 +4,11 @@
 
 #include <ctime>
 
-namespace platform {
+namespace stream::platform {
 
 // Converts `time` to the system's time zone.
 std::tm LocalTime(std::time_t time);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_LOCAL_TIME_H_

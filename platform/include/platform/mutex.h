@@ -36,6 +36,8 @@
 // For a function that returns a reference to this mutex.
 #define RETURNS_MUTEX(mutex) THREAD_ANNOTATION(lock_returned(mutex))
 
+namespace stream {
+
 class THREAD_ANNOTATION(capability("mutex")) Mutex {
  public:
   Mutex() = default;
@@ -86,5 +88,7 @@ void WaitOn(std::condition_variable& condition, Mutex& mutex, const Predicate& m
     REQUIRES(mutex) {
   mutex.WithLock([&](std::unique_lock<std::mutex>& lock) { condition.wait(lock, met); });
 }
+
+}  // namespace stream
 
 #endif  // PLATFORM_MUTEX_H_

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-namespace platform {
+namespace stream::platform {
 
 // Asks the system to provide all pages of fresh memory now, as large pages if possible, instead of
 // one page at each first touch. Only a hint: does nothing if the system cannot.
@@ -25,6 +25,6 @@ std::size_t TrimPages(void* memory, std::size_t size, std::size_t used);
 // the next write are undefined. Only a hint.
 void DiscardPages(void* memory, std::size_t size);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_PAGES_H_

@@ -9,7 +9,7 @@
 #include <cstddef>
 #include <string>
 
-namespace platform {
+namespace stream::platform {
 
 // Buffer size for the name of the executable, including the terminating zero. Longer names are cut.
 inline constexpr std::size_t kModuleNameSize = 1024;
@@ -24,6 +24,6 @@ std::wstring ModuleFileNameWide();
 std::string UserCacheDirectory();
 std::wstring UserCacheDirectoryWide();
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_PATHS_H_

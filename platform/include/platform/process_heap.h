@@ -6,7 +6,7 @@
 
 #include <cstddef>
 
-namespace platform {
+namespace stream::platform {
 
 // Returns null if there is no memory.
 void* AllocateFromProcessHeap(std::size_t size);
@@ -14,6 +14,6 @@ void* AllocateFromProcessHeap(std::size_t size);
 // Releases a block of that heap, whichever side allocated it.
 void ReleaseToProcessHeap(void* block);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_PROCESS_HEAP_H_

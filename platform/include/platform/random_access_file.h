@@ -10,7 +10,7 @@
 #include <optional>
 #include <utility>
 
-namespace platform {
+namespace stream::platform {
 
 // Identifies a file: the same for all its names and handles, and different for every other file
 // while one of its handles is open.
@@ -58,6 +58,6 @@ class RandomAccessFile {
   std::uint64_t opened_size_;
 };
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_RANDOM_ACCESS_FILE_H_

@@ -2,11 +2,11 @@
 #ifndef PLATFORM_SLEEP_H_
 #define PLATFORM_SLEEP_H_
 
-namespace platform {
+namespace stream::platform {
 
 // Sleeps for about this long, whatever the resolution of the system's timer.
 void SleepMilliseconds(unsigned milliseconds);
 
-}  // namespace platform
+}  // namespace stream::platform
 
 #endif  // PLATFORM_SLEEP_H_

@@ -4,6 +4,7 @@
 #include "fake_mp4v2.h"
 #include "mp4/mp4_tracks.h"
 
+namespace stream {
 namespace {
 
 constexpr MP4TrackId kTrack = 1;
@@ -31,3 +32,4 @@ TEST(Mp4InstalledTracksTest, ParameterSetsOfATrackWithANameAreRequested) {
 }
 
 }  // namespace
+}  // namespace stream

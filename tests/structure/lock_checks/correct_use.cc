@@ -1,5 +1,7 @@
 #include "tests/structure/lock_checks/guarded_counter.h"
 
+using namespace stream;
+
 int main() {
   GuardedCounter counter;
   counter.AddOne();

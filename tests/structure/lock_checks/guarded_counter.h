@@ -4,6 +4,8 @@
 
 #include "platform/mutex.h"
 
+namespace stream {
+
 class GuardedCounter {
  public:
   void AddOne() {
@@ -27,5 +29,7 @@ class GuardedCounter {
   std::condition_variable changed_;
   int count_ GUARDED_BY(inner_) = 0;
 };
+
+}  // namespace stream
 
 #endif  // TESTS_STRUCTURE_LOCK_CHECKS_GUARDED_COUNTER_H_

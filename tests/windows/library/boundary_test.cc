@@ -19,6 +19,7 @@
 #include "tests/support/recording_player.h"
 #include "tests/support/ts_packets.h"
 
+namespace stream {
 namespace {
 
 constexpr int kFrames = 60;
@@ -144,3 +145,4 @@ TEST(WindowsBoundaryTest, AssignmentAndZeroFillCanBeCalled) {
 }
 
 }  // namespace
+}  // namespace stream

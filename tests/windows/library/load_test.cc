@@ -12,6 +12,7 @@
 #include "tests/windows/library/one_stream_server.h"
 #include "tests/windows/library/process_counts.h"
 
+namespace stream {
 namespace {
 
 constexpr std::size_t kFrames = 40;
@@ -63,3 +64,4 @@ TEST(WindowsLoadTest, CLibraryStaysLoadedWhenItIsFreed) {
 }
 
 }  // namespace
+}  // namespace stream

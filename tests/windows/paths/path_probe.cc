@@ -6,6 +6,8 @@
 
 #include "common/temp_files.h"
 
+using namespace stream;
+
 namespace {
 
 template <typename Text>

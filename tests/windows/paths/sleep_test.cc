@@ -6,6 +6,7 @@
 
 #include "platform/sleep.h"
 
+namespace stream {
 namespace {
 
 using Milliseconds = std::chrono::duration<double, std::milli>;
@@ -39,3 +40,4 @@ TEST(WindowsSleepTest, SleepOfTenMillisecondsTakesAboutTen) {
 }
 
 }  // namespace
+}  // namespace stream

@@ -6,6 +6,7 @@
 
 #include "platform/files.h"
 
+namespace stream {
 namespace {
 
 TEST(WindowsSpecialFileTest, DevicesAndPipesAreSpecial) {
@@ -27,3 +28,4 @@ TEST(WindowsSpecialFileTest, DirectoriesAreSpecialAndFilesAreNot) {
 }
 
 }  // namespace
+}  // namespace stream

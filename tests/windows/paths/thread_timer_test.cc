@@ -10,6 +10,7 @@
 
 #include "platform/sleep.h"
 
+namespace stream {
 namespace {
 
 // A thread that reuses and fills all small blocks that are released to the heap.
@@ -76,3 +77,4 @@ TEST(ThreadTimerTest, ThreadsThatEndLeaveNoHandle) {
 }
 
 }  // namespace
+}  // namespace stream

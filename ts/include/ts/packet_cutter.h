@@ -14,6 +14,8 @@
 #include "common/byte_buffer.h"
 #include "ts/ts_packet.h"
 
+namespace stream {
+
 class PacketCutter {
  public:
   // `offset` is the position in the stream of the first byte that will be appended.
@@ -31,5 +33,7 @@ class PacketCutter {
   std::array<char, kTsPacketSize> partial_;  // the incomplete packet
   std::size_t partial_size_ = 0;
 };
+
+}  // namespace stream
 
 #endif  // TS_PACKET_CUTTER_H_

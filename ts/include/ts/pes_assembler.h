@@ -6,6 +6,8 @@
 #include <array>
 #include <cstdint>
 
+namespace stream {
+
 inline constexpr std::uint32_t kMaxPesPayload = 1'048'576;
 
 using PesBuffer = std::array<std::uint8_t, kMaxPesPayload>;
@@ -33,5 +35,7 @@ struct pes_assembler {
 
 // Decodes the 33-bit timestamp in the five bytes of a PTS or DTS field. Does not check marker bits.
 std::uint64_t get_pes_timestamp(const std::array<std::uint8_t, 5>& field);
+
+}  // namespace stream
 
 #endif  // TS_PES_ASSEMBLER_H_

@@ -9,6 +9,8 @@
 
 #include "common/frame_queue.h"
 
+namespace stream {
+
 // The state of one queue since its last reset. Use it with g_frameQueueMutex held.
 //
 // A delivery thread may already have popped and released the node of an anchor. Therefore an anchor
@@ -38,5 +40,7 @@ class PlayTimeInterpolator {
   std::optional<Anchor> anchor_;
   std::optional<Anchor> prev_anchor_;
 };
+
+}  // namespace stream
 
 #endif  // TS_PLAY_TIMES_H_

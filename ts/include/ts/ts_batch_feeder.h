@@ -4,6 +4,8 @@
 
 #include "common/byte_buffer.h"
 
+namespace stream {
+
 /// Each parse task has one, and uses it on its own thread.
 ///
 /// A batch is not copied: its buffer is exchanged with g_tsStreamBuffer, so that the download waits
@@ -19,5 +21,7 @@ class TsBatchFeeder {
 
   CByteBuffer batch_;
 };
+
+}  // namespace stream
 
 #endif  // TS_TS_BATCH_FEEDER_H_

@@ -8,6 +8,8 @@
 
 #include "ts/ts_program.h"
 
+namespace stream {
+
 struct ts_context {
   // Processes `count` packets and returns 0.
   using Handler = std::int32_t (*)(ts_context* context, const std::uint8_t* packets,
@@ -42,5 +44,7 @@ std::int32_t ts_probe(ts_context& context, ts_context::Handler handler, const st
 // Updates the context from a PAT or PMT packet; other packets change nothing. Reads the first
 // packet, and does nothing unless `length` covers one to seven packets.
 void get_pmt_info(const std::uint8_t* packet, std::int32_t length, ts_context& context);
+
+}  // namespace stream
 
 #endif  // TS_TS_CONTEXT_H_

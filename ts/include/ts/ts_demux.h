@@ -1,6 +1,6 @@
 // The process's transport stream demultiplexer, which the TS and HLS pipelines share. It outlives
-// streams: programs, PIDs and unfinished frames of a stream are still there when the next one begins
-// (TsDemuxer::ResetStreams).
+// streams: programs, PIDs and unfinished frames of a stream are still there when the next one
+// begins (TsDemuxer::ResetStreams).
 #ifndef TS_TS_DEMUX_H_
 #define TS_TS_DEMUX_H_
 
@@ -9,6 +9,8 @@
 
 #include "ts/ts_context.h"
 #include "ts/ts_queue_demuxer.h"
+
+namespace stream {
 
 TsQueueDemuxer& ProcessTsDemuxer();
 
@@ -29,5 +31,7 @@ std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length);
 /// The handler of playable streams: passes `count` packets to the process's demultiplexer, to be
 /// demultiplexed with the programs and PIDs of `context`. Returns 0. Requires TsDemuxLock.
 std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets, std::int32_t count);
+
+}  // namespace stream
 
 #endif  // TS_TS_DEMUX_H_

@@ -17,6 +17,8 @@
 #include "ts/ts_frame_sink.h"
 #include "ts/ts_packet.h"
 
+namespace stream {
+
 /// No lock: use an instance from one thread at a time. It contains the memory of its assemblers,
 /// over 2 MiB, so it does not belong on a stack.
 class TsDemuxer {
@@ -66,5 +68,7 @@ class TsDemuxer {
   ElementaryStream video_{true, {video_buffer_}};
   ElementaryStream audio_{false, {audio_buffer_}};
 };
+
+}  // namespace stream
 
 #endif  // TS_TS_DEMUXER_H_

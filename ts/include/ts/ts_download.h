@@ -9,6 +9,8 @@
 #include "common/player_port.h"
 #include "ts/packet_cutter.h"
 
+namespace stream {
+
 // The download waits while this many bytes or more are unread, which happens only while the parser
 // waits too. The limit is far below the maximum size of the buffer.
 inline constexpr std::uint32_t kMaxUnreadTsBytes = std::uint32_t{1} << 30;
@@ -50,5 +52,7 @@ class TsTransfer {
   bool is_at_start_ = true;
   PacketCutter packets_;
 };
+
+}  // namespace stream
 
 #endif  // TS_TS_DOWNLOAD_H_

@@ -16,7 +16,7 @@
 #include "common/player_port.h"
 #include "common/thread_pool.h"
 
-class CTsDownloader : private CThreadPool {
+class CTsDownloader : private stream::CThreadPool {
  public:
   explicit CTsDownloader(CStreamPlayerImp* player);
   ~CTsDownloader();
@@ -36,13 +36,13 @@ class CTsDownloader : private CThreadPool {
 
  private:
   void UseUrl(const std::string& url);
-  bool IsWanted(const FrameRecord& frame) const;
+  bool IsWanted(const stream::FrameRecord& frame) const;
   void RunDownload(const std::string& url);
 
-  const PlayerPort player_;
+  const stream::PlayerPort player_;
   std::atomic<float> startSeconds{0};
   std::atomic<bool> downloading{true};  // Kept for compatibility: nothing reads it
-  Pipeline pipeline_;                   // last: no task may outlive the other members
+  stream::Pipeline pipeline_;           // last: no task may outlive the other members
 };
 
 #endif  // TS_TS_DOWNLOADER_H_

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <span>
 
+namespace stream {
+
 /// The payload of one PES packet, as carried: an Annex B byte stream for H.264 and H.265, ADTS
 /// frames for AAC.
 struct TsFrame {
@@ -24,5 +26,7 @@ class TsFrameSink {
  protected:
   ~TsFrameSink() = default;
 };
+
+}  // namespace stream
 
 #endif  // TS_TS_FRAME_SINK_H_

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace stream {
+
 inline constexpr std::size_t kTsPacketSize = 188;
 inline constexpr std::uint8_t kTsSyncByte = 0x47;
 
@@ -50,5 +52,7 @@ class TsPacket {
 inline std::uint16_t TsPacket::RawU16At(std::size_t offset) const {
   return static_cast<std::uint16_t>(At(offset) | At(offset + 1) << 8);
 }
+
+}  // namespace stream
 
 #endif  // TS_TS_PACKET_H_

@@ -8,6 +8,8 @@
 #include "common/frame_queue.h"
 #include "common/player_port.h"
 
+namespace stream {
+
 // Parses received packets until g_tsRunning is cleared, and reports the growing duration to
 // `player`. Blocks. The bytes in g_tsStreamBuffer are aligned to packets.
 void ParseTs(const PlayerPort& player);
@@ -23,5 +25,7 @@ class TsDurationReport {
   std::uint64_t first_pts_ = 0;
   std::uint64_t newest_pts_ = 0;
 };
+
+}  // namespace stream
 
 #endif  // TS_TS_PARSE_H_

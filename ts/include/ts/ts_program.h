@@ -12,6 +12,8 @@
 
 #include "ts/ts_packet.h"
 
+namespace stream {
+
 inline constexpr int MAX_PROGRAM_NUMBER = 4;
 inline constexpr int kMaxAudioPids = 4;
 
@@ -37,5 +39,7 @@ std::int32_t parse_pat(const std::uint8_t* packet, ts_program_info* programs);
 // Stores the streams of the program whose PMT has the PID `program->pmt_pid`. Returns 0 if it found
 // a video stream, otherwise -1. Values stored before an error are kept.
 std::int32_t parse_pmt(const std::uint8_t* packet, ts_program_info* program);
+
+}  // namespace stream
 
 #endif  // TS_TS_PROGRAM_H_

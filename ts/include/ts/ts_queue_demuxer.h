@@ -10,6 +10,8 @@
 #include "ts/ts_demuxer.h"
 #include "ts/ts_frame_sink.h"
 
+namespace stream {
+
 /// After each ResetFrameQueues, the play times start again and TsDemuxer::ResetStreams is called.
 /// It checks the run of the queues itself, so that common/ does not depend on it.
 ///
@@ -43,5 +45,7 @@ class TsQueueDemuxer final : private TsFrameSink {
   PlayTimeInterpolator audio_play_times_;
   RunId queue_run_{};  // of the frame queues; the state of the streams belongs to it
 };
+
+}  // namespace stream
 
 #endif  // TS_TS_QUEUE_DEMUXER_H_

@@ -15,6 +15,8 @@
 #include "common/never_destroyed.h"
 #include "common/player_port.h"
 
+namespace stream {
+
 // The run flag: the loops of all four tasks run while it is set.
 extern std::atomic<bool> g_tsRunning;
 
@@ -40,5 +42,7 @@ extern NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
 
 // Returns a copy of g_tsUrl.
 std::string TsUrl();
+
+}  // namespace stream
 
 #endif  // TS_TS_STATE_H_

@@ -5,6 +5,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace stream {
+
 inline constexpr std::uint8_t kStreamTypeMpeg1Video = 0x01;
 inline constexpr std::uint8_t kStreamTypeMpeg2Video = 0x02;
 inline constexpr std::uint8_t kStreamTypeMpeg1Audio = 0x03;
@@ -27,5 +29,7 @@ bool IsKnownButNotPlayable(std::uint8_t type);
 
 // Stream type of the last video or unrecognised stream that a PMT listed; 0 before the first.
 extern std::atomic<std::uint8_t> ts_last_stream_type;
+
+}  // namespace stream
 
 #endif  // TS_TS_STREAM_TYPE_H_

@@ -15,6 +15,8 @@
 #include <string>
 #include <string_view>
 
+namespace stream {
+
 // If a header is reused for a second text, it keeps the fields that this text does not set. Only
 // isLive, totalDuration and streamInfPending are reset.
 struct M3u8Header {
@@ -66,5 +68,7 @@ bool ParseM3u8(M3u8Header& header, std::string_view baseUrl, std::string_view te
 // Resolves `line`, a URI in the playlist at `playlist_url`. It only concatenates text: "." and ".."
 // stay, and so do errors in either address.
 std::string ResolveM3u8Uri(std::string_view playlist_url, std::string_view line);
+
+}  // namespace stream
 
 #endif  // HLS_PLAYLIST_M3U8_PLAYLIST_H_

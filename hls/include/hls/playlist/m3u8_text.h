@@ -11,6 +11,8 @@
 #include <string>
 #include <string_view>
 
+namespace stream {
+
 // Trimmed from lines, attribute names and attribute values.
 inline constexpr std::string_view kM3u8Blanks = " \r\n\t";
 
@@ -71,5 +73,7 @@ using M3u8Attributes = std::map<std::string, std::string, std::less<>>;
 // compatibility.
 M3u8Attributes ParseAttributeList(std::string_view text, std::string_view listSeparator,
                                   std::string_view keyValueSeparator);
+
+}  // namespace stream
 
 #endif  // HLS_PLAYLIST_M3U8_TEXT_H_

@@ -44,7 +44,8 @@ Movie CompactSizes(unsigned bits) {
 Movie QuickTime() {
   const Bytes wave = mp4_boxes::Box("wave", mp4_boxes::Esds(0x40, mp4_boxes::kAacLc48000Stereo, 4));
   Movie movie = mp4_boxes::SmallMovie();
-  movie.tracks[1].entry = mp4_boxes::SoundEntry("mp4a", 2, mp4_boxes::Join({Bytes(16), wave}));
+  movie.tracks[1].entry =
+      mp4_boxes::AudioSampleEntry("mp4a", 2, mp4_boxes::Join({Bytes(16), wave}));
   movie.tracks[1].entry[17] = 1;  // its version
   return movie;
 }

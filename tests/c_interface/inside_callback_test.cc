@@ -9,7 +9,7 @@
 
 #include "tests/c_interface/local_streams.h"
 #include "tests/c_interface/recorded_downloader.h"
-#include "tests/support/held_video_call.h"
+#include "tests/support/blocked_video_call.h"
 #include "tests/support/test_limit.h"
 
 namespace stream {

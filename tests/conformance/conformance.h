@@ -42,7 +42,7 @@
 #include "tests/conformance/mp4_format.h"
 #include "tests/conformance/ts_format.h"
 #include "tests/support/play.h"
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 #include "tests/support/wait_until.h"
 
 namespace stream {
@@ -65,11 +65,11 @@ inline std::string PathOf(const std::string& url) {
 }
 
 template <typename Format>
-class Conformance : protected AccountedStops, public Play<Format> {
+class Conformance : protected RecordedStops, public Play<Format> {
  protected:
   using Record = RecordingPlayer::Record;
 
-  Conformance() : AccountedStops(Format::Runs) {}
+  Conformance() : RecordedStops(Format::Runs) {}
 
   static std::string StartLine(const std::string& url) {
     return std::string("PLAY ") + Format::kName + ":" + url;
@@ -92,7 +92,7 @@ class Conformance : protected AccountedStops, public Play<Format> {
   bool StopPromptly() {
     const bool was_running = this->Stop();
     EXPECT_FALSE(Format::Runs());
-    EXPECT_TRUE(account_.WasPrompt(Format::kPace));
+    EXPECT_TRUE(sleep_recorder_.WasPrompt(Format::kPace));
     return was_running;
   }
 
@@ -106,7 +106,7 @@ class Conformance : protected AccountedStops, public Play<Format> {
 
   // Call it after a stop, so that only the next start is recorded.
   void StartAgain() {
-    account_.Forget();
+    sleep_recorder_.Forget();
     this->player_.Reopen();
     this->player_.Forget();
   }
@@ -116,7 +116,7 @@ class Conformance : protected AccountedStops, public Play<Format> {
   void ExpectToPlayWhole(const std::string& name, const FrameCounts& due,
                          std::size_t left_behind = 0) {
     const std::string url = this->server_.Whole(name);
-    account_.Forget();
+    sleep_recorder_.Forget();
     EXPECT_TRUE(this->downloader_.BeginDownload(url));
     EXPECT_TRUE(WaitForFrames(due));
     EXPECT_TRUE(this->WaitForMessage(OkLine(url)));

@@ -1,6 +1,6 @@
 // Unusual players: none at all, one that blocks, one that throws.
 #include "tests/conformance/conformance.h"
-#include "tests/support/held_video_call.h"
+#include "tests/support/blocked_video_call.h"
 #include "tests/support/throwing_player.h"
 
 namespace stream {
@@ -19,7 +19,7 @@ TYPED_TEST(PlayerTest, WithoutAPlayerFramesAreRemovedAndReleased) {
   EXPECT_TRUE(WaitUntil([this] { return this->AllAreTaken(TypeParam::kDue); }));
   EXPECT_TRUE(facade.SetStartPostion(1));
   EXPECT_TRUE(facade.EndDownload());
-  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+  EXPECT_TRUE(this->sleep_recorder_.WasPrompt(TypeParam::kPace));
 }
 
 TYPED_TEST(PlayerTest, PlayerThatBlocksInVideoGetsItsAudioAndTheStopWaitsOnlyForItsCall) {
@@ -31,7 +31,7 @@ TYPED_TEST(PlayerTest, PlayerThatBlocksInVideoGetsItsAudioAndTheStopWaitsOnlyFor
   EXPECT_TRUE(StopDuringBlockedCall(call, this->downloader_));
   this->player_.Close();
   EXPECT_EQ(this->player_.Snapshot().video.size(), 1U) << "another frame was delivered after it";
-  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+  EXPECT_TRUE(this->sleep_recorder_.WasPrompt(TypeParam::kPace));
 }
 
 TYPED_TEST(PlayerTest, PlayerThatThrowsInEveryCallGetsAllCallsAndCanBeStopped) {
@@ -44,7 +44,7 @@ TYPED_TEST(PlayerTest, PlayerThatThrowsInEveryCallGetsAllCallsAndCanBeStopped) {
   EXPECT_TRUE(facade.EndDownload());
   testing::internal::GetCapturedStdout();
   EXPECT_GE(player.calls.load(), static_cast<int>(TypeParam::kDue.video + TypeParam::kDue.audio));
-  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+  EXPECT_TRUE(this->sleep_recorder_.WasPrompt(TypeParam::kPace));
 }
 
 }  // namespace

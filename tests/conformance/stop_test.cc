@@ -43,13 +43,13 @@ class StopTest : public Conformance<Format> {
         EXPECT_TRUE(this->WaitForVideo(1 + random() % 15));
         return;
       default:
-        EXPECT_TRUE(this->account_.AwaitSleeps(sleeps_ + random() % 60));
+        EXPECT_TRUE(this->sleep_recorder_.WaitForSleeps(sleeps_ + random() % 60));
     }
   }
 
   void BeginCounting() {
     requests_ = this->server_.Requests().size();
-    sleeps_ = this->account_.Sleeps();
+    sleeps_ = this->sleep_recorder_.Sleeps();
   }
 
   std::size_t requests_ = 0;
@@ -151,7 +151,7 @@ TYPED_TEST(StopTest, HundredStopsAtRandomTimesFromAnotherThread) {
   testing::internal::CaptureStdout();
   for (std::size_t i = 0; i < kStops; ++i) {
     this->StartAgain();
-    this->account_.EndWaitsImmediately(random() % 2 == 0);
+    this->sleep_recorder_.EndWaitsImmediately(random() % 2 == 0);
     this->downloader_.SetStartPostion(0);  // otherwise a finite stream would reach its end
     this->BeginCounting();
     this->downloader_.BeginDownload(urls.at(i / 2 % 2));
@@ -177,7 +177,7 @@ TYPED_TEST(StopTest, DestructorOfTheFacadeStops) {
   }
   this->player_.Close();
   EXPECT_FALSE(TypeParam::Runs());
-  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+  EXPECT_TRUE(this->sleep_recorder_.WasPrompt(TypeParam::kPace));
 }
 
 TYPED_TEST(StopTest, DestructorOfThePipelineStops) {
@@ -188,7 +188,7 @@ TYPED_TEST(StopTest, DestructorOfThePipelineStops) {
   }
   this->player_.Close();
   EXPECT_FALSE(TypeParam::Runs());
-  EXPECT_TRUE(this->account_.WasPrompt(TypeParam::kPace));
+  EXPECT_TRUE(this->sleep_recorder_.WasPrompt(TypeParam::kPace));
 }
 
 TYPED_TEST(StopTest, DestructorOfAPipelineThatNeverPlayedPrintsNothing) {

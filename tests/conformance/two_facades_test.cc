@@ -2,7 +2,7 @@
 #include "tests/support/two_facades.h"
 
 #include "tests/conformance/conformance.h"
-#include "tests/support/held_video_call.h"
+#include "tests/support/blocked_video_call.h"
 
 namespace stream {
 

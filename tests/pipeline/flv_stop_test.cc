@@ -8,7 +8,7 @@
 #include "flv/flv_stream.h"
 #include "tests/support/flv_play.h"
 #include "tests/support/local_file.h"
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 #include "tests/support/wait_until.h"
 
 namespace stream {
@@ -19,15 +19,15 @@ using flv_test::Join;
 using flv_test::MakeStream;
 
 // tests/conformance tests what every pipeline does at a stop; this file tests what only FLV does.
-class FlvStopTest : protected AccountedStops, public FlvPlayFixture {
+class FlvStopTest : protected RecordedStops, public FlvPlayFixture {
  protected:
-  FlvStopTest() : AccountedStops([] { return g_flvRunning.load(); }) {}
+  FlvStopTest() : RecordedStops([] { return g_flvRunning.load(); }) {}
 
   // Checks that after the stop each thread begins at most one more wait for bytes, and none longer
   // than the poll interval of the parser.
   bool StopPromptly() {
     const bool was_running = Stop();
-    EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(100)));
+    EXPECT_TRUE(sleep_recorder_.WasPrompt(std::chrono::milliseconds(100)));
     return was_running;
   }
 };

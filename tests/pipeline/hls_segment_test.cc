@@ -432,7 +432,7 @@ class HlsHandOverTest : public HlsPlay {
   // The server answers the playlist request once the loops for parsing and delivery sleep.
   void Begin(int segments) {
     PutOnDemand(stream_, segments);
-    server_.Put(kList, Held(Whole(OnDemandPlaylist(SegmentUris(0, segments)))));
+    server_.Put(kList, BlockedUntilRelease(Whole(OnDemandPlaylist(SegmentUris(0, segments)))));
     downloader_.BeginDownload(ListUrl());
     EXPECT_TRUE(clock_.WaitForWaiters(kLoops + kSegmentTask));
     server_.Release(kList);

@@ -56,8 +56,8 @@ class HlsSilenceTest : public HlsTasks {
 
   // Waits until transfers have read the time `count` more times.
   bool WaitForTimeReads(std::size_t count) {
-    const std::size_t looks = clock_.Looks();
-    return WaitUntil([&] { return clock_.Looks() >= looks + count; });
+    const std::size_t calls = clock_.NowCalls();
+    return WaitUntil([&] { return clock_.NowCalls() >= calls + count; });
   }
 
   // Waits until the transfer has received the bytes that a stalled reply sends. libcurl reads the
@@ -176,13 +176,13 @@ TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitContinues) {
   QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));
   RunUntil([this] { DownloadPartsThread(pipeline_); },
            [this] {
-             std::size_t looks = 0;
+             std::size_t calls = 0;
              for (std::size_t i = 1; i <= kTrickles; ++i) {
                const bool goes_on = server_.WaitForTrickles("/seg0.ts", i) &&
                                     clock_.WaitForWaiters(1) &&
-                                    WaitUntil([&] { return clock_.Looks() > looks; });
+                                    WaitUntil([&] { return clock_.NowCalls() > calls; });
                if (!goes_on) return false;
-               looks = clock_.Looks();
+               calls = clock_.NowCalls();
                clock_.Advance(kPauseAfterEach);
              }
              return true;
@@ -193,8 +193,8 @@ TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitContinues) {
 
 TEST_F(HlsSilenceTest, HeadersEndASilenceToo) {
   constexpr std::chrono::milliseconds kLongerThanHalf = kLimit / 2 + kLittle;
-  server_.Put("/0", Held(RedirectTo("/1")));
-  server_.Put("/1", Held(Whole(LivePlaylist(0, SegmentUris(0, 1)))));
+  server_.Put("/0", BlockedUntilRelease(RedirectTo("/1")));
+  server_.Put("/1", BlockedUntilRelease(Whole(LivePlaylist(0, SegmentUris(0, 1)))));
   auto refreshed = std::async(std::launch::async, [this] { return Refresh(server_.Url("/0")); });
   for (const char* path : {"/0", "/1"}) {
     EXPECT_TRUE(server_.WaitForRequests(path, 1));

@@ -8,7 +8,7 @@
 
 #include "hls/hls_stream.h"
 #include "tests/support/hls_play.h"
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"
 
@@ -24,16 +24,16 @@ using ts_test::MakeStream;
 // tests/conformance tests what every pipeline does at a stop; this file tests the states that only
 // HLS can be in. A pause between refreshes ends by the stop, or at once where a test needs the next
 // refresh, but never by its time limit.
-class HlsStopTest : protected AccountedStops, public HlsPlay {
+class HlsStopTest : protected RecordedStops, public HlsPlay {
  protected:
-  HlsStopTest() : AccountedStops([] { return g_hlsStream->ActiveRuns(); }) {
+  HlsStopTest() : RecordedStops([] { return g_hlsStream->ActiveRuns(); }) {
     PutOnDemand(MakeStream(60), 3);
   }
 
   // Stops, expects the stop to be prompt, and checks that nothing of the stream is left.
   void StopAndExpectNothingLeft() {
     StopAndExpectNothingLeftWithoutSleeps();
-    EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(1)));
+    EXPECT_TRUE(sleep_recorder_.WasPrompt(std::chrono::milliseconds(1)));
   }
 
   // The same without a check of the sleeps after the stop, some of which belong to a server that
@@ -74,7 +74,7 @@ TEST_F(HlsStopTest, WhileARefreshIsSilent) {
   downloader_.BeginDownload(ListUrl());
   ASSERT_TRUE(server_.WaitForRequests(kList, 2));
   server_.Put(kList, Silent());
-  account_.EndWaitsImmediately(true);
+  sleep_recorder_.EndWaitsImmediately(true);
   stream_.WakeTasks();
   ASSERT_TRUE(server_.WaitForRequests(kList, 3));
   StopAndExpectNothingLeft();

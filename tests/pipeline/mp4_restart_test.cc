@@ -521,7 +521,7 @@ TEST_F(Mp4BlockedFolderTest, SameAddressResumesInTheUsersCache) {
   EXPECT_THAT(server_.Ranges(), ElementsAre("bytes=0-", RangeFrom(PartEnd())));
   EXPECT_EQ(RestartFile(), folder_.InCache() + "mebo.mp4");
   ExpectWholeFile();
-  EXPECT_FALSE(std::filesystem::exists(folder_.Beside()));
+  EXPECT_FALSE(std::filesystem::exists(folder_.BesideExecutable()));
   EXPECT_THAT(Console(), testing::Not(testing::HasSubstr("Cache files")));
 }
 

@@ -12,7 +12,7 @@
 #include "mp4/mp4_downloader.h"
 #include "tests/support/local_file.h"
 #include "tests/support/mp4_play.h"
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 
 namespace stream {
 namespace {
@@ -24,13 +24,13 @@ using testing::AnyOf;
 using testing::SizeIs;
 
 // tests/conformance tests what every pipeline does at a stop; this file tests what only MP4 does.
-class Mp4StopTest : protected AccountedStops, public Mp4PlayFixture {
+class Mp4StopTest : protected RecordedStops, public Mp4PlayFixture {
  protected:
-  Mp4StopTest() : AccountedStops([] { return g_mp4Running.load(); }) {}
+  Mp4StopTest() : RecordedStops([] { return g_mp4Running.load(); }) {}
 
   bool StopPromptly() {
     const bool was_running = Stop();
-    EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(1)));
+    EXPECT_TRUE(sleep_recorder_.WasPrompt(std::chrono::milliseconds(1)));
     return was_running;
   }
 
@@ -148,11 +148,11 @@ TEST_F(Mp4StopTest, HundredStopsAndSeeksAtRandomTimesKeepTheFileCorrect) {
   const std::string url = ServeSlowly();
   for (int i = 0; i < 100; ++i) {
     player_.Reopen();
-    account_.Forget();
-    const std::size_t sleeps = account_.Sleeps();
+    sleep_recorder_.Forget();
+    const std::size_t sleeps = sleep_recorder_.Sleeps();
     downloader_.SetStartPostion(static_cast<float>(random() % 90));
     downloader_.BeginDownload(url);
-    EXPECT_TRUE(account_.AwaitSleeps(sleeps + random() % 40));
+    EXPECT_TRUE(sleep_recorder_.WaitForSleeps(sleeps + random() % 40));
     EXPECT_TRUE(StopPromptly());
     player_.Forget();
     player_.Reopen();

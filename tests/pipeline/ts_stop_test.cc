@@ -6,7 +6,7 @@
 #include <fstream>
 #include <string>
 
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 #include "tests/support/ts_play.h"
 #include "ts/ts_download.h"
 #include "ts/ts_downloader.h"
@@ -19,13 +19,13 @@ using testing::StartsWith;
 using ts_test::MakeStream;
 
 // tests/conformance tests what every pipeline does at a stop; this file tests what only TS does.
-class TsStopTest : protected AccountedStops, public TsPlay {
+class TsStopTest : protected RecordedStops, public TsPlay {
  protected:
-  TsStopTest() : AccountedStops([] { return g_tsRunning.load(); }) {}
+  TsStopTest() : RecordedStops([] { return g_tsRunning.load(); }) {}
 
   bool StopPromptly() {
     const bool was_running = Stop();
-    EXPECT_TRUE(account_.WasPrompt(std::chrono::milliseconds(10)));
+    EXPECT_TRUE(sleep_recorder_.WasPrompt(std::chrono::milliseconds(10)));
     return was_running;
   }
 

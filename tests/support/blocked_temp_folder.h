@@ -18,7 +18,7 @@ class BlockedTempFolder {
  public:
   BlockedTempFolder() {
     Remove();
-    std::ofstream(Beside()) << kContents;
+    std::ofstream(BesideExecutable()) << kContents;
     SetUserCache(cache_.string());
   }
   ~BlockedTempFolder() {
@@ -29,15 +29,15 @@ class BlockedTempFolder {
   BlockedTempFolder& operator=(const BlockedTempFolder&) = delete;
 
   // The blocked path, without a trailing separator.
-  static std::filesystem::path Beside() {
+  static std::filesystem::path BesideExecutable() {
     const std::string path = TempDirBeside(platform::ModuleFileName());
     return path.substr(0, path.size() - 1);
   }
   static bool IsBlocked() {
-    return std::filesystem::is_regular_file(Beside()) &&
-           std::filesystem::file_size(Beside()) == sizeof(kContents) - 1;
+    return std::filesystem::is_regular_file(BesideExecutable()) &&
+           std::filesystem::file_size(BesideExecutable()) == sizeof(kContents) - 1;
   }
-  static void Unblock() { std::filesystem::remove_all(Beside()); }
+  static void Unblock() { std::filesystem::remove_all(BesideExecutable()); }
 
   // Puts a file in the place of the user's cache directory as well.
   void BlockCache() const { std::ofstream(cache_) << kContents; }
@@ -49,7 +49,8 @@ class BlockedTempFolder {
   }
 
   std::string Line() const {
-    return "Cache files are in " + InCache() + ": " + Beside().string() + "/ cannot be written.\n";
+    return "Cache files are in " + InCache() + ": " + BesideExecutable().string() +
+           "/ cannot be written.\n";
   }
 
  private:

@@ -27,7 +27,7 @@ void HlsServer::SetUpReplies() {
     // the request must not apply to that request.
     const SharedReply reply = ReplyTo(request.path);
     Remember(request);
-    if (reply != nullptr && reply->is_held && !WaitForRelease(request.path)) return;
+    if (reply != nullptr && reply->is_blocked && !WaitForRelease(request.path)) return;
     Answer(request.path, reply, response);
   });
 }

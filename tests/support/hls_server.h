@@ -27,7 +27,7 @@ struct Reply {
   std::size_t sent = 0;
   int status = 200;
   std::string location = {};           // redirect target, if not empty
-  bool is_held = false;                // nothing is sent before Release, not even headers
+  bool is_blocked = false;             // nothing is sent before Release, not even headers
   std::chrono::milliseconds pause{1};  // for kRepeatForever; measured by the component's clock
 };
 
@@ -74,8 +74,8 @@ inline Reply RedirectTo(std::string location) {
   return {"", Reply::Then::kRest, 0, 302, std::move(location)};
 }
 
-inline Reply Held(Reply reply) {
-  reply.is_held = true;
+inline Reply BlockedUntilRelease(Reply reply) {
+  reply.is_blocked = true;
   return reply;
 }
 

@@ -104,8 +104,8 @@ inline Bytes Esds(unsigned object_type, const Bytes& config, int size_bytes = 1)
   return FullBox("esds", 0, Descriptor(3, stream, size_bytes));
 }
 
-inline Bytes SoundEntry(const std::string& name, unsigned channels, const Bytes& children,
-                        unsigned rate = 48000) {
+inline Bytes AudioSampleEntry(const std::string& name, unsigned channels, const Bytes& children,
+                              unsigned rate = 48000) {
   return Box(name, Join({Zeros(6), U16(1), Zeros(8), U16(channels), U16(16), Zeros(4), U16(rate),
                          U16(0), children}));
 }
@@ -115,7 +115,7 @@ inline const Bytes kPps = {0x68, 0xEB, 0xE3, 0xCB};
 inline const Bytes kAacLc48000Stereo = {0x11, 0x90};
 
 inline Bytes AvcEntry() { return VideoEntry("avc1", AvcC({kSps}, {kPps})); }
-inline Bytes AacEntry() { return SoundEntry("mp4a", 2, Esds(0x40, kAacLc48000Stereo)); }
+inline Bytes AacEntry() { return AudioSampleEntry("mp4a", 2, Esds(0x40, kAacLc48000Stereo)); }
 
 // --- Files ---
 

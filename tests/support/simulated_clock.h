@@ -67,7 +67,7 @@ class SimulatedClock final : public Clock {
   // The number of sleeps that have begun.
   std::size_t Sleeps() const;
   std::size_t Sleeps(Duration duration) const;  // only those of exactly this length
-  std::size_t Looks() const { return now_calls_.load(); }
+  std::size_t NowCalls() const { return now_calls_.load(); }
 
   // The number of times that waiting threads have found their condition false.
   std::size_t UnmetChecks() const { return unmet_checks_.load(); }

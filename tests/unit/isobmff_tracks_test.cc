@@ -11,6 +11,7 @@
 namespace stream {
 namespace {
 
+using mp4_boxes::AudioSampleEntry;
 using mp4_boxes::AvcC;
 using mp4_boxes::Box;
 using mp4_boxes::Bytes;
@@ -20,7 +21,6 @@ using mp4_boxes::kAacLc48000Stereo;
 using mp4_boxes::kPps;
 using mp4_boxes::kSps;
 using mp4_boxes::Movie;
-using mp4_boxes::SoundEntry;
 using mp4_boxes::Table;
 using mp4_boxes::Text;
 using mp4_boxes::U16;
@@ -219,7 +219,8 @@ TEST(IsobmffTracksTest, VideoHasNoAudioProperties) {
 
 TEST(IsobmffTracksTest, DescriptorSizesOfUpToFourBytes) {
   for (int bytes = 1; bytes <= 4; ++bytes) {
-    const Mp4FileHandle file = WithAudio(SoundEntry("mp4a", 6, Esds(0x40, {0x2B, 0x92}, bytes)));
+    const Mp4FileHandle file =
+        WithAudio(AudioSampleEntry("mp4a", 6, Esds(0x40, {0x2B, 0x92}, bytes)));
     EXPECT_EQ(ConfigurationOf(file, 2), std::pair(true, Bytes({0x2B, 0x92})));
     EXPECT_EQ(MP4GetTrackAudioMpeg4Type(file.get(), 2), 5);  // SBR
     EXPECT_EQ(MP4GetTrackAudioChannels(file.get(), 2), 6);
@@ -227,14 +228,14 @@ TEST(IsobmffTracksTest, DescriptorSizesOfUpToFourBytes) {
 }
 
 TEST(IsobmffTracksTest, AudioObjectTypeAbove31) {
-  const Mp4FileHandle file = WithAudio(SoundEntry("mp4a", 2, Esds(0x40, {0xF9, 0x40, 0x00})));
+  const Mp4FileHandle file = WithAudio(AudioSampleEntry("mp4a", 2, Esds(0x40, {0xF9, 0x40, 0x00})));
   EXPECT_EQ(MP4GetTrackAudioMpeg4Type(file.get(), 2), 42);
-  const Mp4FileHandle cut_off = WithAudio(SoundEntry("mp4a", 2, Esds(0x40, {0xF9})));
+  const Mp4FileHandle cut_off = WithAudio(AudioSampleEntry("mp4a", 2, Esds(0x40, {0xF9})));
   EXPECT_EQ(MP4GetTrackAudioMpeg4Type(cut_off.get(), 2), 0);
 }
 
 TEST(IsobmffTracksTest, Mp3HasNoMpeg4Type) {
-  const Mp4FileHandle file = WithAudio(SoundEntry("mp4a", 2, Esds(0x6B, {})));
+  const Mp4FileHandle file = WithAudio(AudioSampleEntry("mp4a", 2, Esds(0x6B, {})));
   EXPECT_EQ(MP4GetTrackAudioMpeg4Type(file.get(), 2), 0);
   EXPECT_EQ(ConfigurationOf(file, 2), std::pair(false, Bytes()));
   EXPECT_EQ(MP4GetNumberOfTracks(file.get(), "soun", 0x6B), 1U);
@@ -246,7 +247,7 @@ TEST(IsobmffTracksTest, OptionalFieldsOfTheStreamDescriptorAreSkipped) {
   const Bytes stream =
       Join({U16(1), {0xE0}, U16(5), {3}, Text("url"), U16(6), mp4_boxes::Descriptor(4, decoder)});
   const Bytes esds = mp4_boxes::FullBox("esds", 0, mp4_boxes::Descriptor(3, stream));
-  EXPECT_EQ(ConfigurationOf(WithAudio(SoundEntry("mp4a", 2, esds)), 2),
+  EXPECT_EQ(ConfigurationOf(WithAudio(AudioSampleEntry("mp4a", 2, esds)), 2),
             std::pair(true, kAacLc48000Stereo));
 }
 
@@ -255,7 +256,7 @@ TEST(IsobmffTracksTest, MalformedStreamDescriptorIsSkipped) {
   for (std::size_t size = 8; size + 3 < whole.size(); ++size) {  // without the last descriptor
     Bytes cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size));
     cut[3] = static_cast<std::uint8_t>(size);
-    const Mp4FileHandle file = WithAudio(SoundEntry("mp4a", 2, cut));
+    const Mp4FileHandle file = WithAudio(AudioSampleEntry("mp4a", 2, cut));
     ASSERT_TRUE(file);
     EXPECT_EQ(ConfigurationOf(file, 2), std::pair(false, Bytes())) << size;
     EXPECT_EQ(MP4GetTrackAudioMpeg4Type(file.get(), 2), 0) << size;

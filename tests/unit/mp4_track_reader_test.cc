@@ -16,11 +16,11 @@
 namespace stream {
 namespace {
 
+using mp4_boxes::AudioSampleEntry;
 using mp4_boxes::AvcC;
 using mp4_boxes::Esds;
 using mp4_boxes::kPps;
 using mp4_boxes::kSps;
-using mp4_boxes::SoundEntry;
 using mp4_boxes::VideoEntry;
 using mp4_test::AddStartCode;
 using mp4_test::AudioTrack;
@@ -160,14 +160,14 @@ TEST_F(Mp4TrackReaderTest, AacTrackOf44100HzHasIndexFour) {
 TEST_F(Mp4TrackReaderTest, SbrTrackOf88200HzHasIndexFourToo) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[1] = AudioTrack({.samples = 1}, 88200);
-  movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0x2B, 0x91, 0x88, 0x00}));
+  movie.tracks[1].entry = AudioSampleEntry("mp4a", 2, Esds(0x40, {0x2B, 0x91, 0x88, 0x00}));
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 2));
 }
 
 TEST_F(Mp4TrackReaderTest, PsTrackOf88200HzHasIndexFourToo) {
   Movie movie = MakeMovie({.samples = 1});
   movie.tracks[1] = AudioTrack({.samples = 1}, 88200);
-  movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0xEA, 0x09, 0x88, 0x00}));
+  movie.tracks[1].entry = AudioSampleEntry("mp4a", 2, Esds(0x40, {0xEA, 0x09, 0x88, 0x00}));
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 4, 1));
 }
 
@@ -187,7 +187,7 @@ TEST_F(Mp4TrackReaderTest, UnmappedRateKeepsTheIndexOfThePreviousFile) {
 
 TEST_F(Mp4TrackReaderTest, ChannelsAreThoseOfTheTrack) {
   Movie movie = MakeMovie({.samples = 1});
-  movie.tracks[1].entry = SoundEntry("mp4a", 2, Esds(0x40, {0x11, 0xB0}));
+  movie.tracks[1].entry = AudioSampleEntry("mp4a", 2, Esds(0x40, {0x11, 0xB0}));
   EXPECT_EQ(PassOver(movie).audio.at(0).payload, WithAdtsHeader(Filler(30, 0), 3, 6));
 }
 

@@ -15,11 +15,11 @@
 namespace stream {
 namespace {
 
+using mp4_boxes::AudioSampleEntry;
 using mp4_boxes::AvcC;
 using mp4_boxes::Esds;
 using mp4_boxes::kPps;
 using mp4_boxes::kSps;
-using mp4_boxes::SoundEntry;
 using mp4_boxes::VideoEntry;
 using mp4_test::AudioTrack;
 using mp4_test::BuildMp4;
@@ -150,7 +150,7 @@ TEST(Mp4TracksTest, SearchEndsAfterSixteenUnplayableTracks) {
 TEST(Mp4TracksTest, TypeInCapitalsIsFoundToo) {
   Track audio = AudioTrack({}, 88200);
   audio.handler = "SOUN";
-  audio.entry = SoundEntry("mp4a", 6, Esds(0x40, kSbr));
+  audio.entry = AudioSampleEntry("mp4a", 6, Esds(0x40, kSbr));
   const Mp4FileHandle file = Open(MovieOf({NumberedTrack(6, "ViDE"), audio}));
   ASSERT_NE(file, nullptr);
   EXPECT_EQ(FindMp4Track(file.get(), "vide"), 6U);
@@ -219,46 +219,46 @@ TEST(Mp4TracksTest, OtherCodecsKeepTheNameOfTheirSampleEntry) {
 TEST(Mp4TracksTest, ChannelsAreThoseOfTheAudioSpecificConfig) {
   for (std::uint8_t channels = 1; channels <= 7; ++channels) {
     const Bytes config = {0x11, static_cast<std::uint8_t>(0x80 | channels << 3)};
-    EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, config))).channels, channels);
+    EXPECT_EQ(Audio(48000, AudioSampleEntry("mp4a", 2, Esds(0x40, config))).channels, channels);
   }
 }
 
 TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryIfTheConfigHasNone) {
   for (const Bytes& config : {Bytes{0x11, 0x80}, Bytes{0x11, 0xC0}, Bytes{0x11, 0xF8}, Bytes{0x11},
                               Bytes{0xF9}, Bytes{}}) {
-    EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, Esds(0x40, config))).channels, 3U);
+    EXPECT_EQ(Audio(48000, AudioSampleEntry("mp4a", 3, Esds(0x40, config))).channels, 3U);
   }
-  EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 3, {})).channels, 3U);
+  EXPECT_EQ(Audio(48000, AudioSampleEntry("mp4a", 3, {})).channels, 3U);
 }
 
 // The same bytes have another meaning if the stream is not MPEG-4 audio.
 TEST(Mp4TracksTest, ChannelsAreThoseOfTheSampleEntryIfTheStreamIsNotMpeg4Audio) {
-  EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x6B, {0x11, 0xB0}))).channels, 2U);
+  EXPECT_EQ(Audio(48000, AudioSampleEntry("mp4a", 2, Esds(0x6B, {0x11, 0xB0}))).channels, 2U);
 }
 
 TEST(Mp4TracksTest, AacTrackReportsItsRateAndChannels) {
-  const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 6, Esds(0x40, {0x12, 0x30})));
+  const Mp4AudioTrack track = Audio(44100, AudioSampleEntry("mp4a", 6, Esds(0x40, {0x12, 0x30})));
   EXPECT_EQ(track.id, 2U);
   EXPECT_EQ(track.sample_rate, 44100U);
   EXPECT_EQ(track.channels, 6U);
 }
 
 TEST(Mp4TracksTest, SbrTrackReportsHalfItsRate) {
-  EXPECT_EQ(Audio(88200, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 44100U);
-  EXPECT_EQ(Audio(48000, SoundEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 24000U);
+  EXPECT_EQ(Audio(88200, AudioSampleEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 44100U);
+  EXPECT_EQ(Audio(48000, AudioSampleEntry("mp4a", 2, Esds(0x40, kSbr))).sample_rate, 24000U);
 }
 
 // The core is mono; PS makes it stereo.
 TEST(Mp4TracksTest, PsTrackReportsHalfItsRate) {
   const Bytes ps = {0xEB, 0x8A, 0x08, 0x00};  // audio object type 29
-  const Mp4AudioTrack track = Audio(44100, SoundEntry("mp4a", 2, Esds(0x40, ps)));
+  const Mp4AudioTrack track = Audio(44100, AudioSampleEntry("mp4a", 2, Esds(0x40, ps)));
   EXPECT_EQ(track.sample_rate, 22050U);
   EXPECT_EQ(track.channels, 1U);
 }
 
 TEST(Mp4TracksTest, AudioWithoutAConfigurationReportsItsRateUnchanged) {
-  EXPECT_EQ(Audio(44100, SoundEntry("mp4a", 2, Esds(0x6B, {}))).sample_rate, 44100U);
-  EXPECT_EQ(Audio(22050, SoundEntry("mp4a", 1, {})).sample_rate, 22050U);
+  EXPECT_EQ(Audio(44100, AudioSampleEntry("mp4a", 2, Esds(0x6B, {}))).sample_rate, 44100U);
+  EXPECT_EQ(Audio(22050, AudioSampleEntry("mp4a", 1, {})).sample_rate, 22050U);
 }
 
 TEST(Mp4TracksTest, DurationIsThatOfTheMovieInWholeMilliseconds) {

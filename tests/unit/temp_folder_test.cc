@@ -66,7 +66,7 @@ class BlockedTempFolderTest : public testing::Test {
 
   // The line if neither directory can be written.
   std::string LineAboutBoth() const {
-    return "Cache files cannot be written in " + folder_.Beside().string() + "/ nor in " +
+    return "Cache files cannot be written in " + folder_.BesideExecutable().string() + "/ nor in " +
            folder_.InCache() + ".\n";
   }
 
@@ -108,7 +108,7 @@ TEST_F(BlockedTempFolderTest, EachNewCacheFileIsReportedOnce) {
 TEST_F(BlockedTempFolderTest, DanglingLinkBlocksTheDirectoryToo) {
   folder_.Unblock();
   std::error_code failure;
-  std::filesystem::create_symlink("nowhere/at/all", folder_.Beside(), failure);
+  std::filesystem::create_symlink("nowhere/at/all", folder_.BesideExecutable(), failure);
   if (failure) GTEST_SKIP() << "no links here: " << failure.message();
   EXPECT_EQ(ConsoleOf([] { CreateCacheFile("mebo.ts"); }), folder_.Line());
   EXPECT_EQ(FilesInCache(), std::set<std::string>{"mebo.ts"});
@@ -165,7 +165,7 @@ class FreeTempFolderTest : public BlockedTempFolderTest {
 
 TEST_F(FreeTempFolderTest, MissingDirectoryIsNotCreatedForAFileThatIsOnlyOpened) {
   EXPECT_EQ(ConsoleOf([] { EXPECT_EQ(OpenTempFile("tmpE.ts", "wb+"), nullptr); }), "");
-  EXPECT_FALSE(std::filesystem::exists(folder_.Beside()));
+  EXPECT_FALSE(std::filesystem::exists(folder_.BesideExecutable()));
   EXPECT_EQ(GetTempDirA(), directory_);
 }
 

@@ -1,6 +1,6 @@
 // A player that blocks in its first video frame, and a check that a stop waits for that call.
-#ifndef TESTS_SUPPORT_HELD_VIDEO_CALL_H_
-#define TESTS_SUPPORT_HELD_VIDEO_CALL_H_
+#ifndef TESTS_SUPPORT_BLOCKED_VIDEO_CALL_H_
+#define TESTS_SUPPORT_BLOCKED_VIDEO_CALL_H_
 
 #include <gtest/gtest.h>
 
@@ -77,4 +77,4 @@ inline bool StopDuringBlockedCall(BlockedVideoCall& call, CStreamDownloader& fac
   return StopDuringBlockedCall(call, [&facade] { return facade.EndDownload(); });
 }
 
-#endif  // TESTS_SUPPORT_HELD_VIDEO_CALL_H_
+#endif  // TESTS_SUPPORT_BLOCKED_VIDEO_CALL_H_

@@ -1,4 +1,4 @@
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 
 #include <utility>
 
@@ -74,7 +74,7 @@ std::size_t StopSleepRecorder::Sleeps() const {
   return sleeps_;
 }
 
-bool StopSleepRecorder::AwaitSleeps(std::size_t count) {
+bool StopSleepRecorder::WaitForSleeps(std::size_t count) {
   std::unique_lock lock(mutex_);
   return slept_.wait_for(lock, kTestLimit, [&] { return sleeps_ >= count; });
 }

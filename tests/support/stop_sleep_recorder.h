@@ -1,8 +1,8 @@
 // StopSleepRecorder: forwards to the system's clock and records the sleeps that begin after the run
 // flag has been cleared, because a stop has to wait for them. A stop is prompt if no thread begins
 // more than the one sleep it had already decided on. That is checked without measuring time.
-#ifndef TESTS_SUPPORT_STOP_ACCOUNT_H_
-#define TESTS_SUPPORT_STOP_ACCOUNT_H_
+#ifndef TESTS_SUPPORT_STOP_SLEEP_RECORDER_H_
+#define TESTS_SUPPORT_STOP_SLEEP_RECORDER_H_
 
 #include <gtest/gtest.h>
 
@@ -60,7 +60,7 @@ class StopSleepRecorder final : public Clock {
 
   // Waits until `count` sleeps have begun since the construction. False if the time limit of a test
   // expires first.
-  bool AwaitSleeps(std::size_t count);
+  bool WaitForSleeps(std::size_t count);
 
  private:
   using ThreadAndLength = std::pair<std::thread::id, Duration>;
@@ -83,14 +83,14 @@ class StopSleepRecorder final : public Clock {
 
 // A base class of fixtures. List it before the base with the facade, so that the account is in use
 // until the facade has stopped.
-class AccountedStops {
+class RecordedStops {
  protected:
-  explicit AccountedStops(std::function<bool()> runs) : account_(std::move(runs)) {}
-  ~AccountedStops() = default;
+  explicit RecordedStops(std::function<bool()> runs) : sleep_recorder_(std::move(runs)) {}
+  ~RecordedStops() = default;
 
-  StopSleepRecorder account_;
+  StopSleepRecorder sleep_recorder_;
 };
 
 }  // namespace stream
 
-#endif  // TESTS_SUPPORT_STOP_ACCOUNT_H_
+#endif  // TESTS_SUPPORT_STOP_SLEEP_RECORDER_H_

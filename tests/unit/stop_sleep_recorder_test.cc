@@ -1,4 +1,4 @@
-#include "tests/support/stop_account.h"
+#include "tests/support/stop_sleep_recorder.h"
 
 #include <gtest/gtest.h>
 
@@ -15,46 +15,46 @@ namespace {
 using std::chrono::hours;
 using std::chrono::milliseconds;
 
-class StopAccountTest : public testing::Test {
+class StopSleepRecorderTest : public testing::Test {
  protected:
   std::atomic<bool> running_{true};
-  StopSleepRecorder account_{[this] { return running_.load(); }};
+  StopSleepRecorder sleep_recorder_{[this] { return running_.load(); }};
 };
 
-TEST_F(StopAccountTest, SleepsBeforeTheStopDoNotCount) {
+TEST_F(StopSleepRecorderTest, SleepsBeforeTheStopDoNotCount) {
   for (int i = 0; i < 3; ++i) SleepFor(milliseconds(2));
   running_ = false;
-  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
-  EXPECT_EQ(account_.Sleeps(), 3U);
+  EXPECT_TRUE(sleep_recorder_.WasPrompt(milliseconds(1)));
+  EXPECT_EQ(sleep_recorder_.Sleeps(), 3U);
 }
 
-TEST_F(StopAccountTest, EachThreadMayBeginOneSleepAfterTheStop) {
+TEST_F(StopSleepRecorderTest, EachThreadMayBeginOneSleepAfterTheStop) {
   running_ = false;
   std::thread first(SleepFor, milliseconds(1));
   std::thread second(SleepFor, milliseconds(1));
   SleepFor(milliseconds(1));
   first.join();
   second.join();
-  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+  EXPECT_TRUE(sleep_recorder_.WasPrompt(milliseconds(1)));
 }
 
-TEST_F(StopAccountTest, SecondSleepOfAThreadAfterTheStopIsNotPrompt) {
+TEST_F(StopSleepRecorderTest, SecondSleepOfAThreadAfterTheStopIsNotPrompt) {
   running_ = false;
   SleepFor(milliseconds(1));
   SleepFor(milliseconds(1));
-  EXPECT_FALSE(account_.WasPrompt(milliseconds(1)));
-  account_.Forget();
-  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+  EXPECT_FALSE(sleep_recorder_.WasPrompt(milliseconds(1)));
+  sleep_recorder_.Forget();
+  EXPECT_TRUE(sleep_recorder_.WasPrompt(milliseconds(1)));
 }
 
-TEST_F(StopAccountTest, SleepAfterTheStopAboveThePaceIsNotPrompt) {
+TEST_F(StopSleepRecorderTest, SleepAfterTheStopAboveThePaceIsNotPrompt) {
   running_ = false;
   SleepFor(milliseconds(2));
-  EXPECT_FALSE(account_.WasPrompt(milliseconds(1)));
-  EXPECT_TRUE(account_.WasPrompt(milliseconds(2)));
+  EXPECT_FALSE(sleep_recorder_.WasPrompt(milliseconds(1)));
+  EXPECT_TRUE(sleep_recorder_.WasPrompt(milliseconds(2)));
 }
 
-TEST_F(StopAccountTest, WaitEndsByItsConditionAndNotByItsLimit) {
+TEST_F(StopSleepRecorderTest, WaitEndsByItsConditionAndNotByItsLimit) {
   std::mutex mutex;
   std::condition_variable condition;
   std::promise<void> waiting;
@@ -70,22 +70,22 @@ TEST_F(StopAccountTest, WaitEndsByItsConditionAndNotByItsLimit) {
   running_ = false;
   condition.notify_all();
   EXPECT_TRUE(waited.get());
-  EXPECT_TRUE(account_.WasPrompt(milliseconds(1)));
+  EXPECT_TRUE(sleep_recorder_.WasPrompt(milliseconds(1)));
 }
 
-TEST_F(StopAccountTest, WaitsMayEndAtOnce) {
+TEST_F(StopSleepRecorderTest, WaitsMayEndAtOnce) {
   std::mutex mutex;
   std::condition_variable condition;
   std::unique_lock lock(mutex);
-  account_.EndWaitsImmediately(true);
+  sleep_recorder_.EndWaitsImmediately(true);
   EXPECT_FALSE(CurrentClock().WaitFor(condition, lock, hours(1), [] { return false; }));
 }
 
-TEST_F(StopAccountTest, SleepsCanBeAwaited) {
+TEST_F(StopSleepRecorderTest, SleepsCanBeAwaited) {
   auto sleeper = std::async(std::launch::async, [] {
     for (int i = 0; i < 5; ++i) SleepFor(milliseconds(1));
   });
-  EXPECT_TRUE(account_.AwaitSleeps(5));
+  EXPECT_TRUE(sleep_recorder_.WaitForSleeps(5));
   sleeper.get();
 }
 

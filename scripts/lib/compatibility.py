@@ -14,13 +14,17 @@ LIST = Path("docs/compatibility.md")
 PHRASE = re.compile(r"kept\s+(?://+\s+|#\s+)?for\s+(?://+\s+|#\s+)?compatibility", re.IGNORECASE)
 PLACE = re.compile(r"`([\w./]+\.(?:h|cc|c|py|cmake|txt))(?::([^`]+))?`")
 SOURCES = (".h", ".cc", ".c")
-FOLDERS = ("c_interface", "common", "flv", "hls", "host", "isobmff", "mp4", "msvc", "platform", "public",
-           "ts")
+FOLDERS = re.compile(r"set\(STREAM_(?:COMPONENT|INTERFACE)_FOLDERS ([^)]*)\)")
 
 
 def last_name(place):
     """The last identifier of a qualified name such as Class::~Member."""
     return re.split(r"::|\.", place)[-1]
+
+
+def component_folders(root):
+    """The folders whose sources are compared: cmake/Folders.cmake lists them."""
+    return " ".join(FOLDERS.findall((root / "cmake/Folders.cmake").read_text(encoding="utf-8"))).split()
 
 
 def unit(path):
@@ -47,7 +51,7 @@ def wrong_places(root, text):
 def missing_files(root, text):
     """Describes each source that says the phrase and whose unit is not listed."""
     listed = {unit(Path(path)) for path, _ in PLACE.findall(text)}
-    for folder in FOLDERS:
+    for folder in component_folders(root):
         for path in sorted((root / folder).rglob("*")):
             name = path.relative_to(root)
             if (path.suffix in SOURCES and unit(name) not in listed

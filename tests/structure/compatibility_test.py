@@ -19,6 +19,8 @@ class CompatibilityListTest(unittest.TestCase):
         self.directory = tempfile.TemporaryDirectory()  # pylint: disable=consider-using-with
         self.addCleanup(self.directory.cleanup)
         self.root = pathlib.Path(self.directory.name)
+        self.write("cmake/Folders.cmake", "set(STREAM_COMPONENT_FOLDERS hls ts)\n"
+                                          "set(STREAM_INTERFACE_FOLDERS c)\nset(STREAM_OTHER_FOLDERS host)\n")
 
     def write(self, name, text):
         """Writes a file of the tree."""
@@ -50,12 +52,14 @@ class CompatibilityListTest(unittest.TestCase):
     def test_source_that_the_list_does_not_name_is_reported(self):
         self.write("docs/compatibility.md", "| oddity | `hls/a.cc` | hosts |\n")
         self.write("hls/a.cc", "")
-        for text in ("// Kept for compatibility.\n", "// kept\n// for compatibility\n",
-                     "/// kept for\n/// compatibility\n"):
+        for name, text in (("ts/a.cc", "// Kept for compatibility.\n"),
+                           ("hls/b.cc", "// kept\n// for compatibility\n"),
+                           ("c/a.h", "/// kept for\n/// compatibility\n")):
             with self.subTest(text):
-                self.write("ts/a.cc", text)
-                self.assertEqual(self.check(), (1, "ts/a.cc: says \"kept for compatibility\", but "
+                self.write(name, text)
+                self.assertEqual(self.check(), (1, f"{name}: says \"kept for compatibility\", but "
                                                    "docs/compatibility.md does not name it\n"))
+                self.write(name, "")
 
 
 if __name__ == "__main__":

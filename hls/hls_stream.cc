@@ -15,14 +15,13 @@ HlsStream::HlsStream() = default;
 
 void HlsStream::Clear() {
   {
-    const std::lock_guard lock(g_segmentQueueMutex);
-    g_segmentQueue = {};  // releases the memory
-    on_demand_queued = false;
-  }
-  {
-    const std::lock_guard lock(playlist_mutex);
+    const std::lock_guard playlist_lock(playlist_mutex);
+    const std::lock_guard queue_lock(g_segmentQueueMutex);
     g_playlistText = std::string();  // releases the memory
     g_variantText = std::string();
+    // Together: another facade's pending segments need what the ledger knows about them.
+    g_segmentQueue = {};
+    on_demand_queued = false;
     ledger.Clear();
   }
   {

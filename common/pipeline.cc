@@ -29,9 +29,9 @@ void Pipeline::AddDeliveryTasks(const FrameFilters& wanted) {
 
 void Pipeline::AddDeliveryTask(DeliverFunction deliver, const FrameFilter& wanted,
                                const char* end) {
-  AddTask([this, deliver, wanted, line = texts_.console + end] {
-    deliver({running_, player_, wanted, line});
-    if (texts_.sends_delivery_ends) player_.Message(line);
+  AddTask([this, deliver, loop = DeliveryLoop{running_, player_, wanted, texts_.console + end}] {
+    deliver(loop);
+    if (texts_.sends_delivery_ends) player_.Message(loop.stop_line);
   });
 }
 

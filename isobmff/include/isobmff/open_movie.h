@@ -1,5 +1,5 @@
-// The object next_point an MP4FileHandle: a file, its shared index, and the state of this handle.
-// Not thread-safe. Sample numbers start at 1, as in the interface.
+// The object that an MP4FileHandle points to: a file, its shared index, and the state of this
+// handle. Not thread-safe. Sample numbers start at 1, as in the interface.
 #ifndef ISOBMFF_OPEN_MOVIE_H_
 #define ISOBMFF_OPEN_MOVIE_H_
 

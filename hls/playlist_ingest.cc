@@ -118,9 +118,9 @@ void PlaylistIngest::QueueVariant(const M3u8Entry& variant) {
   }
 }
 
-// Adds the segments in g_variantText. If the text has no header, its segments are dropped, but the
-// text stays and the next body is appended to it. Kept for compatibility. Returns whether to queue
-// them.
+// Adds the segments in g_variantText to variant_segments_. If the text has no header, its segments
+// are dropped, but the text stays and the next body is appended to it. Kept for compatibility.
+// Returns whether to queue them.
 bool PlaylistIngest::ParseVariant(const M3u8Entry& variant) {
   M3u8Header header;
   std::int64_t media_sequence = kNoSequenceNumber;

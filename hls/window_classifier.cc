@@ -118,7 +118,7 @@ void WindowClassifier::WeighNumbers(const PlaylistWindow& window, const Comparis
   if (found.contradicted > 0 || (found.below > 0 && !is_plausible)) {
     proof_ = -kLongLag;
   } else if (found.below > 0 && found.agreeing == 0) {
-    proof_ = 0;  // trusted this time only
+    proof_ = 0;  // trusted now, but unproved again
   } else if (has_moved && found.agreeing > 0) {
     proof_ = std::min(proof_ + 1, kLongLag);
   }

@@ -5,11 +5,11 @@
 // memory.
 //
 // The buffer behaves as one array with a read and a write position that is compacted or grown at
-// every Reserve, and its members have exactly the values of such an array. The bytes are moved far
-// less often: `data` is a window into a larger block. Compaction moves the window instead of the
-// bytes, and growth widens it. So appending a byte has a constant cost, however many bytes are
-// unread. The consumed part of a large block holds no memory: after a large backlog has been
-// parsed, at most 4 MiB stay allocated.
+// every Reserve, and its members have exactly the values of such an array. Kept for compatibility.
+// The bytes are moved far less often: `data` is a window into a larger block. Compaction moves the
+// window instead of the bytes, and growth widens it. So appending a byte has a constant cost,
+// however many bytes are unread. The consumed part of a large block holds no memory: after a large
+// backlog has been parsed, at most 4 MiB stay allocated.
 #ifndef COMMON_BYTE_BUFFER_H_
 #define COMMON_BYTE_BUFFER_H_
 
@@ -56,6 +56,8 @@ class CByteBuffer {
 
   std::uint32_t Size() const { return writePos - readPos; }  // unread bytes
   std::uint8_t* ReadPtr() const { return data + readPos; }
+  // Equal to ReadPtr, except between a Reserve that moved the bytes and the next MoveEnd. Kept for
+  // compatibility.
   std::uint8_t* ContinuePtr() const { return data + readPos + pendingShift; }
   std::uint8_t* WritePtr() const { return data + writePos; }
 

@@ -7,7 +7,7 @@
 // libcurl.
 //
 // Threads: safe from any thread. On a system that ends all other threads before a library's exit
-// handlers run (platform.h), ProcessIsExiting always returns false.
+// handlers run (platform/at_exit.h), ProcessIsExiting always returns false.
 #ifndef COMMON_EXIT_GUARD_H_
 #define COMMON_EXIT_GUARD_H_
 

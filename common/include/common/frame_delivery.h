@@ -12,8 +12,8 @@
 
 namespace stream {
 
-// Called once for each frame, on the delivery thread. If it returns false, the frame is dropped. If
-// empty, every frame is delivered.
+// Called once for each frame, on the delivery thread. If it returns false, the frame is dropped. An
+// empty filter delivers every frame.
 using FrameFilter = std::function<bool(const FrameRecord&)>;
 
 struct FrameFilters {

@@ -4,7 +4,7 @@
 
 namespace stream {
 
-// The limited lines. kCount is their number.
+// The limited lines.
 enum class OncePerStart { kPlayerThrew, kFileRefused, kCount };
 
 // Called by the facade at the beginning of each start.

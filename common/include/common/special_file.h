@@ -7,8 +7,8 @@
 
 namespace stream {
 
-// Returns true if `path`, a narrow path (platform.h), names one. Logs then, once a start, that
-// `url` is refused.
+// Returns true if `path`, a narrow path (platform/code_page.h), names one. Logs then, once a start,
+// that `url` is refused.
 bool RefuseSpecialFile(const std::string& path, const std::string& url);
 
 // As RefuseSpecialFile, for the file that libcurl would open for `url`: libcurl decodes percent

@@ -18,7 +18,7 @@ inline constexpr std::size_t kMaxPlaylistLeftover = std::size_t{1} << 20;
 
 struct PlaylistRequest {
   std::string url;
-  bool with_user_agent;  // whether to call SetUserAgent
+  bool with_user_agent;
 };
 
 // Fetches the top-level playlist. Returns its body, preceded by any text that earlier downloads

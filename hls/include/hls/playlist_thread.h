@@ -10,7 +10,7 @@
 namespace stream {
 
 // Runs until an on-demand playlist has been fetched; refreshes a live playlist until the pipeline
-// is stopped. If the first request fails, it is repeated once.
+// is stopped. If the first request fails, a second one follows, for the cleaned address.
 void PlaylistThread(HlsPipeline& pipeline, const std::string& url);
 
 // Waits until the next refresh is due or the pipeline is stopped.

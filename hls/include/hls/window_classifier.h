@@ -3,9 +3,9 @@
 // or a continuation? A pure comparison of numbers and keys: it prints nothing.
 //
 // - A late copy lists segments that were listed before, under the same numbers: a cache node lags
-//   behind. Nothing in it is played. If only late copies are served, and they have advanced step by
-//   step over more than twelve segments, they count as a restart under the same names and numbers,
-//   which looks the same.
+//   behind. Nothing in it is played. A restart under the same names and numbers looks like late
+//   copies. So they count as a restart once only late copies are served and these have advanced
+//   step by step over more than twelve segments.
 // - A restart lists known keys under other, smaller numbers: the encoder was restarted with the
 //   same names. Everything in it is new.
 // - A key that returns under a larger number, after its old number has left the window, names a new
@@ -51,7 +51,7 @@ enum class WindowVerdict { kGoesOn, kLateCopy, kRestart };
 
 class WindowClassifier {
  public:
-  // At least this many pairs are remembered, or those of a whole window if there are more of them.
+  // This many pairs are remembered besides those of a window, and at least twice as many.
   static constexpr std::size_t kRemembered = 1'000;
 
   // Judges a window and, unless it is a late copy, remembers it. A window without segments is

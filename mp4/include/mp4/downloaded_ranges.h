@@ -25,18 +25,17 @@ class DownloadedRanges {
     largest_end_ = 0;
   }
 
-  // Marks a whole local file as downloaded. A longer file is not played to its end.
-  // Kept for compatibility.
+  // Marks a local file as downloaded, as if it had 999,999,999 bytes. The rest of a longer file is
+  // not played. Kept for compatibility.
   void MarkLocalFile() { Set(0, 999'999'999); }
 
   // Adds a range. If it begins within the first range or at its end, the two are merged. Later
-  // ranges that it reaches are merged only if a range with the same start existed already. So
-  // ranges may touch or overlap without being merged. Kept for compatibility.
+  // ranges that it reaches are merged only if a range with the same start exists already. So ranges
+  // may touch or overlap without being merged. Kept for compatibility.
   void Add(std::uint64_t start, std::uint64_t end);
 
-  // Returns whether one of the ranges contains all of these bytes. For bytes after all ranges,
-  // which a download asks for piece by piece, it does not search the ranges, since there may be
-  // very many.
+  // Returns whether one of the ranges contains all of these bytes. Bytes after all ranges, the
+  // usual case of a download, are answered without a search, since there may be very many ranges.
   bool Contains(std::uint64_t start, std::uint64_t size) const;
 
   // The first range; empty if there is none. It alone decides which samples are available: a sample

@@ -58,7 +58,7 @@ struct WantedAttribute {
 };
 
 // Sets the value of each wanted attribute to the value that ParseAttributeList finds. Builds no
-// table: for a line with millions of names that takes seconds.
+// table, which would take seconds for a line with millions of names.
 void FindAttributes(std::string_view text, std::string_view listSeparator,
                     std::string_view keyValueSeparator, std::span<WantedAttribute> wanted);
 

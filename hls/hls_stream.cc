@@ -15,18 +15,18 @@ HlsStream::HlsStream() = default;
 
 void HlsStream::Clear() {
   {
-    const std::lock_guard lock(g_segmentQueueMutex);
+    const MutexLock lock(g_segmentQueueMutex);
     g_segmentQueue = {};  // releases the memory
     on_demand_queued = false;
   }
   {
-    const std::lock_guard lock(playlist_mutex);
+    const MutexLock lock(playlist_mutex);
     g_playlistText = std::string();  // releases the memory
     g_variantText = std::string();
     ledger.Clear();
   }
   {
-    const std::lock_guard lock(download_mutex);
+    const MutexLock lock(download_mutex);
     g_downloadLength = 0;
     leftover_length = 0;
   }
@@ -38,17 +38,17 @@ void HlsStream::Clear() {
 }
 
 void HlsStream::SetActive(const HlsPipeline* pipeline) {
-  const std::lock_guard lock(active_mutex_);
+  const MutexLock lock(active_mutex_);
   g_activeM3u8 = pipeline;
 }
 
 void HlsStream::ForgetActive(const HlsPipeline* pipeline) {
-  const std::lock_guard lock(active_mutex_);
+  const MutexLock lock(active_mutex_);
   if (g_activeM3u8 == pipeline) g_activeM3u8 = nullptr;
 }
 
 bool HlsStream::ActiveRuns() {
-  const std::lock_guard lock(active_mutex_);
+  const MutexLock lock(active_mutex_);
   return g_activeM3u8 != nullptr && g_activeM3u8->running.load();
 }
 
@@ -58,13 +58,13 @@ void HlsStream::SkipFirstVideoFrame() {
 }
 
 std::size_t HlsStream::FreeSlots() {
-  const std::lock_guard lock(g_segmentQueueMutex);
+  const MutexLock lock(g_segmentQueueMutex);
   return kMaxQueuedSegments - std::min(kMaxQueuedSegments, g_segmentQueue.size());
 }
 
 void HlsStream::Queue(std::vector<QueuedSegment> segments, bool is_on_demand) {
   {
-    const std::lock_guard lock(g_segmentQueueMutex);
+    const MutexLock lock(g_segmentQueueMutex);
     std::move(segments.begin(), segments.end(), std::back_inserter(g_segmentQueue));
     on_demand_queued = on_demand_queued || is_on_demand;
   }
@@ -73,7 +73,7 @@ void HlsStream::Queue(std::vector<QueuedSegment> segments, bool is_on_demand) {
 
 void HlsStream::WakeTasks() {
   // Locked once, so that no task is between checking its condition and waiting.
-  { const std::lock_guard lock(g_segmentQueueMutex); }
+  { const MutexLock lock(g_segmentQueueMutex); }
   g_segmentQueueCond.notify_all();
 }
 

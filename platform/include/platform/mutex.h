@@ -6,6 +6,9 @@
 //   int count_ GUARDED_BY(mutex_) = 0;
 //   void AddLocked() REQUIRES(mutex_);
 //
+// Clang checks each function on its own and compares expressions: a mutex that was locked as
+// `a.b.mutex` does not count as held for `c.mutex`, even if `c` is a reference to `a.b`.
+//
 // Source: Clang's documentation, "Thread Safety Analysis".
 #ifndef PLATFORM_MUTEX_H_
 #define PLATFORM_MUTEX_H_

@@ -18,14 +18,15 @@ class SystemClock final : public Clock {
     platform::SleepMilliseconds(static_cast<unsigned>(duration.count()));
   }
 
-  bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-               Duration limit, const std::function<bool()>& met) override {
-    return condition.wait_for(lock, limit, met);
+  bool WaitFor(std::condition_variable& condition, Mutex& mutex, Duration limit,
+               const std::function<bool()>& met) REQUIRES(mutex) override {
+    return mutex.WithLock(
+        [&](std::unique_lock<std::mutex>& lock) { return condition.wait_for(lock, limit, met); });
   }
 
-  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-            const std::function<bool()>& met) override {
-    condition.wait(lock, met);
+  void Wait(std::condition_variable& condition, Mutex& mutex, const std::function<bool()>& met)
+      REQUIRES(mutex) override {
+    WaitOn(condition, mutex, met);
   }
 };
 

@@ -2,32 +2,33 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <mutex>
 
 #include "common/clock.h"
 #include "common/never_destroyed.h"
 #include "platform/at_exit.h"
+#include "platform/mutex.h"
 
 namespace stream {
 namespace {
 
 struct Users {
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable left;
-  int inside = 0;                    // threads inside libcurl; guarded by mutex
+  int inside GUARDED_BY(mutex) = 0;  // threads inside libcurl
   std::atomic<bool> exiting{false};  // written with the mutex held, read without it
 };
 
 NeverDestroyed<Users> g_users;
 
 void WaitForLibcurlUsers() {
-  std::unique_lock lock(g_users->mutex);
+  const MutexLock lock(g_users->mutex);
   g_users->exiting = true;
-  CurrentClock().WaitFor(g_users->left, lock, kMaxExitWait, [] { return g_users->inside == 0; });
+  CurrentClock().WaitFor(g_users->left, g_users->mutex, kMaxExitWait,
+                         []() REQUIRES(g_users->mutex) { return g_users->inside == 0; });
 }
 
 bool Enter() {
-  const std::lock_guard lock(g_users->mutex);
+  const MutexLock lock(g_users->mutex);
   if (g_users->exiting.load()) return false;
   ++g_users->inside;
   return true;
@@ -45,7 +46,7 @@ LibcurlUse::LibcurlUse() : entered_(Enter()) {}
 
 LibcurlUse::~LibcurlUse() {
   if (!entered_) return;
-  const std::lock_guard lock(g_users->mutex);
+  const MutexLock lock(g_users->mutex);
   --g_users->inside;
   g_users->left.notify_all();
 }

@@ -6,7 +6,7 @@
 
 namespace stream {
 
-std::mutex g_frameQueueMutex;
+Mutex g_frameQueueMutex;
 FrameQueue* g_videoQueue = nullptr;
 FrameQueue* g_audioQueue = nullptr;
 
@@ -19,23 +19,18 @@ PayloadKind KindOf(const FrameRecord& frame) {
   return frame.data == nullptr ? PayloadKind::kVideo : KindOfPayload(frame.data);
 }
 
-FrameNodePtr PopGlobal(FrameQueue* const& queue) {
-  const std::lock_guard lock(g_frameQueueMutex);
-  return FrameNodePtr(PopFrame(queue));
-}
-
 void Drain(FrameQueue* queue) {
   while (const FrameNodePtr node{PopFrame(queue)}) {
   }
 }
 
-void ReleaseQueue(FrameQueue*& queue) {
+void ReleaseQueue(FrameQueue*& queue) REQUIRES(g_frameQueueMutex) {
   Drain(queue);
   delete queue;
   queue = nullptr;
 }
 
-void ReplaceQueue(FrameQueue*& queue) {
+void ReplaceQueue(FrameQueue*& queue) REQUIRES(g_frameQueueMutex) {
   Drain(queue);
   if (queue != nullptr) {
     *queue = FrameQueue();
@@ -119,28 +114,35 @@ FrameQueue* EnsureQueue(FrameQueue*& queue) {
   return queue;
 }
 
-FrameNodePtr PopVideoFrame() { return PopGlobal(g_videoQueue); }
-FrameNodePtr PopAudioFrame() { return PopGlobal(g_audioQueue); }
+FrameNodePtr PopVideoFrame() {
+  const MutexLock lock(g_frameQueueMutex);
+  return FrameNodePtr(PopFrame(g_videoQueue));
+}
+
+FrameNodePtr PopAudioFrame() {
+  const MutexLock lock(g_frameQueueMutex);
+  return FrameNodePtr(PopFrame(g_audioQueue));
+}
 
 void ClearVideoQueue() {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   Drain(g_videoQueue);
 }
 
 void ClearAudioQueue() {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   Drain(g_audioQueue);
 }
 
 void ResetFrameQueues() {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   ReplaceQueue(g_audioQueue);
   ReplaceQueue(g_videoQueue);
   g_queueRuns.Next();
 }
 
 void ReleaseFrameQueues() {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   ReleaseQueue(g_videoQueue);
   ReleaseQueue(g_audioQueue);
   g_queueRuns.Next();

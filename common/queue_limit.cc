@@ -1,7 +1,5 @@
 #include "common/queue_limit.h"
 
-#include <mutex>
-
 #include "common/clock.h"
 #include "common/frame_queue.h"
 
@@ -13,7 +11,7 @@ bool IsFull(const FrameQueue* queue, const QueueLimit& limit) {
 }
 
 bool HasSpace(const QueueLimit& limit) {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   return !IsFull(g_videoQueue, limit) && !IsFull(g_audioQueue, limit);
 }
 

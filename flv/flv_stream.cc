@@ -1,7 +1,5 @@
 #include "flv/flv_stream.h"
 
-#include "common/clock.h"
-
 #include <algorithm>
 #include <cstring>
 
@@ -15,16 +13,10 @@ namespace {
 constexpr std::chrono::milliseconds kPoll{100};
 constexpr std::chrono::milliseconds kSpacePoll{1};
 
-void SleepUnlocked(std::unique_lock<std::mutex>& lock, std::chrono::milliseconds duration) {
-  lock.unlock();
-  SleepFor(duration);
-  lock.lock();
-}
-
 }  // namespace
 
 RunId FlvStream::Begin() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   unread_->Initialize();
   unread_->Reset();
   received_ = 0;
@@ -36,8 +28,8 @@ RunId FlvStream::Begin() {
 }
 
 bool FlvStream::Stage(RunId run, std::uint64_t offset, const void* bytes, std::uint32_t size) {
-  Lock lock(mutex_);
-  if (!WaitForSpace(run, offset + size, lock)) return false;
+  const MutexLock lock(mutex_);
+  if (!WaitForSpace(run, offset + size)) return false;
   const std::uint64_t overlap = received_ > offset ? received_ - offset : 0;
   if (overlap >= size) return true;
   const auto added = static_cast<std::uint32_t>(size - overlap);
@@ -52,24 +44,29 @@ bool FlvStream::Stage(RunId run, std::uint64_t offset, const void* bytes, std::u
 }
 
 // Waits for space. Also returns true if all bytes up to `end` have been received already.
-bool FlvStream::WaitForSpace(RunId run, std::uint64_t end, Lock& lock) const {
+bool FlvStream::WaitForSpace(RunId run, std::uint64_t end) const {
   while (runs_.IsCurrent(run)) {
     if (unread_->Size() < max_unread_ || received_ >= end) return true;
     if (!g_flvRunning.load()) return false;
-    SleepUnlocked(lock, kSpacePoll);
+    SleepUnlocked(kSpacePoll);
   }
   return false;
 }
 
+void FlvStream::SleepUnlocked(Clock::Duration duration) const {
+  const MutexUnlock unlocked(mutex_);
+  SleepFor(duration);
+}
+
 void FlvStream::MarkEndOfInput(RunId run) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!runs_.IsCurrent(run)) return;
   downloading_ = false;
   ready_.notify_all();
 }
 
 void FlvStream::EndParsing(RunId run) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!runs_.IsCurrent(run)) return;
   parsing_ = false;
   dropped_ += unread_->Size();
@@ -77,13 +74,13 @@ void FlvStream::EndParsing(RunId run) {
 }
 
 void FlvStream::Release() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   unread_.emplace();
 }
 
 void FlvStream::Wake() {
   // Locked so that no thread is between checking its condition and waiting.
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   ready_.notify_all();
 }
 
@@ -92,26 +89,27 @@ bool FlvStream::MayReceiveMore(RunId run) const {
 }
 
 void FlvStream::AwaitReady(RunId run) {
-  Lock lock(mutex_);
-  CurrentClock().Wait(ready_, lock,
-                      [this, run] { return unread_->Size() > kReadySize || !MayReceiveMore(run); });
+  const MutexLock lock(mutex_);
+  CurrentClock().Wait(ready_, mutex_, [this, run]() REQUIRES(mutex_) {
+    return unread_->Size() > kReadySize || !MayReceiveMore(run);
+  });
 }
 
-bool FlvStream::AwaitUnread(RunId run, std::uint32_t count, Lock& lock) const {
+bool FlvStream::AwaitUnread(RunId run, std::uint32_t count) const {
   while (unread_->Size() < count && MayReceiveMore(run)) {
-    SleepUnlocked(lock, kPoll);
+    SleepUnlocked(kPoll);
   }
   return runs_.IsCurrent(run) && unread_->Size() >= count;
 }
 
 bool FlvStream::Await(RunId run, std::uint32_t count) {
-  Lock lock(mutex_);
-  return AwaitUnread(run, count, lock);
+  const MutexLock lock(mutex_);
+  return AwaitUnread(run, count);
 }
 
 bool FlvStream::Read(RunId run, std::uint8_t* bytes, std::uint32_t count) {
-  Lock lock(mutex_);
-  if (!AwaitUnread(run, count, lock)) return false;
+  const MutexLock lock(mutex_);
+  if (!AwaitUnread(run, count)) return false;
   if (count > 0) std::memcpy(bytes, unread_->ContinuePtr(), count);
   unread_->MoveStart(count);
   return true;
@@ -119,10 +117,10 @@ bool FlvStream::Read(RunId run, std::uint8_t* bytes, std::uint32_t count) {
 
 // Skips in pieces, since no more than max_unread_ bytes can be unread at once.
 bool FlvStream::Skip(RunId run, std::uint32_t count) {
-  Lock lock(mutex_);
+  const MutexLock lock(mutex_);
   while (count > 0) {
     const std::uint32_t piece = std::min(count, max_unread_);
-    if (!AwaitUnread(run, piece, lock)) return false;
+    if (!AwaitUnread(run, piece)) return false;
     unread_->MoveStart(piece);
     count -= piece;
   }
@@ -130,12 +128,12 @@ bool FlvStream::Skip(RunId run, std::uint32_t count) {
 }
 
 std::uint32_t FlvStream::UnreadSize() const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return unread_->Size();
 }
 
 std::uint64_t FlvStream::DroppedSize() const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return dropped_;
 }
 

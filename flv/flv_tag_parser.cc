@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <mutex>
 #include <span>
 
 #include "common/adts.h"
@@ -25,9 +24,9 @@ void ConsoleNumber(const char* format, std::int32_t number) {
 // false, and queues nothing, if the bytes cannot be read or if the stream was stopped or replaced.
 // If there is no memory for the frame, it is dropped and the stream continues.
 bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uint32_t size,
-               std::uint32_t timestamp, FrameQueue*& queue) {
+               std::uint32_t timestamp, PayloadKind kind) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
-  const bool is_video = &queue == &g_videoQueue;
+  const bool is_video = kind == PayloadKind::kVideo;
   if (!reader.Await(size)) return false;
   const std::uint64_t ticks = timestamp * kTicksPerMillisecond;
   FrameRecord frame;
@@ -42,11 +41,13 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
     ReleasePayload(frame);
     return false;
   }
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   // Checked with the queues locked, so that no frame of a replaced stream is queued before those of
   // the new one.
   const bool is_wanted = reader.Runs();
-  if (!is_wanted || PushFrame(frame, EnsureQueue(queue)) != 0) ReleasePayload(frame);
+  FrameQueue* const queue =
+      is_wanted ? EnsureQueue(is_video ? g_videoQueue : g_audioQueue) : nullptr;
+  if (PushFrame(frame, queue) != 0) ReleasePayload(frame);
   return is_wanted;
 }
 
@@ -174,7 +175,8 @@ bool FlvTagParser::ReadOtherAudio(const TagHeader& tag) {
 }
 
 bool FlvTagParser::EmitNalUnit(const TagHeader& tag, std::uint32_t size) {
-  return size <= LeftOf(tag) && EmitFrame(reader_, kStartCode, size, tag.timestamp, g_videoQueue);
+  return size <= LeftOf(tag) &&
+         EmitFrame(reader_, kStartCode, size, tag.timestamp, PayloadKind::kVideo);
 }
 
 // The frame is the rest of the tag.
@@ -182,7 +184,7 @@ bool FlvTagParser::EmitAudio(const TagHeader& tag) {
   if (LeftOf(tag) < 0) return false;
   const auto size = static_cast<std::uint32_t>(LeftOf(tag));
   const AdtsHeader header = MakeAdtsHeader(FieldsOfAudioSpecificConfig(audio_config_.load()), size);
-  return EmitFrame(reader_, header, size, tag.timestamp, g_audioQueue);
+  return EmitFrame(reader_, header, size, tag.timestamp, PayloadKind::kAudio);
 }
 
 }  // namespace stream

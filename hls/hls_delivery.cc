@@ -28,8 +28,10 @@ bool CountSkippedFrame(std::atomic<std::int32_t>& skip) {
 }
 
 FrameFilters HlsFrameFilters(HlsPipeline& pipeline) {
-  return {FilterOf(pipeline, 1, pipeline.stream.g_videoSkip),
-          FilterOf(pipeline, 0, pipeline.stream.g_audioSkip)};
+  FrameFilters filters;
+  filters.video = FilterOf(pipeline, 1, pipeline.stream.g_videoSkip);
+  filters.audio = FilterOf(pipeline, 0, pipeline.stream.g_audioSkip);
+  return filters;
 }
 
 }  // namespace stream

@@ -15,8 +15,8 @@ HlsStream::HlsStream() = default;
 
 void HlsStream::Clear() {
   {
-    const std::lock_guard playlist_lock(playlist_mutex);
-    const std::lock_guard queue_lock(g_segmentQueueMutex);
+    const MutexLock playlist_lock(playlist_mutex);
+    const MutexLock queue_lock(g_segmentQueueMutex);
     g_playlistText = std::string();  // releases the memory
     g_variantText = std::string();
     // Together: another facade's pending segments need what the ledger knows about them.
@@ -25,7 +25,7 @@ void HlsStream::Clear() {
     ledger.Clear();
   }
   {
-    const std::lock_guard lock(download_mutex);
+    const MutexLock lock(download_mutex);
     g_downloadLength = 0;
     leftover_length = 0;
   }
@@ -37,17 +37,17 @@ void HlsStream::Clear() {
 }
 
 void HlsStream::SetActive(const HlsPipeline* pipeline) {
-  const std::lock_guard lock(active_mutex_);
+  const MutexLock lock(active_mutex_);
   g_activeM3u8 = pipeline;
 }
 
 void HlsStream::ForgetActive(const HlsPipeline* pipeline) {
-  const std::lock_guard lock(active_mutex_);
+  const MutexLock lock(active_mutex_);
   if (g_activeM3u8 == pipeline) g_activeM3u8 = nullptr;
 }
 
 bool HlsStream::ActiveRuns() {
-  const std::lock_guard lock(active_mutex_);
+  const MutexLock lock(active_mutex_);
   return g_activeM3u8 != nullptr && g_activeM3u8->running.load();
 }
 
@@ -57,13 +57,13 @@ void HlsStream::SkipFirstVideoFrame() {
 }
 
 std::size_t HlsStream::FreeSlots() {
-  const std::lock_guard lock(g_segmentQueueMutex);
+  const MutexLock lock(g_segmentQueueMutex);
   return kMaxQueuedSegments - std::min(kMaxQueuedSegments, g_segmentQueue.size());
 }
 
 void HlsStream::Queue(std::vector<QueuedSegment> segments, bool is_on_demand) {
   {
-    const std::lock_guard lock(g_segmentQueueMutex);
+    const MutexLock lock(g_segmentQueueMutex);
     std::move(segments.begin(), segments.end(), std::back_inserter(g_segmentQueue));
     on_demand_queued = on_demand_queued || is_on_demand;
   }
@@ -72,7 +72,7 @@ void HlsStream::Queue(std::vector<QueuedSegment> segments, bool is_on_demand) {
 
 void HlsStream::WakeTasks() {
   // Locked once, so that no task is between checking its condition and waiting.
-  { const std::lock_guard lock(g_segmentQueueMutex); }
+  { const MutexLock lock(g_segmentQueueMutex); }
   g_segmentQueueCond.notify_all();
 }
 

@@ -1,6 +1,5 @@
 #include "hls/playlist_fetch.h"
 
-#include <mutex>
 #include <utility>
 
 #include "common/user_agent.h"
@@ -34,35 +33,35 @@ bool Perform(CURL* handle, const Transfer& transfer, bool with_user_agent) {
 
 std::size_t OnPlaylistBytes(char* data, std::size_t size, std::size_t count, void* user) {
   HlsStream& stream = *static_cast<HlsStream*>(user);
+  stream.playlist_mutex.AssumeHeld();
   return Append(stream.g_playlistText, stream, data, size * count);
 }
 
 std::size_t OnVariantBytes(char* data, std::size_t size, std::size_t count, void* user) {
   HlsStream& stream = *static_cast<HlsStream*>(user);
+  stream.playlist_mutex.AssumeHeld();
   return Append(stream.g_variantText, stream, data, size * count);
 }
 
 std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
-  HlsStream& stream = pipeline.stream;
-  const std::lock_guard lock(stream.playlist_mutex);
-  TruncateLeftover(stream.g_playlistText);
-  const Transfer transfer{request.url, GuardedCallback<OnPlaylistBytes>, &stream, pipeline.running,
-                          pipeline.silence_limit};
+  const MutexLock lock(pipeline.stream.playlist_mutex);
+  TruncateLeftover(pipeline.stream.g_playlistText);
+  const Transfer transfer{request.url, GuardedCallback<OnPlaylistBytes>, &pipeline.stream,
+                          pipeline.running, pipeline.silence_limit};
   if (!Perform(pipeline.playlistHandle.get(), transfer, request.with_user_agent)) {
     return std::nullopt;
   }
-  return std::exchange(stream.g_playlistText, {});
+  return std::exchange(pipeline.stream.g_playlistText, {});
 }
 
 void PutBackPlaylistBody(HlsStream& stream, const std::string& text) {
-  const std::lock_guard lock(stream.playlist_mutex);
+  const MutexLock lock(stream.playlist_mutex);
   stream.g_playlistText.insert(0, text);
 }
 
 bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
-  HlsStream& stream = pipeline.stream;
-  TruncateLeftover(stream.g_variantText);
-  const Transfer transfer{url, GuardedCallback<OnVariantBytes>, &stream, pipeline.running,
+  TruncateLeftover(pipeline.stream.g_variantText);
+  const Transfer transfer{url, GuardedCallback<OnVariantBytes>, &pipeline.stream, pipeline.running,
                           pipeline.silence_limit};
   return Perform(pipeline.variantHandle.get(), transfer, true);
 }

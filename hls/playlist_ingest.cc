@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -31,27 +30,25 @@ void ConsoleCount(const char* tag, std::size_t count) {
   ConsoleText(FormatText("%s:%d", tag, static_cast<int>(count)));
 }
 
-// Processes one text of a live playlist and queues its new segments. Requires playlist_mutex.
+// Processes one text of a live playlist and queues its new segments.
 class PlaylistIngest {
  public:
-  PlaylistIngest(HlsPipeline& pipeline, const std::string& url)
-      : pipeline_(pipeline), stream_(pipeline.stream), url_(url) {}
+  PlaylistIngest(HlsPipeline& pipeline, const std::string& url) : pipeline_(pipeline), url_(url) {}
 
   // Returns whether `text` is a playlist.
-  bool Run(const std::string& text);
+  bool Run(const std::string& text) EXCLUDES(pipeline_.stream.playlist_mutex);
 
  private:
   bool ParseTop(const std::string& text);
-  void QueueListed();
-  bool ParseVariant(const M3u8Entry& variant);
+  void QueueListed() REQUIRES(pipeline_.stream.playlist_mutex);
+  bool ParseVariant(const M3u8Entry& variant) REQUIRES(pipeline_.stream.playlist_mutex);
   void FollowWindow(const std::string& source, std::int64_t first, const M3u8Table& entries);
-  void QueueVariant(const M3u8Entry& variant);
+  void QueueVariant(const M3u8Entry& variant) REQUIRES(pipeline_.stream.playlist_mutex);
   bool QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys);
   void Finish();
   bool ShouldStop() const { return is_late_copy_ || !pipeline_.running.load(); }
 
   HlsPipeline& pipeline_;
-  HlsStream& stream_;
   const std::string& url_;
   M3u8Table top_;
   M3u8Table variant_segments_;
@@ -61,10 +58,12 @@ class PlaylistIngest {
   SegmentKeys top_keys_;
   SegmentKeys variant_keys_;
   std::vector<QueuedSegment> new_segments_;
-  const std::size_t free_slots_ = stream_.FreeSlots();
+  std::size_t free_slots_ = 0;
 };
 
 bool PlaylistIngest::Run(const std::string& text) {
+  const MutexLock lock(pipeline_.stream.playlist_mutex);
+  free_slots_ = pipeline_.stream.FreeSlots();
   if (!ParseTop(text)) return false;
   QueueListed();
   return true;
@@ -84,7 +83,8 @@ void PlaylistIngest::FollowWindow(const std::string& source, std::int64_t first,
                                   const M3u8Table& entries) {
   if (!source_.empty() || !ListsSegments(entries)) return;
   source_ = source;
-  is_late_copy_ = stream_.ledger.FollowWindow(source, first, entries) == WindowVerdict::kLateCopy;
+  is_late_copy_ =
+      pipeline_.stream.ledger.FollowWindow(source, first, entries) == WindowVerdict::kLateCopy;
 }
 
 void PlaylistIngest::QueueListed() {
@@ -103,8 +103,8 @@ void PlaylistIngest::QueueListed() {
 bool PlaylistIngest::QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys) {
   listed_keys.insert(SegmentKeyIn(segment.uri));
   if (new_segments_.size() >= free_slots_) return false;
-  if (!stream_.ledger.AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
-  new_segments_.push_back(stream_.ledger.Identify(segment, source_));
+  if (!pipeline_.stream.ledger.AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
+  new_segments_.push_back(pipeline_.stream.ledger.Identify(segment, source_));
   return true;
 }
 
@@ -125,8 +125,9 @@ bool PlaylistIngest::ParseVariant(const M3u8Entry& variant) {
   M3u8Header header;
   std::int64_t media_sequence = kNoSequenceNumber;
   M3u8Table entries;
-  if (!ParseM3u8(header, url_, stream_.g_variantText, media_sequence, entries)) return false;
-  stream_.g_variantText.clear();
+  if (!ParseM3u8(header, url_, pipeline_.stream.g_variantText, media_sequence, entries))
+    return false;
+  pipeline_.stream.g_variantText.clear();
   FollowWindow(SourceOf(variant), media_sequence, entries);
   variant_segments_.merge(entries);
   ConsoleCount("QUEUEED2", variant_segments_.size());
@@ -138,20 +139,19 @@ void PlaylistIngest::Finish() {
   // A playlist that lists nothing, or whose variants could not be fetched, does not show which
   // segments are still listed.
   const bool lists_nothing = top_keys_.empty() && variant_keys_.empty();
-  if (!lists_nothing) stream_.ledger.RecordListed(top_keys_, variant_keys_);
+  if (!lists_nothing) pipeline_.stream.ledger.RecordListed(top_keys_, variant_keys_);
   if (new_segments_.empty()) return;
-  stream_.Queue(std::move(new_segments_), false);
+  pipeline_.stream.Queue(std::move(new_segments_), false);
   // Compares with the segments of variants only. If the playlist lists segments itself, all its
   // downloaded segments are forgotten and queued again at the next refresh, where the segment
   // thread skips them. Kept for compatibility.
-  stream_.ledger.RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
+  pipeline_.stream.ledger.RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
 }
 
 }  // namespace
 
 bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
                                const std::string& text) {
-  const std::lock_guard lock(pipeline.stream.playlist_mutex);
   return PlaylistIngest(pipeline, playlistUrl).Run(text);
 }
 

@@ -1,7 +1,6 @@
 #include "hls/playlist_thread.h"
 
 #include <chrono>
-#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -102,8 +101,8 @@ void PlaylistThread(HlsPipeline& pipeline, const std::string& url) {
 void PauseBetweenRefreshes(const HlsPipeline& pipeline) {
   constexpr std::chrono::milliseconds kInterval{1000};
   HlsStream& stream = pipeline.stream;
-  std::unique_lock lock(stream.g_segmentQueueMutex);
-  CurrentClock().WaitFor(stream.g_segmentQueueCond, lock, kInterval,
+  const MutexLock lock(stream.g_segmentQueueMutex);
+  CurrentClock().WaitFor(stream.g_segmentQueueCond, stream.g_segmentQueueMutex, kInterval,
                          [&pipeline] { return !pipeline.running.load(); });
 }
 

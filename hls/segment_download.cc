@@ -1,7 +1,6 @@
 #include "hls/segment_download.h"
 
 #include <cstring>
-#include <mutex>
 #include <utility>
 
 #include "common/clock.h"
@@ -13,8 +12,8 @@
 namespace stream {
 namespace {
 
-// Drops the leftover bytes to free space for the current segment. Requires download_mutex.
-void DropLeftover(HlsStream& stream) {
+// Drops the leftover bytes to free space for the current segment.
+void DropLeftover(HlsStream& stream) REQUIRES(stream.download_mutex) {
   stream.g_downloadLength -= stream.leftover_length;
   std::uint8_t* const bytes = stream.g_downloadBuffer->data();
   std::memmove(bytes, bytes + stream.leftover_length,
@@ -22,24 +21,22 @@ void DropLeftover(HlsStream& stream) {
   stream.leftover_length = 0;
 }
 
-// Requires download_mutex.
-bool Fits(const HlsStream& stream, std::size_t length) {
+bool Fits(const HlsStream& stream, std::size_t length) REQUIRES(stream.download_mutex) {
   return length <= kSegmentBufferSize - static_cast<std::size_t>(stream.g_downloadLength);
 }
 
 // Truncates a partial body to whole packets. The next segment is appended to them, and its packets
-// must stay aligned. Requires download_mutex.
-void KeepWholePackets(HlsStream& stream) {
+// must stay aligned.
+void KeepWholePackets(HlsStream& stream) REQUIRES(stream.download_mutex) {
   stream.g_downloadLength -= stream.g_downloadLength % static_cast<std::int32_t>(kTsPacketSize);
 }
 
-// Requires download_mutex.
-bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
+bool FetchSegment(HlsPipeline& pipeline, const std::string& url)
+    REQUIRES(pipeline.stream.download_mutex) {
   CURL* const handle = pipeline.segmentHandle.get();
   if (handle == nullptr || !pipeline.running.load()) return false;
-  HlsStream& stream = pipeline.stream;
-  stream.leftover_length = stream.g_downloadLength;
-  const Transfer transfer{url, GuardedCallback<OnSegmentBytes>, &stream, pipeline.running,
+  pipeline.stream.leftover_length = pipeline.stream.g_downloadLength;
+  const Transfer transfer{url, GuardedCallback<OnSegmentBytes>, &pipeline.stream, pipeline.running,
                           pipeline.silence_limit};
   SetUpTransfer(handle, transfer);
   SetUserAgent(handle, url);
@@ -47,29 +44,27 @@ bool FetchSegment(HlsPipeline& pipeline, const std::string& url) {
 }
 
 // Waits until the parse thread has finished the previous segment, then swaps the buffers. Returns
-// without a swap if the pipeline is stopped. Requires download_mutex.
-void HandOver(const HlsPipeline& pipeline) {
-  HlsStream& stream = pipeline.stream;
+// without a swap if the pipeline is stopped.
+void HandOver(HlsStream& stream, const std::atomic<bool>& running) REQUIRES(stream.download_mutex) {
   {
-    std::unique_lock lock(stream.g_segmentQueueMutex);
-    CurrentClock().Wait(stream.g_segmentQueueCond, lock, [&pipeline, &stream] {
-      return stream.g_parseLength.load() == 0 || !pipeline.running.load();
+    const MutexLock lock(stream.g_segmentQueueMutex);
+    CurrentClock().Wait(stream.g_segmentQueueCond, stream.g_segmentQueueMutex, [&stream, &running] {
+      return stream.g_parseLength.load() == 0 || !running.load();
     });
-    if (!pipeline.running.load()) return;
+    if (!running.load()) return;
   }
   std::swap(stream.g_parseBuffer, stream.g_downloadBuffer);
   stream.g_parseLength = std::exchange(stream.g_downloadLength, 0);
 }
 
 void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
-  HlsStream& stream = pipeline.stream;
-  const std::lock_guard lock(stream.download_mutex);
+  const MutexLock lock(pipeline.stream.download_mutex);
   if (FetchSegment(pipeline, url)) {
-    stream.ledger.SetSegmentState(url, kSegmentDownloaded);
-    HandOver(pipeline);
+    pipeline.stream.ledger.SetSegmentState(url, kSegmentDownloaded);
+    HandOver(pipeline.stream, pipeline.running);
   } else {
-    KeepWholePackets(stream);
-    stream.ledger.RecordDone(url);
+    KeepWholePackets(pipeline.stream);
+    pipeline.stream.ledger.RecordDone(url);
   }
 }
 
@@ -85,14 +80,15 @@ void DownloadPart(HlsPipeline& pipeline, const QueuedSegment& queued) {
   pipeline.player.BufferedTime(position);
 }
 
-// Moves everything out of the queue once there is something to do. Requires no lock.
+// Moves everything out of the queue once there is something to do.
 std::vector<QueuedSegment> PopQueue(const HlsPipeline& pipeline, SegmentHistory& history) {
   HlsStream& stream = pipeline.stream;
   std::vector<QueuedSegment> waiting;
-  std::unique_lock lock(stream.g_segmentQueueMutex);
-  CurrentClock().Wait(stream.g_segmentQueueCond, lock, [&pipeline, &stream] {
+  const MutexLock lock(stream.g_segmentQueueMutex);
+  const auto has_work = [&pipeline, &stream]() REQUIRES(stream.g_segmentQueueMutex) {
     return !stream.g_segmentQueue.empty() || stream.on_demand_queued || !pipeline.running.load();
-  });
+  };
+  CurrentClock().Wait(stream.g_segmentQueueCond, stream.g_segmentQueueMutex, has_work);
   waiting.swap(stream.g_segmentQueue);
   stream.on_demand_queued = false;
   stream.ledger.BeginBatch(history, waiting);
@@ -114,6 +110,7 @@ std::vector<QueuedSegment> PopQueuedSegments(HlsPipeline& pipeline, SegmentHisto
 
 std::size_t OnSegmentBytes(char* data, std::size_t size, std::size_t count, void* user) {
   HlsStream& stream = *static_cast<HlsStream*>(user);
+  stream.download_mutex.AssumeHeld();
   const std::size_t length = size * count;
   if (!stream.ActiveRuns()) return 0;
   if (!Fits(stream, length) && stream.leftover_length > 0) DropLeftover(stream);

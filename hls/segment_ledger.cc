@@ -57,7 +57,7 @@ void TakenSegments::Clear() {
 WindowVerdict SegmentLedger::FollowWindow(const std::string& source, std::int64_t media_sequence,
                                           const M3u8Table& entries) {
   const PlaylistWindow window = WindowOf(entries, media_sequence);
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   WindowClassifier& classifier = classifiers_.Of(source);
   const WindowVerdict verdict = classifier.Follow(window);
   if (verdict == WindowVerdict::kRestart) {
@@ -78,21 +78,21 @@ void SegmentLedger::Replace(const ReusedKey& reused) {
 }
 
 bool SegmentLedger::AddSegmentIfNew(const std::string& uri, std::int32_t state) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return g_segmentStates.emplace(MakeSegmentKey(uri), state).second;
 }
 
 QueuedSegment SegmentLedger::Identify(const M3u8Entry& segment, const std::string& source) {
   const std::string_view key = SegmentKeyIn(segment.uri);
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return {segment, source.empty() ? std::string(key) : classifiers_.Of(source).IdentityOf(key),
           epoch_};
 }
 
 void SegmentLedger::RecordListed(const SegmentKeys& top_keys, const SegmentKeys& variant_keys) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   listed_ = top_keys.size() + variant_keys.size();
-  std::erase_if(done_, [this, &top_keys, &variant_keys](const std::string& key) {
+  std::erase_if(done_, [this, &top_keys, &variant_keys](const std::string& key) REQUIRES(mutex_) {
     if (top_keys.contains(key) || variant_keys.contains(key)) return false;
     const auto known = g_segmentStates.find(key);
     if (known != g_segmentStates.end() && known->second == kSegmentQueued) {
@@ -103,7 +103,7 @@ void SegmentLedger::RecordListed(const SegmentKeys& top_keys, const SegmentKeys&
 }
 
 void SegmentLedger::RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   std::erase_if(g_segmentStates, [&current_keys, state](const auto& known) {
     if (known.second != state || current_keys.contains(known.first)) return false;
     ConsoleLine("[REMOVE]: " + known.first);
@@ -112,7 +112,7 @@ void SegmentLedger::RemoveStaleSegments(const SegmentKeys& current_keys, std::in
 }
 
 void SegmentLedger::BeginBatch(SegmentHistory& history, const std::vector<QueuedSegment>& waiting) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   history.limit = std::max(kRememberedSegments, listed_);
   if (replaced_.empty()) return;
   std::set<std::pair<std::uint64_t, std::string>> pending;
@@ -131,23 +131,23 @@ bool SegmentLedger::InsertIfNew(SegmentHistory& history, const QueuedSegment& se
 }
 
 bool SegmentLedger::IsReplaced(const QueuedSegment& segment) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return replaced_.contains({segment.epoch, segment.identity});
 }
 
 void SegmentLedger::SetSegmentState(const std::string& uri, std::int32_t state) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto known = g_segmentStates.find(MakeSegmentKey(uri));
   if (known != g_segmentStates.end()) known->second = state;
 }
 
 void SegmentLedger::RecordDone(const std::string& uri) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   done_.insert(MakeSegmentKey(uri));
 }
 
 void SegmentLedger::Clear() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   ForgetSegments();
   classifiers_.Clear();
   replaced_.clear();
@@ -160,7 +160,7 @@ void SegmentLedger::ForgetSegments() {
 }
 
 SegmentLedger::Sizes SegmentLedger::CurrentSizes() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return {g_segmentStates.size(), replaced_.size(), classifiers_.Size(),
           classifiers_.SizeOfNewest()};
 }

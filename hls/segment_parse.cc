@@ -1,7 +1,6 @@
 #include "hls/segment_parse.h"
 
 #include <cstdio>
-#include <mutex>
 #include <utility>
 
 #include "common/clock.h"
@@ -21,8 +20,9 @@ constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
 
 // Feeds the pending segment to the demultiplexer, one packet per call, and drops a tail shorter
 // than a packet. Returns false if the pipeline was stopped; the remaining packets would only be
-// discarded. Requires TsDemuxLock.
-bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoArrivalDetector& video) {
+// discarded.
+bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoArrivalDetector& video)
+    REQUIRES(ProcessTsDemuxer().BatchMutex()) {
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
   for (std::size_t i = 0; i < packets; ++i) {
     if (!pipeline.running.load()) return false;
@@ -75,7 +75,7 @@ bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
 }  // namespace
 
 VideoArrivalDetector::Count VideoArrivalDetector::Now() {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   return {FrameQueueRun(), g_videoQueue == nullptr ? 0 : g_videoQueue->pushed};
 }
 

@@ -3,14 +3,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <limits>
-#include <mutex>
 #include <system_error>
 #include <utility>
 
 #include "common/clock.h"
 #include "common/console.h"
 #include "common/http_transfer.h"
-#include "mp4/mp4_state.h"
 #include "platform/files.h"
 
 namespace stream {
@@ -52,7 +50,7 @@ int Close(platform::File file) { return std::fclose(file.release()) == 0 ? 0 : L
 }  // namespace
 
 Mp4Transfer::Mp4Transfer(RunId run) : run_(run) {
-  const std::lock_guard lock(g_mp4File->mutex);
+  const MutexLock lock(g_mp4File->mutex);
   offset_ = g_mp4File->write_offset;
   seeks_ = g_mp4File->seeks;
   failure_reported_ = std::exchange(g_mp4File->failure_reported, false);
@@ -86,8 +84,8 @@ std::size_t Mp4Transfer::OnBytes(const char* data, std::size_t length) {
 }
 
 Mp4Transfer::Outcome Mp4Transfer::WritePending() {
-  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
+  const MutexLock lock(file.mutex);
   if (!file.runs.IsCurrent(run_)) return Outcome::kNever;
   if (!HasPending()) return Outcome::kDone;
   const auto size = static_cast<std::uint64_t>(pending_.Length());
@@ -104,7 +102,7 @@ Mp4Transfer::Outcome Mp4Transfer::WritePending() {
     file.ranges.Add(offset_, offset_ + size);
     ++file.revision;
   }
-  Advance();
+  Advance(file);
   return Outcome::kDone;
 }
 
@@ -123,10 +121,9 @@ void Mp4Transfer::ReportFailure(const std::string& path, int error) {
   ConsoleLine("mp4 cannot write " + path + ": " + std::generic_category().message(error));
 }
 
-// Requires g_mp4File->mutex. If the target of a seek is within the bytes just processed, this
-// transfer serves the seek, and the next start continues after those bytes.
-void Mp4Transfer::Advance() {
-  Mp4File& file = *g_mp4File;
+// If the target of a seek is within the bytes just processed, this transfer serves the seek, and
+// the next start continues after those bytes.
+void Mp4Transfer::Advance(Mp4File& file) {
   const std::uint64_t before = offset_;
   offset_ += static_cast<std::uint64_t>(pending_.Length());
   pending_.Reset();

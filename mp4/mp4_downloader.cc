@@ -1,7 +1,6 @@
 #include "mp4/mp4_downloader.h"
 
 #include <memory>
-#include <mutex>
 
 #include "common/frame_queue.h"
 #include "common/scope_exit.h"
@@ -52,7 +51,7 @@ bool CMp4Downloader::SetStartPostion(float seconds) {
 // Returns whether the restart file still belongs to the address that this pipeline started last.
 // The pipeline of another facade may have started an address since.
 bool CMp4Downloader::OwnsFile() const {
-  const std::lock_guard lock(g_mp4File->mutex);
+  const MutexLock lock(g_mp4File->mutex);
   return g_mp4File->runs.IsCurrent(run_);
 }
 
@@ -61,8 +60,8 @@ bool CMp4Downloader::OwnsFile() const {
 void CMp4Downloader::Seek(float seconds) {
   if (!OwnsFile()) return;
   const std::uint64_t offset = reader_.Seek(seconds, Mp4MediaPath(url_));
-  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
+  const MutexLock lock(file.mutex);
   if (!file.runs.IsCurrent(run_)) return;
   file.write_offset = file.ranges.EndOfRangeAt(offset);
   ++file.seeks;

@@ -1,6 +1,5 @@
 #include "mp4/mp4_play.h"
 
-#include <mutex>
 #include <optional>
 
 #include "common/address.h"
@@ -15,8 +14,8 @@ namespace {
 // What the next pass reads; nullopt if another address was started.
 std::optional<Mp4TrackReader::Source> SourceOf(const Mp4Play& play) {
   const bool is_local = IsFileUrl(play.url);
-  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
+  const MutexLock lock(file.mutex);
   if (!file.runs.IsCurrent(play.run)) return std::nullopt;
   if (is_local) file.ranges.MarkLocalFile();
   const std::string path = is_local ? FileUrlPath(play.url) : file.path;
@@ -42,7 +41,7 @@ bool ReadPasses(const Mp4Play& play) {
 
 std::string Mp4MediaPath(const std::string& url) {
   if (IsFileUrl(url)) return FileUrlPath(url);
-  const std::lock_guard lock(g_mp4File->mutex);
+  const MutexLock lock(g_mp4File->mutex);
   return g_mp4File->path;
 }
 

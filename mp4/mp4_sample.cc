@@ -4,7 +4,6 @@
 #include <array>
 #include <initializer_list>
 #include <limits>
-#include <mutex>
 
 #include "common/frame_queue.h"
 #include "common/queue_limit.h"
@@ -37,7 +36,7 @@ bool EmitFrame(const Mp4Sample& sample, Kind kind, std::initializer_list<Bytes> 
   frame.playTime = sample.time * kTicksPerMillisecond;
   std::uint8_t* end = frame.data;
   for (const Bytes part : parts) end = std::copy(part.begin(), part.end(), end);
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   FrameQueue* const queue = EnsureQueue(is_video ? g_videoQueue : g_audioQueue);
   const bool is_late = kind == Kind::kVideo && queue != nullptr && queue->pushed == 0;
   if (!is_late && PushFrame(frame, queue) == 0) return true;
@@ -89,7 +88,7 @@ std::uint64_t Mp4Sample::PresentationTime() const {
 }
 
 bool Mp4VideoHasBegun() {
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   return g_videoQueue != nullptr && g_videoQueue->pushed > 0;
 }
 

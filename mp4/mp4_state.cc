@@ -11,8 +11,8 @@ NeverDestroyed<Mp4File> g_mp4File;
 
 // Locked throughout: nothing of the previous address may be written in between.
 RunId BeginMp4Run(const std::string& file_name) {
-  const std::lock_guard lock(g_mp4File->mutex);
   Mp4File& file = *g_mp4File;
+  const MutexLock lock(file.mutex);
   file.path = CreateCacheFile(file_name);
   file.failure_reported = !TempFolderIsWritable();
   file.ranges.Clear();

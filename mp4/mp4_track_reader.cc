@@ -23,7 +23,7 @@ bool StartsBefore(const Mp4Sample& sample, float start_position) {
 void Mp4TrackReader::Begin() { key_time_ = 0; }
 
 void Mp4TrackReader::Reset(RunId run) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   run_ = run;
   ++repositions_;
   video_ = Track();
@@ -35,13 +35,13 @@ void Mp4TrackReader::Reset(RunId run) {
 }
 
 void Mp4TrackReader::Close() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   open_file_.reset();
   revision_.reset();
 }
 
 bool Mp4TrackReader::MayFindMore(const Source& source) const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (!revision_) return true;
   if (*revision_ == source.revision) return false;
   if (!discovered_ || LacksATrack()) return true;
@@ -53,7 +53,7 @@ bool Mp4TrackReader::MayFindMore(const Source& source) const {
 }
 
 // Returns whether a track may still be found: an index that extends to the end of its file can be
-// read before all of its tracks are received. Requires mutex_.
+// read before all of its tracks are received.
 bool Mp4TrackReader::LacksATrack() const {
   return !refused_ && (video_.id == MP4_INVALID_TRACK_ID || audio_.id == MP4_INVALID_TRACK_ID);
 }
@@ -61,7 +61,7 @@ bool Mp4TrackReader::LacksATrack() const {
 bool Mp4TrackReader::RunPass(const Source& source) {
   ReadPass pass{source, nullptr, 0};
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (std::exchange(pass_running_, true)) return false;
     pass.repositions = repositions_;
   }
@@ -73,7 +73,7 @@ bool Mp4TrackReader::RunPass(const Source& source) {
 }
 
 void Mp4TrackReader::EndPass(const ReadPass& pass, bool was_read) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   pass_running_ = false;
   // Recorded only if there was no seek and no new address during the pass, since the pass did not
   // look for their target. A file that was readable before but not in this pass is tried again.
@@ -84,7 +84,7 @@ void Mp4TrackReader::EndPass(const ReadPass& pass, bool was_read) {
 // The file grows, so it is opened again for each pass. The previous handle stays open until then.
 bool Mp4TrackReader::Open(ReadPass& pass) {
   pass.file = OpenMp4(pass.source.path);
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (kKeepMp4Open && pass.repositions == repositions_) open_file_ = pass.file;
   return pass.file != nullptr;
 }
@@ -96,7 +96,7 @@ bool Mp4TrackReader::Discover(const ReadPass& pass) {
   float duration = 0;
   bool is_played = false;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     if (pass.source.run != run_ || refused_) return false;
     discovered_ = true;
     if (video_.id != MP4_INVALID_TRACK_ID && audio_.id != MP4_INVALID_TRACK_ID) return true;
@@ -111,7 +111,7 @@ bool Mp4TrackReader::Discover(const ReadPass& pass) {
   return is_played;
 }
 
-// Returns the name of the codec if there is a video track. Requires mutex_.
+// Returns the name of the codec if there is a video track.
 std::optional<std::string> Mp4TrackReader::DiscoverVideo(MP4FileHandle file) {
   const MP4TrackId id = FindMp4Track(file, "vide");
   if (id == MP4_INVALID_TRACK_ID) return std::nullopt;
@@ -135,7 +135,6 @@ void Mp4TrackReader::Adopt(const Mp4VideoTrack& track) {
   adopt(track.pps, parameter_sets_.pps);
 }
 
-// Requires mutex_.
 void Mp4TrackReader::DiscoverAudio(MP4FileHandle file) {
   const MP4TrackId id = FindMp4Track(file, "soun");
   if (id == MP4_INVALID_TRACK_ID) return;
@@ -159,12 +158,12 @@ void Mp4TrackReader::ReadSamples(ReadPass& pass) {
 // Audio before the first video frame is dropped. How much is dropped must not depend on the speed
 // of the download, so audio is not read while the video has not begun and is still being received.
 bool Mp4TrackReader::AudioMustWait() const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   return video_.missing && !Mp4VideoHasBegun();
 }
 
 bool Mp4TrackReader::ReadNextVideo(ReadPass& pass) {
-  const std::optional<Mp4Sample> sample = ReadNext(pass, video_);
+  const std::optional<Mp4Sample> sample = ReadNext(pass, TrackKind::kVideo);
   if (!sample) return false;
   player_.BufferedTime(Seconds(sample->PresentationTime()));
   if (StartsBefore(*sample, pass.source.start_position.load())) return true;
@@ -174,7 +173,7 @@ bool Mp4TrackReader::ReadNextVideo(ReadPass& pass) {
 
 // Audio before the first video frame is dropped.
 bool Mp4TrackReader::ReadNextAudio(ReadPass& pass) {
-  const std::optional<Mp4Sample> sample = ReadNext(pass, audio_);
+  const std::optional<Mp4Sample> sample = ReadNext(pass, TrackKind::kAudio);
   if (!sample) return false;
   if (StartsBefore(*sample, pass.source.start_position.load())) return true;
   if (sample->time >= key_time_.load() && Mp4VideoHasBegun()) EmitMp4Audio(*sample, adts_fields_);
@@ -182,8 +181,9 @@ bool Mp4TrackReader::ReadNextAudio(ReadPass& pass) {
 }
 
 // Returns the next sample of a track. If it cannot be read, it stays the next one.
-std::optional<Mp4Sample> Mp4TrackReader::ReadNext(ReadPass& pass, Track& track) {
-  const std::lock_guard lock(mutex_);
+std::optional<Mp4Sample> Mp4TrackReader::ReadNext(ReadPass& pass, TrackKind kind) {
+  const MutexLock lock(mutex_);
+  Track& track = kind == TrackKind::kVideo ? video_ : audio_;
   if (pass.source.run != run_ || track.id == MP4_INVALID_TRACK_ID || !pass.file) {
     return std::nullopt;
   }
@@ -192,7 +192,6 @@ std::optional<Mp4Sample> Mp4TrackReader::ReadNext(ReadPass& pass, Track& track) 
   return sample;
 }
 
-// Requires mutex_.
 std::optional<Mp4Sample> Mp4TrackReader::ReadSample(ReadPass& pass, Track& track) {
   auto* const file = pass.file.get();
   track.missing.reset();
@@ -238,7 +237,7 @@ bool Mp4TrackReader::IsAvailable(const ReadPass& pass, Track& track, std::uint64
 
 std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
   const float milliseconds = seconds * 1000.0F;
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   ++repositions_;
   revision_.reset();
   key_time_ = 0;  // audio before it may be needed now
@@ -253,7 +252,7 @@ std::uint64_t Mp4TrackReader::Seek(float seconds, const std::string& path) {
   return std::min(audio_offset, video_offset);
 }
 
-// Returns 0 for a track about which nothing is known. `file` may be null. Requires mutex_.
+// Returns 0 for a track about which nothing is known. `file` may be null.
 std::uint64_t Mp4TrackReader::SeekTrack(MP4FileHandle file, Track& track, float milliseconds) {
   track.missing.reset();
   const auto known = track.index.Find(milliseconds);

@@ -1,7 +1,6 @@
 #include "ts/ts_batch_feeder.h"
 
 #include <cstdint>
-#include <mutex>
 
 #include "ts/ts_demux.h"
 #include "ts/ts_packet.h"
@@ -38,7 +37,7 @@ bool TsBatchFeeder::FeedBatch() {
 bool TsBatchFeeder::FetchBatch() {
   batch_.Reset();
   if (batch_.Initialize() != kBufferOk) return false;
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   if (g_tsStreamBuffer->Size() < kBatchUnit) return false;
   batch_.Swap(*g_tsStreamBuffer);
   const std::uint32_t incomplete = batch_.Size() % kBatchUnit;

@@ -13,10 +13,10 @@ NeverDestroyed<TsQueueDemuxer> g_demuxer;
 
 TsQueueDemuxer& ProcessTsDemuxer() { return *g_demuxer; }
 
-TsDemuxLock::TsDemuxLock() : lock_(g_demuxer->Mutex()) {}
+TsDemuxLock::TsDemuxLock() : lock_(g_demuxer->BatchMutex()) {}
 
 std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length) {
-  g_demuxer->Feed(data, length);
+  ProcessTsDemuxer().Feed(data, length);
   return 0;
 }
 
@@ -25,7 +25,7 @@ std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets,
   if (context == nullptr || packets == nullptr) {
     std::printf("parameter error\n");
   } else {
-    g_demuxer->ParsePackets(*context, packets, count);
+    ProcessTsDemuxer().ParsePackets(*context, packets, count);
   }
   return 0;
 }

@@ -83,7 +83,7 @@ void ReadLocalFile(const std::string& path, TsTransfer& transfer) {
 }
 
 std::uint32_t UnreadSize() {
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   return g_tsStreamBuffer->Size();
 }
 
@@ -104,7 +104,7 @@ std::size_t TsTransfer::OnBytes(const char* data, std::uint32_t length) {
   }
   if (g_tsDownloaded.load() == 0) player_.Message("PLAY TS OK:" + TsUrl());
   WaitForStreamSpace(kMaxUnreadTsBytes);
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   if (data != nullptr && !packets_.Append(data, length, *g_tsStreamBuffer)) return 0;
   g_tsDownloaded += length;
   return length;

@@ -1,7 +1,5 @@
 #include "ts/ts_downloader.h"
 
-#include <mutex>
-
 #include "common/console.h"
 #include "common/frame_queue.h"
 #include "common/scope_exit.h"
@@ -16,13 +14,13 @@ using namespace stream;
 namespace {
 
 void ResetStreamBuffer() {
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   g_tsStreamBuffer->Initialize();
   g_tsStreamBuffer->Reset();
 }
 
 void RecordPlayer(const PlayerPort& player) {
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   g_tsPlayer = player;
 }
 
@@ -68,12 +66,12 @@ bool CTsDownloader::SetStartPostion(float seconds) {
 void CTsDownloader::UseUrl(const std::string& url) {
   if (pipeline_.IsSameAddress(url, TsUrl())) return;
   {
-    const std::lock_guard lock(g_tsStreamLock);
+    const MutexLock lock(g_tsStreamLock);
     *g_tsUrl = url;
     g_tsDownloaded = 0;
   }
   const std::string path = CreateCacheFile("mebo.ts");  // nothing is written to it
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   *g_tsTempPath = path;
 }
 

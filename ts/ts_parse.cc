@@ -1,7 +1,5 @@
 #include "ts/ts_parse.h"
 
-#include <mutex>
-
 #include "common/clock.h"
 #include "common/queue_limit.h"
 #include "ts/ts_batch_feeder.h"
@@ -14,7 +12,7 @@ void ReportDuration(TsDurationReport& report, const PlayerPort& player) {
   if (!player) return;
   float seconds = 0;
   {
-    const std::lock_guard lock(g_frameQueueMutex);
+    const MutexLock lock(g_frameQueueMutex);
     seconds = report.Update(g_videoQueue);
   }
   if (seconds >= 0) player.Duration(seconds);

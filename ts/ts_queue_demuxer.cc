@@ -29,7 +29,7 @@ void TsQueueDemuxer::OnFrame(const TsFrame& frame) {
                       frame.intact) != 0) {
     return;  // no memory: drop this frame and continue
   }
-  const std::lock_guard lock(g_frameQueueMutex);
+  const MutexLock lock(g_frameQueueMutex);
   FollowQueueResets();
   PlayTimeInterpolator& play_times = frame.is_video ? video_play_times_ : audio_play_times_;
   record.playTime = play_times.InitialPlayTime(record.pts);

@@ -5,7 +5,7 @@ namespace stream {
 std::atomic<bool> g_tsRunning{false};
 std::atomic<std::uint64_t> g_tsDownloaded{0};
 
-std::mutex g_tsStreamLock;
+Mutex g_tsStreamLock;
 NeverDestroyed<CByteBuffer> g_tsStreamBuffer;
 NeverDestroyed<std::string> g_tsUrl;
 
@@ -14,7 +14,7 @@ NeverDestroyed<std::string> g_tsTempPath;
 NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
 
 std::string TsUrl() {
-  const std::lock_guard lock(g_tsStreamLock);
+  const MutexLock lock(g_tsStreamLock);
   return *g_tsUrl;
 }
 

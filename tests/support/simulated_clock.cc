@@ -9,6 +9,13 @@
 #include "tests/support/test_limit.h"
 
 namespace stream {
+namespace {
+
+void WaitOnce(std::condition_variable& condition, Mutex& mutex) REQUIRES(mutex) {
+  mutex.WithLock([&condition](std::unique_lock<std::mutex>& lock) { condition.wait(lock); });
+}
+
+}  // namespace
 
 // Starts at 1000 hours, so that subtractions do not go below zero.
 SimulatedClock::SimulatedClock() : start_(std::chrono::hours(1000)) { UseClock(this); }
@@ -51,35 +58,34 @@ void SimulatedClock::Sleep(Duration duration) {
   Leave(self);
 }
 
-bool SimulatedClock::WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                             Duration limit, const std::function<bool()>& met) {
-  return WaitUntilDue(limit, condition, lock, [&] {
+bool SimulatedClock::WaitFor(std::condition_variable& condition, Mutex& mutex, Duration limit,
+                             const std::function<bool()>& met) {
+  return WaitUntilDue(limit, condition, mutex, [&] {
     const bool is_met = met();
     if (!is_met) ++unmet_checks_;
     return is_met;
   });
 }
 
-void SimulatedClock::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+void SimulatedClock::Wait(std::condition_variable& condition, Mutex& mutex,
                           const std::function<bool()>& met) {
   constexpr Duration kForEver = std::chrono::hours(1'000'000);
-  while (!WaitFor(condition, lock, kForEver, met))
-    condition.wait(lock);  // WaitFor returns at once after Release
+  while (!WaitFor(condition, mutex, kForEver, met))
+    WaitOnce(condition, mutex);  // WaitFor returns at once after Release
 }
 
 // Checks `met` before the thread is counted as waiting.
-bool SimulatedClock::WaitUntilDue(Duration limit, std::condition_variable& condition,
-                                  std::unique_lock<std::mutex>& lock,
+bool SimulatedClock::WaitUntilDue(Duration limit, std::condition_variable& condition, Mutex& mutex,
                                   const std::function<bool()>& met) {
   if (met()) return true;
   Waiters::iterator self;
   {
     const std::lock_guard own(mutex_);
-    self = Enter({elapsed_.load() + limit.count(), &condition, lock.mutex()});
+    self = Enter({elapsed_.load() + limit.count(), &condition, &mutex});
   }
   bool is_met = false;
   while (!is_met && !IsDue(*self)) {
-    condition.wait(lock);
+    WaitOnce(condition, mutex);
     is_met = met();
   }
   const std::lock_guard own(mutex_);

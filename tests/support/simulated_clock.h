@@ -32,10 +32,10 @@ class SimulatedClock final : public Clock {
   TimePoint Now() override;
   std::time_t WallTime() override;  // the time set, plus the simulated time since the construction
   void Sleep(Duration duration) override;
-  bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-               Duration limit, const std::function<bool()>& met) override;
-  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-            const std::function<bool()>& met) override;
+  bool WaitFor(std::condition_variable& condition, Mutex& mutex, Duration limit,
+               const std::function<bool()>& met) REQUIRES(mutex) override;
+  void Wait(std::condition_variable& condition, Mutex& mutex, const std::function<bool()>& met)
+      REQUIRES(mutex) override;
 
   // The simulated time since the construction.
   Duration Elapsed() const { return Duration(elapsed_.load()); }
@@ -76,12 +76,12 @@ class SimulatedClock final : public Clock {
   struct Waiter {
     std::int64_t due;                    // in milliseconds since the construction
     std::condition_variable* condition;  // null for a sleeping thread
-    std::mutex* mutex;                   // the mutex of `condition`
+    Mutex* mutex;                        // the mutex of `condition`
   };
   using Waiters = std::list<Waiter>;
 
-  bool WaitUntilDue(Duration limit, std::condition_variable& condition,
-                    std::unique_lock<std::mutex>& lock, const std::function<bool()>& met);
+  bool WaitUntilDue(Duration limit, std::condition_variable& condition, Mutex& mutex,
+                    const std::function<bool()>& met) REQUIRES(mutex);
   bool IsDue(const Waiter& waiter) const {
     return released_.load() || elapsed_.load() >= waiter.due;
   }

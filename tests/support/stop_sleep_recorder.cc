@@ -24,25 +24,26 @@ void StopSleepRecorder::Sleep(Duration duration) {
   system_.Sleep(duration);
 }
 
-bool StopSleepRecorder::WaitFor(std::condition_variable& condition,
-                                std::unique_lock<std::mutex>& lock, Duration /*limit*/,
-                                const std::function<bool()>& met) {
-  WaitUntilMet(condition, lock, [&] { return waits_pass_.load() || met(); });
+bool StopSleepRecorder::WaitFor(std::condition_variable& condition, Mutex& mutex,
+                                Duration /*limit*/, const std::function<bool()>& met) {
+  WaitUntilMet(condition, mutex, [&] { return waits_pass_.load() || met(); });
   return met();
 }
 
-void StopSleepRecorder::Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+void StopSleepRecorder::Wait(std::condition_variable& condition, Mutex& mutex,
                              const std::function<bool()>& met) {
-  while (!WaitUntilMet(condition, lock, met)) {
+  while (!WaitUntilMet(condition, mutex, met)) {
   }
 }
 
-bool StopSleepRecorder::WaitUntilMet(std::condition_variable& condition,
-                                     std::unique_lock<std::mutex>& lock,
+bool StopSleepRecorder::WaitUntilMet(std::condition_variable& condition, Mutex& mutex,
                                      const std::function<bool()>& met) {
   const auto deadline = std::chrono::steady_clock::now() + kTestLimit;
   while (!met()) {
-    if (condition.wait_until(lock, deadline) == std::cv_status::no_timeout) continue;
+    const auto wait = [&](std::unique_lock<std::mutex>& lock) {
+      return condition.wait_until(lock, deadline);
+    };
+    if (mutex.WithLock(wait) == std::cv_status::no_timeout) continue;
     const std::lock_guard own(mutex_);
     wait_hung_ = wait_hung_ || !runs_();  // the stop should have notified this thread
     return met();

@@ -40,10 +40,10 @@ class StopSleepRecorder final : public Clock {
   // to notify a waiting thread hangs, which is recorded after the time limit of a test. While
   // EndWaitsImmediately(true) is in effect, a wait with a limit ends at once, or when it is next
   // notified.
-  bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-               Duration limit, const std::function<bool()>& met) override;
-  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-            const std::function<bool()>& met) override;
+  bool WaitFor(std::condition_variable& condition, Mutex& mutex, Duration limit,
+               const std::function<bool()>& met) REQUIRES(mutex) override;
+  void Wait(std::condition_variable& condition, Mutex& mutex, const std::function<bool()>& met)
+      REQUIRES(mutex) override;
   void EndWaitsImmediately(bool pass) { waits_pass_ = pass; }
 
   // Whether the stop was prompt: on each thread at most one sleep of each length began after the
@@ -66,8 +66,8 @@ class StopSleepRecorder final : public Clock {
   using ThreadAndLength = std::pair<std::thread::id, Duration>;
 
   // Waits until `met` is true and returns its value. Records a hang.
-  bool WaitUntilMet(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                    const std::function<bool()>& met);
+  bool WaitUntilMet(std::condition_variable& condition, Mutex& mutex,
+                    const std::function<bool()>& met) REQUIRES(mutex);
 
   Clock& system_;
   const std::function<bool()> runs_;

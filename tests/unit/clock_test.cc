@@ -5,7 +5,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <future>
-#include <mutex>
 
 #include "tests/support/simulated_clock.h"
 
@@ -16,11 +15,12 @@ using std::chrono::hours;
 using std::chrono::milliseconds;
 
 TEST(ClockTest, WaitInTheSystemClockEndsAfterItsLimit) {
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable condition;
-  std::unique_lock lock(mutex);
-  EXPECT_FALSE(CurrentClock().WaitFor(condition, lock, milliseconds(2), [] { return false; }));
-  EXPECT_TRUE(lock.owns_lock());
+  const MutexLock lock(mutex);
+  EXPECT_FALSE(CurrentClock().WaitFor(condition, mutex, milliseconds(2), [] { return false; }));
+  auto other_thread = std::async(std::launch::async, [&mutex] { return mutex.try_lock(); });
+  EXPECT_FALSE(other_thread.get());  // the mutex is still held
 }
 
 TEST(ClockTest, ReplacementIsInUseUntilItIsDestroyed) {
@@ -61,12 +61,12 @@ TEST(SimulatedClockTest, SleepEndsWhenItsTimeIsReached) {
 
 TEST(SimulatedClockTest, WaitEndsAtItsLimitOrWhenItsConditionIsMet) {
   SimulatedClock clock;
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable condition;
   bool met = false;  // guarded by mutex
   const auto wait = [&] {
-    std::unique_lock lock(mutex);
-    return clock.WaitFor(condition, lock, hours(1), [&] { return met; });
+    const MutexLock lock(mutex);
+    return clock.WaitFor(condition, mutex, hours(1), [&] { return met; });
   };
   auto late = std::async(std::launch::async, wait);
   ASSERT_TRUE(clock.WaitForWaiters(1));
@@ -76,7 +76,7 @@ TEST(SimulatedClockTest, WaitEndsAtItsLimitOrWhenItsConditionIsMet) {
   auto in_time = std::async(std::launch::async, wait);
   ASSERT_TRUE(clock.WaitForWaiters(1));
   {
-    const std::lock_guard lock(mutex);
+    const MutexLock lock(mutex);
     met = true;
   }
   condition.notify_all();

@@ -112,7 +112,7 @@ class PlaylistCallbackTest : public HlsTasks, public testing::WithParamInterface
     return on_bytes(bytes.data(), 1, bytes.size(), &stream_);
   }
 
-  const std::lock_guard<std::mutex> lock_{stream_.playlist_mutex};
+  const MutexLock lock_{stream_.playlist_mutex};
 };
 
 INSTANTIATE_TEST_SUITE_P(, PlaylistCallbackTest, testing::Bool(),

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <ctime>
 #include <functional>
-#include <mutex>
 #include <string>
 
 #include "common/clock.h"
@@ -62,13 +61,13 @@ class ClearingClock final : public Clock {
   }
   std::time_t WallTime() override { return 0; }
   void Sleep(Duration /*duration*/) override {}
-  bool WaitFor(std::condition_variable& /*condition*/, std::unique_lock<std::mutex>& /*lock*/,
-               Duration /*limit*/, const std::function<bool()>& met) override {
+  bool WaitFor(std::condition_variable& /*condition*/, Mutex& /*mutex*/, Duration /*limit*/,
+               const std::function<bool()>& met) override {
     return met();
   }
-  void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
+  void Wait(std::condition_variable& condition, Mutex& mutex,
             const std::function<bool()>& met) override {
-    condition.wait(lock, met);
+    WaitOn(condition, mutex, met);
   }
 
   int Reads() const { return reads_; }

@@ -5,7 +5,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <future>
-#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -55,18 +54,18 @@ TEST_F(StopSleepRecorderTest, SleepAfterTheStopAboveThePaceIsNotPrompt) {
 }
 
 TEST_F(StopSleepRecorderTest, WaitEndsByItsConditionAndNotByItsLimit) {
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable condition;
   std::promise<void> waiting;
   auto waited = std::async(std::launch::async, [&] {
-    std::unique_lock lock(mutex);
-    return CurrentClock().WaitFor(condition, lock, milliseconds(0), [&, first = true]() mutable {
+    const MutexLock lock(mutex);
+    return CurrentClock().WaitFor(condition, mutex, milliseconds(0), [&, first = true]() mutable {
       if (std::exchange(first, false)) waiting.set_value();
       return !running_.load();
     });
   });
   waiting.get_future().wait();
-  { const std::lock_guard lock(mutex); }  // the thread waits now
+  { const MutexLock lock(mutex); }  // the thread waits now
   running_ = false;
   condition.notify_all();
   EXPECT_TRUE(waited.get());
@@ -74,11 +73,11 @@ TEST_F(StopSleepRecorderTest, WaitEndsByItsConditionAndNotByItsLimit) {
 }
 
 TEST_F(StopSleepRecorderTest, WaitsMayEndAtOnce) {
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable condition;
-  std::unique_lock lock(mutex);
+  const MutexLock lock(mutex);
   sleep_recorder_.EndWaitsImmediately(true);
-  EXPECT_FALSE(CurrentClock().WaitFor(condition, lock, hours(1), [] { return false; }));
+  EXPECT_FALSE(CurrentClock().WaitFor(condition, mutex, hours(1), [] { return false; }));
 }
 
 TEST_F(StopSleepRecorderTest, SleepsCanBeAwaited) {

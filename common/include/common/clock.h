@@ -10,7 +10,8 @@
 #include <condition_variable>
 #include <ctime>
 #include <functional>
-#include <mutex>
+
+#include "platform/mutex.h"
 
 namespace stream {
 
@@ -28,14 +29,14 @@ class Clock {
   // Blocks for about `duration`.
   virtual void Sleep(Duration duration) = 0;
 
-  // Waits on `condition` until `met` returns true or `limit` has passed. `lock` is held before and
-  // after. Returns whether `met` is true.
-  virtual bool WaitFor(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                       Duration limit, const std::function<bool()>& met) = 0;
+  // Waits on `condition` until `met` returns true or `limit` has passed. `mutex` is held in every
+  // call of `met`; annotate a lambda with REQUIRES(mutex). Returns whether `met` is true.
+  virtual bool WaitFor(std::condition_variable& condition, Mutex& mutex, Duration limit,
+                       const std::function<bool()>& met) REQUIRES(mutex) = 0;
 
   // As WaitFor, without a limit.
-  virtual void Wait(std::condition_variable& condition, std::unique_lock<std::mutex>& lock,
-                    const std::function<bool()>& met) = 0;
+  virtual void Wait(std::condition_variable& condition, Mutex& mutex,
+                    const std::function<bool()>& met) REQUIRES(mutex) = 0;
 
  protected:
   ~Clock() = default;

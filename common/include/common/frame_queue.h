@@ -5,19 +5,19 @@
 // Ownership: a node belongs to its queue until it is popped, then to the caller that popped it. The
 // payload belongs to the node.
 //
-// Threads: PushFrame and PopFrame take no lock. The two global queues, their nodes and the pointers
-// to them are accessed only with g_frameQueueMutex held. Never call the player with it held.
+// Threads: PushFrame and PopFrame take no lock. g_frameQueueMutex also guards the nodes of the two
+// global queues. Never call the player while it is held.
 #ifndef COMMON_FRAME_QUEUE_H_
 #define COMMON_FRAME_QUEUE_H_
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <new>
 
 #include "common/frame_memory.h"
 #include "common/run_id.h"
+#include "platform/mutex.h"
 
 namespace stream {
 
@@ -79,29 +79,29 @@ int PushFrame(const FrameRecord& frame, FrameQueue* queue);
 // Removes the oldest node and returns it; null if `queue` is null or empty.
 FrameNode* PopFrame(FrameQueue* queue);
 
-extern std::mutex g_frameQueueMutex;
-extern FrameQueue* g_videoQueue;  // guarded by g_frameQueueMutex; null until first used
-extern FrameQueue* g_audioQueue;  // guarded by g_frameQueueMutex; null until first used
+// Both queues are null until first used.
+extern Mutex g_frameQueueMutex;
+extern FrameQueue* g_videoQueue GUARDED_BY(g_frameQueueMutex) PT_GUARDED_BY(g_frameQueueMutex);
+extern FrameQueue* g_audioQueue GUARDED_BY(g_frameQueueMutex) PT_GUARDED_BY(g_frameQueueMutex);
 
-// Returns `queue` and creates it first if it is null. Returns null if there is no memory. Requires
-// g_frameQueueMutex.
-FrameQueue* EnsureQueue(FrameQueue*& queue);
+// Returns `queue` and creates it first if it is null. Returns null if there is no memory.
+FrameQueue* EnsureQueue(FrameQueue*& queue) REQUIRES(g_frameQueueMutex);
 
 // Release all frames of a global queue.
-void ClearVideoQueue();
-void ClearAudioQueue();
+void ClearVideoQueue() EXCLUDES(g_frameQueueMutex);
+void ClearAudioQueue() EXCLUDES(g_frameQueueMutex);
 
 // Remove the oldest frame of a global queue and return it; empty if there is none.
-FrameNodePtr PopVideoFrame();
-FrameNodePtr PopAudioFrame();
+FrameNodePtr PopVideoFrame() EXCLUDES(g_frameQueueMutex);
+FrameNodePtr PopAudioFrame() EXCLUDES(g_frameQueueMutex);
 
 // Replaces both global queues with empty ones, releases their frames and begins the next run.
 // Every pipeline calls it at each start.
-void ResetFrameQueues();
+void ResetFrameQueues() EXCLUDES(g_frameQueueMutex);
 
 // Deletes both global queues and their frames. The pointers are null until the next use. Also
 // begins the next run.
-void ReleaseFrameQueues();
+void ReleaseFrameQueues() EXCLUDES(g_frameQueueMutex);
 
 // Returns the id of the current run of both queues. A producer with state for each stream (the
 // transport stream demultiplexer) compares it with the last one it has read, and resets its state

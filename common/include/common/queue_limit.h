@@ -7,6 +7,8 @@
 #include <atomic>
 #include <cstdint>
 
+#include "common/frame_queue.h"
+
 namespace stream {
 
 // The number of frames and bytes that may be pending before a parser pauses.
@@ -20,7 +22,8 @@ inline constexpr QueueLimit kDefaultQueueLimit = {4'000'000, std::uint64_t{3} <<
 
 // Blocks while one of the two queues exceeds `limit`, until `running` is cleared. Called by
 // parsers.
-void WaitForQueueSpace(const std::atomic<bool>& running, const QueueLimit& limit);
+void WaitForQueueSpace(const std::atomic<bool>& running, const QueueLimit& limit)
+    EXCLUDES(g_frameQueueMutex);
 
 }  // namespace stream
 

@@ -12,14 +12,15 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <utility>
 
 #include "common/byte_buffer.h"
+#include "common/clock.h"
 #include "common/never_destroyed.h"
 #include "common/run_id.h"
 #include "flv/flv_source.h"
+#include "platform/mutex.h"
 
 namespace stream {
 
@@ -80,22 +81,21 @@ class FlvStream {
   std::uint64_t DroppedSize() const;
 
  private:
-  using Lock = std::unique_lock<std::mutex>;
-
-  bool MayReceiveMore(RunId run) const;
-  bool WaitForSpace(RunId run, std::uint64_t end, Lock& lock) const;
-  bool AwaitUnread(RunId run, std::uint32_t count, Lock& lock) const;
+  bool MayReceiveMore(RunId run) const REQUIRES(mutex_);
+  bool WaitForSpace(RunId run, std::uint64_t end) const REQUIRES(mutex_);
+  bool AwaitUnread(RunId run, std::uint32_t count) const REQUIRES(mutex_);
+  void SleepUnlocked(Clock::Duration duration) const REQUIRES(mutex_);
 
   const std::uint32_t max_unread_;
-  mutable std::mutex mutex_;
-  RunCounter runs_;  // changed with mutex_ held
-  // All guarded by mutex_.
+  mutable Mutex mutex_;
   std::condition_variable ready_;
-  std::optional<CByteBuffer> unread_{std::in_place};
-  std::uint64_t received_ = 0;  // bytes of the stream so far, including dropped ones
-  std::uint64_t dropped_ = 0;
-  bool downloading_ = false;
-  bool parsing_ = false;
+  RunCounter runs_;  // changed with mutex_ held
+  std::optional<CByteBuffer> unread_ GUARDED_BY(mutex_){std::in_place};
+  // Bytes of the stream so far, including dropped ones.
+  std::uint64_t received_ GUARDED_BY(mutex_) = 0;
+  std::uint64_t dropped_ GUARDED_BY(mutex_) = 0;
+  bool downloading_ GUARDED_BY(mutex_) = false;
+  bool parsing_ GUARDED_BY(mutex_) = false;
 };
 
 extern NeverDestroyed<FlvStream> g_flvStream;

@@ -24,11 +24,10 @@ struct HlsPipeline {
   std::chrono::milliseconds silence_limit{10'000};
 
   // Transfer handles, kept for the lifetime of the pipeline. If one could not be created, the work
-  // that needs it is skipped. HlsStream::playlist_mutex guards the first two, download_mutex the
-  // third.
-  CurlHandle variantHandle;
-  CurlHandle playlistHandle;
-  CurlHandle segmentHandle;
+  // that needs it is skipped.
+  CurlHandle variantHandle PT_GUARDED_BY(stream.playlist_mutex);
+  CurlHandle playlistHandle PT_GUARDED_BY(stream.playlist_mutex);
+  CurlHandle segmentHandle PT_GUARDED_BY(stream.download_mutex);
 
   std::atomic<float> startPosition{0};   // segments that end before it are skipped
   std::atomic<float> listedDuration{0};  // of an on-demand playlist; 0 once a frame is delivered

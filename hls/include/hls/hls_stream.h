@@ -1,10 +1,8 @@
 // HlsStream: all process-wide state of HLS. One stream at a time, whichever pipeline plays it.
 //
 // The one instance is g_hlsStream. Tasks reach it through their pipeline (HlsPipeline::stream).
-// Every member names the mutex that guards it.
-//
-// Lock order: playlist_mutex, download_mutex, TsDemuxLock, g_segmentQueueMutex, then the mutexes
-// inside SegmentLedger and HlsStream. No lock is held while the player is called.
+// The declarations of the mutexes state the lock order. The mutex inside SegmentLedger is the last.
+// No lock is held while the player is called.
 #ifndef HLS_HLS_STREAM_H_
 #define HLS_HLS_STREAM_H_
 
@@ -13,12 +11,13 @@
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "common/never_destroyed.h"
 #include "hls/segment_ledger.h"
+#include "platform/mutex.h"
+#include "ts/ts_demux.h"
 
 namespace stream {
 
@@ -39,34 +38,37 @@ class HlsStream {
 
   // Clears everything that belongs to the stream: texts, ledger, queued segments and buffers, but
   // not the frames to skip. No task may be running.
-  void Clear();
+  void Clear() EXCLUDES(playlist_mutex, download_mutex, g_segmentQueueMutex,
+                        ProcessTsDemuxer().BatchMutex());
 
   // Sets the active pipeline: the one that was created or started last. The write callbacks check
   // its run flag, whichever pipeline their transfer belongs to. Kept for compatibility.
-  void SetActive(const HlsPipeline* pipeline);
-  void ForgetActive(const HlsPipeline* pipeline);  // call before it is destroyed
-  bool ActiveRuns();                               // false if there is no active pipeline
+  void SetActive(const HlsPipeline* pipeline) EXCLUDES(active_mutex_);
+  // Call this before the pipeline is destroyed.
+  void ForgetActive(const HlsPipeline* pipeline) EXCLUDES(active_mutex_);
+  // Returns false if there is no active pipeline.
+  bool ActiveRuns() EXCLUDES(active_mutex_);
 
   // Makes the next run skip its first video frame and no audio frame. Called after a stop.
   // Kept for compatibility.
   void SkipFirstVideoFrame();
 
   // Number of further segments that the queue has space for.
-  std::size_t FreeSlots();
+  std::size_t FreeSlots() EXCLUDES(g_segmentQueueMutex);
 
   // Appends the segments to the queue at once, so that the segment thread gets them as one batch,
   // and wakes it. An on-demand playlist wakes it even if the playlist lists nothing.
-  void Queue(std::vector<QueuedSegment> segments, bool is_on_demand);
+  void Queue(std::vector<QueuedSegment> segments, bool is_on_demand) EXCLUDES(g_segmentQueueMutex);
 
   // Wakes every task that waits on g_segmentQueueCond. Change what they wait for before the call.
-  void WakeTasks();
+  void WakeTasks() EXCLUDES(g_segmentQueueMutex);
 
   // Bodies of the latest playlist downloads. A body that is not a playlist stays, and the next body
   // is appended to it. Kept for compatibility. A playlist thread holds the mutex during a whole
   // download.
-  std::mutex playlist_mutex;
-  std::string g_playlistText;  // guarded by playlist_mutex
-  std::string g_variantText;   // guarded by playlist_mutex
+  Mutex playlist_mutex ACQUIRED_BEFORE(download_mutex);
+  std::string g_playlistText GUARDED_BY(playlist_mutex);
+  std::string g_variantText GUARDED_BY(playlist_mutex);
 
   // Which segments were listed, queued, taken and downloaded. Thread-safe.
   SegmentLedger ledger;
@@ -74,17 +76,19 @@ class HlsStream {
   // The condition is notified when segments were queued, when the parse thread has finished a
   // segment, and on a stop. The notifying thread locks the mutex after its change and before the
   // call.
-  std::mutex g_segmentQueueMutex;
+  Mutex g_segmentQueueMutex ACQUIRED_AFTER(ProcessTsDemuxer().BatchMutex());
   std::condition_variable g_segmentQueueCond;
-  std::vector<QueuedSegment> g_segmentQueue;  // guarded by g_segmentQueueMutex
-  bool on_demand_queued = false;              // guarded by g_segmentQueueMutex
+  std::vector<QueuedSegment> g_segmentQueue GUARDED_BY(g_segmentQueueMutex);
+  bool on_demand_queued GUARDED_BY(g_segmentQueueMutex) = false;
 
   // The segment being downloaded. A segment thread holds the mutex during a download and its
   // hand-over.
-  std::mutex download_mutex;
-  SegmentBuffer* g_downloadBuffer = &first_buffer_;  // guarded by download_mutex
-  std::int32_t g_downloadLength = 0;                 // guarded by download_mutex
-  std::int32_t leftover_length = 0;  // bytes of it that a failed download left; same guard
+  Mutex download_mutex ACQUIRED_BEFORE(ProcessTsDemuxer().BatchMutex());
+  SegmentBuffer* g_downloadBuffer GUARDED_BY(download_mutex)
+      PT_GUARDED_BY(download_mutex) = &first_buffer_;
+  std::int32_t g_downloadLength GUARDED_BY(download_mutex) = 0;
+  // Bytes of it that a failed download left.
+  std::int32_t leftover_length GUARDED_BY(download_mutex) = 0;
 
   // The segment that was handed over last. While the length is 0, the buffer belongs to the segment
   // thread, which holds download_mutex. Otherwise it belongs to the parse thread, which holds
@@ -97,8 +101,8 @@ class HlsStream {
   std::atomic<std::int32_t> g_audioSkip{0};
 
  private:
-  std::mutex active_mutex_;
-  const HlsPipeline* g_activeM3u8 = nullptr;  // guarded by active_mutex_
+  Mutex active_mutex_ ACQUIRED_AFTER(g_segmentQueueMutex);
+  const HlsPipeline* g_activeM3u8 GUARDED_BY(active_mutex_) PT_GUARDED_BY(active_mutex_) = nullptr;
 
   // Not initialised, so that pages which no segment fills take no memory.
   SegmentBuffer first_buffer_;

@@ -23,16 +23,18 @@ struct PlaylistRequest {
 
 // Fetches the top-level playlist. Returns its body, preceded by any text that earlier downloads
 // left in g_playlistText, and clears g_playlistText. Returns nullopt if the transfer failed or the
-// pipeline was stopped; bytes received so far stay in g_playlistText. Locks playlist_mutex.
-std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request);
+// pipeline was stopped; bytes received so far stay in g_playlistText.
+std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request)
+    EXCLUDES(pipeline.stream.playlist_mutex);
 
-// Puts a fetched text that is not a playlist back at the front of g_playlistText. Locks
-// playlist_mutex.
-void PutBackPlaylistBody(HlsStream& stream, const std::string& text);
+// Puts a fetched text that is not a playlist back at the front of g_playlistText.
+void PutBackPlaylistBody(HlsStream& stream, const std::string& text)
+    EXCLUDES(stream.playlist_mutex);
 
 // Fetches a variant playlist and appends it to g_variantText. Returns whether the transfer
-// succeeded. Requires playlist_mutex.
-bool FetchVariant(HlsPipeline& pipeline, const std::string& url);
+// succeeded.
+bool FetchVariant(HlsPipeline& pipeline, const std::string& url)
+    REQUIRES(pipeline.stream.playlist_mutex);
 
 // The write callbacks. `user` points to the HlsStream. They do not refuse an HTML page; it is
 // reported later as not being a playlist. The caller that performs the transfer holds

@@ -14,9 +14,9 @@ namespace stream {
 // not a segment (its address does not contain ".ts") is fetched as a variant playlist, the slowest
 // first. If several variants list a segment with the same index, the slowest variant wins. The
 // addresses in a variant are resolved against `playlistUrl`. Kept for compatibility. A body without
-// "#EXTM3U" changes nothing. Returns whether the body has it. Locks HlsStream::playlist_mutex.
+// "#EXTM3U" changes nothing. Returns whether the body has it.
 bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
-                               const std::string& text);
+                               const std::string& text) EXCLUDES(pipeline.stream.playlist_mutex);
 
 // Queues every entry of an on-demand playlist, whatever its address is, and adds up the durations.
 // Prints the number of entries. Wakes the segment thread even if there are none.

@@ -7,8 +7,7 @@
 // segment thread reports what is done and asks what it took before. All tables are limited to the
 // segments currently listed or to a fixed count.
 //
-// Thread-safe: one mutex guards all members. Prints the segments that RemoveStaleSegments forgets
-// and nothing else.
+// Thread-safe. Prints the segments that RemoveStaleSegments forgets and nothing else.
 #ifndef HLS_SEGMENT_LEDGER_H_
 #define HLS_SEGMENT_LEDGER_H_
 
@@ -16,7 +15,6 @@
 #include <cstdint>
 #include <list>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -25,6 +23,7 @@
 
 #include "hls/playlist/m3u8_playlist.h"
 #include "hls/window_classifier.h"
+#include "platform/mutex.h"
 
 namespace stream {
 
@@ -93,46 +92,48 @@ class SegmentLedger {
   // makes every segment new, whatever its name is. If the window reuses keys for other segments,
   // those are new too and the former ones count as replaced.
   WindowVerdict FollowWindow(const std::string& source, std::int64_t media_sequence,
-                             const M3u8Table& entries);
+                             const M3u8Table& entries) EXCLUDES(mutex_);
 
   // Adds a segment in the given state. Returns false, and changes nothing, if the segment is known.
-  bool AddSegmentIfNew(const std::string& uri, std::int32_t state);
+  bool AddSegmentIfNew(const std::string& uri, std::int32_t state) EXCLUDES(mutex_);
 
   // Identifies a segment among all that have or had its key. `source` is the playlist that was
   // passed to FollowWindow; empty if there was none, in which case the key alone counts.
-  QueuedSegment Identify(const M3u8Entry& segment, const std::string& source);
+  QueuedSegment Identify(const M3u8Entry& segment, const std::string& source) EXCLUDES(mutex_);
 
   // Records which segments are listed now. Forgets, without a console line, every segment that is
   // done and no longer listed, neither by the top-level playlist nor by its variants.
-  void RecordListed(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {});
+  void RecordListed(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {})
+      EXCLUDES(mutex_);
 
   // Forgets every segment in the given state that is not among the current ones, and logs a console
   // line for each.
-  void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state);
+  void RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state) EXCLUDES(mutex_);
 
   // Begins a batch of the segment thread. `waiting` is all that was queued: replaced segments that
   // are not among it are forgotten, since the segment thread has finished every segment that it
   // took before.
-  void BeginBatch(SegmentHistory& history, const std::vector<QueuedSegment>& waiting);
+  void BeginBatch(SegmentHistory& history, const std::vector<QueuedSegment>& waiting)
+      EXCLUDES(mutex_);
 
   // Returns whether a segment of the batch was not taken before, and records it as taken. If it was
   // taken before, it is done.
-  bool InsertIfNew(SegmentHistory& history, const QueuedSegment& segment);
+  bool InsertIfNew(SegmentHistory& history, const QueuedSegment& segment) EXCLUDES(mutex_);
 
   // Returns whether the address of a segment from the queue serves another segment now.
-  bool IsReplaced(const QueuedSegment& segment);
+  bool IsReplaced(const QueuedSegment& segment) EXCLUDES(mutex_);
 
   // Sets the state of a segment. Does nothing if the segment is not known.
-  void SetSegmentState(const std::string& uri, std::int32_t state);
+  void SetSegmentState(const std::string& uri, std::int32_t state) EXCLUDES(mutex_);
 
   // Records that the segment thread has finished a segment without downloading it: it was skipped,
   // perhaps since it had been queued twice, or its download failed. Its state stays kSegmentQueued,
   // but RemoveStaleSegments is called for kSegmentDownloaded only, so without this a live stream
   // would leave one entry for every such segment.
-  void RecordDone(const std::string& uri);
+  void RecordDone(const std::string& uri) EXCLUDES(mutex_);
 
   // Forgets all segments. The epoch stays: a segment thread may keep its history.
-  void Clear();
+  void Clear() EXCLUDES(mutex_);
 
   // The sizes of the tables, for tests of their limits.
   struct Sizes {
@@ -141,27 +142,27 @@ class SegmentLedger {
     std::size_t playlists = 0;   // with remembered numbers
     std::size_t remembered = 0;  // numbers of the most recent of these playlists
   };
-  Sizes CurrentSizes();
+  Sizes CurrentSizes() EXCLUDES(mutex_);
 
  private:
-  // Require mutex_.
-  void ForgetSegments();
-  void Replace(const ReusedKey& reused);
+  void ForgetSegments() REQUIRES(mutex_);
+  void Replace(const ReusedKey& reused) REQUIRES(mutex_);
 
-  std::mutex mutex_;  // guards all members
+  Mutex mutex_;
 
   // The state of each segment, by its key. The name is fixed. Kept for compatibility.
-  std::map<std::string, std::int32_t> g_segmentStates;
-  std::set<std::string> done_;  // keys of segments that were finished without a download
+  std::map<std::string, std::int32_t> g_segmentStates GUARDED_BY(mutex_);
+  // Keys of segments that were finished without a download.
+  std::set<std::string> done_ GUARDED_BY(mutex_);
 
-  WindowClassifiers classifiers_;
-  std::uint64_t epoch_ = 0;  // number of restarts of the live stream
+  WindowClassifiers classifiers_ GUARDED_BY(mutex_);
+  std::uint64_t epoch_ GUARDED_BY(mutex_) = 0;  // number of restarts of the live stream
 
   // Epoch and identity of pending segments whose address serves another segment now. They are
   // skipped, since the other segment is queued too.
-  std::set<std::pair<std::uint64_t, std::string>> replaced_;
+  std::set<std::pair<std::uint64_t, std::string>> replaced_ GUARDED_BY(mutex_);
 
-  std::size_t listed_ = 0;  // number of segments that the live playlist lists
+  std::size_t listed_ GUARDED_BY(mutex_) = 0;  // number of segments that the live playlist lists
 };
 
 }  // namespace stream

@@ -11,6 +11,7 @@
 
 #include "common/copy_buffer.h"
 #include "common/run_id.h"
+#include "mp4/mp4_state.h"
 
 namespace stream {
 
@@ -41,10 +42,10 @@ class Mp4Transfer {
  private:
   enum class Outcome { kDone, kLater, kNever };
 
-  Outcome WritePending();
+  Outcome WritePending() EXCLUDES(g_mp4File->mutex);
   int WriteToFile(const std::string& path) const;
   void ReportFailure(const std::string& path, int error);
-  void Advance();
+  void Advance(Mp4File& file) REQUIRES(file.mutex);
 
   const RunId run_;
   std::uint64_t seeks_;

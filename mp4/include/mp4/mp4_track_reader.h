@@ -14,11 +14,11 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
 #include "common/adts.h"
+#include "common/frame_queue.h"
 #include "common/player_port.h"
 #include "common/run_id.h"
 #include "mp4/downloaded_ranges.h"
@@ -26,6 +26,7 @@
 #include "mp4/mp4_sample.h"
 #include "mp4/mp4_time_index.h"
 #include "mp4/mp4_tracks.h"
+#include "platform/mutex.h"
 
 namespace stream {
 
@@ -68,6 +69,8 @@ class Mp4TrackReader {
   void Close();
 
  private:
+  enum class TrackKind { kVideo, kAudio };
+
   struct Track {
     MP4TrackId id = MP4_INVALID_TRACK_ID;
     MP4SampleId next = 1;
@@ -82,18 +85,18 @@ class Mp4TrackReader {
     std::uint64_t repositions;   // repositions_ when the pass began
   };
 
-  bool LacksATrack() const;
+  bool LacksATrack() const REQUIRES(mutex_);
   bool Open(ReadPass& pass);
   bool Discover(const ReadPass& pass);
-  std::optional<std::string> DiscoverVideo(MP4FileHandle file);
-  void DiscoverAudio(MP4FileHandle file);
+  std::optional<std::string> DiscoverVideo(MP4FileHandle file) REQUIRES(mutex_);
+  void DiscoverAudio(MP4FileHandle file) REQUIRES(mutex_);
   void Adopt(const Mp4VideoTrack& track);
   void ReadSamples(ReadPass& pass);
   bool ReadNextVideo(ReadPass& pass);
   bool ReadNextAudio(ReadPass& pass);
   bool AudioMustWait() const;
-  std::optional<Mp4Sample> ReadNext(ReadPass& pass, Track& track);
-  std::optional<Mp4Sample> ReadSample(ReadPass& pass, Track& track);
+  std::optional<Mp4Sample> ReadNext(ReadPass& pass, TrackKind kind);
+  std::optional<Mp4Sample> ReadSample(ReadPass& pass, Track& track) REQUIRES(mutex_);
   static bool IsAvailable(const ReadPass& pass, Track& track, std::uint64_t offset,
                           std::uint64_t size);
   void EndPass(const ReadPass& pass, bool was_read);
@@ -108,17 +111,20 @@ class Mp4TrackReader {
   // The time at which the video began, in milliseconds: earlier audio is not queued.
   std::atomic<std::uint64_t> key_time_{0};
 
-  mutable std::mutex mutex_;
-  // All guarded by mutex_.
-  bool pass_running_ = false;
-  Track video_;
-  Track audio_;
-  RunId run_{};
-  std::uint64_t repositions_ = 0;          // counts the calls of Seek and Reset
-  bool refused_ = false;                   // the video track has no H.264 parameter sets
-  bool discovered_ = false;                // the index of the file was read at least once
-  std::optional<std::uint64_t> revision_;  // of the ranges that the last pass used
-  std::shared_ptr<void> open_file_;
+  mutable Mutex mutex_ ACQUIRED_BEFORE(g_frameQueueMutex);
+  bool pass_running_ GUARDED_BY(mutex_) = false;
+  Track video_ GUARDED_BY(mutex_);
+  Track audio_ GUARDED_BY(mutex_);
+  RunId run_ GUARDED_BY(mutex_){};
+  // Counts the calls of Seek and Reset.
+  std::uint64_t repositions_ GUARDED_BY(mutex_) = 0;
+  // The video track has no H.264 parameter sets.
+  bool refused_ GUARDED_BY(mutex_) = false;
+  // The index of the file was read at least once.
+  bool discovered_ GUARDED_BY(mutex_) = false;
+  // Of the ranges that the last pass used.
+  std::optional<std::uint64_t> revision_ GUARDED_BY(mutex_);
+  std::shared_ptr<void> open_file_ GUARDED_BY(mutex_);
 };
 
 }  // namespace stream

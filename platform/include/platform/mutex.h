@@ -6,6 +6,9 @@
 //   int count_ GUARDED_BY(mutex_) = 0;
 //   void AddLocked() REQUIRES(mutex_);
 //
+// Clang checks each function on its own and compares expressions: a mutex that was locked as
+// `a.b.mutex` does not count as held for `c.mutex`, even if `c` is a reference to `a.b`.
+//
 // Source: Clang's documentation, "Thread Safety Analysis".
 #ifndef PLATFORM_MUTEX_H_
 #define PLATFORM_MUTEX_H_
@@ -30,11 +33,16 @@
 #define REQUIRES(...) THREAD_ANNOTATION(requires_capability(__VA_ARGS__))
 // For a function: the caller does not hold these mutexes, since the function locks them.
 #define EXCLUDES(...) THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
-// For a function: locks or unlocks these mutexes.
+// For a function: locks or unlocks these mutexes; TRY_ACQUIRE if it returns the first argument.
 #define ACQUIRE(...) THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define RELEASE(...) THREAD_ANNOTATION(release_capability(__VA_ARGS__))
+#define TRY_ACQUIRE(...) THREAD_ANNOTATION(try_acquire_capability(__VA_ARGS__))
+// For a function: after its call, the compiler takes this mutex for held.
+#define ASSUMES_HELD(mutex) THREAD_ANNOTATION(assert_capability(mutex))
 // For a function that returns a reference to this mutex.
 #define RETURNS_MUTEX(mutex) THREAD_ANNOTATION(lock_returned(mutex))
+// For a class whose objects hold a mutex from their construction to the end of their scope.
+#define SCOPED_LOCK THREAD_ANNOTATION(scoped_lockable)
 
 namespace stream {
 
@@ -47,6 +55,12 @@ class THREAD_ANNOTATION(capability("mutex")) Mutex {
   // Named as std::mutex names them, so that std::lock_guard works in code that is not checked.
   void lock() ACQUIRE() { mutex_.lock(); }      // NOLINT(readability-identifier-naming)
   void unlock() RELEASE() { mutex_.unlock(); }  // NOLINT(readability-identifier-naming)
+  bool try_lock() TRY_ACQUIRE(true) {           // NOLINT(readability-identifier-naming)
+    return mutex_.try_lock();
+  }
+
+  // For callbacks that a library calls while the thread holds the mutex. Checks nothing.
+  void AssumeHeld() const ASSUMES_HELD(this) {}
 
   // Calls `wait` with the mutex as the std::unique_lock that a condition variable takes. Returns
   // its result.
@@ -70,12 +84,24 @@ class THREAD_ANNOTATION(capability("mutex")) Mutex {
 };
 
 // Holds a mutex from its construction to the end of its scope.
-class THREAD_ANNOTATION(scoped_lockable) MutexLock {
+class SCOPED_LOCK MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) ACQUIRE(mutex) : mutex_(mutex) { mutex_.lock(); }
   ~MutexLock() RELEASE() { mutex_.unlock(); }
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
+
+ private:
+  Mutex& mutex_;
+};
+
+// Releases a mutex, which the thread holds, from its construction to the end of its scope.
+class SCOPED_LOCK MutexUnlock {
+ public:
+  explicit MutexUnlock(Mutex& mutex) RELEASE(mutex) : mutex_(mutex) { mutex_.unlock(); }
+  ~MutexUnlock() RELEASE() { mutex_.lock(); }  // ends the release
+  MutexUnlock(const MutexUnlock&) = delete;
+  MutexUnlock& operator=(const MutexUnlock&) = delete;
 
  private:
   Mutex& mutex_;

@@ -6,4 +6,6 @@ int main() {
   GuardedCounter counter;
   counter.AddOne();
   counter.WaitForOne();
+  counter.AddOneAfterAPause();
+  const OuterLock lock(counter);
 }

@@ -8,7 +8,7 @@ namespace stream {
 
 class GuardedCounter {
  public:
-  void AddOne() {
+  void AddOne() EXCLUDES(outer_, inner_) {
     const MutexLock outer(outer_);
     const MutexLock inner(inner_);
     AddLocked();
@@ -17,7 +17,20 @@ class GuardedCounter {
     const MutexLock lock(inner_);
     WaitOn(changed_, inner_, [this]() REQUIRES(inner_) { return count_ > 0; });
   }
+  void AddOneAfterAPause() {
+    const MutexLock lock(inner_);
+    { const MutexUnlock unlocked(inner_); }
+    AddLocked();
+  }
+  void AddOneInACallback() {
+    inner_.AssumeHeld();
+    AddLocked();
+  }
+  Mutex& OuterMutex() RETURNS_MUTEX(outer_) { return outer_; }
+
   int ReadWithoutTheMutex();
+  int ReadDuringAPause();
+  void AddOneTwice();
   void AddWithoutTheMutex();
   void LockInTheWrongOrder();
 
@@ -28,6 +41,19 @@ class GuardedCounter {
   Mutex inner_;
   std::condition_variable changed_;
   int count_ GUARDED_BY(inner_) = 0;
+};
+
+// As TsDemuxLock: a lock of a mutex that a function returns.
+class SCOPED_LOCK OuterLock {
+ public:
+  explicit OuterLock(GuardedCounter& counter) ACQUIRE(counter.OuterMutex())
+      : lock_(counter.OuterMutex()) {}
+  ~OuterLock() RELEASE() = default;
+  OuterLock(const OuterLock&) = delete;
+  OuterLock& operator=(const OuterLock&) = delete;
+
+ private:
+  MutexLock lock_;
 };
 
 }  // namespace stream

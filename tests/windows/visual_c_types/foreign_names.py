@@ -19,8 +19,9 @@ _FUNCTIONS = {
 _COMPILER_NAMES = {
     "common/include/common/format_text.h": {"__GNUC__", "__attribute__"},
     "common/include/common/separate_blocks.h": {"__SANITIZE_ADDRESS__", "__has_feature"},
+    "platform/include/platform/mutex.h": {"__attribute__", "__clang__"},
 }
-_EVERYWHERE = {"__autoclassinit2", "__cplusplus", "__declspec"}
+_EVERYWHERE = {"__VA_ARGS__", "__autoclassinit2", "__cplusplus", "__declspec"}
 
 _COMMENT_OR_TEXT = re.compile(r'"(?:\\.|[^"\\\n])*"|//[^\n]*|/\*.*?\*/', re.DOTALL)
 _INCLUDE = re.compile(r"^[ \t]*#[ \t]*include[ \t]*<([^>]+)>", re.MULTILINE)

@@ -11,7 +11,7 @@
 
 namespace stream {
 
-// The state of one queue since its last reset. Use it with g_frameQueueMutex held.
+// The state of one queue since its last reset.
 //
 // A delivery thread may already have popped and released the node of an anchor. Therefore an anchor
 // is identified by its sequence number, and its node is accessed only while that number is still
@@ -24,7 +24,7 @@ class PlayTimeInterpolator {
 
   // Call it once for each frame, right after the frame was pushed onto `queue`. Always pass the
   // same queue.
-  void FramePushed(const FrameQueue& queue);
+  void FramePushed(const FrameQueue& queue) REQUIRES(g_frameQueueMutex);
 
  private:
   struct Anchor {
@@ -34,7 +34,7 @@ class PlayTimeInterpolator {
   };
 
   float Step(std::uint64_t node_count) const;
-  void Assign(const FrameQueue& queue, float step) const;
+  void Assign(const FrameQueue& queue, float step) const REQUIRES(g_frameQueueMutex);
 
   std::uint64_t base_ = 0;  // the PTS of play time 0; 0 if there is none yet
   std::optional<Anchor> anchor_;

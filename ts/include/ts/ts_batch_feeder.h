@@ -3,6 +3,7 @@
 #define TS_TS_BATCH_FEEDER_H_
 
 #include "common/byte_buffer.h"
+#include "ts/ts_demux.h"
 
 namespace stream {
 
@@ -14,10 +15,10 @@ class TsBatchFeeder {
  public:
   /// Feeds all whole packets that are in g_tsStreamBuffer, one packet per call. Returns false if
   /// there are none or memory runs out. If g_tsRunning is cleared meanwhile, the rest is dropped.
-  bool FeedBatch();
+  bool FeedBatch() EXCLUDES(ProcessTsDemuxer().BatchMutex());
 
  private:
-  bool FetchBatch();
+  bool FetchBatch() REQUIRES(ProcessTsDemuxer().BatchMutex());
 
   CByteBuffer batch_;
 };

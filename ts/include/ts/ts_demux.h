@@ -5,8 +5,8 @@
 #define TS_TS_DEMUX_H_
 
 #include <cstdint>
-#include <mutex>
 
+#include "platform/mutex.h"
 #include "ts/ts_context.h"
 #include "ts/ts_queue_demuxer.h"
 
@@ -15,22 +15,27 @@ namespace stream {
 TsQueueDemuxer& ProcessTsDemuxer();
 
 /// Held by the thread that feeds the process's demultiplexer, for a whole batch. Never call the
-/// player with it held.
-class TsDemuxLock {
+/// player meanwhile.
+class SCOPED_LOCK TsDemuxLock {
  public:
-  TsDemuxLock();
+  TsDemuxLock() ACQUIRE(ProcessTsDemuxer().BatchMutex());
+  ~TsDemuxLock() RELEASE() = default;
+  TsDemuxLock(const TsDemuxLock&) = delete;
+  TsDemuxLock& operator=(const TsDemuxLock&) = delete;
 
  private:
-  std::lock_guard<std::mutex> lock_;
+  MutexLock lock_;
 };
 
 /// Feeds the whole packets in `length` bytes at `data` to the process's demultiplexer. An
-/// incomplete packet at the end is ignored. Returns 0. Requires TsDemuxLock.
-std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length);
+/// incomplete packet at the end is ignored. Returns 0.
+std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length)
+    REQUIRES(ProcessTsDemuxer().BatchMutex());
 
 /// The handler of playable streams: passes `count` packets to the process's demultiplexer, to be
-/// demultiplexed with the programs and PIDs of `context`. Returns 0. Requires TsDemuxLock.
-std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets, std::int32_t count);
+/// demultiplexed with the programs and PIDs of `context`. Returns 0.
+std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets, std::int32_t count)
+    REQUIRES(ProcessTsDemuxer().BatchMutex());
 
 }  // namespace stream
 

@@ -18,8 +18,8 @@ void ParseTs(const PlayerPort& player);
 class TsDurationReport {
  public:
   // Returns the time span of the video demultiplexed so far, in seconds, if it has grown since the
-  // last call; otherwise a negative number. `queue` may be null. Requires g_frameQueueMutex.
-  float Update(const FrameQueue* queue);
+  // last call; otherwise a negative number. `queue` may be null.
+  float Update(const FrameQueue* queue) REQUIRES(g_frameQueueMutex);
 
  private:
   std::uint64_t first_pts_ = 0;

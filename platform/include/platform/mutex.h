@@ -53,11 +53,9 @@ class THREAD_ANNOTATION(capability("mutex")) Mutex {
   Mutex& operator=(const Mutex&) = delete;
 
   // Named as std::mutex names them, so that std::lock_guard works in code that is not checked.
-  void lock() ACQUIRE() { mutex_.lock(); }      // NOLINT(readability-identifier-naming)
-  void unlock() RELEASE() { mutex_.unlock(); }  // NOLINT(readability-identifier-naming)
-  bool try_lock() TRY_ACQUIRE(true) {           // NOLINT(readability-identifier-naming)
-    return mutex_.try_lock();
-  }
+  void lock() ACQUIRE() { mutex_.lock(); }
+  void unlock() RELEASE() { mutex_.unlock(); }
+  bool try_lock() TRY_ACQUIRE(true) { return mutex_.try_lock(); }
 
   // For callbacks that a library calls while the thread holds the mutex. Checks nothing.
   void AssumeHeld() const ASSUMES_HELD(this) {}

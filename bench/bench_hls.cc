@@ -81,7 +81,7 @@ std::vector<std::string> LiveLists(int count) {
 // The work of the playlist thread and the segment thread on these lists, without the downloads.
 // Returns the number of segments to download.
 std::size_t QueueLists(const std::vector<std::string>& lists) {
-  HlsPipeline pipeline;
+  HlsTaskState pipeline;
   pipeline.running = true;
   SegmentHistory history;
   std::size_t downloads = 0;

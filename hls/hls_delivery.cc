@@ -7,11 +7,10 @@ namespace stream {
 namespace {
 
 // `is_video` is the isVideo value of the frames.
-FrameFilter FilterOf(HlsPipeline& pipeline, std::uint32_t is_video,
-                     std::atomic<std::int32_t>& skip) {
-  return [&pipeline, is_video, &skip](const FrameRecord& frame) {
-    if (frame.isVideo == is_video && pipeline.listedDuration.load() > 0) {
-      pipeline.listedDuration = 0;
+FrameFilter FilterOf(HlsTaskState& hls, std::uint32_t is_video, std::atomic<std::int32_t>& skip) {
+  return [&hls, is_video, &skip](const FrameRecord& frame) {
+    if (frame.isVideo == is_video && hls.listedDuration.load() > 0) {
+      hls.listedDuration = 0;
     }
     return !CountSkippedFrame(skip);
   };
@@ -27,10 +26,10 @@ bool CountSkippedFrame(std::atomic<std::int32_t>& skip) {
   return false;
 }
 
-FrameFilters HlsFrameFilters(HlsPipeline& pipeline) {
+FrameFilters HlsFrameFilters(HlsTaskState& hls) {
   FrameFilters filters;
-  filters.video = FilterOf(pipeline, 1, pipeline.stream.g_videoSkip);
-  filters.audio = FilterOf(pipeline, 0, pipeline.stream.g_audioSkip);
+  filters.video = FilterOf(hls, 1, hls.stream.g_videoSkip);
+  filters.audio = FilterOf(hls, 0, hls.stream.g_audioSkip);
   return filters;
 }
 

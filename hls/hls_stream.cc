@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 #include "ts/ts_demux.h"
 
 namespace stream {
@@ -36,14 +36,14 @@ void HlsStream::Clear() {
   WakeTasks();
 }
 
-void HlsStream::SetActive(const HlsPipeline* pipeline) {
+void HlsStream::SetActive(const HlsTaskState* hls) {
   const MutexLock lock(active_mutex_);
-  g_activeM3u8 = pipeline;
+  g_activeM3u8 = hls;
 }
 
-void HlsStream::ForgetActive(const HlsPipeline* pipeline) {
+void HlsStream::ForgetActive(const HlsTaskState* hls) {
   const MutexLock lock(active_mutex_);
-  if (g_activeM3u8 == pipeline) g_activeM3u8 = nullptr;
+  if (g_activeM3u8 == hls) g_activeM3u8 = nullptr;
 }
 
 bool HlsStream::ActiveRuns() {

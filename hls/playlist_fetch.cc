@@ -43,15 +43,15 @@ std::size_t OnVariantBytes(char* data, std::size_t size, std::size_t count, void
   return Append(stream.g_variantText, stream, data, size * count);
 }
 
-std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request) {
-  const MutexLock lock(pipeline.stream.playlist_mutex);
-  TruncateLeftover(pipeline.stream.g_playlistText);
-  const Transfer transfer{request.url, GuardedCallback<OnPlaylistBytes>, &pipeline.stream,
-                          pipeline.running, pipeline.silence_limit};
-  if (!Perform(pipeline.playlistHandle.get(), transfer, request.with_user_agent)) {
+std::optional<std::string> FetchPlaylist(HlsTaskState& hls, const PlaylistRequest& request) {
+  const MutexLock lock(hls.stream.playlist_mutex);
+  TruncateLeftover(hls.stream.g_playlistText);
+  const Transfer transfer{request.url, GuardedCallback<OnPlaylistBytes>, &hls.stream, hls.running,
+                          hls.silence_limit};
+  if (!Perform(hls.playlistHandle.get(), transfer, request.with_user_agent)) {
     return std::nullopt;
   }
-  return std::exchange(pipeline.stream.g_playlistText, {});
+  return std::exchange(hls.stream.g_playlistText, {});
 }
 
 void PutBackPlaylistBody(HlsStream& stream, const std::string& text) {
@@ -59,11 +59,11 @@ void PutBackPlaylistBody(HlsStream& stream, const std::string& text) {
   stream.g_playlistText.insert(0, text);
 }
 
-bool FetchVariant(HlsPipeline& pipeline, const std::string& url) {
-  TruncateLeftover(pipeline.stream.g_variantText);
-  const Transfer transfer{url, GuardedCallback<OnVariantBytes>, &pipeline.stream, pipeline.running,
-                          pipeline.silence_limit};
-  return Perform(pipeline.variantHandle.get(), transfer, true);
+bool FetchVariant(HlsTaskState& hls, const std::string& url) {
+  TruncateLeftover(hls.stream.g_variantText);
+  const Transfer transfer{url, GuardedCallback<OnVariantBytes>, &hls.stream, hls.running,
+                          hls.silence_limit};
+  return Perform(hls.variantHandle.get(), transfer, true);
 }
 
 }  // namespace stream

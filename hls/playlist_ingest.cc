@@ -33,7 +33,7 @@ void ConsoleCount(const char* tag, std::size_t count) {
 // Processes one text of a live playlist and queues its new segments.
 class PlaylistIngest {
  public:
-  PlaylistIngest(HlsPipeline& pipeline, const std::string& url) : pipeline_(pipeline), url_(url) {}
+  PlaylistIngest(HlsTaskState& hls, const std::string& url) : pipeline_(hls), url_(url) {}
 
   // Returns whether `text` is a playlist.
   bool Run(const std::string& text) EXCLUDES(pipeline_.stream.playlist_mutex);
@@ -48,7 +48,7 @@ class PlaylistIngest {
   void Finish();
   bool ShouldStop() const { return is_late_copy_ || !pipeline_.running.load(); }
 
-  HlsPipeline& pipeline_;
+  HlsTaskState& pipeline_;
   const std::string& url_;
   M3u8Table top_;
   M3u8Table variant_segments_;
@@ -150,21 +150,21 @@ void PlaylistIngest::Finish() {
 
 }  // namespace
 
-bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
+bool QueueSegmentsFromPlaylist(HlsTaskState& hls, const std::string& playlistUrl,
                                const std::string& text) {
-  return PlaylistIngest(pipeline, playlistUrl).Run(text);
+  return PlaylistIngest(hls, playlistUrl).Run(text);
 }
 
-void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries) {
+void QueueAllSegments(HlsTaskState& hls, const M3u8Table& entries) {
   ConsoleCount("QUEUEED3", entries.size());
   std::vector<QueuedSegment> all;
   all.reserve(entries.size());
   for (const auto& [index, segment] : entries) {
-    if (!pipeline.running.load()) return;
-    pipeline.listedDuration += segment.duration;
+    if (!hls.running.load()) return;
+    hls.listedDuration += segment.duration;
     all.push_back({segment, segment.uri, 0});  // identity: the full address, query included
   }
-  pipeline.stream.Queue(std::move(all), true);
+  hls.stream.Queue(std::move(all), true);
 }
 
 }  // namespace stream

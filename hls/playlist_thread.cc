@@ -38,13 +38,13 @@ struct FirstPlaylist {
 
 // If the first request fails, a second one follows at once, for the cleaned address and without a
 // user agent. Kept for compatibility.
-std::optional<FirstPlaylist> FetchFirstPlaylist(HlsPipeline& pipeline, const std::string& url) {
+std::optional<FirstPlaylist> FetchFirstPlaylist(HlsTaskState& hls, const std::string& url) {
   const PlaylistRequest first{url, true};
-  if (auto text = FetchPlaylist(pipeline, first)) return FirstPlaylist{first, std::move(*text)};
-  pipeline.player.Message("PLAY Try:" + url);
+  if (auto text = FetchPlaylist(hls, first)) return FirstPlaylist{first, std::move(*text)};
+  hls.player.Message("PLAY Try:" + url);
   const PlaylistRequest second{CleanUrl(url), false};
-  if (auto text = FetchPlaylist(pipeline, second)) return FirstPlaylist{second, std::move(*text)};
-  pipeline.player.Message("PLAY Failed:" + url);
+  if (auto text = FetchPlaylist(hls, second)) return FirstPlaylist{second, std::move(*text)};
+  hls.player.Message("PLAY Failed:" + url);
   return std::nullopt;
 }
 
@@ -54,56 +54,56 @@ const char* Outcome(const PlaylistTraits& traits) {
 }
 
 // A text that is not a playlist stays, and the next body is appended to it. Kept for compatibility.
-void QueueLive(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
-  if (!QueueSegmentsFromPlaylist(pipeline, url, text)) PutBackPlaylistBody(pipeline.stream, text);
+void QueueLive(HlsTaskState& hls, const std::string& url, const std::string& text) {
+  if (!QueueSegmentsFromPlaylist(hls, url, text)) PutBackPlaylistBody(hls.stream, text);
 }
 
-void Refresh(HlsPipeline& pipeline, const FirstPlaylist& first, const std::string& url) {
-  QueueLive(pipeline, url, first.text);
-  while (pipeline.running.load()) {
-    if (const auto text = FetchPlaylist(pipeline, first.request)) QueueLive(pipeline, url, *text);
-    PauseBetweenRefreshes(pipeline);
+void Refresh(HlsTaskState& hls, const FirstPlaylist& first, const std::string& url) {
+  QueueLive(hls, url, first.text);
+  while (hls.running.load()) {
+    if (const auto text = FetchPlaylist(hls, first.request)) QueueLive(hls, url, *text);
+    PauseBetweenRefreshes(hls);
   }
 }
 
-void QueueOnDemand(HlsPipeline& pipeline, const std::string& url, const std::string& text) {
+void QueueOnDemand(HlsTaskState& hls, const std::string& url, const std::string& text) {
   M3u8Header header;
   std::int64_t media_sequence = 0;
   M3u8Table entries;
   if (ParseM3u8(header, url, text, media_sequence, entries)) {
-    QueueAllSegments(pipeline, entries);
+    QueueAllSegments(hls, entries);
   } else {
-    PutBackPlaylistBody(pipeline.stream, text);
+    PutBackPlaylistBody(hls.stream, text);
   }
 }
 
-void FollowPlaylist(HlsPipeline& pipeline, const std::string& url) {
-  const auto first = FetchFirstPlaylist(pipeline, url);
+void FollowPlaylist(HlsTaskState& hls, const std::string& url) {
+  const auto first = FetchFirstPlaylist(hls, url);
   if (!first) return;
   const PlaylistTraits traits = TraitsOf(first->text);
-  ReportOutcome(pipeline.player, Outcome(traits), url);
+  ReportOutcome(hls.player, Outcome(traits), url);
   if (traits.contains_failed) {
-    PutBackPlaylistBody(pipeline.stream, first->text);
+    PutBackPlaylistBody(hls.stream, first->text);
   } else if (traits.has_end) {
-    QueueOnDemand(pipeline, url, first->text);
+    QueueOnDemand(hls, url, first->text);
   } else {
-    Refresh(pipeline, *first, url);
+    Refresh(hls, *first, url);
   }
 }
 
 }  // namespace
 
-void PlaylistThread(HlsPipeline& pipeline, const std::string& url) {
-  FollowPlaylist(pipeline, url);
+void PlaylistThread(HlsTaskState& hls, const std::string& url) {
+  FollowPlaylist(hls, url);
   ConsoleLine("m3u8 Download thread stop.");
 }
 
-void PauseBetweenRefreshes(const HlsPipeline& pipeline) {
+void PauseBetweenRefreshes(const HlsTaskState& hls) {
   constexpr std::chrono::milliseconds kInterval{1000};
-  HlsStream& stream = pipeline.stream;
+  HlsStream& stream = hls.stream;
   const MutexLock lock(stream.g_segmentQueueMutex);
   CurrentClock().WaitFor(stream.g_segmentQueueCond, stream.g_segmentQueueMutex, kInterval,
-                         [&pipeline] { return !pipeline.running.load(); });
+                         [&hls] { return !hls.running.load(); });
 }
 
 }  // namespace stream

@@ -31,13 +31,12 @@ void KeepWholePackets(HlsStream& stream) REQUIRES(stream.download_mutex) {
   stream.g_downloadLength -= stream.g_downloadLength % static_cast<std::int32_t>(kTsPacketSize);
 }
 
-bool FetchSegment(HlsPipeline& pipeline, const std::string& url)
-    REQUIRES(pipeline.stream.download_mutex) {
-  CURL* const handle = pipeline.segmentHandle.get();
-  if (handle == nullptr || !pipeline.running.load()) return false;
-  pipeline.stream.leftover_length = pipeline.stream.g_downloadLength;
-  const Transfer transfer{url, GuardedCallback<OnSegmentBytes>, &pipeline.stream, pipeline.running,
-                          pipeline.silence_limit};
+bool FetchSegment(HlsTaskState& hls, const std::string& url) REQUIRES(hls.stream.download_mutex) {
+  CURL* const handle = hls.segmentHandle.get();
+  if (handle == nullptr || !hls.running.load()) return false;
+  hls.stream.leftover_length = hls.stream.g_downloadLength;
+  const Transfer transfer{url, GuardedCallback<OnSegmentBytes>, &hls.stream, hls.running,
+                          hls.silence_limit};
   SetUpTransfer(handle, transfer);
   SetUserAgent(handle, url);
   return PerformTransfer(handle, transfer) == CURLE_OK;
@@ -57,36 +56,36 @@ void HandOver(HlsStream& stream, const std::atomic<bool>& running) REQUIRES(stre
   stream.g_parseLength = std::exchange(stream.g_downloadLength, 0);
 }
 
-void FetchAndHandOver(HlsPipeline& pipeline, const std::string& url) {
-  const MutexLock lock(pipeline.stream.download_mutex);
-  if (FetchSegment(pipeline, url)) {
-    pipeline.stream.ledger.SetSegmentState(url, kSegmentDownloaded);
-    HandOver(pipeline.stream, pipeline.running);
+void FetchAndHandOver(HlsTaskState& hls, const std::string& url) {
+  const MutexLock lock(hls.stream.download_mutex);
+  if (FetchSegment(hls, url)) {
+    hls.stream.ledger.SetSegmentState(url, kSegmentDownloaded);
+    HandOver(hls.stream, hls.running);
   } else {
-    KeepWholePackets(pipeline.stream);
-    pipeline.stream.ledger.RecordDone(url);
+    KeepWholePackets(hls.stream);
+    hls.stream.ledger.RecordNotDownloaded(url);
   }
 }
 
-void DownloadPart(HlsPipeline& pipeline, const QueuedSegment& queued) {
+void DownloadPart(HlsTaskState& hls, const QueuedSegment& queued) {
   const M3u8Entry& segment = queued.entry;
-  SegmentLedger& ledger = pipeline.stream.ledger;
-  const float position = pipeline.position += segment.duration;
-  if (pipeline.startPosition.load() > position) {
-    ledger.RecordDone(segment.uri);
+  SegmentLedger& ledger = hls.stream.ledger;
+  const float position = hls.position += segment.duration;
+  if (hls.startPosition.load() > position) {
+    ledger.RecordNotDownloaded(segment.uri);
     return;
   }
-  if (!ledger.IsReplaced(queued)) FetchAndHandOver(pipeline, segment.uri);
-  pipeline.player.BufferedTime(position);
+  if (!ledger.IsReplaced(queued)) FetchAndHandOver(hls, segment.uri);
+  hls.player.BufferedTime(position);
 }
 
 // Moves everything out of the queue once there is something to do.
-std::vector<QueuedSegment> PopQueue(const HlsPipeline& pipeline, SegmentHistory& history) {
-  HlsStream& stream = pipeline.stream;
+std::vector<QueuedSegment> PopQueue(const HlsTaskState& hls, SegmentHistory& history) {
+  HlsStream& stream = hls.stream;
   std::vector<QueuedSegment> waiting;
   const MutexLock lock(stream.g_segmentQueueMutex);
-  const auto has_work = [&pipeline, &stream]() REQUIRES(stream.g_segmentQueueMutex) {
-    return !stream.g_segmentQueue.empty() || stream.on_demand_queued || !pipeline.running.load();
+  const auto has_work = [&hls, &stream]() REQUIRES(stream.g_segmentQueueMutex) {
+    return !stream.g_segmentQueue.empty() || stream.on_demand_queued || !hls.running.load();
   };
   CurrentClock().Wait(stream.g_segmentQueueCond, stream.g_segmentQueueMutex, has_work);
   waiting.swap(stream.g_segmentQueue);
@@ -97,12 +96,12 @@ std::vector<QueuedSegment> PopQueue(const HlsPipeline& pipeline, SegmentHistory&
 
 }  // namespace
 
-std::vector<QueuedSegment> PopQueuedSegments(HlsPipeline& pipeline, SegmentHistory& history) {
+std::vector<QueuedSegment> PopQueuedSegments(HlsTaskState& hls, SegmentHistory& history) {
   std::vector<QueuedSegment> batch;
-  for (QueuedSegment& segment : PopQueue(pipeline, history)) {
-    if (!pipeline.running.load()) break;
-    if (!pipeline.stream.ledger.InsertIfNew(history, segment)) continue;
-    pipeline.queuedDuration += segment.entry.duration;
+  for (QueuedSegment& segment : PopQueue(hls, history)) {
+    if (!hls.running.load()) break;
+    if (!hls.stream.ledger.TakeIfNew(history, segment)) continue;
+    hls.queuedDuration += segment.entry.duration;
     batch.push_back(std::move(segment));
   }
   return batch;
@@ -127,14 +126,14 @@ std::size_t OnSegmentBytes(char* data, std::size_t size, std::size_t count, void
   return length;
 }
 
-void DownloadPartsThread(HlsPipeline& pipeline) {
+void DownloadPartsThread(HlsTaskState& hls) {
   SegmentHistory history;
-  while (pipeline.running.load()) {
-    const std::vector<QueuedSegment> batch = PopQueuedSegments(pipeline, history);
-    pipeline.player.Duration(pipeline.queuedDuration.load());
+  while (hls.running.load()) {
+    const std::vector<QueuedSegment> batch = PopQueuedSegments(hls, history);
+    hls.player.Duration(hls.queuedDuration.load());
     for (const QueuedSegment& segment : batch) {
-      if (!pipeline.running.load()) break;
-      DownloadPart(pipeline, segment);
+      if (!hls.running.load()) break;
+      DownloadPart(hls, segment);
     }
     SleepFor(std::chrono::milliseconds(1));
   }

@@ -73,7 +73,7 @@ WindowVerdict SegmentLedger::FollowWindow(const std::string& source, std::int64_
 // server now serves the new segment at that address.
 void SegmentLedger::Replace(const ReusedKey& reused) {
   g_segmentStates.erase(reused.key);
-  done_.erase(reused.key);
+  not_downloaded_.erase(reused.key);
   if (replaced_.size() < kMaxQueuedSegments) replaced_.emplace(epoch_, reused.former_identity);
 }
 
@@ -92,14 +92,15 @@ QueuedSegment SegmentLedger::Identify(const M3u8Entry& segment, const std::strin
 void SegmentLedger::RecordListed(const SegmentKeys& top_keys, const SegmentKeys& variant_keys) {
   const MutexLock lock(mutex_);
   listed_ = top_keys.size() + variant_keys.size();
-  std::erase_if(done_, [this, &top_keys, &variant_keys](const std::string& key) REQUIRES(mutex_) {
-    if (top_keys.contains(key) || variant_keys.contains(key)) return false;
-    const auto known = g_segmentStates.find(key);
-    if (known != g_segmentStates.end() && known->second == kSegmentQueued) {
-      g_segmentStates.erase(known);
-    }
-    return true;
-  });
+  std::erase_if(not_downloaded_,
+                [this, &top_keys, &variant_keys](const std::string& key) REQUIRES(mutex_) {
+                  if (top_keys.contains(key) || variant_keys.contains(key)) return false;
+                  const auto known = g_segmentStates.find(key);
+                  if (known != g_segmentStates.end() && known->second == kSegmentQueued) {
+                    g_segmentStates.erase(known);
+                  }
+                  return true;
+                });
 }
 
 void SegmentLedger::RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state) {
@@ -123,10 +124,10 @@ void SegmentLedger::BeginBatch(SegmentHistory& history, const std::vector<Queued
   replaced_ = std::move(pending);
 }
 
-bool SegmentLedger::InsertIfNew(SegmentHistory& history, const QueuedSegment& segment) {
+bool SegmentLedger::TakeIfNew(SegmentHistory& history, const QueuedSegment& segment) {
   if (std::exchange(history.epoch, segment.epoch) != segment.epoch) history.taken.Clear();
   if (history.taken.InsertIfNew(segment.identity, history.limit)) return true;
-  RecordDone(segment.entry.uri);
+  RecordNotDownloaded(segment.entry.uri);
   return false;
 }
 
@@ -141,9 +142,9 @@ void SegmentLedger::SetSegmentState(const std::string& uri, std::int32_t state) 
   if (known != g_segmentStates.end()) known->second = state;
 }
 
-void SegmentLedger::RecordDone(const std::string& uri) {
+void SegmentLedger::RecordNotDownloaded(const std::string& uri) {
   const MutexLock lock(mutex_);
-  done_.insert(MakeSegmentKey(uri));
+  not_downloaded_.insert(MakeSegmentKey(uri));
 }
 
 void SegmentLedger::Clear() {
@@ -156,7 +157,7 @@ void SegmentLedger::Clear() {
 
 void SegmentLedger::ForgetSegments() {
   g_segmentStates.clear();
-  done_.clear();
+  not_downloaded_.clear();
 }
 
 SegmentLedger::Sizes SegmentLedger::CurrentSizes() {

@@ -21,12 +21,12 @@ constexpr char kStopLine[] = "m3u8 parse ts thread stop.";
 // Feeds the pending segment to the demultiplexer, one packet per call, and drops a tail shorter
 // than a packet. Returns false if the pipeline was stopped; the remaining packets would only be
 // discarded.
-bool FeedSegment(const HlsPipeline& pipeline, std::int32_t length, VideoArrivalDetector& video)
+bool FeedSegment(const HlsTaskState& hls, std::int32_t length, VideoArrivalDetector& video)
     REQUIRES(ProcessTsDemuxer().BatchMutex()) {
   const std::size_t packets = static_cast<std::size_t>(length) / kTsPacketSize;
   for (std::size_t i = 0; i < packets; ++i) {
-    if (!pipeline.running.load()) return false;
-    ts_demux_feed(pipeline.stream.g_parseBuffer->data() + i * kTsPacketSize,
+    if (!hls.running.load()) return false;
+    ts_demux_feed(hls.stream.g_parseBuffer->data() + i * kTsPacketSize,
                   static_cast<std::int32_t>(kTsPacketSize));
     video.Seen();  // check now: queued frames may be discarded before the segment ends
   }
@@ -53,16 +53,16 @@ struct FirstSegment {
 };
 
 // Parses the pending segment. Returns false if there is none or the pipeline was stopped.
-bool ParseSegment(HlsPipeline& pipeline, FirstSegment& first) {
-  HlsStream& stream = pipeline.stream;
+bool ParseSegment(HlsTaskState& hls, FirstSegment& first) {
+  HlsStream& stream = hls.stream;
   {
     const TsDemuxLock lock;
     const std::int32_t length = stream.g_parseLength.load();
     if (length < 1) return false;
     VideoArrivalDetector video;
-    if (!FeedSegment(pipeline, length, video)) return false;
+    if (!FeedSegment(hls, length, video)) return false;
     const bool has_video = video.Seen();
-    const bool begins_file = first.is_next && pipeline.player;
+    const bool begins_file = first.is_next && hls.player;
     if (!has_video && begins_file) first.status = "DATAERR ";
     if (!has_video) KeepForInspection(*stream.g_parseBuffer, length, begins_file ? "wb+" : "ab+");
     if (first.is_next) first.status += CodecName(ts_last_stream_type.load());
@@ -87,18 +87,18 @@ bool VideoArrivalDetector::Seen() {
   return seen_;
 }
 
-void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url) {
+void ParseSegmentsThread(HlsTaskState& hls, const std::string& url) {
   FirstSegment first;
-  while (pipeline.running.load()) {
-    WaitForQueueSpace(pipeline.running, kDefaultQueueLimit);
-    if (ParseSegment(pipeline, first) && first.is_next) {
-      pipeline.player.Message("PLAY M3U8 " + first.status + ":" + url);
+  while (hls.running.load()) {
+    WaitForQueueSpace(hls.running, kDefaultQueueLimit);
+    if (ParseSegment(hls, first) && first.is_next) {
+      hls.player.Message("PLAY M3U8 " + first.status + ":" + url);
       first.is_next = false;
     }
     SleepFor(std::chrono::milliseconds(1));
   }
   ConsoleLine(kStopLine);
-  pipeline.player.Message(kStopLine);
+  hls.player.Message(kStopLine);
 }
 
 }  // namespace stream

@@ -1,6 +1,7 @@
 """Cache files when they cannot be written beside the host, or not on the disk at all."""
 
 import concurrent.futures
+import re
 
 from support import host
 from support.mp4 import Mp4Case
@@ -46,13 +47,17 @@ class TempFolderTest(Mp4Case):
         self.make_mp4()
         self.tmp.mkdir()
         self.restart_file.symlink_to("/dev/full")  # accepts no byte
-        # Only silence ends the run: bytes that cannot be written are kept, so the movie may still play.
-        run = self.play(self.serve().url("sample.mp4"), "--repeat", "1", idle_exit=0.5)
+        # Only silence ends a start: bytes that cannot be written are kept, so the movie may still play. On a
+        # busy machine a start may end before it receives a byte.
+        twice = host.Prints(_REPORT, _REPORT, "[DOWNLOAD]: ", "[DOWNLOAD]: ")
+        run = host.run_host(self.serve().url("sample.mp4"), self.directory, "--repeat", "99", idle_exit=0.5,
+                            ending=host.Ending(until=twice), host=self._host)
         self.assert_no_frame(run)
         reports = self.lines(run, _REPORT)
-        self.assertEqual(len(reports), 2, run.output)
         self.assertEqual(len(set(reports)), 1)
         self.assertTrue(reports[0].startswith(f"{_REPORT}{self.restart_file}: "), reports)
+        starts = re.split(r"repeat \d+\n", run.output)
+        self.assertLessEqual(max(start.count(_REPORT) for start in starts), 1, run.output)
 
     def test_restart_file_deleted_in_mid_download_is_reported_once(self):
         sample = self.make_index_first(8)

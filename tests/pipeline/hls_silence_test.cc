@@ -113,7 +113,7 @@ class HlsSilenceTest : public HlsTasks {
   HlsServer server_;
 };
 
-TEST(HlsSilenceLimitTest, IsTenSeconds) { EXPECT_EQ(HlsPipeline().silence_limit, kLimit); }
+TEST(HlsSilenceLimitTest, IsTenSeconds) { EXPECT_EQ(HlsTaskState().silence_limit, kLimit); }
 
 TEST_F(HlsSilenceTest, RefreshThatIsNotAnsweredForTenSecondsIsFollowedByTheNext) {
   ExpectRefreshAfter(Silent(), [this] {

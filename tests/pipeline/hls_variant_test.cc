@@ -257,7 +257,7 @@ TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
     played += Take().size();
     for (std::size_t at = before; at < taken_.size(); ++at) {
       const std::string& uri = taken_[at].uri;
-      at % 3 == 0 ? stream_.ledger.RecordDone(uri)
+      at % 3 == 0 ? stream_.ledger.RecordNotDownloaded(uri)
                   : stream_.ledger.SetSegmentState(uri, kSegmentDownloaded);
     }
     most_known = std::max(most_known, KnownSegments());

@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-#include "hls/hls_pipeline.h"
 #include "hls/hls_stream.h"
+#include "hls/hls_task_state.h"
 #include "hls/playlist_fetch.h"
 #include "hls/playlist_ingest.h"
 #include "hls/segment_download.h"
@@ -104,7 +104,7 @@ class HlsTasks : public testing::Test {
   }
 
   RecordingPlayer player_;
-  HlsPipeline pipeline_;
+  HlsTaskState pipeline_;
   HlsStream& stream_ = pipeline_.stream;
   SegmentHistory history_;
   std::vector<M3u8Entry> taken_;  // all segments returned by Take so far

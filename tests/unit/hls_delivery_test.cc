@@ -8,7 +8,7 @@
 
 #include "common/frame_queue.h"
 #include "common/pipeline.h"
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 #include "tests/support/recording_player.h"
 #include "tests/support/wait_until.h"
 
@@ -51,7 +51,7 @@ class HlsDeliveryTest : public testing::Test {
   }
 
   RecordingPlayer player_;
-  HlsPipeline pipeline_;
+  HlsTaskState pipeline_;
 };
 
 TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreReported) {

@@ -107,7 +107,7 @@ TEST_F(SegmentLedgerTest, RemovalOfQueuedSegmentsKeepsDownloadedOnes) {
 
 TEST_F(SegmentLedgerTest, DoneSegmentThatIsNotListedIsForgottenWithoutALine) {
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
-  ledger_.RecordDone("a.ts?query");
+  ledger_.RecordNotDownloaded("a.ts?query");
   testing::internal::CaptureStdout();
   ledger_.RecordListed({"b.ts"});
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -116,7 +116,7 @@ TEST_F(SegmentLedgerTest, DoneSegmentThatIsNotListedIsForgottenWithoutALine) {
 
 TEST_F(SegmentLedgerTest, DoneSegmentThatIsStillListedStaysKnown) {
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
-  ledger_.RecordDone("a.ts");
+  ledger_.RecordNotDownloaded("a.ts");
   ledger_.RecordListed({"a.ts"});
   EXPECT_EQ(Known(), 1U);
   ledger_.RecordListed({"b.ts"});
@@ -131,7 +131,7 @@ TEST_F(SegmentLedgerTest, WaitingSegmentIsNotForgotten) {
 
 TEST_F(SegmentLedgerTest, DownloadedSegmentIsLeftToTheRemoval) {
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
-  ledger_.RecordDone("a.ts");
+  ledger_.RecordNotDownloaded("a.ts");
   ledger_.SetSegmentState("a.ts", kSegmentDownloaded);
   ledger_.RecordListed({}, {});
   EXPECT_EQ(Known(), 1U);
@@ -143,7 +143,7 @@ TEST_F(SegmentLedgerTest, DownloadedSegmentIsLeftToTheRemoval) {
 TEST_F(SegmentLedgerTest, ClearForgetsEverything) {
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
   ledger_.AddSegmentIfNew("b.ts", kSegmentDownloaded);
-  ledger_.RecordDone("a.ts");
+  ledger_.RecordNotDownloaded("a.ts");
   ledger_.Clear();
   EXPECT_EQ(Known(), 0U);
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
@@ -155,7 +155,7 @@ TEST_F(SegmentLedgerTest, SegmentWhoseNameIsReusedIsNewAgainAndTheOthersStay) {
   Follow(0, {"a.ts", "b.ts", "c.ts"});
   ledger_.AddSegmentIfNew("a.ts?1", kSegmentQueued);
   ledger_.AddSegmentIfNew("b.ts", kSegmentQueued);
-  ledger_.RecordDone("a.ts?1");
+  ledger_.RecordNotDownloaded("a.ts?1");
   testing::internal::CaptureStdout();
   EXPECT_EQ(Follow(1, {"b.ts", "c.ts", "a.ts"}), WindowVerdict::kGoesOn);  // a new segment "a.ts"
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
@@ -169,11 +169,11 @@ TEST_F(SegmentLedgerTest, SegmentWhoseNameIsReusedIsNewAgainAndTheOthersStay) {
 TEST_F(SegmentLedgerTest, RestartMakesEverySegmentNewAndTakenAgain) {
   Follow(100, {"a.ts", "b.ts"});
   EXPECT_FALSE(IsKnown("a.ts"));
-  EXPECT_TRUE(ledger_.InsertIfNew(history_, Identified("a.ts")));
+  EXPECT_TRUE(ledger_.TakeIfNew(history_, Identified("a.ts")));
   EXPECT_EQ(Follow(0, {"a.ts", "b.ts"}), WindowVerdict::kRestart);
   EXPECT_FALSE(IsKnown("a.ts"));
-  EXPECT_TRUE(ledger_.InsertIfNew(history_, Identified("a.ts")));
-  EXPECT_FALSE(ledger_.InsertIfNew(history_, Identified("a.ts"))) << "once a restart";
+  EXPECT_TRUE(ledger_.TakeIfNew(history_, Identified("a.ts")));
+  EXPECT_FALSE(ledger_.TakeIfNew(history_, Identified("a.ts"))) << "once a restart";
 }
 
 TEST_F(SegmentLedgerTest, LateCopyChangesNothing) {
@@ -211,10 +211,10 @@ TEST_F(SegmentLedgerTest, ReplacedSegmentIsRememberedAsLongAsItWaits) {
 TEST_F(SegmentLedgerTest, SegmentTakenBeforeIsDone) {
   Follow(0, {"a.ts"});
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
-  EXPECT_TRUE(ledger_.InsertIfNew(history_, Identified("a.ts")));
+  EXPECT_TRUE(ledger_.TakeIfNew(history_, Identified("a.ts")));
   ledger_.RecordListed({"b.ts"});
   EXPECT_EQ(Known(), 1U) << "it may still be downloaded";
-  EXPECT_FALSE(ledger_.InsertIfNew(history_, Identified("a.ts")));
+  EXPECT_FALSE(ledger_.TakeIfNew(history_, Identified("a.ts")));
   ledger_.RecordListed({"b.ts"});
   EXPECT_EQ(Known(), 0U);
 }
@@ -232,11 +232,11 @@ TEST_F(SegmentLedgerTest, SegmentThreadRemembersAsManySegmentsAsAreListed) {
 TEST_F(SegmentLedgerTest, ClearForgetsTheNumbersAndKeepsTheEpoch) {
   Follow(100, {"a.ts", "b.ts"});
   EXPECT_EQ(Follow(0, {"a.ts", "b.ts"}), WindowVerdict::kRestart);
-  EXPECT_TRUE(ledger_.InsertIfNew(history_, Identified("a.ts")));
+  EXPECT_TRUE(ledger_.TakeIfNew(history_, Identified("a.ts")));
   ledger_.Clear();
   EXPECT_EQ(ledger_.CurrentSizes().playlists, 0U);
   EXPECT_EQ(Follow(0, {"a.ts", "b.ts"}), WindowVerdict::kGoesOn);
-  EXPECT_FALSE(ledger_.InsertIfNew(history_, Identified("a.ts")))
+  EXPECT_FALSE(ledger_.TakeIfNew(history_, Identified("a.ts")))
       << "a segment thread that still runs plays no segment again";
 }
 

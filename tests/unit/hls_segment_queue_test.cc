@@ -104,7 +104,7 @@ TEST_F(SegmentQueueTest, EmptyPlaylistPrintsItsCountAndQueuesNothing) {
 TEST_F(SegmentQueueTest, EmptyPlaylistForgetsNoSegment) {
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
   Take();
-  for (const M3u8Entry& segment : taken_) stream_.ledger.RecordDone(segment.uri);
+  for (const M3u8Entry& segment : taken_) stream_.ledger.RecordNotDownloaded(segment.uri);
   Queue("#EXTM3U\n");
   EXPECT_EQ(KnownSegments(), 2U);
 }
@@ -444,13 +444,14 @@ TEST_F(LongLiveTest, DownloadedSegmentsDoNotAccumulate) {
 }
 
 TEST_F(LongLiveTest, SegmentsThatAreNeverDownloadedDoNotAccumulate) {
-  Play(500, 6, 1, [this](const std::string& uri, std::size_t) { stream_.ledger.RecordDone(uri); });
+  Play(500, 6, 1,
+       [this](const std::string& uri, std::size_t) { stream_.ledger.RecordNotDownloaded(uri); });
   EXPECT_LE(most_known_, 14U);
 }
 
 TEST_F(LongLiveTest, MixOfBothDoesNotAccumulate) {
   Play(500, 6, 2, [this](const std::string& uri, std::size_t at) {
-    at % 3 == 0 ? stream_.ledger.RecordDone(uri)
+    at % 3 == 0 ? stream_.ledger.RecordNotDownloaded(uri)
                 : stream_.ledger.SetSegmentState(uri, kSegmentDownloaded);
   });
   EXPECT_LE(most_known_, 16U);

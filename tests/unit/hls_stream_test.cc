@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 #include "ts/ts_demux.h"
 
 namespace stream {
@@ -80,7 +80,7 @@ TEST_F(HlsStreamTest, LiveSegmentsDoNotResetTheMarkOfAnOnDemandPlaylist) {
 }
 
 TEST_F(HlsStreamTest, ActivePipelineRunsAsLongAsItsFlagIsSet) {
-  HlsPipeline pipeline;
+  HlsTaskState pipeline;
   pipeline.running = true;
   EXPECT_FALSE(stream_.ActiveRuns());
   stream_.SetActive(&pipeline);

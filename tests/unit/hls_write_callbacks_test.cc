@@ -92,7 +92,7 @@ TEST_F(SegmentCallbackTest, NothingIsTakenWithoutAPipeline) {
 }
 
 TEST_F(SegmentCallbackTest, LatestPipelineDecides) {
-  const HlsPipeline last;  // is not running
+  const HlsTaskState last;  // is not running
   stream_.SetActive(&last);
   EXPECT_EQ(Append(3, 'a'), 0U);
   stream_.ForgetActive(&pipeline_);  // not the latest one: changes nothing

@@ -42,7 +42,6 @@ class Clock {
   ~Clock() = default;
 };
 
-// Returns the current clock.
 Clock& CurrentClock();
 
 // Makes `clock` the current clock and borrows it; null restores the system's clock. For tests: no

@@ -100,7 +100,7 @@ class FlvStream {
 
 extern NeverDestroyed<FlvStream> g_flvStream;
 
-// A stream of g_flvStream, as a source for the parser.
+// One run of g_flvStream, as a source for the parser.
 class FlvStreamSource final : public FlvSource {
  public:
   explicit FlvStreamSource(RunId run) : run_(run) {}

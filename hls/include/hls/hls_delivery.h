@@ -7,13 +7,13 @@
 #include <cstdint>
 
 #include "common/frame_delivery.h"
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 
 namespace stream {
 
 // Returns the filters of the two delivery tasks. They skip frames after a stop, and reset
 // `listedDuration` at each frame of their kind. `pipeline` must outlive them.
-FrameFilters HlsFrameFilters(HlsPipeline& pipeline);
+FrameFilters HlsFrameFilters(HlsTaskState& hls);
 
 // Returns whether to skip a frame. True while the counter is negative; each such call increments
 // it. After a second start, two threads may deliver frames of one kind: each skip is still counted

@@ -1,6 +1,6 @@
 // HlsStream: all process-wide state of HLS. One stream at a time, whichever pipeline plays it.
 //
-// The one instance is g_hlsStream. Tasks reach it through their pipeline (HlsPipeline::stream).
+// The one instance is g_hlsStream. Tasks reach it through HlsTaskState::stream.
 // The declarations of the mutexes state the lock order. The mutex inside SegmentLedger is the last.
 // No lock is held while the player is called.
 #ifndef HLS_HLS_STREAM_H_
@@ -21,7 +21,7 @@
 
 namespace stream {
 
-struct HlsPipeline;
+struct HlsTaskState;
 
 // A longer segment cannot be played.
 inline constexpr std::size_t kSegmentBufferSize = 15'728'640;  // 15 MiB
@@ -43,9 +43,9 @@ class HlsStream {
 
   // Sets the active pipeline: the one that was created or started last. The write callbacks check
   // its run flag, whichever pipeline their transfer belongs to. Kept for compatibility.
-  void SetActive(const HlsPipeline* pipeline) EXCLUDES(active_mutex_);
+  void SetActive(const HlsTaskState* hls) EXCLUDES(active_mutex_);
   // Call this before the pipeline is destroyed.
-  void ForgetActive(const HlsPipeline* pipeline) EXCLUDES(active_mutex_);
+  void ForgetActive(const HlsTaskState* hls) EXCLUDES(active_mutex_);
   // Returns false if there is no active pipeline.
   bool ActiveRuns() EXCLUDES(active_mutex_);
 
@@ -102,7 +102,7 @@ class HlsStream {
 
  private:
   Mutex active_mutex_ ACQUIRED_AFTER(g_segmentQueueMutex);
-  const HlsPipeline* g_activeM3u8 GUARDED_BY(active_mutex_) PT_GUARDED_BY(active_mutex_) = nullptr;
+  const HlsTaskState* g_activeM3u8 GUARDED_BY(active_mutex_) PT_GUARDED_BY(active_mutex_) = nullptr;
 
   // Not initialised, so that pages which no segment fills take no memory.
   SegmentBuffer first_buffer_;

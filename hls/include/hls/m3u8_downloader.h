@@ -15,7 +15,7 @@
 
 #include "common/pipeline.h"
 #include "common/thread_pool.h"
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 
 namespace stream {
 
@@ -52,7 +52,7 @@ class CM3u8Downloader {
  private:
   void StartDownload(const std::string& url);
 
-  stream::HlsPipeline hls_;
+  stream::HlsTaskState hls_;
   std::time_t start_time_;  // of the current run
   stream::CThreadPool pool_;
   stream::Pipeline pipeline_;  // last: no task may outlive the other members

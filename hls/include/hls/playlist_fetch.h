@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 
 namespace stream {
 
@@ -24,8 +24,8 @@ struct PlaylistRequest {
 // Fetches the top-level playlist. Returns its body, preceded by any text that earlier downloads
 // left in g_playlistText, and clears g_playlistText. Returns nullopt if the transfer failed or the
 // pipeline was stopped; bytes received so far stay in g_playlistText.
-std::optional<std::string> FetchPlaylist(HlsPipeline& pipeline, const PlaylistRequest& request)
-    EXCLUDES(pipeline.stream.playlist_mutex);
+std::optional<std::string> FetchPlaylist(HlsTaskState& hls, const PlaylistRequest& request)
+    EXCLUDES(hls.stream.playlist_mutex);
 
 // Puts a fetched text that is not a playlist back at the front of g_playlistText.
 void PutBackPlaylistBody(HlsStream& stream, const std::string& text)
@@ -33,8 +33,7 @@ void PutBackPlaylistBody(HlsStream& stream, const std::string& text)
 
 // Fetches a variant playlist and appends it to g_variantText. Returns whether the transfer
 // succeeded.
-bool FetchVariant(HlsPipeline& pipeline, const std::string& url)
-    REQUIRES(pipeline.stream.playlist_mutex);
+bool FetchVariant(HlsTaskState& hls, const std::string& url) REQUIRES(hls.stream.playlist_mutex);
 
 // The write callbacks. `user` points to the HlsStream. They do not refuse an HTML page; it is
 // reported later as not being a playlist. The caller that performs the transfer holds

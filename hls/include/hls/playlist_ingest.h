@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 #include "hls/playlist/m3u8_playlist.h"
 
 namespace stream {
@@ -15,12 +15,12 @@ namespace stream {
 // first. If several variants list a segment with the same index, the slowest variant wins. The
 // addresses in a variant are resolved against `playlistUrl`. Kept for compatibility. A body without
 // "#EXTM3U" changes nothing. Returns whether the body has it.
-bool QueueSegmentsFromPlaylist(HlsPipeline& pipeline, const std::string& playlistUrl,
-                               const std::string& text) EXCLUDES(pipeline.stream.playlist_mutex);
+bool QueueSegmentsFromPlaylist(HlsTaskState& hls, const std::string& playlistUrl,
+                               const std::string& text) EXCLUDES(hls.stream.playlist_mutex);
 
 // Queues every entry of an on-demand playlist, whatever its address is, and adds up the durations.
 // Prints the number of entries. Wakes the segment thread even if there are none.
-void QueueAllSegments(HlsPipeline& pipeline, const M3u8Table& entries);
+void QueueAllSegments(HlsTaskState& hls, const M3u8Table& entries);
 
 }  // namespace stream
 

@@ -5,16 +5,16 @@
 
 #include <string>
 
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 
 namespace stream {
 
 // Runs until an on-demand playlist has been fetched; refreshes a live playlist until the pipeline
 // is stopped. If the first request fails, a second one follows, for the cleaned address.
-void PlaylistThread(HlsPipeline& pipeline, const std::string& url);
+void PlaylistThread(HlsTaskState& hls, const std::string& url);
 
 // Waits until the next refresh is due or the pipeline is stopped.
-void PauseBetweenRefreshes(const HlsPipeline& pipeline);
+void PauseBetweenRefreshes(const HlsTaskState& hls);
 
 }  // namespace stream
 

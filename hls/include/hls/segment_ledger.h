@@ -101,8 +101,9 @@ class SegmentLedger {
   // passed to FollowWindow; empty if there was none, in which case the key alone counts.
   QueuedSegment Identify(const M3u8Entry& segment, const std::string& source) EXCLUDES(mutex_);
 
-  // Records which segments are listed now. Forgets, without a console line, every segment that is
-  // done and no longer listed, neither by the top-level playlist nor by its variants.
+  // Records which segments are listed now. Forgets, without a console line, every segment that was
+  // finished without a download (RecordNotDownloaded) and is no longer listed, neither by the
+  // top-level playlist nor by its variants.
   void RecordListed(const SegmentKeys& top_keys, const SegmentKeys& variant_keys = {})
       EXCLUDES(mutex_);
 
@@ -117,8 +118,9 @@ class SegmentLedger {
       EXCLUDES(mutex_);
 
   // Returns whether a segment of the batch was not taken before, and records it as taken. If it was
-  // taken before, it is done.
-  bool InsertIfNew(SegmentHistory& history, const QueuedSegment& segment) EXCLUDES(mutex_);
+  // taken before, records that it is finished without a download. For an on-demand playlist, whose
+  // segments are identified by their whole address, this alone decides what is new.
+  bool TakeIfNew(SegmentHistory& history, const QueuedSegment& segment) EXCLUDES(mutex_);
 
   // Returns whether the address of a segment from the queue serves another segment now.
   bool IsReplaced(const QueuedSegment& segment) EXCLUDES(mutex_);
@@ -130,7 +132,7 @@ class SegmentLedger {
   // perhaps since it had been queued twice, or its download failed. Its state stays kSegmentQueued,
   // but RemoveStaleSegments is called for kSegmentDownloaded only, so without this a live stream
   // would leave one entry for every such segment.
-  void RecordDone(const std::string& uri) EXCLUDES(mutex_);
+  void RecordNotDownloaded(const std::string& uri) EXCLUDES(mutex_);
 
   // Forgets all segments. The epoch stays: a segment thread may keep its history.
   void Clear() EXCLUDES(mutex_);
@@ -153,7 +155,7 @@ class SegmentLedger {
   // The state of each segment, by its key. The name is fixed. Kept for compatibility.
   std::map<std::string, std::int32_t> g_segmentStates GUARDED_BY(mutex_);
   // Keys of segments that were finished without a download.
-  std::set<std::string> done_ GUARDED_BY(mutex_);
+  std::set<std::string> not_downloaded_ GUARDED_BY(mutex_);
 
   WindowClassifiers classifiers_ GUARDED_BY(mutex_);
   std::uint64_t epoch_ GUARDED_BY(mutex_) = 0;  // number of restarts of the live stream

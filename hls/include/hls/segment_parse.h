@@ -6,7 +6,7 @@
 #include <string>
 
 #include "common/run_id.h"
-#include "hls/hls_pipeline.h"
+#include "hls/hls_task_state.h"
 
 namespace stream {
 
@@ -35,7 +35,7 @@ class VideoArrivalDetector {
 // Runs until the pipeline is stopped. A segment without video is stored in the file "tmpE.ts" in
 // the temporary directory, for inspection: the first segment of a run replaces the file, later ones
 // are appended. Reports to the player what the first segment contains, with `url`.
-void ParseSegmentsThread(HlsPipeline& pipeline, const std::string& url);
+void ParseSegmentsThread(HlsTaskState& hls, const std::string& url);
 
 }  // namespace stream
 

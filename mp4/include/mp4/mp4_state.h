@@ -18,7 +18,8 @@ namespace stream {
 // The run flag: the loops of all four tasks run while it is set.
 extern std::atomic<bool> g_mp4Running;
 
-// The restart file and what is known about it. Both are kept until another address is started,
+// The restart file, a sparse cache file that a start of the same address continues, and what is
+// known about it. Both are kept until another address is started,
 // which begins the next run of the file.
 struct Mp4File {
   Mutex mutex;

@@ -14,7 +14,7 @@
 namespace stream {
 
 /// After each ResetFrameQueues, the play times start again and TsDemuxer::ResetStreams is called.
-/// It checks the run of the queues itself, so that common/ does not depend on it.
+/// The demultiplexer notices that itself (FrameQueueRun), so that common/ does not depend on it.
 ///
 /// Threads: hold BatchMutex() from the first call of a batch to the last. Never call the player
 /// while it is held.

@@ -40,7 +40,6 @@ extern PlayerPort g_tsPlayer GUARDED_BY(g_tsStreamLock);
 extern NeverDestroyed<std::string> g_tsTempPath GUARDED_BY(g_tsStreamLock);
 extern NeverDestroyed<std::array<CopyBuffer, 3>> g_tsScratch;
 
-// Returns a copy of g_tsUrl.
 std::string TsUrl() EXCLUDES(g_tsStreamLock);
 
 }  // namespace stream

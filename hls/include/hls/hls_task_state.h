@@ -1,7 +1,7 @@
 // The state that the tasks of one HLS pipeline share. CM3u8Downloader owns it; the tasks borrow it
 // and finish before it is destroyed.
-#ifndef HLS_HLS_PIPELINE_H_
-#define HLS_HLS_PIPELINE_H_
+#ifndef HLS_HLS_TASK_STATE_H_
+#define HLS_HLS_TASK_STATE_H_
 
 #include <atomic>
 #include <chrono>
@@ -14,7 +14,7 @@ namespace stream {
 
 // Durations and positions are in seconds. Members that are not atomic are set before the first task
 // runs.
-struct HlsPipeline {
+struct HlsTaskState {
   HlsStream& stream = *g_hlsStream;  // shared with all other pipelines
   PlayerPort player;
   std::atomic<bool> running{false};  // every task loops while it is set
@@ -37,4 +37,4 @@ struct HlsPipeline {
 
 }  // namespace stream
 
-#endif  // HLS_HLS_PIPELINE_H_
+#endif  // HLS_HLS_TASK_STATE_H_

@@ -33,22 +33,22 @@ void ConsoleCount(const char* tag, std::size_t count) {
 // Processes one text of a live playlist and queues its new segments.
 class PlaylistIngest {
  public:
-  PlaylistIngest(HlsTaskState& hls, const std::string& url) : pipeline_(hls), url_(url) {}
+  PlaylistIngest(HlsTaskState& hls, const std::string& url) : hls_(hls), url_(url) {}
 
   // Returns whether `text` is a playlist.
-  bool Run(const std::string& text) EXCLUDES(pipeline_.stream.playlist_mutex);
+  bool Run(const std::string& text) EXCLUDES(hls_.stream.playlist_mutex);
 
  private:
   bool ParseTop(const std::string& text);
-  void QueueListed() REQUIRES(pipeline_.stream.playlist_mutex);
-  bool ParseVariant(const M3u8Entry& variant) REQUIRES(pipeline_.stream.playlist_mutex);
+  void QueueListed() REQUIRES(hls_.stream.playlist_mutex);
+  bool ParseVariant(const M3u8Entry& variant) REQUIRES(hls_.stream.playlist_mutex);
   void FollowWindow(const std::string& source, std::int64_t first, const M3u8Table& entries);
-  void QueueVariant(const M3u8Entry& variant) REQUIRES(pipeline_.stream.playlist_mutex);
+  void QueueVariant(const M3u8Entry& variant) REQUIRES(hls_.stream.playlist_mutex);
   bool QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys);
   void Finish();
-  bool ShouldStop() const { return is_late_copy_ || !pipeline_.running.load(); }
+  bool ShouldStop() const { return is_late_copy_ || !hls_.running.load(); }
 
-  HlsTaskState& pipeline_;
+  HlsTaskState& hls_;
   const std::string& url_;
   M3u8Table top_;
   M3u8Table variant_segments_;
@@ -62,8 +62,8 @@ class PlaylistIngest {
 };
 
 bool PlaylistIngest::Run(const std::string& text) {
-  const MutexLock lock(pipeline_.stream.playlist_mutex);
-  free_slots_ = pipeline_.stream.FreeSlots();
+  const MutexLock lock(hls_.stream.playlist_mutex);
+  free_slots_ = hls_.stream.FreeSlots();
   if (!ParseTop(text)) return false;
   QueueListed();
   return true;
@@ -84,7 +84,7 @@ void PlaylistIngest::FollowWindow(const std::string& source, std::int64_t first,
   if (!source_.empty() || !ListsSegments(entries)) return;
   source_ = source;
   is_late_copy_ =
-      pipeline_.stream.ledger.FollowWindow(source, first, entries) == WindowVerdict::kLateCopy;
+      hls_.stream.ledger.FollowWindow(source, first, entries) == WindowVerdict::kLateCopy;
 }
 
 void PlaylistIngest::QueueListed() {
@@ -103,15 +103,15 @@ void PlaylistIngest::QueueListed() {
 bool PlaylistIngest::QueueIfNew(const M3u8Entry& segment, SegmentKeys& listed_keys) {
   listed_keys.insert(SegmentKeyIn(segment.uri));
   if (new_segments_.size() >= free_slots_) return false;
-  if (!pipeline_.stream.ledger.AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
-  new_segments_.push_back(pipeline_.stream.ledger.Identify(segment, source_));
+  if (!hls_.stream.ledger.AddSegmentIfNew(segment.uri, kSegmentQueued)) return false;
+  new_segments_.push_back(hls_.stream.ledger.Identify(segment, source_));
   return true;
 }
 
 void PlaylistIngest::QueueVariant(const M3u8Entry& variant) {
-  if (!FetchVariant(pipeline_, variant.uri) || !ParseVariant(variant)) return;
+  if (!FetchVariant(hls_, variant.uri) || !ParseVariant(variant)) return;
   for (const auto& [index, segment] : variant_segments_) {
-    if (!pipeline_.running.load()) return;
+    if (!hls_.running.load()) return;
     if (IsSegment(segment) && QueueIfNew(segment, variant_keys_)) {
       ConsoleLine("[QUEUEED]: " + segment.uri);
     }
@@ -125,9 +125,8 @@ bool PlaylistIngest::ParseVariant(const M3u8Entry& variant) {
   M3u8Header header;
   std::int64_t media_sequence = kNoSequenceNumber;
   M3u8Table entries;
-  if (!ParseM3u8(header, url_, pipeline_.stream.g_variantText, media_sequence, entries))
-    return false;
-  pipeline_.stream.g_variantText.clear();
+  if (!ParseM3u8(header, url_, hls_.stream.g_variantText, media_sequence, entries)) return false;
+  hls_.stream.g_variantText.clear();
   FollowWindow(SourceOf(variant), media_sequence, entries);
   variant_segments_.merge(entries);
   ConsoleCount("QUEUEED2", variant_segments_.size());
@@ -139,13 +138,13 @@ void PlaylistIngest::Finish() {
   // A playlist that lists nothing, or whose variants could not be fetched, does not show which
   // segments are still listed.
   const bool lists_nothing = top_keys_.empty() && variant_keys_.empty();
-  if (!lists_nothing) pipeline_.stream.ledger.RecordListed(top_keys_, variant_keys_);
+  if (!lists_nothing) hls_.stream.ledger.RecordListed(top_keys_, variant_keys_);
   if (new_segments_.empty()) return;
-  pipeline_.stream.Queue(std::move(new_segments_), false);
+  hls_.stream.Queue(std::move(new_segments_), false);
   // Compares with the segments of variants only. If the playlist lists segments itself, all its
   // downloaded segments are forgotten and queued again at the next refresh, where the segment
   // thread skips them. Kept for compatibility.
-  pipeline_.stream.ledger.RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
+  hls_.stream.ledger.RemoveStaleSegments(variant_keys_, kSegmentDownloaded);
 }
 
 }  // namespace

@@ -47,11 +47,11 @@ void CThreadPool::Stop() {
 }
 
 void CThreadPool::Work() {
-  while (const Task task = TakeTask()) task();
+  while (const Task task = NextTask()) task();
 }
 
 // Returns the next task, or an empty one if the pool stops.
-CThreadPool::Task CThreadPool::TakeTask() {
+CThreadPool::Task CThreadPool::NextTask() {
   const MutexLock lock(mutex);
   WaitOn(wakeup, mutex, [this]() REQUIRES(mutex) { return !tasks.empty() || !running; });
   if (!running) return {};

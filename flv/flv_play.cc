@@ -53,7 +53,7 @@ void ReadTags(FlvTagParser& parser) {
 
 void PlayFlv(const FlvPlay& play) {
   const ScopeExit end([&play] { g_flvStream->EndParsing(play.run); });
-  g_flvStream->AwaitReady(play.run);
+  g_flvStream->WaitUntilReady(play.run);
   if (IsFileUrl(play.url)) PreloadLocalFile(FileUrlPath(play.url), play.run);
   FlvStreamSource source(play.run);
   FlvTagParser parser(source, play.audio_config);

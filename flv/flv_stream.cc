@@ -88,28 +88,28 @@ bool FlvStream::MayReceiveMore(RunId run) const {
   return runs_.IsCurrent(run) && downloading_ && g_flvRunning.load();
 }
 
-void FlvStream::AwaitReady(RunId run) {
+void FlvStream::WaitUntilReady(RunId run) {
   const MutexLock lock(mutex_);
   CurrentClock().Wait(ready_, mutex_, [this, run]() REQUIRES(mutex_) {
     return unread_->Size() > kReadySize || !MayReceiveMore(run);
   });
 }
 
-bool FlvStream::AwaitUnread(RunId run, std::uint32_t count) const {
+bool FlvStream::WaitForUnread(RunId run, std::uint32_t count) const {
   while (unread_->Size() < count && MayReceiveMore(run)) {
     SleepUnlocked(kPoll);
   }
   return runs_.IsCurrent(run) && unread_->Size() >= count;
 }
 
-bool FlvStream::Await(RunId run, std::uint32_t count) {
+bool FlvStream::WaitForBytes(RunId run, std::uint32_t count) {
   const MutexLock lock(mutex_);
-  return AwaitUnread(run, count);
+  return WaitForUnread(run, count);
 }
 
 bool FlvStream::Read(RunId run, std::uint8_t* bytes, std::uint32_t count) {
   const MutexLock lock(mutex_);
-  if (!AwaitUnread(run, count)) return false;
+  if (!WaitForUnread(run, count)) return false;
   if (count > 0) std::memcpy(bytes, unread_->ContinuePtr(), count);
   unread_->MoveStart(count);
   return true;
@@ -120,7 +120,7 @@ bool FlvStream::Skip(RunId run, std::uint32_t count) {
   const MutexLock lock(mutex_);
   while (count > 0) {
     const std::uint32_t piece = std::min(count, max_unread_);
-    if (!AwaitUnread(run, piece)) return false;
+    if (!WaitForUnread(run, piece)) return false;
     unread_->MoveStart(piece);
     count -= piece;
   }

@@ -27,7 +27,7 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
                std::uint32_t timestamp, PayloadKind kind) {
   constexpr std::uint64_t kTicksPerMillisecond = 90;
   const bool is_video = kind == PayloadKind::kVideo;
-  if (!reader.Await(size)) return false;
+  if (!reader.WaitForBytes(size)) return false;
   const std::uint64_t ticks = timestamp * kTicksPerMillisecond;
   FrameRecord frame;
   if (AllocateFrameNode(frame, ticks, ticks, static_cast<std::int32_t>(prefix.size() + size),

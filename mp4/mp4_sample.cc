@@ -67,7 +67,7 @@ bool MayGoOn(int units) {
 
 // Removes the first NAL unit and the length before it from `left`. Returns false if there is none
 // or if it is incomplete.
-bool TakeNalUnit(Bytes& left, Bytes& nal_unit) {
+bool SplitNalUnit(Bytes& left, Bytes& nal_unit) {
   constexpr std::size_t kLengthSize = 4;
   if (left.size() < kLengthSize) return false;
   std::size_t size = 0;
@@ -96,7 +96,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
   bool was_first = false;
   Bytes left(sample.bytes.get(), sample.size);
   Bytes nal_unit;
-  for (int units = 0; MayGoOn(units) && TakeNalUnit(left, nal_unit); ++units) {
+  for (int units = 0; MayGoOn(units) && SplitNalUnit(left, nal_unit); ++units) {
     WaitForQueueSpace(g_mp4Running, kDefaultQueueLimit);
     if (Mp4VideoHasBegun()) {  // checked for each unit: another start may happen at any time
       EmitFrame(sample, Kind::kVideo, {kStartCode, nal_unit});

@@ -11,11 +11,11 @@ namespace host {
 namespace {
 
 constexpr const char* kDescription =
-    "Plays ADDRESS (http, https or file://) through the stream_downloader library and tells what "
-    "came.";
+    "Plays ADDRESS (http, https or file://) through the stream_downloader library and reports what "
+    "it receives.";
 
 constexpr const char* kFooter =
-    R"(A run ends when nothing has come for --idle-exit seconds, at --stop-after, or at
+    R"(A run ends when nothing was received for --idle-exit seconds, at --stop-after, or at
 Ctrl-C, which also leaves out the repeats. EndDownload is always called and timed.
 
 --expect-frames and --expect-line end a run as well, 0.2 seconds after so many frames,
@@ -24,8 +24,8 @@ and counted too. What is received before the seek of --start does not count. N m
 a list, a number for each run of --repeat: 300,301 expects 301 frames of all runs but
 the first.
 
---start first plays until a frame came, since a position can only be given to a
-pipeline that exists. The dump and the counts hold what came after that. Repeats
+--start first plays until a frame is received, since a position can only be given to a
+pipeline that exists. The dump and the counts hold what is received after that. Repeats
 are given the position again.
 
 --dump writes video.es, audio.es, frames.csv and events.csv. The runs of --repeat
@@ -34,7 +34,7 @@ are appended to each other; times count from the start of the program.
 --report writes one HTML page that needs no network: what is odd, charts and tables.
 It holds the last run of --repeat; its times count from the beginning of that run.
 
-Exit status: 0 when at least one frame came, 1 when none did, 2 for wrong usage.)";
+Exit status: 0 if at least one frame was received, 1 if none was, 2 for wrong usage.)";
 
 constexpr int kMaxRepeat = 1'000'000;  // bounds the memory of the run reports
 
@@ -78,14 +78,15 @@ void Describe(CLI::App& app, Options& options) {
   app.add_option("--start", options.start_seconds, "seek to this position")
       ->check(SecondsFromZero())
       ->type_name("SECONDS");
-  app.add_option("--dump", options.dump_directory, "write all that comes into this directory")
+  app.add_option("--dump", options.dump_directory,
+                 "write everything that is received into this directory")
       ->check(NotEmpty())
       ->type_name("DIR");
-  app.add_option("--report", options.report_file, "write a page with charts of what came")
+  app.add_option("--report", options.report_file, "write a page with charts of the run")
       ->check(NotEmpty())
       ->type_name("FILE");
   app.add_option("--idle-exit", options.idle_exit_seconds,
-                 "end a run when nothing came for so long (default 3)")
+                 "end a run when nothing was received for so long (default 3)")
       ->check(SecondsAboveZero())
       ->type_name("SECONDS");
   app.add_option("--stop-after", options.stop_after_seconds,

@@ -39,7 +39,7 @@ std::string EndText(EndReason reason, const Options& options) {
     case EndReason::kExpected:
       return "what was expected has been received";
     case EndReason::kIdle:
-      return "nothing came for " + SecondsText(options.idle_exit_seconds);
+      return "nothing was received for " + SecondsText(options.idle_exit_seconds);
     case EndReason::kStopAfter:
       return "stopped after " + SecondsText(options.stop_after_seconds.value_or(0));
     case EndReason::kInterrupted:
@@ -93,9 +93,10 @@ std::string ExitLine(const Summary& summary) {
   const PlayTotals sum = SumOf(summary.runs);
   const ExitStatus status = ExitStatusOf(summary);
   const std::string received = status == kExitNoFrames
-                                   ? "no frame came"
+                                   ? "no frame was received"
                                    : std::to_string(sum.video.frames) + " video and " +
-                                         std::to_string(sum.audio.frames) + " audio frames came";
+                                         std::to_string(sum.audio.frames) +
+                                         " audio frames were received";
   return "exit status " + std::to_string(status) + ": " + received + "; " +
          EndText(summary.runs.back().reason, summary.options);
 }

@@ -17,8 +17,8 @@ std::string CountsText(const PlayCounts& counts) {
   std::string line =
       "video: " + text(counts.video_frames) + " frames received, " + text(counts.access_units) +
       " access units, " + text(counts.pictures) + " pictures decoded, " + text(counts.shown) +
-      " shown, " + text(counts.late_pictures) + " passed over, " + text(counts.skipped_units) +
-      " left out; audio: " + text(counts.audio_frames) + " frames received, " +
+      " shown, " + text(counts.late_pictures) + " late, " + text(counts.skipped_units) +
+      " skipped; audio: " + text(counts.audio_frames) + " frames received, " +
       text(counts.decoded_audio_frames) + " decoded; decoder errors: " + text(counts.errors) + "; ";
   if (!counts.compared) return line + "picture and sound never met";
   return line + "picture and sound at most " + host::FixedText(counts.apart * 1000, 1) +

@@ -24,7 +24,7 @@ last move.
 The last line that is printed counts what was received, decoded and shown, and
 tells how far picture and sound were apart at most.
 
-Exit status: 0 when at least one frame came, 1 when none did, 2 for wrong usage,
+Exit status: 0 if at least one frame was received, 1 if none was, 2 for wrong usage,
 3 when there is no display.)";
 
 void Describe(CLI::App& app, PlayerOptions& options) {
@@ -36,7 +36,7 @@ void Describe(CLI::App& app, PlayerOptions& options) {
   app.add_option("--start", options.start_seconds, "begin at this position")
       ->check(host::SecondsFromZero())
       ->type_name("SECONDS");
-  app.add_option("--report", options.report_file, "write a page with charts of what came")
+  app.add_option("--report", options.report_file, "write a page with charts of the run")
       ->check(host::NotEmpty())
       ->type_name("FILE");
   app.add_option("--sync-log", options.sync_log_file,
@@ -44,7 +44,7 @@ void Describe(CLI::App& app, PlayerOptions& options) {
       ->check(host::NotEmpty())
       ->type_name("FILE");
   app.add_option("--idle", options.idle_seconds,
-                 "take the stream for ended when nothing came for so long (default 10)")
+                 "end when nothing was received for so long (default 10)")
       ->check(host::SecondsAboveZero())
       ->type_name("SECONDS");
   app.add_flag("--exit", options.exit_at_end, "end the program at the end of the stream");

@@ -43,20 +43,21 @@ void AddPresence(const ReportRecord& record, Findings& findings) {
   const std::uint64_t video = record.video.frames;
   const std::uint64_t audio = record.audio.frames;
   if (video == 0 && audio == 0) {
-    findings.push_back({Weight::kOdd, "No frame came", "Neither video nor audio was delivered."});
+    findings.push_back(
+        {Weight::kOdd, "No frame was received", "Neither video nor audio was delivered."});
   } else if (video == 0) {
     findings.push_back({Weight::kOdd, "Audio without video",
-                        Frames(audio, "audio") + " came and no video frame."});
+                        Frames(audio, "audio") + " were received and no video frame."});
   } else if (audio == 0) {
     findings.push_back({Weight::kOdd, "Video without audio",
-                        Frames(video, "video") + " came and no audio frame."});
+                        Frames(video, "video") + " were received and no audio frame."});
   }
 }
 
 std::string WidestText(const Jumps& jumps) {
   const Jump& widest = *jumps.widest;
   return " The widest is " + Seconds(std::abs(widest.Seconds())) + ", before frame " +
-         std::to_string(widest.index) + ", which came after " + AtMs(widest.ms) + ".";
+         std::to_string(widest.index) + ", which was received after " + AtMs(widest.ms) + ".";
 }
 
 void AddJumps(const StepWatch& steps, const std::string& kind, Findings& findings) {
@@ -77,7 +78,7 @@ void AddJumps(const StepWatch& steps, const std::string& kind, Findings& finding
 void AddPayloads(const FrameWatch& watch, const std::string& kind, Findings& findings) {
   if (watch.empty == 0) return;
   findings.push_back({Weight::kOdd, "Empty " + kind + " frames",
-                      Frames(watch.empty, kind) + " came without a payload."});
+                      Frames(watch.empty, kind) + " were received without a payload."});
 }
 
 void AddPlayTimes(const FrameWatch& watch, const std::string& kind, Findings& findings) {
@@ -112,7 +113,7 @@ void AddDistanceDuringRun(const ReportRecord& record, Findings& findings) {
   if (!range) return;
   const double widest = std::abs(range->low) > range->high ? range->low : range->high;
   if (std::abs(widest) <= kMostDistance) return;
-  findings.push_back({Weight::kNote, "Video and audio come apart",
+  findings.push_back({Weight::kNote, "Video and audio drift apart",
                       std::string(widest > 0 ? "Video" : "Audio") + " was up to " +
                           Seconds(std::abs(widest)) +
                           " of stream time ahead while frames were delivered."});
@@ -142,8 +143,8 @@ void AddFailureLines(const ReportRecord& record, Findings& findings) {
   for (const FailureLines& lines : record.texts.Failures()) {
     std::string name(lines.beginning);
     while (name.ends_with(' ') || name.ends_with(':')) name.pop_back();
-    findings.push_back({Weight::kOdd, "A line tells of a failure",
-                        "\"" + name + "\" came " + Count(lines.count, "time", "times") +
+    findings.push_back({Weight::kOdd, "A line reports a failure",
+                        "\"" + name + "\" was received " + Count(lines.count, "time", "times") +
                             ", first after " + AtMs(lines.first_ms) + "."});
   }
 }
@@ -155,8 +156,8 @@ void AddDuration(const ReportRecord& record, Findings& findings) {
   const double error = std::abs(*duration.newest - span);
   if (error <= std::max(kMostDurationError, *duration.newest / kDurationErrorPart)) return;
   findings.push_back({Weight::kNote, "Duration and video differ",
-                      "The last duration told is " + Seconds(*duration.newest) +
-                          ", the video that came spans " + Seconds(span) + "."});
+                      "The last reported duration is " + Seconds(*duration.newest) +
+                          ", the received video spans " + Seconds(span) + "."});
 }
 
 void AddNumber(const NumberWatch& number, Weight weight, const std::string& name,
@@ -169,7 +170,7 @@ void AddNumber(const NumberWatch& number, Weight weight, const std::string& name
   if (number.not_finite > 0) {
     findings.push_back({Weight::kOdd, "The " + name + " is no number",
                         Count(number.not_finite, "time", "times") +
-                            " it was told as infinite or as no number at all."});
+                            " it was reported as infinite or as no number at all."});
   }
 }
 

@@ -42,7 +42,7 @@ std::string HelpText(const CLI::App& app) {
 }
 
 std::string RefusalText(const CLI::ParseError& error, const std::string& program) {
-  return program + ": " + PrintableText(error.what()) + " (" + program + " --help tells the usage)";
+  return program + ": " + PrintableText(error.what()) + " (" + program + " --help shows the usage)";
 }
 
 }  // namespace host

@@ -17,9 +17,9 @@
 //   Silent(name)             an address whose requests get no reply
 //   Gated(name)              the address of a stream of which about half is sent at once, and the
 //                            rest after ReleaseGated(name)
-//   AwaitWhole()             waits until enough of Whole() has been received that another start
+//   WaitForWhole()             waits until enough of Whole() has been received that another start
 //                            does not change what is reported
-//   AwaitGate()              the same for the part of Gated() that is sent before the release
+//   WaitForGate()              the same for the part of Gated() that is sent before the release
 //
 // Streams with different names have different addresses.
 #ifndef TESTS_CONFORMANCE_CONFORMANCE_H_
@@ -101,7 +101,7 @@ class Conformance : protected RecordedStops, public Play<Format> {
     EXPECT_TRUE(this->downloader_.BeginDownload(this->server_.Whole(name)));
     EXPECT_TRUE(WaitForFrames(Format::kDue));
     EXPECT_TRUE(this->WaitForMessage(OkLine(this->server_.Whole(name))));
-    EXPECT_TRUE(this->server_.AwaitWhole());
+    EXPECT_TRUE(this->server_.WaitForWhole());
   }
 
   // Call it after a stop, so that only the next start is recorded.

@@ -47,8 +47,8 @@ class FlvFormat : public TestServer {
   std::string Gated(const std::string& name) const { return Url("/gated/" + name + ".flv"); }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
 
-  static bool AwaitWhole() { return true; }
-  static bool AwaitGate() { return true; }
+  static bool WaitForWhole() { return true; }
+  static bool WaitForGate() { return true; }
 
  private:
   static constexpr std::size_t kVideoSize = 1000;

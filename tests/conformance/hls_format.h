@@ -57,8 +57,8 @@ class HlsFormat : public HlsServer {
   }
   void ReleaseGated(const std::string& name) { Release(GatedPath(name)); }
 
-  static bool AwaitWhole() { return true; }
-  static bool AwaitGate() { return true; }
+  static bool WaitForWhole() { return true; }
+  static bool WaitForGate() { return true; }
 
  private:
   static constexpr int kSegments = 2;

@@ -48,8 +48,8 @@ class Mp4Format : public Mp4Server {
   }
   void ReleaseGated(const std::string& /*name*/) { Release(); }
 
-  static bool AwaitWhole() { return true; }
-  static bool AwaitGate() { return true; }
+  static bool WaitForWhole() { return true; }
+  static bool WaitForGate() { return true; }
 
  private:
   static constexpr std::size_t kVideoSize = 500;

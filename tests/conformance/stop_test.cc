@@ -32,7 +32,7 @@ class StopTest : public Conformance<Format> {
   // Waits for a random moment of the stop: at once, or when a number of requests, video frames or
   // sleeps has been counted in this start. So a stop hits every stage of a start, however fast the
   // machine is.
-  void AwaitRandomMoment(std::mt19937& random) {
+  void WaitForRandomMoment(std::mt19937& random) {
     switch (random() % 4) {
       case 0:
         return;
@@ -156,7 +156,7 @@ TYPED_TEST(StopTest, HundredStopsAtRandomTimesFromAnotherThread) {
     this->BeginCounting();
     this->downloader_.BeginDownload(urls.at(i / 2 % 2));
     std::thread stopper([&] {
-      this->AwaitRandomMoment(random);
+      this->WaitForRandomMoment(random);
       EXPECT_TRUE(this->StopPromptly());
     });
     stopper.join();

@@ -44,11 +44,11 @@ class TsFormat : public TestServer {
 
   // Bytes received by any start are reported under the address of the latest start, so they must be
   // complete before another start.
-  bool AwaitWhole() const { return AwaitReceived(stream_.size()); }
-  bool AwaitGate() const { return AwaitReceived(stream_.size() / 2); }
+  bool WaitForWhole() const { return WaitForReceived(stream_.size()); }
+  bool WaitForGate() const { return WaitForReceived(stream_.size() / 2); }
 
  private:
-  static bool AwaitReceived(std::size_t size) {
+  static bool WaitForReceived(std::size_t size) {
     return WaitUntil([size] { return g_tsDownloaded.load() == size; });
   }
 

@@ -78,7 +78,7 @@ TYPED_TEST(TwoFacadesTest, EndAfterTheOtherFacadesStopWaitsForTheCallOfItsPlayer
   BlockedVideoCall call(this->player_);
   this->downloader_.BeginDownload(this->server_.Whole("a"));
   ASSERT_TRUE(call.WaitUntilEntered());
-  ASSERT_TRUE(this->WaitForAudio(TypeParam::kDue.audio) && this->server_.AwaitWhole());
+  ASSERT_TRUE(this->WaitForAudio(TypeParam::kDue.audio) && this->server_.WaitForWhole());
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_FALSE(TypeParam::Runs());
   EXPECT_EQ(StopDuringBlockedCall(call, this->downloader_), TestFixture::kEndAfterAnotherOnesEnd);
@@ -117,7 +117,7 @@ TYPED_TEST_SUITE(SharedRunFlagTest, FormatsWithOneRunFlag, FormatNames);
 // The server of the first start sends nothing more, so only the stop can end its transfer.
 TYPED_TEST(SharedRunFlagTest, EndAfterTheOtherFacadesStopWaitsForAStalledTransfer) {
   this->downloader_.BeginDownload(this->server_.Gated("a"));
-  ASSERT_TRUE(this->WaitForVideo(3) && this->server_.AwaitGate());
+  ASSERT_TRUE(this->WaitForVideo(3) && this->server_.WaitForGate());
   PlayOnAnotherFacade(this->server_.Whole("b"), TypeParam::kOkLine);
   EXPECT_FALSE(TypeParam::Runs());
   EXPECT_FALSE(this->Stop());  // closes the player: no task may call it any more

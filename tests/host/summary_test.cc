@@ -113,24 +113,27 @@ TEST(SummaryTest, IncompleteDumpIsReportedInJson) {
 TEST(SummaryTest, FrameOfAnyRunGivesStatusZero) {
   const Summary summary = SummaryOf({SomeRun(), RunReport()});
   EXPECT_EQ(ExitStatusOf(summary), 0);
-  EXPECT_EQ(ExitLine(summary),
-            "exit status 0: 2 video and 1 audio frames came; nothing came for 3.000 s");
+  EXPECT_EQ(
+      ExitLine(summary),
+      "exit status 0: 2 video and 1 audio frames were received; nothing was received for 3.000 s");
 }
 
 TEST(SummaryTest, NoFrameGivesStatusOneAndTheReason) {
   RunReport run;
   run.reason = EndReason::kInterrupted;
   EXPECT_EQ(ExitStatusOf(SummaryOf({run})), 1);
-  EXPECT_EQ(ExitLine(SummaryOf({run})), "exit status 1: no frame came; interrupted");
+  EXPECT_EQ(ExitLine(SummaryOf({run})), "exit status 1: no frame was received; interrupted");
   run.reason = EndReason::kRefused;
-  EXPECT_EQ(ExitLine(SummaryOf({run})), "exit status 1: no frame came; the address was refused");
+  EXPECT_EQ(ExitLine(SummaryOf({run})),
+            "exit status 1: no frame was received; the address was refused");
 }
 
 TEST(SummaryTest, RunThatReceivedTheExpectedIsReportedInTheExitLine) {
   RunReport run = SomeRun();
   run.reason = EndReason::kExpected;
   EXPECT_EQ(ExitLine(SummaryOf({run})),
-            "exit status 0: 2 video and 1 audio frames came; what was expected has been received");
+            "exit status 0: 2 video and 1 audio frames were received; what was expected has been "
+            "received");
   EXPECT_EQ(JsonOf(SummaryOf({run}))["exit_reason"], "expected");
 }
 
@@ -155,8 +158,10 @@ TEST(SummaryTest, LinesHoldTheSameAsTheJson) {
 
 TEST(SummaryTest, LinesOfSeveralRunsListEachOfThem) {
   const std::vector<std::string> lines = SummaryLines(SummaryOf({SomeRun(), RunReport()}));
-  EXPECT_THAT(lines, Contains("  run 0: 2 video and 1 audio frames, nothing came for 3.000 s"));
-  EXPECT_THAT(lines, Contains("  run 1: 0 video and 0 audio frames, nothing came for 3.000 s"));
+  EXPECT_THAT(lines,
+              Contains("  run 0: 2 video and 1 audio frames, nothing was received for 3.000 s"));
+  EXPECT_THAT(lines,
+              Contains("  run 1: 0 video and 0 audio frames, nothing was received for 3.000 s"));
 }
 
 }  // namespace

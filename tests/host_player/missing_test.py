@@ -23,7 +23,7 @@ class MissingTest(PlayerCase):
         self.assertTrue(line.startswith("stream_player: there is no sound device"), line)
         summary = run.summary()
         self.assertGreater(summary["pictures"], 40)
-        self.assertEqual(summary["shown"] + summary["passed_over"], summary["pictures"])
+        self.assertEqual(summary["shown"] + summary["late"], summary["pictures"])
 
     def test_stream_without_audio_plays(self):
         make_colours(self.www / "silent.ts", ["red", "blue"], 1, "-c:v", "libx264", "-an")

@@ -14,8 +14,8 @@ _LIMIT_SECONDS = 60
 _IDLE_SECONDS = 2  # of silence, after which a stream counts as ended
 _SUMMARY = re.compile(
     r"video: (?P<video_frames>\d+) frames received, (?P<access_units>\d+) access units, "
-    r"(?P<pictures>\d+) pictures decoded, (?P<shown>\d+) shown, (?P<passed_over>\d+) passed over, "
-    r"(?P<left_out>\d+) left out; audio: (?P<audio_frames>\d+) frames received, "
+    r"(?P<pictures>\d+) pictures decoded, (?P<shown>\d+) shown, (?P<late>\d+) late, "
+    r"(?P<skipped>\d+) skipped; audio: (?P<audio_frames>\d+) frames received, "
     r"(?P<sounds>\d+) decoded; decoder errors: (?P<errors>\d+); "
     r"picture and sound (at most (?P<apart>[0-9.]+) ms apart|never met)$")
 # Short streams may end before their duration is reported.

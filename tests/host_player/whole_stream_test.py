@@ -44,7 +44,7 @@ class WholeStreamTest(PlayerCase):
         # The last frame of a transport stream is complete only when another one begins.
         self.assertIn(seconds * streams.RATE - summary["pictures"], range(3), summary)
         self.assertEqual(summary["errors"], 0, summary)
-        self.assertEqual(summary["left_out"], 0, summary)
+        self.assertEqual(summary["skipped"], 0, summary)
         self.assertEqual(summary["pictures"], summary["access_units"], summary)
-        self.assertEqual(summary["shown"] + summary["passed_over"], summary["pictures"], summary)
+        self.assertEqual(summary["shown"] + summary["late"], summary["pictures"], summary)
         self.assertGreater(summary["sounds"], 0, summary)

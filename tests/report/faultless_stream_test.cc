@@ -159,7 +159,7 @@ TEST(FaultlessStreamTest, DistanceWithPacingIsReported) {
   ReportRecord record;
   record.host_paces = true;
   AddUnpaced(record);
-  EXPECT_THAT(TitlesOf(record), ElementsAre("Video and audio come apart"));
+  EXPECT_THAT(TitlesOf(record), ElementsAre("Video and audio drift apart"));
 }
 
 TEST(FaultlessStreamTest, DistanceOfAKindThatArrivesTooLateIsReported) {
@@ -168,7 +168,7 @@ TEST(FaultlessStreamTest, DistanceOfAKindThatArrivesTooLateIsReported) {
     record.AddVideo(n * kMsOfFrame, FrameAt(TicksOf(n)));
     if (n >= 200) record.AddAudio(n * kMsOfFrame, FrameAt(TicksOf(n - 200)));  // 8 s late
   }
-  EXPECT_THAT(TitlesOf(record), Contains("Video and audio come apart"));
+  EXPECT_THAT(TitlesOf(record), Contains("Video and audio drift apart"));
 }
 
 TEST(FaultlessStreamTest, PlayTimeOfAFrameDeliveredEarlyIsNotOdd) {

@@ -35,7 +35,7 @@ TEST(FindingsTest, SteadyStreamHasNothingOdd) {
 }
 
 TEST(FindingsTest, NoFrameAtAllIsOdd) {
-  EXPECT_THAT(TitlesOf(ReportRecord()), ElementsAre("No frame came"));
+  EXPECT_THAT(TitlesOf(ReportRecord()), ElementsAre("No frame was received"));
 }
 
 TEST(FindingsTest, AudioWithoutVideoIsOdd) {
@@ -60,7 +60,7 @@ TEST(FindingsTest, GapIsReportedWithItsPositionAndWidth) {
   EXPECT_EQ(
       SentenceOf(record, "Gap in the video"),
       "The video time stamps leave out 1 stretch of the stream. The widest is 1.040 s, before "
-      "frame 50, which came after 3.000 s.");
+      "frame 50, which was received after 3.000 s.");
 }
 
 TEST(FindingsTest, JumpBackIsReportedWithItsPositionAndWidth) {
@@ -97,7 +97,8 @@ TEST(FindingsTest, EmptyFramesAreOdd) {
   frame = FrameAt(TicksOf(102));
   frame.size = -1;
   record.AddVideo(4080, frame);
-  EXPECT_EQ(SentenceOf(record, "Empty video frames"), "3 video frames came without a payload.");
+  EXPECT_EQ(SentenceOf(record, "Empty video frames"),
+            "3 video frames were received without a payload.");
 }
 
 TEST(FindingsTest, LatenessIsNotReportedIfTheHostPacesFrames) {
@@ -129,8 +130,8 @@ TEST(FindingsTest, FailureLineIsReportedWithoutItsAddress) {
   ReportRecord record = SteadyRecord();
   record.texts.Add(1500, TextKind::kMessage, "PLAY TS NO:<b>x");
   record.texts.Add(1600, TextKind::kMessage, "PLAY TS NO:<b>y");
-  EXPECT_EQ(SentenceOf(record, "A line tells of a failure"),
-            "\"PLAY TS NO\" came 2 times, first after 1.500 s.");
+  EXPECT_EQ(SentenceOf(record, "A line reports a failure"),
+            "\"PLAY TS NO\" was received 2 times, first after 1.500 s.");
 }
 
 TEST(FindingsTest, ClockThatGoesBackIsOddAndDurationThatGoesBackIsANote) {
@@ -151,7 +152,7 @@ TEST(FindingsTest, DurationFarFromTheReceivedVideoIsANote) {
   ReportRecord record = SteadyRecord();
   record.duration.Add(0, 60);
   EXPECT_EQ(SentenceOf(record, "Duration and video differ"),
-            "The last duration told is 60.000 s, the video that came spans 3.960 s.");
+            "The last reported duration is 60.000 s, the received video spans 3.960 s.");
 }
 
 TEST(FindingsTest, NotANumberIsOdd) {

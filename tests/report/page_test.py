@@ -10,7 +10,7 @@ from support import host, mp4, reference
 from support.hls import HlsCase
 from support.media_tools import make_file
 
-_CHARTS = ("chart-status", "chart-arrival", "chart-distance", "chart-steps", "chart-told",
+_CHARTS = ("chart-status", "chart-arrival", "chart-distance", "chart-steps", "chart-reported",
            "chart-sizes", "chart-rate")
 # How many pixels of a chart's canvas have the colour that the style sheet names `name`.
 _PIXELS = """
@@ -86,7 +86,7 @@ class PageTest(ReportCase):
         for scheme in ("light", "dark", "light"):
             self.browser.choose_scheme(scheme)
             for chart in _CHARTS:
-                colour = "third" if chart == "chart-told" else "video"
+                colour = "third" if chart == "chart-reported" else "video"
                 self.assertGreater(self.pixels(chart, colour), 5, f"{chart}, {scheme}")
         self.assertEqual(self.browser.complaints, [])
 
@@ -199,7 +199,7 @@ class OddStreamTest(ReportCase):
     def test_address_without_frames_is_reported_on_top(self):
         self.play_and_report(f"file://{self.directory}/none.ts", until=host.TRANSFER_ENDED)
         self.open()
-        self.assertIn("No frame came", self.texts("#findings strong"))
+        self.assertIn("No frame was received", self.texts("#findings strong"))
 
     def test_last_run_of_a_repeat_is_reported(self):
         sample = self.make_hls(2)

@@ -15,17 +15,17 @@ class FlvMemorySource final : public FlvSource {
   explicit FlvMemorySource(std::span<const std::uint8_t> bytes) : left_(bytes) {}
 
   bool Runs() const override { return true; }
-  bool Await(std::uint32_t count) override { return count <= left_.size(); }
+  bool WaitForBytes(std::uint32_t count) override { return count <= left_.size(); }
 
   bool Read(std::uint8_t* bytes, std::uint32_t count) override {
-    if (!Await(count)) return false;
+    if (!WaitForBytes(count)) return false;
     if (count > 0) std::memcpy(bytes, left_.data(), count);
     left_ = left_.subspan(count);
     return true;
   }
 
   bool Skip(std::uint32_t count) override {
-    if (!Await(count)) return false;
+    if (!WaitForBytes(count)) return false;
     left_ = left_.subspan(count);
     return true;
   }

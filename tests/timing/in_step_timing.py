@@ -26,7 +26,7 @@ class InStepTiming(PlayerCase):
         self.assertGreater(len(apart), 1, f"nothing was measured: {run.summary()}")
         summary = run.summary()
         print(f"{directory.name:32}  {summary['pictures']:8.0f}  {len(apart):8}"
-              f"  {summary['passed_over']:7.0f}  {statistics.median(apart):6.1f}"
+              f"  {summary['late']:7.0f}  {statistics.median(apart):6.1f}"
               f"  {statistics.quantiles(apart, n=20)[-1]:7.1f}  {max(apart):7.1f}", flush=True)
 
 

@@ -65,7 +65,7 @@ class FlvPlayAsideTest : public FlvPlayTest {
 
   void StartPlay() { play_ = PlayAside(); }
   // Waits for the end of the play task.
-  void AwaitEnd() { play_.get(); }
+  void WaitForEnd() { play_.get(); }
 
   // Whether the task waits for the start of the stream: wakes it, and it must wait again.
   bool StillWaitsForTheBeginning() {
@@ -192,7 +192,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheTagLoopWithBytesLeft) {
   ASSERT_TRUE(Reports() && clock_.WaitForWaiters(1));
   BeginToStop();
   clock_.Advance(kTagPace);
-  AwaitEnd();
+  WaitForEnd();
   EXPECT_GT(g_flvStream->DroppedSize(), 0U);
 }
 
@@ -206,7 +206,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheRestOfALongHeader) {
   EXPECT_EQ(g_flvStream->UnreadSize(), 50'000 - flv_test::kHeaderSize);
   BeginToStop();
   clock_.Advance(kPoll);
-  AwaitEnd();
+  WaitForEnd();
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV CACHE_NO OK:http://host/a.flv"));
 }
 
@@ -221,7 +221,7 @@ TEST_F(FlvPlayAsideTest, ParserWaitsForQueueSpace) {
   EXPECT_GT(g_flvStream->UnreadSize(), 0U) << "the second tag was read although the queue is full";
   ClaimNothing();
   clock_.Release();
-  AwaitEnd();
+  WaitForEnd();
   EXPECT_EQ(g_videoQueue->pushed, 2U);
 }
 
@@ -255,7 +255,7 @@ TEST_F(FlvPlayAsideTest, TagLoopPausesAMillisecondAfterEachTag) {
     EXPECT_EQ(clock_.Sleeps(kTagPace), i);
     clock_.Advance(kTagPace);
   }
-  AwaitEnd();
+  WaitForEnd();
   EXPECT_EQ(clock_.Elapsed(), kTagPace * kTags);
 }
 

@@ -125,12 +125,12 @@ TEST_F(FlvReaderTest, ZeroBytesCanAlwaysBeRead) {
   EXPECT_EQ(reader.Position(), 0U);
 }
 
-TEST_F(FlvReaderTest, AwaitChecksForBytesAndConsumesNothing) {
+TEST_F(FlvReaderTest, WaitForBytesConsumesNothing) {
   FlvReader& reader = Over({1, 2});
-  EXPECT_TRUE(reader.Await(0));
-  EXPECT_TRUE(reader.Await(2));
-  EXPECT_FALSE(reader.Await(3));
-  EXPECT_FALSE(reader.Await(0xFFFFFFFF));
+  EXPECT_TRUE(reader.WaitForBytes(0));
+  EXPECT_TRUE(reader.WaitForBytes(2));
+  EXPECT_FALSE(reader.WaitForBytes(3));
+  EXPECT_FALSE(reader.WaitForBytes(0xFFFFFFFF));
   EXPECT_EQ(reader.Position(), 0U);
 }
 

@@ -136,7 +136,7 @@ TEST_F(FlvStagingTest, ReaderOfAnOlderStreamGetsNoBytesOfTheNewer) {
   EXPECT_EQ(transfer.OnBytes("abc", 3), 3U);
   std::uint8_t byte = 9;
   EXPECT_FALSE(source_.Runs());
-  EXPECT_FALSE(source_.Await(1));
+  EXPECT_FALSE(source_.WaitForBytes(1));
   EXPECT_FALSE(source_.Read(&byte, 1));
   EXPECT_FALSE(source_.Skip(1));
   EXPECT_EQ(byte, 9);
@@ -147,7 +147,7 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
   const RunId newer = g_flvStream->Begin();
   EndOfDownload();
   FlvStreamSource source(newer);
-  auto reader = std::async(std::launch::async, [&source] { return source.Await(2); });
+  auto reader = std::async(std::launch::async, [&source] { return source.WaitForBytes(2); });
   EXPECT_TRUE(StillPolls(clock_, kPoll));
   FlvTransfer transfer(newer);
   EXPECT_EQ(transfer.OnBytes("a", 1), 1U);
@@ -159,7 +159,7 @@ TEST_F(FlvStagingTest, EndOfAnOlderDownloadDoesNotEndTheNewer) {
 
 TEST_F(FlvStagingTest, NewStreamEndsTheWaitsForAnOlderOne) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
-  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(run_); });
+  auto player = std::async(std::launch::async, [this] { g_flvStream->WaitUntilReady(run_); });
   ASSERT_TRUE(clock_.WaitForWaiters(2));
   Take({1});
   g_flvStream->Begin();
@@ -195,7 +195,7 @@ TEST_F(FlvStagingTest, ReadThatCannotSucceedConsumesNothing) {
   Take({1, 2});
   EndOfDownload();
   Bytes bytes(3, 9);
-  EXPECT_FALSE(source_.Await(3));
+  EXPECT_FALSE(source_.WaitForBytes(3));
   EXPECT_FALSE(source_.Read(bytes.data(), 3));
   EXPECT_EQ(bytes, Bytes(3, 9));
   EXPECT_EQ(Unread(), (Bytes{1, 2}));
@@ -261,8 +261,8 @@ TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
 }
 
 TEST_F(FlvStagingTest, StopEndsEveryWait) {
-  auto reader = std::async(std::launch::async, [this] { return source_.Await(0xFFFFFFFF); });
-  auto player = std::async(std::launch::async, [this] { g_flvStream->AwaitReady(run_); });
+  auto reader = std::async(std::launch::async, [this] { return source_.WaitForBytes(0xFFFFFFFF); });
+  auto player = std::async(std::launch::async, [this] { g_flvStream->WaitUntilReady(run_); });
   ASSERT_TRUE(clock_.WaitForWaiters(2));
   BeginToStop();
   LookAgain();

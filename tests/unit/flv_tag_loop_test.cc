@@ -200,7 +200,7 @@ class ReplacedSource final : public FlvSource {
   explicit ReplacedSource(const Bytes& bytes) : source_(bytes) {}
 
   bool Runs() const override { return runs_; }
-  bool Await(std::uint32_t count) override { return source_.Await(count); }
+  bool WaitForBytes(std::uint32_t count) override { return source_.WaitForBytes(count); }
   bool Read(std::uint8_t* bytes, std::uint32_t count) override {
     if (count > 100) runs_ = false;
     return source_.Read(bytes, count);

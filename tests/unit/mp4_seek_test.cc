@@ -25,7 +25,7 @@ using testing::SizeIs;
 
 class Mp4SeekTest : public Mp4Tasks {
  protected:
-  void Lay(const Movie& movie) {
+  void WriteMovie(const Movie& movie) {
     movie_ = movie;
     file_ = BuildMp4(movie);
     path_ = WriteLocalFile("movie.mp4", file_.bytes);
@@ -54,21 +54,21 @@ class Mp4SeekTest : public Mp4Tasks {
 };
 
 TEST_F(Mp4SeekTest, SeekWithinReadSamplesGoesBack) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(0.8F, path_), Begin(20));
   EXPECT_EQ(Rest(), RestFrom(20));
 }
 
 TEST_F(Mp4SeekTest, SeekBeyondReadSamplesScansTheIndex) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   EXPECT_EQ(reader_.Seek(1.2F, path_), Begin(30));
   EXPECT_EQ(Rest(), RestFrom(30));
 }
 
 TEST_F(Mp4SeekTest, ScannedSamplesAreKnownLater) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Seek(1.2F, path_);
   reader_.Close();
@@ -77,35 +77,35 @@ TEST_F(Mp4SeekTest, ScannedSamplesAreKnownLater) {
 }
 
 TEST_F(Mp4SeekTest, PositionBetweenTwoSamplesSelectsTheLaterOne) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   EXPECT_EQ(reader_.Seek(1.201F, path_), Begin(31));
   EXPECT_EQ(reader_.Seek(0.041F, path_), Begin(2));
 }
 
 TEST_F(Mp4SeekTest, PositionAfterTheEndSelectsTheLastSamples) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   EXPECT_EQ(reader_.Seek(1000, path_), Begin(49));
   EXPECT_EQ(Rest(), RestFrom(49));
 }
 
 TEST_F(Mp4SeekTest, PositionBeforeTheStartSelectsTheFirstSamples) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(-3, path_), Begin(0));
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
 TEST_F(Mp4SeekTest, NanOrInfinitePositionSelectsTheLastSamples) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(std::nanf(""), path_), Begin(49));
   EXPECT_EQ(reader_.Seek(std::numeric_limits<float>::infinity(), path_), Begin(49));
 }
 
 TEST_F(Mp4SeekTest, SeeksForwardAndBackAndForwardAgain) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(1)));
   for (const std::size_t number : {40U, 3U, 45U, 0U, 20U}) {
     SCOPED_TRACE(number);
@@ -115,19 +115,19 @@ TEST_F(Mp4SeekTest, SeeksForwardAndBackAndForwardAgain) {
 }
 
 TEST_F(Mp4SeekTest, SeekWithoutAnIndexStaysAtTheStart) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   EXPECT_EQ(reader_.Seek(1, "no/such/file.mp4"), 0U);
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
 TEST_F(Mp4SeekTest, SeekBeforeTheTracksAreFoundStaysAtTheStart) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   EXPECT_EQ(reader_.Seek(1, path_), 0U);
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
 TEST_F(Mp4SeekTest, SeekBackInMidStreamMovesTheAudioBackToo) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Seek(1.2F, path_);
   StartAgain();
@@ -140,14 +140,14 @@ TEST_F(Mp4SeekTest, SeekBackInMidStreamMovesTheAudioBackToo) {
 
 // For such a track no time is recorded yet, so the search starts at its first sample.
 TEST_F(Mp4SeekTest, SeekBeforeAnyAudioWasReadSkipsNoAudioSample) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(0)));
   EXPECT_EQ(reader_.Seek(0, path_), Begin(0));
   EXPECT_EQ(Rest(), RestFrom(0));
 }
 
 TEST_F(Mp4SeekTest, SeekInAMissingFileStaysWithinKnownSamples) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Close();
   // The times of the samples of number 5 are recorded, but their bytes are not received yet.
@@ -159,7 +159,7 @@ TEST_F(Mp4SeekTest, OffsetIsThatOfTheTrackThatStartsFirst) {
   Movie movie = MakeMovie();
   movie.tracks[0].samples_a_chunk = 7;
   movie.tracks[1].samples_a_chunk = 25;
-  Lay(movie);
+  WriteMovie(movie);
   Pass(Whole(path_));
   for (const std::size_t number : {3U, 13U, 24U, 30U}) {
     EXPECT_EQ(reader_.Seek(static_cast<float>(number) * 0.04F - 0.001F, path_), Begin(number));
@@ -168,20 +168,20 @@ TEST_F(Mp4SeekTest, OffsetIsThatOfTheTrackThatStartsFirst) {
 }
 
 TEST_F(Mp4SeekTest, OffsetIsZeroWithoutAudio) {
-  Lay(MovieOf({VideoTrack()}));
+  WriteMovie(MovieOf({VideoTrack()}));
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(0.8F, path_), 0U);
   EXPECT_EQ(Rest(), RestFrom(20));
 }
 
 TEST_F(Mp4SeekTest, OffsetIsZeroWithoutVideo) {
-  Lay(MovieOf({AudioTrack()}));
+  WriteMovie(MovieOf({AudioTrack()}));
   Pass(Whole(path_));
   EXPECT_EQ(reader_.Seek(0.8F, path_), 0U);
 }
 
 TEST_F(Mp4SeekTest, SampleMissingBeforeTheSeekIsNotWaitedFor) {
-  Lay(MakeMovie());
+  WriteMovie(MakeMovie());
   Pass(Part(path_, Begin(5)));
   reader_.Seek(0.08F, path_);
   EXPECT_THAT(Pass(Part(path_, Begin(5))).video, SizeIs(3));
@@ -198,7 +198,7 @@ TEST_F(Mp4SeekTest, SearchAmongBillionsOfClaimedSamplesEnds) {
     track.replaced["stsc"] = mp4_boxes::Table(
         "stsc", {mp4_test::Join({mp4_test::U32(1), mp4_test::U32(UINT32_MAX), mp4_test::U32(1)})});
   }
-  Lay(movie);
+  WriteMovie(movie);
   Pass(Part(path_, file_.index_end));
   // Each sample has one byte, so the offset shows how many samples were searched. The search for
   // audio starts at the first sample, the search for video at the sample after the pass.

@@ -47,27 +47,28 @@ constexpr char kH264Line[] = "PLAY MP4 H264:http://host/a.mp4";
 class Mp4TrackReaderTest : public Mp4Tasks {
  protected:
   // A movie in a file.
-  struct Laid {
+  struct MovieFile {
     mp4_boxes::File file;
     std::string path;
 
     std::uint64_t Video(std::size_t sample) const { return file.offsets[0][sample]; }
     std::uint64_t Audio(std::size_t sample) const { return file.offsets[1][sample]; }
   };
-  static Laid Lay(const Movie& movie) {
+  static MovieFile WriteMovie(const Movie& movie) {
     mp4_boxes::File file = BuildMp4(movie);
     std::string path = WriteLocalFile("movie.mp4", file.bytes);
     return {std::move(file), std::move(path)};
   }
 
   // Truncates the file to its first `end` bytes, which are also all that is known to be received.
-  Mp4TrackReader::Source UpTo(const Laid& laid, std::uint64_t end) {
+  Mp4TrackReader::Source UpTo(const MovieFile& movie_file, std::uint64_t end) {
     const auto size = static_cast<std::ptrdiff_t>(end);
-    WriteLocalFile("movie.mp4", {laid.file.bytes.begin(), laid.file.bytes.begin() + size});
-    return Part(laid.path, end);
+    WriteLocalFile("movie.mp4",
+                   {movie_file.file.bytes.begin(), movie_file.file.bytes.begin() + size});
+    return Part(movie_file.path, end);
   }
 
-  RecordingPlayer::Record Told() const { return player_.Snapshot(); }
+  RecordingPlayer::Record Reported() const { return player_.Snapshot(); }
 };
 
 TEST_F(Mp4TrackReaderTest, WholeFileIsReadInOnePass) {
@@ -80,9 +81,9 @@ TEST_F(Mp4TrackReaderTest, DurationCodecAndBufferedTimesAreReportedInThisOrder) 
   movie.tracks[0].samples[1].composition = 80;
   movie.duration = 1234;
   PassOver(movie);
-  EXPECT_THAT(Told().durations, ElementsAre(1.234F));
-  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
-  EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.12F, 0.08F));
+  EXPECT_THAT(Reported().durations, ElementsAre(1.234F));
+  EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
+  EXPECT_THAT(Reported().buffered_times, ElementsAre(0, 0.12F, 0.08F));
 }
 
 TEST_F(Mp4TrackReaderTest, SecondPassRepeatsNothing) {
@@ -90,8 +91,8 @@ TEST_F(Mp4TrackReaderTest, SecondPassRepeatsNothing) {
   PassOver(movie);
   player_.Forget();
   EXPECT_EQ(DumpText(PassOver(movie)), "");
-  EXPECT_THAT(Told().messages, IsEmpty());
-  EXPECT_THAT(Told().durations, IsEmpty());
+  EXPECT_THAT(Reported().messages, IsEmpty());
+  EXPECT_THAT(Reported().durations, IsEmpty());
 }
 
 TEST_F(Mp4TrackReaderTest, VideoUnitsBeforeTheFirstIdrUnitAreDropped) {
@@ -122,31 +123,31 @@ TEST_F(Mp4TrackReaderTest, AudioBeforeTheKeyFrameOfAnEarlierPassIsDroppedToo) {
   Movie movie = MakeMovie({.samples = 4});
   for (auto& sample : movie.tracks[1].samples) sample.duration = 48 * 20;
   movie.tracks[0].samples[0].data = LengthPrefixed({Nal(1)});
-  const Laid laid = Lay(movie);
-  EXPECT_THAT(Pass(UpTo(laid, laid.Audio(1))).audio, IsEmpty());
-  const auto audio = Pass(UpTo(laid, laid.file.bytes.size())).audio;
+  const MovieFile movie_file = WriteMovie(movie);
+  EXPECT_THAT(Pass(UpTo(movie_file, movie_file.Audio(1))).audio, IsEmpty());
+  const auto audio = Pass(UpTo(movie_file, movie_file.file.bytes.size())).audio;
   ASSERT_THAT(audio, SizeIs(2));
   EXPECT_EQ(audio.front().pts, 40U * 90);
 }
 
 TEST_F(Mp4TrackReaderTest, KeyFrameOfAnEarlierStartDropsNoAudio) {
   const Movie movie = MakeMovie({.samples = 10});
-  const Laid laid = Lay(movie);
-  reader_.RunPass(Part(laid.path, laid.Video(1)));
-  reader_.Seek(0.2F, laid.path);
+  const MovieFile movie_file = WriteMovie(movie);
+  reader_.RunPass(Part(movie_file.path, movie_file.Video(1)));
+  reader_.Seek(0.2F, movie_file.path);
   StartAgain();
-  EXPECT_THAT(Pass(Whole(laid.path)).audio, SizeIs(5));
-  reader_.Seek(0, laid.path);
+  EXPECT_THAT(Pass(Whole(movie_file.path)).audio, SizeIs(5));
+  reader_.Seek(0, movie_file.path);
   StartAgain();
-  EXPECT_THAT(Pass(Whole(laid.path)).audio, SizeIs(10));
+  EXPECT_THAT(Pass(Whole(movie_file.path)).audio, SizeIs(10));
 }
 
 // In the file the audio precedes its video.
 TEST_F(Mp4TrackReaderTest, AudioIsNotReadBeforeItsVideo) {
   const Movie movie = MovieOf({AudioTrack({.samples = 5}), VideoTrack({.samples = 5})});
-  const Laid laid = Lay(movie);
-  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.offsets[1][0]))), "");
-  const FrameDump dump = Pass(UpTo(laid, laid.file.bytes.size()));
+  const MovieFile movie_file = WriteMovie(movie);
+  EXPECT_EQ(DumpText(Pass(UpTo(movie_file, movie_file.file.offsets[1][0]))), "");
+  const FrameDump dump = Pass(UpTo(movie_file, movie_file.file.bytes.size()));
   EXPECT_THAT(dump.video, SizeIs(5));
   EXPECT_THAT(dump.audio, SizeIs(5));
 }
@@ -193,10 +194,10 @@ TEST_F(Mp4TrackReaderTest, ChannelsAreThoseOfTheTrack) {
 
 TEST_F(Mp4TrackReaderTest, SamplesBeforeTheStartPositionAreReadAndReportedButNotQueued) {
   const Movie movie = MakeMovie({.samples = 260});  // 10.4 s
-  const Mp4TrackReader::Source source = Whole(Lay(movie).path);
+  const Mp4TrackReader::Source source = Whole(WriteMovie(movie).path);
   start_position_ = 10;
   EXPECT_EQ(DumpText(Pass(source)), DumpText(ExpectedFrames(movie, {.start_ms = 10'000})));
-  EXPECT_THAT(Told().buffered_times, SizeIs(260));
+  EXPECT_THAT(Reported().buffered_times, SizeIs(260));
   EXPECT_EQ(DumpText(Pass(Whole(source.path))), "") << "the samples were read again";
 }
 
@@ -225,7 +226,7 @@ TEST_F(Mp4TrackReaderTest, NegativeOffsetsAreReportedAsEarlierTimes) {
     StartAnother();
     player_.Forget();
     PassOver(WithOffsets(version, {0, 80, -40, -40, 40, -160}));
-    EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.12F, 0.04F, 0.08F, 0.2F, 0.04F));
+    EXPECT_THAT(Reported().buffered_times, ElementsAre(0, 0.12F, 0.04F, 0.08F, 0.2F, 0.04F));
   }
 }
 
@@ -235,7 +236,7 @@ TEST_F(Mp4TrackReaderTest, TimeBelowZeroIsReportedAsZero) {
     player_.Forget();
     const auto least = std::numeric_limits<std::int32_t>::min();
     EXPECT_THAT(PassOver(WithOffsets(version, {-1, -80, least, -80})).video, SizeIs(4));
-    EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0, 0, 0.04F));
+    EXPECT_THAT(Reported().buffered_times, ElementsAre(0, 0, 0, 0.04F));
   }
 }
 
@@ -251,91 +252,94 @@ TEST_F(Mp4TrackReaderTest, NegativeOffsetCountsForTheStartPosition) {
 }
 
 TEST_F(Mp4TrackReaderTest, SampleAcrossTheEndOfTheFirstRangeWaitsUntilTheRangeGrows) {
-  const Laid laid = Lay(MakeMovie({.samples = 3}));
-  const std::uint64_t end = laid.Audio(1);  // the end of the second video sample
-  EXPECT_THAT(Pass(Part(laid.path, end - 1)).video, SizeIs(1));
-  EXPECT_THAT(Pass(Part(laid.path, end - 1)).video, IsEmpty());
-  EXPECT_THAT(Pass(Part(laid.path, end)).video, SizeIs(1));
+  const MovieFile movie_file = WriteMovie(MakeMovie({.samples = 3}));
+  const std::uint64_t end = movie_file.Audio(1);  // the end of the second video sample
+  EXPECT_THAT(Pass(Part(movie_file.path, end - 1)).video, SizeIs(1));
+  EXPECT_THAT(Pass(Part(movie_file.path, end - 1)).video, IsEmpty());
+  EXPECT_THAT(Pass(Part(movie_file.path, end)).video, SizeIs(1));
 }
 
 TEST_F(Mp4TrackReaderTest, SampleAcrossTheEndOfTheFileWaitsUntilTheFileGrows) {
-  const Laid laid = Lay(MakeMovie({.samples = 3}));
-  const std::uint64_t end = laid.Audio(1);
-  EXPECT_THAT(Pass(UpTo(laid, end - 1)).video, SizeIs(1));
-  EXPECT_THAT(Pass(UpTo(laid, end)).video, SizeIs(1));
-  EXPECT_THAT(Pass(UpTo(laid, end)).video, IsEmpty());
+  const MovieFile movie_file = WriteMovie(MakeMovie({.samples = 3}));
+  const std::uint64_t end = movie_file.Audio(1);
+  EXPECT_THAT(Pass(UpTo(movie_file, end - 1)).video, SizeIs(1));
+  EXPECT_THAT(Pass(UpTo(movie_file, end)).video, SizeIs(1));
+  EXPECT_THAT(Pass(UpTo(movie_file, end)).video, IsEmpty());
 }
 
 TEST_F(Mp4TrackReaderTest, EmptySampleIsAvailableAtTheEndOfTheRange) {
   Movie movie = MovieOf({VideoTrack({.samples = 3})});
   movie.tracks[0].samples[1].data.clear();
-  const Laid laid = Lay(movie);
-  EXPECT_THAT(Pass(Part(laid.path, laid.Video(1))).video, SizeIs(1));
-  EXPECT_THAT(Told().buffered_times, ElementsAre(0, 0.04F));
-  EXPECT_THAT(Pass(Whole(laid.path)).video, SizeIs(1));
+  const MovieFile movie_file = WriteMovie(movie);
+  EXPECT_THAT(Pass(Part(movie_file.path, movie_file.Video(1))).video, SizeIs(1));
+  EXPECT_THAT(Reported().buffered_times, ElementsAre(0, 0.04F));
+  EXPECT_THAT(Pass(Whole(movie_file.path)).video, SizeIs(1));
 }
 
 TEST_F(Mp4TrackReaderTest, SampleInsideTheSecondRangeStaysUnavailable) {
-  const Laid laid = Lay(MakeMovie({.samples = 4}));
+  const MovieFile movie_file = WriteMovie(MakeMovie({.samples = 4}));
   DownloadedRanges ranges;
-  ranges.Add(0, laid.Video(1));
-  ranges.Add(laid.Video(1) + 1, laid.file.bytes.size());
-  EXPECT_THAT(Pass(Between(laid.path, ranges.First())).video, SizeIs(1));
-  EXPECT_THAT(Pass(Between(laid.path, ranges.First())).video, IsEmpty());
+  ranges.Add(0, movie_file.Video(1));
+  ranges.Add(movie_file.Video(1) + 1, movie_file.file.bytes.size());
+  EXPECT_THAT(Pass(Between(movie_file.path, ranges.First())).video, SizeIs(1));
+  EXPECT_THAT(Pass(Between(movie_file.path, ranges.First())).video, IsEmpty());
 }
 
 TEST_F(Mp4TrackReaderTest, SamplesBeforeTheFirstRangeStayUnavailable) {
-  const Laid laid = Lay(MakeMovie({.samples = 4}));
-  EXPECT_THAT(Pass(Between(laid.path, {laid.Video(0) + 1, laid.file.bytes.size()})).video,
-              IsEmpty());
+  const MovieFile movie_file = WriteMovie(MakeMovie({.samples = 4}));
+  EXPECT_THAT(
+      Pass(Between(movie_file.path, {movie_file.Video(0) + 1, movie_file.file.bytes.size()})).video,
+      IsEmpty());
 }
 
 // The frames do not depend on how the download is divided into passes.
 TEST_F(Mp4TrackReaderTest, GrowingFileYieldsTheSameFramesInAnySteps) {
   const Movie movie = MakeMovie({.samples = 20, .key_interval = 5});
-  const Laid laid = Lay(movie);
+  const MovieFile movie_file = WriteMovie(movie);
   for (const std::size_t step : {13U, 50U, 97U, 1000U}) {
     SCOPED_TRACE("steps of " + std::to_string(step));
     StartAnother();
-    for (std::size_t end = step; end < laid.file.bytes.size(); end += step) {
-      reader_.RunPass(UpTo(laid, end));
+    for (std::size_t end = step; end < movie_file.file.bytes.size(); end += step) {
+      reader_.RunPass(UpTo(movie_file, end));
     }
-    reader_.RunPass(UpTo(laid, laid.file.bytes.size()));
+    reader_.RunPass(UpTo(movie_file, movie_file.file.bytes.size()));
     EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
   }
 }
 
 TEST_F(Mp4TrackReaderTest, IncompleteIndexIsIgnored) {
   const Movie movie = MakeMovie({.samples = 5});
-  const Laid laid = Lay(movie);
-  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_end - 1))), "");
-  EXPECT_THAT(Told().messages, IsEmpty());
-  EXPECT_THAT(Told().durations, IsEmpty());
-  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.bytes.size()))), DumpText(ExpectedFrames(movie)));
+  const MovieFile movie_file = WriteMovie(movie);
+  EXPECT_EQ(DumpText(Pass(UpTo(movie_file, movie_file.file.index_end - 1))), "");
+  EXPECT_THAT(Reported().messages, IsEmpty());
+  EXPECT_THAT(Reported().durations, IsEmpty());
+  EXPECT_EQ(DumpText(Pass(UpTo(movie_file, movie_file.file.bytes.size()))),
+            DumpText(ExpectedFrames(movie)));
 }
 
 TEST_F(Mp4TrackReaderTest, IndexAfterTheDataIsReadOnceReceived) {
   Movie movie = MakeMovie({.samples = 5});
   movie.index_first = false;
-  const Laid laid = Lay(movie);
-  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_begin))), "");
-  EXPECT_EQ(DumpText(Pass(UpTo(laid, laid.file.index_end))), DumpText(ExpectedFrames(movie)));
+  const MovieFile movie_file = WriteMovie(movie);
+  EXPECT_EQ(DumpText(Pass(UpTo(movie_file, movie_file.file.index_begin))), "");
+  EXPECT_EQ(DumpText(Pass(UpTo(movie_file, movie_file.file.index_end))),
+            DumpText(ExpectedFrames(movie)));
 }
 
 TEST_F(Mp4TrackReaderTest, MissingFileAndEmptyFileYieldNothing) {
   EXPECT_EQ(DumpText(Pass(Whole("no/such/file.mp4"))), "");
   EXPECT_EQ(DumpText(Pass(Whole(WriteLocalFile("movie.mp4", {})))), "");
-  EXPECT_THAT(Told().messages, IsEmpty());
+  EXPECT_THAT(Reported().messages, IsEmpty());
 }
 
 TEST_F(Mp4TrackReaderTest, SampleMissingInTheFileDoesNotBlockTheOtherTrack) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].samples_a_chunk = 3;
   movie.tracks[1].samples_a_chunk = 5;  // file order: v0 v1 v2 a0 ... a4 v3 v4
-  Laid laid = Lay(movie);
-  UpTo(laid, laid.Video(3) + 1);
+  MovieFile movie_file = WriteMovie(movie);
+  UpTo(movie_file, movie_file.Video(3) + 1);
   const FrameDump dump =
-      Pass(Whole(laid.path));  // the ranges claim more bytes than the file contains
+      Pass(Whole(movie_file.path));  // the ranges claim more bytes than the file contains
   EXPECT_THAT(dump.video, SizeIs(3));
   EXPECT_THAT(dump.audio, SizeIs(5));
 }
@@ -344,36 +348,36 @@ TEST_F(Mp4TrackReaderTest, VideoAloneIsReadAndItsDurationIsReportedInEveryPass) 
   const Movie movie = MovieOf({VideoTrack({.samples = 5})});
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
   PassOver(movie);
-  EXPECT_THAT(Told().durations, ElementsAre(0.2F, 0.2F));
-  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+  EXPECT_THAT(Reported().durations, ElementsAre(0.2F, 0.2F));
+  EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
 }
 
 TEST_F(Mp4TrackReaderTest, AudioAloneIsReadAndNeverQueued) {
   EXPECT_EQ(DumpText(PassOver(MovieOf({AudioTrack({.samples = 5})}))), "");
-  EXPECT_THAT(Told().messages, IsEmpty());
-  EXPECT_THAT(Told().durations, SizeIs(1));
-  EXPECT_THAT(Told().buffered_times, IsEmpty());
+  EXPECT_THAT(Reported().messages, IsEmpty());
+  EXPECT_THAT(Reported().durations, SizeIs(1));
+  EXPECT_THAT(Reported().buffered_times, IsEmpty());
 }
 
 TEST_F(Mp4TrackReaderTest, FileWithoutTracksReportsOnlyItsDuration) {
   EXPECT_EQ(DumpText(PassOver(MovieOf({}))), "");
-  EXPECT_THAT(Told().messages, IsEmpty());
-  EXPECT_THAT(Told().durations, SizeIs(1));
+  EXPECT_THAT(Reported().messages, IsEmpty());
+  EXPECT_THAT(Reported().durations, SizeIs(1));
 }
 
 TEST_F(Mp4TrackReaderTest, H265IsReportedOnceAndRefusedInEveryPass) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
   for (int pass = 0; pass < 3; ++pass) EXPECT_EQ(DumpText(PassOver(movie)), "");
-  EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
-  EXPECT_THAT(Told().buffered_times, IsEmpty());
+  EXPECT_THAT(Reported().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
+  EXPECT_THAT(Reported().buffered_times, IsEmpty());
 }
 
 TEST_F(Mp4TrackReaderTest, OtherCodecsAreReportedByTheNameOfTheirSampleEntry) {
   Movie movie = MakeMovie({.samples = 5});
   movie.tracks[0].entry = VideoEntry("mp4v", {});
   EXPECT_EQ(DumpText(PassOver(movie)), "");
-  EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
+  EXPECT_THAT(Reported().messages, ElementsAre("PLAY MP4 mp4v:http://host/a.mp4"));
 }
 
 // `movie` with a track before its own tracks that cannot be played.
@@ -394,7 +398,7 @@ TEST_F(Mp4TrackReaderTest, DamagedTracksDoNotHideTheOthers) {
       StartAnother();
       player_.Forget();
       EXPECT_EQ(DumpText(PassOver(Behind(damaged, movie))), DumpText(ExpectedFrames(movie)));
-      EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+      EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
     }
   }
 }
@@ -418,15 +422,15 @@ TEST_F(Mp4TrackReaderTest, VideoPlaysBesideADamagedAudioTrack) {
   movie.tracks[1].replaced["stsd"] = Bytes();
   const Movie video_alone = MovieOf({movie.tracks[0]});
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(video_alone)));
-  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+  EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
 }
 
 TEST_F(Mp4TrackReaderTest, DamagedVideoTrackIsNotReported) {
   Movie movie = MakeMovie({.samples = 20});
   movie.tracks[0].replaced["stsd"] = Bytes();
   EXPECT_EQ(DumpText(PassOver(movie)), "");
-  EXPECT_THAT(Told().messages, IsEmpty());
-  EXPECT_THAT(Told().durations, SizeIs(1));
+  EXPECT_THAT(Reported().messages, IsEmpty());
+  EXPECT_THAT(Reported().durations, SizeIs(1));
 }
 
 TEST_F(Mp4TrackReaderTest, H265IsRefusedEvenIfAnH264TrackFollows) {
@@ -434,7 +438,7 @@ TEST_F(Mp4TrackReaderTest, H265IsRefusedEvenIfAnH264TrackFollows) {
   Track other = movie.tracks[0];
   other.entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
   EXPECT_EQ(DumpText(PassOver(Behind(other, movie))), "");
-  EXPECT_THAT(Told().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
+  EXPECT_THAT(Reported().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
 }
 
 TEST_F(Mp4TrackReaderTest, PaddedIndexPlays) {
@@ -449,7 +453,7 @@ TEST_F(Mp4TrackReaderTest, TracksWithTypesInCapitalsPlay) {
   movie.tracks[0].handler = "ViDE";
   movie.tracks[1].handler = "SOUN";
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
-  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+  EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
 }
 
 TEST_F(Mp4TrackReaderTest, FirstOfTwoVideoTracksPlays) {
@@ -458,7 +462,7 @@ TEST_F(Mp4TrackReaderTest, FirstOfTwoVideoTracksPlays) {
   second.id = 3;
   movie.tracks.push_back(second);
   EXPECT_EQ(DumpText(PassOver(movie)), DumpText(ExpectedFrames(movie)));
-  EXPECT_THAT(Told().messages, ElementsAre(kH264Line));
+  EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
 }
 
 TEST_F(Mp4TrackReaderTest, TracksOfDifferentLengthsAreReadToTheirEnds) {
@@ -509,18 +513,18 @@ TEST_F(Mp4TrackReaderTest, PassEndsWhenThePipelineStops) {
 
 TEST_F(Mp4TrackReaderTest, ClosedFileIsOpenedAgain) {
   const Movie movie = MakeMovie({.samples = 5});
-  const Laid laid = Lay(movie);
-  EXPECT_THAT(Pass(Part(laid.path, laid.Video(2))).video, SizeIs(2));
+  const MovieFile movie_file = WriteMovie(movie);
+  EXPECT_THAT(Pass(Part(movie_file.path, movie_file.Video(2))).video, SizeIs(2));
   reader_.Close();
-  EXPECT_THAT(Pass(Whole(laid.path)).video, SizeIs(3));
+  EXPECT_THAT(Pass(Whole(movie_file.path)).video, SizeIs(3));
 }
 
 TEST_F(Mp4TrackReaderTest, PassForAnotherAddressReadsNothing) {
   const Movie movie = MakeMovie({.samples = 5});
-  Mp4TrackReader::Source stale = Whole(Lay(movie).path);
+  Mp4TrackReader::Source stale = Whole(WriteMovie(movie).path);
   stale.run = RunId{7};
   EXPECT_EQ(DumpText(Pass(stale)), "");
-  EXPECT_THAT(Told().durations, IsEmpty());
+  EXPECT_THAT(Reported().durations, IsEmpty());
   reader_.Reset(RunId{7});
   EXPECT_EQ(DumpText(Pass(stale)), DumpText(ExpectedFrames(movie)));
 }
@@ -533,7 +537,7 @@ class Mp4PassUnderWayTest : public Mp4TrackReaderTest {
 
 TEST_F(Mp4PassUnderWayTest, SecondPassAtTheSameTimeIsRefused) {
   const Movie movie = MakeMovie({.samples = 5});
-  const auto source = Whole(Lay(movie).path);
+  const auto source = Whole(WriteMovie(movie).path);
   bool is_made = true;
   busy_.once = [&] { is_made = reader_.RunPass(source); };
   EXPECT_TRUE(reader_.RunPass(source));
@@ -543,10 +547,10 @@ TEST_F(Mp4PassUnderWayTest, SecondPassAtTheSameTimeIsRefused) {
 }
 
 TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
-  const Laid laid = Lay(MakeMovie({.samples = 50}));
-  const auto source = Whole(laid.path);
-  reader_.RunPass(Part(laid.path, laid.Video(0)));
-  busy_.once = [&] { reader_.Seek(1.2F, laid.path); };
+  const MovieFile movie_file = WriteMovie(MakeMovie({.samples = 50}));
+  const auto source = Whole(movie_file.path);
+  reader_.RunPass(Part(movie_file.path, movie_file.Video(0)));
+  busy_.once = [&] { reader_.Seek(1.2F, movie_file.path); };
   reader_.RunPass(source);
   EXPECT_TRUE(reader_.MayFindMore(source));
   const auto video = PopQueuedFrames().video;
@@ -555,14 +559,14 @@ TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
 }
 
 TEST_F(Mp4PassUnderWayTest, OtherAddressEndsThePass) {
-  const auto source = Whole(Lay(MakeMovie()).path);
+  const auto source = Whole(WriteMovie(MakeMovie()).path);
   busy_.once = [&] { reader_.Reset(RunId{1}); };
   reader_.RunPass(source);
   EXPECT_THAT(PopQueuedFrames().video, SizeIs(1)) << "the current sample";
 }
 
 TEST_F(Mp4PassUnderWayTest, StopEndsThePassAfterTheCurrentSample) {
-  const auto source = Whole(Lay(MakeMovie()).path);
+  const auto source = Whole(WriteMovie(MakeMovie()).path);
   busy_.once = [] { g_mp4Running = false; };
   reader_.RunPass(source);
   const FrameDump dump = PopQueuedFrames();
@@ -582,45 +586,45 @@ class Mp4MayFindMoreTest : public Mp4TrackReaderTest {
 TEST_F(Mp4MayFindMoreTest, TrueForTheFirstPass) { EXPECT_TRUE(MayFindMore(Part("any.mp4", 0))); }
 
 TEST_F(Mp4MayFindMoreTest, FalseForTheSameBytes) {
-  const Laid laid = Lay(MakeMovie());
-  const auto source = Part(laid.path, laid.Video(3));
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  const auto source = Part(movie_file.path, movie_file.Video(3));
   Pass(source);
   EXPECT_FALSE(MayFindMore(source));
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueForNewBytesOfAnIncompleteIndex) {
-  const Laid laid = Lay(MakeMovie());
-  const auto source = UpTo(laid, laid.file.index_end - 5);
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  const auto source = UpTo(movie_file, movie_file.file.index_end - 5);
   Pass(source);
   EXPECT_FALSE(MayFindMore(source));
-  EXPECT_TRUE(MayFindMore(UpTo(laid, laid.file.index_end - 4)));
+  EXPECT_TRUE(MayFindMore(UpTo(movie_file, movie_file.file.index_end - 4)));
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueOnceTheNextSampleIsReceived) {
-  const Laid laid = Lay(MakeMovie());
-  Pass(Part(laid.path, laid.Video(3)));
-  EXPECT_FALSE(MayFindMore(Part(laid.path, laid.Video(3))));
-  EXPECT_TRUE(MayFindMore(Part(laid.path, laid.Audio(3))));
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  Pass(Part(movie_file.path, movie_file.Video(3)));
+  EXPECT_FALSE(MayFindMore(Part(movie_file.path, movie_file.Video(3))));
+  EXPECT_TRUE(MayFindMore(Part(movie_file.path, movie_file.Audio(3))));
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueForTheRestOfASample) {
-  const Laid laid = Lay(MakeMovie());
-  Pass(Part(laid.path, laid.Audio(3) - 1));
-  EXPECT_TRUE(MayFindMore(Part(laid.path, laid.Audio(3))));
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  Pass(Part(movie_file.path, movie_file.Audio(3) - 1));
+  EXPECT_TRUE(MayFindMore(Part(movie_file.path, movie_file.Audio(3))));
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueForTheRestOfASampleThatTheFileLacked) {
-  const Laid laid = Lay(MovieOf({VideoTrack()}));
-  EXPECT_THAT(Pass(UpTo(laid, laid.Video(3) + 10)).video, SizeIs(3));
-  const auto source = UpTo(laid, laid.Video(4));
+  const MovieFile movie_file = WriteMovie(MovieOf({VideoTrack()}));
+  EXPECT_THAT(Pass(UpTo(movie_file, movie_file.Video(3) + 10)).video, SizeIs(3));
+  const auto source = UpTo(movie_file, movie_file.Video(4));
   EXPECT_TRUE(MayFindMore(source));
   EXPECT_THAT(Pass(source).video, SizeIs(1));
 }
 
 TEST_F(Mp4MayFindMoreTest, FalseAfterTheEndOfBothTracks) {
-  const Laid laid = Lay(MakeMovie());
-  Pass(Part(laid.path, laid.file.bytes.size()));
-  EXPECT_FALSE(MayFindMore(Part(laid.path, laid.file.bytes.size() + 100)));
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  Pass(Part(movie_file.path, movie_file.file.bytes.size()));
+  EXPECT_FALSE(MayFindMore(Part(movie_file.path, movie_file.file.bytes.size() + 100)));
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueForNewBytesThatMayHoldAnotherTrack) {
@@ -628,46 +632,46 @@ TEST_F(Mp4MayFindMoreTest, TrueForNewBytesThatMayHoldAnotherTrack) {
     GTEST_SKIP() << "whether such an index is read depends on the installed library";
   const Movie movie = MakeMovie({.samples = 5});
   const mp4_boxes::File file = mp4_boxes::BuildWithOpenIndex(movie);
-  const Laid laid{file, WriteLocalFile("movie.mp4", file.bytes)};
+  const MovieFile movie_file{file, WriteLocalFile("movie.mp4", file.bytes)};
   for (std::size_t tracks = 0; tracks < 2; ++tracks) {
     SCOPED_TRACE(tracks);
     StartAnother();
-    const FrameDump before = Pass(UpTo(laid, TrackBegin(file, tracks)));
+    const FrameDump before = Pass(UpTo(movie_file, TrackBegin(file, tracks)));
     EXPECT_THAT(before.video, SizeIs(tracks == 0 ? 0 : 5));
-    const auto source = UpTo(laid, file.bytes.size());
+    const auto source = UpTo(movie_file, file.bytes.size());
     EXPECT_TRUE(MayFindMore(source));
     const FrameDump rest = Pass(source);
     EXPECT_THAT(rest.video, SizeIs(tracks == 0 ? 5 : 0));
     EXPECT_THAT(rest.audio, SizeIs(5));
-    EXPECT_FALSE(MayFindMore(Whole(laid.path)));
+    EXPECT_FALSE(MayFindMore(Whole(movie_file.path)));
   }
 }
 
 TEST_F(Mp4MayFindMoreTest, FalseAfterTheVideoWasRefused) {
   Movie movie = MovieOf({VideoTrack({.samples = 5})});
   movie.tracks[0].entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
-  const Laid laid = Lay(movie);
-  Pass(Part(laid.path, laid.Video(3)));
-  EXPECT_FALSE(MayFindMore(Whole(laid.path)));
+  const MovieFile movie_file = WriteMovie(movie);
+  Pass(Part(movie_file.path, movie_file.Video(3)));
+  EXPECT_FALSE(MayFindMore(Whole(movie_file.path)));
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueAfterASeek) {
-  const Laid laid = Lay(MakeMovie());
-  const auto source = Part(laid.path, laid.file.bytes.size());
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  const auto source = Part(movie_file.path, movie_file.file.bytes.size());
   Pass(source);
-  reader_.Seek(0.4F, laid.path);
+  reader_.Seek(0.4F, movie_file.path);
   EXPECT_TRUE(MayFindMore(source));
 }
 
 // The file could be read before, so it may be readable again without new bytes.
 TEST_F(Mp4MayFindMoreTest, TrueAfterAKnownFileCouldNotBeOpened) {
   const Movie movie = MakeMovie({.samples = 5});
-  const Laid laid = Lay(movie);
-  Pass(Part(laid.path, laid.Video(0)));
-  const auto source = Whole(laid.path);
-  std::filesystem::rename(laid.path, laid.path + ".away");
+  const MovieFile movie_file = WriteMovie(movie);
+  Pass(Part(movie_file.path, movie_file.Video(0)));
+  const auto source = Whole(movie_file.path);
+  std::filesystem::rename(movie_file.path, movie_file.path + ".away");
   EXPECT_EQ(DumpText(Pass(source)), "");
-  std::filesystem::rename(laid.path + ".away", laid.path);
+  std::filesystem::rename(movie_file.path + ".away", movie_file.path);
   ASSERT_TRUE(MayFindMore(source));
   EXPECT_EQ(DumpText(Pass(source)), DumpText(ExpectedFrames(movie)));
 }
@@ -680,11 +684,11 @@ TEST_F(Mp4MayFindMoreTest, FalseForAFileThatNeverOpenedUntilItGrows) {
 }
 
 TEST_F(Mp4MayFindMoreTest, TrueAfterTheFileWasClosed) {
-  const Laid laid = Lay(MakeMovie());
-  const auto source = Part(laid.path, laid.Audio(3));
+  const MovieFile movie_file = WriteMovie(MakeMovie());
+  const auto source = Part(movie_file.path, movie_file.Audio(3));
   Pass(source);
   reader_.Close();
-  EXPECT_TRUE(MayFindMore(Part(laid.path, laid.file.bytes.size())));
+  EXPECT_TRUE(MayFindMore(Part(movie_file.path, movie_file.file.bytes.size())));
 }
 
 }  // namespace

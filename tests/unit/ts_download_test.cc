@@ -35,7 +35,7 @@ class TsStreamSpaceTest : public testing::Test {
     ASSERT_EQ(g_tsStreamBuffer->Append(bytes.data(), size), kBufferOk);
   }
 
-  static std::future<void> Await(std::uint32_t max_unread) {
+  static std::future<void> WaitForBytes(std::uint32_t max_unread) {
     return std::async(std::launch::async, WaitForStreamSpace, max_unread);
   }
 
@@ -51,7 +51,7 @@ TEST_F(TsStreamSpaceTest, NoWaitBelowTheLimit) {
 
 TEST_F(TsStreamSpaceTest, WaitAtTheLimitEndsWhenBytesAreRead) {
   Stage(100);
-  const std::future<void> waiting = Await(100);
+  const std::future<void> waiting = WaitForBytes(100);
   EXPECT_TRUE(StillPolls(clock_, kPace));
   {
     const std::lock_guard lock(g_tsStreamLock);
@@ -63,7 +63,7 @@ TEST_F(TsStreamSpaceTest, WaitAtTheLimitEndsWhenBytesAreRead) {
 
 TEST_F(TsStreamSpaceTest, StopEndsTheWait) {
   Stage(100);
-  const std::future<void> waiting = Await(100);
+  const std::future<void> waiting = WaitForBytes(100);
   EXPECT_TRUE(StillPolls(clock_, kPace));
   g_tsRunning = false;
   clock_.Advance(kPace);

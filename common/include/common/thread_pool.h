@@ -44,7 +44,7 @@ class CThreadPool {
  private:
   void StartWorkers();
   void Work();
-  Task TakeTask();
+  Task NextTask();
 
   const std::uint32_t threadCount;
   std::vector<std::thread> threads GUARDED_BY(mutex);

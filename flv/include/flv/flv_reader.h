@@ -14,7 +14,7 @@ class FlvReader {
   explicit FlvReader(FlvSource& source) : source_(source) {}
 
   bool Runs() const { return source_.Runs(); }
-  bool Await(std::uint32_t count) { return source_.Await(count); }
+  bool WaitForBytes(std::uint32_t count) { return source_.WaitForBytes(count); }
 
   bool ReadBytes(std::uint8_t* bytes, std::uint32_t count);
   bool Read8(std::uint8_t& value);

@@ -14,7 +14,7 @@ class FlvSource {
   virtual bool Runs() const = 0;
 
   // Waits until `count` unread bytes are available. Returns false if they will not be received.
-  virtual bool Await(std::uint32_t count) = 0;
+  virtual bool WaitForBytes(std::uint32_t count) = 0;
 
   // Waits for `count` bytes and reads them, all or none. On failure `bytes` is unchanged.
   virtual bool Read(std::uint8_t* bytes, std::uint32_t count) = 0;

@@ -60,11 +60,11 @@ class FlvStream {
 
   // Waits until more than kReadySize bytes are unread, the download has ended, g_flvRunning is
   // cleared or another run was begun.
-  void AwaitReady(RunId run);
+  void WaitUntilReady(RunId run);
 
   // Used by FlvStreamSource. They follow the contract of FlvSource, with one exception: a Skip of
   // more than kMaxUnread bytes may drop the first part and then fail.
-  bool Await(RunId run, std::uint32_t count);
+  bool WaitForBytes(RunId run, std::uint32_t count);
   bool Read(RunId run, std::uint8_t* bytes, std::uint32_t count);
   bool Skip(RunId run, std::uint32_t count);
 
@@ -83,7 +83,7 @@ class FlvStream {
  private:
   bool MayReceiveMore(RunId run) const REQUIRES(mutex_);
   bool WaitForSpace(RunId run, std::uint64_t end) const REQUIRES(mutex_);
-  bool AwaitUnread(RunId run, std::uint32_t count) const REQUIRES(mutex_);
+  bool WaitForUnread(RunId run, std::uint32_t count) const REQUIRES(mutex_);
   void SleepUnlocked(Clock::Duration duration) const REQUIRES(mutex_);
 
   const std::uint32_t max_unread_;
@@ -106,7 +106,7 @@ class FlvStreamSource final : public FlvSource {
   explicit FlvStreamSource(RunId run) : run_(run) {}
 
   bool Runs() const override { return g_flvRunning.load() && g_flvStream->IsCurrent(run_); }
-  bool Await(std::uint32_t count) override { return g_flvStream->Await(run_, count); }
+  bool WaitForBytes(std::uint32_t count) override { return g_flvStream->WaitForBytes(run_, count); }
   bool Read(std::uint8_t* bytes, std::uint32_t count) override {
     return g_flvStream->Read(run_, bytes, count);
   }

@@ -16,7 +16,7 @@ function addChart(parent, spec) {
   if (spec.hint) figure.append(element("p", spec.hint, "hint"));
   parent.append(figure);
   if (spec.parts.every((part) => part.x.length === 0)) {
-    figure.append(element("p", "Nothing of this came.", "nothing"));
+    figure.append(element("p", "Nothing of this was received.", "nothing"));
     return;
   }
   const data = joined(spec.parts, spec.domain);

@@ -60,7 +60,7 @@ function statusChart(report) {
   return {
     id: "chart-status",
     title: "Status lines",
-    hint: "When each line, number and frame came. The lines stand in full in a table below.",
+    hint: "When each line, number and frame was received. A table below has the full lines.",
     height: 260,
     parts,
     series: parts.map((part, at) => ({
@@ -90,7 +90,7 @@ function arrivalChart(report) {
   return {
     id: "chart-arrival",
     title: "Stream time against arrival",
-    hint: "Above the dashed line frames come faster than they are played." +
+    hint: "Above the dashed line frames are received faster than they are played." +
       joinedHint(mostPerPoint(report), ", of which the first is shown"),
     yLabel: STREAM_TIME,
     parts: [...parts, playedLine(report)],
@@ -153,9 +153,9 @@ function valuesChart(report) {
     return distinct({x: points.t, ys: [points.newest]});
   });
   return {
-    id: "chart-told",
+    id: "chart-reported",
     title: "Buffered time, duration and audio clock",
-    hint: "As the player was told them.",
+    hint: "As they were reported to the player.",
     yLabel: STREAM_TIME,
     parts,
     series: VALUES.map(({label, colour: tint}) => (

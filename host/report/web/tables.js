@@ -39,7 +39,7 @@ function framesTable(report) {
     row("first arrival", seconds, (f) => ifReceived(f, f.first_at)),
     row("last arrival", seconds, (f) => ifReceived(f, f.last_at)),
     row("longest silence", seconds, (f) => ifReceived(f, f.longest_silence)),
-    row("frames that came too late", whole, (f) => f.late_frames),
+    row("frames received too late", whole, (f) => f.late_frames),
     row("the latest was late by", seconds, (f) => ifReceived(f, f.latest)),
   ];
   const kind = (name) => (
@@ -101,7 +101,7 @@ function valueChangesTable(report) {
   const caption = listed.length < rows.length
     ? `Durations and buffered times: the first ${whole(listed.length)} of ${whole(rows.length)} changes`
     : `Durations and buffered times: ${whole(rows.length)} changes`;
-  return makeTable("table-told", caption, [
+  return makeTable("table-reported", caption, [
     numberColumn("arrival", "t", seconds),
     textColumn("what", "label"),
     numberColumn("value", "value", seconds),

@@ -37,8 +37,11 @@ NEIGHBOUR = {
     "msvc/player_lines_msvc.cc": "msvc/exports.cc",
     "host/shared/report_none.cc": "host/shared/text.cc",
     "tests/package/consumer/host.cc": "host/console/main.cc",
+    "tests/structure/lock_checks/call_with_outer_lock.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/call_without_mutex.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/correct_use.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/lock_twice.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/read_while_unlocked.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/read_without_mutex.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/wrong_order.cc": "common/thread_pool.cc",
 }

@@ -29,8 +29,6 @@ using mp4_boxes::U64;
 using mp4_boxes::VideoEntry;
 using mp4_boxes::Zeros;
 using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 // SmallMovie with another sample entry for its video or audio track.
 Mp4FileHandle WithVideo(const Bytes& entry) {

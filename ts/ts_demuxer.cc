@@ -3,10 +3,15 @@
 #include <cstddef>
 #include <cstdio>
 
-#include "ts/ts_demux.h"
-
 namespace stream {
 namespace {
+
+// The probe's mark that a playable program was found. A demultiplexer has only one handler, its own
+// ParsePackets, and calls it directly.
+std::int32_t MarkPlayable(ts_context* /*context*/, const std::uint8_t* /*packets*/,
+                          std::int32_t /*count*/) {
+  return 0;
+}
 
 // Returns the timestamp field at `offset`. Kept for compatibility: the flags in the PES header are
 // not checked, so a packet without a DTS yields a number made of the bytes after its PTS.
@@ -32,8 +37,6 @@ void ResetAssembler(pes_assembler& assembler) {
 
 }  // namespace
 
-// There is only one handler, so the demultiplexer does not call it through the context: that one is
-// set means that a playable program was found.
 void TsDemuxer::Feed(const std::uint8_t* data, std::int32_t length) {
   if (length <= 0) return;
   if (data == nullptr) {
@@ -41,7 +44,7 @@ void TsDemuxer::Feed(const std::uint8_t* data, std::int32_t length) {
     return;
   }
   const std::int32_t count = length / static_cast<std::int32_t>(kTsPacketSize);
-  if (context_.handler == nullptr) ts_probe(context_, ts_parse_packets, data, count);
+  if (context_.handler == nullptr) ts_probe(context_, MarkPlayable, data, count);
   if (context_.handler != nullptr) ParsePackets(context_, data, count);
 }
 

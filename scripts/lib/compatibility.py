@@ -64,7 +64,8 @@ def main(arguments):
     root = Path(arguments[0]) if arguments else Path(__file__).resolve().parents[2]
     text = (root / LIST).read_text(encoding="utf-8")
     differences = [*wrong_places(root, text), *missing_files(root, text)]
-    print("\n".join(differences))
+    for difference in differences:
+        print(difference)
     return 1 if differences else 0
 
 

@@ -38,7 +38,7 @@ class CompatibilityListTest(unittest.TestCase):
         self.write("docs/compatibility.md", "| oddity | `ts/a.cc:A::~Stop` | hosts |\n")
         self.write("ts/a.cc", "// Kept for compatibility.\n  ~Stop();\n")
         self.write("ts/include/ts/a.h", "// kept for\n// compatibility\nint a;\n")
-        self.assertEqual(self.check(), (0, "\n"))
+        self.assertEqual(self.check(), (0, ""))
 
     def test_file_that_does_not_exist_is_reported(self):
         self.write("docs/compatibility.md", "| oddity | `ts/a.cc:Stop` | hosts |\n")

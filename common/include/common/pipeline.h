@@ -9,8 +9,8 @@
 //   pipeline.AddTask(...);                           // parses, pushes frames
 //   pipeline.AddDeliveryTasks();
 //
-// Each task ends soon after the run flag was cleared. The parse task reports the outcome of the
-// start (ReportOutcome).
+// Each task ends soon after the run flag was cleared. ReportOutcome reports how the start went;
+// each format decides when.
 //
 // Ownership: player, flag and pool are borrowed. A class that owns a Pipeline declares it as its
 // last member, so that no task outlives the members that it uses.

@@ -19,8 +19,8 @@ namespace stream {
 extern std::atomic<bool> g_mp4Running;
 
 // The restart file, a sparse cache file that a start of the same address continues, and what is
-// known about it. Both are kept until another address is started,
-// which begins the next run of the file.
+// known about it. Both are kept until another address is started, which begins the next run of the
+// file.
 struct Mp4File {
   Mutex mutex;
   std::string path GUARDED_BY(mutex);            // of the restart file

@@ -18,7 +18,7 @@
 namespace stream {
 namespace {
 
-constexpr MP4SampleId kMostSamples = 300;
+constexpr MP4SampleId kMaxSamples = 300;
 
 // Ends the process, which libFuzzer reports as a crash.
 void Require(bool condition) {
@@ -64,7 +64,7 @@ std::vector<SampleAnswer> QueryInOrder(const Mp4FileHandle& file) {
   const std::uint32_t tracks = MP4GetNumberOfTracks(file.get());
   for (std::uint16_t i = 0; i < tracks; ++i) {
     const MP4TrackId track = MP4FindTrackId(file.get(), i);
-    for (MP4SampleId sample = 1; sample <= kMostSamples; ++sample) {
+    for (MP4SampleId sample = 1; sample <= kMaxSamples; ++sample) {
       all.push_back(QuerySample(file, track, sample));
       if (!all.back().read) break;
     }

@@ -29,7 +29,7 @@ PlaylistWindow WindowOf(const M3u8Table& entries, std::int64_t media_sequence) {
     if (entry.number == kNoSequenceNumber || !IsSegment(entry)) continue;
     const bool is_earlier_text = entry.number < media_sequence ||
                                  (!segments.empty() && entry.number >= segments.back().number);
-    if (is_earlier_text || segments.size() == kMostCompared) break;
+    if (is_earlier_text || segments.size() == kMaxCompared) break;
     segments.push_back({entry.number, SegmentKeyIn(entry.uri)});
   }
   std::reverse(segments.begin(), segments.end());
@@ -37,20 +37,20 @@ PlaylistWindow WindowOf(const M3u8Table& entries, std::int64_t media_sequence) {
 }
 
 bool TakenSegments::InsertIfNew(const std::string& identity, std::size_t limit) {
-  if (const auto place = places_.find(identity); place != places_.end()) {
+  if (const auto place = positions_.find(identity); place != positions_.end()) {
     order_.splice(order_.end(), order_, place->second);
     return false;
   }
-  while (places_.size() > limit) {
-    places_.erase(order_.front());
+  while (positions_.size() > limit) {
+    positions_.erase(order_.front());
     order_.pop_front();
   }
-  places_.emplace(identity, order_.insert(order_.end(), identity));
+  positions_.emplace(identity, order_.insert(order_.end(), identity));
   return true;
 }
 
 void TakenSegments::Clear() {
-  places_.clear();
+  positions_.clear();
   order_.clear();
 }
 

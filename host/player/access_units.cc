@@ -52,7 +52,7 @@ void AccessUnitGatherer::AddPart(Bytes part, const NalRole& role, const MediaUni
 }
 
 void AccessUnitGatherer::Append(Bytes part) {
-  const Bytes kept = part.first(std::min(part.size(), kMostBytes - current_.data.size()));
+  const Bytes kept = part.first(std::min(part.size(), kMaxBytes - current_.data.size()));
   current_.data.insert(current_.data.end(), kept.begin(), kept.end());
 }
 

@@ -22,7 +22,7 @@ namespace player {
 class AccessUnitGatherer {
  public:
   // Larger than any picture. Bytes of a unit beyond this limit are dropped.
-  static constexpr std::size_t kMostBytes = std::size_t{32} << 20;
+  static constexpr std::size_t kMaxBytes = std::size_t{32} << 20;
 
   // Returns the access units that are now complete, in order.
   std::vector<MediaUnit> Add(const MediaUnit& frame);

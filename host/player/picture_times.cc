@@ -14,12 +14,12 @@ constexpr std::uint64_t kJump = 90'000;
 
 void PictureTimes::Sent(std::uint64_t pts, std::uint64_t dts) {
   // Decoders hold back far fewer. The rest are times of pictures that were never output.
-  constexpr std::size_t kMostWaiting = 64;
+  constexpr std::size_t kMaxWaiting = 64;
   // Without reordering, pts and dts are equal, and the distinction does not matter.
   if (pts != dts) has_presentation_times_ = true;
   RecordDistance(pts);
   Queue(pts);
-  if (waiting_.size() > kMostWaiting) waiting_.pop_front();
+  if (waiting_.size() > kMaxWaiting) waiting_.pop_front();
 }
 
 void PictureTimes::Queue(std::uint64_t pts) {
@@ -29,9 +29,9 @@ void PictureTimes::Queue(std::uint64_t pts) {
 }
 
 void PictureTimes::RecordDistance(std::uint64_t pts) {
-  constexpr std::size_t kMostDistances = 8;
+  constexpr std::size_t kMaxDistances = 8;
   if (last_sent_ && pts > *last_sent_) distances_.push_back(pts - *last_sent_);
-  if (distances_.size() > kMostDistances) distances_.pop_front();
+  if (distances_.size() > kMaxDistances) distances_.pop_front();
   last_sent_ = pts;
 }
 

@@ -9,7 +9,7 @@ namespace player {
 namespace {
 
 // A device requests audio one portion ahead, so only a few entries are in the future.
-constexpr std::size_t kMostKept = 16;
+constexpr std::size_t kMaxKept = 16;
 
 // Returns the last entry in effect at `now`, or the first entry if none is.
 template <typename Entry>
@@ -22,7 +22,7 @@ auto EntryAt(const std::deque<Entry>& entries, double now) {
 template <typename Entry>
 void Keep(std::deque<Entry>& entries, const std::type_identity_t<Entry>& entry) {
   entries.push_back(entry);
-  if (entries.size() > kMostKept) entries.pop_front();
+  if (entries.size() > kMaxKept) entries.pop_front();
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Points in order of arrival, at most kMostPoints of them. When the series is full, each pair of
+// Points in order of arrival, at most kMaxPoints of them. When the series is full, each pair of
 // neighbours is joined into one point, and from then on each new point holds twice as many values.
 //
 // `Point` needs Join(const Point&), which adds a later neighbour and must preserve extremes and
@@ -11,14 +11,14 @@
 
 namespace report {
 
-inline constexpr std::size_t kMostPoints = 4096;  // even
+inline constexpr std::size_t kMaxPoints = 4096;  // even
 
 template <typename Point>
 class BoundedSeries {
  public:
   void Add(const Point& point) {
     if (in_last_ == 0) {
-      if (points_.size() == kMostPoints) Halve();
+      if (points_.size() == kMaxPoints) Halve();
       points_.push_back(point);
     } else {
       points_.back().Join(point);
@@ -32,11 +32,11 @@ class BoundedSeries {
 
  private:
   void Halve() {
-    for (std::size_t i = 0; i < kMostPoints / 2; ++i) {
+    for (std::size_t i = 0; i < kMaxPoints / 2; ++i) {
       points_[i] = points_[2 * i];
       points_[i].Join(points_[2 * i + 1]);
     }
-    points_.erase(points_.begin() + kMostPoints / 2, points_.end());
+    points_.erase(points_.begin() + kMaxPoints / 2, points_.end());
     per_point_ *= 2;
   }
 

@@ -6,7 +6,7 @@
 namespace report {
 namespace {
 
-constexpr std::uint64_t kMostReorderTicks = 900'000;  // ten seconds
+constexpr std::uint64_t kMaxReorderTicks = 900'000;  // ten seconds
 
 using TimeField = std::array<std::uint8_t, 5>;
 
@@ -42,7 +42,7 @@ bool IsReadFromPayload(const MediaFrame& frame) {
 }
 
 bool IsPlausible(const MediaFrame& frame) {
-  return frame.dts <= frame.pts && frame.pts - frame.dts <= kMostReorderTicks;
+  return frame.dts <= frame.pts && frame.pts - frame.dts <= kMaxReorderTicks;
 }
 
 }  // namespace

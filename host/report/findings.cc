@@ -10,11 +10,11 @@
 namespace report {
 namespace {
 
-constexpr double kMostStartDistance = 0.5;  // seconds between the first video and the first audio
-constexpr double kMostEndDistance = 1;      // seconds between the ends of video and audio
-constexpr double kMostDistance = 5;         // seconds between video and audio during the run
-constexpr double kMostLateSeconds = 0.5;
-constexpr double kMostDurationError = 1;   // in seconds, or
+constexpr double kMaxStartDistance = 0.5;  // seconds between the first video and the first audio
+constexpr double kMaxEndDistance = 1;      // seconds between the ends of video and audio
+constexpr double kMaxDistance = 5;         // seconds between video and audio during the run
+constexpr double kMaxLateSeconds = 0.5;
+constexpr double kMaxDurationError = 1;    // in seconds, or
 constexpr double kDurationErrorPart = 20;  // a twentieth of the duration
 
 using Findings = std::vector<Finding>;
@@ -96,7 +96,7 @@ void AddPlayTimes(const FrameWatch& watch, const std::string& kind, Findings& fi
 }
 
 void AddLateness(const StepWatch& steps, const std::string& kind, Findings& findings) {
-  if (steps.latest_seconds <= kMostLateSeconds) return;
+  if (steps.latest_seconds <= kMaxLateSeconds) return;
   findings.push_back({Weight::kOdd, "Late " + kind,
                       "A player that starts with the first " + kind +
                           " frame would have waited for " + Frames(steps.late_frames, kind) +
@@ -112,7 +112,7 @@ void AddDistanceDuringRun(const ReportRecord& record, Findings& findings) {
       record.host_paces ? record.distance.range : record.distance_while_waiting;
   if (!range) return;
   const double widest = std::abs(range->low) > range->high ? range->low : range->high;
-  if (std::abs(widest) <= kMostDistance) return;
+  if (std::abs(widest) <= kMaxDistance) return;
   findings.push_back({Weight::kNote, "Video and audio drift apart",
                       std::string(widest > 0 ? "Video" : "Audio") + " was up to " +
                           Seconds(std::abs(widest)) +
@@ -122,7 +122,7 @@ void AddDistanceDuringRun(const ReportRecord& record, Findings& findings) {
 void AddDistances(const ReportRecord& record, Findings& findings) {
   if (record.video.frames == 0 || record.audio.frames == 0) return;
   const double start = SecondsBetween(record.video.first_pts, record.audio.first_pts);
-  if (std::abs(start) > kMostStartDistance) {
+  if (std::abs(start) > kMaxStartDistance) {
     findings.push_back({Weight::kOdd, "Video and audio start apart",
                         "The first audio frame is " + Seconds(std::abs(start)) +
                             (start > 0 ? " behind" : " before") +
@@ -130,7 +130,7 @@ void AddDistances(const ReportRecord& record, Findings& findings) {
   }
   const double end =
       SecondsBetween(record.video.Steps().reached_pts, record.audio.Steps().reached_pts);
-  if (std::abs(end) > kMostEndDistance) {
+  if (std::abs(end) > kMaxEndDistance) {
     findings.push_back({Weight::kOdd, "Video and audio end apart",
                         std::string(end > 0 ? "Audio" : "Video") + " goes on for " +
                             Seconds(std::abs(end)) + " after the end of " +
@@ -154,7 +154,7 @@ void AddDuration(const ReportRecord& record, Findings& findings) {
   if (!duration.newest || record.video.frames == 0) return;
   const double span = SecondsBetween(record.video.least_pts, record.video.most_pts);
   const double error = std::abs(*duration.newest - span);
-  if (error <= std::max(kMostDurationError, *duration.newest / kDurationErrorPart)) return;
+  if (error <= std::max(kMaxDurationError, *duration.newest / kDurationErrorPart)) return;
   findings.push_back({Weight::kNote, "Duration and video differ",
                       "The last reported duration is " + Seconds(*duration.newest) +
                           ", the received video spans " + Seconds(span) + "."});

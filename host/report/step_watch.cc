@@ -16,7 +16,7 @@ constexpr std::size_t kFewSteps = 4;
 
 void Jumps::Add(const Jump& jump) {
   ++count;
-  if (listed.size() < kMostJumpsListed) listed.push_back(jump);
+  if (listed.size() < kMaxJumpsListed) listed.push_back(jump);
   if (!widest || std::abs(jump.Seconds()) > std::abs(widest->Seconds())) widest = jump;
 }
 

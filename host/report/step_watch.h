@@ -23,7 +23,7 @@ namespace report {
 inline constexpr double kGapSeconds = 0.5;
 inline constexpr double kGapTimesStep = 3;
 inline constexpr double kBackSeconds = 0.01;
-inline constexpr std::size_t kMostJumpsListed = 500;  // of each kind of frame
+inline constexpr std::size_t kMaxJumpsListed = 500;  // of each kind of frame
 
 // A step at which the timestamps do not advance as they should.
 struct Jump {

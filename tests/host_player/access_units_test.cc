@@ -146,12 +146,12 @@ TEST(AccessUnitsTest, EndlessUnitIsTruncated) {
   gatherer.Add(Frame({kSps, kPps, kKey}, 0));
   constexpr std::size_t kChunk = std::size_t{1} << 20;
   const MediaUnit more{std::vector<std::uint8_t>(kChunk, 7), 0, 0};
-  for (std::size_t given = 0; given <= AccessUnitGatherer::kMostBytes; given += kChunk) {
+  for (std::size_t given = 0; given <= AccessUnitGatherer::kMaxBytes; given += kChunk) {
     EXPECT_TRUE(gatherer.Add(more).empty());
   }
   const auto complete = gatherer.Finish();
   ASSERT_EQ(complete.size(), 1U);
-  EXPECT_EQ(complete[0].data.size(), AccessUnitGatherer::kMostBytes);
+  EXPECT_EQ(complete[0].data.size(), AccessUnitGatherer::kMaxBytes);
 }
 
 TEST(AccessUnitsTest, FrameWithoutStartCodeGivesNoUnit) {

@@ -26,17 +26,17 @@ BoundedSeries<Sum> SeriesOf(std::int64_t count) {
 }
 
 TEST(BoundedSeriesTest, FewPointsAreNotJoined) {
-  const auto series = SeriesOf(static_cast<std::int64_t>(kMostPoints));
-  EXPECT_EQ(series.Points().size(), kMostPoints);
+  const auto series = SeriesOf(static_cast<std::int64_t>(kMaxPoints));
+  EXPECT_EQ(series.Points().size(), kMaxPoints);
   EXPECT_EQ(series.PerPoint(), 1U);
-  EXPECT_EQ(series.Points().back().total, static_cast<std::int64_t>(kMostPoints) - 1);
+  EXPECT_EQ(series.Points().back().total, static_cast<std::int64_t>(kMaxPoints) - 1);
 }
 
 TEST(BoundedSeriesTest, ManyPointsAreJoinedAndNoneIsLostOrRepeated) {
   for (const std::int64_t count : {4097, 8192, 8193, 300'001, 1'000'000}) {
     const auto series = SeriesOf(count);
-    EXPECT_LE(series.Points().size(), kMostPoints);
-    EXPECT_GT(series.Points().size(), kMostPoints / 2 - 1);
+    EXPECT_LE(series.Points().size(), kMaxPoints);
+    EXPECT_GT(series.Points().size(), kMaxPoints / 2 - 1);
     Sum sum{0, 0};
     for (const Sum& point : series.Points()) {
       EXPECT_LE(point.values, static_cast<std::int64_t>(series.PerPoint()));
@@ -49,7 +49,7 @@ TEST(BoundedSeriesTest, ManyPointsAreJoinedAndNoneIsLostOrRepeated) {
 
 TEST(BoundedSeriesTest, JoinedNumbersKeepTheirExtremesAndTheNewest) {
   BoundedSeries<NumberPoint> series;
-  const auto count = static_cast<int>(kMostPoints) + 2;
+  const auto count = static_cast<int>(kMaxPoints) + 2;
   for (int n = 0; n < count; ++n) series.Add(NumberPoint(n, n == 100 ? -7 : n));
   EXPECT_EQ(series.PerPoint(), 2U);
   EXPECT_EQ(series.Points()[50].range.low, -7);

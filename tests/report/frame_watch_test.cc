@@ -77,7 +77,7 @@ TEST(FrameWatchTest, ManyJumpsAreAllCountedAndOnlyTheFirstListed) {
   FrameWatch watch;
   for (int n = 0; n < 2000; ++n) watch.Add(n, FrameAt(n % 2 == 0 ? 900'000 : 90'000));
   EXPECT_EQ(watch.Steps().backs.count, 1000U);
-  EXPECT_EQ(watch.Steps().backs.listed.size(), kMostJumpsListed);
+  EXPECT_EQ(watch.Steps().backs.listed.size(), kMaxJumpsListed);
   EXPECT_GT(watch.Steps().gaps.count, 900U);
 }
 

@@ -24,10 +24,10 @@ class AudioBlockingPlayer {
 
   // Waits until the memory held for payloads exceeds the queued bytes by no more than 16 MiB.
   static bool WaitUntilMemoryIsNearQueueSize() {
-    constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
+    constexpr std::size_t kMaxBeyond = std::size_t{16} << 20;
     return WaitUntil([] {
       const std::lock_guard lock(g_frameQueueMutex);
-      return HeldPayloadMemory() <= g_videoQueue->heldBytes + g_audioQueue->heldBytes + kMostBeyond;
+      return HeldPayloadMemory() <= g_videoQueue->heldBytes + g_audioQueue->heldBytes + kMaxBeyond;
     });
   }
 

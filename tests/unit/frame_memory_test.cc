@@ -142,7 +142,7 @@ TEST(FrameMemoryTest, PayloadsFreedByAnotherThreadKeepTheirBytes) {
 // bookkeeping.
 class FrameMemoryBacklogTest : public testing::Test {
  protected:
-  static constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
+  static constexpr std::size_t kMaxBeyond = std::size_t{16} << 20;
   static constexpr std::size_t kVideoSize = 100'000;
   static constexpr std::size_t kAudioSize = 400;
   static constexpr int kFrames = 2'000;  // 200 MB of video
@@ -185,7 +185,7 @@ class FrameMemoryBacklogTest : public testing::Test {
  private:
   void Check() const {
     ASSERT_GE(HeldPayloadMemory(), waiting_bytes_);
-    ASSERT_LE(Beyond(), kMostBeyond);
+    ASSERT_LE(Beyond(), kMaxBeyond);
   }
 
   std::deque<Payload> video_;

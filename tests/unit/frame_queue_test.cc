@@ -92,7 +92,7 @@ TEST_F(FrameQueueTest, NodeHasItsOwnCopyOfThePayload) {
 // The memory of a frame includes its node, which may be far larger than its payload.
 TEST(FrameQueueMemoryTest, SmallVideoFramesReleaseTheirMemoryWhileAudioWaits) {
   constexpr int kFrames = 300'000;
-  constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
+  constexpr std::size_t kMaxBeyond = std::size_t{16} << 20;
   FrameQueue video;
   FrameQueue audio;
   const std::uint8_t payload[] = {0, 0, 0, 1};
@@ -104,10 +104,10 @@ TEST(FrameQueueMemoryTest, SmallVideoFramesReleaseTheirMemoryWhileAudioWaits) {
     ASSERT_EQ(CreateFrameNode(frame, 0, 0, payload, 4, false, true), 0);
     ASSERT_EQ(PushFrame(frame, &audio), 0);
   }
-  EXPECT_GT(HeldPayloadMemory(), kMostBeyond);
+  EXPECT_GT(HeldPayloadMemory(), kMaxBeyond);
   while (const FrameNodePtr node{PopFrame(&video)}) {
   }
-  EXPECT_LE(HeldPayloadMemory(), kMostBeyond);
+  EXPECT_LE(HeldPayloadMemory(), kMaxBeyond);
   while (const FrameNodePtr node{PopFrame(&audio)}) {
     ASSERT_EQ(node->data[3], 1);
   }

@@ -66,9 +66,9 @@ TEST_F(WindowTest, RestOfAnEarlierTextIsIgnored) {
 
 TEST_F(WindowTest, OnlyTheNewestSegmentsOfAVeryLongPlaylistAreCompared) {
   constexpr int kMore = 5;
-  const int count = static_cast<int>(kMostCompared) + kMore;
+  const int count = static_cast<int>(kMaxCompared) + kMore;
   PairsOf(LivePlaylist(0, SegmentUris(0, count)));
-  EXPECT_EQ(window_.segments.size(), kMostCompared);
+  EXPECT_EQ(window_.segments.size(), kMaxCompared);
   EXPECT_EQ(window_.segments.front().number, kMore);
   EXPECT_EQ(window_.segments.back().number, count - 1);
   EXPECT_EQ(window_.first, 0);

@@ -135,11 +135,12 @@ TEST_F(Mp4SampleTest, LengthBeyondTheSampleDropsTheRest) {
   Begin();
   const Bytes good = LengthPrefixed({Nal(1, 30)});
   const Bytes rest = Nal(1, 9);
-  for (const std::uint64_t lie :
+  for (const std::uint64_t false_length :
        {std::uint64_t{11}, std::uint64_t{0x7FFFFFFF}, std::uint64_t{0x80000000},
         std::uint64_t{0xFFFFFFFC}, std::uint64_t{0xFFFFFFFF}}) {
-    EXPECT_EQ(Emit(Join({good, U32(lie), rest})), std::vector<Bytes>{AddStartCode(Nal(1, 30))})
-        << lie;
+    EXPECT_EQ(Emit(Join({good, U32(false_length), rest})),
+              std::vector<Bytes>{AddStartCode(Nal(1, 30))})
+        << false_length;
   }
 }
 

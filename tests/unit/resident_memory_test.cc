@@ -13,7 +13,7 @@
 namespace stream {
 namespace {
 
-constexpr std::size_t kMostBeyond = std::size_t{16} << 20;
+constexpr std::size_t kMaxBeyond = std::size_t{16} << 20;
 
 // 200 MB of video in all.
 constexpr int kFrames = 2'000;
@@ -40,7 +40,7 @@ TEST(ResidentMemoryTest, DeliveredVideoIsNotResidentWhileAudioWaits) {
     Push(kAudioSize, false, audio);
     Push(kVideoSize, true, video);
     const FrameNodePtr node{PopFrame(&video)};
-    ASSERT_LE(ResidentSize(), before + audio.heldBytes + kMostBeyond) << i;
+    ASSERT_LE(ResidentSize(), before + audio.heldBytes + kMaxBeyond) << i;
   }
   Drain(audio);
 }
@@ -54,9 +54,9 @@ TEST(ResidentMemoryTest, VideoDrainedFirstIsNotResident) {
     Push(kAudioSize, false, audio);
   }
   EXPECT_GT(ResidentSize(), before + video.heldBytes / 2) << "the frames are not measured";
-  EXPECT_LE(ResidentSize(), before + video.heldBytes + audio.heldBytes + kMostBeyond);
+  EXPECT_LE(ResidentSize(), before + video.heldBytes + audio.heldBytes + kMaxBeyond);
   Drain(video);
-  EXPECT_LE(ResidentSize(), before + audio.heldBytes + kMostBeyond);
+  EXPECT_LE(ResidentSize(), before + audio.heldBytes + kMaxBeyond);
   Drain(audio);
 }
 
@@ -77,10 +77,10 @@ TEST(ResidentMemoryTest, ConsumedPartOfALargeBacklogIsNotResident) {
   while (buffer.Size() >= 188) {
     ASSERT_EQ(buffer.MoveStart(188), kBufferOk);
     if (buffer.Size() % 1000 == 0) {
-      ASSERT_LE(ResidentSize(), before + buffer.Size() + kMostBeyond);
+      ASSERT_LE(ResidentSize(), before + buffer.Size() + kMaxBeyond);
     }
   }
-  EXPECT_LE(ResidentSize(), before + kMostBeyond);
+  EXPECT_LE(ResidentSize(), before + kMaxBeyond);
 }
 
 // The backlog was twice as large before. At times its unread bytes are moved to the start of the
@@ -97,10 +97,10 @@ TEST(ResidentMemoryTest, BacklogOfConstantSizeHoldsNoMoreMemoryThanThat) {
     ASSERT_EQ(buffer.MoveStart(kStep), kBufferOk);
     Append(buffer, kStep);
     ASSERT_EQ(buffer.Size(), kBacklog);
-    ASSERT_LE(ResidentSize(), before + kBacklog + kMostBeyond) << i;
+    ASSERT_LE(ResidentSize(), before + kBacklog + kMaxBeyond) << i;
   }
   buffer.Reset();
-  EXPECT_LE(ResidentSize(), before + kMostBeyond);
+  EXPECT_LE(ResidentSize(), before + kMaxBeyond);
 }
 
 TEST(ResidentMemoryTest, BufferReusedAfterALargeBacklogHoldsOnlyItsUnreadBytes) {
@@ -114,7 +114,7 @@ TEST(ResidentMemoryTest, BufferReusedAfterALargeBacklogHoldsOnlyItsUnreadBytes) 
   for (int i = 0; i < 60; ++i) {
     Append(buffer, kStep);
     ASSERT_EQ(buffer.MoveStart(kStep), kBufferOk);
-    ASSERT_LE(ResidentSize(), before + kMostBeyond) << i;
+    ASSERT_LE(ResidentSize(), before + kMaxBeyond) << i;
   }
 }
 
@@ -131,7 +131,7 @@ TEST(ResidentMemoryTest, ConsumedPartOfABufferSwappedForAHalfConsumedOneIsNotRes
   ASSERT_EQ(half.MoveStart(100 * kStep), kBufferOk);
   ASSERT_EQ(half.Size(), 100 * kStep);
   ASSERT_EQ(whole.Size(), 100 * kStep);
-  EXPECT_LE(ResidentSize(), before + 200 * kStep + kMostBeyond);
+  EXPECT_LE(ResidentSize(), before + 200 * kStep + kMaxBeyond);
 }
 
 // The heap may place a small block after a large one and then keep the large one when it is freed.
@@ -146,7 +146,7 @@ TEST(ResidentMemoryTest, ReleasedCopyBufferIsNotResident) {
     small.emplace_back(100'000);
     buffer.Release();
   }
-  EXPECT_LE(ResidentSize(), before + kMostBeyond);
+  EXPECT_LE(ResidentSize(), before + kMaxBeyond);
 }
 
 }  // namespace

@@ -32,7 +32,7 @@ inline constexpr std::size_t kMaxQueuedSegments = 500'000;
 
 // In a longer playlist only this many segments are compared, the newest ones, which last for days.
 // For older segments the keys alone decide.
-inline constexpr std::size_t kMostCompared = 100'000;
+inline constexpr std::size_t kMaxCompared = 100'000;
 
 inline constexpr std::int32_t kSegmentQueued = 0;
 inline constexpr std::int32_t kSegmentDownloaded = 1;
@@ -70,13 +70,13 @@ class TakenSegments {
   bool InsertIfNew(const std::string& identity, std::size_t limit);
 
   void Clear();
-  std::size_t Size() const { return places_.size(); }
+  std::size_t Size() const { return positions_.size(); }
 
  private:
   using Order = std::list<std::string>;  // most recently seen last
 
   Order order_;
-  std::map<std::string, Order::iterator> places_;
+  std::map<std::string, Order::iterator> positions_;
 };
 
 // What one run of a segment thread has taken so far. That thread owns it.

@@ -109,7 +109,8 @@ FrameNode* PopFrame(FrameQueue* queue) {
   return node;
 }
 
-FrameQueue* EnsureQueue(FrameQueue*& queue) {
+FrameQueue* EnsureQueue(bool is_video) {
+  FrameQueue*& queue = is_video ? g_videoQueue : g_audioQueue;
   if (queue == nullptr) queue = new (std::nothrow) FrameQueue;
   return queue;
 }

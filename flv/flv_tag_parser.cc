@@ -45,9 +45,7 @@ bool EmitFrame(FlvReader& reader, std::span<const std::uint8_t> prefix, std::uin
   // Checked with the queues locked, so that no frame of a replaced stream is queued before those of
   // the new one.
   const bool is_wanted = reader.Runs();
-  FrameQueue* const queue =
-      is_wanted ? EnsureQueue(is_video ? g_videoQueue : g_audioQueue) : nullptr;
-  if (PushFrame(frame, queue) != 0) ReleasePayload(frame);
+  if (!is_wanted || PushFrame(frame, EnsureQueue(is_video)) != 0) ReleasePayload(frame);
   return is_wanted;
 }
 

@@ -37,7 +37,7 @@ bool EmitFrame(const Mp4Sample& sample, Kind kind, std::initializer_list<Bytes> 
   std::uint8_t* end = frame.data;
   for (const Bytes part : parts) end = std::copy(part.begin(), part.end(), end);
   const MutexLock lock(g_frameQueueMutex);
-  FrameQueue* const queue = EnsureQueue(is_video ? g_videoQueue : g_audioQueue);
+  FrameQueue* const queue = EnsureQueue(is_video);
   const bool is_late = kind == Kind::kVideo && queue != nullptr && queue->pushed == 0;
   if (!is_late && PushFrame(frame, queue) == 0) return true;
   ReleasePayload(frame);

@@ -33,7 +33,7 @@ void TsQueueDemuxer::OnFrame(const TsFrame& frame) {
   FollowQueueResets();
   PlayTimeInterpolator& play_times = frame.is_video ? video_play_times_ : audio_play_times_;
   record.playTime = play_times.InitialPlayTime(record.pts);
-  FrameQueue* queue = EnsureQueue(frame.is_video ? g_videoQueue : g_audioQueue);
+  FrameQueue* queue = EnsureQueue(frame.is_video);
   if (PushFrame(record, queue) == 0) {
     play_times.FramePushed(*queue);
   } else {

@@ -176,9 +176,12 @@ TEST(GlobalFrameQueuesTest, ReleaseOfMissingQueuesDoesNothing) {
 
 TEST(GlobalFrameQueuesTest, EnsureQueueCreatesAMissingQueueOnce) {
   const std::lock_guard lock(g_frameQueueMutex);
-  FrameQueue* made = EnsureQueue(g_videoQueue);
+  FrameQueue* made = EnsureQueue(true);
   ASSERT_NE(made, nullptr);
-  EXPECT_EQ(EnsureQueue(g_videoQueue), made);
+  EXPECT_EQ(made, g_videoQueue);
+  EXPECT_EQ(EnsureQueue(true), made);
+  EXPECT_EQ(EnsureQueue(false), g_audioQueue);
+  EXPECT_NE(g_audioQueue, made);
 }
 
 }  // namespace

@@ -14,16 +14,16 @@ class VideoArrivalDetectorTest : public testing::Test {
   VideoArrivalDetectorTest() { ResetFrameQueues(); }
   ~VideoArrivalDetectorTest() override { ReleaseFrameQueues(); }
 
-  static void Push(FrameQueue*& queue, int count) {
+  static void Push(bool is_video, int count) {
     const std::uint8_t payload[] = {1};
     for (int i = 0; i < count; ++i) {
       FrameRecord frame;
       ASSERT_EQ(CreateFrameNode(frame, 0, 0, payload, 1, true, true), 0);
       const std::lock_guard lock(g_frameQueueMutex);
-      ASSERT_EQ(PushFrame(frame, EnsureQueue(queue)), 0);
+      ASSERT_EQ(PushFrame(frame, EnsureQueue(is_video)), 0);
     }
   }
-  static void PushVideo(int count) { Push(g_videoQueue, count); }
+  static void PushVideo(int count) { Push(true, count); }
 };
 
 TEST_F(VideoArrivalDetectorTest, EarlierFramesDoNotCount) {
@@ -41,7 +41,7 @@ TEST_F(VideoArrivalDetectorTest, DeliveredFrameCounts) {
 
 TEST_F(VideoArrivalDetectorTest, AudioDoesNotCount) {
   VideoArrivalDetector video;
-  Push(g_audioQueue, 1);
+  Push(false, 1);
   EXPECT_FALSE(video.Seen());
 }
 

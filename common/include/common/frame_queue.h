@@ -84,8 +84,9 @@ extern Mutex g_frameQueueMutex;
 extern FrameQueue* g_videoQueue GUARDED_BY(g_frameQueueMutex) PT_GUARDED_BY(g_frameQueueMutex);
 extern FrameQueue* g_audioQueue GUARDED_BY(g_frameQueueMutex) PT_GUARDED_BY(g_frameQueueMutex);
 
-// Returns `queue` and creates it first if it is null. Returns null if there is no memory.
-FrameQueue* EnsureQueue(FrameQueue*& queue) REQUIRES(g_frameQueueMutex);
+// Returns the global queue of this kind and creates it first if it is null. Returns null if there
+// is no memory.
+FrameQueue* EnsureQueue(bool is_video) REQUIRES(g_frameQueueMutex);
 
 // Release all frames of a global queue.
 void ClearVideoQueue() EXCLUDES(g_frameQueueMutex);

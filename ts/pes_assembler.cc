@@ -12,6 +12,15 @@ constexpr std::uint32_t kFullPayload = 184;
 
 }  // namespace
 
+void pes_assembler::Reset() {
+  length = 0;
+  pts = 0;
+  dts = 0;
+  cc_ok = 1;
+  last_cc = -1;
+  intact = 1;
+}
+
 void pes_assembler::Begin(std::uint64_t new_pts, std::uint64_t new_dts, const std::uint8_t* bytes,
                           std::uint32_t size) {
   pts = new_pts;

@@ -27,14 +27,6 @@ void ContinuePes(pes_assembler& assembler, TsPacket packet, unsigned offset) {
   assembler.CheckContinuity(packet.ContinuityCounter());
 }
 
-void ResetAssembler(pes_assembler& assembler) {
-  assembler.length = 0;
-  assembler.pts = 0;
-  assembler.dts = 0;
-  assembler.last_cc = -1;
-  assembler.intact = 1;
-}
-
 }  // namespace
 
 void TsDemuxer::Feed(const std::uint8_t* data, std::int32_t length) {
@@ -68,8 +60,8 @@ void TsDemuxer::Flush() {
 
 void TsDemuxer::Reset() {
   context_ = ts_context();
-  ResetAssembler(video_.assembler);
-  ResetAssembler(audio_.assembler);
+  video_.assembler.Reset();
+  audio_.assembler.Reset();
 }
 
 void TsDemuxer::ResetStreams() {

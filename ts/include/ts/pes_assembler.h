@@ -13,13 +13,16 @@ inline constexpr std::uint32_t kMaxPesPayload = 1'048'576;
 using PesBuffer = std::array<std::uint8_t, kMaxPesPayload>;
 
 struct pes_assembler {
-  PesBuffer& buffer;          // borrowed: static storage
+  PesBuffer& buffer;          // borrowed from the demultiplexer
   std::uint32_t length = 0;   // bytes of the PES packet in progress
   std::uint64_t pts = 0;      // 90 kHz, of the PES packet in progress
   std::uint64_t dts = 0;      // 90 kHz, of the PES packet in progress
   std::uint32_t cc_ok = 1;    // 1 if the latest packet was in sequence
   std::int32_t last_cc = -1;  // last accepted continuity counter, -1 for none
   std::uint32_t intact = 1;   // 1 while the PES packet in progress has no gap and was not cut
+
+  // Drops the PES packet in progress. The state is that of a new assembler.
+  void Reset();
 
   // Starts a PES packet with its first payload bytes.
   void Begin(std::uint64_t new_pts, std::uint64_t new_dts, const std::uint8_t* bytes,

@@ -32,8 +32,9 @@ class SCOPED_LOCK TsDemuxLock {
 std::int32_t ts_demux_feed(const std::uint8_t* data, std::int32_t length)
     REQUIRES(ProcessTsDemuxer().BatchMutex());
 
-/// The handler of playable streams: passes `count` packets to the process's demultiplexer, to be
-/// demultiplexed with the programs and PIDs of `context`. Returns 0.
+/// Passes `count` packets to the process's demultiplexer, to be demultiplexed with the programs and
+/// PIDs of `context`. Returns 0. Nothing in the component calls it; the name is fixed. Kept for
+/// compatibility.
 std::int32_t ts_parse_packets(ts_context* context, const std::uint8_t* packets, std::int32_t count)
     REQUIRES(ProcessTsDemuxer().BatchMutex());
 

@@ -5,13 +5,6 @@
 #include "common/console.h"
 
 namespace stream {
-namespace {
-
-// The segment thread remembers at least this many segments.
-constexpr std::size_t kRememberedSegments = 1000;
-
-}  // namespace
-
 std::string MakeSegmentKey(const std::string& uri) { return std::string(SegmentKeyIn(uri)); }
 
 std::string_view SegmentKeyIn(std::string_view uri) {
@@ -104,17 +97,21 @@ void SegmentLedger::RecordListed(const SegmentKeys& top_keys, const SegmentKeys&
 }
 
 void SegmentLedger::RemoveStaleSegments(const SegmentKeys& current_keys, std::int32_t state) {
-  const MutexLock lock(mutex_);
-  std::erase_if(g_segmentStates, [&current_keys, state](const auto& known) {
-    if (known.second != state || current_keys.contains(known.first)) return false;
-    ConsoleLine("[REMOVE]: " + known.first);
-    return true;
-  });
+  std::vector<std::string> removed;
+  {
+    const MutexLock lock(mutex_);
+    std::erase_if(g_segmentStates, [&](const auto& known) {
+      if (known.second != state || current_keys.contains(known.first)) return false;
+      removed.push_back(known.first);
+      return true;
+    });
+  }
+  for (const std::string& key : removed) ConsoleLine("[REMOVE]: " + key);
 }
 
 void SegmentLedger::BeginBatch(SegmentHistory& history, const std::vector<QueuedSegment>& waiting) {
   const MutexLock lock(mutex_);
-  history.limit = std::max(kRememberedSegments, listed_);
+  history.limit = std::max(WindowClassifier::kRemembered, listed_);
   if (replaced_.empty()) return;
   std::set<std::pair<std::uint64_t, std::string>> pending;
   for (const QueuedSegment& segment : waiting) {

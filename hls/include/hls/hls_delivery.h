@@ -12,7 +12,7 @@
 namespace stream {
 
 // Returns the filters of the two delivery tasks. They skip frames after a stop, and reset
-// `listedDuration` at each frame of their kind. `pipeline` must outlive them.
+// `listedDuration` at each frame of their kind. `hls` must outlive them.
 FrameFilters HlsFrameFilters(HlsTaskState& hls);
 
 // Returns whether to skip a frame. True while the counter is negative; each such call increments

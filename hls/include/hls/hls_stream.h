@@ -37,7 +37,8 @@ class HlsStream {
   HlsStream& operator=(const HlsStream&) = delete;
 
   // Clears everything that belongs to the stream: texts, ledger, queued segments and buffers, but
-  // not the frames to skip. No task may be running.
+  // not the frames to skip. No task of the stopped pipeline may be running; those of another facade
+  // may.
   void Clear() EXCLUDES(playlist_mutex, download_mutex, g_segmentQueueMutex,
                         ProcessTsDemuxer().BatchMutex());
 

@@ -51,7 +51,8 @@ enum class WindowVerdict { kGoesOn, kLateCopy, kRestart };
 
 class WindowClassifier {
  public:
-  // This many pairs are remembered besides those of a window, and at least twice as many.
+  // The segment thread remembers at least this many segments, and never fewer than are listed. A
+  // classifier remembers the larger of this and the size of the window, plus this many pairs.
   static constexpr std::size_t kRemembered = 1'000;
 
   // Judges a window and, unless it is a late copy, remembers it. A window without segments is

@@ -35,7 +35,7 @@ void Pipeline::AddDeliveryTask(DeliverFunction deliver, const FrameFilter& wante
   });
 }
 
-bool Pipeline::IsSameAddress(const std::string& url, const std::string& last_url) const {
+bool Pipeline::ReportIfSameAddress(const std::string& url, const std::string& last_url) const {
   if (url != last_url) return false;
   player_.Message("PLAY " + texts_.status + " RE:" + url);
   return true;
@@ -46,6 +46,10 @@ void Pipeline::MoveStart(float seconds, const std::function<void()>& accept) con
   accept();
   const std::clock_t elapsed = std::clock() - before;
   player_.Message(StartPositionLine(texts_.status.c_str(), seconds, elapsed));
+}
+
+void Pipeline::ReportStart(float seconds) const {
+  player_.Message(StartPositionLine(texts_.status.c_str(), seconds));
 }
 
 bool Pipeline::Stop(const std::function<void()>& wake) {

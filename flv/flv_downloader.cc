@@ -42,7 +42,7 @@ bool CFlvDownloader::SetStartPostion(float seconds) {
 
 // A new address gets an empty cache file. Nothing is ever written to it.
 void CFlvDownloader::UseUrl(const std::string& url) {
-  if (pipeline_.IsSameAddress(url, url_)) return;
+  if (pipeline_.ReportIfSameAddress(url, url_)) return;
   url_ = url;
   CreateCacheFile("mebo.flv");
 }

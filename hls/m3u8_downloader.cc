@@ -4,7 +4,6 @@
 #include "common/console.h"
 #include "common/format_text.h"
 #include "common/frame_queue.h"
-#include "common/start_position.h"
 #include "hls/hls_delivery.h"
 #include "hls/playlist_thread.h"
 #include "hls/segment_download.h"
@@ -84,6 +83,6 @@ bool CM3u8Downloader::EndDownload() {
 
 bool CM3u8Downloader::SetStartPostion(float seconds) {
   hls_.startPosition = seconds;
-  hls_.player.Message(StartPositionLine("M3U8", seconds));
+  pipeline_.ReportStart(seconds);
   return true;
 }

@@ -70,7 +70,7 @@ void CMp4Downloader::Seek(float seconds) {
 // Another address starts from nothing, with an empty restart file. The same address keeps what was
 // downloaded, unless another pipeline has used the file since. Returns the run of the file.
 RunId CMp4Downloader::UseUrl(const std::string& url) {
-  if (pipeline_.IsSameAddress(url, url_) && OwnsFile()) return run_;
+  if (pipeline_.ReportIfSameAddress(url, url_) && OwnsFile()) return run_;
   url_ = url;
   run_ = BeginMp4Run("mebo.mp4");
   reader_.Reset(run_);

@@ -64,7 +64,7 @@ bool CTsDownloader::SetStartPostion(float seconds) {
 // A different address starts at 0, with an empty cache file. The same address keeps its download
 // offset.
 void CTsDownloader::UseUrl(const std::string& url) {
-  if (pipeline_.IsSameAddress(url, TsUrl())) return;
+  if (pipeline_.ReportIfSameAddress(url, TsUrl())) return;
   {
     const MutexLock lock(g_tsStreamLock);
     *g_tsUrl = url;

@@ -308,13 +308,13 @@ TEST_F(PipelineTest, EndsOfTheDeliveryTasksAreSentToThePlayerIfTheFormatAsksForI
 }
 
 TEST_F(PipelineTest, SameAddressIsReported) {
-  EXPECT_TRUE(pipeline_.IsSameAddress("http://host/a.flv", "http://host/a.flv"));
+  EXPECT_TRUE(pipeline_.ReportIfSameAddress("http://host/a.flv", "http://host/a.flv"));
   EXPECT_THAT(player_.Snapshot().messages, ElementsAre("PLAY FLV RE:http://host/a.flv"));
 }
 
 TEST_F(PipelineTest, OtherAddressIsNotReported) {
-  EXPECT_FALSE(pipeline_.IsSameAddress("http://host/b.flv", "http://host/a.flv"));
-  EXPECT_FALSE(pipeline_.IsSameAddress("http://host/b.flv", ""));
+  EXPECT_FALSE(pipeline_.ReportIfSameAddress("http://host/b.flv", "http://host/a.flv"));
+  EXPECT_FALSE(pipeline_.ReportIfSameAddress("http://host/b.flv", ""));
   EXPECT_THAT(player_.Snapshot().messages, IsEmpty());
 }
 

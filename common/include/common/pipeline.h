@@ -4,7 +4,7 @@
 //
 //   pipeline.Start();
 //   ResetFrameQueues();
-//   if (!pipeline.IsSameAddress(url, last_url)) ...  // begin at the start of another stream
+//   if (!pipeline.ReportIfSameAddress(url, last_url)) ...  // begin at the start of another stream
 //   pipeline.AddTask(...);                           // downloads
 //   pipeline.AddTask(...);                           // parses, pushes frames
 //   pipeline.AddDeliveryTasks();
@@ -56,12 +56,16 @@ class Pipeline {
   // Adds the tasks that pass video frames and audio frames to the player.
   void AddDeliveryTasks(const FrameFilters& wanted = {});
 
-  // Returns whether the last start had the same address, and if so reports it: "PLAY FLV RE:".
-  bool IsSameAddress(const std::string& url, const std::string& last_url) const;
+  // Reports "PLAY FLV RE:" and the address if the last start had the same one. Returns whether it
+  // had.
+  bool ReportIfSameAddress(const std::string& url, const std::string& last_url) const;
 
   // Calls `accept`, which stores a new start position, and reports the position together with the
   // processor time that the call took.
   void MoveStart(float seconds, const std::function<void()>& accept) const;
+
+  // Reports a start position without a time.
+  void ReportStart(float seconds) const;
 
   // Stops the pipeline: clears the run flag, calls `wake`, which notifies the tasks in other ways,
   // joins the tasks, and releases the frames left in the two queues. Blocks until no task runs.

@@ -11,7 +11,7 @@ import sys
 from pathlib import Path
 
 LIST = Path("docs/compatibility.md")
-PHRASE = re.compile(r"kept\s+(?://+\s+|#\s+)?for\s+(?://+\s+|#\s+)?compatibility", re.IGNORECASE)
+PHRASE = re.compile(r"kept\s+(?://+\s+)?for\s+(?://+\s+)?compatibility", re.IGNORECASE)
 PLACE = re.compile(r"`([\w./]+\.(?:h|cc|c|py|cmake|txt))(?::([^`]+))?`")
 SOURCES = (".h", ".cc", ".c")
 FOLDERS = re.compile(r"set\(STREAM_(?:COMPONENT|INTERFACE)_FOLDERS ([^)]*)\)")

@@ -2,10 +2,10 @@
 #
 #   cmake -DNM=nm -DLIBRARY=... -DDOCUMENT=HACKING.md -P check_mutable_objects.cmake
 #
-# The table is in the section "Process-wide objects"; its first column has the names in backticks. Constants, whose
-# names begin with k, count as little as what the compiler adds.
+# The table is in the section "Process-wide objects"; its first column has the names in backticks. Constants
+# (names that begin with k) and objects that the compiler adds are not counted.
 cmake_minimum_required(VERSION 3.25)
-set(most 36)
+set(max 36)
 
 execute_process(COMMAND ${NM} -C --defined-only ${LIBRARY} OUTPUT_VARIABLE symbols COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX MATCHALL "[0-9a-f]+ [bBdD] [^\n]+" rows "${symbols}")
@@ -42,8 +42,8 @@ foreach(name IN LISTS listed)
     list(APPEND failures "${name} is in the table, but not in the library")
   endif()
 endforeach()
-if(count GREATER most)
-  list(APPEND failures "there are ${count} objects, more than ${most}")
+if(count GREATER max)
+  list(APPEND failures "there are ${count} objects, more than ${max}")
 elseif(count EQUAL 0)
   list(APPEND failures "${NM} shows no object in ${LIBRARY}")
 endif()

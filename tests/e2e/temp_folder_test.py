@@ -16,11 +16,11 @@ class TempFolderTest(Mp4Case):
         if host.is_emulated():
             self.skipTest("an emulated system has another cache and no /dev/full")
         self.cache = self.directory / "cache"
+        self.environment = {"XDG_CACHE_HOME": str(self.cache)}
         self.tmp = self.directory / "host" / "tmp"
 
     def play(self, address, *options, **settings):
-        environment = {"XDG_CACHE_HOME": str(self.cache)}
-        return super().play(address, *options, environment=environment, **settings)
+        return super().play(address, *options, environment=self.environment, **settings)
 
     def lines(self, run, start):
         return [line for line in run.output.splitlines() if line.startswith(start)]
@@ -51,9 +51,11 @@ class TempFolderTest(Mp4Case):
         # busy machine a start may end before it receives a byte.
         twice = host.Prints(_REPORT, _REPORT, "[DOWNLOAD]: ", "[DOWNLOAD]: ")
         run = host.run_host(self.serve().url("sample.mp4"), self.directory, "--repeat", "99", idle_exit=0.5,
-                            ending=host.Ending(until=twice), host=self._host)
+                            ending=host.Ending(until=twice), host=self._host, environment=self.environment)
+        self.assert_stops_are_reported(run)
         self.assert_no_frame(run)
         reports = self.lines(run, _REPORT)
+        self.assertGreaterEqual(len(reports), 2, run.output)
         self.assertEqual(len(set(reports)), 1)
         self.assertTrue(reports[0].startswith(f"{_REPORT}{self.restart_file}: "), reports)
         starts = re.split(r"repeat \d+\n", run.output)

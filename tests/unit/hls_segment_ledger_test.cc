@@ -55,6 +55,13 @@ class SegmentLedgerTest : public testing::Test {
     return ledger_.Identify(M3u8Entry{name}, kSource);
   }
 
+  // Records that the playlist lists this many segments, and one variant.
+  void List(int segments) {
+    std::vector<std::string> names;
+    for (int i = 0; i < segments; ++i) names.push_back(std::to_string(i));
+    ledger_.RecordListed({names.begin(), names.end()}, {"variant"});
+  }
+
   std::size_t Known() { return ledger_.CurrentSizes().known; }
 
   static constexpr char kSource[] = "http://h/list.m3u8";
@@ -141,11 +148,18 @@ TEST_F(SegmentLedgerTest, DownloadedSegmentIsLeftToTheRemoval) {
 }
 
 TEST_F(SegmentLedgerTest, ClearForgetsEverything) {
+  Follow(0, {"a.ts", "b.ts", "c.ts"});
+  Follow(1, {"b.ts", "c.ts", "a.ts"});
+  EXPECT_EQ(ledger_.CurrentSizes().replaced, 1U);
+  List(1'500);
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
   ledger_.AddSegmentIfNew("b.ts", kSegmentDownloaded);
   ledger_.RecordNotDownloaded("a.ts");
   ledger_.Clear();
   EXPECT_EQ(Known(), 0U);
+  EXPECT_EQ(ledger_.CurrentSizes().replaced, 0U);
+  ledger_.BeginBatch(history_, {});
+  EXPECT_EQ(history_.limit, 1'000U) << "the number of listed segments";
   ledger_.AddSegmentIfNew("a.ts", kSegmentQueued);
   ledger_.RecordListed({}, {});
   EXPECT_EQ(Known(), 1U) << "the segment still counts as done";
@@ -222,9 +236,7 @@ TEST_F(SegmentLedgerTest, SegmentTakenBeforeIsDone) {
 TEST_F(SegmentLedgerTest, SegmentThreadRemembersAsManySegmentsAsAreListed) {
   ledger_.BeginBatch(history_, {});
   EXPECT_EQ(history_.limit, 1'000U);
-  std::vector<std::string> names;
-  for (int i = 0; i < 1'500; ++i) names.push_back(std::to_string(i));
-  ledger_.RecordListed({names.begin(), names.end()}, {"variant"});
+  List(1'500);
   ledger_.BeginBatch(history_, {});
   EXPECT_EQ(history_.limit, 1'501U);
 }

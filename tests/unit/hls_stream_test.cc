@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <future>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "hls/hls_task_state.h"
+#include "tests/support/simulated_clock.h"
+#include "tests/support/test_limit.h"
 #include "ts/ts_demux.h"
 
 namespace stream {
@@ -54,6 +57,20 @@ TEST_F(HlsStreamTest, ClearForgetsTextsLedgerQueueAndBuffers) {
   EXPECT_EQ(stream_.leftover_length, 0);
   EXPECT_EQ(stream_.g_parseLength.load(), 0);
   EXPECT_FALSE(stream_.on_demand_queued);
+}
+
+TEST_F(HlsStreamTest, ClearWakesATaskThatWaitsForTheParseBuffer) {
+  SimulatedClock clock;
+  stream_.g_parseLength = 3;
+  const auto hand_over = std::async(std::launch::async, [this, &clock] {
+    const MutexLock lock(stream_.g_segmentQueueMutex);
+    clock.Wait(stream_.g_segmentQueueCond, stream_.g_segmentQueueMutex,
+               [this] { return stream_.g_parseLength.load() == 0; });
+  });
+  EXPECT_TRUE(clock.WaitForWaiters(1));
+  stream_.Clear();
+  EXPECT_EQ(hand_over.wait_for(kTestLimit), std::future_status::ready);
+  stream_.WakeTasks();  // the task must end before the clock that it waits in
 }
 
 TEST_F(HlsStreamTest, ClearKeepsTheFrameToSkip) {

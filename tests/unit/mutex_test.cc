@@ -4,6 +4,7 @@
 
 #include <condition_variable>
 #include <future>
+#include <stdexcept>
 
 namespace stream {
 namespace {
@@ -42,6 +43,15 @@ TEST(MutexTest, MutexIsStillHeldAfterAWait) {
   std::condition_variable condition;
   const MutexLock lock(mutex);
   WaitOn(condition, mutex, [] { return true; });
+  EXPECT_TRUE(IsHeld(mutex));
+}
+
+TEST(MutexTest, MutexIsStillHeldAfterAWaitThatThrows) {
+  Mutex mutex;
+  std::condition_variable condition;
+  const MutexLock lock(mutex);
+  const auto throwing = []() -> bool { throw std::runtime_error("no wait"); };
+  EXPECT_THROW(WaitOn(condition, mutex, throwing), std::runtime_error);
   EXPECT_TRUE(IsHeld(mutex));
 }
 

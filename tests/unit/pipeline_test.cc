@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -26,8 +27,22 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
+
+void QueueFrame(FrameQueue* queue, std::uint64_t pts, bool is_video) {
+  const std::uint8_t byte = 1;
+  FrameRecord frame;
+  ASSERT_EQ(CreateFrameNode(frame, pts, 0, &byte, 1, is_video, true), 0);
+  const std::lock_guard lock(g_frameQueueMutex);
+  ASSERT_EQ(PushFrame(frame, queue), 0);
+}
+
+void QueueBothKinds(std::uint64_t pts) {
+  QueueFrame(g_videoQueue, pts, true);
+  QueueFrame(g_audioQueue, pts, false);
+}
 
 class PipelineStopTest : public testing::Test {
  protected:
@@ -47,17 +62,7 @@ class PipelineStopTest : public testing::Test {
 
   // Queues more than one frame of each kind, so that a single pop does not empty a queue.
   static void QueueFrames() {
-    for (int i = 0; i < 3; ++i) {
-      Queue(g_videoQueue, true);
-      Queue(g_audioQueue, false);
-    }
-  }
-  static void Queue(FrameQueue* queue, bool is_video) {
-    const std::uint8_t byte = 1;
-    FrameRecord frame;
-    ASSERT_EQ(CreateFrameNode(frame, 0, 0, &byte, 1, is_video, true), 0);
-    const std::lock_guard lock(g_frameQueueMutex);
-    ASSERT_EQ(PushFrame(frame, queue), 0);
+    for (int i = 0; i < 3; ++i) QueueBothKinds(0);
   }
 
   std::atomic<bool> running_{true};
@@ -224,18 +229,6 @@ class PipelineTest : public testing::Test {
     return testing::internal::GetCapturedStdout();
   }
 
-  static void QueueFrame(FrameQueue* queue, std::uint64_t pts, bool is_video) {
-    const std::uint8_t byte = 1;
-    FrameRecord frame;
-    ASSERT_EQ(CreateFrameNode(frame, pts, 0, &byte, 1, is_video, true), 0);
-    const std::lock_guard lock(g_frameQueueMutex);
-    ASSERT_EQ(PushFrame(frame, queue), 0);
-  }
-  static void QueueBothKinds(std::uint64_t pts) {
-    QueueFrame(g_videoQueue, pts, true);
-    QueueFrame(g_audioQueue, pts, false);
-  }
-
   RecordingPlayer player_;
   std::atomic<bool> running_{false};
   CThreadPool pool_{2};
@@ -324,6 +317,14 @@ TEST_F(PipelineTest, StartPositionIsStoredBeforeItIsReported) {
   EXPECT_FALSE(is_reported);
   EXPECT_THAT(player_.Snapshot().messages,
               ElementsAre(StartsWith("PLAY FLV StartPostion:01:02:05.500 Q:")));
+}
+
+TEST_F(PipelineTest, StartPositionIsReportedWithTheProcessorTimeOfStoringIt) {
+  pipeline_.MoveStart(1, [] {
+    const std::clock_t before = std::clock();
+    while (std::clock() == before) continue;
+  });
+  EXPECT_THAT(player_.Snapshot().messages, ElementsAre(Not(EndsWith(" Q:0.000000s"))));
 }
 
 TEST_F(PipelineTest, OutcomeIsAMessageAndThenAPlayResult) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -176,6 +177,32 @@ TEST(TsDemuxerTest, SameStreamAfterAResetGivesTheSameFrames) {
   demuxer->Reset();
   demuxer.FeedInCallsOf(1, stream);
   EXPECT_EQ(demuxer.TakeFrames(), first);
+}
+
+// A PES start overwrites the timestamps and the continuity state, so only a frame that begins with
+// a continuation packet shows whether the reset cleared them.
+TEST(TsDemuxerTest, ContinuationPacketsAfterAResetGiveTheFramesOfANewInstance) {
+  constexpr std::uint16_t kPids[] = {ts_test::kVideoPid, ts_test::kAudioPid};
+  const auto continuation = [](std::uint16_t pid, int counter) {
+    return ts_test::MakePacket(pid, false, counter, Bytes(184, 5));
+  };
+  const auto continue_and_begin = [&](RecordedDemuxer& demuxer) {
+    demuxer.FeedTables();
+    for (const std::uint16_t pid : kPids) demuxer.Feed(continuation(pid, 9));
+    demuxer.FeedVideo(93'600, Bytes(10, 2));
+    demuxer.FeedAudio(93'600, Bytes(20, 3));
+    return demuxer.TakeFrames();
+  };
+  RecordedDemuxer used;
+  used.FeedTables();
+  used.FeedVideo(90'000, Bytes(10, 1));
+  used.FeedAudio(90'000, Bytes(20, 1));
+  for (const std::uint16_t pid : kPids) used.Feed(continuation(pid, 4));  // after a gap
+  used->Reset();
+  const Frames frames = continue_and_begin(used);
+  EXPECT_EQ(frames.size(), 2U);
+  RecordedDemuxer unused;
+  EXPECT_EQ(frames, continue_and_begin(unused));
 }
 
 TEST(TsDemuxerTest, ResetOfTheStreamsKeepsProgramsAndBytesButNotTimestamps) {

@@ -3,9 +3,11 @@
 using namespace stream;
 
 int main() {
-  GuardedCounter counter;
+  int total = 0;
+  GuardedCounter counter(&total);
   counter.AddOne();
   counter.WaitForOne();
   counter.AddOneAfterAPause();
+  counter.AddOneToTheTotal();
   const OuterLock lock(counter);
 }

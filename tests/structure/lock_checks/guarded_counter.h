@@ -8,6 +8,8 @@ namespace stream {
 
 class GuardedCounter {
  public:
+  explicit GuardedCounter(int* total) : total_(total) {}
+
   void AddOne() EXCLUDES(outer_, inner_) {
     const MutexLock outer(outer_);
     const MutexLock inner(inner_);
@@ -22,6 +24,11 @@ class GuardedCounter {
     { const MutexUnlock unlocked(inner_); }
     AddLocked();
   }
+  void AddOneToTheTotal() {
+    const MutexLock inner(inner_);
+    const MutexLock last(last_);
+    ++*total_;
+  }
   void AddOneInACallback() {
     inner_.AssumeHeld();
     AddLocked();
@@ -30,17 +37,21 @@ class GuardedCounter {
 
   int ReadWithoutTheMutex();
   int ReadDuringAPause();
+  int ReadTheTotalWithoutTheMutex();
   void AddOneTwice();
   void AddWithoutTheMutex();
   void LockInTheWrongOrder();
+  void LockTheLastMutexFirst();
 
  private:
   void AddLocked() REQUIRES(inner_) { ++count_; }
 
   Mutex outer_ ACQUIRED_BEFORE(inner_);
   Mutex inner_;
+  Mutex last_ ACQUIRED_AFTER(inner_);
   std::condition_variable changed_;
   int count_ GUARDED_BY(inner_) = 0;
+  int* const total_ PT_GUARDED_BY(last_);
 };
 
 // As TsDemuxLock: a lock of a mutex that a function returns.

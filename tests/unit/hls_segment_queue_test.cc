@@ -14,6 +14,7 @@
 #include "hls/segment_download.h"
 #include "tests/support/hls_playlists.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/known_segments.h"
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
 
@@ -29,7 +30,7 @@ using testing::IsEmpty;
 
 class SegmentQueueTest : public HlsTasks {
  protected:
-  SegmentQueueTest() { pipeline_.variantHandle.reset(); }  // so that no variant can be fetched
+  SegmentQueueTest() { hls_.variantHandle.reset(); }  // so that no variant can be fetched
 
   // Fills the queue until it has space for just this many more segments.
   void FillQueueExcept(std::size_t free_slots) {
@@ -40,9 +41,9 @@ class SegmentQueueTest : public HlsTasks {
 
 TEST_F(SegmentQueueTest, SegmentsAreQueuedInOrderAndTheirCountIsPrintedWithoutALineBreak) {
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
-  EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
-  EXPECT_EQ(taken_.front().uri, "http://host/live/seg0.ts");
-  EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
+  EXPECT_THAT(PopSegments(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_EQ(popped_.front().uri, "http://host/live/seg0.ts");
+  EXPECT_EQ(hls_.queuedDuration.load(), 30.0F);
 }
 
 TEST_F(SegmentQueueTest, TextOfAPlaylistIsConsumed) {
@@ -60,25 +61,25 @@ TEST_F(SegmentQueueTest, SameSegmentsAreQueuedOnce) {
 
 TEST_F(SegmentQueueTest, AddressesThatDifferOnlyInTheirQueryAreOneSegment) {
   Queue(LivePlaylist(0, {"a.ts?token=1", "a.ts?token=2", "b.ts?token=1"}));
-  EXPECT_THAT(Take(), ElementsAre("a.ts?token=1", "b.ts?token=1"));
+  EXPECT_THAT(PopSegments(), ElementsAre("a.ts?token=1", "b.ts?token=1"));
 }
 
 TEST_F(SegmentQueueTest, DownloadedSegmentsAreForgottenWhenANewOneIsListedAndStillTakenOnce) {
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
-  TakeAndDownload();
+  PopAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))),
             "QUEUEED1:3[REMOVE]: http://host/live/seg0.ts\n[REMOVE]: http://host/live/seg1.ts\n");
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg2.ts"));
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))),
             "QUEUEED1:3[REMOVE]: http://host/live/seg2.ts\n");
   EXPECT_EQ(WaitingSegments(), 2U) << "queued again";
-  EXPECT_THAT(TakeAndDownload(), IsEmpty()) << "but not taken again";
-  EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
+  EXPECT_THAT(PopAndDownload(), IsEmpty()) << "but not taken again";
+  EXPECT_EQ(hls_.queuedDuration.load(), 30.0F);
 }
 
 TEST_F(SegmentQueueTest, NothingIsForgottenWithoutANewSegment) {
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
-  TakeAndDownload();
+  PopAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 2))), "QUEUEED1:2");
   EXPECT_EQ(KnownSegments(), 2U);
 }
@@ -93,7 +94,7 @@ TEST_F(SegmentQueueTest, BodyWithoutAHeaderQueuesNothingAndIsKept) {
 TEST_F(SegmentQueueTest, KeptBodyIsParsedTogetherWithTheNext) {
   Queue(SegmentLines({"early.ts"}));
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 1))), "QUEUEED1:2");
-  EXPECT_THAT(Take(), ElementsAre("early.ts", "seg0.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("early.ts", "seg0.ts"));
 }
 
 TEST_F(SegmentQueueTest, EmptyPlaylistPrintsItsCountAndQueuesNothing) {
@@ -103,20 +104,20 @@ TEST_F(SegmentQueueTest, EmptyPlaylistPrintsItsCountAndQueuesNothing) {
 
 TEST_F(SegmentQueueTest, EmptyPlaylistForgetsNoSegment) {
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
-  Take();
-  for (const M3u8Entry& segment : taken_) stream_.ledger.RecordNotDownloaded(segment.uri);
+  PopSegments();
+  for (const M3u8Entry& segment : popped_) stream_.ledger.RecordNotDownloaded(segment.uri);
   Queue("#EXTM3U\n");
   EXPECT_EQ(KnownSegments(), 2U);
 }
 
 TEST_F(SegmentQueueTest, AddressWithoutTsIsCountedButNeverQueued) {
   EXPECT_EQ(Queue(LivePlaylist(0, {"a.aac", "b.ts"})), "QUEUEED1:2");
-  EXPECT_THAT(Take(), ElementsAre("b.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("b.ts"));
 }
 
 TEST_F(SegmentQueueTest, TsAnywhereInTheAddressMakesASegment) {
   Queue(LivePlaylist(0, {"a.aac?from=b.ts"}));
-  EXPECT_EQ(Take().size(), 1U);
+  EXPECT_EQ(PopSegments().size(), 1U);
 }
 
 TEST_F(SegmentQueueTest, OnDemandPlaylistQueuesEveryAddressAndAddsUpDurations) {
@@ -125,11 +126,11 @@ TEST_F(SegmentQueueTest, OnDemandPlaylistQueuesEveryAddressAndAddsUpDurations) {
   entries[1] = {"b.aac", 5};
   entries[2] = {"c.ts", 15};
   testing::internal::CaptureStdout();
-  QueueAllSegments(pipeline_, entries);
+  QueueAllSegments(hls_, entries);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "QUEUEED3:3");
-  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
-  EXPECT_THAT(Take(), ElementsAre("a.ts", "b.aac", "c.ts"));
-  EXPECT_EQ(pipeline_.queuedDuration.load(), 30.0F);
+  EXPECT_EQ(hls_.listedDuration.load(), 30.0F);
+  EXPECT_THAT(PopSegments(), ElementsAre("a.ts", "b.aac", "c.ts"));
+  EXPECT_EQ(hls_.queuedDuration.load(), 30.0F);
   EXPECT_EQ(KnownSegments(), 0U);
 }
 
@@ -138,18 +139,18 @@ TEST_F(SegmentQueueTest, OnDemandSegmentsThatDifferOnlyInTheirQueryAreTwo) {
   entries[0] = {"a.ts?1", 10};
   entries[1] = {"a.ts?2", 10};
   testing::internal::CaptureStdout();
-  QueueAllSegments(pipeline_, entries);
+  QueueAllSegments(hls_, entries);
   testing::internal::GetCapturedStdout();
-  EXPECT_THAT(Take(), ElementsAre("a.ts?1", "a.ts?2"));
+  EXPECT_THAT(PopSegments(), ElementsAre("a.ts?1", "a.ts?2"));
 }
 
 TEST_F(SegmentQueueTest, SegmentWithAChangedQueryIsNotTakenAgain) {
   Queue(LivePlaylist(0, {"a.ts?1", "b.ts?1"}));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(LivePlaylist(0, {"a.ts?2", "b.ts?2", "c.ts?2"}));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("c.ts?2"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("c.ts?2"));
   Queue(LivePlaylist(0, {"a.ts?3", "b.ts?3", "c.ts?3"}));
-  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  EXPECT_THAT(PopAndDownload(), IsEmpty());
 }
 
 TEST_F(SegmentQueueTest, OnDemandSegmentListedTwiceIsTakenOnce) {
@@ -157,53 +158,53 @@ TEST_F(SegmentQueueTest, OnDemandSegmentListedTwiceIsTakenOnce) {
   entries[0] = {"a.ts", 10};
   entries[1] = {"a.ts", 10};
   testing::internal::CaptureStdout();
-  QueueAllSegments(pipeline_, entries);
+  QueueAllSegments(hls_, entries);
   testing::internal::GetCapturedStdout();
-  EXPECT_THAT(Take(), ElementsAre("a.ts"));
-  EXPECT_EQ(pipeline_.listedDuration.load(), 20.0F);
-  EXPECT_EQ(pipeline_.queuedDuration.load(), 10.0F);
+  EXPECT_THAT(PopSegments(), ElementsAre("a.ts"));
+  EXPECT_EQ(hls_.listedDuration.load(), 20.0F);
+  EXPECT_EQ(hls_.queuedDuration.load(), 10.0F);
 }
 
 TEST_F(SegmentQueueTest, OnDemandPlaylistWithoutEntriesEndsTheWaitOnceWithAnEmptyBatch) {
   testing::internal::CaptureStdout();
-  QueueAllSegments(pipeline_, {});
+  QueueAllSegments(hls_, {});
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "QUEUEED3:0");
-  EXPECT_THAT(PopQueuedSegments(pipeline_, history_), IsEmpty()) << "returns at once";
+  EXPECT_THAT(PopQueuedSegments(hls_, history_), IsEmpty()) << "returns at once";
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(PopQueuedSegments(pipeline_, history_).size(), 1U) << "waits for a segment";
+  EXPECT_EQ(PopQueuedSegments(hls_, history_).size(), 1U) << "waits for a segment";
   producer.join();
 }
 
 TEST_F(SegmentQueueTest, WakeUpByAnOnDemandPlaylistWithoutEntriesIsForgottenAtAStop) {
   testing::internal::CaptureStdout();
-  QueueAllSegments(pipeline_, {});
+  QueueAllSegments(hls_, {});
   testing::internal::GetCapturedStdout();
   stream_.Clear();
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(PopQueuedSegments(pipeline_, history_).size(), 1U);
+  EXPECT_EQ(PopQueuedSegments(hls_, history_).size(), 1U);
   producer.join();
 }
 
 TEST_F(SegmentQueueTest, StopEndsTheWaitForSegments) {
   std::thread stopper([this] {
-    pipeline_.running = false;
+    hls_.running = false;
     stream_.WakeTasks();
   });
-  EXPECT_THAT(PopQueuedSegments(pipeline_, history_), IsEmpty());
+  EXPECT_THAT(PopQueuedSegments(hls_, history_), IsEmpty());
   stopper.join();
 }
 
 TEST_F(SegmentQueueTest, SegmentsQueuedLaterEndTheWait) {
   std::thread producer([this] { Queue(LivePlaylist(0, SegmentUris(0, 1))); });
-  EXPECT_EQ(PopQueuedSegments(pipeline_, history_).size(), 1U);
+  EXPECT_EQ(PopQueuedSegments(hls_, history_).size(), 1U);
   producer.join();
 }
 
 TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
   SimulatedClock clock;
-  std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
+  std::thread pause([this] { PauseBetweenRefreshes(hls_); });
   EXPECT_TRUE(clock.WaitForWaiters(1));
-  pipeline_.running = false;
+  hls_.running = false;
   stream_.WakeTasks();
   pause.join();
   EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
@@ -211,15 +212,15 @@ TEST_F(SegmentQueueTest, PauseEndsAtOnceWhenStopped) {
 
 TEST_F(SegmentQueueTest, NoPauseAfterAStop) {
   const SimulatedClock clock;
-  pipeline_.running = false;
-  PauseBetweenRefreshes(pipeline_);
+  hls_.running = false;
+  PauseBetweenRefreshes(hls_);
   EXPECT_EQ(clock.Elapsed(), Clock::Duration::zero());
 }
 
 TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueued) {
   constexpr std::chrono::milliseconds kSecond{1000};
   SimulatedClock clock;
-  std::thread pause([this] { PauseBetweenRefreshes(pipeline_); });
+  std::thread pause([this] { PauseBetweenRefreshes(hls_); });
   EXPECT_TRUE(clock.WaitForWaiters(1));
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
   clock.Advance(kSecond - std::chrono::milliseconds(1));
@@ -232,7 +233,7 @@ TEST_F(SegmentQueueTest, PauseLastsASecondWhateverIsQueued) {
 // nothing is requested.
 class SegmentLoopTest : public SegmentQueueTest {
  protected:
-  SegmentLoopTest() { pipeline_.startPosition = 1'000; }
+  SegmentLoopTest() { hls_.startPosition = 1'000; }
 
   bool IsTaken(std::size_t batches) {
     return player_.WaitFor(
@@ -240,7 +241,7 @@ class SegmentLoopTest : public SegmentQueueTest {
   }
 
   void Stop() {
-    pipeline_.running = false;
+    hls_.running = false;
     clock_.Release();
     stream_.WakeTasks();
     segments_.join();
@@ -254,7 +255,7 @@ class SegmentLoopTest : public SegmentQueueTest {
 
 TEST_F(SegmentLoopTest, NextBatchIsTakenAfterAMillisecond) {
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
-  segments_ = std::thread([this] { DownloadPartsThread(pipeline_); });
+  segments_ = std::thread([this] { DownloadPartsThread(hls_); });
   for (int batch = 1; batch <= 3; ++batch) {
     EXPECT_TRUE(IsTaken(static_cast<std::size_t>(batch)));
     EXPECT_TRUE(clock_.WaitForWaiters(1));
@@ -270,25 +271,25 @@ TEST_F(SegmentLoopTest, NextBatchIsTakenAfterAMillisecond) {
 
 TEST_F(SegmentQueueTest, RestartUnderTheSameNamesIsPlayedAtOnce) {
   Queue(LivePlaylist(100, SegmentUris(0, 3)));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(LivePlaylist(103, SegmentUris(3, 3)));
-  TakeAndDownload();
+  PopAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(0, SegmentUris(0, 3))), "QUEUEED1:3");
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   Queue(LivePlaylist(0, SegmentUris(0, 4)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg3.ts"));
   Queue(LivePlaylist(1, SegmentUris(1, 4)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg4.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg4.ts"));
 }
 
 TEST_F(SegmentQueueTest, RestartThatDoesNotAdvanceIsPlayedOnce) {
   Queue(LivePlaylist(100, SegmentUris(0, 3)));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   for (int i = 0; i < 20; ++i) {
     Queue(LivePlaylist(0, SegmentUris(0, 3)));
-    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+    EXPECT_THAT(PopAndDownload(), IsEmpty());
   }
 }
 
@@ -296,28 +297,28 @@ TEST_F(SegmentQueueTest, SegmentsWaitingAtARestartArePlayedToo) {
   Queue(LivePlaylist(100, SegmentUris(0, 2)));
   Queue(LivePlaylist(0, SegmentUris(0, 1)));
   Queue(LivePlaylist(0, SegmentUris(0, 2)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg0.ts", "seg1.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg0.ts", "seg1.ts"));
 }
 
 TEST_F(SegmentQueueTest, LateCopyOfAPlaylistIsCountedAndOtherwiseIgnored) {
   Queue(LivePlaylist(100, SegmentUris(10, 3)));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(LivePlaylist(101, SegmentUris(11, 3)));
-  TakeAndDownload();
+  PopAndDownload();
   EXPECT_EQ(Queue(LivePlaylist(100, SegmentUris(10, 3))), "QUEUEED1:3");
   EXPECT_EQ(WaitingSegments(), 0U) << "nothing is queued again";
-  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  EXPECT_THAT(PopAndDownload(), IsEmpty());
   Queue(LivePlaylist(102, SegmentUris(12, 3)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg14.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg14.ts"));
 }
 
 TEST_F(SegmentQueueTest, NewSegmentsAreQueuedAtOnceAlsoUnderSmallerNumbers) {
   Queue(LivePlaylist(100, SegmentUris(10, 3)));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(LivePlaylist(90, SegmentUris(0, 3)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   Queue(LivePlaylist(101, SegmentUris(11, 3)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg13.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg13.ts"));
 }
 
 TEST_F(SegmentQueueTest, ReusedNameIsLeftForALaterRefreshIfTheQueueIsFull) {
@@ -327,26 +328,26 @@ TEST_F(SegmentQueueTest, ReusedNameIsLeftForALaterRefreshIfTheQueueIsFull) {
     return LivePlaylist(first, names);
   };
   Queue(list(0));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(list(1));
-  TakeAndDownload();
+  PopAndDownload();
   FillQueueExcept(0);
   Queue(list(2));
   FillQueueExcept(kMaxQueuedSegments);
   Queue(list(2));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("r0.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("r0.ts"));
 }
 
 TEST_F(SegmentQueueTest, SegmentWhoseNameIsReusedWhileItWaitsIsReplaced) {
   Queue(LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
-  const auto first = PopQueuedSegments(pipeline_, history_);
+  const auto first = PopQueuedSegments(hls_, history_);
   Queue(LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
   Queue(LivePlaylist(2, {"r2.ts", "r0.ts", "r1.ts"}));
   EXPECT_TRUE(stream_.ledger.IsReplaced(first[0])) << "while the segment thread works on its batch";
   EXPECT_TRUE(stream_.ledger.IsReplaced(first[1]));
   EXPECT_FALSE(stream_.ledger.IsReplaced(first[2]));
   Queue(LivePlaylist(4, {"r1.ts", "r2.ts", "r0.ts"}));
-  const auto second = PopQueuedSegments(pipeline_, history_);
+  const auto second = PopQueuedSegments(hls_, history_);
   ASSERT_EQ(second.size(), 4U);
   EXPECT_TRUE(stream_.ledger.IsReplaced(second[0])) << "while it waited in the queue";
   EXPECT_FALSE(stream_.ledger.IsReplaced(second[1]));
@@ -359,7 +360,7 @@ TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotAccumulate) {
     Uris names;
     for (int i = first; i < first + 5; ++i) names.push_back("r" + std::to_string(i % 8) + ".ts");
     Queue(LivePlaylist(first, names));
-    EXPECT_EQ(TakeAndDownload().size(), first == 0 ? 5U : 1U);
+    EXPECT_EQ(PopAndDownload().size(), first == 0 ? 5U : 1U);
     EXPECT_LE(stream_.ledger.CurrentSizes().replaced, 1U);
   }
   EXPECT_LE(KnownSegments(), 8U);
@@ -368,20 +369,20 @@ TEST_F(SegmentQueueTest, ReplacedSegmentsDoNotAccumulate) {
 TEST_F(SegmentQueueTest, PlaylistWithoutASequenceNeverRestarts) {
   const auto list = [](int first) { return "#EXTM3U\n" + SegmentLines(SegmentUris(first, 3)); };
   Queue(list(3));
-  TakeAndDownload();
+  PopAndDownload();
   Queue(list(0));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   Queue(list(3));
-  EXPECT_THAT(TakeAndDownload(), IsEmpty());
+  EXPECT_THAT(PopAndDownload(), IsEmpty());
 }
 
 TEST_F(SegmentQueueTest, SegmentsThatEndBeforeTheStartPositionAreSkipped) {
-  pipeline_.startPosition = 31;
+  hls_.startPosition = 31;
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
   testing::internal::CaptureStdout();
-  std::thread segments([this] { DownloadPartsThread(pipeline_); });
-  EXPECT_TRUE(WaitUntil([this] { return pipeline_.position.load() == 30.0F; }));
-  pipeline_.running = false;
+  std::thread segments([this] { DownloadPartsThread(hls_); });
+  EXPECT_TRUE(WaitUntil([this] { return hls_.position.load() == 30.0F; }));
+  hls_.running = false;
   stream_.WakeTasks();
   segments.join();
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "m3u8 DownloadParts thread stop.\n");
@@ -399,7 +400,7 @@ TEST_F(SegmentQueueTest, SegmentsAreLeftForALaterRefreshIfTheQueueIsFull) {
   EXPECT_EQ(WaitingSegments(), kMaxQueuedSegments);
   FillQueueExcept(kMaxQueuedSegments);
   Queue(LivePlaylist(0, SegmentUris(0, 3)));
-  EXPECT_THAT(Take(), ElementsAre("seg2.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("seg2.ts"));
 }
 
 // A live stream of many segments.
@@ -412,9 +413,9 @@ class LongLiveTest : public SegmentQueueTest {
     std::vector<std::string> played;
     for (int i = 0; i < count; ++i) {
       Queue(LivePlaylist(i * step, SegmentUris(i * step, length)));
-      const std::size_t before = taken_.size();
-      for (const std::string& name : Take()) played.push_back(name);
-      for (std::size_t at = before; at < taken_.size(); ++at) done(taken_[at].uri, at);
+      const std::size_t before = popped_.size();
+      for (const std::string& name : PopSegments()) played.push_back(name);
+      for (std::size_t at = before; at < popped_.size(); ++at) done(popped_[at].uri, at);
       most_known_ = std::max(most_known_, KnownSegments());
     }
     EXPECT_EQ(played, SegmentUris(0, (count - 1) * step + length));
@@ -433,7 +434,7 @@ TEST_F(LongLiveTest, SegmentsWhoseNamesDoNotSortByAgeArePlayedOnce) {
 
 TEST_F(LongLiveTest, WindowOfMoreThanAThousandSegmentsIsPlayedOnce) {
   Play(4, 1'500, 0, Downloaded);
-  EXPECT_EQ(taken_.size(), 1'500U);
+  EXPECT_EQ(popped_.size(), 1'500U);
 }
 
 TEST_F(LongLiveTest, LongWindowThatAdvancesIsPlayedOnce) { Play(5, 1'500, 3, Downloaded); }

@@ -16,6 +16,7 @@
 
 #include "bench/bench_report.h"
 #include "bench/nginx_server.h"
+#include "bench/ts_feed.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "hls/hls_stream.h"
@@ -166,7 +167,7 @@ class OnDemandStream {
 
  private:
   Frames Count(const std::vector<std::uint8_t>& sample) const {
-    ProcessTsDemuxer().Reset();
+    ResetProcessTsDemuxer();
     ResetFrameQueues();
     {
       const TsDemuxLock lock;
@@ -189,10 +190,7 @@ class OnDemandStream {
 // not received.
 std::optional<double> PlaySeconds(const OnDemandStream& stream) {
   const QuietConsole quiet;
-  {
-    const TsDemuxLock lock;
-    ProcessTsDemuxer().Reset();
-  }
+  ResetProcessTsDemuxer();
   CM3u8Downloader downloader(nullptr);
   const auto begin = SteadyClock::now();
   const auto limit = begin + std::chrono::seconds(60);

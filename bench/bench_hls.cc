@@ -230,10 +230,10 @@ std::optional<double> FetchSeconds(const OnDemandStream& stream) {
 
 using Measurement = std::optional<double> (*)(const OnDemandStream& stream);
 
-void RegisterOnDemand(const char* name, const OnDemandStream& stream, Measurement contestant) {
-  const auto run = [&stream, contestant](benchmark::State& state) {
+void RegisterOnDemand(const char* name, const OnDemandStream& stream, Measurement measurement) {
+  const auto run = [&stream, measurement](benchmark::State& state) {
     while (state.KeepRunning()) {
-      const auto seconds = contestant(stream);
+      const auto seconds = measurement(stream);
       if (!seconds) return state.SkipWithError("the stream was not received completely");
       state.SetIterationTime(*seconds);
     }

@@ -21,14 +21,14 @@ struct Freer {
 }  // namespace
 
 std::unique_ptr<OpenMovie> OpenMovie::Open(const char* path) {
-  auto file = File::Open(path);
+  auto file = platform::RandomAccessFile::Open(path);
   if (!file) return nullptr;
   auto index = IndexOf(*file);
   if (index == nullptr) return nullptr;
   return std::unique_ptr<OpenMovie>(new OpenMovie(*std::move(file), std::move(index)));
 }
 
-OpenMovie::OpenMovie(File file, std::shared_ptr<const MovieIndex> index)
+OpenMovie::OpenMovie(platform::RandomAccessFile file, std::shared_ptr<const MovieIndex> index)
     : file_(std::move(file)), index_(std::move(index)) {
   readings_.reserve(index_->Tracks().size());
   for (const Track& track : index_->Tracks()) readings_.push_back({&track, {}});

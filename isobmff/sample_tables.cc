@@ -8,13 +8,15 @@
 namespace stream::isobmff {
 namespace {
 
-std::unique_ptr<const TableBytes> LoadBytes(const File& file, const TableBox& box) {
+std::unique_ptr<const TableBytes> LoadBytes(const platform::RandomAccessFile& file,
+                                            const TableBox& box) {
   auto bytes = TableBytes::Load(file, box);
   if (!bytes) return nullptr;
   return std::make_unique<const TableBytes>(*std::move(bytes));
 }
 
-const RunTable* LoadedRuns(const Lazy<RunTable>& lazy, const File& file, const TableBox& box) {
+const RunTable* LoadedRuns(const Lazy<RunTable>& lazy, const platform::RandomAccessFile& file,
+                           const TableBox& box) {
   return lazy.Get([&] { return LoadSampleRuns(file, box); });
 }
 
@@ -103,8 +105,8 @@ bool SampleTableBoxes::Complete() const {
   return sizes->count == 0 || (times->count != 0 && chunk_runs->count != 0 && offsets->count != 0);
 }
 
-bool SampleTables::FindTime(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                            SampleTime& time) const {
+bool SampleTables::FindTime(const platform::RandomAccessFile& file, std::uint32_t sample,
+                            SampleCursor& cursor, SampleTime& time) const {
   if (sample >= Count()) return false;
   const RunTable* const times = LoadedRuns(times_, file, *boxes_.times);
   if (times == nullptr || !times->Find(sample, cursor.time)) return false;
@@ -113,7 +115,7 @@ bool SampleTables::FindTime(const File& file, std::uint32_t sample, SampleCursor
   return true;
 }
 
-bool SampleTables::FindLocation(const File& file, std::uint32_t sample,
+bool SampleTables::FindLocation(const platform::RandomAccessFile& file, std::uint32_t sample,
                                 SampleCursor& cursor) const {
   if (cursor.sample == sample) return true;
   const SizeTable* const sizes = Sizes(file);
@@ -141,8 +143,8 @@ bool SampleTables::FindLocation(const File& file, std::uint32_t sample,
   return true;
 }
 
-bool SampleTables::FindComposition(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                                   std::uint32_t& offset) const {
+bool SampleTables::FindComposition(const platform::RandomAccessFile& file, std::uint32_t sample,
+                                   SampleCursor& cursor, std::uint32_t& offset) const {
   offset = 0;
   if (!boxes_.composition) return true;
   const RunTable* const runs = LoadedRuns(composition_, file, *boxes_.composition);
@@ -151,8 +153,8 @@ bool SampleTables::FindComposition(const File& file, std::uint32_t sample, Sampl
   return true;
 }
 
-bool SampleTables::FindSync(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                            bool& is_sync) const {
+bool SampleTables::FindSync(const platform::RandomAccessFile& file, std::uint32_t sample,
+                            SampleCursor& cursor, bool& is_sync) const {
   is_sync = true;
   if (!boxes_.sync) return true;
   const SyncTable* const sync = sync_.Get([&]() -> std::unique_ptr<const SyncTable> {
@@ -165,7 +167,7 @@ bool SampleTables::FindSync(const File& file, std::uint32_t sample, SampleCursor
   return true;
 }
 
-const SizeTable* SampleTables::Sizes(const File& file) const {
+const SizeTable* SampleTables::Sizes(const platform::RandomAccessFile& file) const {
   return sizes_.Get([&]() -> std::unique_ptr<const SizeTable> {
     auto bytes = TableBytes::Load(file, *boxes_.sizes);
     if (!bytes) return nullptr;
@@ -173,7 +175,8 @@ const SizeTable* SampleTables::Sizes(const File& file) const {
   });
 }
 
-bool SampleTables::ChunkOffset(const File& file, std::uint32_t chunk, std::uint64_t& offset) const {
+bool SampleTables::ChunkOffset(const platform::RandomAccessFile& file, std::uint32_t chunk,
+                               std::uint64_t& offset) const {
   const TableBox& box = *boxes_.offsets;
   const TableBytes* const bytes = offsets_.Get([&] { return LoadBytes(file, box); });
   if (bytes == nullptr || chunk == 0 || chunk > box.count) return false;

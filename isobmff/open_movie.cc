@@ -80,7 +80,7 @@ bool OpenMovie::ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Samp
   const std::size_t size = cursor.location.size;
   std::unique_ptr<std::uint8_t, Freer> bytes(
       static_cast<std::uint8_t*>(std::malloc(std::max<std::size_t>(size, 1))));
-  if (bytes == nullptr || !windows_.Read(file_, cursor.location.offset, {bytes.get(), size})) {
+  if (bytes == nullptr || !cache_.Read(file_, cursor.location.offset, {bytes.get(), size})) {
     return false;
   }
   sample.bytes = bytes.release();

@@ -36,18 +36,18 @@ SizeTable::SizeTable(TableBytes bytes, const TableBox& box)
 
 std::uint32_t SizeTable::At(std::uint32_t sample) const {
   const std::uint8_t* const data = bytes_.Data();
-  const std::size_t place = sample;
+  const std::size_t index = sample;
   switch (entry_bits_) {
     case 0:
       return same_size_;
     case 4:
-      return sample % 2 == 0 ? data[place / 2] >> 4 : data[place / 2] & 0xF;
+      return sample % 2 == 0 ? data[index / 2] >> 4 : data[index / 2] & 0xF;
     case 8:
-      return data[place];
+      return data[index];
     case 16:
-      return Read16(data + place * 2);
+      return Read16(data + index * 2);
     default:
-      return Read32(data + place * 4);
+      return Read32(data + index * 4);
   }
 }
 
@@ -75,11 +75,11 @@ SyncTable::SyncTable(TableBytes bytes, std::uint32_t count) : bytes_(std::move(b
 }
 
 bool SyncTable::Contains(std::uint32_t number, std::uint32_t& cursor) const {
-  const auto is_place = [&](std::uint32_t entry) {
+  const auto is_lower_bound = [&](std::uint32_t entry) {
     return entry <= count_ && (entry == 0 || At(entry - 1) < number) &&
            (entry == count_ || At(entry) >= number);
   };
-  if (!is_place(cursor)) cursor = is_place(cursor + 1) ? cursor + 1 : Search(number);
+  if (!is_lower_bound(cursor)) cursor = is_lower_bound(cursor + 1) ? cursor + 1 : Search(number);
   return cursor < count_ && At(cursor) == number;
 }
 

@@ -51,7 +51,7 @@ class OpenMovie {
   platform::RandomAccessFile file_;
   std::shared_ptr<const MovieIndex> index_;
   std::vector<Reading> readings_;  // one per track
-  ReadCache windows_;
+  ReadCache cache_;
 };
 
 }  // namespace stream::isobmff

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "bench/bench_report.h"
+#include "bench/piece_size.h"
 #include "common/byte_buffer.h"
 
 using namespace stream;
@@ -13,20 +14,19 @@ using namespace stream;
 namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;
-constexpr std::uint32_t kChunkSize = 16384;  // the most that libcurl passes to a write callback
-constexpr std::uint32_t kRead = 188;         // bytes that the reader consumes after each chunk
+constexpr std::uint32_t kRead = 188;  // bytes that the reader consumes after each piece
 
 std::string Name(unsigned megabytes) { return "append_" + std::to_string(megabytes) + "_MB"; }
 
-// Appends `total` bytes in chunks to a new buffer. The reader consumes little, so most bytes become
+// Appends `total` bytes in pieces to a new buffer. The reader consumes little, so most bytes become
 // backlog.
 void BenchAppend(benchmark::State& state, std::uint32_t total) {
-  const std::vector<std::uint8_t> chunk(kChunkSize, 0x47);
+  const std::vector<std::uint8_t> piece(kPieceSize, 0x47);
   while (state.KeepRunning()) {
     CByteBuffer buffer;
     std::uint32_t status = buffer.Initialize();
-    for (std::uint32_t done = 0; done < total && status == kBufferOk; done += kChunkSize) {
-      status = buffer.Append(chunk.data(), kChunkSize);
+    for (std::uint32_t done = 0; done < total && status == kBufferOk; done += kPieceSize) {
+      status = buffer.Append(piece.data(), kPieceSize);
       benchmark::DoNotOptimize(*buffer.ReadPtr());
       buffer.MoveStart(kRead);
     }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "bench/bench_report.h"
+#include "bench/piece_size.h"
 #include "flv/flv_download.h"
 #include "flv/flv_stream.h"
 
@@ -18,7 +19,6 @@ namespace {
 
 constexpr std::uint32_t kMegabyte = 1'000'000;
 constexpr std::uint32_t kWhole = 300 * kMegabyte;
-constexpr std::uint32_t kChunkSize = 16384;  // the most that libcurl passes to a write callback
 
 // Releases the memory that an earlier round has allocated.
 void ResetStream() {
@@ -26,24 +26,24 @@ void ResetStream() {
   std::construct_at(&*g_flvStream);
 }
 
-// Appends `total` bytes in chunks. Once `backlog` bytes are unread, the reader consumes one chunk
-// for each chunk appended; at the end it consumes the rest. Returns false if bytes were refused or
+// Appends `total` bytes in pieces. Once `backlog` bytes are unread, the reader consumes one piece
+// for each piece appended; at the end it consumes the rest. Returns false if bytes were refused or
 // lost.
 bool Pass(std::uint32_t total, std::uint32_t backlog) {
-  static const std::vector<char> chunk(kChunkSize, 0x17);
-  static std::vector<std::uint8_t> read(kChunkSize);
+  static const std::vector<char> piece(kPieceSize, 0x17);
+  static std::vector<std::uint8_t> read(kPieceSize);
   const RunId run = g_flvStream->Begin();
   FlvTransfer transfer(run);
   FlvStreamSource source(run);
   std::uint32_t unread = 0;
-  for (std::uint32_t done = 0; done < total; done += kChunkSize, unread += kChunkSize) {
-    if (transfer.OnBytes(chunk.data(), kChunkSize) != kChunkSize) return false;
+  for (std::uint32_t done = 0; done < total; done += kPieceSize, unread += kPieceSize) {
+    if (transfer.OnBytes(piece.data(), kPieceSize) != kPieceSize) return false;
     if (unread < backlog) continue;
-    if (!source.Read(read.data(), kChunkSize)) return false;
-    unread -= kChunkSize;
+    if (!source.Read(read.data(), kPieceSize)) return false;
+    unread -= kPieceSize;
   }
   g_flvStream->MarkEndOfInput(run);
-  while (source.Read(read.data(), kChunkSize)) unread -= kChunkSize;
+  while (source.Read(read.data(), kPieceSize)) unread -= kPieceSize;
   return unread == 0;
 }
 
@@ -81,6 +81,6 @@ int main(int argc, char** argv) {
     ratios.push_back({title + "300_MB_at_a_backlog", "300_MB_at_a_backlog_of_10_MB", whole});
     ratios.push_back({title + "fill_and_empty", "fill_and_empty_10_MB", filled});
   }
-  benchmark::AddCustomContext("input", "pieces of 16384 bytes taken, and read as large");
+  benchmark::AddCustomContext("input", "pieces of 16384 bytes received, and read as large");
   return RunBenchmarks(argc, argv, ratios);
 }

@@ -16,6 +16,7 @@
 
 #include "bench/bench_report.h"
 #include "bench/nginx_server.h"
+#include "bench/ts_feed.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "hls/hls_stream.h"
@@ -166,7 +167,7 @@ class OnDemandStream {
 
  private:
   Frames Count(const std::vector<std::uint8_t>& sample) const {
-    ProcessTsDemuxer().Reset();
+    ResetProcessTsDemuxer();
     ResetFrameQueues();
     {
       const TsDemuxLock lock;
@@ -189,10 +190,7 @@ class OnDemandStream {
 // not received.
 std::optional<double> PlaySeconds(const OnDemandStream& stream) {
   const QuietConsole quiet;
-  {
-    const TsDemuxLock lock;
-    ProcessTsDemuxer().Reset();
-  }
+  ResetProcessTsDemuxer();
   CM3u8Downloader downloader(nullptr);
   const auto begin = SteadyClock::now();
   const auto limit = begin + std::chrono::seconds(60);
@@ -232,10 +230,10 @@ std::optional<double> FetchSeconds(const OnDemandStream& stream) {
 
 using Measurement = std::optional<double> (*)(const OnDemandStream& stream);
 
-void RegisterOnDemand(const char* name, const OnDemandStream& stream, Measurement contestant) {
-  const auto run = [&stream, contestant](benchmark::State& state) {
+void RegisterOnDemand(const char* name, const OnDemandStream& stream, Measurement measurement) {
+  const auto run = [&stream, measurement](benchmark::State& state) {
     while (state.KeepRunning()) {
-      const auto seconds = contestant(stream);
+      const auto seconds = measurement(stream);
       if (!seconds) return state.SkipWithError("the stream was not received completely");
       state.SetIterationTime(*seconds);
     }

@@ -26,6 +26,7 @@
 #include <thread>
 
 #include "bench/looped_sample.h"
+#include "bench/piece_size.h"
 #include "common/frame_queue.h"
 #include "mp4/mp4_downloader.h"
 #include "mp4/mp4_file_handle.h"
@@ -109,10 +110,9 @@ class PacedServer {
         "HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " + std::to_string(size) +
         "\r\n\r\n";
     if (write(client, head.data(), head.size()) < 0) return;
-    constexpr off_t kChunkSize = 16384;
     const auto start = Clock::now();
     for (off_t sent = 0; sent < size;) {
-      if (sendfile(client, media, &sent, static_cast<std::size_t>(kChunkSize)) <= 0) return;
+      if (sendfile(client, media, &sent, kPieceSize) <= 0) return;
       const std::chrono::duration<double> due(static_cast<double>(sent) / bytes_a_second);
       std::this_thread::sleep_until(start + std::chrono::duration_cast<Clock::duration>(due));
     }

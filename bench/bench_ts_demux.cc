@@ -1,18 +1,14 @@
 // ts_demux_feed against libavformat's demultiplexer, on the same bytes and in the same process.
 #include <benchmark/benchmark.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <span>
 
 #include "bench/bench_report.h"
 #include "bench/demux_totals.h"
 #include "bench/libavformat_demux.h"
-#include "bench/pop_frames.h"
+#include "bench/ts_feed.h"
 #include "bench/ts_sample.h"
-#include "common/frame_queue.h"
-#include "ts/ts_demux.h"
-#include "ts/ts_packet.h"
 
 using namespace stream;
 
@@ -23,25 +19,6 @@ using Bytes = std::span<const std::uint8_t>;
 constexpr char kOurs[] = "ts_demux_feed";
 constexpr char kNoParse[] = "libavformat_noparse";
 constexpr char kParse[] = "libavformat_parse";
-
-// Feeds as the TS pipeline does: in batches as large as a write callback's data, one packet per
-// call.
-DemuxTotals DemuxWithFeed(Bytes stream) {
-  constexpr std::size_t kBatch = 16384 / kTsPacketSize * kTsPacketSize;
-  ProcessTsDemuxer().Reset();
-  ResetFrameQueues();
-  DemuxTotals totals;
-  for (std::size_t batch = 0; batch < stream.size(); batch += kBatch) {
-    const TsDemuxLock lock;
-    const std::size_t end = std::min(stream.size(), batch + kBatch);
-    for (std::size_t packet = batch; packet + kTsPacketSize <= end; packet += kTsPacketSize) {
-      ts_demux_feed(stream.data() + packet, static_cast<std::int32_t>(kTsPacketSize));
-      PopFrames(g_videoQueue, PopVideoFrame, totals);
-      PopFrames(g_audioQueue, PopAudioFrame, totals);
-    }
-  }
-  return totals;
-}
 
 void Report(benchmark::State& state, Bytes stream, const DemuxTotals& totals) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(stream.size()));

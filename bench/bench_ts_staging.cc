@@ -12,12 +12,13 @@
 
 #include "bench/bench_report.h"
 #include "bench/demux_totals.h"
+#include "bench/piece_size.h"
 #include "bench/pop_frames.h"
+#include "bench/ts_feed.h"
 #include "bench/ts_sample.h"
 #include "common/frame_queue.h"
 #include "common/player_port.h"
 #include "ts/ts_batch_feeder.h"
-#include "ts/ts_demux.h"
 #include "ts/ts_download.h"
 #include "ts/ts_state.h"
 
@@ -27,13 +28,8 @@ namespace {
 
 using Bytes = std::span<const std::uint8_t>;
 
-constexpr std::size_t kPiece = 16384;  // the most that libcurl passes to a write callback
-
 void Reset() {
-  {
-    const TsDemuxLock lock;
-    ProcessTsDemuxer().Reset();
-  }
+  ResetProcessTsDemuxer();
   ResetFrameQueues();
   const std::lock_guard lock(g_tsStreamLock);
   std::destroy_at(&*g_tsStreamBuffer);  // releases the memory of an earlier round
@@ -42,7 +38,7 @@ void Reset() {
 }
 
 // Receives the stream in pieces and parses whenever `backlog` bytes have been received, as
-// ParseTs does after its pauses. Returns nothing if bytes were refused.
+// ParseTs does after its pauses. Returns no frames if bytes were refused.
 DemuxTotals Pass(Bytes stream, std::size_t backlog) {
   Reset();
   TsTransfer transfer(PlayerPort(), 0);
@@ -51,8 +47,8 @@ DemuxTotals Pass(Bytes stream, std::size_t backlog) {
   while (!stream.empty()) {
     const Bytes batch = stream.first(std::min(stream.size(), backlog));
     stream = stream.subspan(batch.size());
-    for (std::size_t at = 0; at < batch.size(); at += kPiece) {
-      const std::size_t size = std::min(kPiece, batch.size() - at);
+    for (std::size_t at = 0; at < batch.size(); at += kPieceSize) {
+      const std::size_t size = std::min<std::size_t>(kPieceSize, batch.size() - at);
       const auto* bytes = reinterpret_cast<const char*>(batch.data() + at);
       if (transfer.OnBytes(bytes, static_cast<std::uint32_t>(size)) != size) return {};
     }
@@ -64,13 +60,16 @@ DemuxTotals Pass(Bytes stream, std::size_t backlog) {
   return totals;
 }
 
-void BenchPass(benchmark::State& state, Bytes stream, std::size_t backlog) {
+// Every pass must output `expected`, which is not empty.
+void BenchPass(benchmark::State& state, Bytes stream, std::size_t backlog,
+               const DemuxTotals& expected) {
   g_tsRunning = true;
-  DemuxTotals totals;
-  while (state.KeepRunning()) totals = Pass(stream, backlog);
-  if (totals.frames == 0) state.SkipWithError("bytes were refused or lost");
+  while (state.KeepRunning()) {
+    if (expected.frames == 0 || Pass(stream, backlog) != expected)
+      return state.SkipWithError("bytes were refused or lost");
+  }
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(stream.size()));
-  state.counters["frames"] = static_cast<double>(totals.frames);
+  state.counters["frames"] = static_cast<double>(expected.frames);
 }
 
 }  // namespace
@@ -78,10 +77,11 @@ void BenchPass(benchmark::State& state, Bytes stream, std::size_t backlog) {
 int main(int argc, char** argv) {
   const auto sample = LoadTsSample();
   if (!sample) return 1;
+  const DemuxTotals expected = DemuxWithFeed(sample->bytes);
   for (const std::size_t kilobytes : {16U, 64U, 256U, 1024U, 8192U, 65536U}) {
     const std::string name = "batches_of_" + std::to_string(kilobytes) + "_KB";
-    benchmark::RegisterBenchmark(name.c_str(), [=, &sample](benchmark::State& state) {
-      BenchPass(state, sample->bytes, kilobytes * 1024);
+    benchmark::RegisterBenchmark(name.c_str(), [=, &sample, &expected](benchmark::State& state) {
+      BenchPass(state, sample->bytes, kilobytes * 1024, expected);
     })->Unit(benchmark::kMillisecond);
   }
   benchmark::AddCustomContext("input", sample->description);

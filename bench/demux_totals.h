@@ -8,6 +8,7 @@
 struct DemuxTotals {
   std::uint64_t frames = 0;
   std::uint64_t bytes = 0;  // payload only
+  bool operator==(const DemuxTotals&) const = default;
 };
 
 #endif  // BENCH_DEMUX_TOTALS_H_

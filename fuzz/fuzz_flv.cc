@@ -68,13 +68,13 @@ Frames ParseFromMemory(Bytes stream) {
   return Parse(source);
 }
 
-// Parses the stream from the pipeline's buffer, to which it was appended in chunks of `chunk_size`
+// Parses the stream from the pipeline's buffer, to which it was appended in pieces of `piece_size`
 // bytes.
-Frames ParseFromStream(Bytes stream, std::size_t chunk_size) {
+Frames ParseFromStream(Bytes stream, std::size_t piece_size) {
   g_flvRunning = true;
   const RunId run = g_flvStream->Begin();
-  for (std::size_t at = 0; at < stream.size(); at += chunk_size) {
-    const Bytes part = stream.subspan(at, std::min(chunk_size, stream.size() - at));
+  for (std::size_t at = 0; at < stream.size(); at += piece_size) {
+    const Bytes part = stream.subspan(at, std::min(piece_size, stream.size() - at));
     Require(g_flvStream->Stage(run, at, part.data(), static_cast<std::uint32_t>(part.size())));
   }
   g_flvStream->MarkEndOfInput(run);
@@ -128,14 +128,14 @@ void RequireFirstOf(const std::vector<Frame>& some, const std::vector<Frame>& al
 
 void CheckStream(Bytes stream) {
   constexpr std::array<std::uint8_t, 4> kStartCode = {0, 0, 0, 1};
-  constexpr std::size_t kChunkSizes[] = {7, 4096};
+  constexpr std::size_t kPieceSizes[] = {7, 4096};
   const Frames frames = ParseFromMemory(stream);
   const std::size_t bytes = RequireBytesOf(stream, frames.video, kStartCode) +
                             RequireBytesOf(stream, frames.audio, AdtsHeader{});
   Require(bytes <= stream.size());
   RequirePrefixes(frames);
-  for (const std::size_t chunk_size : kChunkSizes)
-    Require(ParseFromStream(stream, chunk_size) == frames);
+  for (const std::size_t piece_size : kPieceSizes)
+    Require(ParseFromStream(stream, piece_size) == frames);
   const Bytes first_half = stream.first(stream.size() / 2);
   if (!HasWholeHeader(first_half)) return;
   const Frames half = ParseFromMemory(first_half);

@@ -67,10 +67,6 @@ OwnDemuxer& ResetOwnDemuxer() {
   return own;
 }
 
-void FeedProcessDemuxer(const std::uint8_t* data, std::int32_t length) {
-  ts_demux_feed(data, length);
-}
-
 // Each packet is in a block of its own, so that a read past its end is detected.
 template <typename Feed>
 void FeedPacketByPacket(Bytes stream, const Feed& feed) {
@@ -83,12 +79,13 @@ void FeedPacketByPacket(Bytes stream, const Feed& feed) {
 
 // Feeds the stream twice: the second time the state left by the first is still there.
 void TwoStreamsPacketByPacket(Bytes stream) {
+  const TsDemuxLock lock;
   ProcessTsDemuxer().Reset();
   ResetFrameQueues();
-  FeedPacketByPacket(stream, FeedProcessDemuxer);
+  FeedPacketByPacket(stream, ts_demux_feed);
   std::size_t out = DrainBoth();
   ResetFrameQueues();
-  FeedPacketByPacket(stream, FeedProcessDemuxer);
+  FeedPacketByPacket(stream, ts_demux_feed);
   out += DrainBoth();
   Require(out <= 2 * stream.size());
 }
@@ -152,7 +149,6 @@ extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t s
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   // A trailing part of this length, which the demultiplexer ignores, requests the long run.
   constexpr std::size_t kLongRunTail = 1;
-  const TsDemuxLock lock;
   const Bytes stream(data, size);
   TwoStreamsPacketByPacket(stream);
   AllInOneCall(stream);

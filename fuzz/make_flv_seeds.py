@@ -61,16 +61,16 @@ def index_of(tags, kind, packet_type):
 def spoilt_tags(tags):
     """Tags with wrong values."""
     avc = index_of(tags, 9, 0)
-    picture = index_of(tags, 9, 1)
+    video = index_of(tags, 9, 1)
     aac = index_of(tags, 8, 1)
     aac_header = index_of(tags, 8, 0)
     return {
-        "tag_without_a_body": spoilt(tags, picture, SIZE, b"\0\0\0"),
-        "tag_too_short": spoilt(tags, picture, SIZE, b"\0\0\x08"),
-        "tag_too_long": spoilt(tags, picture, SIZE, b"\xff\xff\xff"),
-        "nal_too_long": spoilt(tags, picture, BODY + 5, b"\0\0\xff\xff"),
-        "nal_longer_than_any_tag": spoilt(tags, picture, BODY + 5, b"\xff\xff\xff\xfc"),
-        "nal_of_no_bytes": spoilt(tags, picture, BODY + 5, b"\0\0\0\0"),
+        "tag_without_a_body": spoilt(tags, video, SIZE, b"\0\0\0"),
+        "tag_too_short": spoilt(tags, video, SIZE, b"\0\0\x08"),
+        "tag_too_long": spoilt(tags, video, SIZE, b"\xff\xff\xff"),
+        "nal_too_long": spoilt(tags, video, BODY + 5, b"\0\0\xff\xff"),
+        "nal_longer_than_any_tag": spoilt(tags, video, BODY + 5, b"\xff\xff\xff\xfc"),
+        "nal_of_no_bytes": spoilt(tags, video, BODY + 5, b"\0\0\0\0"),
         "sps_too_long": spoilt(tags, avc, BODY + 11, b"\xff\xff"),
         "sps_of_no_bytes": spoilt(tags, avc, BODY + 11, b"\0\0"),
         "audio_too_long": spoilt(tags, aac, SIZE, b"\x7f\xff\xff"),
@@ -80,8 +80,8 @@ def spoilt_tags(tags):
         "aac_header_without_a_configuration": shortened(tags, aac_header, 2),
         "aac_header_of_half_a_configuration": shortened(tags, aac_header, 3),
         "avc_header_cut_in_its_sps": shortened(tags, avc, 20),
-        "late_timestamp": spoilt(tags, picture, SIZE + 3, b"\xff\xff\xff\xff"),
-        "unknown_tag_type": spoilt(tags, picture, 4, b"\x0c"),
+        "late_timestamp": spoilt(tags, video, SIZE + 3, b"\xff\xff\xff\xff"),
+        "unknown_tag_type": spoilt(tags, video, 4, b"\x0c"),
     }
 
 

@@ -18,13 +18,13 @@ class Registry {
     return instance;
   }
 
-  Index Find(const FileId& id) {
+  Index Find(const platform::FileId& id) {
     const MutexLock lock(mutex_);
     const auto found = indexes_.find(id);
     return found == indexes_.end() ? nullptr : found->second.lock();
   }
 
-  void Keep(const FileId& id, const Index& index) {
+  void Keep(const platform::FileId& id, const Index& index) {
     const MutexLock lock(mutex_);
     std::erase_if(indexes_, [](const auto& entry) { return entry.second.expired(); });
     indexes_.insert_or_assign(id, index);
@@ -32,12 +32,12 @@ class Registry {
 
  private:
   Mutex mutex_;
-  std::map<FileId, std::weak_ptr<const MovieIndex>> indexes_ GUARDED_BY(mutex_);
+  std::map<platform::FileId, std::weak_ptr<const MovieIndex>> indexes_ GUARDED_BY(mutex_);
 };
 
 }  // namespace
 
-std::shared_ptr<const MovieIndex> IndexOf(const File& file) {
+std::shared_ptr<const MovieIndex> IndexOf(const platform::RandomAccessFile& file) {
   Registry& registry = Registry::Instance();
   Index index = registry.Find(file.Id());
   // The file may have been rewritten since.

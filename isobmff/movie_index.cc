@@ -33,20 +33,22 @@ bool IsWhole(BoxWalk& walk, const UnreceivedTail& tail) {
   return !tail.Reaches(walk.Left().end) || walk.Left().Size() <= kSmallerThanATrack;
 }
 
-bool HasBytesAt(const File& file, std::uint64_t offset, const Bytes& expected) {
+bool HasBytesAt(const platform::RandomAccessFile& file, std::uint64_t offset,
+                const Bytes& expected) {
   std::uint8_t found[kHeadSize];
   return file.ReadAt(offset, found, expected.size()) == expected.size() &&
          std::equal(expected.begin(), expected.end(), found);
 }
 
-bool Load(const File& file, std::uint64_t offset, std::uint64_t size, Bytes& bytes) {
+bool Load(const platform::RandomAccessFile& file, std::uint64_t offset, std::uint64_t size,
+          Bytes& bytes) {
   bytes.resize(static_cast<std::size_t>(size));
   return file.ReadAt(offset, bytes.data(), bytes.size()) == bytes.size();
 }
 
 }  // namespace
 
-std::shared_ptr<const MovieIndex> MovieIndex::Read(const File& file) {
+std::shared_ptr<const MovieIndex> MovieIndex::Read(const platform::RandomAccessFile& file) {
   HeaderReader reader(file, file.OpenedSize());
   const auto movie = FindMovie(reader);
   if (!movie || movie->whole.end > reader.FileSize()) return nullptr;
@@ -55,7 +57,7 @@ std::shared_ptr<const MovieIndex> MovieIndex::Read(const File& file) {
   return index;
 }
 
-bool MovieIndex::IsStoredIn(const File& file) const {
+bool MovieIndex::IsStoredIn(const platform::RandomAccessFile& file) const {
   const std::uint64_t size = file.OpenedSize();
   return (is_open_ ? location_.end == size : location_.end <= size) &&
          HasBytesAt(file, location_.begin, head_) &&
@@ -90,7 +92,7 @@ bool MovieIndex::AddTrack(HeaderReader& reader, const UnreceivedTail& tail, cons
   return true;
 }
 
-bool MovieIndex::Remember(const File& file, const Box& movie) {
+bool MovieIndex::Remember(const platform::RandomAccessFile& file, const Box& movie) {
   location_ = movie.whole;
   is_open_ = movie.is_open;
   const std::uint64_t tail = std::min(kTailSize, location_.Size());

@@ -21,14 +21,14 @@ struct Freer {
 }  // namespace
 
 std::unique_ptr<OpenMovie> OpenMovie::Open(const char* path) {
-  auto file = File::Open(path);
+  auto file = platform::RandomAccessFile::Open(path);
   if (!file) return nullptr;
   auto index = IndexOf(*file);
   if (index == nullptr) return nullptr;
   return std::unique_ptr<OpenMovie>(new OpenMovie(*std::move(file), std::move(index)));
 }
 
-OpenMovie::OpenMovie(File file, std::shared_ptr<const MovieIndex> index)
+OpenMovie::OpenMovie(platform::RandomAccessFile file, std::shared_ptr<const MovieIndex> index)
     : file_(std::move(file)), index_(std::move(index)) {
   readings_.reserve(index_->Tracks().size());
   for (const Track& track : index_->Tracks()) readings_.push_back({&track, {}});
@@ -80,7 +80,7 @@ bool OpenMovie::ReadSample(std::uint32_t track_id, std::uint32_t sample_id, Samp
   const std::size_t size = cursor.location.size;
   std::unique_ptr<std::uint8_t, Freer> bytes(
       static_cast<std::uint8_t*>(std::malloc(std::max<std::size_t>(size, 1))));
-  if (bytes == nullptr || !windows_.Read(file_, cursor.location.offset, {bytes.get(), size})) {
+  if (bytes == nullptr || !cache_.Read(file_, cursor.location.offset, {bytes.get(), size})) {
     return false;
   }
   sample.bytes = bytes.release();

@@ -5,7 +5,8 @@
 
 namespace stream::isobmff {
 
-bool ReadCache::Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to) {
+bool ReadCache::Read(const platform::RandomAccessFile& file, std::uint64_t offset,
+                     std::span<std::uint8_t> to) {
   if (to.empty()) return true;
   const Window* window = &windows_[latest_];
   if (!window->Contains(offset, to.size())) {
@@ -21,8 +22,8 @@ bool ReadCache::Read(const File& file, std::uint64_t offset, std::span<std::uint
   return true;
 }
 
-const ReadCache::Window* ReadCache::Load(const File& file, std::uint64_t offset,
-                                         std::size_t wanted) {
+const ReadCache::Window* ReadCache::Load(const platform::RandomAccessFile& file,
+                                         std::uint64_t offset, std::size_t wanted) {
   latest_ ^= 1;
   Window& window = windows_[latest_];
   if (window.capacity < next_size_) {

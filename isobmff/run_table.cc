@@ -88,14 +88,15 @@ bool RunTable::Walk(std::uint64_t sample, Run run, std::uint32_t limit, Run& fou
   return false;
 }
 
-std::unique_ptr<const RunTable> LoadSampleRuns(const File& file, const TableBox& table) {
+std::unique_ptr<const RunTable> LoadSampleRuns(const platform::RandomAccessFile& file,
+                                               const TableBox& table) {
   auto bytes = TableBytes::Load(file, table);
   if (!bytes) return nullptr;
   return std::make_unique<RunTable>(RunEntries(*std::move(bytes), table.count));
 }
 
-std::unique_ptr<const RunTable> LoadChunkRuns(const File& file, const TableBox& table,
-                                              std::uint32_t chunks) {
+std::unique_ptr<const RunTable> LoadChunkRuns(const platform::RandomAccessFile& file,
+                                              const TableBox& table, std::uint32_t chunks) {
   auto bytes = TableBytes::Load(file, table);
   if (!bytes) return nullptr;
   return std::make_unique<RunTable>(RunEntries(*std::move(bytes), table.count, chunks));

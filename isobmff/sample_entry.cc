@@ -8,8 +8,8 @@ namespace {
 
 using View = std::span<const std::uint8_t>;
 
-// Reads bytes from the front of a view. Bytes after the end read as zero or empty; Good() is
-// false then.
+// Reads bytes from the front of a view. Bytes after the end read as zero or empty; Good() is false
+// then.
 class ByteReader {
  public:
   explicit ByteReader(View bytes) : left_(bytes) {}

@@ -8,13 +8,15 @@
 namespace stream::isobmff {
 namespace {
 
-std::unique_ptr<const TableBytes> LoadBytes(const File& file, const TableBox& box) {
+std::unique_ptr<const TableBytes> LoadBytes(const platform::RandomAccessFile& file,
+                                            const TableBox& box) {
   auto bytes = TableBytes::Load(file, box);
   if (!bytes) return nullptr;
   return std::make_unique<const TableBytes>(*std::move(bytes));
 }
 
-const RunTable* LoadedRuns(const Lazy<RunTable>& lazy, const File& file, const TableBox& box) {
+const RunTable* LoadedRuns(const Lazy<RunTable>& lazy, const platform::RandomAccessFile& file,
+                           const TableBox& box) {
   return lazy.Get([&] { return LoadSampleRuns(file, box); });
 }
 
@@ -34,18 +36,18 @@ SizeTable::SizeTable(TableBytes bytes, const TableBox& box)
 
 std::uint32_t SizeTable::At(std::uint32_t sample) const {
   const std::uint8_t* const data = bytes_.Data();
-  const std::size_t place = sample;
+  const std::size_t index = sample;
   switch (entry_bits_) {
     case 0:
       return same_size_;
     case 4:
-      return sample % 2 == 0 ? data[place / 2] >> 4 : data[place / 2] & 0xF;
+      return sample % 2 == 0 ? data[index / 2] >> 4 : data[index / 2] & 0xF;
     case 8:
-      return data[place];
+      return data[index];
     case 16:
-      return Read16(data + place * 2);
+      return Read16(data + index * 2);
     default:
-      return Read32(data + place * 4);
+      return Read32(data + index * 4);
   }
 }
 
@@ -73,11 +75,11 @@ SyncTable::SyncTable(TableBytes bytes, std::uint32_t count) : bytes_(std::move(b
 }
 
 bool SyncTable::Contains(std::uint32_t number, std::uint32_t& cursor) const {
-  const auto is_place = [&](std::uint32_t entry) {
+  const auto is_lower_bound = [&](std::uint32_t entry) {
     return entry <= count_ && (entry == 0 || At(entry - 1) < number) &&
            (entry == count_ || At(entry) >= number);
   };
-  if (!is_place(cursor)) cursor = is_place(cursor + 1) ? cursor + 1 : Search(number);
+  if (!is_lower_bound(cursor)) cursor = is_lower_bound(cursor + 1) ? cursor + 1 : Search(number);
   return cursor < count_ && At(cursor) == number;
 }
 
@@ -103,8 +105,8 @@ bool SampleTableBoxes::Complete() const {
   return sizes->count == 0 || (times->count != 0 && chunk_runs->count != 0 && offsets->count != 0);
 }
 
-bool SampleTables::FindTime(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                            SampleTime& time) const {
+bool SampleTables::FindTime(const platform::RandomAccessFile& file, std::uint32_t sample,
+                            SampleCursor& cursor, SampleTime& time) const {
   if (sample >= Count()) return false;
   const RunTable* const times = LoadedRuns(times_, file, *boxes_.times);
   if (times == nullptr || !times->Find(sample, cursor.time)) return false;
@@ -113,7 +115,7 @@ bool SampleTables::FindTime(const File& file, std::uint32_t sample, SampleCursor
   return true;
 }
 
-bool SampleTables::FindLocation(const File& file, std::uint32_t sample,
+bool SampleTables::FindLocation(const platform::RandomAccessFile& file, std::uint32_t sample,
                                 SampleCursor& cursor) const {
   if (cursor.sample == sample) return true;
   const SizeTable* const sizes = Sizes(file);
@@ -141,8 +143,8 @@ bool SampleTables::FindLocation(const File& file, std::uint32_t sample,
   return true;
 }
 
-bool SampleTables::FindComposition(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                                   std::uint32_t& offset) const {
+bool SampleTables::FindComposition(const platform::RandomAccessFile& file, std::uint32_t sample,
+                                   SampleCursor& cursor, std::uint32_t& offset) const {
   offset = 0;
   if (!boxes_.composition) return true;
   const RunTable* const runs = LoadedRuns(composition_, file, *boxes_.composition);
@@ -151,8 +153,8 @@ bool SampleTables::FindComposition(const File& file, std::uint32_t sample, Sampl
   return true;
 }
 
-bool SampleTables::FindSync(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                            bool& is_sync) const {
+bool SampleTables::FindSync(const platform::RandomAccessFile& file, std::uint32_t sample,
+                            SampleCursor& cursor, bool& is_sync) const {
   is_sync = true;
   if (!boxes_.sync) return true;
   const SyncTable* const sync = sync_.Get([&]() -> std::unique_ptr<const SyncTable> {
@@ -165,7 +167,7 @@ bool SampleTables::FindSync(const File& file, std::uint32_t sample, SampleCursor
   return true;
 }
 
-const SizeTable* SampleTables::Sizes(const File& file) const {
+const SizeTable* SampleTables::Sizes(const platform::RandomAccessFile& file) const {
   return sizes_.Get([&]() -> std::unique_ptr<const SizeTable> {
     auto bytes = TableBytes::Load(file, *boxes_.sizes);
     if (!bytes) return nullptr;
@@ -173,7 +175,8 @@ const SizeTable* SampleTables::Sizes(const File& file) const {
   });
 }
 
-bool SampleTables::ChunkOffset(const File& file, std::uint32_t chunk, std::uint64_t& offset) const {
+bool SampleTables::ChunkOffset(const platform::RandomAccessFile& file, std::uint32_t chunk,
+                               std::uint64_t& offset) const {
   const TableBox& box = *boxes_.offsets;
   const TableBytes* const bytes = offsets_.Get([&] { return LoadBytes(file, box); });
   if (bytes == nullptr || chunk == 0 || chunk > box.count) return false;

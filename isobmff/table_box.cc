@@ -56,7 +56,8 @@ bool LastEntryIsReceived(HeaderReader& reader, const TableBox& table) {
          std::any_of(entry, entry + entry_bytes, [](std::uint8_t byte) { return byte != 0; });
 }
 
-std::optional<TableBytes> TableBytes::Load(const File& file, const TableBox& table) {
+std::optional<TableBytes> TableBytes::Load(const platform::RandomAccessFile& file,
+                                           const TableBox& table) {
   const auto size = static_cast<std::size_t>(table.entries.Size());
   auto bytes = std::make_unique_for_overwrite<std::uint8_t[]>(size);
   if (file.ReadAt(table.entries.begin, bytes.get(), size) != size) return std::nullopt;

@@ -120,11 +120,11 @@ class TrackOffsets {
 
   // The run that would contain the sample; null if there is none.
   const ChunkRun* FindRun(std::uint64_t sample) const {
-    const auto behind = std::upper_bound(
+    const auto after = std::upper_bound(
         runs_.begin(), runs_.end(), sample,
         [](std::uint64_t wanted, const ChunkRun& run) { return wanted < run.first_sample; });
-    if (behind == runs_.begin() || (behind - 1)->samples_a_chunk == 0) return nullptr;
-    return &*(behind - 1);
+    if (after == runs_.begin() || (after - 1)->samples_a_chunk == 0) return nullptr;
+    return &*(after - 1);
   }
 
   Properties properties_;

@@ -60,7 +60,7 @@ Bytes StartCodeOf(Bytes parameter_set) { return parameter_set.empty() ? Bytes() 
 
 // A stop does not interrupt a sample, since a sample is not read a second time after the stop. Only
 // a sample with more NAL units than any video frame has is interrupted.
-bool MayGoOn(int units) {
+bool MayContinue(int units) {
   constexpr int kMaxUnitsOfAFrame = 4096;
   return units < kMaxUnitsOfAFrame || g_mp4Running.load();
 }
@@ -96,7 +96,7 @@ bool EmitMp4Video(const Mp4Sample& sample, const Mp4ParameterSets& parameter_set
   bool was_first = false;
   Bytes left(sample.bytes.get(), sample.size);
   Bytes nal_unit;
-  for (int units = 0; MayGoOn(units) && SplitNalUnit(left, nal_unit); ++units) {
+  for (int units = 0; MayContinue(units) && SplitNalUnit(left, nal_unit); ++units) {
     WaitForQueueSpace(g_mp4Running, kDefaultQueueLimit);
     if (Mp4VideoHasBegun()) {  // checked for each unit: another start may happen at any time
       EmitFrame(sample, Kind::kVideo, {kStartCode, nal_unit});

@@ -163,7 +163,7 @@ bool Mp4TrackReader::AudioMustWait() const {
 }
 
 bool Mp4TrackReader::ReadNextVideo(ReadPass& pass) {
-  const std::optional<Mp4Sample> sample = ReadNext(pass, TrackKind::kVideo);
+  const std::optional<Mp4Sample> sample = ReadNext(pass, PayloadKind::kVideo);
   if (!sample) return false;
   player_.BufferedTime(Seconds(sample->PresentationTime()));
   if (StartsBefore(*sample, pass.source.start_position.load())) return true;
@@ -173,7 +173,7 @@ bool Mp4TrackReader::ReadNextVideo(ReadPass& pass) {
 
 // Audio before the first video frame is dropped.
 bool Mp4TrackReader::ReadNextAudio(ReadPass& pass) {
-  const std::optional<Mp4Sample> sample = ReadNext(pass, TrackKind::kAudio);
+  const std::optional<Mp4Sample> sample = ReadNext(pass, PayloadKind::kAudio);
   if (!sample) return false;
   if (StartsBefore(*sample, pass.source.start_position.load())) return true;
   if (sample->time >= key_time_.load() && Mp4VideoHasBegun()) EmitMp4Audio(*sample, adts_fields_);
@@ -181,9 +181,9 @@ bool Mp4TrackReader::ReadNextAudio(ReadPass& pass) {
 }
 
 // Returns the next sample of a track. If it cannot be read, it stays the next one.
-std::optional<Mp4Sample> Mp4TrackReader::ReadNext(ReadPass& pass, TrackKind kind) {
+std::optional<Mp4Sample> Mp4TrackReader::ReadNext(ReadPass& pass, PayloadKind kind) {
   const MutexLock lock(mutex_);
-  Track& track = kind == TrackKind::kVideo ? video_ : audio_;
+  Track& track = kind == PayloadKind::kVideo ? video_ : audio_;
   if (pass.source.run != run_ || track.id == MP4_INVALID_TRACK_ID || !pass.file) {
     return std::nullopt;
   }

@@ -16,7 +16,7 @@ constexpr const char* kDescription =
 
 constexpr const char* kFooter =
     R"(A run ends when nothing was received for --idle-exit seconds, at --stop-after, or at
-Ctrl-C, which also leaves out the repeats. EndDownload is always called and timed.
+Ctrl-C, which also skips the repeats. EndDownload is always called and timed.
 
 --expect-frames and --expect-line end a run as well, 0.2 seconds after so many frames,
 video and audio together, or after such a line; what follows until then is received

@@ -12,17 +12,17 @@ constexpr const char* kDescription =
     "stream_downloader library.";
 
 constexpr const char* kFooter =
-    R"(Keys: space pauses and goes on, left and right move ten seconds, f is full screen,
-q and Escape end. At the end of the stream the last picture stays until then.
-Moving and --start leave FLV as it is, since it always plays from its beginning.
-HLS goes to the segment in which the time lies, and shows pictures from the
-second key picture on.
+    R"(Keys: space pauses and resumes, left and right seek by ten seconds, f toggles
+full screen, q and Escape quit. At the end of the stream the last picture stays
+until then. FLV always plays from its beginning: it ignores seeks and --start. HLS
+seeks to the segment that contains the position, and shows pictures from the second
+key frame on.
 
---report writes one HTML page that needs no network. It holds what came since the
-last move.
+--report writes one HTML page that needs no network. It covers what was received
+since the last seek.
 
-The last line that is printed counts what was received, decoded and shown, and
-tells how far picture and sound were apart at most.
+The last printed line counts what was received, decoded and shown, and reports how
+far picture and sound were apart at most.
 
 Exit status: 0 if at least one frame was received, 1 if none was, 2 for wrong usage,
 3 when there is no display.)";

@@ -12,7 +12,7 @@ std::atomic<bool> g_reported{false};
 // Builds no string: the exception may be std::bad_alloc.
 void PrintFailure(const char* why) noexcept {
   if (g_reported.exchange(true)) return;
-  std::fprintf(stderr, "a call of the library could not be taken: %s\n", why);
+  std::fprintf(stderr, "a call from the library failed: %s\n", why);
 }
 
 }  // namespace

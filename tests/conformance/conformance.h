@@ -17,9 +17,10 @@
 //   Silent(name)             an address whose requests get no reply
 //   Gated(name)              the address of a stream of which about half is sent at once, and the
 //                            rest after ReleaseGated(name)
-//   WaitForWhole()             waits until enough of Whole() has been received that another start
-//                            does not change what is reported
-//   WaitForGate()              the same for the part of Gated() that is sent before the release
+//   WaitForWhole()           waits until enough of Whole() has been received that another start
+//   does
+//                            not change what is reported
+//   WaitForGate()            the same for the part of Gated() that is sent before the release
 //
 // Streams with different names have different addresses.
 #ifndef TESTS_CONFORMANCE_CONFORMANCE_H_
@@ -137,8 +138,8 @@ class Conformance : protected RecordedStops, public Play<Format> {
     EXPECT_LE(steps_back, left_behind) << "frames are out of order";
   }
 
-  // Whether the parser has queued at least `due` frames since the start and all of them are
-  // delivered.
+  // Whether the parser has queued at least `due` frames since the start and all of them have been
+  // taken off the queues.
   static bool AllAreTaken(const FrameCounts& due) {
     const std::lock_guard lock(g_frameQueueMutex);
     return g_videoQueue->pushed >= due.video && g_audioQueue->pushed >= due.audio &&

@@ -21,7 +21,7 @@ TYPED_TEST_SUITE(StartTest, Formats, FormatNames);
 
 TYPED_TEST(StartTest, PlaysEveryFrameOnceAndInOrder) {
   this->ExpectToPlayWhole("a", TypeParam::kDue);
-  EXPECT_GT(this->sleep_recorder_.Sleeps(), 0U) << "no loop slept in the account's clock";
+  EXPECT_GT(this->sleep_recorder_.Sleeps(), 0U) << "no loop slept in the recorder's clock";
 }
 
 TYPED_TEST(StartTest, SameAddressAfterASeekToItsStartPlaysEverythingAgain) {

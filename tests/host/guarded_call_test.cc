@@ -26,14 +26,14 @@ TEST_F(GuardedCallTest, FirstExceptionIsReportedInOneLineAndTheNextIsNot) {
   EXPECT_FALSE(GuardedCall([] { throw std::runtime_error("the disk is full"); }));
   EXPECT_FALSE(GuardedCall([] { throw std::bad_alloc(); }));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "a call of the library could not be taken: the disk is full\n");
+            "a call from the library failed: the disk is full\n");
 }
 
 TEST_F(GuardedCallTest, ExceptionOfAnotherTypeIsReportedToo) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(GuardedCall([] { throw 1; }));
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "a call of the library could not be taken: no reason given\n");
+            "a call from the library failed: no reason given\n");
 }
 
 }  // namespace

@@ -162,7 +162,7 @@ TEST_F(StatsPlayerTest, WithoutMemoryNoCallThrowsAndOneLineReportsIt) {
   testing::internal::CaptureStderr();
   EXPECT_NO_THROW(MakeEveryCall(player, 1));
   const std::string printed = testing::internal::GetCapturedStderr();
-  EXPECT_THAT(printed, testing::StartsWith("a call of the library could not be taken: "));
+  EXPECT_THAT(printed, testing::StartsWith("a call from the library failed: "));
   EXPECT_EQ(printed.find('\n'), printed.size() - 1) << printed;
 }
 

@@ -7,7 +7,7 @@
 #include "common/frame_queue.h"
 #include "flv/flv_downloader.h"
 #include "flv/flv_stream.h"
-#include "tests/support/blocked_audio.h"
+#include "tests/support/blocked_audio_call.h"
 #include "tests/support/flv_play.h"
 #include "tests/support/simulated_clock.h"
 #include "tests/support/wait_until.h"
@@ -133,10 +133,10 @@ TEST_F(FlvPipelineTest, DeliveredVideoIsReleasedWhileAnAudioCallbackBlocks) {
   constexpr int kFrames = 300;
   server_.Serve(MakeStream(kFrames, 100'000));
   {
-    const AudioBlockingPlayer blocked(player_);
+    const BlockedAudioCall blocked(player_);
     downloader_.BeginDownload(server_.Url("/plain/a.flv"));
     EXPECT_TRUE(WaitForVideo(kFrames + 2));
-    EXPECT_TRUE(AudioBlockingPlayer::WaitUntilMemoryIsNearQueueSize());
+    EXPECT_TRUE(BlockedAudioCall::WaitUntilMemoryIsNearQueueSize());
   }
   EXPECT_TRUE(WaitForAudio(kFrames));
   Stop();

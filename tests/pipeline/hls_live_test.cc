@@ -14,6 +14,7 @@
 #include "hls/segment_parse.h"
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/known_segments.h"
 
 namespace stream {
 namespace {
@@ -262,7 +263,7 @@ class HlsRefreshTest : public HlsTasks {
   std::vector<std::string> RefreshWindow(int first, int count) {
     server_.Put("/list.m3u8", LivePlaylist(first, SegmentUris(first, count)));
     EXPECT_TRUE(Refresh(ListUrl()));
-    return TakeAndDownload();
+    return PopAndDownload();
   }
 
   HlsServer server_;
@@ -278,7 +279,7 @@ TEST_P(HlsTroubleTest, PlaylistThatRecoversContinuesWhereItWas) {
   server_.Put("/list.m3u8", GetParam().reply(server_, LivePlaylist(8, SegmentUris(8, 3))));
   for (int i = 0; i < 4; ++i) {
     Refresh(ListUrl());
-    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+    EXPECT_THAT(PopAndDownload(), IsEmpty());
   }
   EXPECT_THAT(RefreshWindow(9, 3), ElementsAre("seg11.ts"));
   EXPECT_THAT(RefreshWindow(10, 3), ElementsAre("seg12.ts"));
@@ -292,7 +293,7 @@ TEST_F(HlsRefreshTest, PlaylistTruncatedAnywhereLosesAndRepeatsNothing) {
     ++first;  // the truncated playlist lists a new segment
     server_.Put("/list.m3u8", CutAfter(cut, Whole(LivePlaylist(first, SegmentUris(first, 3)))));
     EXPECT_FALSE(Refresh(ListUrl()));
-    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+    EXPECT_THAT(PopAndDownload(), IsEmpty());
     EXPECT_THAT(RefreshWindow(first, 3), ElementsAre("seg" + std::to_string(first + 2) + ".ts"))
         << "cut off after " << cut << " bytes";
   }
@@ -302,11 +303,11 @@ TEST_F(HlsRefreshTest, SegmentWhoseNameIsReusedWhileQueuedIsNotFetchedTwice) {
   for (const char* path : {"/r0.ts", "/r1.ts", "/r2.ts"}) server_.Put(path, std::string("x"));
   QueueOrPutBack(ListUrl(), LivePlaylist(0, {"r0.ts", "r1.ts", "r2.ts"}));
   QueueOrPutBack(ListUrl(), LivePlaylist(1, {"r1.ts", "r2.ts", "r0.ts"}));
-  std::thread parse([this] { ParseSegmentsThread(pipeline_, ListUrl()); });
-  std::thread download([this] { DownloadPartsThread(pipeline_); });
+  std::thread parse([this] { ParseSegmentsThread(hls_, ListUrl()); });
+  std::thread download([this] { DownloadPartsThread(hls_); });
   EXPECT_TRUE(
       player_.WaitFor([](const auto& record) { return record.buffered_times.size() == 4; }));
-  pipeline_.running = false;
+  hls_.running = false;
   stream_.WakeTasks();
   download.join();
   parse.join();
@@ -337,7 +338,7 @@ class HlsSequenceTest : public HlsRefreshTest, public testing::WithParamInterfac
   Uris See(std::int64_t first, const Uris& uris) {
     server_.Put(GetParam() ? "/low.m3u8" : "/list.m3u8", LivePlaylist(first, uris));
     EXPECT_TRUE(Refresh(ListUrl()));
-    Uris asked_for = TakeAndDownload();
+    Uris asked_for = PopAndDownload();
     played_.insert(played_.end(), asked_for.begin(), asked_for.end());
     return asked_for;
   }
@@ -423,7 +424,7 @@ TEST_P(HlsSequenceTest, ZeroDurationSegmentsThatLeaveTheWindowShiftNoNumber) {
     }
     server_.Put(GetParam() ? "/low.m3u8" : "/list.m3u8", text);
     EXPECT_TRUE(Refresh(ListUrl()));
-    for (const std::string& name : TakeAndDownload()) played_.push_back(name);
+    for (const std::string& name : PopAndDownload()) played_.push_back(name);
   }
   Uris expected;
   for (int i = 0; i < 34; ++i) {

@@ -190,20 +190,20 @@ class HlsFiveTasksTest : public HlsTasks {
  protected:
   void Begin(const std::string& url) {
     ResetFrameQueues();
-    threads_.emplace_back([this, url] { PlaylistThread(pipeline_, url); });
-    threads_.emplace_back([this] { DownloadPartsThread(pipeline_); });
-    threads_.emplace_back([this, url] { ParseSegmentsThread(pipeline_, url); });
-    const FrameFilters wanted = HlsFrameFilters(pipeline_);
+    threads_.emplace_back([this, url] { PlaylistThread(hls_, url); });
+    threads_.emplace_back([this] { DownloadPartsThread(hls_); });
+    threads_.emplace_back([this, url] { ParseSegmentsThread(hls_, url); });
+    const FrameFilters wanted = HlsFrameFilters(hls_);
     threads_.emplace_back([this, wanted] {
-      DeliverVideoFrames({pipeline_.running, pipeline_.player, wanted.video, "video stop"});
+      DeliverVideoFrames({hls_.running, hls_.player, wanted.video, "video stop"});
     });
     threads_.emplace_back([this, wanted] {
-      DeliverAudioFrames({pipeline_.running, pipeline_.player, wanted.audio, "audio stop"});
+      DeliverAudioFrames({hls_.running, hls_.player, wanted.audio, "audio stop"});
     });
   }
 
   void Stop() {
-    pipeline_.running = false;
+    hls_.running = false;
     stream_.WakeTasks();
     for (std::thread& thread : threads_) thread.join();
     ReleaseFrameQueues();
@@ -223,12 +223,12 @@ TEST_F(HlsFiveTasksTest, ListedDurationOfThreeSegmentsIsClearedByTheFirstFrame) 
   testing::internal::CaptureStdout();
   Begin(server_.Url("/list.m3u8"));
   EXPECT_TRUE(server_.WaitForRequests("/seg0.ts", 1));
-  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
+  EXPECT_EQ(hls_.listedDuration.load(), 30.0F);
   EXPECT_THAT(player_.Snapshot().durations, ElementsAre(30.0F));
   for (const std::string& name : names) server_.Release("/" + name);
   EXPECT_TRUE(player_.WaitFor(
       [](const auto& record) { return !record.video.empty() && !record.audio.empty(); }));
-  EXPECT_EQ(pipeline_.listedDuration.load(), 0.0F);
+  EXPECT_EQ(hls_.listedDuration.load(), 0.0F);
   Stop();
   EXPECT_THAT(testing::internal::GetCapturedStdout(), HasSubstr("QUEUEED3:3"));
 }

@@ -34,7 +34,7 @@ class HlsPlaylistTest : public HlsTasks {
  protected:
   std::string Run(const std::string& url) {
     testing::internal::CaptureStdout();
-    PlaylistThread(pipeline_, url);
+    PlaylistThread(hls_, url);
     return testing::internal::GetCapturedStdout();
   }
   std::string Run() { return Run(server_.Url(kList)); }
@@ -43,9 +43,9 @@ class HlsPlaylistTest : public HlsTasks {
   template <typename Test>
   void RunBeside(const std::string& url, Test test) {
     testing::internal::CaptureStdout();
-    std::thread thread([&] { PlaylistThread(pipeline_, url); });
+    std::thread thread([&] { PlaylistThread(hls_, url); });
     test();
-    pipeline_.running = false;
+    hls_.running = false;
     stream_.WakeTasks();
     thread.join();
     testing::internal::GetCapturedStdout();
@@ -94,7 +94,7 @@ TEST_F(HlsPlaylistTest, UnreachableServerIsTriedTwice) {
 }
 
 TEST_F(HlsPlaylistTest, WithoutAPlayerFailuresAreNotReported) {
-  pipeline_.player = PlayerPort();
+  hls_.player = PlayerPort();
   server_.Put(kList, CutAfter(5, Whole(std::string("#EXTM3U\n"))));
   EXPECT_EQ(Run(), "m3u8 Download thread stop.\n");
   EXPECT_EQ(server_.Requests().size(), 2U);
@@ -118,7 +118,7 @@ TEST_F(HlsPlaylistTest, TruncatedBodyOfTheFirstAttemptStaysBeforeTheSecond) {
   server_.Put("/\xC1\xA1.m3u8", CutAfter(5, Whole(std::string("fail\n\n"))));
   server_.Put("/b.m3u8", OnDemandPlaylist(SegmentUris(0, 2)));
   Run(server_.Url("/\xC1\xA1.m3u8"));
-  EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("seg0.ts", "seg1.ts"));
 }
 
 TEST_F(HlsPlaylistTest, RefreshesRepeatTheRequestThatSucceeded) {
@@ -194,8 +194,8 @@ TEST_F(HlsPlaylistTest, OnDemandPlaylistIsQueuedWholeAndTheThreadEnds) {
   server_.Put(kList, OnDemandPlaylist({"a.ts", "b.aac", "c.ts?x"}));
   EXPECT_EQ(Run(),
             "[DOWNLOAD]: " + server_.Url(kList) + "\nQUEUEED3:3m3u8 Download thread stop.\n");
-  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
-  EXPECT_THAT(Take(), ElementsAre("a.ts", "b.aac", "c.ts?x"));
+  EXPECT_EQ(hls_.listedDuration.load(), 30.0F);
+  EXPECT_THAT(PopSegments(), ElementsAre("a.ts", "b.aac", "c.ts?x"));
   EXPECT_EQ(PlaylistText(), "");
 }
 
@@ -238,10 +238,10 @@ TEST_F(HlsPlaylistTest, FailedRefreshesAreNotReportedAndRefreshingContinues) {
 TEST_F(HlsPlaylistTest, EndedLiveStreamIsStillRefreshedAndItsLastSegmentsPlay) {
   server_.Put(kList, LivePlaylist(0, SegmentUris(0, 2)));
   ASSERT_TRUE(Refresh(server_.Url(kList)));
-  TakeAndDownload();
+  PopAndDownload();
   server_.Put(kList, LivePlaylist(1, SegmentUris(1, 2)) + "#EXT-X-ENDLIST\n");
   ASSERT_TRUE(Refresh(server_.Url(kList)));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg2.ts"));
 }
 
 }  // namespace

@@ -110,9 +110,9 @@ TEST_F(HlsSegmentTest, RedirectedSegmentPlays) {
 }
 
 TEST_F(HlsSegmentTest, ReceivedBytesOfATruncatedSegmentPlayBeforeTheNext) {
-  const std::size_t came = 30 * kTsPacketSize;
-  server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
-  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], came) + parts_[2] + parts_[3]);
+  const std::size_t received = 30 * kTsPacketSize;
+  server_.Put("/seg1.ts", CutAfter(received, Whole(parts_[1])));
+  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], received) + parts_[2] + parts_[3]);
 }
 
 TEST_F(HlsSegmentTest, SegmentTruncatedInsideAPacketKeepsItsWholePacketsAndTheNextPlaysWhole) {
@@ -137,10 +137,11 @@ TEST_F(HlsSegmentTest, TwoSegmentsInARowTruncatedInsideAPacketBothKeepTheirWhole
 }
 
 TEST_F(HlsSegmentTest, TwoTruncatedSegmentsInARowAreBothKept) {
-  const std::size_t came = 10 * kTsPacketSize;
-  server_.Put("/seg1.ts", CutAfter(came, Whole(parts_[1])));
-  server_.Put("/seg2.ts", CutAfter(came, Whole(parts_[2])));
-  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], came) + FirstBytes(parts_[2], came) + parts_[3]);
+  const std::size_t received = 10 * kTsPacketSize;
+  server_.Put("/seg1.ts", CutAfter(received, Whole(parts_[1])));
+  server_.Put("/seg2.ts", CutAfter(received, Whole(parts_[2])));
+  PlayAndExpect(parts_[0] + FirstBytes(parts_[1], received) + FirstBytes(parts_[2], received) +
+                parts_[3]);
 }
 
 TEST_F(HlsSegmentTest, TailShorterThanAPacketIsDropped) {
@@ -347,11 +348,11 @@ class HlsParseLoopTest : public HlsTasks {
 
   void Begin() {
     testing::internal::CaptureStdout();
-    thread_ = std::thread([this] { ParseSegmentsThread(pipeline_, kUrl); });
+    thread_ = std::thread([this] { ParseSegmentsThread(hls_, kUrl); });
   }
 
   void Stop() {
-    pipeline_.running = false;
+    hls_.running = false;
     clock_.Release();
     thread_.join();
     testing::internal::GetCapturedStdout();

@@ -44,14 +44,14 @@ class HlsSilenceTest : public HlsTasks {
     testing::internal::CaptureStdout();
     std::thread thread(task);
     EXPECT_TRUE(met());
-    pipeline_.running = false;
+    hls_.running = false;
     stream_.WakeTasks();
     thread.join();
     testing::internal::GetCapturedStdout();
   }
 
   void PlaylistUntil(const std::function<bool()>& met) {
-    RunUntil([this] { PlaylistThread(pipeline_, server_.Url(kList)); }, met);
+    RunUntil([this] { PlaylistThread(hls_, server_.Url(kList)); }, met);
   }
 
   // Waits until transfers have read the time `count` more times.
@@ -82,8 +82,8 @@ class HlsSilenceTest : public HlsTasks {
       clock_.Advance(kPause);
       return WaitUntil([this] { return WaitingSegments() == 3; });
     });
-    pipeline_.running = true;  // queued segments are taken only while it runs
-    EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+    hls_.running = true;  // queued segments are taken only while it runs
+    EXPECT_THAT(PopSegments(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
     EXPECT_EQ(player_.Snapshot().messages.size(), 1U) << "more than the playlist was reported";
   }
 
@@ -94,8 +94,8 @@ class HlsSilenceTest : public HlsTasks {
     server_.Put("/seg1.ts", std::string(kTsPacketSize, '\0'));
     server_.Put("/seg2.ts", std::string(kTsPacketSize, '\0'));
     QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 3)));
-    std::thread parser([this] { ParseSegmentsThread(pipeline_, kUrl); });
-    RunUntil([this] { DownloadPartsThread(pipeline_); },
+    std::thread parser([this] { ParseSegmentsThread(hls_, kUrl); });
+    RunUntil([this] { DownloadPartsThread(hls_); },
              [&] {
                EXPECT_TRUE(server_.WaitForRequests("/seg0.ts", 1));
                fall_silent();
@@ -150,7 +150,7 @@ TEST_F(HlsSilenceTest, VariantThatIsNeverAnsweredIsFollowedByTheNext) {
   EXPECT_TRUE(server_.WaitForRequests("/low.m3u8", 1));
   clock_.Advance(kLimit);
   EXPECT_TRUE(refreshed.get());
-  EXPECT_THAT(Take(), ElementsAre("seg0.ts", "seg1.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("seg0.ts", "seg1.ts"));
 }
 
 TEST_F(HlsSilenceTest, FirstPlaylistThatIsNeverAnsweredIsTriedTwice) {
@@ -174,7 +174,7 @@ TEST_F(HlsSilenceTest, SegmentThatTricklesForLongerThanTheLimitContinues) {
   constexpr std::size_t kTrickles = 40;
   server_.Put("/seg0.ts", Trickling(Whole(std::string("x")), kPauseAfterEach));
   QueueOrPutBack(server_.Url(kList), LivePlaylist(0, SegmentUris(0, 2)));
-  RunUntil([this] { DownloadPartsThread(pipeline_); },
+  RunUntil([this] { DownloadPartsThread(hls_); },
            [this] {
              std::size_t calls = 0;
              for (std::size_t i = 1; i <= kTrickles; ++i) {

@@ -8,6 +8,7 @@
 
 #include "hls/hls_stream.h"
 #include "tests/support/hls_play.h"
+#include "tests/support/known_segments.h"
 #include "tests/support/stop_sleep_recorder.h"
 #include "tests/support/wait_until.h"
 #include "ts/ts_demux.h"

@@ -8,6 +8,7 @@
 
 #include "tests/support/hls_play.h"
 #include "tests/support/hls_tasks.h"
+#include "tests/support/known_segments.h"
 #include "tests/support/wait_until.h"
 
 namespace stream {
@@ -41,10 +42,10 @@ class HlsVariantTest : public HlsTasks {
   // Returns the console output of one pass, without the request for the master playlist.
   std::string Console() {
     testing::internal::CaptureStdout();
-    const auto text = FetchPlaylist(pipeline_, {server_.Url(kMaster), true});
+    const auto text = FetchPlaylist(hls_, {server_.Url(kMaster), true});
     testing::internal::GetCapturedStdout();
     testing::internal::CaptureStdout();
-    EXPECT_TRUE(text && QueueSegmentsFromPlaylist(pipeline_, server_.Url(kMaster), *text));
+    EXPECT_TRUE(text && QueueSegmentsFromPlaylist(hls_, server_.Url(kMaster), *text));
     return testing::internal::GetCapturedStdout();
   }
 
@@ -55,7 +56,7 @@ TEST_F(HlsVariantTest, SegmentsOfTheSlowestVariantAreQueuedAndTheOthersIgnored) 
   PutLow(LivePlaylist(0, SegmentUris(0, 3, "low")));
   PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(Take(), ElementsAre("low0.ts", "low1.ts", "low2.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("low0.ts", "low1.ts", "low2.ts"));
   std::vector<std::string> paths;
   for (const auto& request : server_.Requests()) paths.push_back(request.path);
   EXPECT_THAT(paths, ElementsAre(kMaster, "/live/low.m3u8", "/live/high.m3u8"));
@@ -65,7 +66,7 @@ TEST_F(HlsVariantTest, FasterVariantAddsItsSegmentsAfterTheEndOfTheSlower) {
   PutLow(LivePlaylist(0, SegmentUris(0, 2, "low")));
   PutHigh(LivePlaylist(0, SegmentUris(0, 4, "high")));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(Take(), ElementsAre("low0.ts", "low1.ts", "high2.ts", "high3.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("low0.ts", "low1.ts", "high2.ts", "high3.ts"));
 }
 
 TEST_F(HlsVariantTest, ConsoleCountsAndNamesTheQueuedSegments) {
@@ -82,28 +83,28 @@ TEST_F(HlsVariantTest, ConsoleCountsAndNamesTheQueuedSegments) {
 TEST_F(HlsVariantTest, DownloadedSegmentsAreForgottenOnceNoVariantListsThem) {
   PutLow(LivePlaylist(0, SegmentUris(0, 2, "low")));
   EXPECT_TRUE(Pass());
-  TakeAndDownload();
+  PopAndDownload();
   PutLow(LivePlaylist(1, SegmentUris(1, 2, "low")));
   const std::string console = Console();
   EXPECT_THAT(console, HasSubstr("QUEUEED2:2[QUEUEED]: " + server_.Url("/live/low2.ts") + "\n"));
   EXPECT_THAT(console, testing::EndsWith("[REMOVE]: " + server_.Url("/live/low0.ts") + "\n"));
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("low2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("low2.ts"));
 }
 
 TEST_F(HlsVariantTest, AddressesAreResolvedAgainstTheTopLevelPlaylist) {
   server_.Put(kMaster, MasterPlaylist({{500'000, "/elsewhere/low.m3u8"}}));
   server_.Put("/elsewhere/low.m3u8", LivePlaylist(0, {"a.ts"}));
   EXPECT_TRUE(Pass());
-  Take();
-  ASSERT_EQ(taken_.size(), 1U);
-  EXPECT_EQ(taken_[0].uri, server_.Url("/live/a.ts"));
+  PopSegments();
+  ASSERT_EQ(popped_.size(), 1U);
+  EXPECT_EQ(popped_[0].uri, server_.Url("/live/a.ts"));
 }
 
 TEST_F(HlsVariantTest, VariantWithoutAHeaderAddsNothing) {
   PutLow("#EXT-X-VERSION:3\n" + SegmentLines({"low0.ts"}));
   server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(Take(), IsEmpty());
+  EXPECT_THAT(PopSegments(), IsEmpty());
   EXPECT_THAT(VariantText(), HasSubstr("low0.ts"))
       << "the text is kept, and the next one is appended";
 }
@@ -111,7 +112,7 @@ TEST_F(HlsVariantTest, VariantWithoutAHeaderAddsNothing) {
 TEST_F(HlsVariantTest, MissingVariantLeavesTheOthers) {
   PutHigh(LivePlaylist(0, SegmentUris(0, 2, "high")));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(Take(), ElementsAre("high0.ts", "high1.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("high0.ts", "high1.ts"));
 }
 
 TEST_F(HlsVariantTest, TruncatedVariantLeavesTheOthersAndItsTextStaysBeforeTheirs) {
@@ -119,34 +120,34 @@ TEST_F(HlsVariantTest, TruncatedVariantLeavesTheOthersAndItsTextStaysBeforeTheir
   server_.Put("/live/low.m3u8", CutAfter(low.size() - 19, Whole(low)));
   PutHigh(LivePlaylist(0, SegmentUris(0, 2, "high")));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(Take(), ElementsAre("low0.ts", "high0.ts", "high1.ts"));
+  EXPECT_THAT(PopSegments(), ElementsAre("low0.ts", "high0.ts", "high1.ts"));
 }
 
 TEST_F(HlsVariantTest, VariantThatIsMissingForAWhileContinuesWhereItWas) {
   PutLow(LivePlaylist(0, SegmentUris(0, 3)));
   PutHigh("");
   EXPECT_TRUE(Pass());
-  EXPECT_EQ(TakeAndDownload().size(), 3U);
+  EXPECT_EQ(PopAndDownload().size(), 3U);
   for (const char* body : {"", "<html>busy</html>", "#EXTM3U\n"}) {
     PutLow(body);
     EXPECT_TRUE(Pass());
-    EXPECT_THAT(TakeAndDownload(), IsEmpty());
+    EXPECT_THAT(PopAndDownload(), IsEmpty());
   }
   PutLow(LivePlaylist(1, SegmentUris(1, 3)));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg3.ts"));
 }
 
 TEST_F(HlsVariantTest, RestartWithTheSameNamesPlaysAtOnce) {
   PutLow(LivePlaylist(100, SegmentUris(0, 3)));
   EXPECT_TRUE(Pass());
-  TakeAndDownload();
+  PopAndDownload();
   PutLow(LivePlaylist(0, SegmentUris(0, 3)));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg0.ts", "seg1.ts", "seg2.ts"));
   PutLow(LivePlaylist(1, SegmentUris(1, 3)));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("seg3.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("seg3.ts"));
 }
 
 TEST_F(HlsVariantTest, LateCopyIsCountedAndOtherwiseSkipped) {
@@ -154,7 +155,7 @@ TEST_F(HlsVariantTest, LateCopyIsCountedAndOtherwiseSkipped) {
   for (const int first : {100, 101}) {
     PutLow(LivePlaylist(first, SegmentUris(first, 3)));
     EXPECT_TRUE(Pass());
-    TakeAndDownload();
+    PopAndDownload();
   }
   PutLow(LivePlaylist(100, SegmentUris(100, 3)));
   EXPECT_THAT(Console(), testing::EndsWith("QUEUEED2:3"));
@@ -172,7 +173,7 @@ TEST_F(HlsVariantTest, VariantWithReusedNamesContinuesAfterAnotherReplacedIt) {
     PutLow(first % 10 == 9 ? "" : list("low", first));
     PutHigh(list("high", first));
     EXPECT_TRUE(Pass());
-    for (const std::string& name : TakeAndDownload()) {
+    for (const std::string& name : PopAndDownload()) {
       if (name.starts_with("low")) played.push_back(name);
     }
   }
@@ -189,14 +190,14 @@ TEST_F(HlsVariantTest, RestartOfOneVariantRestartsAll) {
   EXPECT_TRUE(Pass());
   PutLow(LivePlaylist(0, SegmentUris(0, 3, "low")));
   EXPECT_TRUE(Pass());
-  EXPECT_EQ(TakeAndDownload().size(), 9U);
+  EXPECT_EQ(PopAndDownload().size(), 9U);
   PutLow("");
   PutHigh(LivePlaylist(0, SegmentUris(0, 3, "high")));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("high0.ts", "high1.ts", "high2.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("high0.ts", "high1.ts", "high2.ts"));
   PutLow(LivePlaylist(1, SegmentUris(1, 3, "low")));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("low3.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("low3.ts"));
 }
 
 TEST_F(HlsVariantTest, VariantWithAChangingTokenIsTheSameVariant) {
@@ -205,7 +206,7 @@ TEST_F(HlsVariantTest, VariantWithAChangingTokenIsTheSameVariant) {
     PutLow(LivePlaylist(first, {"r" + std::to_string(first % 3) + ".ts",
                                 "r" + std::to_string((first + 1) % 3) + ".ts"}));
     EXPECT_TRUE(Pass());
-    EXPECT_EQ(TakeAndDownload().size(), first == 0 ? 2U : 1U);
+    EXPECT_EQ(PopAndDownload().size(), first == 0 ? 2U : 1U);
   }
 }
 
@@ -215,11 +216,11 @@ TEST_F(HlsVariantTest, StopWhileQueueingAVariantSkipsTheRest) {
   PutLow(LivePlaylist(0, SegmentUris(0, kMany)));
   testing::internal::CaptureStdout();
   std::thread stopper([this] {
-    EXPECT_TRUE(WaitUntil([this] { return KnownSegments() > 0; }));
-    pipeline_.running = false;
+    EXPECT_TRUE(WaitUntil([] { return KnownSegments() > 0; }));
+    hls_.running = false;
   });
-  const auto text = FetchPlaylist(pipeline_, {server_.Url(kMaster), true});
-  EXPECT_TRUE(text && QueueSegmentsFromPlaylist(pipeline_, server_.Url(kMaster), *text));
+  const auto text = FetchPlaylist(hls_, {server_.Url(kMaster), true});
+  EXPECT_TRUE(text && QueueSegmentsFromPlaylist(hls_, server_.Url(kMaster), *text));
   stopper.join();
   testing::internal::GetCapturedStdout();
   EXPECT_LT(KnownSegments(), std::size_t{kMany});
@@ -230,7 +231,7 @@ TEST_F(HlsVariantTest, DownloadedTopLevelSegmentIsForgottenBesideAVariant) {
   server_.Put(kMaster, MasterPlaylist({{500'000, "low.m3u8"}}) + SegmentLines({"top.ts"}));
   PutLow(LivePlaylist(0, {"low0.ts"}));
   EXPECT_TRUE(Pass());
-  EXPECT_THAT(TakeAndDownload(), ElementsAre("top.ts", "low0.ts"));
+  EXPECT_THAT(PopAndDownload(), ElementsAre("top.ts", "low0.ts"));
   PutLow(LivePlaylist(0, {"low0.ts", "low1.ts"}));
   EXPECT_THAT(Console(), testing::EndsWith("[REMOVE]: " + server_.Url("/live/top.ts") + "\n"));
   EXPECT_EQ(KnownSegments(), 2U);
@@ -241,10 +242,10 @@ TEST_F(HlsVariantTest, SequencesOfTwoVariantsAreNotComparedWithEachOther) {
     PutLow(LivePlaylist(1'000 + i, SegmentUris(i, 3)));
     PutHigh(LivePlaylist(i, SegmentUris(i, 3, "high")));
     EXPECT_TRUE(Pass());
-    TakeAndDownload();
+    PopAndDownload();
   }
-  ASSERT_EQ(taken_.size(), 5U);
-  EXPECT_EQ(taken_.back().uri, server_.Url("/live/seg4.ts"));
+  ASSERT_EQ(popped_.size(), 5U);
+  EXPECT_EQ(popped_.back().uri, server_.Url("/live/seg4.ts"));
 }
 
 TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
@@ -253,10 +254,10 @@ TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
   for (int i = 0; i < 300; ++i) {
     PutLow(LivePlaylist(i, SegmentUris(i, 6)));
     EXPECT_TRUE(Pass());
-    const std::size_t before = taken_.size();
-    played += Take().size();
-    for (std::size_t at = before; at < taken_.size(); ++at) {
-      const std::string& uri = taken_[at].uri;
+    const std::size_t before = popped_.size();
+    played += PopSegments().size();
+    for (std::size_t at = before; at < popped_.size(); ++at) {
+      const std::string& uri = popped_[at].uri;
       at % 3 == 0 ? stream_.ledger.RecordNotDownloaded(uri)
                   : stream_.ledger.SetSegmentState(uri, kSegmentDownloaded);
     }
@@ -267,7 +268,7 @@ TEST_F(HlsVariantTest, SegmentsDoNotPileUpOverHundredsOfRefreshes) {
 }
 
 TEST_F(HlsVariantTest, VariantWithoutATransferHandleIsSkipped) {
-  pipeline_.variantHandle.reset();
+  hls_.variantHandle.reset();
   EXPECT_TRUE(Pass());
   EXPECT_EQ(server_.Requests().size(), 1U);
 }

@@ -110,7 +110,7 @@ TEST_F(Mp4PipelineTest, FirstHalfPlaysBeforeTheSecondIsReceived) {
   downloader_.BeginDownload(server_.Address());
   EXPECT_TRUE(WaitForVideo(25) && WaitForAudio(25));
   server_.Release();
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   Stop();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
@@ -125,7 +125,7 @@ TEST_F(Mp4PipelineTest, VideoAlonePlaysWhileItIsReceived) {
   downloader_.BeginDownload(server_.Address());
   EXPECT_TRUE(WaitForVideo(30));
   server_.Release();
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   Stop();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
@@ -140,7 +140,7 @@ TEST_F(Mp4PipelineTest, VideoAfterTheEndOfTheAudioPlaysWhileItIsReceived) {
   downloader_.BeginDownload(server_.Address());
   EXPECT_TRUE(WaitForVideo(30));
   server_.Release();
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   Stop();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
@@ -155,7 +155,7 @@ TEST_F(Mp4PipelineTest, MegabytePerSecondPlaysWhileItIsReceived) {
   ASSERT_TRUE(WaitForVideo(100));
   EXPECT_EQ(std::filesystem::file_size(RestartFile()), Begin(100));
   server_.Release();
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   Stop();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }

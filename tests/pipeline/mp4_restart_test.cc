@@ -320,7 +320,7 @@ TEST_F(Mp4RestartTest, SeekDuringTheDownloadWritesEveryByteAtItsOffset) {
     EXPECT_TRUE(WaitForBytes(file_.bytes.size() * i / kSeeks));
     downloader_.SetStartPostion(static_cast<float>(i % 5));
   }
-  EXPECT_TRUE(WaitForVerdict());
+  EXPECT_TRUE(WaitForOutcome());
   Stop();
   ExpectWholeFile();
 }
@@ -403,7 +403,7 @@ TEST_F(Mp4OtherFacadeTest, SameAddressOnTheSecondFacadeStartsOverAfterTheFirstPl
   PlayToTheEnd();
   StartAgain();
   other_.BeginDownload(other_server_.Address());
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   EXPECT_TRUE(other_.EndDownload());
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), DumpText(ExpectedFrames(other_movie_)));
   EXPECT_THAT(other_server_.Ranges(), ElementsAre("bytes=0-", "bytes=0-"));
@@ -442,7 +442,7 @@ TEST_F(Mp4BlockedFileTest, BytesWaitUntilTheFileCanBeWritten) {
   ASSERT_TRUE(server_.WaitForRequests(1));
   std::filesystem::remove(RestartFile());
   std::ofstream(RestartFile()).close();
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   Stop();
   testing::internal::GetCapturedStdout();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
@@ -469,7 +469,7 @@ TEST_F(Mp4BlockedFileTest, BytesStillWaitOnceTheTransferHasFinished) {
   clock.Release();
   std::filesystem::remove(RestartFile());
   std::ofstream(RestartFile()).close();
-  EXPECT_TRUE(WaitForVerdict() && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcome() && WaitForDelivery());
   Stop();
   EXPECT_EQ(DumpText(DumpOf(player_.Snapshot())), Expected());
 }
@@ -538,15 +538,15 @@ class Mp4SecondStartTest : public Mp4RestartTest {
       std::sort(all.begin(), all.end());
       return all;
     };
-    const FrameDump came = DumpOf(player_.Snapshot());
+    const FrameDump received = DumpOf(player_.Snapshot());
     const FrameDump expected = ExpectedFrames(movie_);
-    EXPECT_EQ(came.video.size(), expected.video.size());
-    EXPECT_EQ(came.audio.size(), expected.audio.size());
-    EXPECT_TRUE(payloads(came.video) == payloads(expected.video));
-    EXPECT_TRUE(payloads(came.audio) == payloads(expected.audio));
+    EXPECT_EQ(received.video.size(), expected.video.size());
+    EXPECT_EQ(received.audio.size(), expected.audio.size());
+    EXPECT_TRUE(payloads(received.video) == payloads(expected.video));
+    EXPECT_TRUE(payloads(received.audio) == payloads(expected.audio));
   }
 
-  bool WaitForVerdicts(std::size_t count) {
+  bool WaitForOutcomes(std::size_t count) {
     return player_.WaitFor(
         [count](const Record& record) { return record.results.size() >= count; });
   }
@@ -566,7 +566,7 @@ TEST_F(Mp4SecondStartTest, SameAddressTwiceAtOnceWritesEachByteAtItsOffset) {
   server_.Answer({{.piece = 1500, .pause = std::chrono::microseconds(300)}});
   downloader_.BeginDownload(server_.Address());
   downloader_.BeginDownload(server_.Address());
-  EXPECT_TRUE(WaitForVerdicts(2) && WaitForDelivery());
+  EXPECT_TRUE(WaitForOutcomes(2) && WaitForDelivery());
   EXPECT_TRUE(Stop());
   EXPECT_TRUE(RestartBytes() == file_.bytes);
 }

@@ -123,11 +123,11 @@ INSTANTIATE_TEST_SUITE_P(
         Stage{"LongMovieAtOnce", {}, LongMovie, HasFrames, true},
         Stage{"LongMovieInSmallBlocks", {.piece = 100}, LongMovie, HasBytes, false},
         Stage{"EndOfTheStream", {}, ShortMovie, HasFrames, true},
-        Stage{"VerdictOfAWholeMovie", {}, ShortMovie, IsReported, true},
+        Stage{"OutcomeOfAWholeMovie", {}, ShortMovie, IsReported, true},
         Stage{"NoMovieAtAll", {.status = 404}, SomeMovie, IsReported, true}),
     [](const auto& suite) { return suite.param.name; });
 
-TEST_F(Mp4StopTest, VerdictAtAStopIsOkOnceVideoHasBegun) {
+TEST_F(Mp4StopTest, OutcomeAtAStopIsOkOnceVideoHasBegun) {
   ServeSlowly();
   downloader_.BeginDownload(server_.Address());
   ASSERT_TRUE(WaitForVideo(3));

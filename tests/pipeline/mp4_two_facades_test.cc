@@ -35,7 +35,7 @@ TEST_F(Mp4TwoFacadesTest, EndAfterAnotherFacadesStopClosesTheFile) {
     return found;
   };
   downloader_.BeginDownload(server_.Address());
-  ASSERT_TRUE(WaitForVerdict());
+  ASSERT_TRUE(WaitForOutcome());
   if (kKeepMp4Open) {
     EXPECT_GT(count(), 0U);
   }

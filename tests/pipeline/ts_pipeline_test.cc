@@ -13,7 +13,7 @@
 
 #include "common/frame_queue.h"
 #include "common/temp_files.h"
-#include "tests/support/blocked_audio.h"
+#include "tests/support/blocked_audio_call.h"
 #include "tests/support/blocked_temp_folder.h"
 #include "tests/support/ts_play.h"
 #include "ts/ts_downloader.h"
@@ -121,10 +121,10 @@ TEST_F(TsPipelineTest, DeliveredVideoIsReleasedWhileAnAudioCallbackBlocks) {
   constexpr int kFrames = 300;
   server_.Serve(MakeStream(kFrames, 90'000, 100'000));
   {
-    const AudioBlockingPlayer blocked(player_);
+    const BlockedAudioCall blocked(player_);
     downloader_.BeginDownload(server_.Url("/plain/a.ts"));
     EXPECT_TRUE(WaitForVideo(kFrames - 1));
-    EXPECT_TRUE(AudioBlockingPlayer::WaitUntilMemoryIsNearQueueSize());
+    EXPECT_TRUE(BlockedAudioCall::WaitUntilMemoryIsNearQueueSize());
   }
   EXPECT_TRUE(WaitForAudio(kFrames - 1));
   Stop();

@@ -29,7 +29,7 @@ class FlvTasks : public testing::Test {
   ~FlvTasks() override { g_flvRunning = false; }
 
   // The transfer receives these bytes. Returns how many of them it accepted.
-  std::size_t Take(const flv_test::Bytes& bytes) {
+  std::size_t Receive(const flv_test::Bytes& bytes) {
     return transfer_.OnBytes(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
 

@@ -59,9 +59,6 @@ class HlsPlay : public Play<HlsServer> {
     server_.Put(kList, hls_test::OnDemandPlaylist(names));
   }
 
-  // Number of segments that have a state.
-  std::size_t KnownSegments() { return stream_.ledger.CurrentSizes().known; }
-
   std::string ListUrl() const { return server_.Url(kList); }
 
   bool WaitForBufferedTimes(std::size_t count) {

@@ -95,7 +95,7 @@ class HlsServer : public LocalServer {
     Put(path, Whole(body));
   }
 
-  // Sends the held replies for this path and the rest of gated ones.
+  // Sends the blocked replies for this path and the rest of gated ones.
   void Release(const std::string& path) {
     {
       const std::lock_guard lock(mutex_);

@@ -22,16 +22,16 @@ namespace stream {
 class HlsTasks : public testing::Test {
  protected:
   HlsTasks() {
-    pipeline_.player = PlayerPort(&player_);
-    pipeline_.variantHandle = MakeCurlHandle();
-    pipeline_.playlistHandle = MakeCurlHandle();
-    pipeline_.segmentHandle = MakeCurlHandle();
-    pipeline_.running = true;
-    stream_.SetActive(&pipeline_);
+    hls_.player = PlayerPort(&player_);
+    hls_.variantHandle = MakeCurlHandle();
+    hls_.playlistHandle = MakeCurlHandle();
+    hls_.segmentHandle = MakeCurlHandle();
+    hls_.running = true;
+    stream_.SetActive(&hls_);
   }
   ~HlsTasks() override {
-    pipeline_.running = false;
-    stream_.ForgetActive(&pipeline_);
+    hls_.running = false;
+    stream_.ForgetActive(&hls_);
     stream_.Clear();
   }
 
@@ -46,30 +46,30 @@ class HlsTasks : public testing::Test {
   // One request for the playlist and, if it succeeds, one pass. The console output is dropped.
   bool Refresh(const std::string& url) {
     testing::internal::CaptureStdout();
-    const auto text = FetchPlaylist(pipeline_, {url, true});
+    const auto text = FetchPlaylist(hls_, {url, true});
     if (text) QueueOrPutBack(url, *text);
     testing::internal::GetCapturedStdout();
     return text.has_value();
   }
 
   // The segments that the segment thread would download now, each as the last part of its address.
-  std::vector<std::string> Take() {
+  std::vector<std::string> PopSegments() {
     if (WaitingSegments() == 0) return {};
     std::vector<std::string> names;
-    for (const QueuedSegment& segment : PopQueuedSegments(pipeline_, history_)) {
+    for (const QueuedSegment& segment : PopQueuedSegments(hls_, history_)) {
       const std::string& uri = segment.entry.uri;
       names.push_back(uri.substr(uri.rfind('/') + 1));
-      taken_.push_back(segment.entry);
+      popped_.push_back(segment.entry);
     }
     return names;
   }
 
-  // Take, then every download succeeds.
-  std::vector<std::string> TakeAndDownload() {
-    const std::size_t before = taken_.size();
-    auto names = Take();
-    for (std::size_t i = before; i < taken_.size(); ++i) {
-      stream_.ledger.SetSegmentState(taken_[i].uri, kSegmentDownloaded);
+  // PopSegments, then every download succeeds.
+  std::vector<std::string> PopAndDownload() {
+    const std::size_t before = popped_.size();
+    auto names = PopSegments();
+    for (std::size_t i = before; i < popped_.size(); ++i) {
+      stream_.ledger.SetSegmentState(popped_[i].uri, kSegmentDownloaded);
     }
     return names;
   }
@@ -78,9 +78,6 @@ class HlsTasks : public testing::Test {
     const std::lock_guard lock(stream_.g_segmentQueueMutex);
     return stream_.g_segmentQueue.size();
   }
-
-  // Number of segments that have a state.
-  std::size_t KnownSegments() { return stream_.ledger.CurrentSizes().known; }
 
   std::string PlaylistText() {
     const std::lock_guard lock(stream_.playlist_mutex);
@@ -100,14 +97,14 @@ class HlsTasks : public testing::Test {
   static constexpr char kUrl[] = "http://host/live/list.m3u8";
 
   void QueueOrPutBack(const std::string& url, const std::string& text) {
-    if (!QueueSegmentsFromPlaylist(pipeline_, url, text)) PutBackPlaylistBody(stream_, text);
+    if (!QueueSegmentsFromPlaylist(hls_, url, text)) PutBackPlaylistBody(stream_, text);
   }
 
   RecordingPlayer player_;
-  HlsTaskState pipeline_;
-  HlsStream& stream_ = pipeline_.stream;
+  HlsTaskState hls_;
+  HlsStream& stream_ = hls_.stream;
   SegmentHistory history_;
-  std::vector<M3u8Entry> taken_;  // all segments returned by Take so far
+  std::vector<M3u8Entry> popped_;  // all segments returned by PopSegments so far
 };
 
 }  // namespace stream

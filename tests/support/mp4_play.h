@@ -57,7 +57,7 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     return static_cast<std::size_t>(begin);
   }
 
-  bool WaitForVerdict() {
+  bool WaitForOutcome() {
     return player_.WaitFor([](const Record& record) { return !record.results.empty(); });
   }
 
@@ -82,11 +82,11 @@ class Mp4PlayFixture : public Play<Mp4Server> {
     });
   }
 
-  // Plays until the verdict, stops when all queued frames have been delivered, and returns the dump
-  // of the frames.
+  // Plays until the outcome is reported, stops when all queued frames have been delivered, and
+  // returns the dump of the frames.
   std::string PlayToTheEnd(const std::string& url) {
     downloader_.BeginDownload(url);
-    EXPECT_TRUE(WaitForVerdict());
+    EXPECT_TRUE(WaitForOutcome());
     EXPECT_TRUE(WaitForDelivery());
     EXPECT_TRUE(Stop());
     return DumpText(DumpOf(player_.Snapshot()));

@@ -81,7 +81,7 @@ class StopSleepRecorder final : public Clock {
   bool wait_hung_ = false;
 };
 
-// A base class of fixtures. List it before the base with the facade, so that the account is in use
+// A base class of fixtures. List it before the base with the facade, so that the recorder is in use
 // until the facade has stopped.
 class RecordedStops {
  protected:

@@ -27,14 +27,14 @@ class FlvPlayTest : public FlvTasks {
  protected:
   // Runs the play task over a complete stream. Returns the console output.
   std::string PlayAll(const Bytes& bytes) {
-    Take(bytes);
+    Receive(bytes);
     EndOfDownload();
     return CapturedPlay();
   }
 
   // The same while the download continues.
   std::string PlayWithoutAnEnd(const Bytes& bytes) {
-    Take(bytes);
+    Receive(bytes);
     return CapturedPlay();
   }
 
@@ -106,7 +106,7 @@ TEST_F(FlvPlayTest, BytesOfAStreamThatIsNotFlvAreDroppedAndItsTransferContinues)
   const Bytes piece(100'000, 0x47);
   EXPECT_EQ(PlayWithoutAnEnd(piece), "not flv file\nReadHead Err\n");
   for (int i = 0; i < kPieces; ++i) {
-    ASSERT_EQ(Take(piece), piece.size());
+    ASSERT_EQ(Receive(piece), piece.size());
     ASSERT_EQ(g_flvStream->UnreadSize(), 0U);
   }
   EXPECT_EQ(g_flvStream->DroppedSize(), (kPieces + 1) * piece.size() - kSignatureBytes);
@@ -116,7 +116,7 @@ TEST_F(FlvPlayTest, BytesAfterTheEndOfTheParsingAreDropped) {
   const Bytes stream =
       flv_test::Join({MakeStream(5), Bytes(200'000)});  // parsing ends at a tag without a body
   EXPECT_EQ(PlayWithoutAnEnd(stream), "headlength:9\nsssize:4\nppsize:3\nread over\n");
-  EXPECT_EQ(Take(stream), stream.size());
+  EXPECT_EQ(Receive(stream), stream.size());
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_GT(g_flvStream->DroppedSize(), stream.size());
   EXPECT_EQ(PopQueuedFrames().video.size(), 7U);
@@ -140,14 +140,14 @@ TEST_F(FlvPlayTest, StreamOfThirteenBytesHasNoFrames) {
 }
 
 TEST_F(FlvPlayTest, StreamIsParsedWithoutAPlayer) {
-  Take(MakeStream(5));
+  Receive(MakeStream(5));
   EndOfDownload();
   Play(kUrl, PlayerPort());
   EXPECT_EQ(PopQueuedFrames().video.size(), 7U);
 }
 
 TEST_F(FlvPlayAsideTest, TenKibibytesDoNotStartTheParser) {
-  Take(MakeStreamOfSize(10240));
+  Receive(MakeStreamOfSize(10240));
   StartPlay();
   EXPECT_TRUE(StillWaitsForTheBeginning());
   EXPECT_EQ(g_flvStream->UnreadSize(), 10240U);
@@ -158,15 +158,15 @@ TEST_F(FlvPlayAsideTest, TenKibibytesDoNotStartTheParser) {
 TEST_F(FlvPlayAsideTest, OneByteMoreThanTenKibibytesStartsTheParser) {
   const Bytes stream = MakeStreamOfSize(10241);
   StartPlay();
-  Take(Bytes(stream.begin(), stream.end() - 1));
+  Receive(Bytes(stream.begin(), stream.end() - 1));
   EXPECT_TRUE(StillWaitsForTheBeginning());
-  Take({stream.back()});
+  Receive({stream.back()});
   EXPECT_TRUE(Reports());
   EndOfDownload();
 }
 
 TEST_F(FlvPlayTest, BytesReceivedBeforeTheWaitStartTheParser) {
-  Take(MakeStreamOfSize(10241));
+  Receive(MakeStreamOfSize(10241));
   const auto play = PlayAside();
   EXPECT_TRUE(Reports());
   EndOfDownload();
@@ -187,7 +187,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheStream) {
 }
 
 TEST_F(FlvPlayAsideTest, StopEndsTheTagLoopWithBytesLeft) {
-  Take(MakeStream(5000, 10));
+  Receive(MakeStream(5000, 10));
   StartPlay();
   ASSERT_TRUE(Reports() && clock_.WaitForWaiters(1));
   BeginToStop();
@@ -200,7 +200,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheRestOfALongHeader) {
   constexpr Clock::Duration kPoll{100};
   Bytes start = flv_test::Header(Bytes(100'000));
   start.resize(50'000);
-  Take(start);
+  Receive(start);
   StartPlay();
   EXPECT_TRUE(StillPolls(clock_, kPoll));
   EXPECT_EQ(g_flvStream->UnreadSize(), 50'000 - flv_test::kHeaderSize);
@@ -213,7 +213,7 @@ TEST_F(FlvPlayAsideTest, StopEndsTheWaitForTheRestOfALongHeader) {
 TEST_F(FlvPlayAsideTest, ParserWaitsForQueueSpace) {
   constexpr Clock::Duration kSpacePace{1};
   ClaimTooManyBytes();
-  Take(flv_test::Join(
+  Receive(flv_test::Join(
       {flv_test::Header(), flv_test::NalTag(0, {{0x65, 1}}), flv_test::NalTag(40, {{0x41, 2}})}));
   EndOfDownload();
   StartPlay();
@@ -229,7 +229,7 @@ TEST_F(FlvPlayAsideTest, ParserWaitsForQueueSpace) {
 TEST_F(FlvPlayTest, StopEndsTheParserBetweenTwoNalUnitsOfATag) {
   constexpr std::size_t kNals = 1'000'000;
   Bytes units(4 * kNals);  // empty NAL units
-  Take(flv_test::Join(
+  Receive(flv_test::Join(
       {flv_test::Header(), flv_test::Tag(flv_test::kVideo, 0, flv_test::AvcBody(1, units))}));
   const auto play = PlayAside();
   ASSERT_TRUE(WaitUntil([] {
@@ -246,7 +246,7 @@ TEST_F(FlvPlayAsideTest, TagLoopPausesAMillisecondAfterEachTag) {
   std::vector<Bytes> parts = {flv_test::Header()};
   for (std::size_t i = 0; i < kTags; ++i) parts.push_back(flv_test::ScriptTag({2}));
   const auto tag_size = static_cast<std::uint32_t>(parts.back().size());
-  Take(flv_test::Join(parts));
+  Receive(flv_test::Join(parts));
   EndOfDownload();
   StartPlay();
   for (std::size_t i = 1; i <= kTags; ++i) {
@@ -275,7 +275,7 @@ class LinePlayer final : public CStreamPlayerImp {
 
 TEST_F(FlvPlayTest, MessagePrecedesTheResult) {
   LinePlayer player;
-  Take(MakeStream(1));
+  Receive(MakeStream(1));
   EndOfDownload();
   Play("u", PlayerPort(&player));
   EXPECT_THAT(player.lines,

@@ -42,39 +42,39 @@ class FlvStagingTest : public FlvTasks {
 };
 
 TEST_F(FlvStagingTest, TransferStagesItsBytes) {
-  EXPECT_EQ(Take({1, 2, 3}), 3U);
-  EXPECT_EQ(Take({4}), 1U);
+  EXPECT_EQ(Receive({1, 2, 3}), 3U);
+  EXPECT_EQ(Receive({4}), 1U);
   EXPECT_EQ(Unread(), (Bytes{1, 2, 3, 4}));
 }
 
 TEST_F(FlvStagingTest, StoppedTransferTakesNothing) {
   g_flvRunning = false;
-  EXPECT_EQ(Take({1, 2, 3}), 0U);
+  EXPECT_EQ(Receive({1, 2, 3}), 0U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
 }
 
 TEST_F(FlvStagingTest, TransferRefusesAnHtmlPage) {
-  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U);
-  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>', 'x'}), 0U);
+  EXPECT_EQ(Receive({'<', 'h', 't', 'm', 'l', '>'}), 0U);
+  EXPECT_EQ(Receive({'<', 'h', 't', 'm', 'l', '>', 'x'}), 0U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
 }
 
 TEST_F(FlvStagingTest, TransferEndsAtAnHtmlPageInMidStream) {
-  EXPECT_EQ(Take({'F', 'L', 'V', 1}), 4U);
-  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U);
+  EXPECT_EQ(Receive({'F', 'L', 'V', 1}), 4U);
+  EXPECT_EQ(Receive({'<', 'h', 't', 'm', 'l', '>'}), 0U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 4U);
 }
 
 TEST_F(FlvStagingTest, TransferTakesBytesThatOnlyResembleAnHtmlPage) {
-  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l'}), 5U);
-  EXPECT_EQ(Take({'<', 'H', 'T', 'M', 'L', '>'}), 6U);
-  EXPECT_EQ(Take({' ', '<', 'h', 't', 'm', 'l', '>'}), 7U);
+  EXPECT_EQ(Receive({'<', 'h', 't', 'm', 'l'}), 5U);
+  EXPECT_EQ(Receive({'<', 'H', 'T', 'M', 'L', '>'}), 6U);
+  EXPECT_EQ(Receive({' ', '<', 'h', 't', 'm', 'l', '>'}), 7U);
 }
 
 TEST_F(FlvStagingTest, TransferOfANullPointerSucceedsAndStagesNothing) {
   EXPECT_EQ(transfer_.OnBytes(nullptr, 35), 35U);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
-  EXPECT_EQ(Take({}), 0U);
+  EXPECT_EQ(Receive({}), 0U);
 }
 
 TEST_F(FlvStagingTest, SecondDeliveryOfTheSameBytesIsSkipped) {
@@ -88,7 +88,7 @@ TEST_F(FlvStagingTest, SecondDeliveryOfTheSameBytesIsSkipped) {
 }
 
 TEST_F(FlvStagingTest, BytesAlreadyReadAreNotStagedAgain) {
-  Take({1, 2, 3});
+  Receive({1, 2, 3});
   EXPECT_EQ(Unread(), (Bytes{1, 2, 3}));
   EXPECT_TRUE(Stage(0, {1, 2, 3, 4, 5}));
   EXPECT_EQ(Unread(), (Bytes{4, 5}));
@@ -106,7 +106,7 @@ TEST_F(FlvStagingTest, ConcurrentDeliveriesOfALocalFileStageEachByteOnce) {
   };
   std::thread transfer([&] {
     deliver(1603,
-            [this](std::size_t, const Bytes& bytes) { EXPECT_EQ(Take(bytes), bytes.size()); });
+            [this](std::size_t, const Bytes& bytes) { EXPECT_EQ(Receive(bytes), bytes.size()); });
   });
   deliver(1024, [this](std::size_t at, const Bytes& bytes) { EXPECT_TRUE(Stage(at, bytes)); });
   transfer.join();
@@ -114,7 +114,7 @@ TEST_F(FlvStagingTest, ConcurrentDeliveriesOfALocalFileStageEachByteOnce) {
 }
 
 TEST_F(FlvStagingTest, NewStreamIsEmptyAndStartsAtItsFirstByte) {
-  Take({1, 2, 3});
+  Receive({1, 2, 3});
   const RunId newer = g_flvStream->Begin();
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   FlvTransfer transfer(newer);
@@ -124,9 +124,9 @@ TEST_F(FlvStagingTest, NewStreamIsEmptyAndStartsAtItsFirstByte) {
 }
 
 TEST_F(FlvStagingTest, BytesOfAnOlderStreamAreRefused) {
-  Take({1, 2, 3});
+  Receive({1, 2, 3});
   g_flvStream->Begin();
-  EXPECT_EQ(Take({4}), 0U);
+  EXPECT_EQ(Receive({4}), 0U);
   EXPECT_FALSE(Stage(0, {5}));
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
 }
@@ -161,7 +161,7 @@ TEST_F(FlvStagingTest, NewStreamEndsTheWaitsForAnOlderOne) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
   auto player = std::async(std::launch::async, [this] { g_flvStream->WaitUntilReady(run_); });
   ASSERT_TRUE(clock_.WaitForWaiters(2));
-  Take({1});
+  Receive({1});
   g_flvStream->Begin();
   LookAgain();
   EXPECT_FALSE(reader.get());
@@ -169,11 +169,11 @@ TEST_F(FlvStagingTest, NewStreamEndsTheWaitsForAnOlderOne) {
 }
 
 TEST_F(FlvStagingTest, ReadWaitsForMissingBytes) {
-  Take({1, 2});
+  Receive({1, 2});
   Bytes bytes(4);
   auto reader = std::async(std::launch::async, [&] { return source_.Read(bytes.data(), 4); });
   EXPECT_TRUE(StillPolls(clock_, kPoll));
-  Take({3, 4, 5});
+  Receive({3, 4, 5});
   LookAgain();
   EXPECT_TRUE(reader.get());
   EXPECT_EQ(bytes, (Bytes{1, 2, 3, 4}));
@@ -186,13 +186,13 @@ TEST_F(FlvStagingTest, WaitingReaderHoldsNoLock) {
     return source_.Read(bytes.data(), 100);
   });
   ASSERT_TRUE(clock_.WaitForWaiters(1));
-  for (int i = 0; i < 100; ++i) Take({0});
+  for (int i = 0; i < 100; ++i) Receive({0});
   LookAgain();
   EXPECT_TRUE(reader.get());
 }
 
 TEST_F(FlvStagingTest, ReadThatCannotSucceedConsumesNothing) {
-  Take({1, 2});
+  Receive({1, 2});
   EndOfDownload();
   Bytes bytes(3, 9);
   EXPECT_FALSE(source_.WaitForBytes(3));
@@ -202,14 +202,14 @@ TEST_F(FlvStagingTest, ReadThatCannotSucceedConsumesNothing) {
 }
 
 TEST_F(FlvStagingTest, SkipDropsBytes) {
-  Take({1, 2, 3});
+  Receive({1, 2, 3});
   EXPECT_TRUE(source_.Skip(0));
   EXPECT_TRUE(source_.Skip(2));
   EXPECT_EQ(Unread(), (Bytes{3}));
 }
 
 TEST_F(FlvStagingTest, SkipBeyondTheEndDropsNothing) {
-  Take({1, 2});
+  Receive({1, 2});
   EndOfDownload();
   EXPECT_FALSE(source_.Skip(3));
   EXPECT_EQ(Unread(), (Bytes{1, 2}));
@@ -222,9 +222,9 @@ TEST_F(FlvStagingTest, SkipWaitsForMissingBytes) {
   ASSERT_TRUE(clock_.WaitForWaiters(1));
   for (std::uint32_t i = 0; i < kPieces; ++i) {
     EXPECT_EQ(clock_.Waiting(), 1U);
-    Take(Bytes(kSkipped / kPieces));
+    Receive(Bytes(kSkipped / kPieces));
   }
-  Take({7});
+  Receive({7});
   LookAgain();
   EXPECT_TRUE(reader.get());
   EXPECT_EQ(Unread(), (Bytes{7}));
@@ -233,14 +233,14 @@ TEST_F(FlvStagingTest, SkipWaitsForMissingBytes) {
 TEST_F(FlvStagingTest, StopEndsASkip) {
   auto reader = std::async(std::launch::async, [this] { return source_.Skip(100); });
   ASSERT_TRUE(clock_.WaitForWaiters(1));
-  Take({1});
+  Receive({1});
   BeginToStop();
   LookAgain();
   EXPECT_FALSE(reader.get());
 }
 
 TEST_F(FlvStagingTest, BytesCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
-  Take({1, 2});
+  Receive({1, 2});
   EndOfDownload();
   std::uint8_t byte = 0;
   EXPECT_TRUE(source_.Runs());
@@ -254,7 +254,7 @@ TEST_F(FlvStagingTest, BytesCanBeReadAfterTheEndOfTheDownloadAndAfterAStop) {
 TEST_F(FlvStagingTest, EndOfTheDownloadEndsAWait) {
   auto reader = std::async(std::launch::async, [this] { return source_.Read(nullptr, 5); });
   ASSERT_TRUE(clock_.WaitForWaiters(1));
-  Take({1});
+  Receive({1});
   EndOfDownload();
   LookAgain();
   EXPECT_FALSE(reader.get());
@@ -271,18 +271,18 @@ TEST_F(FlvStagingTest, StopEndsEveryWait) {
 }
 
 TEST_F(FlvStagingTest, BytesAfterTheEndOfTheParsingAreCountedAndDropped) {
-  Take({1, 2, 3});
+  Receive({1, 2, 3});
   g_flvStream->EndParsing(run_);
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
-  EXPECT_EQ(Take({4, 5}), 2U);
+  EXPECT_EQ(Receive({4, 5}), 2U);
   EXPECT_TRUE(Stage(4, {5, 6}));  // the first of them was delivered before
   EXPECT_EQ(g_flvStream->UnreadSize(), 0U);
   EXPECT_EQ(g_flvStream->DroppedSize(), 6U);
-  EXPECT_EQ(Take({'<', 'h', 't', 'm', 'l', '>'}), 0U) << "an HTML page still ends the transfer";
+  EXPECT_EQ(Receive({'<', 'h', 't', 'm', 'l', '>'}), 0U) << "an HTML page still ends the transfer";
 }
 
 TEST_F(FlvStagingTest, EndOfTheParsingOfAnOlderStreamDoesNotAffectTheNewer) {
-  Take({1, 2, 3});
+  Receive({1, 2, 3});
   g_flvStream->EndParsing(run_);
   const RunId newer = g_flvStream->Begin();
   EXPECT_EQ(g_flvStream->DroppedSize(), 0U);

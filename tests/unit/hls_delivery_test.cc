@@ -22,8 +22,8 @@ class HlsDeliveryTest : public testing::Test {
  protected:
   HlsDeliveryTest() {
     ResetFrameQueues();
-    pipeline_.player = PlayerPort(&player_);
-    pipeline_.running = true;
+    hls_.player = PlayerPort(&player_);
+    hls_.running = true;
   }
   ~HlsDeliveryTest() override { ReleaseFrameQueues(); }
 
@@ -42,16 +42,16 @@ class HlsDeliveryTest : public testing::Test {
   std::string DeliverUntil(Condition met) {
     testing::internal::CaptureStdout();
     CThreadPool pool(2);
-    Pipeline tasks({"m3u8", "M3U8", true}, pipeline_.player, pipeline_.running, pool);
-    tasks.AddDeliveryTasks(HlsFrameFilters(pipeline_));
+    Pipeline tasks({"m3u8", "M3U8", true}, hls_.player, hls_.running, pool);
+    tasks.AddDeliveryTasks(HlsFrameFilters(hls_));
     EXPECT_TRUE(WaitUntil([&] { return met(player_.Snapshot()); }));
-    pipeline_.running = false;
+    hls_.running = false;
     pool.Stop();
     return testing::internal::GetCapturedStdout();
   }
 
   RecordingPlayer player_;
-  HlsTaskState pipeline_;
+  HlsTaskState hls_;
 };
 
 TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreReported) {
@@ -66,7 +66,7 @@ TEST_F(HlsDeliveryTest, BothKindsReachThePlayerAndTheEndsAreReported) {
 }
 
 TEST_F(HlsDeliveryTest, OnlyTheFirstVideoFrameAfterAStopIsSkipped) {
-  pipeline_.stream.SkipFirstVideoFrame();
+  hls_.stream.SkipFirstVideoFrame();
   for (const std::uint64_t pts : {1U, 2U, 3U}) {
     PushVideo(pts);
     PushAudio(pts);
@@ -102,31 +102,31 @@ TEST_F(HlsDeliveryTest, TwoThreadsSkipNoMoreFramesThanRequested) {
 
 TEST_F(HlsDeliveryTest, ListedDurationIsClearedByTheFirstFrameOfEitherKind) {
   for (const bool is_video : {true, false}) {
-    pipeline_.running = true;
-    pipeline_.listedDuration = 30;
+    hls_.running = true;
+    hls_.listedDuration = 30;
     player_.Forget();
     is_video ? PushVideo(1) : PushAudio(1);
     DeliverUntil(
         [](const Record& record) { return record.video.size() + record.audio.size() == 1; });
-    EXPECT_EQ(pipeline_.listedDuration.load(), 0.0F);
+    EXPECT_EQ(hls_.listedDuration.load(), 0.0F);
   }
 }
 
 TEST_F(HlsDeliveryTest, SkippedFrameClearsTheListedDurationToo) {
-  pipeline_.stream.SkipFirstVideoFrame();
-  pipeline_.listedDuration = 30;
+  hls_.stream.SkipFirstVideoFrame();
+  hls_.listedDuration = 30;
   PushVideo(1);
-  DeliverUntil([this](const Record&) { return pipeline_.listedDuration.load() == 0.0F; });
+  DeliverUntil([this](const Record&) { return hls_.listedDuration.load() == 0.0F; });
   EXPECT_TRUE(player_.Snapshot().video.empty());
 }
 
 TEST_F(HlsDeliveryTest, FrameOfTheOtherKindInAQueueKeepsTheListedDuration) {
-  pipeline_.listedDuration = 30;
+  hls_.listedDuration = 30;
   Push(g_audioQueue, 1, true);
   Push(g_videoQueue, 1, false);
   DeliverUntil(
       [](const Record& record) { return record.video.size() == 1 && record.audio.size() == 1; });
-  EXPECT_EQ(pipeline_.listedDuration.load(), 30.0F);
+  EXPECT_EQ(hls_.listedDuration.load(), 30.0F);
 }
 
 TEST_F(HlsDeliveryTest, AudioClockIsTheWholeSecondsOfThePlayTime) {
@@ -143,7 +143,7 @@ TEST_F(HlsDeliveryTest, AudioClockIsTheWholeSecondsOfThePlayTime) {
 }
 
 TEST_F(HlsDeliveryTest, FramesAreRemovedAndReleasedWithoutAPlayer) {
-  pipeline_.player = PlayerPort();
+  hls_.player = PlayerPort();
   PushVideo(1);
   DeliverUntil([](const Record&) {
     const std::lock_guard lock(g_frameQueueMutex);

@@ -74,42 +74,5 @@ TEST_F(WindowTest, OnlyTheNewestSegmentsOfAVeryLongPlaylistAreCompared) {
   EXPECT_EQ(window_.first, 0);
 }
 
-class WindowClassifiersTest : public testing::Test {
- protected:
-  WindowVerdict Follow(const std::string& source, std::int64_t first) {
-    return classifiers_.Of(source).Follow({first, {{first, "a"}}});
-  }
-
-  WindowClassifiers classifiers_;
-};
-
-TEST_F(WindowClassifiersTest, PlaylistsAreNotComparedWithEachOther) {
-  EXPECT_EQ(Follow("low", 100), WindowVerdict::kGoesOn);
-  EXPECT_EQ(Follow("high", 1), WindowVerdict::kGoesOn);
-  EXPECT_EQ(Follow("low", 100), WindowVerdict::kGoesOn);
-  EXPECT_EQ(Follow("low", 2), WindowVerdict::kRestart) << "compared with 100";
-}
-
-TEST_F(WindowClassifiersTest, LastUsedPlaylistsAreRemembered) {
-  Follow("first", 100);
-  for (std::size_t i = 0; i < WindowClassifiers::kRememberedSources; ++i) {
-    EXPECT_LE(classifiers_.Size(), WindowClassifiers::kRememberedSources);
-    Follow(std::to_string(i), 100);
-  }
-  EXPECT_EQ(Follow("0", 1), WindowVerdict::kRestart);
-  EXPECT_EQ(Follow("first", 1), WindowVerdict::kGoesOn) << "forgotten";
-}
-
-TEST_F(WindowClassifiersTest, ForgetOthersKeepsOnlyTheLastUsedPlaylist) {
-  Follow("low", 100);
-  Follow("high", 100);
-  classifiers_.ForgetOthers();
-  EXPECT_EQ(classifiers_.Size(), 1U);
-  EXPECT_EQ(Follow("high", 1), WindowVerdict::kRestart);
-  classifiers_.Clear();
-  classifiers_.ForgetOthers();
-  EXPECT_EQ(Follow("high", 0), WindowVerdict::kGoesOn);
-}
-
 }  // namespace
 }  // namespace stream

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
 #include <ostream>
@@ -441,6 +442,45 @@ TEST_F(WindowClassifierTest, LargestAndSmallestNumbersDoNotOverflow) {
     Follow(kSmallest + i, Names(static_cast<int>(i), 3));
     Follow(kLargest - 2, Names(static_cast<int>(i), 3));
   }
+}
+
+// --- One classifier for each playlist ---
+
+class WindowClassifiersTest : public testing::Test {
+ protected:
+  Verdict Follow(const std::string& source, std::int64_t first) {
+    return classifiers_.Of(source).Follow({first, {{first, "a"}}});
+  }
+
+  WindowClassifiers classifiers_;
+};
+
+TEST_F(WindowClassifiersTest, PlaylistsAreNotComparedWithEachOther) {
+  EXPECT_EQ(Follow("low", 100), Verdict::kGoesOn);
+  EXPECT_EQ(Follow("high", 1), Verdict::kGoesOn);
+  EXPECT_EQ(Follow("low", 100), Verdict::kGoesOn);
+  EXPECT_EQ(Follow("low", 2), Verdict::kRestart) << "compared with 100";
+}
+
+TEST_F(WindowClassifiersTest, LastUsedPlaylistsAreRemembered) {
+  Follow("first", 100);
+  for (std::size_t i = 0; i < WindowClassifiers::kRememberedSources; ++i) {
+    EXPECT_LE(classifiers_.Size(), WindowClassifiers::kRememberedSources);
+    Follow(std::to_string(i), 100);
+  }
+  EXPECT_EQ(Follow("0", 1), Verdict::kRestart);
+  EXPECT_EQ(Follow("first", 1), Verdict::kGoesOn) << "forgotten";
+}
+
+TEST_F(WindowClassifiersTest, ForgetOthersKeepsOnlyTheLastUsedPlaylist) {
+  Follow("low", 100);
+  Follow("high", 100);
+  classifiers_.ForgetOthers();
+  EXPECT_EQ(classifiers_.Size(), 1U);
+  EXPECT_EQ(Follow("high", 1), Verdict::kRestart);
+  classifiers_.Clear();
+  classifiers_.ForgetOthers();
+  EXPECT_EQ(Follow("high", 0), Verdict::kGoesOn);
 }
 
 }  // namespace

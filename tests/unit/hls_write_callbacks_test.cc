@@ -81,13 +81,13 @@ TEST_F(SegmentCallbackTest, PieceLargerThanTheBufferIsDropped) {
 
 TEST_F(SegmentCallbackTest, NothingIsTakenAfterAStop) {
   EXPECT_EQ(Append(3, 'a'), 3U);
-  pipeline_.running = false;
+  hls_.running = false;
   EXPECT_EQ(Append(3, 'a'), 0U);
   EXPECT_EQ(Length(), 3);
 }
 
 TEST_F(SegmentCallbackTest, NothingIsTakenWithoutAPipeline) {
-  stream_.ForgetActive(&pipeline_);
+  stream_.ForgetActive(&hls_);
   EXPECT_EQ(Append(3, 'a'), 0U);
 }
 
@@ -95,8 +95,8 @@ TEST_F(SegmentCallbackTest, LatestPipelineDecides) {
   const HlsTaskState last;  // is not running
   stream_.SetActive(&last);
   EXPECT_EQ(Append(3, 'a'), 0U);
-  stream_.ForgetActive(&pipeline_);  // not the latest one: changes nothing
-  stream_.SetActive(&pipeline_);
+  stream_.ForgetActive(&hls_);  // not the latest one: changes nothing
+  stream_.SetActive(&hls_);
   stream_.ForgetActive(&last);
   EXPECT_EQ(Append(3, 'a'), 3U);
 }
@@ -126,7 +126,7 @@ TEST_P(PlaylistCallbackTest, PiecesAreAppended) {
 }
 
 TEST_P(PlaylistCallbackTest, NothingIsTakenAfterAStop) {
-  pipeline_.running = false;
+  hls_.running = false;
   EXPECT_EQ(Append("#EXT"), 0U);
   EXPECT_EQ(Text(), "");
 }
@@ -148,8 +148,8 @@ class LeftoverTest : public HlsTasks {
       const std::lock_guard lock(stream_.playlist_mutex);
       stream_.g_playlistText = body;
     }
-    pipeline_.playlistHandle.reset();
-    EXPECT_FALSE(FetchPlaylist(pipeline_, {kUrl, true}));
+    hls_.playlistHandle.reset();
+    EXPECT_FALSE(FetchPlaylist(hls_, {kUrl, true}));
     return PlaylistText();
   }
 };
@@ -177,12 +177,12 @@ TEST_F(LeftoverTest, LongerTextIsDropped) {
 
 TEST_F(LeftoverTest, SameRulesApplyToVariants) {
   const std::lock_guard lock(stream_.playlist_mutex);
-  pipeline_.variantHandle.reset();
+  hls_.variantHandle.reset();
   stream_.g_variantText = "x\ny";
-  EXPECT_FALSE(FetchVariant(pipeline_, kUrl));
+  EXPECT_FALSE(FetchVariant(hls_, kUrl));
   EXPECT_EQ(stream_.g_variantText, "x\n");
   stream_.g_variantText.assign((1 << 20) + 1, '\n');
-  EXPECT_FALSE(FetchVariant(pipeline_, kUrl));
+  EXPECT_FALSE(FetchVariant(hls_, kUrl));
   EXPECT_EQ(stream_.g_variantText, "");
 }
 

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "isobmff/box.h"
-#include "isobmff/file.h"
 #include "isobmff/table_box.h"
+#include "platform/random_access_file.h"
 #include "tests/support/mp4_reading.h"
 
 namespace stream {
@@ -327,7 +327,7 @@ TEST(IsobmffOpenTest, TableAbove32MiBIsRefused) {
   for (const std::size_t count : {kMost, kMost + 1}) {
     const Bytes head = Join({U32(0), U32(0), U32(count)});
     mp4_boxes::WriteFile("table", head);
-    const auto file = isobmff::File::Open("table");
+    const auto file = platform::RandomAccessFile::Open("table");
     ASSERT_TRUE(file);
     const std::uint64_t size = head.size() + count * 4;
     isobmff::HeaderReader reader(*file, size);

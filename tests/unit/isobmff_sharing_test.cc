@@ -57,7 +57,7 @@ TEST(IsobmffSharingTest, IndexIsPassedOnFromHandleToHandle) {
 
 TEST(IsobmffSharingTest, IndexIsReleasedWithTheLastHandle) {
   mp4_boxes::WriteFile("movie.mp4", BuildMp4(mp4_boxes::SmallMovie()).bytes);
-  const auto file = isobmff::File::Open("movie.mp4");
+  const auto file = platform::RandomAccessFile::Open("movie.mp4");
   ASSERT_TRUE(file);
   const std::weak_ptr<const isobmff::MovieIndex> index = isobmff::IndexOf(*file);
   EXPECT_TRUE(index.expired());

@@ -9,7 +9,7 @@
 #include <string>
 #include <thread>
 
-#include "tests/support/busy_player.h"
+#include "tests/support/action_player.h"
 #include "tests/support/mp4_tasks.h"
 #include "tests/support/polling.h"
 #include "tests/support/simulated_clock.h"
@@ -88,7 +88,7 @@ TEST_F(Mp4PlayTest, EmptyDownloadHasNoVideo) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 NO:http://host/a.mp4"));
 }
 
-TEST_F(Mp4PlayTest, BytesReceivedDuringAPassArePlayedBeforeTheVerdict) {
+TEST_F(Mp4PlayTest, BytesReceivedDuringAPassArePlayedBeforeTheOutcome) {
   const auto movie = MakeMovie();
   const auto file = BuildMp4(movie);
   Write(file.bytes, file.offsets[0][5]);
@@ -121,7 +121,7 @@ TEST_F(Mp4PlayTest, ChecksForMoreBytesEveryMillisecond) {
   EXPECT_THAT(player_.Snapshot().results, ElementsAre("PLAY:MP4 OK:http://host/a.mp4"));
 }
 
-TEST_F(Mp4PlayTest, VerdictIsReportedAtAStopToo) {
+TEST_F(Mp4PlayTest, OutcomeIsReportedAtAStopToo) {
   const auto file = BuildMp4(MakeMovie());
   Write(file.bytes, file.offsets[0][5]);
   std::thread play([this] { Play(); });

@@ -23,7 +23,7 @@ DownloadedRanges Ranges(const std::vector<std::pair<std::uint64_t, std::uint64_t
   return ranges;
 }
 
-TEST(DownloadedRangesTest, EmptyRangesHoldNothing) {
+TEST(DownloadedRangesTest, EmptyRangesContainNothing) {
   const DownloadedRanges ranges;
   EXPECT_THAT(ranges.All(), IsEmpty());
   EXPECT_FALSE(ranges.Contains(0, 0));
@@ -71,7 +71,7 @@ TEST(DownloadedRangesTest, BytesInsideTheFirstRangeChangeNothing) {
   EXPECT_THAT(Ranges({{0, 100}, {0, 10}, {20, 30}, {90, 100}}).All(), ElementsAre(Pair(0, 100)));
 }
 
-TEST(DownloadedRangesTest, BytesAreHeldUpToTheEndOfARange) {
+TEST(DownloadedRangesTest, BytesAreContainedUpToTheEndOfARange) {
   const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
   EXPECT_TRUE(ranges.Contains(0, 10));
   EXPECT_TRUE(ranges.Contains(50, 10));
@@ -82,7 +82,7 @@ TEST(DownloadedRangesTest, BytesAreHeldUpToTheEndOfARange) {
   EXPECT_FALSE(ranges.Contains(9, 50));
 }
 
-TEST(DownloadedRangesTest, SampleAcrossTheEndOfTheFirstRangeIsNotHeldUntilTheRangeGrows) {
+TEST(DownloadedRangesTest, SampleAcrossTheEndOfTheFirstRangeIsNotContainedUntilTheRangeGrows) {
   DownloadedRanges ranges = Ranges({{0, 10}});
   EXPECT_FALSE(ranges.First().Contains(8, 4));
   ranges.Add(10, 11);
@@ -91,13 +91,13 @@ TEST(DownloadedRangesTest, SampleAcrossTheEndOfTheFirstRangeIsNotHeldUntilTheRan
   EXPECT_TRUE(ranges.First().Contains(8, 4));
 }
 
-TEST(DownloadedRangesTest, SampleInsideTheSecondRangeIsNotHeldByTheFirst) {
+TEST(DownloadedRangesTest, SampleInsideTheSecondRangeIsNotContainedInTheFirst) {
   const DownloadedRanges ranges = Ranges({{0, 10}, {50, 60}});
   EXPECT_TRUE(ranges.Contains(52, 3));
   EXPECT_FALSE(ranges.First().Contains(52, 3));
 }
 
-TEST(DownloadedRangesTest, SampleBeforeTheFirstRangeIsNotHeld) {
+TEST(DownloadedRangesTest, SampleBeforeTheFirstRangeIsNotContained) {
   EXPECT_FALSE(Ranges({{50, 60}}).First().Contains(49, 2));
   EXPECT_TRUE(Ranges({{50, 60}}).First().Contains(50, 2));
 }
@@ -111,7 +111,7 @@ TEST(DownloadedRangesTest, OffsetInARangeMovesToItsEndOnlyOnce) {
   EXPECT_EQ(ranges.EndOfRangeAt(25), 30U) << "the range that starts there is ignored";
 }
 
-TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsLimit) {
+TEST(DownloadedRangesTest, LocalFileContainsEverythingBelowItsLimit) {
   DownloadedRanges ranges;
   ranges.MarkLocalFile();
   EXPECT_THAT(ranges.All(), ElementsAre(Pair(0, 999'999'999)));
@@ -120,7 +120,7 @@ TEST(DownloadedRangesTest, LocalFileHoldsEverythingBelowItsLimit) {
   EXPECT_TRUE(ranges.Contains(999'999'998, 1));
 }
 
-TEST(DownloadedRangesTest, OffsetsAndSizesThatWrapAroundAreNotHeld) {
+TEST(DownloadedRangesTest, OffsetsAndSizesThatWrapAroundAreNotContained) {
   const DownloadedRanges ranges = Ranges({{0, 100}});
   for (const std::uint64_t huge : {UINT64_MAX, UINT64_MAX - 5, UINT64_MAX / 2 + 1}) {
     EXPECT_FALSE(ranges.Contains(10, huge));
@@ -130,7 +130,7 @@ TEST(DownloadedRangesTest, OffsetsAndSizesThatWrapAroundAreNotHeld) {
   }
 }
 
-TEST(DownloadedRangesTest, ClearedRangesHoldNothing) {
+TEST(DownloadedRangesTest, ClearedRangesContainNothing) {
   DownloadedRanges ranges = Ranges({{0, 10}});
   ranges.Clear();
   EXPECT_FALSE(ranges.First().Contains(0, 1));
@@ -243,7 +243,7 @@ TEST(DownloadedRangesTest, RandomRangesMatchTheReferenceModel) {
   }
 }
 
-// Like the download, does not add bytes that are already held.
+// Like the download, does not add bytes that are already contained.
 TEST(DownloadedRangesTest, RangesCoverExactlyTheWrittenBytes) {
   for (unsigned seed = 0; seed < 500; ++seed) {
     std::minstd_rand random(seed + 1);

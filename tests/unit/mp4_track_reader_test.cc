@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/busy_player.h"
+#include "tests/support/action_player.h"
 #include "tests/support/mp4_tasks.h"
 
 namespace stream {
@@ -381,7 +381,7 @@ TEST_F(Mp4TrackReaderTest, OtherCodecsAreReportedByTheNameOfTheirSampleEntry) {
 }
 
 // `movie` with a track before its own tracks that cannot be played.
-Movie Behind(Track damaged, const Movie& movie) {
+Movie WithTrackBefore(Track damaged, const Movie& movie) {
   Movie with = movie;
   damaged.id = 9;
   with.tracks.insert(with.tracks.begin(), std::move(damaged));
@@ -397,7 +397,8 @@ TEST_F(Mp4TrackReaderTest, DamagedTracksDoNotHideTheOthers) {
       damaged.replaced[type] = Bytes();
       StartAnother();
       player_.Forget();
-      EXPECT_EQ(DumpText(PassOver(Behind(damaged, movie))), DumpText(ExpectedFrames(movie)));
+      EXPECT_EQ(DumpText(PassOver(WithTrackBefore(damaged, movie))),
+                DumpText(ExpectedFrames(movie)));
       EXPECT_THAT(Reported().messages, ElementsAre(kH264Line));
     }
   }
@@ -409,11 +410,12 @@ TEST_F(Mp4TrackReaderTest, TracksWithoutTimeScaleOrSamplesDoNotHideTheOthers) {
     Track timeless = track;
     timeless.time_scale = 0;
     StartAnother();
-    EXPECT_EQ(DumpText(PassOver(Behind(timeless, movie))), DumpText(ExpectedFrames(movie)));
+    EXPECT_EQ(DumpText(PassOver(WithTrackBefore(timeless, movie))),
+              DumpText(ExpectedFrames(movie)));
     Track empty = track;
     empty.samples.clear();
     StartAnother();
-    EXPECT_EQ(DumpText(PassOver(Behind(empty, movie))), DumpText(ExpectedFrames(movie)));
+    EXPECT_EQ(DumpText(PassOver(WithTrackBefore(empty, movie))), DumpText(ExpectedFrames(movie)));
   }
 }
 
@@ -437,7 +439,7 @@ TEST_F(Mp4TrackReaderTest, H265IsRefusedEvenIfAnH264TrackFollows) {
   const Movie movie = MakeMovie({.samples = 5});
   Track other = movie.tracks[0];
   other.entry = VideoEntry("hvc1", mp4_boxes::Box("hvcC", Bytes(23)));
-  EXPECT_EQ(DumpText(PassOver(Behind(other, movie))), "");
+  EXPECT_EQ(DumpText(PassOver(WithTrackBefore(other, movie))), "");
   EXPECT_THAT(Reported().messages, ElementsAre("PLAY MP4 H265:http://host/a.mp4"));
 }
 
@@ -529,28 +531,28 @@ TEST_F(Mp4TrackReaderTest, PassForAnotherAddressReadsNothing) {
   EXPECT_EQ(DumpText(Pass(stale)), DumpText(ExpectedFrames(movie)));
 }
 
-class Mp4PassUnderWayTest : public Mp4TrackReaderTest {
+class Mp4RunningPassTest : public Mp4TrackReaderTest {
  protected:
-  ActionPlayer busy_;
-  Mp4TrackReader reader_{PlayerPort(&busy_)};
+  ActionPlayer action_player_;
+  Mp4TrackReader reader_{PlayerPort(&action_player_)};
 };
 
-TEST_F(Mp4PassUnderWayTest, SecondPassAtTheSameTimeIsRefused) {
+TEST_F(Mp4RunningPassTest, SecondPassAtTheSameTimeIsRefused) {
   const Movie movie = MakeMovie({.samples = 5});
   const auto source = Whole(WriteMovie(movie).path);
-  bool is_made = true;
-  busy_.once = [&] { is_made = reader_.RunPass(source); };
+  bool pass_done = true;
+  action_player_.once = [&] { pass_done = reader_.RunPass(source); };
   EXPECT_TRUE(reader_.RunPass(source));
-  EXPECT_FALSE(is_made);
+  EXPECT_FALSE(pass_done);
   EXPECT_EQ(DumpText(PopQueuedFrames()), DumpText(ExpectedFrames(movie)));
   EXPECT_TRUE(reader_.RunPass(source)) << "a later pass is not refused";
 }
 
-TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
+TEST_F(Mp4RunningPassTest, SeekDuringThePassContinuesFromThere) {
   const MovieFile movie_file = WriteMovie(MakeMovie({.samples = 50}));
   const auto source = Whole(movie_file.path);
   reader_.RunPass(Part(movie_file.path, movie_file.Video(0)));
-  busy_.once = [&] { reader_.Seek(1.2F, movie_file.path); };
+  action_player_.once = [&] { reader_.Seek(1.2F, movie_file.path); };
   reader_.RunPass(source);
   EXPECT_TRUE(reader_.MayFindMore(source));
   const auto video = PopQueuedFrames().video;
@@ -558,16 +560,16 @@ TEST_F(Mp4PassUnderWayTest, SeekDuringThePassContinuesFromThere) {
   EXPECT_EQ(video[1].pts, 1200U * 90);
 }
 
-TEST_F(Mp4PassUnderWayTest, OtherAddressEndsThePass) {
+TEST_F(Mp4RunningPassTest, OtherAddressEndsThePass) {
   const auto source = Whole(WriteMovie(MakeMovie()).path);
-  busy_.once = [&] { reader_.Reset(RunId{1}); };
+  action_player_.once = [&] { reader_.Reset(RunId{1}); };
   reader_.RunPass(source);
   EXPECT_THAT(PopQueuedFrames().video, SizeIs(1)) << "the current sample";
 }
 
-TEST_F(Mp4PassUnderWayTest, StopEndsThePassAfterTheCurrentSample) {
+TEST_F(Mp4RunningPassTest, StopEndsThePassAfterTheCurrentSample) {
   const auto source = Whole(WriteMovie(MakeMovie()).path);
-  busy_.once = [] { g_mp4Running = false; };
+  action_player_.once = [] { g_mp4Running = false; };
   reader_.RunPass(source);
   const FrameDump dump = PopQueuedFrames();
   EXPECT_THAT(dump.video, SizeIs(1));

@@ -38,7 +38,7 @@ class Mp4TransferTest : public Mp4Tasks {
   Mp4TransferTest() { path_ = BeginAddress(kName); }
   ~Mp4TransferTest() override { std::filesystem::remove_all(path_); }
 
-  static std::size_t Take(Mp4Transfer& transfer, const Bytes& bytes) {
+  static std::size_t Receive(Mp4Transfer& transfer, const Bytes& bytes) {
     return transfer.OnBytes(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   }
 
@@ -81,8 +81,8 @@ class Mp4TransferTest : public Mp4Tasks {
 TEST_F(Mp4TransferTest, PiecesAreWrittenInOrder) {
   Mp4Transfer transfer(CurrentRun());
   EXPECT_EQ(transfer.Offset(), 0U);
-  EXPECT_EQ(Take(transfer, {1, 2, 3}), 3U);
-  EXPECT_EQ(Take(transfer, {4, 5}), 2U);
+  EXPECT_EQ(Receive(transfer, {1, 2, 3}), 3U);
+  EXPECT_EQ(Receive(transfer, {4, 5}), 2U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 5)));
   EXPECT_EQ(WriteOffset(), 5U);
@@ -92,20 +92,20 @@ TEST_F(Mp4TransferTest, PiecesAreWrittenInOrder) {
 
 TEST_F(Mp4TransferTest, NextTransferContinuesAtTheWriteOffset) {
   Mp4Transfer first(CurrentRun());
-  Take(first, {1, 2, 3});
+  Receive(first, {1, 2, 3});
   Mp4Transfer second(CurrentRun());
   EXPECT_EQ(second.Offset(), 3U);
-  Take(second, {4});
+  Receive(second, {4});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
 }
 
 TEST_F(Mp4TransferTest, TransferAfterASeekLeavesAGap) {
   Mp4Transfer first(CurrentRun());
-  Take(first, {1, 2, 3});
+  Receive(first, {1, 2, 3});
   SeekTo(6);
   Mp4Transfer second(CurrentRun());
-  Take(second, {7, 8});
+  Receive(second, {7, 8});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 0, 0, 0, 7, 8}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 3), Pair(6, 8)));
   EXPECT_EQ(WriteOffset(), 8U);
@@ -113,22 +113,22 @@ TEST_F(Mp4TransferTest, TransferAfterASeekLeavesAGap) {
 
 TEST_F(Mp4TransferTest, FilledGapMakesOneRange) {
   Mp4Transfer first(CurrentRun());
-  Take(first, {1, 2, 3});
+  Receive(first, {1, 2, 3});
   SeekTo(6);
   Mp4Transfer second(CurrentRun());
-  Take(second, {7, 8});
+  Receive(second, {7, 8});
   SeekTo(3);
   Mp4Transfer third(CurrentRun());
-  Take(third, {4, 5, 6});
+  Receive(third, {4, 5, 6});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 8)));
 }
 
 TEST_F(Mp4TransferTest, SeekDuringATransferAffectsOnlyTheNextTransfer) {
   Mp4Transfer running(CurrentRun());
-  Take(running, {1, 2});
+  Receive(running, {1, 2});
   SeekTo(100);
-  EXPECT_EQ(Take(running, {3, 4}), 2U);
+  EXPECT_EQ(Receive(running, {3, 4}), 2U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
   EXPECT_EQ(WriteOffset(), 100U) << "the offset of the seek";
@@ -138,48 +138,48 @@ TEST_F(Mp4TransferTest, SeekDuringATransferAffectsOnlyTheNextTransfer) {
 // A seek back goes to the end of the received range, which is where the transfer writes.
 TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferThatIsAtTheOffsetOfTheSeek) {
   Mp4Transfer running(CurrentRun());
-  Take(running, {1, 2});
+  Receive(running, {1, 2});
   SeekTo(2);
-  Take(running, {3, 4});
+  Receive(running, {3, 4});
   EXPECT_EQ(WriteOffset(), 4U);
-  Take(running, {5});
+  Receive(running, {5});
   EXPECT_EQ(Mp4Transfer(CurrentRun()).Offset(), 5U);
 }
 
 TEST_F(Mp4TransferTest, WriteOffsetFollowsATransferOnceItHasPassedTheOffsetOfTheSeek) {
   Mp4Transfer running(CurrentRun());
-  Take(running, {1, 2});
+  Receive(running, {1, 2});
   SeekTo(5);
-  Take(running, {3, 4});
+  Receive(running, {3, 4});
   EXPECT_EQ(WriteOffset(), 5U) << "not reached yet";
-  Take(running, {5, 6, 7});
+  Receive(running, {5, 6, 7});
   EXPECT_EQ(WriteOffset(), 7U);
-  Take(running, {8});
+  Receive(running, {8});
   EXPECT_EQ(WriteOffset(), 8U);
   SeekTo(1);
-  Take(running, {9});
+  Receive(running, {9});
   EXPECT_EQ(WriteOffset(), 1U) << "an offset that the transfer does not pass is unchanged";
 }
 
 TEST_F(Mp4TransferTest, TwoTransfersOfOneStreamWriteEachByteAtItsOffset) {
   Mp4Transfer one(CurrentRun());
   Mp4Transfer other(CurrentRun());
-  Take(one, {1, 2, 3});
-  Take(other, {1, 2});
-  Take(other, {3, 4, 5, 6});
-  Take(one, {4, 5});
+  Receive(one, {1, 2, 3});
+  Receive(other, {1, 2});
+  Receive(other, {3, 4, 5, 6});
+  Receive(one, {4, 5});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4, 5, 6}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 6)));
 }
 
 TEST_F(Mp4TransferTest, BytesAlreadyInTheFileAreNotWrittenAgain) {
   Mp4Transfer first(CurrentRun());
-  Take(first, {1, 2, 3, 4});
+  Receive(first, {1, 2, 3, 4});
   const std::uint64_t revision = Revision();
   SeekTo(0);
   Mp4Transfer again(CurrentRun());
-  EXPECT_EQ(Take(again, {9, 9}), 2U);
-  EXPECT_EQ(Take(again, {9, 9}), 2U);
+  EXPECT_EQ(Receive(again, {9, 9}), 2U);
+  EXPECT_EQ(Receive(again, {9, 9}), 2U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_EQ(WriteOffset(), 4U);
   EXPECT_EQ(Revision(), revision);
@@ -187,10 +187,10 @@ TEST_F(Mp4TransferTest, BytesAlreadyInTheFileAreNotWrittenAgain) {
 
 TEST_F(Mp4TransferTest, PieceThatExtendsBeyondARangeIsWrittenWhole) {
   Mp4Transfer first(CurrentRun());
-  Take(first, {1, 2, 3});
+  Receive(first, {1, 2, 3});
   SeekTo(1);
   Mp4Transfer again(CurrentRun());
-  Take(again, {2, 3, 4});
+  Receive(again, {2, 3, 4});
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
 }
@@ -198,13 +198,13 @@ TEST_F(Mp4TransferTest, PieceThatExtendsBeyondARangeIsWrittenWhole) {
 TEST_F(Mp4TransferTest, BytesStayPendingWhileTheFileCannotBeOpened) {
   Mp4Transfer transfer(CurrentRun());
   BlockFile();
-  EXPECT_EQ(Take(transfer, {1, 2}), 2U);
-  EXPECT_EQ(Take(transfer, {3}), 1U);
+  EXPECT_EQ(Receive(transfer, {1, 2}), 2U);
+  EXPECT_EQ(Receive(transfer, {3}), 1U);
   EXPECT_TRUE(transfer.HasPending());
   EXPECT_EQ(transfer.Offset(), 0U);
   EXPECT_THAT(Ranges(), IsEmpty());
   UnblockFile();
-  EXPECT_EQ(Take(transfer, {4}), 1U);
+  EXPECT_EQ(Receive(transfer, {4}), 1U);
   EXPECT_EQ(FileNow(), (Bytes{1, 2, 3, 4}));
   EXPECT_FALSE(transfer.HasPending());
   EXPECT_THAT(Ranges(), ElementsAre(Pair(0, 4)));
@@ -213,7 +213,7 @@ TEST_F(Mp4TransferTest, BytesStayPendingWhileTheFileCannotBeOpened) {
 TEST_F(Mp4TransferTest, EmptyPieceWritesPendingBytes) {
   Mp4Transfer transfer(CurrentRun());
   BlockFile();
-  Take(transfer, {1, 2});
+  Receive(transfer, {1, 2});
   EXPECT_EQ(transfer.OnBytes(nullptr, 0), 0U);
   EXPECT_TRUE(transfer.HasPending());
   UnblockFile();
@@ -226,7 +226,7 @@ TEST_F(Mp4TransferTest, BytesStayPendingIfTheDeviceIsFull) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   UsePath("/dev/full");
   Mp4Transfer transfer(CurrentRun());
-  EXPECT_EQ(Take(transfer, Filler(100'000, 1)), 100'000U);
+  EXPECT_EQ(Receive(transfer, Filler(100'000, 1)), 100'000U);
   EXPECT_TRUE(transfer.HasPending());
   EXPECT_THAT(Ranges(), IsEmpty());
   EXPECT_EQ(WriteOffset(), 0U);
@@ -258,19 +258,19 @@ TEST_F(Mp4WriteFailureTest, FullDiskIsReportedOncePerDownload) {
   UsePath("/dev/full");
   const std::string line = Line("/dev/full", std::errc::no_space_on_device);
   Mp4Transfer first(CurrentRun());
-  for (int i = 0; i < 5; ++i) Take(first, Filler(10'000, 1));
+  for (int i = 0; i < 5; ++i) Receive(first, Filler(10'000, 1));
   EXPECT_EQ(Console(), line);
   Mp4Transfer next_start(CurrentRun());
-  for (int i = 0; i < 5; ++i) Take(next_start, Filler(10'000, 1));
+  for (int i = 0; i < 5; ++i) Receive(next_start, Filler(10'000, 1));
   EXPECT_EQ(Console(), line);
 }
 
 TEST_F(Mp4WriteFailureTest, MissingFileIsReportedOncePerDownload) {
   Mp4Transfer transfer(CurrentRun());
-  Take(transfer, {1, 2});
+  Receive(transfer, {1, 2});
   EXPECT_EQ(Console(), "");
   std::filesystem::remove(path_);
-  for (int i = 0; i < 5; ++i) Take(transfer, {3});
+  for (int i = 0; i < 5; ++i) Receive(transfer, {3});
   EXPECT_EQ(Console(), Line(path_, std::errc::no_such_file_or_directory));
   EXPECT_TRUE(transfer.HasPending());
 }
@@ -281,12 +281,12 @@ TEST_F(Mp4WriteFailureTest, EachStartPrintsOneLineIfNoDirectoryCanBeWritten) {
   const BlockedTempFolder folder;
   folder.BlockCache();
   Mp4Transfer transfer(BeginMp4Run("mebo.mp4"));
-  for (int i = 0; i < 5; ++i) Take(transfer, {1});
+  for (int i = 0; i < 5; ++i) Receive(transfer, {1});
   const std::string first = Console();
   EXPECT_THAT(first, testing::StartsWith("Cache files cannot be written in "));
   EXPECT_EQ(std::count(first.begin(), first.end(), '\n'), 1) << first;
   Mp4Transfer next_start(CurrentRun());
-  for (int i = 0; i < 5; ++i) Take(next_start, {1});
+  for (int i = 0; i < 5; ++i) Receive(next_start, {1});
   const std::string next = Console();
   EXPECT_THAT(next, testing::StartsWith("mp4 cannot write " + GetTempDirA() + "mebo.mp4: "));
   EXPECT_EQ(std::count(next.begin(), next.end(), '\n'), 1) << next;
@@ -302,22 +302,22 @@ TEST_F(Mp4TransferTest, EmptyPieceWithoutPendingBytesTouchesNoFile) {
 
 TEST_F(Mp4TransferTest, TransferForAnEarlierAddressWritesNothingAndEnds) {
   Mp4Transfer stale(CurrentRun());
-  Take(stale, {1, 2});
+  Receive(stale, {1, 2});
   BeginAddress(kName);
   Mp4Transfer fresh(CurrentRun());
-  EXPECT_EQ(Take(stale, {3}), 0U);
+  EXPECT_EQ(Receive(stale, {3}), 0U);
   EXPECT_FALSE(stale.HasPending());
   EXPECT_THAT(FileNow(), IsEmpty());
   EXPECT_THAT(Ranges(), IsEmpty());
   EXPECT_EQ(WriteOffset(), 0U);
-  EXPECT_EQ(Take(fresh, {7}), 1U);
+  EXPECT_EQ(Receive(fresh, {7}), 1U);
   EXPECT_EQ(FileNow(), (Bytes{7}));
 }
 
 TEST_F(Mp4TransferTest, BytesPendingForAnEarlierAddressAreDropped) {
   Mp4Transfer stale(CurrentRun());
   BlockFile();
-  Take(stale, {1, 2});
+  Receive(stale, {1, 2});
   UnblockFile();
   UsePath(path_);
   stale.OnBytes(nullptr, 0);
@@ -329,7 +329,7 @@ TEST_F(Mp4TransferTest, BytesBeyondTwoGibibytesEndTheTransferWithALine) {
   SeekTo(std::uint64_t{1} << 31);
   Mp4Transfer transfer(CurrentRun());
   testing::internal::CaptureStdout();
-  EXPECT_EQ(Take(transfer, {1}), 0U);
+  EXPECT_EQ(Receive(transfer, {1}), 0U);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "mp4 download ends at 2 GiB.\n");
   EXPECT_FALSE(transfer.HasPending());
   EXPECT_THAT(FileNow(), IsEmpty());
@@ -340,7 +340,7 @@ TEST_F(Mp4TransferTest, LastByteWithAValidOffsetIsWritten) {
   const std::uint64_t last = std::numeric_limits<std::int32_t>::max();
   SeekTo(last);
   Mp4Transfer transfer(CurrentRun());
-  EXPECT_EQ(Take(transfer, {1, 2}), 2U);
+  EXPECT_EQ(Receive(transfer, {1, 2}), 2U);
   EXPECT_EQ(std::filesystem::file_size(path_), last + 2);
   EXPECT_THAT(Ranges(), ElementsAre(Pair(last, last + 2)));
 }

@@ -6,10 +6,10 @@
 // composition time offset is ignored, so pts, dts and playTime are equal. Kept for compatibility.
 //
 // A length in the stream is trusted only as far as its bytes are available: no frame is made of an
-// incomplete body; parsing ends there. The handler of a tag does not read beyond the
-// tag either: if a length or a field exceeds the tag, the rest of the tag is dropped and the stream
-// ends there. An AAC sequence header that is too short for a configuration is skipped instead,
-// since ffmpeg writes one first when it copies from a transport stream.
+// incomplete body; parsing ends there. The handler of a tag does not read beyond the tag: if a
+// length or a field exceeds the tag, the rest of the tag is dropped and the stream ends there. An
+// AAC sequence header that is too short for a configuration is skipped instead, since ffmpeg writes
+// one first when it copies from a transport stream.
 #ifndef FLV_FLV_TAG_PARSER_H_
 #define FLV_FLV_TAG_PARSER_H_
 

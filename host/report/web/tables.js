@@ -65,7 +65,7 @@ function jumpsTable(report) {
 
 function linesTable(report) {
   const {messages, results, dropped, kept} = report.texts;
-  const omitted = dropped > 0 ? `; ${whole(dropped)} in the middle are left out` : "";
+  const omitted = dropped > 0 ? `; ${whole(dropped)} in the middle are omitted` : "";
   return makeTable("table-lines", `Status lines: ${whole(messages)}, results: ${whole(results)}${omitted}`, [
     numberColumn("arrival", "t", seconds),
     textColumn("kind", "kind"),

@@ -14,7 +14,7 @@
 #include <optional>
 #include <span>
 
-#include "isobmff/file.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
@@ -47,9 +47,10 @@ class HeaderReader {
  public:
   static constexpr std::size_t kMaxAtOnce = 1024;
 
-  HeaderReader(const File& file, std::uint64_t file_size) : file_(file), file_size_(file_size) {}
+  HeaderReader(const platform::RandomAccessFile& file, std::uint64_t file_size)
+      : file_(file), file_size_(file_size) {}
 
-  const File& GetFile() const { return file_; }
+  const platform::RandomAccessFile& GetFile() const { return file_; }
   std::uint64_t FileSize() const { return file_size_; }
 
   // Counts a box that is about to be read. Returns false after more boxes than any playable file
@@ -69,7 +70,7 @@ class HeaderReader {
 
   bool Load(std::uint64_t offset);
 
-  const File& file_;
+  const platform::RandomAccessFile& file_;
   std::uint64_t file_size_;
   std::uint64_t loaded_at_ = 0;
   std::size_t loaded_ = 0;

@@ -4,14 +4,14 @@
 
 #include <memory>
 
-#include "isobmff/file.h"
 #include "isobmff/movie_index.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
 // Returns the index of an open file, shared with every other open handle of the file; null if the
 // file has no complete index.
-std::shared_ptr<const MovieIndex> IndexOf(const File& file);
+std::shared_ptr<const MovieIndex> IndexOf(const platform::RandomAccessFile& file);
 
 }  // namespace stream::isobmff
 

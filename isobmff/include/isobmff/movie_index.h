@@ -19,10 +19,10 @@
 #include <vector>
 
 #include "isobmff/box.h"
-#include "isobmff/file.h"
 #include "isobmff/sample_entry.h"
 #include "isobmff/sample_tables.h"
 #include "isobmff/unreceived_tail.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
@@ -50,19 +50,19 @@ struct Track {
 class MovieIndex {
  public:
   // Returns null if the file has no complete index.
-  static std::shared_ptr<const MovieIndex> Read(const File& file);
+  static std::shared_ptr<const MovieIndex> Read(const platform::RandomAccessFile& file);
 
   const Timing& GetTiming() const { return timing_; }
   const std::deque<Track>& Tracks() const { return tracks_; }
 
   // Returns whether this is still the index of the file, which was opened again. Compares only the
   // first and the last bytes, which is cheaper than reading the index again.
-  bool IsStoredIn(const File& file) const;
+  bool IsStoredIn(const platform::RandomAccessFile& file) const;
 
  private:
   bool ReadMovie(HeaderReader& reader, const Box& movie);
   bool AddTrack(HeaderReader& reader, const UnreceivedTail& tail, const Box& box);
-  bool Remember(const File& file, const Box& movie);
+  bool Remember(const platform::RandomAccessFile& file, const Box& movie);
 
   Timing timing_;
   std::deque<Track> tracks_;  // tables cannot be moved

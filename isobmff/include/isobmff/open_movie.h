@@ -7,10 +7,10 @@
 #include <memory>
 #include <vector>
 
-#include "isobmff/file.h"
 #include "isobmff/movie_index.h"
 #include "isobmff/read_cache.h"
 #include "isobmff/sample_tables.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
@@ -43,15 +43,15 @@ class OpenMovie {
     SampleCursor cursor;
   };
 
-  OpenMovie(File file, std::shared_ptr<const MovieIndex> index);
+  OpenMovie(platform::RandomAccessFile file, std::shared_ptr<const MovieIndex> index);
 
   Reading* FindReading(std::uint32_t track_id);
   bool MayBeRead(const SampleLocation& location) const;
 
-  File file_;
+  platform::RandomAccessFile file_;
   std::shared_ptr<const MovieIndex> index_;
   std::vector<Reading> readings_;  // one per track
-  ReadCache windows_;
+  ReadCache cache_;
 };
 
 }  // namespace stream::isobmff

@@ -12,14 +12,15 @@
 #include <memory>
 #include <span>
 
-#include "isobmff/file.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
 class ReadCache {
  public:
   // Returns false if not all of the bytes are in the file.
-  bool Read(const File& file, std::uint64_t offset, std::span<std::uint8_t> to);
+  bool Read(const platform::RandomAccessFile& file, std::uint64_t offset,
+            std::span<std::uint8_t> to);
 
  private:
   static constexpr std::size_t kFirstSize = std::size_t{32} << 10;
@@ -36,7 +37,8 @@ class ReadCache {
     }
   };
 
-  const Window* Load(const File& file, std::uint64_t offset, std::size_t wanted);
+  const Window* Load(const platform::RandomAccessFile& file, std::uint64_t offset,
+                     std::size_t wanted);
 
   std::array<Window, 2> windows_;
   unsigned latest_ = 0;

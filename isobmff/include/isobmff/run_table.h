@@ -12,8 +12,8 @@
 #include <memory>
 #include <vector>
 
-#include "isobmff/file.h"
 #include "isobmff/table_box.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
@@ -81,9 +81,10 @@ class RunTable {
 };
 
 // Both return null if the table cannot be read.
-std::unique_ptr<const RunTable> LoadSampleRuns(const File& file, const TableBox& table);
-std::unique_ptr<const RunTable> LoadChunkRuns(const File& file, const TableBox& table,
-                                              std::uint32_t chunks);
+std::unique_ptr<const RunTable> LoadSampleRuns(const platform::RandomAccessFile& file,
+                                               const TableBox& table);
+std::unique_ptr<const RunTable> LoadChunkRuns(const platform::RandomAccessFile& file,
+                                              const TableBox& table, std::uint32_t chunks);
 
 }  // namespace stream::isobmff
 

@@ -13,10 +13,10 @@
 #include <optional>
 #include <vector>
 
-#include "isobmff/file.h"
 #include "isobmff/lazy.h"
 #include "isobmff/run_table.h"
 #include "isobmff/table_box.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
@@ -102,18 +102,21 @@ class SampleTables {
   explicit SampleTables(const SampleTableBoxes& boxes) : boxes_(boxes) {}
 
   std::uint32_t Count() const { return boxes_.sizes->count; }
-  bool FindTime(const File& file, std::uint32_t sample, SampleCursor& cursor,
+  bool FindTime(const platform::RandomAccessFile& file, std::uint32_t sample, SampleCursor& cursor,
                 SampleTime& time) const;
   // Stores the result in `cursor.location`.
-  bool FindLocation(const File& file, std::uint32_t sample, SampleCursor& cursor) const;
+  bool FindLocation(const platform::RandomAccessFile& file, std::uint32_t sample,
+                    SampleCursor& cursor) const;
   // `offset` is set to the 32 bits in the table.
-  bool FindComposition(const File& file, std::uint32_t sample, SampleCursor& cursor,
-                       std::uint32_t& offset) const;
-  bool FindSync(const File& file, std::uint32_t sample, SampleCursor& cursor, bool& is_sync) const;
+  bool FindComposition(const platform::RandomAccessFile& file, std::uint32_t sample,
+                       SampleCursor& cursor, std::uint32_t& offset) const;
+  bool FindSync(const platform::RandomAccessFile& file, std::uint32_t sample, SampleCursor& cursor,
+                bool& is_sync) const;
 
  private:
-  const SizeTable* Sizes(const File& file) const;
-  bool ChunkOffset(const File& file, std::uint32_t chunk, std::uint64_t& offset) const;
+  const SizeTable* Sizes(const platform::RandomAccessFile& file) const;
+  bool ChunkOffset(const platform::RandomAccessFile& file, std::uint32_t chunk,
+                   std::uint64_t& offset) const;
 
   SampleTableBoxes boxes_;
   Lazy<SizeTable> sizes_;

@@ -11,7 +11,7 @@
 #include <span>
 
 #include "isobmff/box.h"
-#include "isobmff/file.h"
+#include "platform/random_access_file.h"
 
 namespace stream::isobmff {
 
@@ -40,7 +40,8 @@ bool LastEntryIsReceived(HeaderReader& reader, const TableBox& table);
 class TableBytes {
  public:
   // Returns nullopt if they cannot be read.
-  static std::optional<TableBytes> Load(const File& file, const TableBox& table);
+  static std::optional<TableBytes> Load(const platform::RandomAccessFile& file,
+                                        const TableBox& table);
 
   const std::uint8_t* Data() const { return bytes_.get(); }
 

@@ -34,8 +34,9 @@ class DownloadedRanges {
   // may touch or overlap without being merged. Kept for compatibility.
   void Add(std::uint64_t start, std::uint64_t end);
 
-  // Returns whether one of the ranges contains all of these bytes. Bytes after all ranges, the
-  // usual case of a download, are answered without a search, since there may be very many ranges.
+  // Returns whether one of the ranges contains all of these bytes. For bytes after all ranges, the
+  // usual case during a download, it returns false without a search, since there may be very many
+  // ranges.
   bool Contains(std::uint64_t start, std::uint64_t size) const;
 
   // The first range; empty if there is none. It alone decides which samples are available: a sample

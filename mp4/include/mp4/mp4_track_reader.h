@@ -18,6 +18,7 @@
 #include <string>
 
 #include "common/adts.h"
+#include "common/frame_memory.h"
 #include "common/frame_queue.h"
 #include "common/player_port.h"
 #include "common/run_id.h"
@@ -69,8 +70,6 @@ class Mp4TrackReader {
   void Close();
 
  private:
-  enum class TrackKind { kVideo, kAudio };
-
   struct Track {
     MP4TrackId id = MP4_INVALID_TRACK_ID;
     MP4SampleId next = 1;
@@ -95,7 +94,7 @@ class Mp4TrackReader {
   bool ReadNextVideo(ReadPass& pass);
   bool ReadNextAudio(ReadPass& pass);
   bool AudioMustWait() const;
-  std::optional<Mp4Sample> ReadNext(ReadPass& pass, TrackKind kind);
+  std::optional<Mp4Sample> ReadNext(ReadPass& pass, PayloadKind kind);
   std::optional<Mp4Sample> ReadSample(ReadPass& pass, Track& track) REQUIRES(mutex_);
   static bool IsAvailable(const ReadPass& pass, Track& track, std::uint64_t offset,
                           std::uint64_t size);

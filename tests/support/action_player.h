@@ -1,6 +1,6 @@
 // A player that runs an action once, while an MP4 file is read.
-#ifndef TESTS_SUPPORT_BUSY_PLAYER_H_
-#define TESTS_SUPPORT_BUSY_PLAYER_H_
+#ifndef TESTS_SUPPORT_ACTION_PLAYER_H_
+#define TESTS_SUPPORT_ACTION_PLAYER_H_
 
 #include <functional>
 #include <string>
@@ -22,4 +22,4 @@ struct ActionPlayer final : CStreamPlayerImp {
   std::function<void()> once;
 };
 
-#endif  // TESTS_SUPPORT_BUSY_PLAYER_H_
+#endif  // TESTS_SUPPORT_ACTION_PLAYER_H_

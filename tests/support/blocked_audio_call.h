@@ -1,7 +1,6 @@
-// A player that blocks in its first audio frame, and a check of the memory held for frames
-// meanwhile.
-#ifndef TESTS_SUPPORT_BLOCKED_AUDIO_H_
-#define TESTS_SUPPORT_BLOCKED_AUDIO_H_
+// A blocked audio call of a player, and a check of the memory held for frames meanwhile.
+#ifndef TESTS_SUPPORT_BLOCKED_AUDIO_CALL_H_
+#define TESTS_SUPPORT_BLOCKED_AUDIO_CALL_H_
 
 #include <cstddef>
 #include <future>
@@ -14,13 +13,13 @@
 
 namespace stream {
 
-// Make it before anything plays. Its destruction releases the player's call.
-class AudioBlockingPlayer {
+// Blocks the audio calls of a player. Make it before anything plays. Its destruction releases them.
+class BlockedAudioCall {
  public:
-  explicit AudioBlockingPlayer(RecordingPlayer& player) {
+  explicit BlockedAudioCall(RecordingPlayer& player) {
     player.during_audio = [released = release_.get_future().share()] { released.wait(); };
   }
-  ~AudioBlockingPlayer() { release_.set_value(); }
+  ~BlockedAudioCall() { release_.set_value(); }
 
   // Waits until the memory held for payloads exceeds the queued bytes by no more than 16 MiB.
   static bool WaitUntilMemoryIsNearQueueSize() {
@@ -37,4 +36,4 @@ class AudioBlockingPlayer {
 
 }  // namespace stream
 
-#endif  // TESTS_SUPPORT_BLOCKED_AUDIO_H_
+#endif  // TESTS_SUPPORT_BLOCKED_AUDIO_CALL_H_

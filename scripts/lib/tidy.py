@@ -41,9 +41,11 @@ NEIGHBOUR = {
     "tests/structure/lock_checks/call_without_mutex.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/correct_use.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/lock_twice.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/read_pointee_without_mutex.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/read_while_unlocked.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/read_without_mutex.cc": "common/thread_pool.cc",
     "tests/structure/lock_checks/wrong_order.cc": "common/thread_pool.cc",
+    "tests/structure/lock_checks/wrong_order_of_last.cc": "common/thread_pool.cc",
 }
 
 # Checks replaced by unused_names, because in a batch another source may use the name.
